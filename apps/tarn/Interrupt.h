@@ -1,0 +1,22 @@
+#pragma once
+
+#include "platform/common/Progress.h"
+
+namespace tarn {
+
+/// Answers whether the user pressed Ctrl-C. While one lives, the signal no longer ends the process by itself, so
+/// that a run can end in its own time and leave nothing half written. One at a time.
+class Interrupt : public QKQueryCancel {
+ public:
+    Interrupt();
+    ~Interrupt() override;
+    Interrupt(const Interrupt&) = delete;
+    Interrupt& operator=(const Interrupt&) = delete;
+
+    bool IsCancelled() override;
+
+ private:
+    void (*previousHandler_)(int);
+};
+
+}  // namespace tarn

@@ -1,0 +1,13 @@
+# The libraries that tarn calls, one line each; scripts/install-dependencies installs their Debian packages.
+
+find_package(Threads REQUIRED)
+find_package(Boost 1.81 REQUIRED)      # header-only use: Boost.Math behind the distribution functions
+find_package(pugixml REQUIRED)         # XML in and out
+find_package(nlohmann_json REQUIRED)   # JSON in the host
+find_package(CLI11 REQUIRED)           # the command line
+if(TARN_TESTS)
+  find_package(GTest REQUIRED)
+endif()
+if(TARN_BENCH)
+  find_package(benchmark REQUIRED)
+endif()

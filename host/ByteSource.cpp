@@ -1,0 +1,100 @@
+#include "host/ByteSource.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include "host/InputError.h"
+
+namespace tarn {
+
+namespace {
+
+constexpr int kNoDescriptor = -1;
+constexpr std::size_t kReadAllBlock = 1 << 16;
+
+[[noreturn]] void FailWithErrno(const std::string& name) {
+    throw InputError(name + ": cannot be read: " + std::strerror(errno));
+}
+
+int OpenForReading(const std::string& path) {
+    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) FailWithErrno(path);
+    return descriptor;
+}
+
+}  // namespace
+
+ByteSource::ByteSource(const std::string& path)
+    : ByteSource(path == "-" ? "standard input" : path, {}, path == "-" ? STDIN_FILENO : OpenForReading(path)) {
+    struct stat status = {};
+    if (fstat(descriptor_, &status) != 0 || !S_ISREG(status.st_mode)) return;
+    start_ = lseek(descriptor_, 0, SEEK_CUR);
+    seekable_ = start_ >= 0;
+}
+
+ByteSource::ByteSource(std::string name, std::string bytes, int descriptor)
+    : name_(std::move(name)), kept_(std::move(bytes)), descriptor_(descriptor) {}
+
+ByteSource ByteSource::FromMemory(std::string name, std::string bytes) {
+    return ByteSource(std::move(name), std::move(bytes), kNoDescriptor);
+}
+
+ByteSource::ByteSource(ByteSource&& other) noexcept
+    : name_(std::move(other.name_)),
+      kept_(std::move(other.kept_)),
+      position_(other.position_),
+      descriptor_(std::exchange(other.descriptor_, kNoDescriptor)),
+      seekable_(other.seekable_),
+      start_(other.start_) {}
+
+ByteSource::~ByteSource() {
+    if (descriptor_ != kNoDescriptor && descriptor_ != STDIN_FILENO) close(descriptor_);
+}
+
+std::size_t ByteSource::Read(char* buffer, std::size_t capacity) {
+    if (position_ < kept_.size()) {
+        const std::size_t count = kept_.copy(buffer, capacity, position_);
+        position_ += count;
+        return count;
+    }
+    if (descriptor_ == kNoDescriptor) return 0;
+    const std::size_t count = ReadDescriptor(buffer, capacity);
+    if (!seekable_) {
+        kept_.append(buffer, count);
+        position_ += count;
+    }
+    return count;
+}
+
+std::size_t ByteSource::ReadDescriptor(char* buffer, std::size_t capacity) {
+    for (;;) {
+        const ssize_t count = read(descriptor_, buffer, capacity);
+        if (count >= 0) return static_cast<std::size_t>(count);
+        if (errno != EINTR) FailWithErrno(name_);
+    }
+}
+
+std::string ByteSource::ReadAll() {
+    std::string bytes;
+    std::size_t count = 0;
+    do {
+        const std::size_t size = bytes.size();
+        bytes.resize(size + kReadAllBlock);
+        count = Read(bytes.data() + size, kReadAllBlock);
+        bytes.resize(size + count);
+    } while (count > 0);
+    return bytes;
+}
+
+void ByteSource::Rewind() {
+    position_ = 0;
+    if (seekable_ && lseek(descriptor_, start_, SEEK_SET) < 0) FailWithErrno(name_);
+}
+
+}  // namespace tarn

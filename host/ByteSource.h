@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+namespace tarn {
+
+/// The bytes of one input, read from front to back and, after `Rewind`, once more from the front.
+///
+/// A regular file is read again from the disk. Anything else (a pipe, a terminal) is kept in memory as it is read.
+/// All operations throw an `InputError` that names the input and the reason when the system can't read it.
+class ByteSource {
+ public:
+    /// Opens the file at `path`; "-" is standard input.
+    explicit ByteSource(const std::string& path);
+    /// An input that is already in memory; `name` stands for it in messages.
+    static ByteSource FromMemory(std::string name, std::string bytes);
+
+    ByteSource(ByteSource&& other) noexcept;
+    ByteSource& operator=(ByteSource&&) = delete;
+    ~ByteSource();
+
+    /// What messages call the input: its path, or "standard input".
+    const std::string& Name() const { return name_; }
+
+    /// Reads up to `capacity` bytes into `buffer` and returns their number, which is 0 only at the end.
+    std::size_t Read(char* buffer, std::size_t capacity);
+    /// All bytes from the position to the end.
+    std::string ReadAll();
+    /// Goes back to the first byte.
+    void Rewind();
+
+ private:
+    ByteSource(std::string name, std::string bytes, int descriptor);
+    std::size_t ReadDescriptor(char* buffer, std::size_t capacity);
+
+    std::string name_;
+    std::string kept_;          // the bytes so far of an input that can't be read again
+    std::size_t position_ = 0;  // in kept_
+    int descriptor_;            // owned unless it is standard input; kNoDescriptor for an input in memory
+    bool seekable_ = false;
+    long long start_ = 0;  // where a seekable input began; standard input may be handed over in its middle
+};
+
+}  // namespace tarn

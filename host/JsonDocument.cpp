@@ -1,0 +1,115 @@
+#include "host/JsonDocument.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "host/InputError.h"
+
+namespace tarn {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+// The reason alone of a message like "[json...] parse error at line 1, column 2: reason; last read: 'x'".
+std::string Reason(std::string_view message) {
+    constexpr std::string_view kPositionEnd = ": ";
+    constexpr std::string_view kIdEnd = "] ";
+    const std::size_t position = message.find(kPositionEnd);
+    const std::size_t id = message.find(kIdEnd);
+    if (position != std::string_view::npos) return std::string(message.substr(position + kPositionEnd.size()));
+    return std::string(id == std::string_view::npos ? message : message.substr(id + kIdEnd.size()));
+}
+
+// "LINE:COLUMN" of a byte, both from 1. Columns count characters.
+std::string LineAndColumn(std::string_view text, std::size_t offset) {
+    const std::string_view before = text.substr(0, offset);
+    const std::string_view line = before.substr(before.rfind('\n') + 1);
+    const auto isCharacterStart = [](char c) { return (static_cast<unsigned char>(c) & 0xc0) != 0x80; };
+    return std::to_string(1 + std::count(before.begin(), before.end(), '\n')) + ":" +
+           std::to_string(1 + std::count_if(line.begin(), line.end(), isCharacterStart));
+}
+
+// Builds the value from the parser's events. The library's own builder neither tells where a number is too large nor
+// refuses a repeated key, of which it would keep the last value.
+class JsonBuilder : public nlohmann::json_sax<Json> {
+ public:
+    JsonBuilder(const std::string& name, const std::string& text) : name_(name), text_(text) {}
+
+    Json Take() { return std::move(root_); }
+
+    bool null() override { return Add(nullptr); }
+    bool boolean(bool value) override { return Add(value); }
+    bool number_integer(number_integer_t value) override { return Add(value); }
+    bool number_unsigned(number_unsigned_t value) override { return Add(value); }
+    bool number_float(number_float_t value, const string_t&) override { return Add(value); }
+    bool string(string_t& value) override { return Add(std::move(value)); }
+    bool binary(binary_t&) override { return false; }
+
+    bool start_object(std::size_t) override { return Open(Json::object()); }
+    bool start_array(std::size_t) override { return Open(Json::array()); }
+    bool end_object() override { return Close(); }
+    bool end_array() override { return Close(); }
+
+    bool key(string_t& name) override {
+        if (open_.back()->contains(name)) {
+            throw InputError(name_ + ": key " + Quoted(name) + " stands twice in one object; expected once");
+        }
+        key_ = std::move(name);
+        return true;
+    }
+
+    bool parse_error(std::size_t position, const std::string&, const nlohmann::detail::exception& error) override {
+        // The position counts the byte that was read last.
+        const std::size_t offset = position == 0 ? 0 : position - 1;
+        throw InputError(name_ + ":" + LineAndColumn(text_, offset) + ": " + Reason(error.what()));
+    }
+
+ private:
+    Json* Place(Json value) {
+        if (open_.empty()) {
+            root_ = std::move(value);
+            return &root_;
+        }
+        Json& parent = *open_.back();
+        if (parent.is_object()) return &(parent[key_] = std::move(value));
+        parent.push_back(std::move(value));
+        return &parent.back();
+    }
+
+    bool Add(Json value) {
+        Place(std::move(value));
+        return true;
+    }
+
+    bool Open(Json container) {
+        open_.push_back(Place(std::move(container)));
+        return true;
+    }
+
+    bool Close() {
+        open_.pop_back();
+        return true;
+    }
+
+    const std::string& name_;
+    const std::string& text_;
+    Json root_;
+    std::vector<Json*> open_;  // containers within root_, the outermost first; only the last one grows
+    std::string key_;
+};
+
+}  // namespace
+
+nlohmann::ordered_json ReadJson(ByteSource& source) {
+    const std::string text = source.ReadAll();
+    JsonBuilder builder(source.Name(), text);
+    Json::sax_parse(text, &builder);
+    return builder.Take();
+}
+
+}  // namespace tarn

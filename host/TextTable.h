@@ -1,0 +1,29 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace tarn {
+
+enum class Alignment { kLeft, kRight };
+
+/// A table of plain text: a header line and rows of as many cells, in columns two blanks apart.
+class TextTable {
+ public:
+    struct ColumnHead {
+        std::string title;
+        Alignment alignment = Alignment::kLeft;
+    };
+
+    explicit TextTable(std::vector<ColumnHead> columns) : columns_(std::move(columns)) {}
+
+    void AddRow(std::vector<std::string> cells) { rows_.push_back(std::move(cells)); }
+    /// A line for the header and one for each row, without blanks at their ends.
+    std::string ToText() const;
+
+ private:
+    std::vector<ColumnHead> columns_;
+    std::vector<std::vector<std::string>> rows_;
+};
+
+}  // namespace tarn

@@ -1,0 +1,88 @@
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "planning/TARNTestWorker.h"
+#include "planning/contract/TARNPlan.h"
+#include "planning/contract/TARNVariableInfo.h"
+#include "planning/records/InitialDataReader.h"
+#include "planning/records/TARNSortedDataSet.h"
+#include "platform/common/IQKAlgorithm.h"
+#include "platform/common/QKSettings.h"
+#include "platform/common/QKVarList.h"
+#include "support/UnivariateCollector.h"
+
+/// The engine's algorithm: turns the execution settings into tests, divides them among workers, runs the passes,
+/// keeps the result elements and writes the result document. `Run` is the main sequence of the engine and reads
+/// from top to bottom. It knows nothing of a host.
+///
+/// After a complete run no record exists any more; the tests' elements and the descriptives live on until the next
+/// run or the destruction, for `WriteResults`.
+class TARNPlanner : public IQKAlgorithm, private TARNPlan {
+ public:
+    /// Borrows both until it is destroyed.
+    TARNPlanner(QKSettings& executionSettings, QKVarList& fields);
+    ~TARNPlanner() override;
+
+    QKStatus Run(RecordIterator& data) override;
+    bool IsComplete() override { return complete; }
+    /// Always OK.
+    QKStatus QueryStatus() override { return QKStatus(); }
+    QKStatus WriteResults(std::ostream& out, const QKOutputParameters& output) override;
+    QKStatus GetStatus() override { return status; }
+    void SetProgressListener(ProgressListener* listener) override;
+    void SetQueryCancel(QKQueryCancel* query) override;
+    void Cancel() override { cancelled = true; }
+    std::string GetDescription() override;
+    /// Always empty: warnings of a test stay in its element.
+    std::vector<QKStatus>& GetWarnings() override { return warnings; }
+    void Reserved() override {}
+
+ private:
+    // The run, step by step; each works only while the status is no error.
+    void Release();
+    void ReadCommonSettings();
+    void ReadRecords();
+    void MakeStores();
+    void PlanTests();
+    void RunWorkers();
+
+    // What plan builders see.
+    double GetSigLevel() const override { return sigLevel; }
+    double GetConfidenceLevel() const override { return confidenceLevel; }
+    int GetWeightIndex() const override { return hasWeight ? weightIndex : kNoWeight; }
+    const QKVarList& GetVarList() const override { return *varList; }
+    int GetMeasureLevel(const std::string& fieldName) override;
+    bool Request(int field, int statistic) override { return univariates->Request(field, statistic); }
+    void RequestSorted(int field) override;
+    void AddToMainWorker(std::unique_ptr<TARNTest> test) override { mainWorker->AddTest(std::move(test)); }
+    void AddSortedTest(std::unique_ptr<TARNTest> test, int field, const QKStatus& planStatus) override;
+
+    TARNTestWorker& SortedWorkerFor(int field, const QKStatus& planStatus);
+
+    QKSettings* settings;
+    ProgressListener* progressListener = nullptr;
+    QKVarList* varList;
+    std::unique_ptr<UnivariateCollector> univariates;
+    MultiPassRecordIter* dataIterator = nullptr;
+    QKTarn::TarnMemoIterator memoIterator;
+    std::unique_ptr<TARNSortedDataSet> sortedData;  // lives during `Run` only
+    bool complete = false;
+    QKQueryCancel* queryCancel = nullptr;
+    std::atomic<bool> cancelled = false;
+    std::vector<QKStatus> warnings;
+    QKStatus status;
+    std::unique_ptr<TARNTestWorker> mainWorker;
+    std::vector<std::unique_ptr<TARNTestWorker>> sortedWorkers;
+    std::vector<int> allFields;
+    std::unique_ptr<QKTarn::InitialDataReader> reader;  // lives during `Run` only
+    int caseIdIndex = -1;
+    int weightIndex = -1;
+    bool hasWeight = false;
+    bool analysisMissing = true;
+    double sigLevel = 0.05;
+    double confidenceLevel = 0.95;
+};

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <memory>
+#include <ostream>
+#include <vector>
+
+#include "planning/contract/TARNVariableInfo.h"
+#include "platform/common/IQKAlgorithm.h"
+#include "platform/common/QKStatus.h"
+#include "platform/common/QKVarList.h"
+#include "platform/common/QKXML.h"
+#include "support/UnivariateResults.h"
+
+/// What a run's document tells beside its elements.
+struct TARNRunParameters {
+    int modelId = 0;
+    bool analysisMissing = true;
+    double sigLevel = 0;
+    double confidenceLevel = 0;
+    int weightIndex = -1;
+    int caseIdIndex = -1;
+};
+
+/// Writes the document of a run: "Tabulon" with the counts, the data dictionary, the elements of all tests and the
+/// field information. Field indices are those of the variable list of the run.
+class TARNResultWriter {
+ public:
+    using Elements = std::vector<std::shared_ptr<QKXML::XMLElement>>;
+
+    /// Borrows the fields; shares the elements.
+    TARNResultWriter(const QKVarList& varList, UnivariateResults results, Elements elements,
+                     const TARNRunParameters& parameters);
+
+    /// Writes the document and flushes the stream.
+    void Write(std::ostream& out, const QKOutputParameters& output) const;
+
+ private:
+    using ElementPointer = std::unique_ptr<QKXML::XMLElement>;
+
+    ElementPointer MakePmmlModel() const;
+    ElementPointer MakeDescriptiveModel() const;
+    ElementPointer MakeHeader(const QKOutputParameters& output) const;
+    ElementPointer MakeDataDictionary() const;
+    ElementPointer MakeDataField(int field) const;
+    ElementPointer MakeTests() const;
+
+    const QKVarList* varList;
+    UnivariateResults univariateResults;
+    Elements elements;
+    TARNRunParameters parameters;
+    TARNVariableInfo variableInfo;
+};

@@ -1,0 +1,48 @@
+#include "planning/TARNTestCatalog.h"
+
+#include <algorithm>
+#include <array>
+
+#include "related/TARNSign.h"
+
+namespace {
+
+constexpr PlanFunction kNotBuiltYet = nullptr;
+
+constexpr std::array kCatalog{
+    TARNTestRow{"ORuns", kNotBuiltYet},
+    TARNTestRow{"OChiSquare", kNotBuiltYet},
+    TARNTestRow{"OKolmogorovSmirnovNormal", kNotBuiltYet},
+    TARNTestRow{"OKolmogorovSmirnovUniform", kNotBuiltYet},
+    TARNTestRow{"OKolmogorovSmirnovPoisson", kNotBuiltYet},
+    TARNTestRow{"OKolmogorovSmirnovExponential", kNotBuiltYet},
+    TARNTestRow{"IMannWhitneyU", kNotBuiltYet},
+    TARNTestRow{"OWilcoxonSignedRanks", kNotBuiltYet},
+    TARNTestRow{"RSign", PlanSign},
+    TARNTestRow{"RWilcoxonSignedRanks", kNotBuiltYet},
+    TARNTestRow{"IMoses", kNotBuiltYet},
+    TARNTestRow{"RCochransQ", kNotBuiltYet},
+    TARNTestRow{"OBinomial", kNotBuiltYet},
+    TARNTestRow{"IWaldWolfowitzRuns", kNotBuiltYet},
+    TARNTestRow{"OEstimateConfidenceInterval", kNotBuiltYet},
+    TARNTestRow{"RMcNemar", kNotBuiltYet},
+    TARNTestRow{"RMarginalHomogeneity", kNotBuiltYet},
+    TARNTestRow{"RFriedmansTwoWayByRanks", kNotBuiltYet},
+    TARNTestRow{"RKendallsCoefficient", kNotBuiltYet},
+    TARNTestRow{"IKolmogorovSmirnov", kNotBuiltYet},
+    TARNTestRow{"IKruskalWallis", kNotBuiltYet},
+    TARNTestRow{"IJonckheereTerpstra", kNotBuiltYet},
+    TARNTestRow{"IMedian", kNotBuiltYet},
+    TARNTestRow{"RHodgesLehmannEstimatePairs", kNotBuiltYet},
+    TARNTestRow{"IHodgesLehmannEstimateGroups", kNotBuiltYet},
+};
+
+}  // namespace
+
+std::span<const TARNTestRow> TestCatalog() { return kCatalog; }
+
+const TARNTestRow* FindTest(std::string_view settingName) {
+    const auto found = std::find_if(kCatalog.begin(), kCatalog.end(),
+                                    [&](const TARNTestRow& row) { return row.settingName == settingName; });
+    return found == kCatalog.end() ? nullptr : &*found;
+}

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <vector>
+
+#include "planning/CancelState.h"
+#include "planning/TARNTestWorker.h"
+#include "platform/common/Progress.h"
+#include "platform/common/QKStatus.h"
+
+/// The workers of a run, one after the other, with their parts of the progress scale. Borrows all that it is given.
+class TARNWorkerSequence {
+ public:
+    /// `base` and `share`: fractions of the scale at which the tests start, and that they fill together.
+    TARNWorkerSequence(ProgressListener* progressListener, double progressBase, double progressShare)
+        : listener(progressListener), base(progressBase), share(progressShare) {}
+
+    void Add(TARNTestWorker& worker) { workers.push_back(&worker); }
+
+    /// Runs each worker and collects its elements. The status is the last worker's; 220012 ends the sequence at
+    /// once, a cancel ends it with code 1.
+    QKStatus Run(const CancelState& cancel);
+
+ private:
+    std::vector<TARNTestWorker*> workers;
+    ProgressListener* listener;
+    double base;
+    double share;
+};

@@ -1,0 +1,30 @@
+#include "planning/contract/TARNPlanBuilder.h"
+
+#include "support/QKUnivariateVariable.h"
+
+TARNPlanBuilder::TARNPlanBuilder(const QKSettings& entry, TARNPlan& plan, CommonSettings common)
+    : entry_(entry), plan_(plan), settings(std::make_unique<QKSettings>()) {
+    if (common != CommonSettings::kConfidenceLevel) settings->AddSetting(SettingKey::kSigLevel, plan.GetSigLevel());
+    if (common != CommonSettings::kSigLevel) {
+        settings->AddSetting(SettingKey::kConfidenceLevel, plan.GetConfidenceLevel());
+    }
+    if (plan.GetWeightIndex() != TARNPlan::kNoWeight) {
+        settings->AddSetting(SettingKey::kWeightVariableIndex, static_cast<double>(plan.GetWeightIndex()));
+    }
+}
+
+void TARNPlanBuilder::Fail(long code) { status = QKStatus(code); }
+
+void TARNPlanBuilder::Fail(long code, const std::string& parameter) {
+    Fail(code);
+    parameters.push_back(parameter);
+}
+
+void TARNPlanBuilder::RequestOriginFrequencies() {
+    std::vector<std::string> names;
+    if (!Read(SettingKey::kOriginVariableName, names)) return;
+    for (const std::string& name : names) {
+        const int field = plan_.GetVarList().FindVariable(name);
+        if (field >= 0) plan_.Request(field, Statistic::kFrequencies);
+    }
+}

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "planning/contract/SettingKeys.h"
+#include "planning/contract/TARNPlan.h"
+#include "platform/common/QKSettings.h"
+#include "platform/common/QKStatus.h"
+
+/// Which of the run's levels a test's settings receive.
+enum class CommonSettings { kSigLevel, kConfidenceLevel, kBothLevels };
+
+/// The steps that all plan builders have in common. A plan builder makes one of these, reads the keys of its entry,
+/// resolves the fields, writes the test's own settings, requests what the test needs, and hands the test over, in
+/// error or not: a failed test stays in the plan and tells its error in the document.
+class TARNPlanBuilder {
+ public:
+    /// Borrows both for its life. The test's settings get the levels and, with a weight, the weight field's index.
+    TARNPlanBuilder(const QKSettings& entry, TARNPlan& plan, CommonSettings common);
+
+    bool IsOK() const { return !status.IsError(); }
+    /// Notes a failure. The last one gives the code; every parameter is kept, in the order of arrival.
+    void Fail(long code);
+    void Fail(long code, const std::string& parameter);
+
+    /// Reads a key of the entry; false, with `out` unchanged, if it is absent or not convertible.
+    template <typename T>
+    bool Read(const char* key, T& out) const {
+        return entry_.GetSettingValByName(key, out);
+    }
+    /// The settings that the test will own.
+    QKSettings& TestSettings() { return *settings; }
+
+    /// Requests the frequencies of the fields under "originVariableName", from which the test's fields were made, so
+    /// that the document can show them. Unknown names are passed over.
+    void RequestOriginFrequencies();
+
+    /// Makes the test over its settings and gives it to the worker in file order.
+    template <typename Test>
+    void AddToMainWorker() {
+        plan_.AddToMainWorker(MakeTest<Test>());
+    }
+    /// The same for the worker sorted by `field`.
+    template <typename Test>
+    void AddToSortedWorker(int field) {
+        plan_.AddSortedTest(MakeTest<Test>(), field, status);
+    }
+
+ private:
+    template <typename Test>
+    std::unique_ptr<TARNTest> MakeTest() {
+        auto test = std::make_unique<Test>(std::move(settings));
+        if (!IsOK()) test->AddMessage(TestMessage{status, MessageKind::kError, parameters, {}});
+        return test;
+    }
+
+    const QKSettings& entry_;
+    TARNPlan& plan_;
+    std::unique_ptr<QKSettings> settings;
+    QKStatus status;
+    std::vector<std::string> parameters;
+};

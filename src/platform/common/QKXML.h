@@ -1,0 +1,69 @@
+#pragma once
+
+#include <memory>
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+/// An XML tree to be written: elements with attributes in their order of arrival, and texts.
+///
+/// A parent owns its children, or shares one with whoever made it. Texts and attribute values are UTF-8; what XML can't hold (control characters,
+/// broken UTF-8) is written as U+FFFD.
+namespace QKXML {
+
+class XMLElement;
+
+/// A child of an element: another element or a text.
+class XMLNode {
+ public:
+    virtual ~XMLNode() = default;
+    /// Null for a text.
+    virtual const XMLElement* AsElement() const { return nullptr; }
+};
+
+/// A text node.
+class XMLString : public XMLNode {
+ public:
+    static std::unique_ptr<XMLString> Create(std::string_view text);
+    const std::string& GetText() const { return text_; }
+
+ private:
+    explicit XMLString(std::string_view text) : text_(text) {}
+    std::string text_;
+};
+
+/// An element with a name, attributes and children.
+class XMLElement : public XMLNode {
+ public:
+    using Attribute = std::pair<std::string, std::string>;
+
+    static std::unique_ptr<XMLElement> Create(std::string_view name);
+
+    void AddAttribute(std::string_view name, std::string_view value);
+    void AddChild(std::shared_ptr<const XMLNode> child);
+    /// Takes an element that is to be filled further, and gives it back as borrowed from this one.
+    XMLElement& AddChildElement(std::unique_ptr<XMLElement> child);
+
+    const std::string& GetName() const { return name_; }
+    const std::vector<Attribute>& GetAttributes() const { return attributes_; }
+    const std::vector<std::shared_ptr<const XMLNode>>& GetChildren() const { return children_; }
+    const XMLElement* AsElement() const override { return this; }
+
+ private:
+    explicit XMLElement(std::string_view name) : name_(name) {}
+    std::string name_;
+    std::vector<Attribute> attributes_;
+    std::vector<std::shared_ptr<const XMLNode>> children_;
+};
+
+/// Writes the tree under `root` as a document in UTF-8, without any white space of its own.
+/// `docType`: name of a document type to declare, or null. `flag`: not 0 puts the XML declaration in front.
+void WriteTree(std::ostream& out, const char* docType, const XMLElement* root, int flag);
+
+/// Formats a number by a printf format for one double, always with a point as decimal separator.
+/// A NaN is "nan" whatever its sign, the infinities are "inf" and "-inf".
+std::string ReplaceSep(double value, const char* format);
+
+}  // namespace QKXML

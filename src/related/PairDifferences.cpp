@@ -1,0 +1,6 @@
+#include "related/PairDifferences.h"
+
+void PairDifferences::ExtendRange(double difference) {
+    if (difference > maxDifference) maxDifference = difference;
+    if (difference < minDifference) minDifference = difference;
+}

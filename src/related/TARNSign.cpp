@@ -1,0 +1,214 @@
+// Sign test on the differences of a pair of continuous fields.
+//
+// Question    Is a difference, second minus first, as often positive as negative?
+// Data        Records that miss neither field of the pair; zero differences (ties) take no part in the test.
+// Statistic   The number of positive differences: binomial with p = 1/2 among the n that are not zero. Exact for n
+//             below 26, beside that a normal approximation with continuity correction.
+// Source      Arbuthnott (1710), Philosophical Transactions 27, 186-190; Dixon and Mood (1946), Journal of the
+//             American Statistical Association 41, 557-566.
+// Degenerate  No case at all: an error. No difference but zeros: significance 1.
+
+#include "related/TARNSign.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+
+#include "planning/StatusCodes.h"
+#include "planning/contract/SettingKeys.h"
+#include "planning/contract/TARNPlanBuilder.h"
+#include "platform/common/QKDistFun.h"
+#include "support/CaseWeight.h"
+#include "support/Int32.h"
+#include "support/QKVecValue.h"
+#include "support/ResultElements.h"
+#include "support/Significance.h"
+
+namespace {
+
+constexpr const char* kTestName = "RSign";
+constexpr const char* kConditionKey = "R_Sign_2";
+
+constexpr long kUnknownField = 220903;
+constexpr long kNamesMissing = 220912;
+constexpr long kFieldNotContinuous = 220915;
+constexpr long kExactInPlaceOfAsymptotic = 220916;
+constexpr long kMoreThanTwoFields = 220917;
+constexpr long kNotAPair = 220918;
+
+constexpr std::size_t kPairSize = 2;
+
+/// Two-tailed binomial significance of `positive` successes among `n` with probability 1/2: twice the smaller tail.
+double ExactSignificance(std::int32_t positive, std::int32_t n) {
+    int ignored = 0;  // the arguments lie in the domain, or are the wrapped counts of absurd weights
+    const double lower = QKMath::QKDistFun::CdfBin(positive, n, 0.5, ignored);
+    const double upper = 1 - QKMath::QKDistFun::CdfBin(positive - 1.0, n, 0.5, ignored);
+    return std::min(2 * (upper > lower ? lower : upper), 1.0);
+}
+
+}  // namespace
+
+// ---- Plan ----
+
+namespace {
+
+/// The indices of the names that could be resolved. The walk ends at the first unknown name, but goes on behind a
+/// field of the wrong kind, so that each of them is named.
+std::vector<int> ResolvePair(const std::vector<std::string>& names, const QKVarList& varList,
+                             TARNPlanBuilder& builder) {
+    std::vector<int> indices;
+    for (const std::string& name : names) {
+        const int field = varList.FindVariable(name);
+        if (field < 0) {
+            builder.Fail(kUnknownField, name);
+            break;
+        }
+        indices.push_back(field);
+        if (varList.GetVarAt(field)->GetKind() != FieldKind::kContinuous) {
+            builder.Fail(kFieldNotContinuous, IntToString(field));
+        }
+    }
+    if (builder.IsOK() && names.size() > kPairSize) builder.Fail(kMoreThanTwoFields);
+    if (builder.IsOK() && names.size() < kPairSize) builder.Fail(kNotAPair);
+    return indices;
+}
+
+}  // namespace
+
+void PlanSign(const QKSettings& entry, TARNPlan& plan) {
+    TARNPlanBuilder builder(entry, plan, CommonSettings::kSigLevel);
+    std::vector<std::string> names;
+    if (builder.Read(SettingKey::kVariableName, names)) {
+        AddVecSetting(builder.TestSettings(), SettingKey::kVariableIndex,
+                      ResolvePair(names, plan.GetVarList(), builder), false);
+    } else {
+        builder.Fail(kNamesMissing);
+    }
+    builder.RequestOriginFrequencies();
+    if (builder.IsOK()) {
+        // The positions in the pair are handed over here, not the field indices: the descriptives of the first two
+        // fields of the list come into the document whatever the pair. Documents depend on it.
+        for (int position = 0; position < static_cast<int>(kPairSize); ++position) plan.RequestSorted(position);
+    }
+    builder.AddToMainWorker<TARNSign>();
+}
+
+// ---- Passes ----
+
+QKStatus TARNSign::BeginPass() {
+    if (passCounter == 0) {
+        BeginCounting();
+    } else if (passCounter == 1 && !status.IsError()) {
+        passesRemaining = 1;
+        differences.BeginHistogram();
+    }
+    return status;
+}
+
+void TARNSign::BeginCounting() {
+    passesRemaining = 2;
+    ReadSettings();
+    if (status.IsError()) return;
+    if (firstVariableIndex < 0 || secondVariableIndex < 0 || firstVariableIndex == secondVariableIndex) {
+        AddStatusMessage(QKStatus(kNotAPair), MessageKind::kError);
+        return;
+    }
+    differences = PairDifferences(firstVariableIndex, secondVariableIndex);
+}
+
+/// A test that its plan builder failed comes through here as well and may show a second error beside the first.
+void TARNSign::ReadSettings() {
+    std::vector<int> pair;
+    settings->GetSettingValByName(SettingKey::kVariableIndex, pair);
+    if (pair.size() == kPairSize) {
+        firstVariableIndex = pair[0];
+        secondVariableIndex = pair[1];
+    } else {
+        AddStatusMessage(QKStatus(kNotAPair), MessageKind::kError);
+    }
+    settings->GetSettingValByName(SettingKey::kWeightVariableIndex, weightVariableIndex);
+    settings->GetSettingValByName(SettingKey::kSigLevel, sigLevel);
+}
+
+void TARNSign::GetUsedVariables(std::vector<int>& fieldIndices) {
+    fieldIndices.push_back(firstVariableIndex);
+    fieldIndices.push_back(secondVariableIndex);
+}
+
+QKStatus TARNSign::ProcessRecord(Record& record) {
+    const double difference = differences.Of(record);
+    const std::int32_t weight = CaseWeight(record, weightVariableIndex);
+    if (passCounter == 1) {
+        differences.Add(difference, weight);
+        return status;
+    }
+    totalN = Add32(totalN, weight);
+    if (difference > 0) {
+        positiveCount = Add32(positiveCount, weight);
+    } else if (difference < 0) {
+        negativeCount = Add32(negativeCount, weight);
+    }
+    differences.ExtendRange(difference);
+    return status;
+}
+
+QKStatus TARNSign::EndPass() {
+    if (status.IsError()) return status;
+    if (passCounter == 0) {
+        EndCounting();
+    } else {
+        passesRemaining = 0;
+        differences.EndHistogram();
+        ++passCounter;
+    }
+    return status;
+}
+
+void TARNSign::EndCounting() {
+    if (totalN == 0) {
+        AddStatusMessage(QKStatus(StatusCode::kNoRecords), MessageKind::kError);
+        return;
+    }
+    passesRemaining = 1;
+    const std::int32_t n = Add32(positiveCount, negativeCount);
+    if (n == 0) {
+        asymptoticSig = 1.0;
+    } else {
+        if (n < kExactBelow) {
+            AddStatusMessage(QKStatus(kExactInPlaceOfAsymptotic), MessageKind::kHelpMessage);
+            hasExact = true;
+            exactSig = ExactSignificance(positiveCount, n);
+        }
+        standardError = std::sqrt(n) * 0.5;
+        const double corrected = CorrectForContinuity(positiveCount - n * 0.5);
+        standardTestStatistic = corrected == 0 ? 0.0 : corrected / standardError;
+        asymptoticSig = TwoTailedNormal(standardTestStatistic);
+    }
+    ++passCounter;
+}
+
+// ---- Element ----
+
+QKXML::XMLElement* TARNSign::MakeResultElement() {
+    const Decision decision = Decide(status, sigLevel, hasExact ? exactSig : asymptoticSig);
+    ResultElement element(kTestName, ResultType::kHypothesisTest, TestFamily::kRelatedSamples, decision);
+    element.AddCondition(kConditionKey, {FieldOrMissing(firstVariableIndex), FieldOrMissing(secondVariableIndex)});
+    if (element.EndsWithMessages(messages, status)) return element.Release();
+
+    StructuredTable distribution = element.AddTable(TableName::kContinuousDistribution);
+    distribution.Row(RowName::kNegativeDifferences, negativeCount);
+    distribution.Row(RowName::kTies, Subtract32(Subtract32(totalN, negativeCount), positiveCount));
+    distribution.Row(RowName::kPositiveDifferences, positiveCount);
+    std::string counts;
+    std::string values;
+    distribution.Add(MakeIntervalTable(differences.Intervals(), counts, values));
+
+    StructuredTable statistics = element.AddTable(TableName::kStatisticsResult);
+    statistics.Row(RowName::kTotalN, totalN);
+    statistics.Row(RowName::kTestStatistic, positiveCount);
+    statistics.Row(RowName::kStandardError, standardError);
+    statistics.Row(RowName::kStandardTestStatistic, standardTestStatistic);
+    statistics.Row(RowName::kAsymptoticSig2Tailed, asymptoticSig);
+    if (hasExact) statistics.Row(RowName::kExactSig2Tailed, exactSig);
+    return element.Release();
+}

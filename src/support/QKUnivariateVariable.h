@@ -1,0 +1,157 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <vector>
+
+#include "platform/common/QKMV.h"
+#include "platform/common/QKStatus.h"
+#include "platform/common/Record.h"
+#include "support/Histogram.h"
+
+class TARNSortedDataSet;
+
+/// The statistics that a descriptive record can be asked for.
+namespace Statistic {
+inline constexpr int kMean = 0;
+inline constexpr int kMeanAndStdDev = 1;
+inline constexpr int kMin = 2;
+inline constexpr int kMax = 3;
+/// The median category of a categorical field; quantiles of a continuous one.
+inline constexpr int kMedian = 4;
+inline constexpr int kQuantiles = 5;
+inline constexpr int kHistogram = 6;
+inline constexpr int kModeFrequency = 7;
+inline constexpr int kFrequencies = 8;
+inline constexpr int kAll = 9;
+}  // namespace Statistic
+
+/// The descriptive record of one field, filled in passes over the memory store.
+class QKUnivariateVariable {
+ public:
+    virtual ~QKUnivariateVariable() = default;
+    /// Asks for a statistic; false, with nothing stored, for one that this kind of field does not have.
+    virtual bool AddStatistic(int code) = 0;
+    /// Takes one record that is not missing in this field.
+    virtual QKStatus AddRecord(const Record& record) = 0;
+    virtual QKStatus EndPass() = 0;
+    /// Keeps the fifth place of the table; nothing calls it.
+    virtual int Reserved() { return 0; }
+    /// Borrowed; only quantiles read it.
+    virtual void SetSortedData(TARNSortedDataSet* views) { sortedData = views; }
+    virtual bool NeedsPass() const = 0;
+    virtual void SetWeightIndex(int index) = 0;
+
+    virtual bool IsMissing(double value) const = 0;
+
+    /// Sum of the weights seen.
+    std::int32_t GetCount() const { return count; }
+
+ protected:
+    bool Wants(int statistic) const { return (statistics >> statistic & 1u) != 0; }
+    void Store(int statistic) { statistics |= 1u << statistic; }
+
+    std::int32_t count = 0;
+    TARNSortedDataSet* sortedData = nullptr;
+
+ private:
+    unsigned statistics = 0;  // one bit per code
+};
+
+/// The descriptive record of a continuous field: mean, spread, range, hinges, histogram.
+///
+/// Moments by a weighted update (Welford, 1962, Technometrics 4, 419-420; West, 1979, Communications of the ACM 22,
+/// 532-535); quartiles are hinges (Tukey, 1977, Exploratory Data Analysis). Made with -1 for field and weight it
+/// serves a test as a free-standing histogram.
+class QKContUnivariateVariable : public QKUnivariateVariable {
+ public:
+    QKContUnivariateVariable(int field, int weight) : fieldIndex(field), weightIndex(weight) {}
+
+    bool AddStatistic(int code) override;
+    QKStatus AddRecord(const Record& record) override;
+    /// 220005: quantiles are wanted and the field has no sorted view.
+    QKStatus EndPass() override;
+    bool NeedsPass() const override { return needsPass; }
+    void SetWeightIndex(int index) override { weightIndex = index; }
+    bool IsMissing(double value) const override { return QKMV::IsMissing(value); }
+
+    double GetMean() const { return mean; }
+    double GetStdDev() const { return stdDev; }
+    double GetMin() const { return min; }
+    double GetMax() const { return max; }
+    double GetMedian() const { return median.result; }
+    double GetFirstQuartile() const { return firstQuartile.result; }
+    double GetThirdQuartile() const { return thirdQuartile.result; }
+    const std::vector<HistogramBin>& GetBins() const { return histogram.Bins(); }
+
+    /// The histogram, for a test that fills it by itself.
+    Histogram& GetHistogram() { return histogram; }
+
+    /// One step towards the hinges, for values in ascending order: `weight` as truncated, `total` the sum of all
+    /// weights. Keeps the range up to date as well.
+    void QuantileStep(double value, double weight, std::int32_t total);
+    /// After the last step: a hinge that was not reached takes the last value.
+    void CloseQuantiles();
+
+ private:
+    enum class Phase { kMoments, kHistogram };
+
+    /// Walks up to the value at a position among the weighted values.
+    struct QuantileTracker {
+        double cumulative = 0;
+        double previous = QKMV::Missing();
+        double result = QKMV::Missing();
+
+        void Step(double value, double weight, double position);
+        void Close();
+    };
+
+    void AddMoments(double value, std::int32_t weight);
+    void ExtendRange(double value);
+    QKStatus ComputeQuantiles();
+
+    int fieldIndex;
+    int weightIndex;
+    bool needsPass = true;
+    Phase phase = Phase::kMoments;
+
+    double mean = 0;
+    double stdDev = 0;
+    double min = QKMV::Missing();
+    double max = QKMV::Missing();
+    std::int32_t runningWeight = 0;
+    double m2 = 0;
+    QuantileTracker firstQuartile;
+    QuantileTracker median;
+    QuantileTracker thirdQuartile;
+    Histogram histogram;
+};
+
+/// The descriptive record of a categorical field: its frequencies, the mode's and the median category.
+class QKCateUnivariateVariable : public QKUnivariateVariable {
+ public:
+    QKCateUnivariateVariable(int field, int weight, int categories);
+
+    bool AddStatistic(int code) override;
+    QKStatus AddRecord(const Record& record) override;
+    QKStatus EndPass() override;
+    bool NeedsPass() const override { return needsPass; }
+    void SetWeightIndex(int index) override { weightIndex = index; }
+    bool IsMissing(double value) const override { return value == kMissingCategory; }
+
+    int GetCategoryCount() const { return categoryCount; }
+    /// Per category index its frequency; every category has an entry.
+    const std::map<int, std::int32_t>& GetFrequencies() const { return frequencies; }
+    std::int32_t GetModeFrequency() const { return modeFrequency; }
+    int GetMedianCategory() const { return medianCategory; }
+
+ private:
+    int fieldIndex;
+    int weightIndex;
+    int categoryCount;
+    bool needsPass = true;
+    std::map<int, std::int32_t> frequencies;
+    std::int32_t modeFrequency = 0;
+    int medianCategory = 0;
+};

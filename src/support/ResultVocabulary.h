@@ -1,0 +1,74 @@
+#pragma once
+
+/// The literals of the result elements, each once. They are data for a presenting program, so their spelling is
+/// part of the format, slips included.
+
+/// Elements and attributes.
+namespace Element {
+inline constexpr const char* kAlgorithm = "Algorithm";
+inline constexpr const char* kAttribute = "Attribute";
+inline constexpr const char* kStructuredTable = "StructuredTable";
+inline constexpr const char* kSimpleTable = "SimpleTable";
+inline constexpr const char* kRowNames = "RowNames";
+inline constexpr const char* kColumnNames = "ColumnNames";
+inline constexpr const char* kRow = "Row";
+inline constexpr const char* kFieldInfos = "FieldInfos";
+inline constexpr const char* kFieldInfo = "FieldInfo";
+}  // namespace Element
+
+namespace ElementAttribute {
+inline constexpr const char* kName = "name";
+inline constexpr const char* kValue = "value";
+inline constexpr const char* kType = "type";
+inline constexpr const char* kClassification = "classification";
+inline constexpr const char* kDecision = "decision";
+inline constexpr const char* kVarIndex = "varIndex";
+}  // namespace ElementAttribute
+
+/// Names of tables.
+namespace TableName {
+inline constexpr const char* kCondition = "Condition";
+inline constexpr const char* kWarningMessages = "WarningMessages";
+inline constexpr const char* kMessage = "Message";
+inline constexpr const char* kStatisticsResult = "StatisticsResult";
+inline constexpr const char* kContinuousDistribution = "ContinuousDistribution";
+inline constexpr const char* kCategoricalDistribution = "CategoricalDistribution";
+inline constexpr const char* kInterval = "Interval";
+inline constexpr const char* kUnknownCategories = "ValsNotInTheCategoreis";
+}  // namespace TableName
+
+/// Names of rows. A name means the same kind of thing in every test.
+namespace RowName {
+inline constexpr const char* kConditionKey = "ConditionKey";
+
+inline constexpr const char* kCode = "code";
+inline constexpr const char* kType = "type";
+inline constexpr const char* kParamNum = "paramNum";
+
+inline constexpr const char* kTotalN = "TotalN";
+inline constexpr const char* kTestStatistic = "TestStatistic";
+inline constexpr const char* kStandardError = "StandardError";
+inline constexpr const char* kStandardTestStatistic = "StandardTestStatistic";
+inline constexpr const char* kDegreeOfFreedom = "DegreeOfFreedom";
+inline constexpr const char* kAsymptoticSig2Tailed = "AsymptoticSig2Tailed";
+inline constexpr const char* kAsymptoticSig1Tailed = "AsymptoticSig1Tailed";
+inline constexpr const char* kExactSig2Tailed = "ExactSig2Tailed";
+inline constexpr const char* kExactSig1Tailed = "ExactSig1Tailed";
+
+inline constexpr const char* kNegativeDifferences = "NegativeDifferences";
+inline constexpr const char* kTies = "Ties";
+inline constexpr const char* kPositiveDifferences = "PositiveDifferences";
+
+inline constexpr const char* kMin = "Min";
+inline constexpr const char* kMax = "Max";
+inline constexpr const char* kMean = "Mean";
+inline constexpr const char* kStdDev = "StdDev";
+}  // namespace RowName
+
+/// Fixed texts that stand as values.
+namespace Literal {
+/// A condition's parameter that has no value.
+inline constexpr const char* kMissingParameter = "__MISSING__";
+/// The two rows of an interval table.
+inline constexpr const char* kCountAndValue = "count;value";
+}  // namespace Literal

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/common/QKStatus.h"
+
+/// How a message of a test is meant. The kind comes from whoever adds the message, not from its code.
+enum class MessageKind { kError = 0, kWarning = 1, kHelpMessage = 2 };
+
+/// One message of a test: a status code with the parameters that its text will name.
+struct TestMessage {
+    QKStatus status;
+    MessageKind kind = MessageKind::kError;
+    std::vector<std::string> params;
+    std::vector<std::pair<std::string, std::string>> namedParams;
+
+    friend bool operator==(const TestMessage&, const TestMessage&) = default;
+};

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+/// The text makers: every number of a result document passes through one of them.
+
+/// A plain decimal number, a leading "-" where it is negative.
+std::string IntToString(std::int32_t value);
+/// A plain decimal number.
+std::string SizeToString(std::size_t value);
+/// At most 15 significant digits, a point, no trailing zeros; "nan", "inf" and "-inf" where it is no number.
+std::string DoubleToString(double value);
+/// "true" or "false".
+std::string BoolToString(bool value);

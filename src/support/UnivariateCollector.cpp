@@ -1,0 +1,93 @@
+#include "support/UnivariateCollector.h"
+
+#include <exception>
+
+UnivariateCollector::UnivariateCollector(const QKTarn::TarnMemoIterator& memoIterator, const QKVarList& fields)
+    : memo(memoIterator), varList(&fields) {}
+
+std::unique_ptr<QKUnivariateVariable> UnivariateCollector::MakeVariable(int field) const {
+    const IQKVariable* variable = varList->GetVarAt(field);
+    if (variable == nullptr) return nullptr;
+    if (variable->GetKind() == FieldKind::kContinuous) {
+        return std::make_unique<QKContUnivariateVariable>(field, weightIndex);
+    }
+    if (FieldKind::IsCategorical(variable->GetKind())) {
+        return std::make_unique<QKCateUnivariateVariable>(field, weightIndex, variable->GetCategoryCount());
+    }
+    return nullptr;
+}
+
+bool UnivariateCollector::Request(int field, int code) {
+    std::unique_ptr<QKUnivariateVariable>* variable = nullptr;
+    try {
+        variable = &variables[field];
+        if (*variable == nullptr) *variable = MakeVariable(field);
+    } catch (const std::exception&) {
+        return false;
+    }
+    if (*variable == nullptr) return false;
+
+    const bool wantsQuantiles =
+        code == Statistic::kMedian || code == Statistic::kQuantiles || code == Statistic::kAll;
+    if (wantsQuantiles && FindContinuous(field) != nullptr) {
+        if (sortedData == nullptr) return false;
+        (*variable)->SetSortedData(sortedData);
+    }
+    (*variable)->AddStatistic(code);
+    return true;
+}
+
+void UnivariateCollector::SetWeight(int index) {
+    weightIndex = index;
+    for (const auto& [field, variable] : variables) {
+        if (variable != nullptr) variable->SetWeightIndex(index);
+    }
+}
+
+QKStatus UnivariateCollector::Compute() {
+    QKStatus status;
+    memo.Rewind();
+    if (!memo.HasMore()) return status;
+    bool again = true;
+    while (again) {
+        while (memo.HasMore()) AddToAll(*memo.Next(), status);
+        again = EndPassOfAll(status);
+        if (again) memo.Rewind();
+    }
+    return status;
+}
+
+void UnivariateCollector::AddToAll(const Record& record, QKStatus& status) {
+    for (const auto& [field, variable] : variables) {
+        if (!status.IsOK()) return;
+        if (variable == nullptr || variable->IsMissing(record[static_cast<std::size_t>(field)])) continue;
+        if (variable->NeedsPass()) status = variable->AddRecord(record);
+    }
+}
+
+/// Whether another pass is wanted. The walk ends at the first field that needs no pass, and the fields behind it
+/// then get no end of a second pass either, so that their zeros make no interval; documents depend on it.
+bool UnivariateCollector::EndPassOfAll(QKStatus& status) {
+    bool again = false;
+    for (const auto& [field, variable] : variables) {
+        if (!status.IsOK()) break;
+        if (variable == nullptr) continue;
+        if (!variable->NeedsPass()) break;
+        status = variable->EndPass();
+        again = again || variable->NeedsPass();
+    }
+    return again;
+}
+
+const QKUnivariateVariable* UnivariateCollector::Find(int field) const {
+    const auto found = variables.find(field);
+    return found == variables.end() ? nullptr : found->second.get();
+}
+
+const QKContUnivariateVariable* UnivariateCollector::FindContinuous(int field) const {
+    return dynamic_cast<const QKContUnivariateVariable*>(Find(field));
+}
+
+const QKCateUnivariateVariable* UnivariateCollector::FindCategorical(int field) const {
+    return dynamic_cast<const QKCateUnivariateVariable*>(Find(field));
+}

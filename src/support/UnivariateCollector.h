@@ -1,0 +1,51 @@
+#pragma once
+
+#include <map>
+#include <memory>
+
+#include "planning/records/InitialDataReader.h"
+#include "platform/common/QKStatus.h"
+#include "platform/common/QKVarList.h"
+#include "support/QKUnivariateVariable.h"
+
+class TARNSortedDataSet;
+
+/// The descriptive store of a run: filled with requests while the tests are planned, computed once in passes over
+/// the memory store, read by the tests and by the document through `UnivariateResults`.
+class UnivariateCollector {
+ public:
+    static constexpr int kNoWeight = -1;
+
+    /// Borrows the fields; the store of `memo` is read in `Compute` only.
+    UnivariateCollector(const QKTarn::TarnMemoIterator& memo, const QKVarList& varList);
+
+    /// Asks for a statistic (a code of `Statistic`) of a field. False if the field got no record of its own, or if
+    /// quantiles of a continuous field are asked for before there is a sorted view of anything; true otherwise,
+    /// even where the field has no such statistic.
+    bool Request(int field, int code);
+
+    /// The weight field from now on, for the records that exist as well.
+    void SetWeight(int index);
+    /// Where quantiles find sorted views; borrowed, needed until `Compute` is over.
+    void SetSortedData(TARNSortedDataSet* views) { sortedData = views; }
+
+    /// Fills all records. A field whose record ends in an error stops the others.
+    QKStatus Compute();
+
+    /// The record of a field, owned by the store; null if there is none.
+    const QKUnivariateVariable* Find(int field) const;
+    /// The same for a field of that family alone.
+    const QKContUnivariateVariable* FindContinuous(int field) const;
+    const QKCateUnivariateVariable* FindCategorical(int field) const;
+
+ private:
+    std::unique_ptr<QKUnivariateVariable> MakeVariable(int field) const;
+    void AddToAll(const Record& record, QKStatus& status);
+    bool EndPassOfAll(QKStatus& status);
+
+    QKTarn::TarnMemoIterator memo;
+    int weightIndex = kNoWeight;
+    const QKVarList* varList;
+    std::map<int, std::unique_ptr<QKUnivariateVariable>> variables;
+    TARNSortedDataSet* sortedData = nullptr;
+};

@@ -1,0 +1,71 @@
+#include "support/UnivariateResults.h"
+
+namespace {
+
+/// A value of a field's continuous record, the missing double where there is none.
+double ContinuousValue(const UnivariateCollector& collector, int field,
+                       double (QKContUnivariateVariable::*value)() const) {
+    const QKContUnivariateVariable* variable = collector.FindContinuous(field);
+    return variable ? (variable->*value)() : QKMV::Missing();
+}
+
+/// A value of a field's categorical record, -1 where there is none.
+std::int32_t CategoricalValue(const UnivariateCollector& collector, int field,
+                              std::int32_t (QKCateUnivariateVariable::*value)() const) {
+    const QKCateUnivariateVariable* variable = collector.FindCategorical(field);
+    return variable ? (variable->*value)() : -1;
+}
+
+}  // namespace
+
+std::int32_t UnivariateResults::GetCount(int field) const {
+    const QKUnivariateVariable* variable = collector_->Find(field);
+    return variable ? variable->GetCount() : -1;
+}
+
+bool UnivariateResults::HasVariable(int field) const { return collector_->Find(field) != nullptr; }
+
+double UnivariateResults::GetMean(int field) const {
+    return ContinuousValue(*collector_, field, &QKContUnivariateVariable::GetMean);
+}
+double UnivariateResults::GetMax(int field) const {
+    return ContinuousValue(*collector_, field, &QKContUnivariateVariable::GetMax);
+}
+double UnivariateResults::GetMin(int field) const {
+    return ContinuousValue(*collector_, field, &QKContUnivariateVariable::GetMin);
+}
+double UnivariateResults::GetMedian(int field) const {
+    return ContinuousValue(*collector_, field, &QKContUnivariateVariable::GetMedian);
+}
+double UnivariateResults::GetFirstQuartile(int field) const {
+    return ContinuousValue(*collector_, field, &QKContUnivariateVariable::GetFirstQuartile);
+}
+double UnivariateResults::GetThirdQuartile(int field) const {
+    return ContinuousValue(*collector_, field, &QKContUnivariateVariable::GetThirdQuartile);
+}
+double UnivariateResults::GetStdDev(int field) const {
+    return ContinuousValue(*collector_, field, &QKContUnivariateVariable::GetStdDev);
+}
+
+const std::vector<HistogramBin>* UnivariateResults::GetContinuous(int field) const {
+    const QKContUnivariateVariable* variable = collector_->FindContinuous(field);
+    return variable ? &variable->GetBins() : nullptr;
+}
+
+int UnivariateResults::GetMedianCategory(int field) const {
+    return CategoricalValue(*collector_, field, &QKCateUnivariateVariable::GetMedianCategory);
+}
+std::int32_t UnivariateResults::GetModeFrequency(int field) const {
+    return CategoricalValue(*collector_, field, &QKCateUnivariateVariable::GetModeFrequency);
+}
+
+bool UnivariateResults::GetFrequencies(int field, std::map<int, std::int32_t>& frequencies) const {
+    const QKCateUnivariateVariable* variable = collector_->FindCategorical(field);
+    if (variable == nullptr) return false;
+    frequencies = variable->GetFrequencies();
+    return true;
+}
+
+int UnivariateResults::GetCategoryCount(int field) const {
+    return CategoricalValue(*collector_, field, &QKCateUnivariateVariable::GetCategoryCount);
+}

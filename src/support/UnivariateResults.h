@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <vector>
+
+#include "support/UnivariateCollector.h"
+
+/// The read-only view of the descriptive store, by field index. What is not there answers with the missing double,
+/// -1, null or false, as told at each operation; so does a field of the other family. Readable once the store has
+/// been computed; borrows the store. The order of the operations is fixed.
+class UnivariateResults {
+ public:
+    explicit UnivariateResults(const UnivariateCollector& collector) : collector_(&collector) {}
+    virtual ~UnivariateResults() = default;
+
+    /// Sum of the weights of the records that are not missing in the field; -1 for a field that has no record.
+    virtual std::int32_t GetCount(int field) const;
+    virtual bool HasVariable(int field) const;
+    virtual double GetMean(int field) const;
+    virtual double GetMax(int field) const;
+    virtual double GetMin(int field) const;
+    virtual double GetMedian(int field) const;
+    virtual double GetFirstQuartile(int field) const;
+    virtual double GetThirdQuartile(int field) const;
+    virtual double GetStdDev(int field) const;
+    /// The histogram, owned by the store; null for a field that has no continuous record.
+    virtual const std::vector<HistogramBin>* GetContinuous(int field) const;
+    /// -1 for a field that has no categorical record, as in `GetModeFrequency` and `GetCategoryCount`.
+    virtual int GetMedianCategory(int field) const;
+    virtual std::int32_t GetModeFrequency(int field) const;
+    /// Replaces the map by the frequency of every category; false, the map unchanged, for a field that has no
+    /// categorical record.
+    virtual bool GetFrequencies(int field, std::map<int, std::int32_t>& frequencies) const;
+    virtual int GetCategoryCount(int field) const;
+
+ private:
+    const UnivariateCollector* collector_;
+};
