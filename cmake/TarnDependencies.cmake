@@ -7,6 +7,7 @@ find_package(nlohmann_json REQUIRED)   # JSON in the host
 find_package(CLI11 REQUIRED)           # the command line
 if(TARN_TESTS)
   find_package(GTest REQUIRED)
+  find_package(rapidcheck REQUIRED)    # properties over random input
 endif()
 if(TARN_BENCH)
   find_package(benchmark REQUIRED)

@@ -19,7 +19,7 @@ constexpr int kNoDescriptor = -1;
 constexpr std::size_t kReadAllBlock = 1 << 16;
 
 [[noreturn]] void FailWithErrno(const std::string& name) {
-    throw InputError(name + ": cannot be read: " + std::strerror(errno));
+    throw InputError(name + ": cannot be read: " + std::strerror(errno) + "; expected a readable file");
 }
 
 int OpenForReading(const std::string& path) {

@@ -17,7 +17,9 @@ constexpr double kSecondsPerDay = 86400;
 constexpr double kSecondsPerHour = 3600;
 constexpr double kSecondsPerMinute = 60;
 
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+bool IsDigit(char c) {
+    return c >= '0' && c <= '9';
+}
 
 // Reads a text from its front in fixed shapes. After a shape that is not there, nothing else is.
 class ShapeReader {
@@ -123,12 +125,18 @@ std::optional<double> ParseDateTime(std::string_view text) {
 std::optional<double> ParseCell(FieldType type, std::string_view text) {
     switch (type) {
         case FieldType::kNumber:
-        case FieldType::kInteger: return ParseDecimal(text);
-        case FieldType::kBoolean: return ParseBoolean(text);
-        case FieldType::kDate: return ParseDate(text);
-        case FieldType::kTime: return ParseTime(text);
-        case FieldType::kDateTime: return ParseDateTime(text);
-        case FieldType::kString: break;
+        case FieldType::kInteger:
+            return ParseDecimal(text);
+        case FieldType::kBoolean:
+            return ParseBoolean(text);
+        case FieldType::kDate:
+            return ParseDate(text);
+        case FieldType::kTime:
+            return ParseTime(text);
+        case FieldType::kDateTime:
+            return ParseDateTime(text);
+        case FieldType::kString:
+            break;
     }
     return std::nullopt;
 }
@@ -136,12 +144,18 @@ std::optional<double> ParseCell(FieldType type, std::string_view text) {
 std::string_view ExpectedText(FieldType type) {
     switch (type) {
         case FieldType::kNumber:
-        case FieldType::kInteger: return "a decimal number";
-        case FieldType::kBoolean: return "true or false";
-        case FieldType::kDate: return "a date YYYY-MM-DD";
-        case FieldType::kTime: return "a time hh:mm:ss";
-        case FieldType::kDateTime: return "a date and time YYYY-MM-DDThh:mm:ss";
-        case FieldType::kString: break;
+        case FieldType::kInteger:
+            return "a decimal number";
+        case FieldType::kBoolean:
+            return "true or false";
+        case FieldType::kDate:
+            return "a date YYYY-MM-DD";
+        case FieldType::kTime:
+            return "a time hh:mm:ss";
+        case FieldType::kDateTime:
+            return "a date and time YYYY-MM-DDThh:mm:ss";
+        case FieldType::kString:
+            break;
     }
     return "a text";
 }

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <deque>
-#include <numeric>
+#include <optional>
 #include <unordered_map>
 #include <utility>
 
@@ -52,14 +52,22 @@ bool ColumnReader::IsUserMissing(std::string_view text) const {
 }
 
 double ColumnReader::ReadText(std::string_view cell) {
-    return IsUserMissing(cell) ? kMissingNumber : textCodes_.CodeOf(cell);
+    const bool isMissing = missingTexts_.Contains(TrimBlanks(cell)) || IsUserMissing(cell);
+    return isMissing ? kMissingNumber : textCodes_.CodeOf(cell);
+}
+
+bool ColumnReader::ReadTyped(std::string_view cell, double& value) const {
+    const std::optional<double> number = ParseCell(type_, cell);
+    value = number.value_or(value);
+    return number.has_value();
 }
 
 // A column of numbers may still have a text as its user-missing value, like "refused".
-std::optional<double> ColumnReader::ReadUnusual(std::string_view cell) {
-    if (!IsUserMissing(cell)) return std::nullopt;
+bool ColumnReader::ReadUnusual(std::string_view cell, double& value) {
+    if (!IsUserMissing(cell)) return false;
     hasValues_ = true;
-    return kMissingNumber;
+    value = kMissingNumber;
+    return true;
 }
 
 void ColumnReader::BecomeText() {

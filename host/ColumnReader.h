@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,8 +21,11 @@ class ColumnReader {
     /// Both arguments are borrowed.
     ColumnReader(const ColumnPlan& plan, const MissingTexts& missingTexts);
 
-    /// The value of a cell; nothing if it is none of the column's type.
-    std::optional<double> Read(std::string_view cell);
+    /// Reads a cell into `value`; false if it is none of the column's type.
+    [[nodiscard]] bool Read(std::string_view cell, double& value);
+
+    /// Reads a cell of a string column, which can be any text.
+    double ReadText(std::string_view cell);
 
     /// Reads cells as texts from now on. What was read before as a number is void.
     void BecomeText();
@@ -40,8 +42,8 @@ class ColumnReader {
     bool IsDecimal() const { return type_ == FieldType::kNumber || type_ == FieldType::kInteger; }
     bool IsUserMissing(double number) const;
     bool IsUserMissing(std::string_view text) const;
-    double ReadText(std::string_view cell);
-    std::optional<double> ReadUnusual(std::string_view cell);
+    bool ReadTyped(std::string_view cell, double& value) const;
+    bool ReadUnusual(std::string_view cell, double& value);
 
     const ColumnPlan& plan_;
     const MissingTexts& missingTexts_;
@@ -61,15 +63,25 @@ inline bool ColumnReader::IsUserMissing(double number) const {
     return false;
 }
 
-inline std::optional<double> ColumnReader::Read(std::string_view cell) {
+inline bool ColumnReader::Read(std::string_view cell, double& value) {
+    if (isText_) {
+        value = ReadText(cell);
+        return true;
+    }
     const std::string_view trimmed = TrimBlanks(cell);
-    if (missingTexts_.Contains(trimmed)) return kMissingNumber;
-    if (isText_) return ReadText(cell);
-    const std::optional<double> number = IsDecimal() ? ParseDecimal(trimmed) : ParseCell(type_, trimmed);
-    if (!number) return ReadUnusual(trimmed);
+    if (missingTexts_.Contains(trimmed)) {
+        value = kMissingNumber;
+        return true;
+    }
+    const bool isNumber = IsDecimal() ? ParseDecimal(trimmed, value) : ReadTyped(trimmed, value);
+    if (!isNumber) return ReadUnusual(trimmed, value);
     hasValues_ = true;
-    if (IsUserMissing(*number)) return kMissingNumber;
-    return isCategorical_ ? numberCodes_.CodeOf(*number) : *number;
+    if (IsUserMissing(value)) {
+        value = kMissingNumber;
+    } else if (isCategorical_) {
+        value = numberCodes_.CodeOf(value);
+    }
+    return true;
 }
 
 }  // namespace tarn

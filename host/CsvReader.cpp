@@ -80,7 +80,8 @@ CsvReader::Outcome CsvReader::ParseRow() {
             next_ = special + 1;
             break;
         }
-        if (special != cell) Fail(special, "a double quote inside a bare cell; expected the whole cell in double quotes");
+        if (special != cell)
+            Fail(special, "a double quote inside a bare cell; expected the whole cell in double quotes");
         const Border border = ParseQuoted(special);
         if (border == Border::kNeedsBytes) return Outcome::kNeedsBytes;
         if (border == Border::kRowEnd) break;
@@ -161,7 +162,8 @@ void CsvReader::CheckEncoding(const char* last) const {
     if (bad == last) return;
     char byte[8];
     std::snprintf(byte, sizeof byte, "0x%02X", static_cast<unsigned char>(*bad));
-    throw InputError(source_.Name() + ":" + std::to_string(LineOf(bad)) + ": byte " + byte + "; expected text in UTF-8");
+    throw InputError(source_.Name() + ":" + std::to_string(LineOf(bad)) + ": byte " + byte +
+                     "; expected text in UTF-8");
 }
 
 std::size_t CsvReader::LineOf(const char* position) const {

@@ -22,10 +22,10 @@ using Keys = std::span<const std::string_view>;
 template <typename Value>
 using Spelling = std::pair<std::string_view, Value>;
 
-constexpr Spelling<FieldType> kTypes[] = {
-    {"number", FieldType::kNumber}, {"integer", FieldType::kInteger}, {"string", FieldType::kString},
-    {"boolean", FieldType::kBoolean}, {"date", FieldType::kDate}, {"time", FieldType::kTime},
-    {"datetime", FieldType::kDateTime}};
+constexpr Spelling<FieldType> kTypes[] = {{"number", FieldType::kNumber},    {"integer", FieldType::kInteger},
+                                          {"string", FieldType::kString},    {"boolean", FieldType::kBoolean},
+                                          {"date", FieldType::kDate},        {"time", FieldType::kTime},
+                                          {"datetime", FieldType::kDateTime}};
 
 constexpr Spelling<FieldLevel> kLevels[] = {
     {"continuous", FieldLevel::kContinuous}, {"nominal", FieldLevel::kNominal}, {"ordinal", FieldLevel::kOrdinal}};
@@ -43,17 +43,17 @@ constexpr std::string_view kValue = "value";
 constexpr std::string_view kLabel = "label";
 
 constexpr std::string_view kTableKeys[] = {kFields, kWeightField, kMissingValues};
-constexpr std::string_view kFieldKeys[] = {kName,       kTitle,             kType,         kLevel,
-                                           kCategories, kCategoriesOrdered, kMissingValues};
+constexpr std::string_view kFieldKeys[] = {kName,         kTitle, kType, kLevel, kCategories, kCategoriesOrdered,
+                                           kMissingValues};
 constexpr std::string_view kValueKeys[] = {kValue, kLabel};
 
 // The other keys of a Table Schema. They annotate or constrain the data; one that would make a cell read in another
 // way shows when the cell can't be read in ours.
-constexpr std::string_view kIgnoredTableKeys[] = {"$schema",    "name",       "title",       "description", "fieldsMatch",
-                                                  "primaryKey", "uniqueKeys", "foreignKeys", "examples"};
-constexpr std::string_view kIgnoredFieldKeys[] = {"description", "format",     "constraints", "rdfType",    "example",
-                                                  "examples",    "decimalChar", "groupChar",   "bareNumber", "trueValues",
-                                                  "falseValues", "itemType",   "delimiter"};
+constexpr std::string_view kIgnoredTableKeys[] = {
+    "$schema", "name", "title", "description", "fieldsMatch", "primaryKey", "uniqueKeys", "foreignKeys", "examples"};
+constexpr std::string_view kIgnoredFieldKeys[] = {
+    "description", "format",     "constraints", "rdfType",     "example",  "examples", "decimalChar",
+    "groupChar",   "bareNumber", "trueValues",  "falseValues", "itemType", "delimiter"};
 
 std::string Shown(const Json& value) {
     if (value.is_string()) return Quoted(value.get_ref<const std::string&>());
@@ -114,7 +114,8 @@ class DescriptorReader {
         descriptor.name = ReadText(*name, Member(path, kName));
         if (const Json* value = Find(field, kTitle)) descriptor.title = ReadText(*value, Member(path, kTitle));
         if (const Json* value = Find(field, kType)) descriptor.type = ReadChoice(*value, Member(path, kType), kTypes);
-        if (const Json* value = Find(field, kLevel)) descriptor.level = ReadChoice(*value, Member(path, kLevel), kLevels);
+        if (const Json* value = Find(field, kLevel))
+            descriptor.level = ReadChoice(*value, Member(path, kLevel), kLevels);
         if (const Json* value = Find(field, kCategories)) {
             descriptor.categories = ReadValues(*value, Member(path, kCategories));
         }

@@ -8,9 +8,13 @@ namespace {
 
 constexpr std::size_t kMaxAlternatives = 12;
 
-bool IsControl(char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7f; }
+bool IsControl(char c) {
+    return static_cast<unsigned char>(c) < 0x20 || c == 0x7f;
+}
 
-bool IsContinuationByte(char c) { return (static_cast<unsigned char>(c) & 0xc0) == 0x80; }
+bool IsContinuationByte(char c) {
+    return (static_cast<unsigned char>(c) & 0xc0) == 0x80;
+}
 
 std::string WithoutControls(std::string line) {
     std::replace_if(line.begin(), line.end(), IsControl, '?');
@@ -30,10 +34,17 @@ std::string Quoted(std::string_view text, std::size_t maxLength) {
     std::string quoted = "\"";
     for (const char c : text.substr(0, length)) {
         switch (c) {
-            case '\n': quoted += "\\n"; break;
-            case '\r': quoted += "\\r"; break;
-            case '\t': quoted += "\\t"; break;
-            default: quoted += c;
+            case '\n':
+                quoted += "\\n";
+                break;
+            case '\r':
+                quoted += "\\r";
+                break;
+            case '\t':
+                quoted += "\\t";
+                break;
+            default:
+                quoted += c;
         }
     }
     if (length < text.size()) quoted += "...";

@@ -103,16 +103,11 @@ class TableLoader {
     void ReadRow(std::span<const std::string_view> cells) {
         double* const row = table_.AppendRow();
         for (std::size_t i = 0; i < cells.size(); ++i) {
-            std::optional<double> value = readers_[i].Read(cells[i]);
-            if (!value) {
-                TurnToText(i, cells[i]);
-                value = readers_[i].Read(cells[i]);
-            }
-            row[i] = *value;
+            if (!readers_[i].Read(cells[i], row[i])) TurnToText(i, cells[i], row[i]);
         }
     }
 
-    void TurnToText(std::size_t column, std::string_view cell) {
+    void TurnToText(std::size_t column, std::string_view cell, double& value) {
         ColumnReader& reader = readers_[column];
         const ColumnPlan& plan = plan_.columns[column];
         if (!plan.MayBecomeText()) {
@@ -120,6 +115,7 @@ class TableLoader {
                              "; expected " + std::string(reader.ExpectedText()));
         }
         reader.BecomeText();
+        value = reader.ReadText(cell);
         if (reader.HasVoidValues()) lateTexts_.push_back({column, table_.RowCount() - 1});
     }
 
@@ -133,7 +129,7 @@ class TableLoader {
             isSame = rows.Next();
             for (const LateText& late : lateTexts_) {
                 if (!isSame || row >= late.rowCount) continue;
-                table_.Row(row)[late.column] = *readers_[late.column].Read(rows.Csv().Cells()[late.column]);
+                table_.Row(row)[late.column] = readers_[late.column].ReadText(rows.Csv().Cells()[late.column]);
             }
         }
         if (!isSame) throw InputError(source_.Name() + ": changed while it was read; expected it to stay as it is");

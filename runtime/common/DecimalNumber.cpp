@@ -15,7 +15,7 @@ namespace {
 __extension__ using Wide = unsigned __int128;
 
 // As many decimal digits always fit into 64 bits.
-constexpr std::ptrdiff_t kMaxDigits = 19;
+constexpr std::size_t kMaxDigits = 19;
 // Up to here a double holds all whole numbers, and 10^0 .. 10^19 among the larger ones.
 constexpr std::uint64_t kMaxExactInteger = std::uint64_t{1} << 53;
 
@@ -40,21 +40,25 @@ constexpr auto kPowers = [] {
     return powers;
 }();
 
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+bool IsDigit(char c) {
+    return c >= '0' && c <= '9';
+}
 
-double PowerOfTwo(int exponent) { return std::bit_cast<double>(static_cast<std::uint64_t>(1023 + exponent) << 52); }
+double PowerOfTwo(int exponent) {
+    return std::bit_cast<double>(static_cast<std::uint64_t>(1023 + exponent) << 52);
+}
 
-// number / 10^power for a number above 0, correctly rounded; nothing where 64 bits don't decide the rounding.
+// number / 10^power for a number above 0, correctly rounded; false where 64 bits don't decide the rounding.
 //
 // The product with the reciprocal, cut to 63 bits, is below the true quotient by less than 2. If both ends of that
 // interval round to one double, it is the nearest to the quotient.
-std::optional<double> DivideByPowerOfTen(std::uint64_t number, std::size_t power) {
+bool DivideByPowerOfTen(std::uint64_t number, std::size_t power, double& quotient) {
     const auto& [ofTen, reciprocal, scale] = kPowers[power];
     const int shift = std::countl_zero(number);
     const auto product = static_cast<std::int64_t>((Wide{number << shift} * reciprocal) >> 65);
     const auto lowest = static_cast<double>(product);
-    if (lowest != static_cast<double>(product + 2)) return std::nullopt;
-    return lowest * PowerOfTwo(scale - shift - 62 - static_cast<int>(power));
+    quotient = lowest * PowerOfTwo(scale - shift - 62 - static_cast<int>(power));
+    return lowest == static_cast<double>(product + 2);
 }
 
 // The first byte is the lowest.
@@ -78,66 +82,67 @@ std::uint64_t JoinDigits(std::uint64_t bytes) {
     return (bytes & 0x0000ffff0000ffff) * (1 + (std::uint64_t{10000} << 32)) >> 32;
 }
 
-// Reads the usual spellings, digits with an optional minus and an optional point, as long as their digits fit into 64
-// bits; nothing for all others. A quotient of two numbers that doubles hold exactly is correctly rounded (Clinger
-// 1990, How to read floating point numbers accurately).
-std::optional<double> ParsePlainDecimal(std::string_view text) {
-    const char* position = text.data();
-    const char* const last = position + text.size();
-    const bool isNegative = position != last && *position == '-';
-    if (isNegative) ++position;
-
-    std::uint64_t number = 0;
-    const auto readDigits = [&] {
-        const char* const first = position;
-        while (last - position >= 8) {
-            const std::uint64_t bytes = LoadEightBytes(position);
-            if (!AreDigits(bytes)) break;
-            number = 100000000 * number + JoinDigits(bytes);
-            position += 8;
-        }
-        for (; position != last && IsDigit(*position); ++position) {
-            number = 10 * number + static_cast<std::uint64_t>(*position - '0');
-        }
-        return position - first;
-    };
-    const std::ptrdiff_t wholeCount = readDigits();
-    std::ptrdiff_t fractionCount = 0;
-    if (position != last && *position == '.') {
-        ++position;
-        fractionCount = readDigits();
+// Appends the digits at the front of `text` to `number`, which may overflow, and drops them from `text`.
+std::size_t TakeDigits(std::string_view& text, std::uint64_t& number) {
+    const std::size_t size = text.size();
+    while (text.size() >= 8) {
+        const std::uint64_t bytes = LoadEightBytes(text.data());
+        if (!AreDigits(bytes)) break;
+        number = 100000000 * number + JoinDigits(bytes);
+        text.remove_prefix(8);
     }
-    const std::ptrdiff_t count = wholeCount + fractionCount;
-    if (position != last || count == 0 || count > kMaxDigits) return std::nullopt;
-
-    const auto power = static_cast<std::size_t>(fractionCount);
-    const std::optional<double> value = number <= kMaxExactInteger
-                                            ? static_cast<double>(number) / kPowers[power].ofTen
-                                            : DivideByPowerOfTen(number, power);
-    return value && isNegative ? -*value : value;
+    while (!text.empty() && IsDigit(text.front())) {
+        number = 10 * number + static_cast<std::uint64_t>(text.front() - '0');
+        text.remove_prefix(1);
+    }
+    return size - text.size();
 }
 
-std::optional<double> ParseAnyDecimal(std::string_view text) {
-    const char* first = text.data();
-    const char* const last = first + text.size();
-    const bool hasPlus = first != last && *first == '+';
-    if (hasPlus) ++first;
-    const char* digits = first;
-    if (!hasPlus && digits != last && *digits == '-') ++digits;
-    if (digits == last || !(IsDigit(*digits) || *digits == '.')) return std::nullopt;
+// Reads the usual spellings, digits with an optional minus and an optional point, as long as their digits fit into 64
+// bits; false for all others. A quotient of two numbers that doubles hold exactly is correctly rounded (Clinger 1990,
+// How to read floating point numbers accurately).
+bool ParsePlainDecimal(std::string_view text, double& value) {
+    const bool isNegative = text.starts_with('-');
+    if (isNegative) text.remove_prefix(1);
+    std::uint64_t number = 0;
+    std::size_t digitCount = TakeDigits(text, number);
+    std::size_t power = 0;
+    if (text.starts_with('.')) {
+        text.remove_prefix(1);
+        power = TakeDigits(text, number);
+        digitCount += power;
+    }
+    if (!text.empty() || digitCount == 0 || digitCount > kMaxDigits) return false;
 
-    double value = 0;
-    const auto [end, error] = std::from_chars(first, last, value);
-    if (end != last) return std::nullopt;
-    if (error == std::errc{}) return value;
-    // Out of range, which from_chars does not divide into too large and too small.
-    const double nearest = std::strtod(std::string(first, last).c_str(), nullptr);
-    return std::isfinite(nearest) ? std::optional(nearest) : std::nullopt;
+    double magnitude = static_cast<double>(number) / kPowers[power].ofTen;
+    if (number > kMaxExactInteger && !DivideByPowerOfTen(number, power, magnitude)) return false;
+    value = isNegative ? -magnitude : magnitude;
+    return true;
+}
+
+bool ParseAnyDecimal(std::string_view text, double& value) {
+    const bool hasPlus = text.starts_with('+');
+    if (hasPlus) text.remove_prefix(1);
+    const std::string_view magnitude = text.substr(!hasPlus && text.starts_with('-') ? 1 : 0);
+    if (magnitude.empty() || !(IsDigit(magnitude.front()) || magnitude.front() == '.')) return false;
+
+    double number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (end != text.data() + text.size()) return false;
+    // Out of range, from_chars does not tell too large from too small.
+    if (error != std::errc{}) number = std::strtod(std::string(text).c_str(), nullptr);
+    if (!std::isfinite(number)) return false;
+    value = number;
+    return true;
 }
 
 }  // namespace
 
+bool ParseDecimal(std::string_view text, double& value) {
+    return ParsePlainDecimal(text, value) || ParseAnyDecimal(text, value);
+}
+
 std::optional<double> ParseDecimal(std::string_view text) {
-    if (const std::optional<double> plain = ParsePlainDecimal(text)) return plain;
-    return ParseAnyDecimal(text);
+    double value = 0;
+    return ParseDecimal(text, value) ? std::optional(value) : std::nullopt;
 }
