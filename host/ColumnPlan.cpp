@@ -137,7 +137,7 @@ std::vector<Category> ListedCategories(const ColumnPlan& plan, FieldType type, c
     const auto toCategory = [&](const DescribedValue& value) -> std::optional<Category> {
         if (isText) return Category{0, value.text, value.label};
         const std::optional<double> number = NumberOf(value, type);
-        return number ? std::optional(Category{*number, {}, value.label}) : std::nullopt;
+        return number ? std::optional(Category{*number + 0.0, {}, value.label}) : std::nullopt;
     };
 
     std::vector<Category> listed;

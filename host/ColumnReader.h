@@ -79,7 +79,8 @@ inline bool ColumnReader::Read(std::string_view cell, double& value) {
     if (IsUserMissing(value)) {
         value = kMissingNumber;
     } else if (isCategorical_) {
-        value = numberCodes_.CodeOf(value);
+        // Adding 0 makes -0 the 0 that it equals, so that no category is told as "-0".
+        value = numberCodes_.CodeOf(value + 0.0);
     }
     return true;
 }

@@ -143,7 +143,7 @@ class DescriptorReader {
         const Json* value = json.is_object() ? Find(json, kValue) : nullptr;
         if (value == nullptr) Fail(path, Shown(json), "a text, a number or an object with " + Quoted(kValue));
         CheckKeys(json, path, kValueKeys, {});
-        if (value->is_object()) Fail(Member(path, kValue), Shown(*value), "a text or a number");
+        if (value->is_structured()) Fail(Member(path, kValue), Shown(*value), "a text or a number");
         DescribedValue described = ReadValue(*value, Member(path, kValue));
         if (const Json* label = Find(json, kLabel)) described.label = ReadText(*label, Member(path, kLabel));
         return described;

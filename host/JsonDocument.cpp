@@ -15,14 +15,26 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// The reason alone of a message like "[json...] parse error at line 1, column 2: reason; last read: 'x'".
-std::string Reason(std::string_view message) {
+constexpr int kNumberOverflow = 406;
+
+// The reason alone of a message like "[json...] parse error at line 1, column 2: reason; last read: 'x'; expected y".
+// What was read last may be half a character, and the position tells it anyway.
+std::string Reason(const nlohmann::detail::exception& error) {
     constexpr std::string_view kPositionEnd = ": ";
     constexpr std::string_view kIdEnd = "] ";
-    const std::size_t position = message.find(kPositionEnd);
-    const std::size_t id = message.find(kIdEnd);
-    if (position != std::string_view::npos) return std::string(message.substr(position + kPositionEnd.size()));
-    return std::string(id == std::string_view::npos ? message : message.substr(id + kIdEnd.size()));
+    constexpr std::string_view kLastRead = "; last read: ";
+    constexpr std::string_view kExpected = "; expected ";
+    const std::string_view message = error.what();
+    if (error.id == kNumberOverflow) {
+        const std::size_t start = message.find(kIdEnd) + kIdEnd.size();
+        return std::string(message.substr(start)) + "; expected a number in the range of a double";
+    }
+    const std::size_t start = message.find(kPositionEnd) + kPositionEnd.size();
+    const std::size_t expected = message.rfind(kExpected);
+    const bool hasExpected = expected != std::string_view::npos;
+    const std::size_t end = std::min({message.find(kLastRead), expected, message.size()});
+    return std::string(message.substr(start, end - start)) +
+           (hasExpected ? std::string(message.substr(expected)) : "; expected JSON");
 }
 
 // "LINE:COLUMN" of a byte, both from 1. Columns count characters.
@@ -66,7 +78,7 @@ class JsonBuilder : public nlohmann::json_sax<Json> {
     bool parse_error(std::size_t position, const std::string&, const nlohmann::detail::exception& error) override {
         // The position counts the byte that was read last.
         const std::size_t offset = position == 0 ? 0 : position - 1;
-        throw InputError(name_ + ":" + LineAndColumn(text_, offset) + ": " + Reason(error.what()));
+        throw InputError(name_ + ":" + LineAndColumn(text_, offset) + ": " + Reason(error));
     }
 
  private:

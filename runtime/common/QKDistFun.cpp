@@ -267,8 +267,30 @@ WorkReal FindQuantile(TailsAt tailsAt, WorkReal p, WorkReal start, WorkReal low,
 constexpr WorkReal kLogOfSmallest = -745.2L;
 constexpr WorkReal kLogOfLargest = 709.8L;
 
+/// Above this shape the series of the incomplete gamma and beta functions take too long, or never end.
+constexpr WorkReal kLargestShape = 1e9L;
+
+WorkReal StdNormQuantile(WorkReal p) {
+    constexpr WorkReal kRootTwo = 1.4142135623730950488016887242096981L;
+    return -kRootTwo * boost::math::erfc_inv(2 * p, MathPolicy());
+}
+
+/// The quantile x / a of the gamma distribution with a large shape a, by Wilson and Hilferty (1931).
+WorkReal LargeGammaQuantileRatio(WorkReal p, WorkReal a) {
+    const WorkReal root = 1 - 1 / (9 * a) + StdNormQuantile(p) / (3 * std::sqrt(a));
+    return root * root * root;
+}
+
 /// The quantile of log(x / (1 - x)) for a beta distributed x; `low` and `high` as for `FindQuantile`.
 WorkReal BetaLogitQuantile(WorkReal p, WorkReal a, WorkReal b, WorkReal low, WorkReal high) {
+    // log(x / (1 - x)) less log(a / b) hardly depends on a shape that large.
+    if (a > kLargestShape && b > kLargestShape) return std::log(a / b) + StdNormQuantile(p) * std::sqrt(1 / a + 1 / b);
+    if (a > kLargestShape || b > kLargestShape) {
+        const WorkReal shift =
+            std::log(std::max<WorkReal>(1, a / kLargestShape)) - std::log(std::max<WorkReal>(1, b / kLargestShape));
+        return shift +
+               BetaLogitQuantile(p, std::min(a, kLargestShape), std::min(b, kLargestShape), low - shift, high - shift);
+    }
     const auto tailsAt = [a, b](WorkReal u) {
         // The smaller one of x and 1 - x has all the digits.
         const bool isUpperHalf = u > 0;
@@ -303,8 +325,7 @@ double QKDistFun::IdfStdNorm(double p) {
     if (!IsProbability(p)) return QKMV::Missing();
     if (p == 0) return -kInfinity;
     if (p == 1) return kInfinity;
-    constexpr WorkReal kRootTwo = 1.4142135623730950488016887242096981L;
-    return QuantileResult(-kRootTwo * boost::math::erfc_inv(2 * static_cast<WorkReal>(p), MathPolicy()));
+    return QuantileResult(StdNormQuantile(p));
 }
 
 double QKDistFun::CdfChi(double x, double df) {
@@ -320,6 +341,7 @@ double QKDistFun::IdfChi(double p, double df) {
     if (p == 0) return 0;
     if (p == 1) return kInfinity;
     const WorkReal a = static_cast<WorkReal>(df) / 2;
+    if (a > kLargestShape) return QuantileResult(df * LargeGammaQuantileRatio(p, a));
     const auto tailsAt = [a](WorkReal u) {
         const WorkReal x = std::exp(u);
         return Tails{boost::math::gamma_p(a, x, MathPolicy()), boost::math::gamma_q(a, x, MathPolicy()),

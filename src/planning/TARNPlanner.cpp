@@ -170,6 +170,7 @@ TARNTestWorker& TARNPlanner::SortedWorkerFor(int field, const QKStatus& planStat
     TARNTestWorker& worker = *sortedWorkers.back();
     if (!planStatus.IsError()) {
         sortedData->Register(field);
+        sortedData->ExpectReader(field);
         worker.SetSorted(field, *sortedData);
     }
     univariates->SetSortedData(sortedData.get());

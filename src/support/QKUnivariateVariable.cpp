@@ -139,7 +139,7 @@ void QKContUnivariateVariable::ExtendRange(double value) {
 // ---- Categorical fields ----
 
 QKCateUnivariateVariable::QKCateUnivariateVariable(int field, int weight, int categories)
-    : fieldIndex(field), weightIndex(weight), categoryCount(categories) {
+    : QKUnivariateVariable(kMissingCategory), fieldIndex(field), weightIndex(weight), categoryCount(categories) {
     for (int category = 0; category < categoryCount; ++category) frequencies[category] = 0;
 }
 

@@ -43,12 +43,15 @@ class QKUnivariateVariable {
     virtual bool NeedsPass() const = 0;
     virtual void SetWeightIndex(int index) = 0;
 
-    virtual bool IsMissing(double value) const = 0;
+    /// Whether a value of the field means missing.
+    bool IsMissing(double value) const { return value == missingMarker; }
 
     /// Sum of the weights seen.
     std::int32_t GetCount() const { return count; }
 
  protected:
+    explicit QKUnivariateVariable(double marker) : missingMarker(marker) {}
+
     bool Wants(int statistic) const { return (statistics >> statistic & 1u) != 0; }
     void Store(int statistic) { statistics |= 1u << statistic; }
 
@@ -56,6 +59,7 @@ class QKUnivariateVariable {
     TARNSortedDataSet* sortedData = nullptr;
 
  private:
+    double missingMarker;
     unsigned statistics = 0;  // one bit per code
 };
 
@@ -66,7 +70,8 @@ class QKUnivariateVariable {
 /// serves a test as a free-standing histogram.
 class QKContUnivariateVariable : public QKUnivariateVariable {
  public:
-    QKContUnivariateVariable(int field, int weight) : fieldIndex(field), weightIndex(weight) {}
+    QKContUnivariateVariable(int field, int weight)
+        : QKUnivariateVariable(QKMV::Missing()), fieldIndex(field), weightIndex(weight) {}
 
     bool AddStatistic(int code) override;
     QKStatus AddRecord(const Record& record) override;
@@ -74,7 +79,6 @@ class QKContUnivariateVariable : public QKUnivariateVariable {
     QKStatus EndPass() override;
     bool NeedsPass() const override { return needsPass; }
     void SetWeightIndex(int index) override { weightIndex = index; }
-    bool IsMissing(double value) const override { return QKMV::IsMissing(value); }
 
     double GetMean() const { return mean; }
     double GetStdDev() const { return stdDev; }
@@ -138,7 +142,6 @@ class QKCateUnivariateVariable : public QKUnivariateVariable {
     QKStatus EndPass() override;
     bool NeedsPass() const override { return needsPass; }
     void SetWeightIndex(int index) override { weightIndex = index; }
-    bool IsMissing(double value) const override { return value == kMissingCategory; }
 
     int GetCategoryCount() const { return categoryCount; }
     /// Per category index its frequency; every category has an entry.

@@ -1,6 +1,10 @@
 #include "support/UnivariateCollector.h"
 
 #include <exception>
+#include <utility>
+#include <vector>
+
+#include "planning/records/TARNSortedDataSet.h"
 
 UnivariateCollector::UnivariateCollector(const QKTarn::TarnMemoIterator& memoIterator, const QKVarList& fields)
     : memo(memoIterator), varList(&fields) {}
@@ -32,6 +36,7 @@ bool UnivariateCollector::Request(int field, int code) {
     if (wantsQuantiles && FindContinuous(field) != nullptr) {
         if (sortedData == nullptr) return false;
         (*variable)->SetSortedData(sortedData);
+        sortedData->ExpectReader(field);
     }
     (*variable)->AddStatistic(code);
     return true;
@@ -46,23 +51,33 @@ void UnivariateCollector::SetWeight(int index) {
 
 QKStatus UnivariateCollector::Compute() {
     QKStatus status;
-    memo.Rewind();
-    if (!memo.HasMore()) return status;
+    if (memo.Store()->Count() == 0) return status;
     bool again = true;
     while (again) {
-        while (memo.HasMore()) AddToAll(*memo.Next(), status);
+        memo.Rewind();
+        if (status.IsOK()) status = RunPass();
         again = EndPassOfAll(status);
-        if (again) memo.Rewind();
     }
     return status;
 }
 
-void UnivariateCollector::AddToAll(const Record& record, QKStatus& status) {
+QKStatus UnivariateCollector::RunPass() {
+    // Who needs the pass does not change within it, so it is not asked again for every record.
+    std::vector<std::pair<std::size_t, QKUnivariateVariable*>> needing;
     for (const auto& [field, variable] : variables) {
-        if (!status.IsOK()) return;
-        if (variable == nullptr || variable->IsMissing(record[static_cast<std::size_t>(field)])) continue;
-        if (variable->NeedsPass()) status = variable->AddRecord(record);
+        if (variable != nullptr && variable->NeedsPass()) {
+            needing.emplace_back(static_cast<std::size_t>(field), variable.get());
+        }
     }
+    while (memo.HasMore()) {
+        const Record& record = *memo.Next();
+        for (const auto& [field, variable] : needing) {
+            if (variable->IsMissing(record[field])) continue;
+            const QKStatus status = variable->AddRecord(record);
+            if (!status.IsOK()) return status;
+        }
+    }
+    return QKStatus();
 }
 
 /// Whether another pass is wanted. The walk ends at the first field that needs no pass, and the fields behind it

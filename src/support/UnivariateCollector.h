@@ -40,7 +40,7 @@ class UnivariateCollector {
 
  private:
     std::unique_ptr<QKUnivariateVariable> MakeVariable(int field) const;
-    void AddToAll(const Record& record, QKStatus& status);
+    QKStatus RunPass();
     bool EndPassOfAll(QKStatus& status);
 
     QKTarn::TarnMemoIterator memo;

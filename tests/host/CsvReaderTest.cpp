@@ -40,10 +40,18 @@ const Case kCases[] = {
     {"EmptyCells", ",\n,,\n", {{"", ""}, {"", "", ""}}},
     {"CommaAtTheEnd", "a,", {{"a", ""}}},
     {"EmptyLines", "\n\r\na\n\n", {{""}, {""}, {"a"}, {""}}},
-    {"ByteOrderMark", "\xef\xbb\xbf" "a,b\n1,2\n", {{"a", "b"}, {"1", "2"}}},
+    {"ByteOrderMark",
+     "\xef\xbb\xbf"
+     "a,b\n1,2\n",
+     {{"a", "b"}, {"1", "2"}}},
     {"OnlyAByteOrderMark", "\xef\xbb\xbf", {}},
     {"ByteOrderMarkBeforeAQuote", "\xef\xbb\xbf\"a\",b\n", {{"a", "b"}}},
-    {"ByteOrderMarkInTheMiddleIsData", "a\n\xef\xbb\xbf" "b\n", {{"a"}, {"\xef\xbb\xbf" "b"}}},
+    {"ByteOrderMarkInTheMiddleIsData",
+     "a\n\xef\xbb\xbf"
+     "b\n",
+     {{"a"},
+      {"\xef\xbb\xbf"
+       "b"}}},
     {"Quoted", "\"a\",\"b\"\n\"1\",2\n", {{"a", "b"}, {"1", "2"}}},
     {"QuotedAtTheEnd", "a,\"b\"", {{"a", "b"}}},
     {"QuotedBeforeCarriageReturn", "\"a\"\r\n\"b\"\r\n", {{"a"}, {"b"}}},
@@ -56,8 +64,12 @@ const Case kCases[] = {
     {"BlanksAreData", " a , b \n", {{" a ", " b "}}},
     {"CarriageReturnWithinALineIsData", "a\rb,\r\n\rc,d\r\r\n", {{"a\rb", ""}, {"\rc", "d\r"}}},
     {"CarriageReturnAtTheEndIsData", "a,b\r", {{"a", "b\r"}}},
-    {"Utf8", "\xc3\xa9t\xc3\xa9,\xe2\x82\xac\n\xf0\x9f\x98\x80,x\n", {{"\xc3\xa9t\xc3\xa9", "\xe2\x82\xac"}, {"\xf0\x9f\x98\x80", "x"}}},
-    {"LongerThanAChunk", std::string(200, 'x') + ",\"" + std::string(100, 'y') + "\"\n", {{std::string(200, 'x'), std::string(100, 'y')}}},
+    {"Utf8",
+     "\xc3\xa9t\xc3\xa9,\xe2\x82\xac\n\xf0\x9f\x98\x80,x\n",
+     {{"\xc3\xa9t\xc3\xa9", "\xe2\x82\xac"}, {"\xf0\x9f\x98\x80", "x"}}},
+    {"LongerThanAChunk",
+     std::string(200, 'x') + ",\"" + std::string(100, 'y') + "\"\n",
+     {{std::string(200, 'x'), std::string(100, 'y')}}},
 };
 
 TEST(CsvReader, ReadsRowsWhateverTheBlockSize) {
@@ -91,7 +103,9 @@ const ErrorCase kErrorCases[] = {
     {"a\n\"b\n\xc3(\"\n", "data.csv:3: byte 0xC3; expected text in UTF-8"},
     {"a\n\xe2\x82", "data.csv:2: byte 0xE2; expected text in UTF-8"},
     {"a\nM\xfcller \"x\"\n", "data.csv:2: byte 0xFC; expected text in UTF-8"},
-    {"\xff\xfe" "a", "data.csv:1: byte 0xFF; expected text in UTF-8"},
+    {"\xff\xfe"
+     "a",
+     "data.csv:1: byte 0xFF; expected text in UTF-8"},
     {std::string("a\nb\0c\n", 6), "data.csv:2: byte 0x00; expected text in UTF-8"},
     {std::string("a\n1\n\0", 5), "data.csv:3: byte 0x00; expected text in UTF-8"},
 };
@@ -139,13 +153,14 @@ TEST(CsvReader, StaysAtTheEnd) {
 
 // A cell as a spreadsheet may hold it, with everything that needs quotes.
 rc::Gen<std::string> AnyCell() {
-    const auto piece = rc::gen::element<std::string>("a", "1", "-", ".5", ",", "\"", "\n", "\r\n", "\r", " ", "\xc3\xa9",
-                                                     "\xf0\x9f\x98\x80", "a longer piece of text");
-    return rc::gen::map(rc::gen::container<std::vector<std::string>>(piece), [](const std::vector<std::string>& pieces) {
-        std::string cell;
-        for (const std::string& text : pieces) cell += text;
-        return cell;
-    });
+    const auto piece = rc::gen::element<std::string>("a", "1", "-", ".5", ",", "\"", "\n", "\r\n", "\r", " ",
+                                                     "\xc3\xa9", "\xf0\x9f\x98\x80", "a longer piece of text");
+    return rc::gen::map(rc::gen::container<std::vector<std::string>>(piece),
+                        [](const std::vector<std::string>& pieces) {
+                            std::string cell;
+                            for (const std::string& text : pieces) cell += text;
+                            return cell;
+                        });
 }
 
 std::string Escaped(const std::string& cell, bool mayStayBare) {

@@ -15,8 +15,8 @@ std::size_t InvalidAt(std::string_view text) {
 
 // The borders of the well-formed sequences: The Unicode Standard, table 3-7.
 TEST(Utf8, AcceptsTheFirstAndLastCharacterOfEachLength) {
-    for (const std::string text : {"\x01", "\x7f", "\xc2\x80", "\xdf\xbf", "\xe0\xa0\x80", "\xed\x9f\xbf", "\xee\x80\x80",
-                                   "\xef\xbf\xbf", "\xf0\x90\x80\x80", "\xf4\x8f\xbf\xbf"}) {
+    for (const std::string text : {"\x01", "\x7f", "\xc2\x80", "\xdf\xbf", "\xe0\xa0\x80", "\xed\x9f\xbf",
+                                   "\xee\x80\x80", "\xef\xbf\xbf", "\xf0\x90\x80\x80", "\xf4\x8f\xbf\xbf"}) {
         EXPECT_EQ(InvalidAt("a" + text + "b"), text.size() + 2) << testing::PrintToString(text);
     }
     EXPECT_EQ(InvalidAt(""), 0u);

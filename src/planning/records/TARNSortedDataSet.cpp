@@ -44,9 +44,12 @@ bool TARNSortedDataSet::Register(int field) {
     return true;
 }
 
+void TARNSortedDataSet::ExpectReader(int field) { fieldsWithReader.insert(field); }
+
 QKStatus TARNSortedDataSet::Build() {
     try {
         for (const int field : fields) {
+            if (!fieldsWithReader.contains(field)) continue;
             std::vector<double> values(static_cast<std::size_t>(store->Count()));
             for (int i = 0; i < store->Count(); ++i) {
                 values[static_cast<std::size_t>(i)] = store->ValuesAt(i)[field];

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <set>
 #include <vector>
 
 #include "planning/records/InitialDataReader.h"
@@ -43,10 +44,14 @@ class TARNSortedDataSet {
     bool Register(int field);
     bool HasRegistered() const { return !fields.empty(); }
 
-    /// Makes the registered views, in the order of registration. 220012: no memory was left.
+    /// Says that the view by a registered field will be read. Most fields are registered for their descriptives
+    /// alone, and a view that nobody reads is not made.
+    void ExpectReader(int field);
+
+    /// Makes the views that will be read, in the order of registration. 220012: no memory was left.
     QKStatus Build();
 
-    /// The view by a field, owned by the set; null for a field that has none or lies outside the records.
+    /// The view by a field, owned by the set; null for a field that has none.
     TARNSortedIterator* IteratorOf(int field) const;
     QKTarn::InitialDataReader& Store() const { return *store; }
 
@@ -55,4 +60,5 @@ class TARNSortedDataSet {
     int width;
     std::vector<std::unique_ptr<TARNSortedIterator>> iterators;
     std::vector<int> fields;
+    std::set<int> fieldsWithReader;
 };

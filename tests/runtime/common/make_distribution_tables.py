@@ -58,7 +58,7 @@ def gamma_p(a, x):
 
 
 def beta_p(a, b, x, y):
-    """I_x(a, b) with y = 1 - x, by x^a y^b / (a B(a, b)) * (1 + x (a+b)/(a+1) + x^2 (a+b)(a+b+1)/((a+1)(a+2)) + ...)."""
+    """I_x(a, b) with y = 1 - x, by x^a y^b / (a B(a, b)) * (1 + x (a+b)/(a+1) + ...)."""
     a, b, x, y = (mp.mpf(v) for v in (a, b, x, y))
     # Either side's series is slow near its own end; the other one's complement costs digits of a far tail.
     if x > 0.5 and (x > a / (a + b) or y < 1e-3):
@@ -315,12 +315,13 @@ def main():
         + [(60000, 10**6, 0.07), (65000, 10**6, 0.07), (70000, 10**6, 0.07), (71000, 10**6, 0.07)]
         + [(0, 10**9, 1e-9), (0, 10**9, 1e-7), (2, 10**9, 1e-9), (100, 10**9, 1e-6), (990, 10**9, 1e-6)]
         + [(499400000, 10**9, 0.5), (499990000, 10**9, 0.5), (500000000, 10**9, 0.5), (500010000, 10**9, 0.5)]
+        + [(17889000, 35999996, 0.5), (17889000, 36000004, 0.5), (17940000, 36000004, 0.5)]
         + [(299500000, 10**9, 0.3), (299999999, 10**9, 0.3), (999999989, 10**9, 1 - 1e-8), (10**9 - 60, 10**9, 1 - 1e-8)],
     )
     table(
         "kHypergeometricCdf",
-        "x, total, margin1, margin2, P(X <= x): the same route as for the binomial distribution. The last rows have\n"
-        "// totals above 1e5.",
+        "x, total, margin1, margin2, P(X <= x): the same route as for the binomial distribution. The last\n"
+        "// rows have totals above 1e5.",
         hypergeometric_cdf,
         [(0, 2, 1, 1), (3, 8, 4, 4), (1, 8, 4, 4), (0, 20, 10, 10), (9, 20, 10, 10), (4, 30, 12, 9), (2, 17, 8, 11)]
         + [(7, 17, 8, 11), (5, 50, 45, 10), (9, 50, 45, 10), (0, 100, 50, 50), (3, 100, 50, 50), (25, 100, 50, 50)]

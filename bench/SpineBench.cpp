@@ -1,0 +1,100 @@
+// The spine: reading records into the store, one sort order, one sign test with both of its passes, and what fields
+// that no test uses cost a pass. 1,000,000 records throughout.
+
+#include <benchmark/benchmark.h>
+#include <malloc.h>
+
+#include <atomic>
+#include <memory>
+#include <sstream>
+#include <vector>
+
+#include "bench/BenchData.h"
+#include "planning/TARNFactory.h"
+#include "planning/TARNTestWorker.h"
+#include "planning/records/InitialDataReader.h"
+#include "planning/records/SortOrder.h"
+#include "related/TARNSign.h"
+#include "support/QKVecValue.h"
+
+namespace {
+
+constexpr std::size_t kRecords = 1'000'000;
+constexpr int kBlockSize = 2048;
+
+std::size_t AllocatedBytes() {
+    const struct mallinfo2 info = mallinfo2();
+    return info.uordblks + info.hblkhd;
+}
+
+std::vector<int> AllOf(const QKVarList& fields) {
+    std::vector<int> indices;
+    for (int i = 0; i < fields.Size(); ++i) indices.push_back(i);
+    return indices;
+}
+
+std::unique_ptr<TARNSign> SignOfFirstTwo() {
+    auto settings = std::make_unique<QKSettings>();
+    AddVecSetting(*settings, "variableIndex", std::vector<int>{0, 1}, false);
+    return std::make_unique<TARNSign>(std::move(settings));
+}
+
+void ReadIntoStore(benchmark::State& state) {
+    const auto fields = static_cast<std::size_t>(state.range(0));
+    bench::NormalRows rows(kRecords, fields);
+    const QKVarList varList = bench::ContinuousFields(fields);
+    const std::vector<int> all = AllOf(varList);
+    double ratio = 0;
+    for (auto _ : state) {
+        const std::size_t before = AllocatedBytes();
+        QKTarn::InitialDataReader reader(kBlockSize, &rows, false, &all, &varList);
+        benchmark::DoNotOptimize(reader.ReadAll());
+        ratio = static_cast<double>(AllocatedBytes() - before) / static_cast<double>(rows.ValueBytes());
+    }
+    state.counters["store_bytes_per_value_byte"] = ratio;
+}
+BENCHMARK(ReadIntoStore)->Arg(6)->Arg(60)->Unit(benchmark::kMillisecond);
+
+void OneSortOrder(benchmark::State& state) {
+    std::mt19937_64 random(20261);
+    std::normal_distribution<double> normal;
+    std::vector<double> values(kRecords);
+    for (double& value : values) value = normal(random);
+    for (auto _ : state) benchmark::DoNotOptimize(QKTarn::AscendingOrder(values));
+}
+BENCHMARK(OneSortOrder)->Unit(benchmark::kMillisecond);
+
+/// Both passes of a sign test on two fields, with as many fields in the records as told. What is left of the ratio of
+/// 60 fields to 6 is memory: a record of 60 fields is 480 bytes.
+void SignTestPasses(benchmark::State& state) {
+    const auto fields = static_cast<std::size_t>(state.range(0));
+    bench::NormalRows rows(kRecords, fields);
+    const QKVarList varList = bench::ContinuousFields(fields);
+    const QKTarn::RecordFlags complete(kRecords);
+    std::atomic<bool> cancelled = false;
+    for (auto _ : state) {
+        TARNTestWorker worker(varList, true, rows, complete);
+        worker.AddTest(SignOfFirstTwo());
+        benchmark::DoNotOptimize(worker.RunTests(CancelState(nullptr, cancelled)));
+    }
+}
+BENCHMARK(SignTestPasses)->Arg(6)->Arg(60)->Unit(benchmark::kMillisecond);
+
+void WholeRunOfOneSignTest(benchmark::State& state) {
+    bench::NormalRows rows(kRecords, 6);
+    QKVarList varList = bench::ContinuousFields(6);
+    QKSettings entry;
+    AddVecSetting(entry, "variableName", std::vector<std::string>{"x0", "x1"}, false);
+    QKSettings settings;
+    settings.AddSetting("RSign", entry);
+    for (auto _ : state) {
+        TARNFactory factory;
+        const std::unique_ptr<IQKAlgorithm> algorithm(factory.CreateQKAlgorithm(settings, varList));
+        benchmark::DoNotOptimize(algorithm->Run(rows));
+        std::ostringstream document;
+        benchmark::DoNotOptimize(algorithm->WriteResults(document, {}));
+    }
+}
+BENCHMARK(WholeRunOfOneSignTest)->Unit(benchmark::kMillisecond);
+
+}  // namespace
