@@ -137,6 +137,7 @@ std::vector<Category> ListedCategories(const ColumnPlan& plan, FieldType type, c
     const auto toCategory = [&](const DescribedValue& value) -> std::optional<Category> {
         if (isText) return Category{0, value.text, value.label};
         const std::optional<double> number = NumberOf(value, type);
+        // Adding 0 makes -0 the 0 that it equals.
         return number ? std::optional(Category{*number + 0.0, {}, value.label}) : std::nullopt;
     };
 

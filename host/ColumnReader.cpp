@@ -29,6 +29,7 @@ std::vector<double> AppendUnlisted(const std::deque<Value>& values, Value Catego
     }
 
     std::vector<double> indexByCode;
+    indexByCode.reserve(values.size());
     for (const Value& value : values) indexByCode.push_back(static_cast<double>(indexByValue.at(value)));
     return indexByCode;
 }

@@ -80,8 +80,7 @@ CsvReader::Outcome CsvReader::ParseRow() {
             next_ = special + 1;
             break;
         }
-        if (special != cell)
-            Fail(special, "a double quote inside a bare cell; expected the whole cell in double quotes");
+        if (special != cell) Fail(special, "a double quote inside a bare cell; expected all of the cell in quotes");
         const Border border = ParseQuoted(special);
         if (border == Border::kNeedsBytes) return Outcome::kNeedsBytes;
         if (border == Border::kRowEnd) break;

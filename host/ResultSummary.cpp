@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <iterator>
 #include <pugixml.hpp>
 #include <string_view>
 #include <vector>
@@ -16,6 +17,25 @@ namespace {
 pugi::xml_node TableNamed(const pugi::xml_node& parent, const char* name) {
     return parent.find_child_by_attribute("StructuredTable", "name", name);
 }
+
+/// A parsed result document.
+class ParsedResult {
+ public:
+    explicit ParsedResult(const std::string& document) {
+        if (!document_.load_buffer(document.data(), document.size())) {
+            throw InputError("the result document is not well-formed XML");
+        }
+        if (!Output()) {
+            throw InputError("the document is no result document: \"Tabulon\" with \"TARNOutput\" was expected");
+        }
+    }
+
+    pugi::xml_node Output() const { return document_.child("Tabulon").child("Extension").child("TARNOutput"); }
+    auto Tests() const { return Output().child("NonParametricTests").children("Algorithm"); }
+
+ private:
+    pugi::xml_document document_;
+};
 
 /// The value of a row, "" where there is none.
 std::string RowValue(const pugi::xml_node& table, const char* name) {
@@ -87,14 +107,15 @@ std::string MessageLine(const pugi::xml_node& message) {
 
 }  // namespace
 
-std::string SummarizeDocument(const std::string& document) {
-    pugi::xml_document parsed;
-    if (!parsed.load_buffer(document.data(), document.size())) {
-        throw InputError("the result document is not well-formed XML");
-    }
-    const pugi::xml_node output = parsed.child("Tabulon").child("Extension").child("TARNOutput");
-    if (!output) throw InputError("the document is no result document: \"Tabulon\" with \"TARNOutput\" was expected");
+std::size_t CountTests(const std::string& document) {
+    const ParsedResult result(document);
+    const auto tests = result.Tests();
+    return static_cast<std::size_t>(std::distance(tests.begin(), tests.end()));
+}
 
+std::string SummarizeDocument(const std::string& document) {
+    const ParsedResult result(document);
+    const pugi::xml_node output = result.Output();
     const std::vector<std::string> names = FieldNames(output);
     TextTable table({{"Test"},
                      {"Fields"},
@@ -105,7 +126,7 @@ std::string SummarizeDocument(const std::string& document) {
                      {"Decision"}});
     std::string messages;
     int number = 0;
-    for (const pugi::xml_node& test : output.child("NonParametricTests").children("Algorithm")) {
+    for (const pugi::xml_node& test : result.Tests()) {
         ++number;
         const std::string name = std::to_string(number) + " " + test.attribute("name").value();
         const pugi::xml_node statistics = TableNamed(test, "StatisticsResult");

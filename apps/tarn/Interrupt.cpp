@@ -12,10 +12,13 @@ volatile std::sig_atomic_t interrupted = 0;
 
 Interrupt::Interrupt() {
     interrupted = 0;
-    previousHandler_ = std::signal(SIGINT, [](int) { interrupted = 1; });
+    struct sigaction action {};
+    action.sa_handler = [](int) { interrupted = 1; };
+    action.sa_flags = SA_RESETHAND | SA_RESTART;
+    sigaction(SIGINT, &action, &previous_);
 }
 
-Interrupt::~Interrupt() { std::signal(SIGINT, previousHandler_); }
+Interrupt::~Interrupt() { sigaction(SIGINT, &previous_, nullptr); }
 
 bool Interrupt::IsCancelled() { return interrupted != 0; }
 

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <csignal>
+
 #include "platform/common/Progress.h"
 
 namespace tarn {
 
-/// Answers whether the user pressed Ctrl-C. While one lives, the signal no longer ends the process by itself, so
-/// that a run can end in its own time and leave nothing half written. One at a time.
+/// Answers whether the user pressed Ctrl-C. While one lives, the first signal no longer ends the process by itself,
+/// so that a run can end in its own time and leave nothing half written; a second one does. One at a time.
 class Interrupt : public QKQueryCancel {
  public:
     Interrupt();
@@ -16,7 +18,7 @@ class Interrupt : public QKQueryCancel {
     bool IsCancelled() override;
 
  private:
-    void (*previousHandler_)(int);
+    struct sigaction previous_;
 };
 
 }  // namespace tarn

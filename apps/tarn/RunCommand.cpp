@@ -57,13 +57,12 @@ struct RunOutcome {
     std::string document;
 };
 
-RunOutcome RunEngine(QKSettings& settings, Table& table, bool showProgress) {
+RunOutcome RunEngine(QKSettings& settings, Table& table, Interrupt& interrupt, bool showProgress) {
     QKVarList varList = MakeVarList(table);
     TARNFactory factory;
     const std::unique_ptr<IQKAlgorithm> algorithm(factory.CreateQKAlgorithm(settings, varList));
     if (algorithm == nullptr) return {factory.GetStatus(), ""};
 
-    Interrupt interrupt;
     ProgressBar progress(showProgress);
     algorithm->SetQueryCancel(&interrupt);
     algorithm->SetProgressListener(&progress);
@@ -79,9 +78,10 @@ RunOutcome RunEngine(QKSettings& settings, Table& table, bool showProgress) {
 }  // namespace
 
 ExitStatus RunPlan(const RunOptions& options) {
+    Interrupt interrupt;  // from the start, so that one that comes while the table is read counts as well
     PlanSettings plan = LoadPlan(options);
     Table table = LoadData(options);
-    const RunOutcome outcome = RunEngine(plan.settings, table, !options.quiet);
+    const RunOutcome outcome = RunEngine(plan.settings, table, interrupt, !options.quiet);
     if (outcome.status.IsError()) {
         std::cerr << "tarn: " << DescribeRunFailure(outcome.status.GetErrorCode()) << "\n";
         return ExitStatus::kRunFailed;
@@ -93,6 +93,12 @@ ExitStatus RunPlan(const RunOptions& options) {
     } else {
         std::cout << outcome.document << std::flush;
         if (!std::cout) throw InputError("standard output: can't be written");
+    }
+    const std::size_t known = CountTests(outcome.document);
+    if (known < plan.requestedTests) {
+        const std::size_t unknown = plan.requestedTests - known;
+        std::cerr << "tarn: " << unknown << (unknown == 1 ? " requested test is" : " requested tests are")
+                  << " unknown to the engine and left out\n";
     }
     // Standard output carries one result: the document, or beside a document in a file the table.
     if (!options.quiet) (toFile ? std::cout : std::cerr) << SummarizeDocument(outcome.document);

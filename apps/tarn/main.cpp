@@ -5,6 +5,7 @@
 #include <iostream>
 #include <new>
 #include <string>
+#include <vector>
 
 #include "apps/tarn/RunCommand.h"
 #include "host/InputError.h"
@@ -46,7 +47,11 @@ ExitStatus Explain(const CLI::App& app, const CLI::ParseError& error) {
         app.exit(error);
         return ExitStatus::kDone;
     }
-    return Report(std::string(error.what()) + " (tarn --help tells what can be typed)", ExitStatus::kWrongUsage);
+    // An argument that nothing takes is the likelier mistake than the one that it leaves missing.
+    const std::vector<std::string> unknown = app.remaining(true);
+    const std::string mistake =
+        unknown.empty() ? std::string(error.what()) : "unknown argument " + tarn::Quoted(unknown.front());
+    return Report(mistake + "; tarn --help tells what can be typed", ExitStatus::kWrongUsage);
 }
 
 ExitStatus Execute(int argc, char** argv) {

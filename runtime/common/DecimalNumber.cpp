@@ -1,11 +1,13 @@
 #include "runtime/common/DecimalNumber.h"
 
+#include <locale.h>
+#include <stdlib.h>
+
 #include <array>
 #include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <system_error>
@@ -120,6 +122,13 @@ bool ParsePlainDecimal(std::string_view text, double& value) {
     return true;
 }
 
+// Zero or an infinity for a number out of range, of which from_chars does not tell on which side it is. The decimal
+// point is not to depend on the locale of the process.
+double BeyondRange(std::string_view text) {
+    static const locale_t plainLocale = newlocale(LC_ALL_MASK, "C", nullptr);
+    return strtod_l(std::string(text).c_str(), nullptr, plainLocale);
+}
+
 bool ParseAnyDecimal(std::string_view text, double& value) {
     const bool hasPlus = text.starts_with('+');
     if (hasPlus) text.remove_prefix(1);
@@ -129,8 +138,7 @@ bool ParseAnyDecimal(std::string_view text, double& value) {
     double number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     if (end != text.data() + text.size()) return false;
-    // Out of range, from_chars does not tell too large from too small.
-    if (error != std::errc{}) number = std::strtod(std::string(text).c_str(), nullptr);
+    if (error != std::errc{}) number = BeyondRange(text);
     if (!std::isfinite(number)) return false;
     value = number;
     return true;

@@ -69,7 +69,7 @@ WorkReal ScaledFactorial(WorkReal n) {
     if (n <= kSeriesAbove) {
         constexpr WorkReal kE = 2.718281828459045235360287471352662L;
         WorkReal product = 1;
-        for (WorkReal factor = 1; factor <= n; factor += 1) product *= factor * (kE / n);
+        for (int factor = 1; factor <= n; ++factor) product *= factor * (kE / n);
         return product;
     }
     const WorkReal s = 1 / (n * n);
@@ -197,9 +197,9 @@ WorkReal BinomialLowerTail(WorkReal x, WorkReal n, WorkReal p, WorkReal q, WorkR
     return LowerTail(cells, deviation, ScaledFactorial(n), q / p).Sum();
 }
 
-WorkReal HypergeometricLowerTail(WorkReal x, WorkReal total, WorkReal row, WorkReal column, WorkReal deviation) {
-    const WorkReal otherRow = total - row;
-    const WorkReal otherColumn = total - column;
+/// The margins of both rows and both columns are told, as a difference from a huge total may have lost one.
+WorkReal HypergeometricLowerTail(WorkReal x, WorkReal row, WorkReal otherRow, WorkReal column, WorkReal otherColumn,
+                                 WorkReal total, WorkReal deviation) {
     const Cell cells[] = {{x, row * column / total, 1},
                           {row - x, row * otherColumn / total, -1},
                           {column - x, otherRow * column / total, -1},
@@ -211,17 +211,16 @@ WorkReal HypergeometricLowerTail(WorkReal x, WorkReal total, WorkReal row, WorkR
 
 /// P(X <= x) for n fair trials as a fraction of whole numbers, rounded once.
 constexpr double kLargestExactTrials = 62;
-double FairBinomial(int x, int n) {
+double FairBinomial(std::uint64_t x, std::uint64_t n) {
     std::uint64_t choose = 1;
     std::uint64_t sum = 1;
-    for (int k = 1; k <= x; ++k) {
+    for (std::uint64_t k = 1; k <= x; ++k) {
         // choose * (n - k + 1) could leave 64 bits; the parts that k divides out can't.
-        const std::uint64_t factor = static_cast<std::uint64_t>(n - k + 1);
-        const std::uint64_t divisor = static_cast<std::uint64_t>(k);
-        choose = choose / divisor * factor + choose % divisor * factor / divisor;
+        const std::uint64_t factor = n - k + 1;
+        choose = choose / k * factor + choose % k * factor / k;
         sum += choose;
     }
-    return std::ldexp(static_cast<double>(sum), -n);
+    return std::ldexp(static_cast<double>(sum), -static_cast<int>(n));
 }
 
 // Quantiles ----------------------------------------------------------------------------------------------------------
@@ -267,12 +266,25 @@ WorkReal FindQuantile(TailsAt tailsAt, WorkReal p, WorkReal start, WorkReal low,
 constexpr WorkReal kLogOfSmallest = -745.2L;
 constexpr WorkReal kLogOfLargest = 709.8L;
 
-/// Above this shape the series of the incomplete gamma and beta functions take too long, or never end.
-constexpr WorkReal kLargestShape = 1e9L;
+/// Above these shapes the series of the incomplete gamma and beta functions take too long, or end before their time.
+constexpr WorkReal kLargestGammaShape = 1e8L;
+constexpr WorkReal kLargestBetaShape = 1e9L;
 
 WorkReal StdNormQuantile(WorkReal p) {
     constexpr WorkReal kRootTwo = 1.4142135623730950488016887242096981L;
     return -kRootTwo * boost::math::erfc_inv(2 * p, MathPolicy());
+}
+
+/// P(a, x) for a large shape a by the first term of the uniform expansion of Temme (1979), The asymptotic expansion of
+/// the incomplete gamma functions.
+WorkReal LargeGammaCdf(WorkReal x, WorkReal a) {
+    constexpr WorkReal kSeriesUpTo = 1e-4L;
+    const WorkReal mu = (x - a) / a;
+    if (mu <= -1) return 0;
+    const WorkReal halfSquare = -boost::math::log1pmx(mu, MathPolicy());
+    const WorkReal eta = std::copysign(std::sqrt(2 * halfSquare), mu);
+    const WorkReal coefficient = std::fabs(mu) > kSeriesUpTo ? 1 / mu - 1 / eta : -1 / 3.0L + eta / 12;
+    return std::erfc(-eta * std::sqrt(a / 2)) / 2 - std::exp(-a * halfSquare) / std::sqrt(kTwoPi * a) * coefficient;
 }
 
 /// The quantile x / a of the gamma distribution with a large shape a, by Wilson and Hilferty (1931).
@@ -284,12 +296,13 @@ WorkReal LargeGammaQuantileRatio(WorkReal p, WorkReal a) {
 /// The quantile of log(x / (1 - x)) for a beta distributed x; `low` and `high` as for `FindQuantile`.
 WorkReal BetaLogitQuantile(WorkReal p, WorkReal a, WorkReal b, WorkReal low, WorkReal high) {
     // log(x / (1 - x)) less log(a / b) hardly depends on a shape that large.
-    if (a > kLargestShape && b > kLargestShape) return std::log(a / b) + StdNormQuantile(p) * std::sqrt(1 / a + 1 / b);
-    if (a > kLargestShape || b > kLargestShape) {
-        const WorkReal shift =
-            std::log(std::max<WorkReal>(1, a / kLargestShape)) - std::log(std::max<WorkReal>(1, b / kLargestShape));
-        return shift +
-               BetaLogitQuantile(p, std::min(a, kLargestShape), std::min(b, kLargestShape), low - shift, high - shift);
+    if (a > kLargestBetaShape && b > kLargestBetaShape)
+        return std::log(a / b) + StdNormQuantile(p) * std::sqrt(1 / a + 1 / b);
+    if (a > kLargestBetaShape || b > kLargestBetaShape) {
+        const WorkReal shift = std::log(std::max<WorkReal>(1, a / kLargestBetaShape)) -
+                               std::log(std::max<WorkReal>(1, b / kLargestBetaShape));
+        return shift + BetaLogitQuantile(p, std::min(a, kLargestBetaShape), std::min(b, kLargestBetaShape), low - shift,
+                                         high - shift);
     }
     const auto tailsAt = [a, b](WorkReal u) {
         // The smaller one of x and 1 - x has all the digits.
@@ -309,12 +322,13 @@ WorkReal BetaLogitQuantile(WorkReal p, WorkReal a, WorkReal b, WorkReal low, Wor
 }  // namespace
 
 double QKDistFun::CdfStdNorm(double x) {
-    if (std::isnan(x)) return QKMV::Missing();
+    if (std::isnan(x)) return x;
     return StdNormOfTwoParts(x, 0);
 }
 
 double QKDistFun::CdfNorm(double x, double mean, double sd) {
-    if (std::isnan(x) || !std::isfinite(mean) || !IsPositiveFinite(sd)) return QKMV::Missing();
+    if (std::isnan(x)) return x;
+    if (!std::isfinite(mean) || !IsPositiveFinite(sd)) return QKMV::Missing();
     // The quotient in more digits than it takes can't overflow, and its rest is what a far tail magnifies.
     const WorkReal z = (static_cast<WorkReal>(x) - mean) / sd;
     const double high = static_cast<double>(z);
@@ -329,11 +343,14 @@ double QKDistFun::IdfStdNorm(double p) {
 }
 
 double QKDistFun::CdfChi(double x, double df) {
-    if (std::isnan(x) || !IsPositiveFinite(df)) return QKMV::Missing();
+    if (std::isnan(x)) return x;
+    if (!IsPositiveFinite(df)) return QKMV::Missing();
     if (x <= 0) return 0;
     if (std::isinf(x)) return 1;
-    return ProbabilityResult(
-        boost::math::gamma_p(static_cast<WorkReal>(df) / 2, static_cast<WorkReal>(x) / 2, MathPolicy()));
+    const WorkReal a = static_cast<WorkReal>(df) / 2;
+    const WorkReal half = static_cast<WorkReal>(x) / 2;
+    return ProbabilityResult(a > kLargestGammaShape ? LargeGammaCdf(half, a)
+                                                    : boost::math::gamma_p(a, half, MathPolicy()));
 }
 
 double QKDistFun::IdfChi(double p, double df) {
@@ -341,7 +358,7 @@ double QKDistFun::IdfChi(double p, double df) {
     if (p == 0) return 0;
     if (p == 1) return kInfinity;
     const WorkReal a = static_cast<WorkReal>(df) / 2;
-    if (a > kLargestShape) return QuantileResult(df * LargeGammaQuantileRatio(p, a));
+    if (a > kLargestGammaShape) return QuantileResult(df * LargeGammaQuantileRatio(p, a));
     const auto tailsAt = [a](WorkReal u) {
         const WorkReal x = std::exp(u);
         return Tails{boost::math::gamma_p(a, x, MathPolicy()), boost::math::gamma_q(a, x, MathPolicy()),
@@ -389,7 +406,7 @@ double QKDistFun::CdfBin(double x, double n, double p, int& err) {
     if (successes == trials || p == 0) return 1;
     if (p == 1) return 0;
     if (p == 0.5 && trials <= kLargestExactTrials)
-        return FairBinomial(static_cast<int>(successes), static_cast<int>(trials));
+        return FairBinomial(static_cast<std::uint64_t>(successes), static_cast<std::uint64_t>(trials));
 
     const WorkReal q = 1 - static_cast<WorkReal>(p);
     const WorkReal deviation = DifferenceOfProducts(1, successes, trials, p);
@@ -408,14 +425,19 @@ double QKDistFun::CDFHyper(double x, double total, double margin1, double margin
     const WorkReal count = std::floor(total);
     const WorkReal row = std::floor(margin1);
     const WorkReal column = std::floor(margin2);
-    if (cell < std::max<WorkReal>(0, column - (count - row))) return 0;
+    const WorkReal otherRow = count - row;
+    const WorkReal otherColumn = count - column;
+    // The last two are the same but for a total beyond the whole numbers of the type.
+    if (cell < std::max({WorkReal{0}, column - otherRow, row - otherColumn})) return 0;
     if (cell >= std::min(row, column)) return 1;
 
     const WorkReal deviation = DifferenceOfProducts(cell, count, row, column) / count;
-    if (deviation <= 0) return ProbabilityResult(HypergeometricLowerTail(cell, count, row, column, deviation));
+    if (deviation <= 0) {
+        return ProbabilityResult(HypergeometricLowerTail(cell, row, otherRow, column, otherColumn, count, deviation));
+    }
     // The upper tail is the lower one of the other row's cell in the same column.
     return ProbabilityResult(
-        1 - HypergeometricLowerTail(column - (cell + 1), count, count - row, column, -(deviation + 1)));
+        1 - HypergeometricLowerTail(column - (cell + 1), otherRow, row, column, otherColumn, count, -(deviation + 1)));
 }
 
 double QKDistFun::zomrdnlgam(double x) {

@@ -1,11 +1,9 @@
 #include "host/ByteSource.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <fstream>
 #include <string>
-#include <thread>
 
 #include "tests/host/InputErrorOf.h"
 #include "tests/host/StandardInput.h"
@@ -14,7 +12,7 @@ namespace tarn {
 namespace {
 
 std::string FileWith(const std::string& name, const std::string& bytes) {
-    const std::string path = testing::TempDir() + name;
+    std::string path = testing::TempDir() + name;
     std::ofstream(path, std::ios::binary) << bytes;
     return path;
 }

@@ -11,7 +11,8 @@
 
 namespace tarn {
 
-/// Makes a pipe with the given bytes the standard input of the process as long as the object lives.
+/// Makes a pipe with the given bytes the standard input of the process as long as the object lives. The
+/// test reads it to its end.
 class StandardInput {
  public:
     explicit StandardInput(std::string bytes) : before_(dup(STDIN_FILENO)) {

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 #include <rapidcheck.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
@@ -21,18 +20,18 @@ constexpr double kNone = kMissingNumber;
 using Cells = std::vector<double>;
 using Texts = std::vector<std::string>;
 
-Table Load(const std::string& csv, const std::string& fields = "{}", LoadOptions options = {}) {
+Table Load(const std::string& csv, const std::string& fields = "{}", const LoadOptions& options = {}) {
     ByteSource descriptor = ByteSource::FromMemory("fields.json", fields);
     ByteSource data = ByteSource::FromMemory("data.csv", csv);
     return LoadTable(data, ReadTableDescriptor(descriptor), options);
 }
 
-std::string ErrorOf(const std::string& csv, const std::string& fields = "{}", LoadOptions options = {}) {
+std::string ErrorOf(const std::string& csv, const std::string& fields = "{}", const LoadOptions& options = {}) {
     return InputErrorOf([&] { Load(csv, fields, options); });
 }
 
 // A table with the field "x" alone, which the descriptor describes by `keys`.
-Table LoadX(const std::string& cells, const std::string& keys, LoadOptions options = {}) {
+Table LoadX(const std::string& cells, const std::string& keys, const LoadOptions& options = {}) {
     return Load("x\n" + cells, R"({"fields": [{"name": "x", )" + keys + "}]}", options);
 }
 
@@ -54,12 +53,11 @@ Texts TextsOf(const Table& table, std::size_t column = 0) {
     return texts;
 }
 
-const LoadOptions kExclude = {.excludeUserMissing = true,
-                              .nominal = {},
-                              .ordinal = {},
-                              .continuous = {},
-                              .weightField = {},
-                              .nominalByDefault = {}};
+const LoadOptions kExclude = [] {
+    LoadOptions options;
+    options.excludeUserMissing = true;
+    return options;
+}();
 
 TEST(TableLoader, InfersNumbersAndTexts) {
     const Table table = Load("a,b,c,d\n1,x,NA,\"2\"\n-2.5e1,y,,3\n,x,NA,y\n");
@@ -165,7 +163,7 @@ TEST(TableLoader, TellsTheCellThatIsNoneOfItsType) {
 }
 
 TEST(TableLoader, FollowsTheRulesOfLevels) {
-    const auto levelOf = [](const std::string& cells, const std::string& keys, LoadOptions options = {}) {
+    const auto levelOf = [](const std::string& cells, const std::string& keys, const LoadOptions& options = {}) {
         return LoadX(cells, keys, options).Columns()[0].level;
     };
     EXPECT_EQ(levelOf("1\n", R"("type": "number")"), FieldLevel::kContinuous);

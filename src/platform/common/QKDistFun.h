@@ -5,7 +5,8 @@ namespace QKMath {
 
 /// Distribution functions. Nothing throws: below its support a distribution function is 0, above it 1; a quantile at
 /// a probability of 0 or 1 is the end of the support, infinite where that is; an argument outside the domain that
-/// has no such meaning gives the missing double. Accuracy: docs/numerics.md.
+/// has no such meaning gives the missing double. A continuous distribution function of a NaN is a NaN, so that what
+/// follows from a statistic of 0/0 shows as "nan". Accuracy: docs/numerics.md.
 ///
 /// Source of the definitions: Johnson, Kotz and Balakrishnan (1994, 1995), Continuous Univariate Distributions, and
 /// Johnson, Kemp and Kotz (2005), Univariate Discrete Distributions.

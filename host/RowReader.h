@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/ByteSource.h"
+#include "host/CsvReader.h"
+
+namespace tarn {
+
+/// Reads a table row by row: a header with the names of the fields, then rows of as many cells. Empty lines are passed
+/// over unless the table has one column. Throws an `InputError` for anything else.
+class RowReader {
+ public:
+    /// Reads the header. Borrows `source`, which is read on from where it stands.
+    RowReader(ByteSource& source, std::size_t blockSize);
+
+    /// The names of the fields, unique and not empty.
+    const std::vector<std::string>& Names() const { return names_; }
+    /// Goes to the next row; false at the end of the table.
+    bool Next();
+    /// The cells of the row, one for each name. Valid until the next call of `Next`.
+    std::span<const std::string_view> Cells() const { return csv_.Cells(); }
+    /// Where the row stands, as the front of a message.
+    std::string Position() const;
+
+ private:
+    void ReadHeader();
+
+    const ByteSource& source_;
+    CsvReader csv_;
+    std::vector<std::string> names_;
+};
+
+}  // namespace tarn

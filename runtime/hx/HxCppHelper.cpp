@@ -1,0 +1,65 @@
+#include "platform/peer/HxCppHelper.h"
+
+#include <optional>
+
+#include "platform/peer/HostCall.h"
+#include "runtime/hx/TextBuffer.h"
+
+namespace HxCppHelperV1 {
+
+// ---- Host ----
+
+std::unique_ptr<HostHelper> HostHelper::create(HXHost* host) {
+    if (host == nullptr || host->interfaceVersion != HX_INTERFACE_VERSION) return nullptr;
+    return std::unique_ptr<HostHelper>(new HostHelper(host));
+}
+
+XMLDocument HostHelper::createNew(const std::string& rootName) const {
+    return XMLDocument::WithRoot(rootName);
+}
+
+XMLDocument HostHelper::createFromContents(const std::string& text) const {
+    return XMLDocument::FromText(text);
+}
+
+std::string HostHelper::getInformation(HXInformation item) const {
+    int ignored = 0;
+    const auto ask = [&](char* buffer, std::size_t size, std::size_t* needed) {
+        return CallHost(host_, &HXHost::GetInformation, static_cast<int>(item), buffer, size, needed, &ignored);
+    };
+    return FetchText(ask).value_or("");
+}
+
+// ---- Container ----
+
+std::unique_ptr<ContainerHelper> ContainerHelper::create(HXContainer* container) {
+    return container ? std::unique_ptr<ContainerHelper>(new ContainerHelper(container)) : nullptr;
+}
+
+unsigned ContainerHelper::constructMetadata(const std::string& mimeType, const std::string& fileName,
+                                            int* errorCode) const {
+    return CallHost(container_, &HXContainer::SetMetadata, mimeType.c_str(), fileName.c_str(), errorCode);
+}
+
+unsigned ContainerHelper::putString(const std::string& text, int* errorCode) const {
+    return CallHost(container_, &HXContainer::PutString, text.c_str(), text.size(), errorCode);
+}
+
+// ---- Data ----
+
+bool DataHelper::rewind(int* errorCode) const {
+    return CallHost(iterator_, &HXIterator::Rewind, errorCode) == HX_OK;
+}
+
+bool DataHelper::nextBlock(Block& block, int* errorCode) const {
+    Block next;
+    std::size_t width = fieldCount_;
+    if (CallHost(iterator_, &HXIterator::NextBlock, &next.values, &next.recordCount, &width, errorCode) != HX_OK) {
+        return false;
+    }
+    if (next.recordCount > 0 && (next.values == nullptr || width != fieldCount_)) return false;
+    block = next;
+    return true;
+}
+
+}  // namespace HxCppHelperV1

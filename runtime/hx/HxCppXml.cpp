@@ -1,0 +1,158 @@
+#include "platform/peer/HxCppXml.h"
+
+#include <algorithm>
+#include <pugixml.hpp>
+#include <sstream>
+#include <utility>
+
+#include "runtime/common/XmlCharacters.h"
+
+namespace HxCppHelperV1 {
+
+struct XMLContent {
+    pugi::xml_document document;
+};
+
+namespace {
+
+pugi::xml_node NodeOf(XMLNodeData* data) {
+    return pugi::xml_node(reinterpret_cast<pugi::xml_node_struct*>(data));
+}
+
+XMLNodeData* DataOf(const pugi::xml_node& node) {
+    return reinterpret_cast<XMLNodeData*>(node.internal_object());
+}
+
+}  // namespace
+
+// ---- Elements ----
+
+std::string XMLElement::getName() const {
+    return NodeOf(node_).name();
+}
+
+std::string XMLElement::getText() const {
+    std::string text;
+    for (XMLTextIterator texts(*this); texts.hasNext();) text += texts.next();
+    return text;
+}
+
+bool XMLElement::hasAttribute(const std::string& name) const {
+    return !NodeOf(node_).attribute(name.c_str()).empty();
+}
+
+std::string XMLElement::getAttribute(const std::string& name) const {
+    return NodeOf(node_).attribute(name.c_str()).value();
+}
+
+XMLElement XMLElement::findChild(const std::string& name) const {
+    return XMLElement(DataOf(NodeOf(node_).child(name.c_str())));
+}
+
+void XMLElement::addAttribute(const std::string& name, const std::string& value) {
+    NodeOf(node_).append_attribute(name.c_str()) = WithXmlCharactersOnly(value).c_str();
+}
+
+void XMLElement::removeAttribute(const std::string& name) {
+    NodeOf(node_).remove_attribute(name.c_str());
+}
+
+XMLElement XMLElement::addChild(const std::string& name) {
+    return XMLElement(DataOf(NodeOf(node_).append_child(name.c_str())));
+}
+
+XMLElement XMLElement::addCopy(const XMLElement& source) {
+    return XMLElement(DataOf(NodeOf(node_).append_copy(NodeOf(source.node_))));
+}
+
+void XMLElement::addText(const std::string& text) {
+    if (!text.empty()) NodeOf(node_).append_child(pugi::node_pcdata).set_value(WithXmlCharactersOnly(text).c_str());
+}
+
+void XMLElement::removeChildren(const std::string& name) {
+    while (NodeOf(node_).remove_child(name.c_str())) {
+    }
+}
+
+std::string XMLElement::doc2string(const XMLDocument& document) {
+    pugi::xml_document declared;
+    pugi::xml_node declaration = declared.append_child(pugi::node_declaration);
+    declaration.append_attribute("version") = "1.0";
+    declaration.append_attribute("encoding") = "UTF-8";
+    constexpr unsigned kFlags = pugi::format_raw | pugi::format_no_declaration;
+    std::ostringstream out;
+    declared.save(out, "", kFlags, pugi::encoding_utf8);
+    NodeOf(document.getRoot().node_).print(out, "", kFlags, pugi::encoding_utf8);
+    return std::move(out).str();
+}
+
+// ---- Documents ----
+
+XMLDocument XMLDocument::WithRoot(const std::string& name) {
+    XMLDocument document;
+    if (name.empty()) return document;
+    document.content_ = std::make_shared<XMLContent>();
+    document.content_->document.append_child(name.c_str());
+    return document;
+}
+
+XMLDocument XMLDocument::FromText(const std::string& text) {
+    XMLDocument document;
+    auto content = std::make_shared<XMLContent>();
+    // A text of blanks alone is a text where it is all that an element holds.
+    constexpr unsigned kFlags = pugi::parse_default | pugi::parse_ws_pcdata_single;
+    const auto parsed = content->document.load_buffer(text.data(), text.size(), kFlags, pugi::encoding_utf8);
+    // The parser takes several roots; XML does not.
+    const auto isElement = [](const pugi::xml_node& node) { return node.type() == pugi::node_element; };
+    if (parsed && std::count_if(content->document.begin(), content->document.end(), isElement) == 1) {
+        document.content_ = std::move(content);
+    }
+    return document;
+}
+
+XMLElement XMLDocument::getRoot() const {
+    return content_ ? XMLElement(DataOf(content_->document.document_element())) : XMLElement();
+}
+
+// ---- Iterators ----
+
+XMLElementIterator::XMLElementIterator(const XMLElement& parent, std::string name)
+    : name_(std::move(name)), next_(DataOf(NodeOf(parent.node_).first_child())) {
+    SkipOthers();
+}
+
+XMLElement XMLElementIterator::next() {
+    const XMLElement current = next_;
+    next_ = XMLElement(DataOf(NodeOf(next_.node_).next_sibling()));
+    SkipOthers();
+    return current;
+}
+
+void XMLElementIterator::SkipOthers() {
+    const auto isOther = [&](const pugi::xml_node& node) {
+        return node.type() != pugi::node_element || (!name_.empty() && name_ != node.name());
+    };
+    while (next_.isValid() && isOther(NodeOf(next_.node_))) {
+        next_ = XMLElement(DataOf(NodeOf(next_.node_).next_sibling()));
+    }
+}
+
+XMLTextIterator::XMLTextIterator(const XMLElement& parent) : next_(DataOf(NodeOf(parent.node_).first_child())) {
+    SkipOthers();
+}
+
+std::string XMLTextIterator::next() {
+    std::string text = NodeOf(next_).value();
+    next_ = DataOf(NodeOf(next_).next_sibling());
+    SkipOthers();
+    return text;
+}
+
+void XMLTextIterator::SkipOthers() {
+    const auto isText = [](const pugi::xml_node& node) {
+        return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
+    };
+    while (next_ != nullptr && !isText(NodeOf(next_))) next_ = DataOf(NodeOf(next_).next_sibling());
+}
+
+}  // namespace HxCppHelperV1

@@ -1,0 +1,78 @@
+#include "platform/peer/QKPMMLExporter.h"
+
+#include <pugixml.hpp>
+#include <string_view>
+
+#include "runtime/common/XmlCharacters.h"
+
+namespace {
+
+constexpr const char* kPmmlVersion = "4.4";
+constexpr const char* kPmmlNamespace = "http://www.dmg.org/PMML-4_4";
+
+/// The reason of an export that did not come about; it stays inside.
+constexpr long kNotExported = 1;
+
+void AddAttribute(pugi::xml_node node, const char* name, std::string_view value) {
+    node.append_attribute(name) = WithXmlCharactersOnly(value).c_str();
+}
+
+void AddUnlessEmpty(pugi::xml_node node, const char* name, std::string_view value) {
+    if (!value.empty()) AddAttribute(node, name, value);
+}
+
+std::string_view DataType(const IQKVariable& field) {
+    switch (field.GetDateType()) {
+        case DateType::kDate:
+            return "dateDaysSince[1970]";
+        case DateType::kTime:
+            return "timeSeconds";
+        case DateType::kDateTime:
+            return "dateTimeSecondsSince[1970]";
+        case DateType::kNone:
+            break;
+    }
+    return field.GetKind() == FieldKind::kStringCategories ? "string" : "double";
+}
+
+std::string_view OpType(const IQKVariable& field) {
+    if (!FieldKind::IsCategorical(field.GetKind())) return "continuous";
+    const auto* categorical = dynamic_cast<const QKCatVar*>(&field);
+    return categorical != nullptr && categorical->GetOrdinalFlag() ? "ordinal" : "categorical";
+}
+
+void AddField(pugi::xml_node dictionary, const IQKVariable& field) {
+    pugi::xml_node element = dictionary.append_child("DataField");
+    AddAttribute(element, "name", field.GetName());
+    AddUnlessEmpty(element, "displayName", field.GetLabel());
+    AddAttribute(element, "optype", OpType(field));
+    AddAttribute(element, "dataType", DataType(field));
+    for (int category = 0; category < field.GetCategoryCount(); ++category) {
+        pugi::xml_node value = element.append_child("Value");
+        AddAttribute(value, "value", field.GetCategoryText(category));
+        AddUnlessEmpty(value, "displayValue", field.GetCategoryLabel(category));
+        AddAttribute(value, "property", "valid");
+    }
+}
+
+}  // namespace
+
+std::ostream* QKPMMLExporter::ExportDataModel(const QKVarList& varList, const std::vector<int>& indices,
+                                              ExportFormat format, std::ostream* stream) {
+    status_ = QKStatus(kNotExported);
+    pugi::xml_document document;
+    pugi::xml_node root = document.append_child("PMML");
+    AddAttribute(root, "version", kPmmlVersion);
+    AddAttribute(root, "xmlns", kPmmlNamespace);
+    pugi::xml_node dictionary = root.append_child("DataDictionary");
+    AddAttribute(dictionary, "numberOfFields", std::to_string(indices.size()));
+    for (const int index : indices) {
+        const IQKVariable* field = varList.GetVarAt(index);
+        if (field == nullptr || (queryCancel_ != nullptr && queryCancel_->IsCancelled())) return nullptr;
+        AddField(dictionary, *field);
+    }
+    const unsigned flags = format == ExportFormat::kCompact ? pugi::format_raw : pugi::format_default;
+    document.save(*stream, "  ", flags | pugi::format_no_declaration, pugi::encoding_utf8);
+    status_ = QKStatus();
+    return stream;
+}

@@ -1,0 +1,76 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+#include "platform/hx/HXContainer.h"
+#include "platform/hx/HXHost.h"
+#include "platform/hx/HXIterator.h"
+#include "platform/peer/HxCppXml.h"
+
+namespace HxCppHelperV1 {
+
+/// The services of a host. Borrows the host.
+class HostHelper {
+ public:
+    /// Null for no host and for one whose structures are of another version.
+    static std::unique_ptr<HostHelper> create(HXHost* host);
+
+    /// A new document with an empty root.
+    XMLDocument createNew(const std::string& rootName) const;
+    /// The document of a text; without a root where the text is not well formed.
+    XMLDocument createFromContents(const std::string& text) const;
+    /// What the host tells of itself; empty where it tells nothing.
+    std::string getInformation(HXInformation item) const;
+
+ private:
+    explicit HostHelper(HXHost* host) : host_(host) {}
+
+    HXHost* host_;
+};
+
+/// One output container. Borrows it.
+class ContainerHelper {
+ public:
+    /// Null for no container.
+    static std::unique_ptr<ContainerHelper> create(HXContainer* container);
+
+    unsigned constructMetadata(const std::string& mimeType, const std::string& fileName, int* errorCode) const;
+    unsigned putString(const std::string& text, int* errorCode) const;
+
+ private:
+    explicit ContainerHelper(HXContainer* container) : container_(container) {}
+
+    HXContainer* container_;
+};
+
+/// The blocks of records of one input. Borrows the iterator.
+class DataHelper {
+ public:
+    struct Block {
+        const double* values = nullptr;  ///< record by record; the host's, valid until the next block is asked for
+        std::size_t recordCount = 0;
+    };
+
+    /// `inputCount` is 1: the component has one input.
+    DataHelper(HXIterator* iterator, int inputCount) : iterator_(iterator), inputCount_(inputCount) {}
+
+    int inputCount() const { return inputCount_; }
+    /// The number of values that a record has to have.
+    void setFieldCount(std::size_t fieldCount) { fieldCount_ = fieldCount; }
+    std::size_t fieldCount() const { return fieldCount_; }
+
+    /// Whether the iterator went back to the first record.
+    bool rewind(int* errorCode) const;
+    /// Gives the next block, without records at the end. False where the iterator fails or a record has another
+    /// number of values.
+    bool nextBlock(Block& block, int* errorCode) const;
+
+ private:
+    HXIterator* iterator_;
+    int inputCount_;
+    std::size_t fieldCount_ = 0;
+};
+
+}  // namespace HxCppHelperV1
