@@ -24,6 +24,13 @@ class ColumnReader {
     /// Reads a cell into `value`; false if it is none of the column's type.
     [[nodiscard]] bool Read(std::string_view cell, double& value);
 
+    /// Whether a cell that is a decimal number has that number as its value, whatever the other cells.
+    bool TakesPlainNumbers() const {
+        return !isText_ && IsDecimal() && !isCategorical_ && userMissingNumbers_.empty();
+    }
+    /// Notes that a cell was read as such a number by somebody else.
+    void NotePlainNumber() { hasValues_ = true; }
+
     /// Reads a cell of a string column, which can be any text.
     double ReadText(std::string_view cell);
 

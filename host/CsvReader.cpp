@@ -35,6 +35,10 @@ bool CsvReader::Next() {
     return true;
 }
 
+bool CsvReader::NextInBlock() {
+    return ParseRow() == Outcome::kRow;
+}
+
 void CsvReader::Fill() {
     const std::size_t used = static_cast<std::size_t>(end_ - begin_);
     std::memmove(buffer_.data(), begin_, used);

@@ -26,8 +26,11 @@ class CsvReader {
 
     /// Goes to the next row; false at the end of the input.
     bool Next();
+    /// Goes to the next row if the block holds all of it; false if `Next` has to read more first.
+    bool NextInBlock();
 
-    /// The cells of the row without their quotes, at least one. Valid until the next call of `Next`.
+    /// The cells of the row without their quotes, at least one. Valid until the next call of `Next`, also when
+    /// `NextInBlock` went to other rows meanwhile.
     std::span<const std::string_view> Cells() const { return cells_; }
     /// Whether the row is an empty line, which `Cells` shows as one empty cell.
     bool IsEmptyLine() const { return isEmptyLine_; }

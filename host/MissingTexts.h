@@ -21,6 +21,8 @@ class MissingTexts {
         return (lengths_ & LengthBit(text)) != 0 && std::find(texts_.begin(), texts_.end(), text) != texts_.end();
     }
 
+    const std::vector<std::string>& Texts() const { return texts_; }
+
  private:
     static std::uint64_t LengthBit(std::string_view text) {
         return std::uint64_t{1} << std::min<std::size_t>(text.size(), 63);

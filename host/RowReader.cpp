@@ -37,15 +37,28 @@ void RowReader::ReadHeader() {
 bool RowReader::Next() {
     do {
         if (!csv_.Next()) return false;
-    } while (csv_.IsEmptyLine() && names_.size() > 1);
+    } while (IsPassedOver());
+    CheckWidth();
+    return true;
+}
+
+bool RowReader::NextInBlock() {
+    do {
+        if (!csv_.NextInBlock()) return false;
+    } while (IsPassedOver());
+    CheckWidth();
+    return true;
+}
+
+void RowReader::CheckWidth() const {
     const std::size_t width = Cells().size();
-    if (width == names_.size()) return true;
+    if (width == names_.size()) return;
     throw InputError(Position() + std::to_string(width) + (width == 1 ? " cell" : " cells") + "; expected " +
                      std::to_string(names_.size()) + " as in the header");
 }
 
-std::string RowReader::Position() const {
-    return source_.Name() + ":" + std::to_string(csv_.Line()) + ": ";
+std::string RowReader::PositionOf(std::size_t line) const {
+    return source_.Name() + ":" + std::to_string(line) + ": ";
 }
 
 }  // namespace tarn

@@ -22,13 +22,20 @@ class RowReader {
     const std::vector<std::string>& Names() const { return names_; }
     /// Goes to the next row; false at the end of the table.
     bool Next();
-    /// The cells of the row, one for each name. Valid until the next call of `Next`.
+    /// Goes to the next row if it is in memory already; false if `Next` has to read more first.
+    bool NextInBlock();
+    /// The cells of the row, one for each name. The texts that they view are valid until the next call of `Next`.
     std::span<const std::string_view> Cells() const { return csv_.Cells(); }
-    /// Where the row stands, as the front of a message.
-    std::string Position() const;
+    /// The number of the line on which the row starts, from 1.
+    std::size_t Line() const { return csv_.Line(); }
+    /// Where a row stands that starts on that line, as the front of a message.
+    std::string PositionOf(std::size_t line) const;
 
  private:
     void ReadHeader();
+    bool IsPassedOver() const { return csv_.IsEmptyLine() && names_.size() > 1; }
+    void CheckWidth() const;
+    std::string Position() const { return PositionOf(Line()); }
 
     const ByteSource& source_;
     CsvReader csv_;

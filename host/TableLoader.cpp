@@ -1,6 +1,7 @@
 #include "host/TableLoader.h"
 
 #include <algorithm>
+#include <cmath>
 #include <span>
 #include <string_view>
 #include <utility>
@@ -9,6 +10,7 @@
 #include "host/ColumnReader.h"
 #include "host/InputError.h"
 #include "host/MissingTexts.h"
+#include "host/RowBatch.h"
 #include "host/RowReader.h"
 
 namespace tarn {
@@ -24,7 +26,10 @@ class TableLoader {
           blockSize_(options.blockSize),
           rows_(source, options.blockSize),
           plan_(PlanTable(source.Name(), rows_.Names(), descriptor, options)),
-          missingTexts_(descriptor.missingTexts) {
+          missingTexts_(descriptor.missingTexts),
+          numbersMayBeMissing_(std::ranges::any_of(missingTexts_.Texts(),
+                                                   [](const auto& text) { return ParseDecimal(text).has_value(); })),
+          batch_(rows_.Names().size()) {
         std::vector<Column> columns;
         for (const ColumnPlan& column : plan_.columns) {
             readers_.emplace_back(column, missingTexts_);
@@ -35,7 +40,7 @@ class TableLoader {
     }
 
     Table Load() {
-        while (rows_.Next()) ReadRow(rows_.Cells());
+        while (rows_.Next()) ReadBlock();
         if (!lateTexts_.empty()) ReadLateTexts();
         FinishColumns();
         return std::move(table_);
@@ -48,23 +53,55 @@ class TableLoader {
         std::size_t rowCount;
     };
 
-    void ReadRow(std::span<const std::string_view> cells) {
-        double* const row = table_.AppendRow();
+    // Reads the row that `rows_` stands at and all that are in memory behind it.
+    void ReadBlock() {
+        batch_.Clear();
+        try {
+            do {
+                batch_.Add(rows_.Cells(), rows_.Line(), table_.AppendRow());
+            } while (rows_.NextInBlock());
+        } catch (const InputError&) {
+            ReadBatch();  // a row before the bad one may hold the first mistake of the table
+            throw;
+        }
+        ReadBatch();
+    }
+
+    void ReadBatch() {
+        std::vector<bool> isPlain(readers_.size());
+        for (std::size_t i = 0; i < readers_.size(); ++i)
+            isPlain[i] = !numbersMayBeMissing_ && readers_[i].TakesPlainNumbers();
+        ReadPlainNumbers(batch_, isPlain);
+        for (std::size_t row = 0; row < batch_.RowCount(); ++row) ReadRow(row, isPlain);
+    }
+
+    // Reads what no plain number was found for: missing cells, texts, categories, dates.
+    void ReadRow(std::size_t row, std::vector<bool>& isPlain) {
+        const std::span<const std::string_view> cells = batch_.Cells(row);
+        double* const values = batch_.Target(row);
         for (std::size_t i = 0; i < cells.size(); ++i) {
-            if (!readers_[i].Read(cells[i], row[i])) TurnToText(i, cells[i], row[i]);
+            ColumnReader& reader = readers_[i];
+            if (isPlain[i] && !std::isnan(values[i])) {
+                reader.NotePlainNumber();
+            } else if (!reader.Read(cells[i], values[i])) {
+                TurnToText(i, row);
+                isPlain[i] = false;
+            }
         }
     }
 
-    void TurnToText(std::size_t column, std::string_view cell, double& value) {
+    void TurnToText(std::size_t column, std::size_t row) {
         ColumnReader& reader = readers_[column];
         const ColumnPlan& plan = plan_.columns[column];
+        const std::string_view cell = batch_.Cells(row)[column];
         if (!plan.MayBecomeText()) {
-            throw InputError(rows_.Position() + "column " + Quoted(plan.name) + ": " + Quoted(cell) + "; expected " +
-                             std::string(reader.ExpectedText()));
+            throw InputError(rows_.PositionOf(batch_.Line(row)) + "column " + Quoted(plan.name) + ": " + Quoted(cell) +
+                             "; expected " + std::string(reader.ExpectedText()));
         }
         reader.BecomeText();
-        value = reader.ReadText(cell);
-        if (reader.HasVoidValues()) lateTexts_.push_back({column, table_.RowCount() - 1});
+        batch_.Target(row)[column] = reader.ReadText(cell);
+        const std::size_t rowsBefore = table_.RowCount() - batch_.RowCount() + row;
+        if (reader.HasVoidValues()) lateTexts_.push_back({column, rowsBefore});
     }
 
     void ReadLateTexts() {
@@ -109,6 +146,8 @@ class TableLoader {
     RowReader rows_;
     TablePlan plan_;
     MissingTexts missingTexts_;
+    bool numbersMayBeMissing_;  // a text of a missing cell is a number, so that no cell is one at first sight
+    RowBatch batch_;
     std::vector<ColumnReader> readers_;  // borrow from the two above
     Table table_;
     std::vector<LateText> lateTexts_;

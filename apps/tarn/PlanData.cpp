@@ -10,10 +10,14 @@ namespace {
 
 DateType DateTypeOf(FieldType type) {
     switch (type) {
-        case FieldType::kDate: return DateType::kDate;
-        case FieldType::kTime: return DateType::kTime;
-        case FieldType::kDateTime: return DateType::kDateTime;
-        default: return DateType::kNone;
+        case FieldType::kDate:
+            return DateType::kDate;
+        case FieldType::kTime:
+            return DateType::kTime;
+        case FieldType::kDateTime:
+            return DateType::kDateTime;
+        default:
+            return DateType::kNone;
     }
 }
 

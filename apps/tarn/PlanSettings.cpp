@@ -1,15 +1,11 @@
 #include "apps/tarn/PlanSettings.h"
 
-#include <algorithm>
-#include <cstdint>
-#include <limits>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
 #include "host/InputError.h"
 #include "host/JsonDocument.h"
-#include "platform/common/QKXML.h"
+#include "host/SettingShape.h"
 #include "support/QKVecValue.h"
 
 namespace tarn {
@@ -32,78 +28,62 @@ class Converter {
     }
 
     void Add(QKSettings& settings, const std::string& key, const Json& value, const std::string& path) const {
-        switch (value.type()) {
-            case Json::value_t::null:
+        switch (ShapeOf(value, source_, path)) {
+            case SettingShape::kAbsent:
                 break;
-            case Json::value_t::string:
+            case SettingShape::kString:
                 settings.AddSetting(key, value.get<std::string>());
                 break;
-            case Json::value_t::boolean:
+            case SettingShape::kDouble:
+                settings.AddSetting(key, value.get<double>());
+                break;
+            case SettingShape::kInt:
+                settings.AddSetting(key, value.get<int>());
+                break;
+            case SettingShape::kBool:
                 settings.AddSetting(key, value.get<bool>());
                 break;
-            case Json::value_t::object:
+            case SettingShape::kList:
                 settings.AddSetting(key, Object(value, path + "."));
                 break;
-            case Json::value_t::array:
-                AddArray(settings, key, value, path);
+            case SettingShape::kStringVector:
+                AddVector<std::string>(settings, key, value, ElementText);
                 break;
-            default:
-                if (IsInt(value)) {
-                    settings.AddSetting(key, value.get<int>());
-                } else {
-                    settings.AddSetting(key, value.get<double>());
-                }
+            case SettingShape::kDoubleVector:
+                AddVector<double>(settings, key, value, [](const Json& element) { return element.get<double>(); });
+                break;
+            case SettingShape::kIntVector:
+                AddVector<int>(settings, key, value, [](const Json& element) { return element.get<int>(); });
+                break;
+            case SettingShape::kListVector:
+                AddVector<QKSettings>(settings, key, value,
+                                      [&](const Json& element) { return Object(element, path + "."); });
+                break;
         }
     }
 
     [[noreturn]] void Fail(const std::string& path, const std::string& expected) const {
-        throw InputError(source_ + ": key " + Quoted(path) + ": expected " + expected);
+        FailAtKey(source_, path, expected);
     }
 
  private:
-    void AddArray(QKSettings& settings, const std::string& key, const Json& array, const std::string& path) const {
-        const auto all = [&](auto predicate) { return std::all_of(array.begin(), array.end(), predicate); };
-        const auto isObject = [](const Json& element) { return element.is_object(); };
-        const auto isNumber = [](const Json& element) { return element.is_number(); };
-        const auto isScalar = [](const Json& element) { return element.is_number() || element.is_string(); };
-        if (!array.empty() && all(isObject)) {
-            std::vector<QKSettings> elements;
-            for (const Json& element : array) elements.push_back(Object(element, path + "."));
-            AddVecSetting(settings, key, elements, false);
-        } else if (!array.empty() && all(IsInt)) {
-            AddVecSetting(settings, key, array.get<std::vector<int>>(), false);
-        } else if (!array.empty() && all(isNumber)) {
-            AddVecSetting(settings, key, array.get<std::vector<double>>(), false);
-        } else if (all(isScalar)) {
-            std::vector<std::string> elements;
-            for (const Json& element : array) elements.push_back(TextOf(element));
-            AddVecSetting(settings, key, elements, false);
-        } else {
-            Fail(path, "an array of strings and numbers, or of objects alone");
-        }
-    }
-
-    /// Whether it is written as a whole number and fits the settings' own.
-    static bool IsInt(const Json& value) {
-        if (value.is_number_unsigned()) return value.get<std::uint64_t>() <= std::numeric_limits<int>::max();
-        if (!value.is_number_integer()) return false;
-        const auto number = value.get<std::int64_t>();
-        return number >= std::numeric_limits<int>::min() && number <= std::numeric_limits<int>::max();
-    }
-
-    static std::string TextOf(const Json& element) {
-        return element.is_string() ? element.get<std::string>() : QKXML::ReplaceSep(element.get<double>(), "%.15g");
+    template <typename T, typename Convert>
+    static void AddVector(QKSettings& settings, const std::string& key, const Json& array, Convert convert) {
+        std::vector<T> elements;
+        for (const Json& element : array) elements.push_back(convert(element));
+        AddVecSetting(settings, key, elements, false);
     }
 
     const std::string& source_;
 };
 
 void AddTests(PlanSettings& plan, const Json& tests, const Converter& convert) {
-    if (!tests.is_array()) convert.Fail(kTests, "an array of tests, each an object with the test's name as its one key");
+    constexpr const char* kOneTest = "an object with the test's name as its one key";
+    if (!tests.is_array()) convert.Fail(kTests, std::string("an array of tests, each ") + kOneTest);
     for (std::size_t i = 0; i < tests.size(); ++i) {
         const std::string path = std::string(kTests) + "[" + std::to_string(i) + "]";
         const Json& test = tests[i];
-        if (!test.is_object() || test.size() != 1) convert.Fail(path, "an object with the test's name as its one key");
+        if (!test.is_object() || test.size() != 1) convert.Fail(path, kOneTest);
         const std::string name = test.begin().key();
         const std::string inner = path + "." + name;
         if (!test.begin()->is_object()) convert.Fail(inner, "an object with the keys of the test");

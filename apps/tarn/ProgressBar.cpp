@@ -6,8 +6,6 @@
 #include <cstdio>
 #include <string>
 
-#include "planning/TARNReporter.h"
-
 namespace tarn {
 
 namespace {
@@ -16,13 +14,13 @@ constexpr int kWidth = 30;
 
 }  // namespace
 
-ProgressBar::ProgressBar(bool wanted) : shown_(wanted && isatty(STDERR_FILENO) != 0) { Show(0); }
+ProgressBar::ProgressBar(bool wanted) : shown_(wanted && isatty(STDERR_FILENO) != 0) {
+    Show(0);
+}
 
 ProgressBar::~ProgressBar() {
     if (shown_) std::fputs("\r\033[K", stderr);
 }
-
-void ProgressBar::OnProgress(ProgressReport& report) { Show(dynamic_cast<TARNReporter&>(report).GetCurrentStepNum()); }
 
 void ProgressBar::Show(int percent) {
     if (!shown_) return;

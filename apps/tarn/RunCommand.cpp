@@ -1,28 +1,31 @@
 #include "apps/tarn/RunCommand.h"
 
-#include <cstdio>
 #include <iostream>
-#include <memory>
-#include <sstream>
+#include <nlohmann/json.hpp>
 
 #include "apps/tarn/Interrupt.h"
-#include "apps/tarn/PlanData.h"
+#include "apps/tarn/PlanRun.h"
 #include "apps/tarn/PlanSettings.h"
 #include "apps/tarn/ProgressBar.h"
+#include "apps/tarn/RequestRun.h"
 #include "host/ByteSource.h"
 #include "host/FieldDescriptor.h"
 #include "host/InputError.h"
+#include "host/JsonDocument.h"
 #include "host/ResultSummary.h"
-#include "host/RunStatusTexts.h"
+#include "host/SettingsDocument.h"
 #include "host/TableLoader.h"
 #include "host/WholeFile.h"
-#include "planning/TARNFactory.h"
 
 namespace tarn {
 
 namespace {
 
-constexpr const char* kCaseIdSetting = "caseIDVariableName";
+// The keys by which the two kinds of request name the case-ID field.
+constexpr const char* kPlanCaseId = "caseIDVariableName";
+constexpr const char* kRequestCaseId = "caseIDField";
+constexpr const char* kUserMissing = "userMissing";
+constexpr const char* kExclude = "exclude";
 
 TableDescriptor LoadDescriptor(const std::string& path) {
     if (path.empty()) return TableDescriptor();
@@ -30,10 +33,10 @@ TableDescriptor LoadDescriptor(const std::string& path) {
     return ReadTableDescriptor(source);
 }
 
-Table LoadData(const RunOptions& options) {
+Table LoadData(const RunOptions& options, bool excludeUserMissing) {
     const TableDescriptor descriptor = LoadDescriptor(options.fieldsPath);
     LoadOptions load;
-    load.excludeUserMissing = true;
+    load.excludeUserMissing = excludeUserMissing;
     load.nominal = options.nominal;
     load.ordinal = options.ordinal;
     load.continuous = options.continuous;
@@ -42,66 +45,50 @@ Table LoadData(const RunOptions& options) {
     return LoadTable(source, descriptor, load);
 }
 
-PlanSettings LoadPlan(const RunOptions& options) {
+RunOutcome RunPlanFile(const RunOptions& options, Interrupt& interrupt) {
     ByteSource source(options.planPath);
     PlanSettings plan = ReadPlan(source);
     if (options.caseIdField) {
-        plan.settings.RemoveSetting(kCaseIdSetting, true);
-        plan.settings.AddSetting(kCaseIdSetting, *options.caseIdField);
+        plan.settings.RemoveSetting(kPlanCaseId, true);
+        plan.settings.AddSetting(kPlanCaseId, *options.caseIdField);
     }
-    return plan;
+    Table table = LoadData(options, true);
+    ProgressBar progress(!options.quiet);
+    return RunPlan(plan, table, interrupt, progress);
 }
 
-struct RunOutcome {
-    QKStatus status;
-    std::string document;
-};
+RunOutcome RunSettingsFile(const RunOptions& options, Interrupt& interrupt) {
+    ByteSource source(options.settingsPath);
+    nlohmann::ordered_json request = ReadJson(source);
+    if (!request.is_object()) throw InputError(source.Name() + ": expected a JSON object with the keys of a request");
+    if (options.caseIdField) request[kRequestCaseId] = *options.caseIdField;
+    const std::string document = MakeSettingsDocument(request, source.Name());
+    const auto userMissing = request.find(kUserMissing);
+    const Table table = LoadData(options, userMissing != request.end() && *userMissing == kExclude);
+    ProgressBar progress(!options.quiet);
+    return RunRequest(document, table, interrupt, progress);
+}
 
-RunOutcome RunEngine(QKSettings& settings, Table& table, Interrupt& interrupt, bool showProgress) {
-    QKVarList varList = MakeVarList(table);
-    TARNFactory factory;
-    const std::unique_ptr<IQKAlgorithm> algorithm(factory.CreateQKAlgorithm(settings, varList));
-    if (algorithm == nullptr) return {factory.GetStatus(), ""};
-
-    ProgressBar progress(showProgress);
-    algorithm->SetQueryCancel(&interrupt);
-    algorithm->SetProgressListener(&progress);
-    TableRecords records(table);
-    QKStatus status = algorithm->Run(records);
-    if (status.IsError()) return {status, ""};
-
-    std::ostringstream document;
-    status = algorithm->WriteResults(document, {"tarn", TARN_VERSION, ""});
-    return {status, std::move(document).str()};
+void StoreDocument(const std::string& document, const std::string& outPath) {
+    if (!outPath.empty()) {
+        WriteWholeFile(outPath, document);
+        return;
+    }
+    std::cout << document << std::flush;
+    if (!std::cout) throw InputError("standard output: can't be written");
 }
 
 }  // namespace
 
-ExitStatus RunPlan(const RunOptions& options) {
+ExitStatus Run(const RunOptions& options) {
     Interrupt interrupt;  // from the start, so that one that comes while the table is read counts as well
-    PlanSettings plan = LoadPlan(options);
-    Table table = LoadData(options);
-    const RunOutcome outcome = RunEngine(plan.settings, table, interrupt, !options.quiet);
-    if (outcome.status.IsError()) {
-        std::cerr << "tarn: " << DescribeRunFailure(outcome.status.GetErrorCode()) << "\n";
-        return ExitStatus::kRunFailed;
-    }
-
-    const bool toFile = !options.outPath.empty();
-    if (toFile) {
-        WriteWholeFile(options.outPath, outcome.document);
-    } else {
-        std::cout << outcome.document << std::flush;
-        if (!std::cout) throw InputError("standard output: can't be written");
-    }
-    const std::size_t known = CountTests(outcome.document);
-    if (known < plan.requestedTests) {
-        const std::size_t unknown = plan.requestedTests - known;
-        std::cerr << "tarn: " << unknown << (unknown == 1 ? " requested test is" : " requested tests are")
-                  << " unknown to the engine and left out\n";
-    }
+    const RunOutcome outcome =
+        options.planPath.empty() ? RunSettingsFile(options, interrupt) : RunPlanFile(options, interrupt);
+    if (outcome.succeeded) StoreDocument(outcome.document, options.outPath);
+    for (const std::string& remark : outcome.remarks) std::cerr << "tarn: " << remark << "\n";
+    if (!outcome.succeeded) return ExitStatus::kRunFailed;
     // Standard output carries one result: the document, or beside a document in a file the table.
-    if (!options.quiet) (toFile ? std::cout : std::cerr) << SummarizeDocument(outcome.document);
+    if (!options.quiet) (options.outPath.empty() ? std::cerr : std::cout) << SummarizeDocument(outcome.document);
     return ExitStatus::kDone;
 }
 

@@ -13,7 +13,8 @@ enum class ExitStatus { kDone = 0, kRunFailed = 1, kWrongUsage = 2 };
 struct RunOptions {
     std::string dataPath;
     std::string fieldsPath;  ///< empty: every column is inferred
-    std::string planPath;
+    std::string planPath;    ///< either this or the next one
+    std::string settingsPath;
     std::string outPath;  ///< empty: standard output
     bool quiet = false;
     std::optional<std::string> weightField;
@@ -23,8 +24,8 @@ struct RunOptions {
     std::vector<std::string> continuous;
 };
 
-/// `tarn run --plan`: hands the plan and the table straight to the engine's factory, as a program would that links
-/// the library, and stores the document. Throws an `InputError` for an input that can't be read.
-ExitStatus RunPlan(const RunOptions& options);
+/// `tarn run`: runs a plan or a request on a table and stores the document. Throws an `InputError` for an input that
+/// can't be read.
+ExitStatus Run(const RunOptions& options);
 
 }  // namespace tarn

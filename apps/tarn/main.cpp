@@ -21,9 +21,16 @@ void DescribeRun(CLI::App& run, RunOptions& options) {
         ->type_name("FILE");
     run.add_option("--fields", options.fieldsPath, "What the columns are: a table descriptor in JSON")
         ->type_name("FILE");
-    run.add_option("--plan", options.planPath, "The tests to run: execution settings in JSON")
-        ->required()
+    CLI::Option_group* request = run.add_option_group("The tests", "Exactly one of them");
+    request
+        ->add_option("--plan", options.planPath,
+                     "A plan: the tests with their fields, as the engine's library takes them")
         ->type_name("FILE");
+    request
+        ->add_option("--settings", options.settingsPath,
+                     "A request in the user's terms, as a host hands it to the engine")
+        ->type_name("FILE");
+    request->require_option(1);
     run.add_option("--out", options.outPath, "Write the result document there instead of to standard output")
         ->type_name("FILE");
     run.add_option("--weight", options.weightField, "The field with the frequency weights")->type_name("FIELD");
@@ -60,14 +67,14 @@ ExitStatus Execute(int argc, char** argv) {
     app.require_subcommand(1);
     app.failure_message(CLI::FailureMessage::simple);
     RunOptions runOptions;
-    CLI::App* run = app.add_subcommand("run", "Run a plan of tests on a table and write the result document");
+    CLI::App* run = app.add_subcommand("run", "Run tests on a table and write the result document");
     DescribeRun(*run, runOptions);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return Explain(app, error);
     }
-    return tarn::RunPlan(runOptions);
+    return tarn::Run(runOptions);
 }
 
 }  // namespace

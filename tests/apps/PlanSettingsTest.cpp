@@ -16,7 +16,9 @@ QKSettings Read(const std::string& json) {
 }
 
 /// The setting under "k" of {"k": VALUE}.
-const IQKSettingValue& ValueOf(const QKSettings& settings) { return settings.FindSetting("k")->GetValue(); }
+const IQKSettingValue& ValueOf(const QKSettings& settings) {
+    return settings.FindSetting("k")->GetValue();
+}
 
 struct Scalar {
     const char* json;
@@ -84,7 +86,9 @@ TEST(PlanSettings, ObjectsNestAndArraysOfObjectsBecomeVectorsOfSettings) {
     EXPECT_EQ(value, 3);
 }
 
-TEST(PlanSettings, NullIsAbsent) { EXPECT_EQ(Read(R"({"k": null})").FindSetting("k"), nullptr); }
+TEST(PlanSettings, NullIsAbsent) {
+    EXPECT_EQ(Read(R"({"k": null})").FindSetting("k"), nullptr);
+}
 
 TEST(PlanSettings, KeysAndTestsKeepTheirOrder) {
     tarn::ByteSource source = tarn::ByteSource::FromMemory(

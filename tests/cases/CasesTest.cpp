@@ -32,8 +32,8 @@ class Cases : public testing::TestWithParam<std::string> {
 
     std::vector<std::string> Arguments(const std::string& out) const {
         const std::string request = Has("plan.json") ? "plan" : "settings";
-        std::vector<std::string> arguments{"run",     "--data", Path("data.csv"), "--" + request, Path(request + ".json"),
-                                           "--quiet", "--out",  out};
+        std::vector<std::string> arguments{
+            "run", "--data", Path("data.csv"), "--" + request, Path(request + ".json"), "--quiet", "--out", out};
         if (Has("fields.json")) arguments.insert(arguments.end(), {"--fields", Path("fields.json")});
         return arguments;
     }
@@ -45,7 +45,7 @@ TEST_P(Cases, GiveTheExpectedDocument) {
     ASSERT_EQ(result.exitStatus, 0) << result.err;
     EXPECT_EQ(result.out, "");
     EXPECT_EQ(harness::DocumentDifferences(harness::ReadFile(Path("expected.xml")),
-                                  harness::ReadFile(scratch.Path("result.xml"))),
+                                           harness::ReadFile(scratch.Path("result.xml"))),
               std::vector<std::string>{});
 }
 

@@ -100,7 +100,8 @@ TEST_F(RunPlan, WeightFieldCountsRecordsAsOftenAsItSays) {
 
 TEST_F(RunPlan, CountsTellBadWeights) {
     // Weights go in as they stand: 0.5 is one that adds nothing to a test, but no bad one.
-    const CommandResult result = Run({"--weight", "n", "--quiet"}, "before,after,n\n1,2,0.5\n1,2,0\n1,2,-3\n1,2,\n5,9,2\n");
+    const CommandResult result =
+        Run({"--weight", "n", "--quiet"}, "before,after,n\n1,2,0.5\n1,2,0\n1,2,-3\n1,2,\n5,9,2\n");
     const pugi::xml_node counts = Document(result.out).Root().select_node("//Counts").node();
     EXPECT_STREQ(counts.attribute("totalFreq").value(), "2.5");
     EXPECT_STREQ(counts.attribute("totalCount").value(), "5");
@@ -123,8 +124,7 @@ TEST_F(RunPlan, LevelsOfTheCommandLineBeatTheDescriptor) {
 }
 
 TEST_F(RunPlan, UserMissingValuesAreMissing) {
-    const std::string fields =
-        folder.Write("fields.json", R"({"fields": [{"name": "before", "missingValues": [4]}]})");
+    const std::string fields = folder.Write("fields.json", R"({"fields": [{"name": "before", "missingValues": [4]}]})");
     const CommandResult result = Run({"--quiet", "--fields", fields});
     EXPECT_EQ(Document(result.out).Test(0).Sub("StatisticsResult").Row("TotalN"), "3");
 }
@@ -133,9 +133,10 @@ TEST_F(RunPlan, CategoriesGoIntoTheDataDictionary) {
     const std::string fields = folder.Write("fields.json",
                                             R"({"fields": [{"name": "arm", "title": "Arm", "categoriesOrdered": true,
                                                 "categories": ["b", {"value": "z", "label": "none"}]}]})");
-    const pugi::xml_node arm =
-        Document(Run({"--quiet", "--fields", fields}).out).Output().child("DataDictionary").find_child_by_attribute(
-            "name", "arm");
+    const pugi::xml_node arm = Document(Run({"--quiet", "--fields", fields}).out)
+                                   .Output()
+                                   .child("DataDictionary")
+                                   .find_child_by_attribute("name", "arm");
     EXPECT_STREQ(arm.attribute("displayName").value(), "Arm");
     EXPECT_STREQ(arm.attribute("optype").value(), "ordinal");
     std::vector<std::string> values;
@@ -177,11 +178,13 @@ TEST_F(RunPlan, WeightAbove2147483647FailsWith220026) {
 }
 
 TEST_F(RunPlan, ErrorOfATestIsAResult) {
-    const CommandResult unknown = Run({"--quiet"}, kData, R"({"tests": [{"RSign": {"variableName": ["before", "x"]}}]})");
+    const CommandResult unknown =
+        Run({"--quiet"}, kData, R"({"tests": [{"RSign": {"variableName": ["before", "x"]}}]})");
     EXPECT_EQ(unknown.exitStatus, 0);
     EXPECT_EQ(harness::MessagesOf(Document(unknown.out).Test(0)),
               (std::vector<std::string>{"220903 error x", "220918 error"}));
-    const CommandResult wrongKind = Run({"--quiet"}, kData, R"({"tests": [{"RSign": {"variableName": ["before", "arm"]}}]})");
+    const CommandResult wrongKind =
+        Run({"--quiet"}, kData, R"({"tests": [{"RSign": {"variableName": ["before", "arm"]}}]})");
     EXPECT_EQ(wrongKind.exitStatus, 0);
     EXPECT_EQ(harness::MessagesOf(Document(wrongKind.out).Test(0)), (std::vector<std::string>{"220915 error 2"}));
 }
@@ -223,7 +226,8 @@ TEST_F(RunPlan, UnknownWeightFieldIsRefused) {
 
 TEST_F(RunPlan, MissingFilesAreRefused) {
     EXPECT_NE(Refusal({"--fields", folder.Path("none.json")}).find("none.json"), std::string::npos);
-    const CommandResult result = RunTarn({"run", "--data", folder.Path("none.csv"), "--plan", folder.Path("plan.json")});
+    const CommandResult result =
+        RunTarn({"run", "--data", folder.Path("none.csv"), "--plan", folder.Path("plan.json")});
     EXPECT_EQ(result.exitStatus, 2);
 }
 
@@ -286,15 +290,13 @@ TEST_P(WrongUsage, IsToldInOneLine) {
     EXPECT_NE(result.err.find(GetParam().told), std::string::npos) << result.err;
 }
 
-INSTANTIATE_TEST_SUITE_P(, WrongUsage,
-                         testing::Values(BadUsage{"Nothing", {}, "subcommand is required"},
-                                         BadUsage{"UnknownCommand", {"ruin"}, "ruin"},
-                                         BadUsage{"NoData", {"run", "--plan", "p"}, "--data is required"},
-                                         BadUsage{"NoPlan", {"run", "--data", "d"}, "--plan is required"},
-                                         BadUsage{"UnknownOption",
-                                                  {"run", "--data", "d", "--plan", "p", "--quite"},
-                                                  "--quite"}),
-                         [](const testing::TestParamInfo<BadUsage>& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(
+    , WrongUsage,
+    testing::Values(BadUsage{"Nothing", {}, "subcommand is required"}, BadUsage{"UnknownCommand", {"ruin"}, "ruin"},
+                    BadUsage{"NoData", {"run", "--plan", "p"}, "--data is required"},
+                    BadUsage{"NoPlan", {"run", "--data", "d"}, "--plan is required"},
+                    BadUsage{"UnknownOption", {"run", "--data", "d", "--plan", "p", "--quite"}, "--quite"}),
+    [](const testing::TestParamInfo<BadUsage>& test) { return std::string(test.param.name); });
 
 TEST(Command, HelpAndVersionAreAnswers) {
     const CommandResult help = RunTarn({"run", "--help"});

@@ -66,7 +66,11 @@ std::string ReadFile(const std::string& path) {
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-std::string SourcePath(const std::string& relative) { return std::string(TARN_SOURCE_PATH) + "/" + relative; }
-std::string CommandPath() { return TARN_COMMAND_PATH; }
+std::string SourcePath(const std::string& relative) {
+    return std::string(TARN_SOURCE_PATH) + "/" + relative;
+}
+std::string CommandPath() {
+    return TARN_COMMAND_PATH;
+}
 
 }  // namespace harness

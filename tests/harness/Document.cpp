@@ -23,9 +23,13 @@ std::string Table::Row(const std::string& name) const {
     return row ? row.attribute("value").value() : "(absent)";
 }
 
-bool Table::HasRow(const std::string& name) const { return !ChildNamed(node_, "Attribute", name).empty(); }
+bool Table::HasRow(const std::string& name) const {
+    return !ChildNamed(node_, "Attribute", name).empty();
+}
 
-Table Table::Sub(const std::string& name) const { return Table(ChildNamed(node_, "StructuredTable", name)); }
+Table Table::Sub(const std::string& name) const {
+    return Table(ChildNamed(node_, "StructuredTable", name));
+}
 
 std::vector<std::string> Table::SimpleRows(const std::string& name) const {
     std::vector<std::string> rows;
@@ -61,8 +65,12 @@ Document::Document(const std::string& text) {
     EXPECT_TRUE(parsed) << parsed.description() << " at " << parsed.offset;
 }
 
-pugi::xml_node Document::Root() const { return document_->child("Tabulon"); }
-pugi::xml_node Document::Output() const { return Root().child("Extension").child("TARNOutput"); }
+pugi::xml_node Document::Root() const {
+    return document_->child("Tabulon");
+}
+pugi::xml_node Document::Output() const {
+    return Root().child("Extension").child("TARNOutput");
+}
 
 int Document::TestCount() const {
     const auto tests = Output().child("NonParametricTests").children("Algorithm");

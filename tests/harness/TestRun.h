@@ -60,11 +60,11 @@ class Fields {
 
 /// What a run of the engine left.
 struct Outcome {
-    QKStatus status;        ///< of `Run`
-    QKStatus writeStatus;   ///< of `WriteResults`
+    QKStatus status;       ///< of `Run`
+    QKStatus writeStatus;  ///< of `WriteResults`
     bool complete = false;
-    std::string text;       ///< the document, empty if none was written
-    Document document;      ///< the same, parsed
+    std::string text;   ///< the document, empty if none was written
+    Document document;  ///< the same, parsed
 };
 
 /// Runs the execution settings over the rows and writes the document.

@@ -456,7 +456,7 @@ TEST(TableLoader, GivesBackEveryTextByItsCategory) {
             const double cell = table.Row(i)[0];
             const bool isMissing = texts[i].empty() || texts[i] == "NA";
             RC_ASSERT(isMissing == (cell == kMissingCategory));
-            RC_ASSERT(isMissing || categories[static_cast<std::size_t>(cell)] == texts[i]);
+            if (!isMissing) RC_ASSERT(categories[static_cast<std::size_t>(cell)] == texts[i]);
         }
     }));
 }

@@ -26,6 +26,8 @@ TEST(TextTable, CountsCharactersNotBytes) {
               "abcde  2\n");
 }
 
-TEST(TextTable, WithoutRowsIsItsHeader) { EXPECT_EQ(tarn::TextTable({{"a"}, {"b"}}).ToText(), "a  b\n"); }
+TEST(TextTable, WithoutRowsIsItsHeader) {
+    EXPECT_EQ(tarn::TextTable({{"a"}, {"b"}}).ToText(), "a  b\n");
+}
 
 }  // namespace
