@@ -294,7 +294,7 @@ INSTANTIATE_TEST_SUITE_P(
     , WrongUsage,
     testing::Values(BadUsage{"Nothing", {}, "subcommand is required"}, BadUsage{"UnknownCommand", {"ruin"}, "ruin"},
                     BadUsage{"NoData", {"run", "--plan", "p"}, "--data is required"},
-                    BadUsage{"NoPlan", {"run", "--data", "d"}, "--plan is required"},
+                    BadUsage{"NoPlan", {"run", "--data", "d"}, "--plan"},
                     BadUsage{"UnknownOption", {"run", "--data", "d", "--plan", "p", "--quite"}, "--quite"}),
     [](const testing::TestParamInfo<BadUsage>& test) { return std::string(test.param.name); });
 

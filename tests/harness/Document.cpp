@@ -28,7 +28,7 @@ bool Table::HasRow(const std::string& name) const {
 }
 
 Table Table::Sub(const std::string& name) const {
-    return Table(ChildNamed(node_, "StructuredTable", name));
+    return Table(ChildNamed(node_, "StructuredTable", name), document_);
 }
 
 std::vector<std::string> Table::SimpleRows(const std::string& name) const {
@@ -80,12 +80,13 @@ int Document::TestCount() const {
 Table Document::Test(int position) const {
     pugi::xml_node test = Output().child("NonParametricTests").child("Algorithm");
     for (int i = 0; i < position; ++i) test = test.next_sibling("Algorithm");
-    return Table(test);
+    return Table(test, document_);
 }
 
 Table Document::FieldInfo(int field) const {
     const std::string index = std::to_string(field);
-    return Table(Output().child("FieldInfos").find_child_by_attribute("FieldInfo", "varIndex", index.c_str()));
+    return Table(Output().child("FieldInfos").find_child_by_attribute("FieldInfo", "varIndex", index.c_str()),
+                 document_);
 }
 
 // ---- Comparison ----

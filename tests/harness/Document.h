@@ -3,6 +3,7 @@
 #include <memory>
 #include <pugixml.hpp>
 #include <string>
+#include <utility>
 #include <vector>
 
 /// Reading of result documents in tests.
@@ -11,7 +12,9 @@ namespace harness {
 /// A structured table, or "Algorithm" itself, with its rows and tables by name.
 class Table {
  public:
-    explicit Table(pugi::xml_node node) : node_(node) {}
+    /// `document`: what the node lives in, kept as long as the table. Without it the caller keeps the document.
+    explicit Table(pugi::xml_node node, std::shared_ptr<const void> document = nullptr)
+        : node_(node), document_(std::move(document)) {}
 
     bool Exists() const { return static_cast<bool>(node_); }
     /// The value of a row; "(absent)" where there is none.
@@ -27,6 +30,7 @@ class Table {
 
  private:
     pugi::xml_node node_;
+    std::shared_ptr<const void> document_;
 };
 
 /// One message of a test as "code type" with its parameters behind it: "220903 error nowhere".

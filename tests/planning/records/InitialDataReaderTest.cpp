@@ -1,0 +1,234 @@
+#include "planning/records/InitialDataReader.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <numeric>
+#include <utility>
+#include <vector>
+
+#include "tests/harness/TestRun.h"
+
+using harness::Fields;
+using harness::kNoCategory;
+using harness::kNone;
+using QKTarn::InitialDataReader;
+
+namespace {
+
+using Rows = std::vector<std::vector<double>>;
+
+/// A reader over rows in memory, whose filter looks at all fields.
+struct Reading {
+    Reading(Fields tableFields, Rows rows, bool dropMissing = false, int blockSize = 2048)
+        : fields(std::move(tableFields)),
+          stream(std::move(rows)),
+          allFields(static_cast<std::size_t>(fields.List().Size())),
+          reader(blockSize, &stream, dropMissing, &allFields, &fields.List()) {
+        std::iota(allFields.begin(), allFields.end(), 0);
+    }
+
+    Rows Stored() {
+        Rows rows;
+        for (int i = 0; i < reader.Count(); ++i) {
+            rows.emplace_back(reader.ValuesAt(i), reader.ValuesAt(i) + reader.Width());
+        }
+        return rows;
+    }
+
+    Fields fields;
+    harness::RowStream stream;
+    std::vector<int> allFields;
+    InitialDataReader reader;
+};
+
+constexpr double kLargest = 2147483647.0;
+
+}  // namespace
+
+TEST(InitialDataReaderTest, AnEmptyStreamYields220003) {
+    Reading reading(Fields().Continuous("x"), {});
+    EXPECT_EQ(reading.reader.ReadAll(), QKStatus(220003));
+    EXPECT_EQ(reading.reader.Count(), 0);
+}
+
+TEST(InitialDataReaderTest, AStreamOfWhichAListwiseFilterDropsEveryRecordYields220003) {
+    Reading reading(Fields().Continuous("x").Numeric("n", {1}), {{kNone, 0}, {1, kNoCategory}}, true);
+    EXPECT_EQ(reading.reader.ReadAll(), QKStatus(220003));
+    EXPECT_EQ(reading.reader.Count(), 0);
+}
+
+TEST(InitialDataReaderTest, ANullIteratorYields220005) {
+    Fields fields;
+    fields.Continuous("x");
+    const std::vector<int> all{0};
+    InitialDataReader reader(2048, nullptr, false, &all, &fields.List());
+    EXPECT_EQ(reader.ReadAll(), QKStatus(220005));
+}
+
+TEST(InitialDataReaderTest, KeepsTheRecordsInOrderAndReadsTheStreamFromItsStart) {
+    const Rows rows{{1, 2}, {-0.5, kNone}, {std::numeric_limits<double>::infinity(), 3}};
+    Reading reading(Fields().Continuous("x").Continuous("y"), rows);
+    reading.stream.Next();  // the position that a host may have left
+    EXPECT_TRUE(reading.reader.ReadAll().IsOK());
+    EXPECT_EQ(reading.Stored(), rows);
+    EXPECT_EQ(reading.reader.Width(), 2u);
+    EXPECT_EQ(reading.stream.RewindCount(), 1);
+}
+
+// ---- Weights ----
+
+TEST(InitialDataReaderTest, ARecordWeightAbove2147483647StopsTheReadWith220026) {
+    struct Row {
+        double weight;
+        bool accepted;
+    };
+    const std::vector<Row> rows{
+        {2147483647.0, true},
+        {2147483648.0, false},
+        {2147483647.5, false},
+        {std::nextafter(kLargest, 0.0), true},
+        {std::nextafter(kLargest, 1e300), false},
+        {std::numeric_limits<double>::infinity(), false},
+        {std::numeric_limits<double>::quiet_NaN(), true},
+        {kNone, true},
+        {-1e300, true},
+        {0, true},
+    };
+    for (const bool listwise : {false, true}) {
+        for (const Row& row : rows) {
+            if (listwise && row.weight == kNone) continue;  // dropped, and then there is no record
+            SCOPED_TRACE(testing::PrintToString(row.weight));
+            Reading reading(Fields().Continuous("x").Weight("w"), {{5, row.weight}}, listwise);
+            EXPECT_EQ(reading.reader.ReadAll(), row.accepted ? QKStatus() : QKStatus(220026));
+            EXPECT_EQ(reading.reader.Count(), row.accepted ? 1 : 0);
+        }
+    }
+}
+
+TEST(InitialDataReaderTest, AWeightOfATooLargeRecordIsLookedAtBeforeItsMissingValuesUnderListwise) {
+    Reading reading(Fields().Continuous("x").Weight("w"), {{1, 1}, {kNone, 2147483648.0}, {2, 1}}, true);
+    EXPECT_EQ(reading.reader.ReadAll(), QKStatus(220026));
+    EXPECT_EQ(reading.stream.NextCount(), 2) << "the read stops at once";
+    EXPECT_EQ(reading.reader.Count(), 1);
+}
+
+TEST(InitialDataReaderTest, WithoutAWeightFieldNoValueIsTooLarge) {
+    Reading reading(Fields().Continuous("x"), {{2147483648.0}, {1e308}});
+    EXPECT_TRUE(reading.reader.ReadAll().IsOK());
+    EXPECT_EQ(reading.reader.Count(), 2);
+}
+
+// ---- The listwise filter ----
+
+TEST(InitialDataReaderTest, DropsByTheKindOfTheField) {
+    struct Row {
+        int kind;
+        double value;
+        bool kept;
+    };
+    const std::vector<Row> rows{
+        {1, kNone, false}, {1, -1, true},  // continuous
+        {2, -1, false},    {2, kNone, true}, {2, 0, true},     {3, -1, false}, {3, kNone, true},
+        {3, 0, true},      {4, -1, false},   {4, kNone, true},  // looked at as categorical here, unlike in the passes
+        {5, -1, false},    {5, kNone, true},                    // as is every kind that nobody knows
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(testing::Message() << "kind " << row.kind << " value " << row.value);
+        Fields fields;
+        fields.Continuous("id");
+        switch (row.kind) {
+            case 2:
+                fields.Numeric("f", {1, 2});
+                break;
+            case 3:
+                fields.Text("f", {"a", "b"});
+                break;
+            default:
+                fields.List().AddNewVar(std::make_shared<QKContVar>("f", "", DateType::kNone, row.kind));
+        }
+        Reading reading(fields, {{1, 0}, {2, row.value}}, true);
+        EXPECT_TRUE(reading.reader.ReadAll().IsOK());
+        EXPECT_EQ(reading.reader.Count(), row.kept ? 2 : 1);
+        Reading unfiltered(fields, {{1, 0}, {2, row.value}}, false);
+        EXPECT_TRUE(unfiltered.reader.ReadAll().IsOK());
+        EXPECT_EQ(unfiltered.reader.Count(), 2);
+    }
+}
+
+TEST(InitialDataReaderTest, LooksAtTheGivenFieldsOnly) {
+    Fields fields;
+    fields.Continuous("x").Continuous("y");
+    harness::RowStream stream({{kNone, 1}, {1, kNone}, {1, 1}});
+    const std::vector<int> second{1};
+    InitialDataReader reader(2048, &stream, true, &second, &fields.List());
+    EXPECT_TRUE(reader.ReadAll().IsOK());
+    EXPECT_EQ(reader.Count(), 2);
+    EXPECT_EQ(reader.ValuesAt(0)[0], kNone);
+}
+
+TEST(InitialDataReaderTest, NotesOfEachRecordWhetherThePassesFindAnythingMissing) {
+    // Record 1 is dropped by the reader but complete for the passes, record 2 the other way round.
+    Reading reading(Fields().Continuous("x").Other("o"), {{1, 9}, {1, -1}, {1, kNone}, {kNone, 9}, {2, 9}}, true);
+    EXPECT_TRUE(reading.reader.ReadAll().IsOK());
+    EXPECT_EQ(reading.reader.IncompleteInSource(), (QKTarn::RecordFlags{false, false, true, true, false}));
+    EXPECT_EQ(reading.reader.IncompleteInStore(), (QKTarn::RecordFlags{false, true, false}));
+}
+
+// ---- Blocks ----
+
+TEST(InitialDataReaderTest, RecordsAreNeverMovedOnceStored) {
+    Fields fields;
+    fields.Continuous("x");
+    InitialDataReader reader(3, nullptr, false, nullptr, &fields.List());
+    std::vector<const double*> places;
+    for (int i = 0; i < 100; ++i) {
+        Record record(1);
+        record[0] = i;
+        ASSERT_TRUE(reader.AddRecord(record).IsOK());
+        places.push_back(reader.ValuesAt(i));
+    }
+    for (int i = 0; i < 100; ++i) {
+        EXPECT_EQ(reader.ValuesAt(i), places[static_cast<std::size_t>(i)]);
+        EXPECT_EQ(*reader.ValuesAt(i), i);
+    }
+}
+
+TEST(InitialDataReaderTest, ABlockSizeOfZeroCountsAsOne) {
+    Reading reading(Fields().Continuous("x"), {{1}, {2}, {3}}, false, 0);
+    EXPECT_TRUE(reading.reader.ReadAll().IsOK());
+    EXPECT_EQ(reading.Stored(), (Rows{{1}, {2}, {3}}));
+}
+
+TEST(InitialDataReaderTest, StoresACopyOfTheRecord) {
+    Fields fields;
+    fields.Continuous("x");
+    InitialDataReader reader(2048, nullptr, false, nullptr, &fields.List());
+    Record record(1);
+    record[0] = 1;
+    ASSERT_TRUE(reader.AddRecord(record).IsOK());
+    record[0] = 2;
+    ASSERT_TRUE(reader.AddRecord(record).IsOK());
+    EXPECT_EQ(*reader.ValuesAt(0), 1);
+    EXPECT_EQ(*reader.ValuesAt(1), 2);
+}
+
+TEST(InitialDataReaderTest, ARecordOfAnotherWidthIsCutOrFilledUp) {
+    Reading reading(Fields().Continuous("x").Continuous("y"), {{1, 2}, {3}, {4, 5, 6}});
+    EXPECT_TRUE(reading.reader.ReadAll().IsOK());
+    EXPECT_EQ(reading.Stored(), (Rows{{1, 2}, {3, kNone}, {4, 5}}));
+}
+
+TEST(InitialDataReaderTest, AFailedAllocationYields220002) {
+    Fields fields;
+    fields.Continuous("x");
+    InitialDataReader reader(2048, nullptr, false, nullptr, &fields.List());
+    double value = 1;
+    // A block of such records is larger than any memory; no more than the first value is looked at before that.
+    const Record huge = Record::View(&value, std::size_t{1} << 50);
+    EXPECT_EQ(reader.AddRecord(huge), QKStatus(220002));
+    EXPECT_EQ(reader.Count(), 0);
+    EXPECT_FALSE(reader.Begin().HasMore());
+}
