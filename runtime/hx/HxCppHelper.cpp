@@ -1,11 +1,20 @@
 #include "platform/peer/HxCppHelper.h"
 
+#include <cstring>
 #include <optional>
 
 #include "platform/peer/HostCall.h"
-#include "runtime/hx/TextBuffer.h"
+#include "runtime/hx/FetchText.h"
 
 namespace HxCppHelperV1 {
+
+unsigned putText(const std::string& text, char* buffer, std::size_t size, std::size_t* needed) {
+    const std::size_t required = text.size() + 1;
+    if (needed != nullptr) *needed = required;
+    if (required > size || buffer == nullptr) return HX_BUFFER_TOO_SMALL;
+    std::memcpy(buffer, text.c_str(), required);
+    return HX_OK;
+}
 
 // ---- Host ----
 

@@ -1,8 +1,8 @@
 #include "platform/peer/HxCppXml.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <pugixml.hpp>
-#include <sstream>
 #include <utility>
 
 #include "runtime/common/XmlCharacters.h"
@@ -18,6 +18,12 @@ namespace {
 pugi::xml_node NodeOf(XMLNodeData* data) {
     return pugi::xml_node(reinterpret_cast<pugi::xml_node_struct*>(data));
 }
+
+/// Collects what is written in a text.
+struct StringWriter : pugi::xml_writer {
+    void write(const void* data, std::size_t size) override { text.append(static_cast<const char*>(data), size); }
+    std::string text;
+};
 
 XMLNodeData* DataOf(const pugi::xml_node& node) {
     return reinterpret_cast<XMLNodeData*>(node.internal_object());
@@ -69,6 +75,11 @@ void XMLElement::addText(const std::string& text) {
     if (!text.empty()) NodeOf(node_).append_child(pugi::node_pcdata).set_value(WithXmlCharactersOnly(text).c_str());
 }
 
+void XMLElement::setText(const std::string& text) {
+    NodeOf(node_).remove_children();
+    addText(text);
+}
+
 void XMLElement::removeChildren(const std::string& name) {
     while (NodeOf(node_).remove_child(name.c_str())) {
     }
@@ -80,10 +91,10 @@ std::string XMLElement::doc2string(const XMLDocument& document) {
     declaration.append_attribute("version") = "1.0";
     declaration.append_attribute("encoding") = "UTF-8";
     constexpr unsigned kFlags = pugi::format_raw | pugi::format_no_declaration;
-    std::ostringstream out;
-    declared.save(out, "", kFlags, pugi::encoding_utf8);
-    NodeOf(document.getRoot().node_).print(out, "", kFlags, pugi::encoding_utf8);
-    return std::move(out).str();
+    StringWriter writer;
+    declared.save(writer, "", kFlags, pugi::encoding_utf8);
+    NodeOf(document.getRoot().node_).print(writer, "", kFlags, pugi::encoding_utf8);
+    return std::move(writer.text);
 }
 
 // ---- Documents ----
@@ -110,7 +121,7 @@ XMLDocument XMLDocument::FromText(const std::string& text) {
     return document;
 }
 
-XMLElement XMLDocument::getRoot() const {
+XMLElement XMLDocument::getRoot() const& {
     return content_ ? XMLElement(DataOf(content_->document.document_element())) : XMLElement();
 }
 

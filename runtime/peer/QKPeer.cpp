@@ -4,9 +4,10 @@
 
 #include "platform/hx/HXDocuments.h"
 #include "platform/peer/HostCall.h"
-#include "runtime/hx/TextBuffer.h"
+#include "runtime/hx/FetchText.h"
 
 using HxCppHelperV1::HostHelper;
+using HxCppHelperV1::putText;
 using HxCppHelperV1::XMLDocument;
 using HxCppHelperV1::XMLElement;
 
@@ -34,7 +35,7 @@ unsigned QKPeer::GetDataModel(int index, char* buffer, std::size_t size, std::si
         *errorCode = HX_ERROR_DATA_MODEL;
         return HX_FAILED;
     }
-    return PutText(XMLElement::doc2string(XMLDocument::WithRoot(HX_DATA_MODEL_ROOT)), buffer, size, needed);
+    return putText(XMLElement::doc2string(XMLDocument::WithRoot(HX_DATA_MODEL_ROOT)), buffer, size, needed);
 }
 
 unsigned QKPeer::GetExecutionRequirements(char* buffer, std::size_t size, std::size_t* needed, int* errorCode) {
@@ -42,7 +43,7 @@ unsigned QKPeer::GetExecutionRequirements(char* buffer, std::size_t size, std::s
         *errorCode = HX_ERROR_NO_REQUIREMENTS;
         return HX_FAILED;
     }
-    return PutText(requirements_, buffer, size, needed);
+    return putText(requirements_, buffer, size, needed);
 }
 
 unsigned QKPeer::GetInputIterator(int inputIndex, HXIterator** iterator, int* errorCode) {
@@ -74,7 +75,7 @@ unsigned QKPeer::GetErrorDetail(char* buffer, std::size_t size, std::size_t* nee
             element.addChild(HX_MESSAGE_PARAMETER).addAttribute(HX_MESSAGE_PARAMETER_VALUE, parameter);
         }
     }
-    return PutText(XMLElement::doc2string(document), buffer, size, needed);
+    return putText(XMLElement::doc2string(document), buffer, size, needed);
 }
 
 unsigned QKPeer::GetIteratorRequirements(long long* inputCount, long long** passes, long long* passCount, int*) {
@@ -147,7 +148,8 @@ unsigned QKPeer::ParseDataModel(int* errorCode, bool forExecution, int) {
         return CallHost(context_, &HXContext::GetDataModel, kOnlyInput, stage, buffer, size, needed, errorCode);
     };
     dataModelParser_ = std::make_unique<DataModelParser>(DocumentOf(FetchText(ask)));
-    return dataModelParser_->IsDataModel() ? HX_OK : FailWith(HX_ERROR_DATA_MODEL, errorCode);
+    if (!dataModelParser_->IsDataModel()) return FailWith(HX_ERROR_DATA_MODEL, errorCode);
+    return HX_OK;
 }
 
 XMLDocument QKPeer::DocumentOf(const std::optional<std::string>& text) const {

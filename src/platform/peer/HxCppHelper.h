@@ -11,6 +11,9 @@
 
 namespace HxCppHelperV1 {
 
+/// Puts a text into a buffer of the host by the rule that stands at `HXHost`. `needed` may be null.
+unsigned putText(const std::string& text, char* buffer, std::size_t size, std::size_t* needed);
+
 /// The services of a host. Borrows the host.
 class HostHelper {
  public:

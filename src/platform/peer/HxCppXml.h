@@ -36,6 +36,8 @@ class XMLElement {
     XMLElement addCopy(const XMLElement& source);
     /// Appends a text.
     void addText(const std::string& text);
+    /// Puts a text in the place of all that is in the element.
+    void setText(const std::string& text);
     void removeChildren(const std::string& name);
 
     /// The document as a text in UTF-8 with an XML declaration, without any white space of its own.
@@ -61,7 +63,9 @@ class XMLDocument {
     /// The document of a text; without a root where the text is not well formed.
     static XMLDocument FromText(const std::string& text);
 
-    XMLElement getRoot() const;
+    XMLElement getRoot() const&;
+    /// An element must not outlive its document.
+    XMLElement getRoot() const&& = delete;
 
  private:
     friend class XMLElement;

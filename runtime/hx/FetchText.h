@@ -6,10 +6,7 @@
 
 #include "platform/hx/HXStatus.h"
 
-/// Puts a text into a buffer of the host by the rule that stands at `HXHost`. `needed` may be null.
-unsigned PutText(const std::string& text, char* buffer, std::size_t size, std::size_t* needed);
-
-/// Fetches a text from the host by the same rule: `ask(buffer, size, needed)` is called for the size and then for the
+/// Fetches a text from the host by the rule that stands at `HXHost`: `ask(buffer, size, needed)` is called for the size and then for the
 /// text. No value if a call fails.
 template <typename Ask>
 std::optional<std::string> FetchText(Ask ask) {

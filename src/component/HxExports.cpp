@@ -1,0 +1,148 @@
+// The functions that a host binds by name. Each checks its component, hands the call on and answers with a number;
+// nothing is thrown across this line.
+
+#include <new>
+#include <string>
+
+#include "component/ModuleInformation.h"
+#include "component/TARNComponentBuilder.h"
+#include "component/TARNComponentFactory.h"
+#include "platform/hx/hx.h"
+#include "platform/peer/HostCall.h"
+#include "platform/peer/HxCppHelper.h"
+
+namespace {
+
+/// The host of the process, null until `hx_initialise`.
+HXHost* host = nullptr;
+
+constexpr int kOnlyInput = 0;
+constexpr int kOutputs[] = {HX_OUTPUT_STATISTICS_DOCUMENT};
+constexpr int kOutputCount = 1;
+
+/// Does one operation of a component for a host that may have given no place for the error code. What the operation
+/// throws, which is little but exhausted memory, becomes a number here.
+template <typename Operation>
+unsigned OnComponent(void* component, int* errorCode, Operation operation) noexcept {
+    if (component == nullptr) return HX_BAD_HANDLE;
+    int ignored = 0;
+    if (errorCode == nullptr) errorCode = &ignored;
+    try {
+        return operation(*static_cast<TARNComponentBuilder*>(component), errorCode);
+    } catch (...) {
+        *errorCode = HX_ERROR_OUT_OF_MEMORY;
+        return HX_FAILED;
+    }
+}
+
+}  // namespace
+
+// ---- The library ----
+
+unsigned hx_initialise(HXHost* newHost) {
+    if (newHost == nullptr) return HX_BAD_HANDLE;
+    host = newHost;
+    return HX_OK;
+}
+
+unsigned hx_cleanup(void) {
+    return HX_OK;
+}
+
+unsigned hx_getModuleInformation(char* buffer, size_t bufferSize, size_t* neededSize, int*) try {
+    const std::string text = MakeModuleInformation(host);
+    if (text.empty()) return HX_NO_HOST_HELPER;
+    return HxCppHelperV1::putText(text, buffer, bufferSize, neededSize);
+} catch (...) {
+    return HX_NO_HOST_HELPER;
+}
+
+// ---- A component's life ----
+
+unsigned hx_create_component(HXContext* context, void*, void** component, int* errorCode) {
+    TARNComponentFactory factory;
+    TARNComponentBuilder* const builder = factory.MakeBuilder(context, host);
+    if (builder == nullptr) {
+        if (errorCode != nullptr) *errorCode = HX_ERROR_NO_COMPONENT;
+        return HX_FAILED;
+    }
+    *component = builder;
+    return HX_OK;
+}
+
+unsigned hx_destroy_component(void* component) {
+    if (component == nullptr) return HX_BAD_HANDLE;
+    // The memory alone: the destructor is not run, and what the end of an execution did not release stays. Hosts are
+    // built against this, and it changes only together with them.
+    ::operator delete(component);
+    return HX_OK;
+}
+
+unsigned hx_component_configure(void* component, int* errorCode) {
+    return OnComponent(component, errorCode, [](TARNComponentBuilder& builder, int* error) {
+        const unsigned result = builder.Configure(error);
+        if (result != HX_OK) return result;
+        return CallHost(builder.GetHXContextHandle(), &HXContext::DeclareOutputs, +kOutputs, kOutputCount, error);
+    });
+}
+
+// ---- What a host asks ----
+
+unsigned hx_component_getDataModel(void* component, int index, char* buffer, size_t size, size_t* needed,
+                                   int* errorCode) {
+    return OnComponent(component, errorCode, [=](TARNComponentBuilder& builder, int* error) {
+        return builder.GetDataModel(index, buffer, size, needed, error);
+    });
+}
+
+unsigned hx_component_getExecutionRequirements(void* component, char* buffer, size_t size, size_t* needed,
+                                               int* errorCode) {
+    return OnComponent(component, errorCode, [=](TARNComponentBuilder& builder, int* error) {
+        return builder.GetExecutionRequirements(buffer, size, needed, error);
+    });
+}
+
+unsigned hx_component_getIteratorRequirements(void* component, long long* inputCount, long long** passes,
+                                              long long* passCount, int* errorCode) {
+    return OnComponent(component, errorCode, [=](TARNComponentBuilder& builder, int* error) {
+        return builder.GetIteratorRequirements(inputCount, passes, passCount, error);
+    });
+}
+
+unsigned hx_component_getMessages(void* component, char* buffer, size_t size, size_t* needed, int* errorCode) {
+    if (component == nullptr) return HX_NO_COMPONENT;
+    return OnComponent(component, errorCode, [=](TARNComponentBuilder& builder, int* error) {
+        return builder.GetErrorDetail(buffer, size, needed, error);
+    });
+}
+
+// ---- An execution ----
+
+unsigned hx_component_beginExecution(void* component, HXProgress* progress, int* errorCode) {
+    return OnComponent(component, errorCode, [=](TARNComponentBuilder& builder, int* error) -> unsigned {
+        HXIterator* iterator = nullptr;
+        if (builder.GetInputIterator(kOnlyInput, &iterator, error) != HX_OK) return HX_BAD_HANDLE;
+        return builder.BeginExecution(iterator, progress, error);
+    });
+}
+
+unsigned hx_component_endExecution(void* component, int* errorCode) {
+    return OnComponent(component, errorCode,
+                       [](TARNComponentBuilder& builder, int* error) { return builder.EndExecution(error); });
+}
+
+unsigned hx_component_cancelExecution(void* component, int* errorCode) {
+    return OnComponent(component, errorCode,
+                       [](TARNComponentBuilder& builder, int* error) { return builder.CancelExecution(error); });
+}
+
+unsigned hx_component_nextRecord(void* component, int* errorCode) {
+    return OnComponent(component, errorCode,
+                       [](TARNComponentBuilder& builder, int* error) { return builder.NextRecord(error); });
+}
+
+unsigned hx_component_getRecordValue(void* component, size_t index, void** value, size_t* size, int* errorCode) {
+    return OnComponent(component, errorCode, [=](TARNComponentBuilder& builder, int* error) {
+        return builder.GetRecordValue(index, value, size, error);
+    });
+}

@@ -1,0 +1,54 @@
+#include "tests/component/AllocationFailure.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+constexpr long kNever = -1;
+long successesLeft = kNever;
+bool failsForGood = false;
+bool hasFailed = false;
+
+bool FailsNow() {
+    if (successesLeft == kNever) return false;
+    if (successesLeft > 0) {
+        --successesLeft;
+        return false;
+    }
+    if (!failsForGood) successesLeft = kNever;
+    return hasFailed = true;
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+    if (FailsNow()) throw std::bad_alloc();
+    if (void* memory = std::malloc(size == 0 ? 1 : size)) return memory;
+    throw std::bad_alloc();
+}
+
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+
+namespace component_test {
+
+AllocationFailure::AllocationFailure(long successes, bool andAllAfter) {
+    hasFailed = false;
+    failsForGood = andAllAfter;
+    successesLeft = successes;
+}
+
+AllocationFailure::~AllocationFailure() {
+    successesLeft = kNever;
+}
+
+bool AllocationFailure::HasFailed() {
+    return hasFailed;
+}
+
+}  // namespace component_test
