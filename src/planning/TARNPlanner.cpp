@@ -23,7 +23,6 @@ constexpr double kProgressShare = 0.65;
 constexpr const char* kMissingTreatment = "missingTreatment";
 constexpr const char* kAnalysisTreatment = "analysis";
 constexpr const char* kCaseIdName = "caseIDVariableName";
-constexpr const char* kModelId = "TarnTabulonModelID";
 
 }  // namespace
 
@@ -187,7 +186,7 @@ QKStatus TARNPlanner::WriteResults(std::ostream& out, const QKOutputParameters& 
             elements.insert(elements.end(), worker->Results().begin(), worker->Results().end());
         }
         TARNRunParameters parameters{0, analysisMissing, sigLevel, confidenceLevel, weightIndex, caseIdIndex};
-        settings->GetSettingValByName(kModelId, parameters.modelId);
+        settings->GetSettingValByName(SettingKey::kModelId, parameters.modelId);
         TARNResultWriter(*varList, UnivariateResults(*univariates), std::move(elements), parameters).Write(out, output);
     } catch (const std::exception&) {
         return QKStatus(StatusCode::kAllocationFailed);

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "related/TARNMargHomo.h"
+#include "related/TARNMcNemar.h"
 #include "related/TARNSign.h"
 
 namespace {
@@ -25,8 +27,8 @@ constexpr std::array kCatalog{
     TARNTestRow{"OBinomial", kNotBuiltYet},
     TARNTestRow{"IWaldWolfowitzRuns", kNotBuiltYet},
     TARNTestRow{"OEstimateConfidenceInterval", kNotBuiltYet},
-    TARNTestRow{"RMcNemar", kNotBuiltYet},
-    TARNTestRow{"RMarginalHomogeneity", kNotBuiltYet},
+    TARNTestRow{"RMcNemar", PlanMcNemar},
+    TARNTestRow{"RMarginalHomogeneity", PlanMargHomo},
     TARNTestRow{"RFriedmansTwoWayByRanks", kNotBuiltYet},
     TARNTestRow{"RKendallsCoefficient", kNotBuiltYet},
     TARNTestRow{"IKolmogorovSmirnov", kNotBuiltYet},

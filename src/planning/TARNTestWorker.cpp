@@ -148,10 +148,8 @@ QKStatus TARNTestWorker::Process(std::vector<ActiveTest>& pass, View& view, cons
         for (ActiveTest& active : pass) {
             if (!active.started || (incomplete && !Sees(active, record))) continue;
             const QKStatus processed = active.test->ProcessRecord(record);
-            if (processed.IsError()) {
-                if (StopsTheRun(processed)) return processed;
-                active.started = false;
-            }
+            if (StopsTheRun(processed)) return processed;
+            if (processed.IsError()) active.started = false;
         }
     }
     return QKStatus();

@@ -15,8 +15,7 @@
 
 /// A vector as the value of a setting. Used with int, double, std::string and QKSettings.
 ///
-/// Two vectors are compared element by element, whatever the type of the other's elements: the caller compares like
-/// with like.
+/// Two vectors are compared element by element, whatever class holds the other's; the caller compares like with like.
 template <typename T>
 class QKVecValue : public IQKSettingValue, public IQKVectorElements<T> {
  public:
@@ -24,8 +23,14 @@ class QKVecValue : public IQKSettingValue, public IQKVectorElements<T> {
 
     /// Null if no memory was left.
     QKVecValue* Clone() const override { return new (std::nothrow) QKVecValue(values); }
-    bool operator==(const IQKSettingValue& other) const override { return IsVector(other) && Compare(other) == 0; }
-    bool operator<(const IQKSettingValue& other) const override { return IsVector(other) && Compare(other) < 0; }
+    bool operator==(const IQKSettingValue& other) const override {
+        const auto* vector = AsVector(other);
+        return vector && Compare(vector->GetElements()) == 0;
+    }
+    bool operator<(const IQKSettingValue& other) const override {
+        const auto* vector = AsVector(other);
+        return vector && Compare(vector->GetElements()) < 0;
+    }
     unsigned Size() const override { return static_cast<unsigned>(values.size()); }
     /// A vector has no number.
     double GetNumber() const override { return QKMV::Missing(); }
@@ -58,13 +63,13 @@ class QKVecValue : public IQKSettingValue, public IQKVectorElements<T> {
         return SettingElementKind::kOther;
     }
 
-    static bool IsVector(const IQKSettingValue& other) {
-        return other.GetKind() == static_cast<int>(SettingKind::kVector);
+    /// A vector that came with a settings document is of another class, but gives its elements alike.
+    static const IQKVectorElements<T>* AsVector(const IQKSettingValue& other) {
+        return dynamic_cast<const IQKVectorElements<T>*>(&other);
     }
 
     /// Negative, 0 or positive in lexicographic order.
-    int Compare(const IQKSettingValue& other) const {
-        const std::vector<T>& others = static_cast<const QKVecValue&>(other).values;
+    int Compare(const std::vector<T>& others) const {
         const std::size_t common = std::min(values.size(), others.size());
         for (std::size_t i = 0; i < common; ++i) {
             if (values[i] < others[i]) return -1;

@@ -1,11 +1,14 @@
 #include "support/ResultElements.h"
 
+#include <algorithm>
 #include <utility>
 
 using QKXML::XMLElement;
 using QKXML::XMLString;
 
 namespace {
+
+constexpr double kUnknownCategory = -1.0;
 
 const char* TextOf(ResultType type) {
     return type == ResultType::kHypothesisTest ? "hypothesis_test" : "confidence_interval";
@@ -112,6 +115,17 @@ void StructuredTable::Row(std::string_view name, std::string_view value) {
     XMLElement& row = element_->AddChildElement(XMLElement::Create(Element::kAttribute));
     row.AddAttribute(ElementAttribute::kName, name);
     row.AddAttribute(ElementAttribute::kValue, value);
+}
+
+void StructuredTable::AddUnknownCategories(std::string_view name, const std::vector<double>& categoryIndices,
+                                           const std::vector<std::string>& givenTexts) {
+    std::vector<std::string> unknown;
+    for (std::size_t i = 0; i < std::min(categoryIndices.size(), givenTexts.size()); ++i) {
+        if (categoryIndices[i] == kUnknownCategory) unknown.push_back(givenTexts[i]);
+    }
+    if (unknown.empty()) return;
+    StructuredTable table = Table(name);
+    for (std::size_t i = 0; i < unknown.size(); ++i) table.Row(SizeToString(i), unknown[i]);
 }
 
 ResultElement::ResultElement(std::string_view testName, ResultType type, TestFamily family, Decision decision)

@@ -60,6 +60,10 @@ class StructuredTable {
     void Row(std::string_view name, bool value) = delete;  // a truth value goes through BoolToString
 
     StructuredTable Table(std::string_view name) { return StructuredTable(*element_, name); }
+    /// The table of the categories that settings gave and the field doesn't know, those of index -1: a row per text,
+    /// named by its position among them. No table if there is none.
+    void AddUnknownCategories(std::string_view name, const std::vector<double>& categoryIndices,
+                              const std::vector<std::string>& givenTexts);
     void Add(std::unique_ptr<QKXML::XMLElement> child) { element_->AddChild(std::move(child)); }
 
  private:

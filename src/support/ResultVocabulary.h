@@ -35,6 +35,11 @@ inline constexpr const char* kContinuousDistribution = "ContinuousDistribution";
 inline constexpr const char* kCategoricalDistribution = "CategoricalDistribution";
 inline constexpr const char* kInterval = "Interval";
 inline constexpr const char* kUnknownCategories = "ValsNotInTheCategoreis";
+inline constexpr const char* kUnknownRowCategories = "RowValsNotInTheCategoreis";
+inline constexpr const char* kUnknownColumnCategories = "ColValsNotInTheCategoreis";
+inline constexpr const char* kCategoryFieldsComparison = "CategoryFieldsComparison";
+inline constexpr const char* kContent = "Content";
+inline constexpr const char* kAsymptotic = "Asymptotic";
 }  // namespace TableName
 
 /// Names of rows. A name means the same kind of thing in every test.
@@ -58,6 +63,17 @@ inline constexpr const char* kExactSig1Tailed = "ExactSig1Tailed";
 inline constexpr const char* kNegativeDifferences = "NegativeDifferences";
 inline constexpr const char* kTies = "Ties";
 inline constexpr const char* kPositiveDifferences = "PositiveDifferences";
+
+inline constexpr const char* kRowNames = "RowNames";
+inline constexpr const char* kRowSuccessList = "RowSuccessList";
+inline constexpr const char* kRowFailList = "RowFailList";
+inline constexpr const char* kColumnNames = "ColumnNames";
+inline constexpr const char* kColumnSuccessList = "ColumnSuccessList";
+inline constexpr const char* kColumnFailList = "ColumnFailList";
+
+inline constexpr const char* kEstimate = "Estimate";
+inline constexpr const char* kLower = "Lower";
+inline constexpr const char* kUpper = "Upper";
 
 inline constexpr const char* kMin = "Min";
 inline constexpr const char* kMax = "Max";

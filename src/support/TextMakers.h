@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 /// The text makers: every number of a result document passes through one of them.
 
@@ -14,3 +15,6 @@ std::string SizeToString(std::size_t value);
 std::string DoubleToString(double value);
 /// "true" or "false".
 std::string BoolToString(bool value);
+/// The values of a list joined with ";", without one at the end; empty for an empty list.
+std::string JoinValues(const std::vector<double>& values);
+std::string JoinValues(const std::vector<std::int32_t>& values);

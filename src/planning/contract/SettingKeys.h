@@ -3,14 +3,28 @@
 /// The setting keys that several places write and read. A key of one test stands in that test's source.
 namespace SettingKey {
 
+// Of the execution settings, at the top level.
+inline constexpr const char* kModelId = "TarnTabulonModelID";
+
 // Of a test's entry in the execution settings.
 inline constexpr const char* kVariableName = "variableName";
 inline constexpr const char* kOriginVariableName = "originVariableName";
+inline constexpr const char* kClassFormation = "classFormation";
 
 // Written by plan builders into a test's own settings.
 inline constexpr const char* kSigLevel = "sigLevel";
 inline constexpr const char* kConfidenceLevel = "confidenceLevel";
 inline constexpr const char* kWeightVariableIndex = "weightVariableIndex";
 inline constexpr const char* kVariableIndex = "variableIndex";
+inline constexpr const char* kVariablePairFirstIndex = "variablePairFirstIndex";
+inline constexpr const char* kVariablePairSecondIndex = "variablePairSecondIndex";
+inline constexpr const char* kUserSpecifyGroupList = "userSpecifyGroupList";
+inline constexpr const char* kSuccessCategoryListNum = "successCategoryListNum";
+inline constexpr const char* kSuccessCategoryListStr = "successCategoryListStr";
 
 }  // namespace SettingKey
+
+/// Values of "classFormation".
+namespace ClassFormation {
+inline constexpr const char* kGivenCategoryList = "givenCategoryList";
+}  // namespace ClassFormation

@@ -31,7 +31,8 @@ class TARNPlan {
 
     /// Gives a test to the worker that reads the records in file order.
     virtual void AddToMainWorker(std::unique_ptr<TARNTest> test) = 0;
-    /// Gives a test to the worker that reads the records sorted by `field`. Under an error status a new worker reads
-    /// them in file order; failed tests share it.
+    /// Gives a test to the worker that reads the records sorted by `field`. If there is none, one is made, which under
+    /// an error status reads them in file order and counts as sorted by -1: tests that failed without a field share
+    /// one worker.
     virtual void AddSortedTest(std::unique_ptr<TARNTest> test, int field, const QKStatus& status) = 0;
 };

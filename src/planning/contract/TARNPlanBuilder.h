@@ -38,21 +38,22 @@ class TARNPlanBuilder {
     /// that the document can show them. Unknown names are passed over.
     void RequestOriginFrequencies();
 
-    /// Makes the test over its settings and gives it to the worker in file order.
-    template <typename Test>
-    void AddToMainWorker() {
-        plan_.AddToMainWorker(MakeTest<Test>());
+    /// Makes the test over its settings, and over what else its constructor takes, and gives it to the worker in file
+    /// order.
+    template <typename Test, typename... Arguments>
+    void AddToMainWorker(Arguments&&... arguments) {
+        plan_.AddToMainWorker(MakeTest<Test>(std::forward<Arguments>(arguments)...));
     }
     /// The same for the worker sorted by `field`.
-    template <typename Test>
-    void AddToSortedWorker(int field) {
-        plan_.AddSortedTest(MakeTest<Test>(), field, status);
+    template <typename Test, typename... Arguments>
+    void AddToSortedWorker(int field, Arguments&&... arguments) {
+        plan_.AddSortedTest(MakeTest<Test>(std::forward<Arguments>(arguments)...), field, status);
     }
 
  private:
-    template <typename Test>
-    std::unique_ptr<TARNTest> MakeTest() {
-        auto test = std::make_unique<Test>(std::move(settings));
+    template <typename Test, typename... Arguments>
+    std::unique_ptr<TARNTest> MakeTest(Arguments&&... arguments) {
+        auto test = std::make_unique<Test>(std::move(settings), std::forward<Arguments>(arguments)...);
         if (!IsOK()) test->AddMessage(TestMessage{status, MessageKind::kError, parameters, {}});
         return test;
     }

@@ -95,13 +95,13 @@ TarnMemoIterator& TarnMemoIterator::operator=(const TarnMemoIterator& other) {
 bool TarnMemoIterator::HasMore() { return index != kPastEnd && index < store->Count(); }
 
 Record* TarnMemoIterator::Next() {
-    if (!HasMore()) return nullptr;
-    current = Record::View(store->ValuesAt(index), store->Width());
-    if (++index >= store->Count()) {
+    const bool hasRecord = HasMore();
+    if (hasRecord) current = Record::View(store->ValuesAt(index++), store->Width());
+    if (!HasMore()) {
         index = kPastEnd;
         state = kStateEnd;
     }
-    return &current;
+    return hasRecord ? &current : nullptr;
 }
 
 int TarnMemoIterator::Rewind() {

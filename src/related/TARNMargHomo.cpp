@@ -1,0 +1,232 @@
+// Marginal homogeneity test on a pair of ordered categorical fields.
+//
+// Question    Do two fields with the same categories have the same distribution?
+// Data        Records that miss neither field of the pair, counted in a square table. Each category has a score: its
+//             value, or its index where categories are texts.
+// Statistic   S = sum of c s_i over the cells beside the diagonal, c the count of row i and column j, s the scores;
+//             expected M = sum of c (s_i + s_j) / 2, variance V = sum of c ((s_i - s_j) / 2)^2; normal approximation.
+// Source      Agresti (1983), Biometrics 39, 505-510; Mehta and Patel (1992), Statistics in Medicine 11, 1457-1476.
+// Degenerate  No case at all: an error. All cases on the diagonal, or scores all equal: z = 0, significance 1.
+
+#include "related/TARNMargHomo.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+
+#include "planning/StatusCodes.h"
+#include "planning/contract/SettingKeys.h"
+#include "planning/contract/TARNPlanBuilder.h"
+#include "platform/common/QKDistFun.h"
+#include "platform/common/Truncation.h"
+#include "support/CaseWeight.h"
+#include "support/Int32.h"
+#include "support/QKUnivariateVariable.h"
+#include "support/ResultElements.h"
+
+namespace {
+
+constexpr const char* kTestName = "RMarginalHomogeneity";
+constexpr const char* kConditionKey = "AllDistinctValuesUsed_R_MarginalHomogeneity_2";
+
+constexpr const char* kScoreList = "scoreList";
+constexpr const char* kNumberOfCategories = "numberOfCategories";
+
+constexpr long kNotAligned = 220006;
+constexpr long kSettingMissing = 221701;
+constexpr long kNamesMissing = 221703;
+constexpr long kCategoriesDiffer = 221709;
+constexpr long kNotCategorical = 221710;
+constexpr long kNotAPair = 221711;
+
+}  // namespace
+
+// ---- Categories ----
+
+QKStatus TARNCategoryTable::AddField(int field) {
+    if (Find(field) != nullptr) return QKStatus();
+    const IQKVariable* variable = varList->GetVarAt(field);
+    if (variable == nullptr || !FieldKind::IsCategorical(variable->GetKind())) return QKStatus(kNotAligned);
+    const bool isFirst = columns.empty();
+    if (isFirst) isText = variable->GetKind() != FieldKind::kNumericCategories;
+
+    Column column{field, {}};
+    const auto count = static_cast<std::size_t>(variable->GetCategoryCount());
+    bool aligned = isFirst || count == columns.front().rowOfCategory.size();
+    if (!aligned) return QKStatus(kNotAligned);
+    for (int category = 0; category < static_cast<int>(count); ++category) {
+        const int row = isFirst ? category : FindRow(*variable, category);
+        aligned = aligned && row >= 0;
+        column.rowOfCategory.push_back(row);
+    }
+    columns.push_back(std::move(column));
+    return aligned ? QKStatus() : QKStatus(kNotAligned);
+}
+
+int TARNCategoryTable::FindRow(const IQKVariable& variable, int category) const {
+    const IQKVariable* first = varList->GetVarAt(columns.front().field);
+    return isText ? first->FindCategory(variable.GetCategoryText(category))
+                  : first->FindCategory(variable.GetCategoryValue(category));
+}
+
+const TARNCategoryTable::Column* TARNCategoryTable::Find(int field) const {
+    const auto found =
+        std::find_if(columns.begin(), columns.end(), [&](const Column& column) { return column.field == field; });
+    return found == columns.end() ? nullptr : &*found;
+}
+
+int TARNCategoryTable::FindAligned(int field, int category) const {
+    const Column* column = Find(field);
+    if (column == nullptr || category < 0) return -1;
+    const auto index = static_cast<std::size_t>(category);
+    return index < column->rowOfCategory.size() ? column->rowOfCategory[index] : -1;
+}
+
+double TARNCategoryTable::ScoreOf(int row) const {
+    if (isText) return row;
+    const bool known = !columns.empty() && row < static_cast<int>(columns.front().rowOfCategory.size());
+    return known ? varList->GetVarAt(columns.front().field)->GetCategoryValue(row) : 0.0;
+}
+
+// ---- Plan ----
+
+namespace {
+
+/// Null if the fields are not there or not categorical; then their indices aren't written either, and the condition
+/// shows none.
+std::unique_ptr<TARNCategoryTable> PlanPair(TARNPlanBuilder& builder, TARNPlan& plan,
+                                            const std::vector<std::string>& names) {
+    const QKVarList& varList = plan.GetVarList();
+    const int pair[] = {varList.FindVariable(names[0]), varList.FindVariable(names[1])};
+    for (const int field : pair) {
+        const IQKVariable* variable = varList.GetVarAt(field);
+        if (variable == nullptr || !FieldKind::IsCategorical(variable->GetKind())) {
+            builder.Fail(kNotCategorical);
+            return nullptr;
+        }
+    }
+    builder.TestSettings().AddSetting(SettingKey::kVariablePairFirstIndex, pair[0]);
+    builder.TestSettings().AddSetting(SettingKey::kVariablePairSecondIndex, pair[1]);
+    auto table = std::make_unique<TARNCategoryTable>(varList);
+    for (const int field : pair) {
+        if (!table->AddField(field).IsError()) continue;
+        builder.Fail(kCategoriesDiffer);
+        return table;
+    }
+    const int categoryCount = varList.GetVarAt(pair[0])->GetCategoryCount();
+    builder.TestSettings().AddSetting(kNumberOfCategories, categoryCount);
+    if (categoryCount == 0) {
+        builder.Fail(kNotCategorical);
+        return table;
+    }
+    for (const int field : pair) plan.Request(field, Statistic::kFrequencies);
+    return table;
+}
+
+}  // namespace
+
+void PlanMargHomo(const QKSettings& entry, TARNPlan& plan) {
+    TARNPlanBuilder builder(entry, plan, CommonSettings::kSigLevel);
+    std::vector<std::string> names;
+    std::unique_ptr<TARNCategoryTable> table;
+    if (!builder.Read(SettingKey::kVariableName, names)) {
+        builder.Fail(kNamesMissing);
+    } else if (names.size() != 2) {
+        builder.Fail(kNotAPair);
+    } else {
+        table = PlanPair(builder, plan, names);
+    }
+    builder.AddToMainWorker<TARNMargHomo>(std::move(table));
+}
+
+// ---- Pass ----
+
+QKStatus TARNMargHomo::BeginPass() {
+    settings->GetSettingValByName(SettingKey::kWeightVariableIndex, weightVariableIndex);
+    settings->GetSettingValByName(SettingKey::kVariablePairFirstIndex, firstVariableIndex);
+    settings->GetSettingValByName(SettingKey::kVariablePairSecondIndex, secondVariableIndex);
+    if (status.IsError()) return status;
+    if (!settings->GetSettingValByName(SettingKey::kSigLevel, sigLevel) || !ReadScores()) {
+        AddStatusMessage(QKStatus(kSettingMissing), MessageKind::kError);
+        return status;
+    }
+    cells.assign(scores.size(), std::vector<std::int32_t>(scores.size()));
+    passesRemaining = 1;
+    return status;
+}
+
+/// False if there are none and nothing to make them from.
+bool TARNMargHomo::ReadScores() {
+    if (settings->GetSettingValByName(kScoreList, scores)) return true;
+    int categoryCount = 0;
+    if (!settings->GetSettingValByName(kNumberOfCategories, categoryCount) || categoryTable == nullptr) return false;
+    for (int category = 0; category < categoryCount; ++category) scores.push_back(categoryTable->ScoreOf(category));
+    return true;
+}
+
+void TARNMargHomo::GetUsedVariables(std::vector<int>& fieldIndices) {
+    fieldIndices.push_back(firstVariableIndex);
+    fieldIndices.push_back(secondVariableIndex);
+}
+
+QKStatus TARNMargHomo::ProcessRecord(Record& record) {
+    if (status.IsError() || categoryTable == nullptr) return status;
+    const auto valueOf = [&](int field) { return TruncateToInt32(record[static_cast<std::size_t>(field)]); };
+    const int row = valueOf(firstVariableIndex);
+    const int column = categoryTable->FindAligned(secondVariableIndex, valueOf(secondVariableIndex));
+    // A category that the fields don't list, or a given list of scores that is too short, has no cell.
+    const auto hasCell = [&](int category) { return category >= 0 && static_cast<std::size_t>(category) < cells.size(); };
+    if (!hasCell(row) || !hasCell(column)) return status;
+    const std::int32_t weight = CaseWeight(record, weightVariableIndex);
+    std::int32_t& cell = cells[static_cast<std::size_t>(row)][static_cast<std::size_t>(column)];
+    cell = Add32(cell, weight);
+    totalN = Add32(totalN, weight);
+    return status;
+}
+
+QKStatus TARNMargHomo::EndPass() {
+    if (totalN < 1) {
+        AddStatusMessage(QKStatus(StatusCode::kNoRecords), MessageKind::kError);
+        return status;
+    }
+    for (std::size_t i = 0; i < cells.size(); ++i) {
+        for (std::size_t j = 0; j < cells.size(); ++j) {
+            if (i == j) continue;
+            const double count = cells[i][j];
+            const double halfDistance = (scores[i] - scores[j]) * 0.5;
+            testStatistic += count * scores[i];
+            expectedStatistic += count * (scores[i] + scores[j]);
+            variance += halfDistance * halfDistance * count;
+        }
+    }
+    expectedStatistic *= 0.5;
+    standardError = std::sqrt(variance);
+    if (variance != 0) standardTestStatistic = (testStatistic - expectedStatistic) / standardError;
+    asymptoticSig = (1 - QKMath::QKDistFun::CdfNorm(std::fabs(standardTestStatistic), 0, 1)) * 2;
+    passesRemaining = 0;
+    return status;
+}
+
+// ---- Element ----
+
+QKXML::XMLElement* TARNMargHomo::MakeResultElement() {
+    ResultElement element(kTestName, ResultType::kHypothesisTest, TestFamily::kRelatedSamples,
+                          Decide(status, sigLevel, asymptoticSig));
+    element.AddCondition(kConditionKey, {IntToString(firstVariableIndex), IntToString(secondVariableIndex)});
+    if (element.EndsWithMessages(messages, status)) return element.Release();
+
+    StructuredTable statistics = element.AddTable(TableName::kStatisticsResult);
+    statistics.Row(RowName::kTotalN, totalN);
+    statistics.Row(RowName::kTestStatistic, testStatistic);
+    statistics.Row(RowName::kStandardError, standardError);
+    statistics.Row(RowName::kStandardTestStatistic, standardTestStatistic);
+    statistics.Row(RowName::kAsymptoticSig2Tailed, asymptoticSig);
+
+    StructuredTable comparison = element.AddTable(TableName::kCategoryFieldsComparison);
+    comparison.Row(RowName::kRowNames, firstVariableIndex);
+    comparison.Row(RowName::kColumnNames, secondVariableIndex);
+    auto content = MakeSimpleTable(TableName::kContent, "", "");
+    for (const std::vector<std::int32_t>& row : cells) content->AddChild(MakeRowElement(JoinValues(row)));
+    comparison.Add(std::move(content));
+    return element.Release();
+}

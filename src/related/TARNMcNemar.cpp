@@ -1,0 +1,282 @@
+// McNemar test on a pair of categorical fields.
+//
+// Question    Do as many cases change from success to failure as the other way?
+// Data        Records that miss neither field of the pair. Success is a list of categories or, without one, the first
+//             field's category in the first record.
+// Statistic   (|a - b| - 1)^2 / (a + b), a and b the numbers of changes: chi-square with one degree of freedom. Beside
+//             it the binomial significance of the smaller one for a + b below 26; it never decides.
+// Source      McNemar (1947), Psychometrika 12, 153-157; continuity correction: Edwards (1948), Psychometrika 13,
+//             185-187.
+// Degenerate  a = b, no change and no case at all included: statistic 0, significance 1.
+
+#include "related/TARNMcNemar.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "planning/contract/SettingKeys.h"
+#include "planning/contract/TARNPlanBuilder.h"
+#include "planning/contract/TARNVariableInfo.h"
+#include "platform/common/QKDistFun.h"
+#include "platform/common/Truncation.h"
+#include "support/CaseWeight.h"
+#include "support/Int32.h"
+#include "support/QKUnivariateVariable.h"
+#include "support/QKVecValue.h"
+#include "support/ResultElements.h"
+#include "support/Significance.h"
+
+namespace {
+
+constexpr const char* kTestName = "RMcNemar";
+constexpr const char* kConditionOfData = "AllDistinctValuesUsed_R_McNemar_2";
+constexpr const char* kConditionOfList = "CategoryListsAreSpecified_R_McNemar_2";
+
+constexpr const char* kCategoriesList = "categoriesList";
+constexpr const char* kSuccessListOriginal = "UserSpecifiedSuccessfulListOriginal";
+constexpr const char* kSuccessListFirst = "UserSpecifiedSuccListVar0";
+constexpr const char* kSuccessListSecond = "UserSpecifiedSuccListVar1";
+constexpr const char* kFailListFirst = "UserSpecifiedFailListVar0";
+constexpr const char* kFailListSecond = "UserSpecifiedFailListVar1";
+
+constexpr long kNamesMissing = 221603;
+constexpr long kBinomialFailed = 221605;
+constexpr long kNoUnivariateResults = 221606;
+constexpr long kCategoriesUnusable = 221609;
+constexpr long kThirdCategory = 221610;
+constexpr long kNoSuccessCategory = 221611;
+constexpr long kExactBesideAsymptotic = 221612;
+constexpr long kNotOfOneCategoricalKind = 221613;
+constexpr long kNotAPair = 221614;
+
+constexpr std::int32_t kDegreesOfFreedom = 1;
+
+/// The statistic from the numbers of changes. Equal ones give 0, where the correction would give 1 / n.
+double ChangeStatistic(std::int32_t a, std::int32_t b) {
+    if (a == b) return 0.0;
+    const double excess = std::fabs(static_cast<double>(a) - b) - 1;
+    return excess * excess / Add32(a, b);
+}
+
+/// Twice the lower binomial tail of the smaller number of changes. `err` is that of the binomial function.
+double ExactSignificance(std::int32_t a, std::int32_t b, int& err) {
+    return std::min(2 * QKMath::QKDistFun::CdfBin(std::min(a, b), Add32(a, b), 0.5, err), 1.0);
+}
+
+}  // namespace
+
+// ---- Plan ----
+
+namespace {
+
+/// Writes the success categories as the settings gave them, and as what they are to each field of the pair.
+template <typename Value>
+void WriteSuccessList(const char* listKey, const std::vector<Value>& list, int first, int second,
+                      const QKVarList& varList, QKSettings& settings) {
+    const TARNVariableInfo info(varList);
+    const std::vector<double> ofFirst = info.MapCategories(first, list);
+    const std::vector<double> ofSecond = info.MapCategories(second, list);
+    AddVecSetting(settings, listKey, list, false);
+    AddVecSetting(settings, kSuccessListFirst, ofFirst, false);
+    AddVecSetting(settings, kSuccessListSecond, ofSecond, false);
+    AddVecSetting(settings, kFailListFirst, info.CategoriesNotIn(first, ofFirst), false);
+    AddVecSetting(settings, kFailListSecond, info.CategoriesNotIn(second, ofSecond), false);
+}
+
+void PlanSuccessList(TARNPlanBuilder& builder, const QKVarList& varList, int first, int second) {
+    std::vector<std::string> texts;
+    builder.Read(kCategoriesList, texts);
+    if (texts.empty()) {
+        builder.Fail(kNoSuccessCategory);
+        return;
+    }
+    QKSettings& settings = builder.TestSettings();
+    AddVecSetting(settings, kSuccessListOriginal, texts, false);
+    if (varList.GetVarAt(first)->GetKind() == FieldKind::kNumericCategories) {
+        std::vector<double> values;
+        builder.Read(kCategoriesList, values);
+        WriteSuccessList(SettingKey::kSuccessCategoryListNum, values, first, second, varList, settings);
+    } else {
+        WriteSuccessList(SettingKey::kSuccessCategoryListStr, texts, first, second, varList, settings);
+    }
+    settings.AddSetting(SettingKey::kUserSpecifyGroupList, true);
+}
+
+void PlanPair(TARNPlanBuilder& builder, TARNPlan& plan, const std::vector<std::string>& names) {
+    const QKVarList& varList = plan.GetVarList();
+    const int first = varList.FindVariable(names[0]);
+    const int second = varList.FindVariable(names[1]);
+    // Written for a failed pair as well, so that its condition can show what was found.
+    builder.TestSettings().AddSetting(SettingKey::kVariablePairFirstIndex, first);
+    builder.TestSettings().AddSetting(SettingKey::kVariablePairSecondIndex, second);
+
+    const IQKVariable* variable = varList.GetVarAt(first);
+    if (variable == nullptr || !FieldKind::IsCategorical(variable->GetKind()) ||
+        !TARNVariableInfo(varList).HaveSameKind(first, second)) {
+        builder.Fail(kNotOfOneCategoricalKind);
+        return;
+    }
+    plan.Request(first, Statistic::kFrequencies);
+    plan.Request(second, Statistic::kFrequencies);
+    std::string formation;
+    if (builder.Read(SettingKey::kClassFormation, formation) && formation == ClassFormation::kGivenCategoryList) {
+        PlanSuccessList(builder, varList, first, second);
+    }
+}
+
+}  // namespace
+
+void PlanMcNemar(const QKSettings& entry, TARNPlan& plan) {
+    TARNPlanBuilder builder(entry, plan, CommonSettings::kSigLevel);
+    std::vector<std::string> names;
+    if (!builder.Read(SettingKey::kVariableName, names)) {
+        builder.Fail(kNamesMissing);
+    } else if (names.size() != 2) {
+        builder.Fail(kNotAPair);
+    } else {
+        PlanPair(builder, plan, names);
+    }
+    builder.AddToMainWorker<TARNMcNemar>(CategoryMatcher(plan.GetVarList()));
+}
+
+// ---- Pass ----
+
+QKStatus TARNMcNemar::BeginPass() {
+    ReadSettings();
+    if (!status.IsError()) PrepareCategories();
+    if (!status.IsError()) passesRemaining = 1;
+    return status;
+}
+
+void TARNMcNemar::ReadSettings() {
+    settings->GetSettingValByName(SettingKey::kWeightVariableIndex, weightVariableIndex);
+    settings->GetSettingValByName(SettingKey::kSigLevel, sigLevel);
+    settings->GetSettingValByName(SettingKey::kVariablePairFirstIndex, firstVariableIndex);
+    settings->GetSettingValByName(SettingKey::kVariablePairSecondIndex, secondVariableIndex);
+    settings->GetSettingValByName(SettingKey::kUserSpecifyGroupList, userSpecifyGroupList);
+    if (!userSpecifyGroupList) return;
+    settings->GetSettingValByName(SettingKey::kSuccessCategoryListNum, successListNum);
+    settings->GetSettingValByName(SettingKey::kSuccessCategoryListStr, successListStr);
+    settings->GetSettingValByName(kSuccessListOriginal, successListOriginal);
+    settings->GetSettingValByName(kSuccessListFirst, successVar0);
+    settings->GetSettingValByName(kSuccessListSecond, successVar1);
+    settings->GetSettingValByName(kFailListFirst, failVar0);
+    // The second field's failures are read under the first field's key; documents depend on it.
+    settings->GetSettingValByName(kFailListFirst, failVar1);
+}
+
+void TARNMcNemar::PrepareCategories() {
+    if (univariateResults == nullptr) {
+        AddStatusMessage(QKStatus(kNoUnivariateResults), MessageKind::kError);
+    } else if (userSpecifyGroupList) {
+        FlagListedCategories();
+    } else {
+        CheckCategoriesOfData();
+    }
+}
+
+void TARNMcNemar::CheckCategoriesOfData() {
+    const auto classes = categories.CheckTwoClasses({firstVariableIndex, secondVariableIndex},
+                                                    {univariateResults->GetCategoryCount(firstVariableIndex),
+                                                     univariateResults->GetCategoryCount(secondVariableIndex)});
+    if (classes == CategoryMatcher::Classes::kUnusable) {
+        AddStatusMessage(QKStatus(kCategoriesUnusable), MessageKind::kError);
+    } else if (classes == CategoryMatcher::Classes::kThirdSingleCategory) {  // two fields have no third one
+        AddStatusMessage(QKStatus(kThirdCategory), MessageKind::kError);
+    }
+}
+
+void TARNMcNemar::FlagListedCategories() {
+    bool anyListed = false;
+    for (const int field : {firstVariableIndex, secondVariableIndex}) {
+        successFlags.push_back(successListNum.empty() ? categories.FlagsOfListed(field, successListStr)
+                                                      : categories.FlagsOfListed(field, successListNum));
+        const std::vector<bool>& flags = successFlags.back();
+        anyListed = anyListed || std::find(flags.begin(), flags.end(), true) != flags.end();
+    }
+    if (!anyListed) AddStatusMessage(QKStatus(kNoSuccessCategory), MessageKind::kError);
+}
+
+/// Whatever the weight of the first record.
+void TARNMcNemar::FlagCategoryOfFirstRecord(int category) {
+    for (const int field : {firstVariableIndex, secondVariableIndex}) {
+        successFlags.push_back(categories.FlagsOfSame(field, firstVariableIndex, category));
+    }
+}
+
+void TARNMcNemar::GetUsedVariables(std::vector<int>& fieldIndices) {
+    fieldIndices.push_back(firstVariableIndex);
+    fieldIndices.push_back(secondVariableIndex);
+}
+
+QKStatus TARNMcNemar::ProcessRecord(Record& record) {
+    if (status.IsError()) return status;
+    const std::int32_t weight = CaseWeight(record, weightVariableIndex);
+    const int first = TruncateToInt32(record[static_cast<std::size_t>(firstVariableIndex)]);
+    const int second = TruncateToInt32(record[static_cast<std::size_t>(secondVariableIndex)]);
+    if (successFlags.empty()) FlagCategoryOfFirstRecord(first);
+
+    const auto isSuccess = [](const std::vector<bool>& flags, int category) {
+        return category >= 0 && static_cast<std::size_t>(category) < flags.size() &&
+               flags[static_cast<std::size_t>(category)];
+    };
+    const bool firstSucceeds = isSuccess(successFlags[0], first);
+    const bool secondSucceeds = isSuccess(successFlags[1], second);
+    std::int32_t& count = firstSucceeds ? (secondSucceeds ? bothSuccessCount : successFailCount)
+                                        : (secondSucceeds ? failSuccessCount : bothFailCount);
+    count = Add32(count, weight);
+    return status;
+}
+
+std::int32_t TARNMcNemar::Discordant() const { return Add32(failSuccessCount, successFailCount); }
+
+QKStatus TARNMcNemar::EndPass() {
+    testStatistic = ChangeStatistic(failSuccessCount, successFailCount);
+    asymptoticSig = std::min(1 - QKMath::QKDistFun::CdfChi(testStatistic, kDegreesOfFreedom), 1.0);
+    if (Discordant() < kExactBelow) {
+        AddStatusMessage(QKStatus(kExactBesideAsymptotic), MessageKind::kHelpMessage);
+        int err = 1;
+        if (failSuccessCount == 0 && successFailCount == 0) {
+            exactSig = 1.0;
+            err = 0;
+        } else {
+            exactSig = ExactSignificance(failSuccessCount, successFailCount, err);
+        }
+        if (err != 0) AddStatusMessage(QKStatus(kBinomialFailed), MessageKind::kError);
+    }
+    passesRemaining = 0;
+    return status;
+}
+
+// ---- Element ----
+
+QKXML::XMLElement* TARNMcNemar::MakeResultElement() {
+    // The asymptotic significance decides, beside a smaller or larger exact one too.
+    ResultElement element(kTestName, ResultType::kHypothesisTest, TestFamily::kRelatedSamples,
+                          Decide(status, sigLevel, asymptoticSig));
+    element.AddCondition(userSpecifyGroupList ? kConditionOfList : kConditionOfData,
+                         {FieldOrMissing(firstVariableIndex), FieldOrMissing(secondVariableIndex)});
+    if (element.EndsWithMessages(messages, status)) return element.Release();
+
+    StructuredTable statistics = element.AddTable(TableName::kStatisticsResult);
+    statistics.Row(RowName::kTotalN, Add32(Discordant(), Add32(bothSuccessCount, bothFailCount)));
+    statistics.Row(RowName::kTestStatistic, testStatistic);
+    statistics.Row(RowName::kDegreeOfFreedom, kDegreesOfFreedom);
+    statistics.Row(RowName::kAsymptoticSig2Tailed, asymptoticSig);
+    if (Discordant() < kExactBelow) statistics.Row(RowName::kExactSig2Tailed, exactSig);
+
+    StructuredTable comparison = element.AddTable(TableName::kCategoryFieldsComparison);
+    comparison.Row(RowName::kRowNames, firstVariableIndex);
+    comparison.Row(RowName::kRowSuccessList, JoinValues(successVar0));
+    comparison.AddUnknownCategories(TableName::kUnknownRowCategories, successVar0, successListOriginal);
+    comparison.Row(RowName::kRowFailList, JoinValues(failVar0));
+    comparison.Row(RowName::kColumnNames, secondVariableIndex);
+    comparison.Row(RowName::kColumnSuccessList, JoinValues(successVar1));
+    comparison.AddUnknownCategories(TableName::kUnknownColumnCategories, successVar1, successListOriginal);
+    comparison.Row(RowName::kColumnFailList, JoinValues(failVar1));
+    auto content = MakeSimpleTable(TableName::kContent, "", "");
+    content->AddChild(MakeRowElement(JoinValues(std::vector{bothSuccessCount, successFailCount})));
+    content->AddChild(MakeRowElement(JoinValues(std::vector{failSuccessCount, bothFailCount})));
+    comparison.Add(std::move(content));
+    return element.Release();
+}

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "planning/contract/TARNPlan.h"
+#include "planning/contract/TARNTest.h"
+#include "platform/common/QKMV.h"
+#include "related/CategoryMatcher.h"
+
+/// The McNemar test of one pair of categorical fields, setting "RMcNemar".
+class TARNMcNemar : public TARNTest {
+ public:
+    /// Reads from its settings "variablePairFirstIndex", "variablePairSecondIndex", "weightVariableIndex", "sigLevel"
+    /// and, with "userSpecifyGroupList", the lists of success categories.
+    TARNMcNemar(std::unique_ptr<QKSettings> testSettings, const CategoryMatcher& fieldCategories)
+        : TARNTest(std::move(testSettings)), categories(fieldCategories) {}
+
+    /// Borrowed; read in `BeginPass`.
+    void SetUnivariateResults(UnivariateResults* results) override { univariateResults = results; }
+    QKStatus BeginPass() override;
+    QKStatus ProcessRecord(Record& record) override;
+    bool NeedsAnotherPass() override { return false; }
+    QKStatus EndPass() override;
+    void GetUsedVariables(std::vector<int>& fieldIndices) override;
+    QKXML::XMLElement* MakeResultElement() override;
+
+ private:
+    void ReadSettings();
+    void PrepareCategories();
+    void CheckCategoriesOfData();
+    void FlagListedCategories();
+    void FlagCategoryOfFirstRecord(int category);
+    std::int32_t Discordant() const;
+
+    bool userSpecifyGroupList = false;
+    std::vector<double> successListNum;
+    std::vector<std::string> successListStr;
+    std::vector<std::string> successListOriginal;
+    std::vector<double> successVar0;
+    std::vector<double> successVar1;
+    std::vector<double> failVar0;
+    std::vector<double> failVar1;
+    /// Per field of the pair a bit per category: it is a success. Empty until the classes are known.
+    std::vector<std::vector<bool>> successFlags;
+    int weightVariableIndex = -1;
+    int firstVariableIndex = -1;
+    int secondVariableIndex = -1;
+    double sigLevel = 0.05;
+    std::int32_t failSuccessCount = 0;
+    std::int32_t successFailCount = 0;
+    std::int32_t bothSuccessCount = 0;
+    std::int32_t bothFailCount = 0;
+    double asymptoticSig = 0;
+    double testStatistic = QKMV::Missing();
+    double exactSig = 0;
+    UnivariateResults* univariateResults = nullptr;
+    CategoryMatcher categories;
+};
+
+/// The plan builder of "RMcNemar". Keys: "variableName", the two fields; "classFormation", and with its value
+/// "givenCategoryList" "categoriesList", the success categories.
+void PlanMcNemar(const QKSettings& entry, TARNPlan& plan);

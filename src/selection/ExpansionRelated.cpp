@@ -1,0 +1,180 @@
+// The related family of the settings expansion: one entry of a test takes several fields at once.
+
+#include <algorithm>
+
+#include "planning/contract/SettingKeys.h"
+#include "selection/EntryVocabulary.h"
+#include "selection/RequestKeys.h"
+#include "selection/TARNAutoSelect.h"
+#include "selection/TARNSettingsExpansion.h"
+#include "support/QKVecValue.h"
+
+namespace {
+
+constexpr long kContinuousNotUsed = 220014;
+constexpr long kOrdinalNotUsed = 220015;
+constexpr long kNominalNotUsed = 220016;
+constexpr long kContinuousMismatch = 220017;
+constexpr long kOrdinalMismatch = 220018;
+constexpr long kNominalMismatch = 220019;
+constexpr long kTestsWithoutFields = 220020;
+
+constexpr std::size_t kPairSize = 2;
+
+/// What a test works on: the continuous fields behind the encoded ordinal ones, the ordinal fields and then the
+/// nominal ones, or the ordinal fields alone.
+enum class Group { kContinuous, kCategorical, kOrdinal };
+enum class Size { kPair, kPairOrMore };
+
+}  // namespace
+
+struct TARNSettingsExpansion::RelatedTest {
+    const char* name;
+    Group group;
+    Size size;
+    const char* categoriesKey;  // of a test of categories, else null
+    bool hasMultipleComparison;
+
+    bool Fits(const std::vector<std::string>& fields) const {
+        return size == Size::kPair ? fields.size() == kPairSize : fields.size() >= kPairSize;
+    }
+};
+
+/// Null for a name that is none of the family's tests.
+const TARNSettingsExpansion::RelatedTest* TARNSettingsExpansion::FindRelatedTest(const std::string& name) {
+    static constexpr RelatedTest kTests[] = {
+        {TestName::kSign, Group::kContinuous, Size::kPair, nullptr, false},
+        {TestName::kWilcoxonPairs, Group::kContinuous, Size::kPair, nullptr, false},
+        {TestName::kHodgesLehmannPairs, Group::kContinuous, Size::kPair, nullptr, false},
+        {TestName::kFriedman, Group::kContinuous, Size::kPairOrMore, nullptr, true},
+        {TestName::kKendall, Group::kContinuous, Size::kPairOrMore, nullptr, true},
+        {TestName::kMcNemar, Group::kCategorical, Size::kPair, EntryKey::kCategoriesList, false},
+        {TestName::kCochransQ, Group::kCategorical, Size::kPairOrMore, EntryKey::kSuccessCategoryList, true},
+        {TestName::kMarginalHomogeneity, Group::kOrdinal, Size::kPair, nullptr, false},
+    };
+    const auto* found =
+        std::find_if(std::begin(kTests), std::end(kTests), [&](const RelatedTest& row) { return row.name == name; });
+    return found == std::end(kTests) ? nullptr : found;
+}
+
+// ---- Fields ----
+
+void TARNSettingsExpansion::SplitRelatedFields() {
+    relatedContinuous.clear();
+    relatedOrdinal.clear();
+    relatedNominal.clear();
+    for (const std::string& field : relatedFields) {
+        const int kind = KindOf(field);
+        if (kind == FieldKind::kContinuous) relatedContinuous.push_back(field);
+        if (FieldKind::IsCategorical(kind)) (IsOrdinal(field) ? relatedOrdinal : relatedNominal).push_back(field);
+    }
+}
+
+/// The encoded names stand in front, whatever the order in the request. An ordinal field without one takes no part.
+std::vector<std::string> TARNSettingsExpansion::ContinuousGroup() const {
+    std::vector<std::string> fields;
+    for (const std::string& field : relatedOrdinal) {
+        if (const std::string* encodedName = FindEncodedName(field)) fields.push_back(*encodedName);
+    }
+    fields.insert(fields.end(), relatedContinuous.begin(), relatedContinuous.end());
+    return fields;
+}
+
+// ---- Walk ----
+
+void TARNSettingsExpansion::ExpandRelated(std::size_t& position) {
+    if (relatedFields.empty()) return;
+    if (SelectsAutomatically(RequestKey::kIsAutomaticallyRelated, isAutomaticallyRelated, FamilyName::kRelatedSamples,
+                             relatedFields, "")) {
+        return;
+    }
+    // As in the one-sample family, a request that ends with the tests gets no warning.
+    if (WalkTests(position, [this](const std::string& name) { return ExpandRelatedTest(name); })) WarnOfRelated();
+}
+
+/// False for a name that is none of the family's tests.
+bool TARNSettingsExpansion::ExpandRelatedTest(const std::string& name) {
+    const RelatedTest* row = FindRelatedTest(name);
+    if (row == nullptr) return false;
+    const RequestedTest test(*modelSettings, name);
+    if (!test.IsSelected()) return true;
+
+    // Every test asks for the ordinal fields, in one form or the other.
+    ordinalUsed = true;
+    switch (row->group) {
+        case Group::kContinuous:
+            continuousUsed = true;
+            ExpandOver(ContinuousGroup(), *row, test, relatedContinuousMismatch);
+            break;
+        case Group::kCategorical:
+            nominalUsed = true;
+            ExpandCategoricalGroup(*row, test);
+            break;
+        case Group::kOrdinal:
+            ExpandOver(relatedOrdinal, *row, test, relatedOrdinalMismatch);
+            break;
+    }
+    return true;
+}
+
+// ---- Tests ----
+
+/// One entry over all the fields.
+void TARNSettingsExpansion::ExpandOver(const std::vector<std::string>& fields, const RelatedTest& row,
+                                       const RequestedTest& test, std::vector<std::string>& mismatch) {
+    if (fields.empty()) {
+        relatedTestsWithoutFields.push_back(test.NameInWarnings());
+        return;
+    }
+    if (!row.Fits(fields)) {
+        mismatch.push_back(test.NameInWarnings());
+        return;
+    }
+    QKSettings entry = BeginEntry(test.Name(), fields);
+    std::vector<std::string> origins;
+    for (const std::string& field : fields) {
+        if (const std::string* origin = FindOrigin(field)) origins.push_back(*origin);
+    }
+    if (!origins.empty()) AddVecSetting(entry, SettingKey::kOriginVariableName, origins, false);
+    if (row.hasMultipleComparison) test.CopyText(EntryKey::kMultipleComparison, entry);
+    executionSettings->AddSetting(test.Name(), entry);
+}
+
+/// Runs a test up to twice: over the ordinal fields and over the nominal ones.
+void TARNSettingsExpansion::ExpandCategoricalGroup(const RelatedTest& row, const RequestedTest& test) {
+    if (relatedOrdinal.empty() && relatedNominal.empty()) {
+        relatedTestsWithoutFields.push_back(test.NameInWarnings());
+        return;
+    }
+    ExpandOverCategories(relatedOrdinal, row, test, relatedOrdinalMismatch);
+    ExpandOverCategories(relatedNominal, row, test, relatedNominalMismatch);
+}
+
+void TARNSettingsExpansion::ExpandOverCategories(const std::vector<std::string>& fields, const RelatedTest& row,
+                                                 const RequestedTest& test, std::vector<std::string>& mismatch) {
+    if (fields.empty()) return;
+    if (!row.Fits(fields)) {
+        mismatch.push_back(test.NameInWarnings());
+        return;
+    }
+    QKSettings entry = BeginEntry(test.Name(), fields);
+    test.CopyText(SettingKey::kClassFormation, entry);
+    test.CopyTexts(row.categoriesKey, entry);
+    if (row.hasMultipleComparison) test.CopyText(EntryKey::kMultipleComparison, entry);
+    executionSettings->AddSetting(test.Name(), entry);
+}
+
+// ---- Warnings ----
+
+void TARNSettingsExpansion::WarnOfRelated() {
+    if (!relatedTestsWithoutFields.empty()) {
+        WarnOf(kTestsWithoutFields, relatedTestsWithoutFields);
+    } else {
+        if (!continuousUsed) WarnOf(kContinuousNotUsed, relatedContinuous);
+        if (!ordinalUsed) WarnOf(kOrdinalNotUsed, relatedOrdinal);
+        if (!nominalUsed) WarnOf(kNominalNotUsed, relatedNominal);
+    }
+    WarnOf(kContinuousMismatch, relatedContinuousMismatch);
+    WarnOf(kOrdinalMismatch, relatedOrdinalMismatch);
+    WarnOf(kNominalMismatch, relatedNominalMismatch);
+}

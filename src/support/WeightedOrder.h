@@ -1,0 +1,80 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+/// A difference, or a value that differences are made of, with the truncated weight of its record.
+struct WeightedDifference {
+    double difference = 0;
+    std::int32_t weight = 0;
+};
+
+/// Sorts in ascending order. What is no number stands last.
+void SortByValue(std::vector<WeightedDifference>& values);
+/// The same by the absolute value.
+void SortByAbsoluteValue(std::vector<WeightedDifference>& values);
+
+/// Order statistics of a list of weighted values that is too long to be made. It is defined as sorted in ascending
+/// order, of equal values those without weight in front, with the running sum of its weights; but a derived class only
+/// answers how much weight lies up to a bound. A value at a position is then found by bisection over the doubles, 64
+/// questions at most, and is one of the list to the last bit.
+///
+/// Weights are not negative. Where they are (an impossible weight of a record), the value is one at which the running
+/// sum reaches the position from below, though not always the first one.
+class WeightedOrder {
+ public:
+    /// Products of two weights, summed over a square of records, don't fit into 64 bits in every case.
+    __extension__ using Weight = __int128;
+
+    virtual ~WeightedOrder() = default;
+
+    /// The first value whose running weight reaches a whole-numbered position. A position from the total weight on
+    /// gives the last value of the list, one from 0 down the first, and these two may be values without weight.
+    double At(double position) const;
+
+    /// The value in the middle of the weight; with an even total whose half is just reached by a value, the mean of
+    /// it and of the next one in the list, which may be a value without weight.
+    double Median() const;
+
+ protected:
+    virtual double First() const = 0;
+    virtual double Last() const = 0;
+    virtual Weight TotalWeight() const = 0;
+    /// Sum of the weights of all values that are not above the bound.
+    virtual Weight WeightUpTo(double bound) const = 0;
+    /// The first value above the bound; the last of all if there is none.
+    virtual double NextAbove(double bound) const = 0;
+
+ private:
+    double Reaching(Weight position) const;
+};
+
+/// The means (d_j + d_i) / 2 of all pairs i <= j of m values, the averages of Walsh. A pair has the product of its
+/// weights; a value with itself has w (w + 1) / 2, so that a weight of w counts as w equal values.
+///
+/// In sorted order the averages ascend along each row and each column of their triangle, rounding included. The weight
+/// up to a bound is therefore known after one walk along a staircase of at most 2 m steps.
+///
+/// Source: Walsh (1949), Annals of Mathematical Statistics 20, 64-81; the walk: Johnson and Mizoguchi (1978), SIAM
+/// Journal on Computing 7, 147-153.
+class WalshAverages : public WeightedOrder {
+ public:
+    /// At least one value.
+    explicit WalshAverages(std::vector<WeightedDifference> values);
+
+ protected:
+    double First() const override { return Average(0, 0); }
+    double Last() const override { return Average(values.size() - 1, values.size() - 1); }
+    Weight TotalWeight() const override { return totalWeight; }
+    Weight WeightUpTo(double bound) const override;
+    double NextAbove(double bound) const override;
+
+ private:
+    double Average(std::size_t i, std::size_t j) const { return (values[j].difference + values[i].difference) * 0.5; }
+    Weight RowWeight(std::size_t row, std::size_t end) const;
+
+    std::vector<WeightedDifference> values;
+    std::vector<std::int64_t> weightBefore;  // of the values in front of a position, m + 1 entries
+    Weight totalWeight = 0;
+};
