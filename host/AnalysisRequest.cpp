@@ -76,9 +76,12 @@ class Builder {
 
     bool IsAsked(TestFamily family) const {
         switch (family) {
-            case TestFamily::kOneSample: return !options_.oneSample.empty();
-            case TestFamily::kRelated: return !options_.related.empty();
-            case TestFamily::kIndependent: return !options_.independent.empty();
+            case TestFamily::kOneSample:
+                return !options_.oneSample.empty();
+            case TestFamily::kRelated:
+                return !options_.related.empty();
+            case TestFamily::kIndependent:
+                return !options_.independent.empty();
         }
         return false;
     }
@@ -250,7 +253,9 @@ class Builder {
 
 }  // namespace
 
-Json BuildRequest(const AnalysisOptions& options, const Table& table) { return Builder(options, table).Build(); }
+Json BuildRequest(const AnalysisOptions& options, const Table& table) {
+    return Builder(options, table).Build();
+}
 
 std::optional<double> MedianOf(const Table& table, int column, const std::vector<int>& fields, bool listwise) {
     struct Weighted {

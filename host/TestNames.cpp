@@ -30,7 +30,8 @@ constexpr std::array kNames{
     TestName{kIndependent, "kolmogorov-smirnov", "IKolmogorovSmirnov", "do two groups follow one distribution?"},
     TestName{kIndependent, "wald-wolfowitz", "IWaldWolfowitzRuns", "are two groups mixed at random?"},
     TestName{kIndependent, "moses", "IMoses", "do two groups reach equally far to the extremes?"},
-    TestName{kIndependent, "hodges-lehmann", "IHodgesLehmannEstimateIndependent", "how large is the shift of two groups?"},
+    TestName{kIndependent, "hodges-lehmann", "IHodgesLehmannEstimateIndependent",
+             "how large is the shift of two groups?"},
     TestName{kIndependent, "kruskal-wallis", "IKruskalWallis", "are several groups distributed alike?"},
     TestName{kIndependent, "jonckheere", "IJonckheereTerpstra", "do values rise with the order of the groups?"},
     TestName{kIndependent, "median", "IKMedian", "do several groups have one median?"},
@@ -53,21 +54,25 @@ std::size_t EditDistance(std::string_view a, std::string_view b) {
 
 }  // namespace
 
-std::span<const TestName> TestNames() { return kNames; }
+std::span<const TestName> TestNames() {
+    return kNames;
+}
 
 std::string_view FamilyTitle(TestFamily family) {
     switch (family) {
-        case kOneSample: return "One sample";
-        case kRelated: return "Related samples";
-        case kIndependent: return "Independent samples";
+        case kOneSample:
+            return "One sample";
+        case kRelated:
+            return "Related samples";
+        case kIndependent:
+            return "Independent samples";
     }
     return "";
 }
 
 const TestName* FindTestName(TestFamily family, std::string_view name) {
-    const auto found = std::find_if(kNames.begin(), kNames.end(), [&](const TestName& test) {
-        return test.family == family && test.name == name;
-    });
+    const auto found = std::find_if(kNames.begin(), kNames.end(),
+                                    [&](const TestName& test) { return test.family == family && test.name == name; });
     return found == kNames.end() ? nullptr : &*found;
 }
 

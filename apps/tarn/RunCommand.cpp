@@ -9,13 +9,10 @@
 #include "apps/tarn/ProgressBar.h"
 #include "apps/tarn/RequestRun.h"
 #include "host/ByteSource.h"
-#include "host/FieldDescriptor.h"
 #include "host/InputError.h"
 #include "host/JsonDocument.h"
 #include "host/ResultSummary.h"
 #include "host/SettingsDocument.h"
-#include "host/TableLoader.h"
-#include "host/WholeFile.h"
 
 namespace tarn {
 
@@ -27,24 +24,6 @@ constexpr const char* kRequestCaseId = "caseIDField";
 constexpr const char* kUserMissing = "userMissing";
 constexpr const char* kExclude = "exclude";
 
-TableDescriptor LoadDescriptor(const std::string& path) {
-    if (path.empty()) return TableDescriptor();
-    ByteSource source(path);
-    return ReadTableDescriptor(source);
-}
-
-Table LoadData(const RunOptions& options, bool excludeUserMissing) {
-    const TableDescriptor descriptor = LoadDescriptor(options.fieldsPath);
-    LoadOptions load;
-    load.excludeUserMissing = excludeUserMissing;
-    load.nominal = options.nominal;
-    load.ordinal = options.ordinal;
-    load.continuous = options.continuous;
-    load.weightField = options.weightField;
-    ByteSource source(options.dataPath);
-    return LoadTable(source, descriptor, load);
-}
-
 RunOutcome RunPlanFile(const RunOptions& options, Interrupt& interrupt) {
     ByteSource source(options.planPath);
     PlanSettings plan = ReadPlan(source);
@@ -52,8 +31,8 @@ RunOutcome RunPlanFile(const RunOptions& options, Interrupt& interrupt) {
         plan.settings.RemoveSetting(kPlanCaseId, true);
         plan.settings.AddSetting(kPlanCaseId, *options.caseIdField);
     }
-    Table table = LoadData(options, true);
-    ProgressBar progress(!options.quiet);
+    Table table = LoadTableOf(options.table, true);
+    ProgressBar progress(!options.output.quiet);
     return RunPlan(plan, table, interrupt, progress);
 }
 
@@ -64,18 +43,9 @@ RunOutcome RunSettingsFile(const RunOptions& options, Interrupt& interrupt) {
     if (options.caseIdField) request[kRequestCaseId] = *options.caseIdField;
     const std::string document = MakeSettingsDocument(request, source.Name());
     const auto userMissing = request.find(kUserMissing);
-    const Table table = LoadData(options, userMissing != request.end() && *userMissing == kExclude);
-    ProgressBar progress(!options.quiet);
+    const Table table = LoadTableOf(options.table, userMissing != request.end() && *userMissing == kExclude);
+    ProgressBar progress(!options.output.quiet);
     return RunRequest(document, table, interrupt, progress);
-}
-
-void StoreDocument(const std::string& document, const std::string& outPath) {
-    if (!outPath.empty()) {
-        WriteWholeFile(outPath, document);
-        return;
-    }
-    std::cout << document << std::flush;
-    if (!std::cout) throw InputError("standard output: can't be written");
 }
 
 }  // namespace
@@ -84,12 +54,14 @@ ExitStatus Run(const RunOptions& options) {
     Interrupt interrupt;  // from the start, so that one that comes while the table is read counts as well
     const RunOutcome outcome =
         options.planPath.empty() ? RunSettingsFile(options, interrupt) : RunPlanFile(options, interrupt);
-    if (outcome.succeeded) StoreDocument(outcome.document, options.outPath);
-    for (const std::string& remark : outcome.remarks) std::cerr << "tarn: " << remark << "\n";
-    if (!outcome.succeeded) return ExitStatus::kRunFailed;
+    const OutputOptions& output = options.output;
+    if (outcome.succeeded) StoreDocument(outcome.document, output.outPath);
+    const ExitStatus status = TellRemarks(outcome);
     // Standard output carries one result: the document, or beside a document in a file the table.
-    if (!options.quiet) (options.outPath.empty() ? std::cerr : std::cout) << SummarizeDocument(outcome.document);
-    return ExitStatus::kDone;
+    if (outcome.succeeded && !output.quiet) {
+        (output.outPath.empty() ? std::cerr : std::cout) << SummarizeDocument(outcome.document);
+    }
+    return status;
 }
 
 }  // namespace tarn

@@ -292,7 +292,7 @@ TEST_P(WrongUsage, IsToldInOneLine) {
 
 INSTANTIATE_TEST_SUITE_P(
     , WrongUsage,
-    testing::Values(BadUsage{"Nothing", {}, "subcommand is required"}, BadUsage{"UnknownCommand", {"ruin"}, "ruin"},
+    testing::Values(BadUsage{"Nothing", {}, "subcommand is required"}, BadUsage{"UnknownCommand", {"ruin"}, "did you mean run?"},
                     BadUsage{"NoData", {"run", "--plan", "p"}, "--data is required"},
                     BadUsage{"NoPlan", {"run", "--data", "d"}, "--plan"},
                     BadUsage{"UnknownOption", {"run", "--data", "d", "--plan", "p", "--quite"}, "--quite"}),

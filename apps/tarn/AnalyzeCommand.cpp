@@ -1,0 +1,48 @@
+#include "apps/tarn/AnalyzeCommand.h"
+
+#include <iostream>
+#include <optional>
+#include <string>
+
+#include "apps/tarn/Interrupt.h"
+#include "apps/tarn/ProgressBar.h"
+#include "apps/tarn/RequestRun.h"
+#include "host/ResultSummary.h"
+#include "host/SettingsDocument.h"
+#include "host/TestNames.h"
+#include "host/TextTable.h"
+
+namespace tarn {
+
+ExitStatus Analyze(const AnalyzeOptions& options) {
+    Interrupt interrupt;
+    const AnalysisOptions& analysis = options.analysis;
+    const auto group = analysis.group.empty() ? std::nullopt : std::optional(analysis.group);
+    const Table table = LoadTableOf(options.table, !analysis.includeUserMissing, group);
+    const std::string request = MakeSettingsDocument(BuildRequest(analysis, table), "request");
+    const RunOutcome outcome = [&] {
+        ProgressBar progress(!options.output.quiet);
+        return RunRequest(request, table, interrupt, progress);
+    }();
+    if (outcome.succeeded && !options.output.outPath.empty()) {
+        StoreDocument(outcome.document, options.output.outPath);
+    }
+    const ExitStatus status = TellRemarks(outcome);
+    if (outcome.succeeded && !options.output.quiet) std::cout << SummarizeDocument(outcome.document);
+    return status;
+}
+
+ExitStatus ListTests() {
+    for (const TestFamily family : {TestFamily::kOneSample, TestFamily::kRelated, TestFamily::kIndependent}) {
+        std::cout << FamilyTitle(family) << "\n";
+        TextTable table({{""}, {""}});
+        for (const TestName& test : TestNames()) {
+            if (test.family == family) table.AddRow({"  " + std::string(test.name), std::string(test.question)});
+        }
+        const std::string text = table.ToText();
+        std::cout << text.substr(text.find('\n') + 1);
+    }
+    return ExitStatus::kDone;
+}
+
+}  // namespace tarn

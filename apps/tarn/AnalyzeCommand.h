@@ -1,0 +1,23 @@
+#pragma once
+
+#include "apps/tarn/Command.h"
+#include "apps/tarn/TableOptions.h"
+#include "host/AnalysisRequest.h"
+
+namespace tarn {
+
+/// What the user typed behind `tarn analyze`.
+struct AnalyzeOptions {
+    TableOptions table;
+    OutputOptions output;
+    AnalysisOptions analysis;
+};
+
+/// `tarn analyze`: builds the request for the user, hands it to the engine as a host does, and tells the result as a
+/// table. Throws an `InputError` for an input that can't be read or a wish that can't be met.
+ExitStatus Analyze(const AnalyzeOptions& options);
+
+/// `tarn tests`: the names of the tests, a line each.
+ExitStatus ListTests();
+
+}  // namespace tarn

@@ -1,0 +1,33 @@
+#include "apps/tarn/TableOptions.h"
+
+#include "host/ByteSource.h"
+#include "host/FieldDescriptor.h"
+#include "host/TableLoader.h"
+
+namespace tarn {
+
+namespace {
+
+TableDescriptor LoadDescriptor(const std::string& path) {
+    if (path.empty()) return TableDescriptor();
+    ByteSource source(path);
+    return ReadTableDescriptor(source);
+}
+
+}  // namespace
+
+Table LoadTableOf(const TableOptions& options, bool excludeUserMissing,
+                  const std::optional<std::string>& nominalByDefault) {
+    const TableDescriptor descriptor = LoadDescriptor(options.fieldsPath);
+    LoadOptions load;
+    load.excludeUserMissing = excludeUserMissing;
+    load.nominal = options.nominal;
+    load.ordinal = options.ordinal;
+    load.continuous = options.continuous;
+    load.weightField = options.weightField;
+    load.nominalByDefault = nominalByDefault;
+    ByteSource source(options.dataPath);
+    return LoadTable(source, descriptor, load);
+}
+
+}  // namespace tarn

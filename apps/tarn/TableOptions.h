@@ -1,0 +1,26 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/Table.h"
+
+namespace tarn {
+
+/// What the user typed about the table, the same for every command that reads one.
+struct TableOptions {
+    std::string dataPath;
+    std::string fieldsPath;  ///< empty: every column is inferred
+    std::optional<std::string> weightField;
+    std::vector<std::string> nominal;
+    std::vector<std::string> ordinal;
+    std::vector<std::string> continuous;
+};
+
+/// Reads the table. `excludeUserMissing`: whether the user-missing values of its fields are missing.
+/// `nominalByDefault`: a field that is nominal unless its level is told. Throws an `InputError`.
+Table LoadTableOf(const TableOptions& options, bool excludeUserMissing,
+                  const std::optional<std::string>& nominalByDefault = std::nullopt);
+
+}  // namespace tarn
