@@ -6,7 +6,6 @@
 
 #include "planning/StatusCodes.h"
 #include "planning/TARNResultWriter.h"
-#include "planning/TARNTestCatalog.h"
 #include "planning/TARNWarning.h"
 #include "planning/TARNWorkerSequence.h"
 #include "planning/contract/SettingKeys.h"
@@ -26,8 +25,8 @@ constexpr const char* kCaseIdName = "caseIDVariableName";
 
 }  // namespace
 
-TARNPlanner::TARNPlanner(QKSettings& executionSettings, QKVarList& fields)
-    : settings(&executionSettings), varList(&fields) {}
+TARNPlanner::TARNPlanner(QKSettings& executionSettings, QKVarList& fields, TestFinder finder)
+    : findTest(finder), settings(&executionSettings), varList(&fields) {}
 
 TARNPlanner::~TARNPlanner() = default;
 
@@ -112,7 +111,7 @@ void TARNPlanner::PlanTests() {
         const QKSetting& setting = settings->GetSettingAt(i);
         if (setting.GetValue().GetKind() != static_cast<int>(SettingKind::kNestedList)) continue;
         ++requested;
-        const TARNTestRow* row = FindTest(setting.GetName());
+        const TARNTestRow* row = findTest(setting.GetName());
         if (row == nullptr || row->plan == nullptr) continue;
         row->plan(static_cast<const QKSettingListValue&>(setting.GetValue()).GetListValue(), *this);
     }

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "planning/TARNTestCatalog.h"
 #include "planning/TARNTestWorker.h"
 #include "planning/contract/TARNPlan.h"
-#include "planning/contract/TARNVariableInfo.h"
 #include "planning/records/InitialDataReader.h"
 #include "planning/records/TARNSortedDataSet.h"
 #include "platform/common/IQKAlgorithm.h"
@@ -24,7 +24,7 @@
 class TARNPlanner : public IQKAlgorithm, private TARNPlan {
  public:
     /// Borrows both until it is destroyed.
-    TARNPlanner(QKSettings& executionSettings, QKVarList& fields);
+    TARNPlanner(QKSettings& executionSettings, QKVarList& fields, TestFinder finder = FindTest);
     ~TARNPlanner() override;
 
     QKStatus Run(RecordIterator& data) override;
@@ -63,6 +63,7 @@ class TARNPlanner : public IQKAlgorithm, private TARNPlan {
 
     TARNTestWorker& SortedWorkerFor(int field, const QKStatus& planStatus);
 
+    TestFinder findTest;
     QKSettings* settings;
     ProgressListener* progressListener = nullptr;
     QKVarList* varList;

@@ -22,3 +22,6 @@ std::span<const TARNTestRow> TestCatalog();
 
 /// The row of a setting name, null for an unknown one. Borrowed for the life of the process.
 const TARNTestRow* FindTest(std::string_view settingName);
+
+/// How a planner finds the test of a setting: `FindTest`, or what stands in for it.
+using TestFinder = const TARNTestRow* (*)(std::string_view settingName);

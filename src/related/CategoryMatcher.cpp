@@ -32,9 +32,8 @@ std::vector<bool> CategoryMatcher::Flags(int field, Test test) const {
 }
 
 std::vector<bool> CategoryMatcher::FlagsOfSame(int field, int otherField, int otherCategory) const {
-    return Flags(field, [&](const IQKVariable&, int category) {
-        return AreSame(field, category, otherField, otherCategory);
-    });
+    return Flags(field,
+                 [&](const IQKVariable&, int category) { return AreSame(field, category, otherField, otherCategory); });
 }
 
 std::vector<bool> CategoryMatcher::FlagsOfListed(int field, const std::vector<double>& values) const {
@@ -67,13 +66,11 @@ CategoryMatcher::Classes CategoryMatcher::CheckTwoClasses(const std::vector<int>
 
 CategoryMatcher::Classes CategoryMatcher::CheckSingleCategories(const std::vector<int>& fields) const {
     const auto isSameAs = [&](int field, int other) { return AreSame(field, 0, other, 0); };
-    const auto second = std::find_if(fields.begin(), fields.end(), [&](int field) {
-        return !isSameAs(field, fields.front());
-    });
+    const auto second =
+        std::find_if(fields.begin(), fields.end(), [&](int field) { return !isSameAs(field, fields.front()); });
     if (second == fields.end()) return Classes::kUnusable;
-    const bool noThird = std::all_of(second, fields.end(), [&](int field) {
-        return isSameAs(field, fields.front()) || isSameAs(field, *second);
-    });
+    const bool noThird = std::all_of(
+        second, fields.end(), [&](int field) { return isSameAs(field, fields.front()) || isSameAs(field, *second); });
     return noThird ? Classes::kTwo : Classes::kThirdSingleCategory;
 }
 

@@ -175,7 +175,9 @@ QKStatus TARNMargHomo::ProcessRecord(Record& record) {
     const int row = valueOf(firstVariableIndex);
     const int column = categoryTable->FindAligned(secondVariableIndex, valueOf(secondVariableIndex));
     // A category that the fields don't list, or a given list of scores that is too short, has no cell.
-    const auto hasCell = [&](int category) { return category >= 0 && static_cast<std::size_t>(category) < cells.size(); };
+    const auto hasCell = [&](int category) {
+        return category >= 0 && static_cast<std::size_t>(category) < cells.size();
+    };
     if (!hasCell(row) || !hasCell(column)) return status;
     const std::int32_t weight = CaseWeight(record, weightVariableIndex);
     std::int32_t& cell = cells[static_cast<std::size_t>(row)][static_cast<std::size_t>(column)];

@@ -228,7 +228,9 @@ QKStatus TARNMcNemar::ProcessRecord(Record& record) {
     return status;
 }
 
-std::int32_t TARNMcNemar::Discordant() const { return Add32(failSuccessCount, successFailCount); }
+std::int32_t TARNMcNemar::Discordant() const {
+    return Add32(failSuccessCount, successFailCount);
+}
 
 QKStatus TARNMcNemar::EndPass() {
     testStatistic = ChangeStatistic(failSuccessCount, successFailCount);

@@ -14,10 +14,14 @@ std::uint64_t OrderKey(double value) {
     const auto bits = std::bit_cast<std::uint64_t>(value);
     return bits & kSignBit ? ~bits : bits | kSignBit;
 }
-double FromOrderKey(std::uint64_t key) { return std::bit_cast<double>(key & kSignBit ? key & ~kSignBit : ~key); }
+double FromOrderKey(std::uint64_t key) {
+    return std::bit_cast<double>(key & kSignBit ? key & ~kSignBit : ~key);
+}
 
 /// An order of all doubles, unlike "<" itself, to which what is no number equals everything.
-bool IsBelow(double a, double b) { return a < b || (std::isnan(b) && !std::isnan(a)); }
+bool IsBelow(double a, double b) {
+    return a < b || (std::isnan(b) && !std::isnan(a));
+}
 
 }  // namespace
 

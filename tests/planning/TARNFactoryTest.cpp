@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <vector>
 
 #include "tests/harness/TestRun.h"
 
@@ -29,7 +30,7 @@ TEST(TARNFactoryTest, MakesAnAlgorithmOfItsOwnForEachCall) {
     const std::unique_ptr<IQKAlgorithm> second(factory.CreateQKAlgorithm(settings, fields.List()));
     ASSERT_NE(first, nullptr);
     ASSERT_NE(second, nullptr);
-    harness::RowStream stream({{1, 2}});
+    harness::RowStream stream(std::vector<std::vector<double>>{{1, 2}});
     EXPECT_TRUE(first->Run(stream).IsOK());
     EXPECT_TRUE(first->IsComplete());
     EXPECT_FALSE(second->IsComplete());
@@ -48,7 +49,7 @@ TEST(TARNFactoryTest, IsCopiedAndAssignedAsAValueAndOutlivedByItsAlgorithm) {
         algorithm.reset(assigned.CreateQKAlgorithm(settings, fields.List()));
     }
     ASSERT_NE(algorithm, nullptr);
-    harness::RowStream stream({{1}});
+    harness::RowStream stream(std::vector<std::vector<double>>{{1}});
     EXPECT_EQ(algorithm->Run(stream), QKStatus(220001));
 }
 

@@ -53,6 +53,8 @@ inline double Number(const harness::Table& table, const std::string& row) {
     return std::strtod(text.c_str(), nullptr);
 }
 
-inline std::vector<std::string> Texts(std::initializer_list<std::string> texts) { return texts; }
+inline std::vector<std::string> Texts(std::initializer_list<std::string> texts) {
+    return texts;
+}
 
 }  // namespace pairs

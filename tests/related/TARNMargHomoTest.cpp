@@ -51,8 +51,12 @@ Table ResultOfNumeric(const std::vector<double>& categories, const std::vector<s
     return Result(fields, RowsOf(counts));
 }
 
-Table Statistics(const Table& test) { return test.Sub("StatisticsResult"); }
-std::vector<std::string> Cells(const Table& test) { return test.Sub("CategoryFieldsComparison").SimpleRows("Content"); }
+Table Statistics(const Table& test) {
+    return test.Sub("StatisticsResult");
+}
+std::vector<std::string> Cells(const Table& test) {
+    return test.Sub("CategoryFieldsComparison").SimpleRows("Content");
+}
 
 struct Moments {
     double mean = 0;
@@ -95,9 +99,8 @@ TEST(MargHomo, GivesTheSumOfScoresBesideTheDiagonal) {
     EXPECT_EQ(test.Sub("Condition").Row("%0"), "0");
     EXPECT_EQ(test.Sub("Condition").Row("%1"), "1");
     const Table statistics = Statistics(test);
-    EXPECT_EQ(statistics.ChildNames(),
-              Texts({"Attribute TotalN", "Attribute TestStatistic", "Attribute StandardError",
-                     "Attribute StandardTestStatistic", "Attribute AsymptoticSig2Tailed"}));
+    EXPECT_EQ(statistics.ChildNames(), Texts({"Attribute TotalN", "Attribute TestStatistic", "Attribute StandardError",
+                                              "Attribute StandardTestStatistic", "Attribute AsymptoticSig2Tailed"}));
     EXPECT_EQ(statistics.Row("TotalN"), "31");
     EXPECT_EQ(statistics.Row("TestStatistic"), "32");  // 3 * 1 + 10 * 2 + 3 * 3
     const Moments moments = MomentsByEnumeration(kCounts, {1, 2, 3});
@@ -160,7 +163,8 @@ TEST(MargHomo, DiagonalCellsCountInTotalNAlone) {
 TEST(MargHomo, SignificanceEqualToTheLevelRetains) {
     Fields fields = Numeric({1, 2});
     const auto decision = [&](double level) {
-        return Result(fields, {{0, 1}, {1, 0}}, Entry({"before", "after"}), {{"sigLevel", level}}).Attribute("decision");
+        return Result(fields, {{0, 1}, {1, 0}}, Entry({"before", "after"}), {{"sigLevel", level}})
+            .Attribute("decision");
     };
     EXPECT_EQ(decision(1.0), "retain");
     EXPECT_EQ(decision(1.5), "reject");

@@ -56,7 +56,9 @@ QKSettings ListEntry(const std::vector<std::string>& names, const std::vector<Va
     return entry;
 }
 
-Table Statistics(const Table& test) { return test.Sub("StatisticsResult"); }
+Table Statistics(const Table& test) {
+    return test.Sub("StatisticsResult");
+}
 std::vector<std::string> Counts(const Table& test) {
     return test.Sub("CategoryFieldsComparison").SimpleRows("Content");
 }
@@ -138,7 +140,8 @@ TEST(McNemar, TwentyFiveChangesShowTheExactRowTwentySixDoNot) {
     const Table exact = ResultOfYesNo(Table2x2(17, 8, 1, 0));
     EXPECT_EQ(MessagesOf(exact), kExactHelp);
     EXPECT_NEAR(Number(Statistics(exact), "TestStatistic"), 2.56, kTolerance);
-    EXPECT_NEAR(Number(Statistics(exact), "AsymptoticSig2Tailed"), 0.10959858339911568, kTolerance);  // chi2.sf(2.56, 1)
+    EXPECT_NEAR(Number(Statistics(exact), "AsymptoticSig2Tailed"), 0.10959858339911568,
+                kTolerance);                                                                     // chi2.sf(2.56, 1)
     EXPECT_NEAR(Number(Statistics(exact), "ExactSig2Tailed"), 0.10775214433670044, kTolerance);  // binomtest(8, 25)
 
     const Table asymptotic = ResultOfYesNo(Table2x2(17, 9, 1, 0));
@@ -352,8 +355,8 @@ TEST(McNemar, FieldsThatAreNotOfOneCategoricalKindGive221613WithTheirIndicesInTh
     Fields fields;
     fields.Text("text", {"1"}).Numeric("number", {1}).Continuous("x").Other("other").Continuous("y");
     const Rows rows{{0, 0, 1, 1, 1}};
-    for (const auto& names : {Texts({"text", "number"}), Texts({"x", "y"}), Texts({"number", "x"}),
-                              Texts({"other", "text"})}) {
+    for (const auto& names :
+         {Texts({"text", "number"}), Texts({"x", "y"}), Texts({"number", "x"}), Texts({"other", "text"})}) {
         EXPECT_EQ(MessagesOf(Result(fields, rows, Entry(names))), Texts({"221613 error"}));
     }
     const Table mixed = Result(fields, rows, Entry({"text", "number"}));

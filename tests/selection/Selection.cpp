@@ -36,25 +36,33 @@ std::string VectorText(const QKSettings& settings, const QKSetting& setting) {
             for (const std::string& text : texts) parts.push_back("'" + text + "'");
             break;
         }
-        default: parts.push_back("a vector of another kind");
+        default:
+            parts.push_back("a vector of another kind");
     }
     return "[" + Joined(parts) + "]";
 }
 
 std::string ScalarText(const IQKSettingValue& value) {
     switch (static_cast<SettingElementKind>(value.GetElementKind())) {
-        case SettingElementKind::kString: return "'" + value.ToString() + "'";
-        case SettingElementKind::kDouble: return NumberText(value.GetNumber());
-        case SettingElementKind::kInt: return "int " + value.ToString();
-        default: return "bool " + value.ToString();
+        case SettingElementKind::kString:
+            return "'" + value.ToString() + "'";
+        case SettingElementKind::kDouble:
+            return NumberText(value.GetNumber());
+        case SettingElementKind::kInt:
+            return "int " + value.ToString();
+        default:
+            return "bool " + value.ToString();
     }
 }
 
 std::string ValueText(const QKSettings& settings, const QKSetting& setting) {
     switch (static_cast<SettingKind>(setting.GetValue().GetKind())) {
-        case SettingKind::kScalar: return ScalarText(setting.GetValue());
-        case SettingKind::kVector: return VectorText(settings, setting);
-        default: return "{" + Describe(dynamic_cast<const QKSettingListValue&>(setting.GetValue()).GetListValue()) + "}";
+        case SettingKind::kScalar:
+            return ScalarText(setting.GetValue());
+        case SettingKind::kVector:
+            return VectorText(settings, setting);
+        default:
+            return "{" + Describe(dynamic_cast<const QKSettingListValue&>(setting.GetValue()).GetListValue()) + "}";
     }
 }
 
@@ -95,7 +103,9 @@ Item Selected(const std::string& test, std::vector<Item> keys) {
     return {test, Tree(keys)};
 }
 
-Item NotSelected(const std::string& test) { return {test, Tree({{"isSelected", false}})}; }
+Item NotSelected(const std::string& test) {
+    return {test, Tree({{"isSelected", false}})};
+}
 
 std::string Describe(const QKSettings& settings) {
     Lines parts;

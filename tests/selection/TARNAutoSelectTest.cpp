@@ -183,7 +183,9 @@ struct PairCheck {
     bool passes;
 };
 
-void PrintTo(const PairCheck& check, std::ostream* out) { *out << check.name; }
+void PrintTo(const PairCheck& check, std::ostream* out) {
+    *out << check.name;
+}
 
 class CommonPair : public testing::TestWithParam<PairCheck> {};
 
@@ -202,29 +204,83 @@ TEST_P(CommonPair, DecidesOverTheTest) {
 using F = harness::Fields;
 
 const PairCheck kPairChecks[] = {
-    {"SameNumbers", [](F& f) -> F& { return f.Numeric("a", {0, 1}).Numeric("b", {0, 1}); }, true},
-    {"SameTexts", [](F& f) -> F& { return f.Text("a", {"y", "n"}).Text("b", {"n", "y"}); }, true},
+    {"SameNumbers",
+     [](F& f) -> F& {
+         return f.Numeric("a", {0, 1}).Numeric("b", {0, 1});
+     },
+     true},
+    {"SameTexts",
+     [](F& f) -> F& {
+         return f.Text("a", {"y", "n"}).Text("b", {"n", "y"});
+     },
+     true},
     {"OneCategoryEach", [](F& f) -> F& { return f.Numeric("a", {0}).Numeric("b", {1}); }, true},
-    {"OneCategoryThenBoth", [](F& f) -> F& { return f.Numeric("a", {0}).Numeric("b", {1, 0}); }, true},
+    {"OneCategoryThenBoth",
+     [](F& f) -> F& {
+         return f.Numeric("a", {0}).Numeric("b", {1, 0});
+     },
+     true},
     {"TheSameSingleCategory", [](F& f) -> F& { return f.Numeric("a", {1}).Numeric("b", {1}); }, false},
-    {"OtherPair", [](F& f) -> F& { return f.Numeric("a", {0, 1}).Numeric("b", {1, 2}); }, false},
-    {"FirstHasThree", [](F& f) -> F& { return f.Numeric("a", {0, 1, 2}).Numeric("b", {0, 1}); }, false},
-    {"SecondHasThree", [](F& f) -> F& { return f.Numeric("a", {0, 1}).Numeric("b", {0, 1, 1}); }, false},
-    {"NumericAndStringTyped", [](F& f) -> F& { return f.Numeric("a", {0, 1}).Text("b", {"0", "1"}); }, false},
-    {"StringAndNumericTyped", [](F& f) -> F& { return f.Text("a", {"0", "1"}).Numeric("b", {0, 1}); }, false},
-    {"ExactEqualityOfNumbers", [](F& f) -> F& { return f.Numeric("a", {0, 0.3}).Numeric("b", {0, 0.1 + 0.2}); }, false},
-    {"ExactEqualityOfTexts", [](F& f) -> F& { return f.Text("a", {"y", "n"}).Text("b", {"y", "N"}); }, false},
+    {"OtherPair",
+     [](F& f) -> F& {
+         return f.Numeric("a", {0, 1}).Numeric("b", {1, 2});
+     },
+     false},
+    {"FirstHasThree",
+     [](F& f) -> F& {
+         return f.Numeric("a", {0, 1, 2}).Numeric("b", {0, 1});
+     },
+     false},
+    {"SecondHasThree",
+     [](F& f) -> F& {
+         return f.Numeric("a", {0, 1}).Numeric("b", {0, 1, 1});
+     },
+     false},
+    {"NumericAndStringTyped",
+     [](F& f) -> F& {
+         return f.Numeric("a", {0, 1}).Text("b", {"0", "1"});
+     },
+     false},
+    {"StringAndNumericTyped",
+     [](F& f) -> F& {
+         return f.Text("a", {"0", "1"}).Numeric("b", {0, 1});
+     },
+     false},
+    {"ExactEqualityOfNumbers",
+     [](F& f) -> F& {
+         return f.Numeric("a", {0, 0.3}).Numeric("b", {0, 0.1 + 0.2});
+     },
+     false},
+    {"ExactEqualityOfTexts",
+     [](F& f) -> F& {
+         return f.Text("a", {"y", "n"}).Text("b", {"y", "N"});
+     },
+     false},
     // The first field's values are taken as they are listed, so a repeated one makes the pair full.
-    {"RepeatedInTheFirst", [](F& f) -> F& { return f.Numeric("a", {1, 1}).Numeric("b", {1}); }, true},
-    {"RepeatedInTheFirstAndAnother", [](F& f) -> F& { return f.Numeric("a", {1, 1}).Numeric("b", {0}); }, false},
-    {"RepeatedInTheSecond", [](F& f) -> F& { return f.Numeric("a", {1}).Numeric("b", {1, 1}); }, false},
+    {"RepeatedInTheFirst",
+     [](F& f) -> F& {
+         return f.Numeric("a", {1, 1}).Numeric("b", {1});
+     },
+     true},
+    {"RepeatedInTheFirstAndAnother",
+     [](F& f) -> F& {
+         return f.Numeric("a", {1, 1}).Numeric("b", {0});
+     },
+     false},
+    {"RepeatedInTheSecond",
+     [](F& f) -> F& {
+         return f.Numeric("a", {1}).Numeric("b", {1, 1});
+     },
+     false},
     // The first category is read of a field without any, too; an unknown one has the empty text.
     {"NoCategoryAndOne", [](F& f) -> F& { return f.Text("a", {}).Text("b", {"y"}); }, true},
     {"NoCategoryAtAll", [](F& f) -> F& { return f.Text("a", {}).Text("b", {}); }, false},
     {"ThreeOfOnePair",
-     [](F& f) -> F& { return f.Numeric("a", {0, 1}).Numeric("b", {1}).Numeric("c", {1, 0}); }, true},
-    {"TheThirdAddsAValue",
-     [](F& f) -> F& { return f.Numeric("a", {0}).Numeric("b", {1}).Numeric("c", {2}); }, false},
+     [](F& f) -> F& {
+         return f.Numeric("a", {0, 1}).Numeric("b", {1}).Numeric("c", {1, 0});
+     },
+     true},
+    {"TheThirdAddsAValue", [](F& f) -> F& { return f.Numeric("a", {0}).Numeric("b", {1}).Numeric("c", {2}); }, false},
 };
 
 INSTANTIATE_TEST_SUITE_P(AutoSelectRelated, CommonPair, testing::ValuesIn(kPairChecks),

@@ -1,0 +1,67 @@
+#include "support/TARNRank.h"
+
+#include <cmath>
+
+#include "platform/common/Truncation.h"
+#include "support/Int32.h"
+
+namespace {
+
+/// An absolute tolerance, whatever the scale of the data, against the value that opened the run: it does not chain.
+constexpr double kTieTolerance = 1e-14;
+
+}  // namespace
+
+QKStatus TARNRank::AddValue(double value, double weight, double group) {
+    const std::int32_t wholeWeight = TruncateToInt32(weight);
+    if (isFirstValue) {
+        isFirstValue = false;
+        currentValue = value;
+        casesBelow = 0;
+        tieWeight = wholeWeight;
+    } else if (std::fabs(value - currentValue) < kTieTolerance) {
+        tieWeight = Add32(tieWeight, wholeWeight);
+    } else {
+        CloseTieRun();
+        currentValue = value;
+        casesBelow = Add32(casesBelow, tieWeight);
+        tieWeight = wholeWeight;
+        pendingGroups.clear();
+        pendingWeights.clear();
+    }
+    pendingGroups.push_back(group);
+    pendingWeights.push_back(weight);
+    return status;
+}
+
+void TARNRank::CloseTieRun() {
+    const double midRank = Add32(tieWeight, 1) * 0.5 + casesBelow;
+    for (std::size_t i = 0; i < pendingGroups.size(); ++i) {
+        GroupRankStats& stats = groupRanks[pendingGroups[i]];
+        if (midRank > stats.maxRank) stats.maxRank = midRank;
+        if (stats.minRank > midRank || stats.minRank < 0.0) stats.minRank = midRank;
+        stats.sumOfRanks += midRank * pendingWeights[i];
+        stats.ranks.emplace_back(midRank, pendingWeights[i]);
+    }
+    if (tieWeight >= 2) ties[currentValue] = tieWeight;
+}
+
+double TARNRank::TieCorrectionSum() const {
+    double sum = 0.0;
+    for (const auto& [value, size] : ties) {
+        const double t = size;
+        sum += t * t * t - t;
+    }
+    return sum;
+}
+
+void TARNRank::Reset() {
+    groupRanks.clear();
+    ties.clear();
+    tieWeight = 0;
+    casesBelow = 0;
+    currentValue = 0;
+    pendingGroups.clear();
+    pendingWeights.clear();
+    isFirstValue = true;
+}

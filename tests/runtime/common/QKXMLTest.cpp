@@ -1,0 +1,218 @@
+#include "platform/common/QKXML.h"
+
+#include <gtest/gtest.h>
+
+#include <clocale>
+#include <limits>
+#include <memory>
+#include <pugixml.hpp>
+#include <sstream>
+#include <string>
+#include <vector>
+
+using QKXML::ReplaceSep;
+using QKXML::XMLElement;
+using QKXML::XMLString;
+
+namespace {
+
+std::string Write(const XMLElement& root, int flag = 0, const char* docType = nullptr) {
+    std::ostringstream out;
+    QKXML::WriteTree(out, docType, &root, flag);
+    return out.str();
+}
+
+/// The attribute value as it stands in the document, between its quotes.
+std::string WrittenAttribute(const std::string& value) {
+    const auto element = XMLElement::Create("e");
+    element->AddAttribute("a", value);
+    const std::string text = Write(*element);
+    const std::size_t first = text.find('"');
+    const std::size_t last = text.rfind('"');
+    return first == last ? text : text.substr(first + 1, last - first - 1);
+}
+
+const std::string kReplacement = "\xEF\xBF\xBD";
+
+}  // namespace
+
+// ---- Numbers ----
+
+TEST(QKXMLTest, ReplaceSepNamesWhatIsNoFiniteNumber) {
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const double infinity = std::numeric_limits<double>::infinity();
+    for (const char* format : {"%.15g", "%f", "%e", "%10.3f"}) {
+        EXPECT_EQ(ReplaceSep(nan, format), "nan");
+        EXPECT_EQ(ReplaceSep(-nan, format), "nan") << "whatever its sign";
+        EXPECT_EQ(ReplaceSep(infinity, format), "inf");
+        EXPECT_EQ(ReplaceSep(-infinity, format), "-inf");
+    }
+}
+
+TEST(QKXMLTest, ReplaceSepFormatsNumbers) {
+    struct Row {
+        double value;
+        const char* format;
+        const char* text;
+    };
+    const std::vector<Row> rows{
+        {0.1, "%.15g", "0.1"},
+        {1.0 / 3, "%.15g", "0.333333333333333"},
+        {-0.0, "%.15g", "-0"},
+        {1e20, "%.15g", "1e+20"},
+        {123456789012345680.0, "%.15g", "1.23456789012346e+17"},
+        {5, "%.15g", "5"},
+        {2.5, "%.3f", "2.500"},
+        {-std::numeric_limits<double>::max(), "%.15g", "-1.79769313486232e+308"},
+        {std::numeric_limits<double>::denorm_min(), "%.15g", "4.94065645841247e-324"},
+    };
+    for (const Row& row : rows) EXPECT_EQ(ReplaceSep(row.value, row.format), row.text);
+}
+
+TEST(QKXMLTest, ReplaceSepWritesTheLongestNumber) {
+    const std::string text = ReplaceSep(-std::numeric_limits<double>::max(), "%f");
+    EXPECT_EQ(text.size(), 1u + 309 + 1 + 6);
+    EXPECT_EQ(text.substr(0, 10), "-179769313");
+    EXPECT_EQ(text.substr(text.size() - 7), ".000000");
+}
+
+TEST(QKXMLTest, ReplaceSepHasAPointInALocaleWithAComma) {
+    const std::string before = std::setlocale(LC_NUMERIC, nullptr);
+    const char* found = nullptr;
+    for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8", "fr_FR.utf8", "nl_NL.UTF-8"}) {
+        if ((found = std::setlocale(LC_NUMERIC, name)) != nullptr) break;
+    }
+    const std::string text = ReplaceSep(-1234.5, "%.15g");
+    std::setlocale(LC_NUMERIC, before.c_str());
+    EXPECT_EQ(text, "-1234.5");
+    if (found == nullptr) GTEST_SKIP() << "no locale with a comma is installed";
+}
+
+// ---- Trees ----
+
+TEST(QKXMLTest, AttributesStandInTheirOrderOfArrivalARepeatedNameIncluded) {
+    const auto element = XMLElement::Create("e");
+    element->AddAttribute("z", "1");
+    element->AddAttribute("a", "2");
+    element->AddAttribute("m", "");
+    EXPECT_EQ(Write(*element), "<e z=\"1\" a=\"2\" m=\"\" />");
+    const std::vector<XMLElement::Attribute> expected{{"z", "1"}, {"a", "2"}, {"m", ""}};
+    EXPECT_EQ(element->GetAttributes(), expected);
+    EXPECT_EQ(element->GetName(), "e");
+}
+
+TEST(QKXMLTest, ChildrenStandInTheirOrderWithoutWhiteSpaceBetween) {
+    const auto root = XMLElement::Create("r");
+    root->AddChild(XMLString::Create("before"));
+    XMLElement& child = root->AddChildElement(XMLElement::Create("c"));
+    child.AddChild(XMLString::Create("in"));
+    child.AddAttribute("late", "x");
+    root->AddChild(XMLElement::Create("d"));
+    root->AddChild(XMLString::Create(" after "));
+    EXPECT_EQ(Write(*root), "<r>before<c late=\"x\">in</c><d /> after </r>");
+    EXPECT_EQ(root->GetChildren().size(), 4u);
+    EXPECT_EQ(root->GetChildren()[0]->AsElement(), nullptr);
+    EXPECT_EQ(root->GetChildren()[1]->AsElement(), &child);
+}
+
+TEST(QKXMLTest, AnEmptyTextLeavesNothing) {
+    const auto root = XMLElement::Create("r");
+    root->AddChild(XMLString::Create(""));
+    EXPECT_EQ(Write(*root), "<r />");
+}
+
+TEST(QKXMLTest, AnElementMayBeSharedByTwoTrees) {
+    const std::shared_ptr<XMLElement> shared = XMLElement::Create("s");
+    const auto second = XMLElement::Create("b");
+    {
+        const auto first = XMLElement::Create("a");
+        first->AddChild(shared);
+        second->AddChild(shared);
+        EXPECT_EQ(Write(*first), "<a><s /></a>");
+    }
+    EXPECT_EQ(Write(*second), "<b><s /></b>");
+}
+
+TEST(QKXMLTest, TheFlagPutsTheDeclarationInFrontAndADocTypeIsDeclaredBehindIt) {
+    const auto root = XMLElement::Create("r");
+    EXPECT_TRUE(Write(*root, 0).starts_with("<r"));
+    const std::string declared = Write(*root, 1);
+    EXPECT_TRUE(declared.starts_with("<?xml version=\"1.0\" encoding=\"UTF-8\"?>"));
+    EXPECT_TRUE(declared.ends_with("<r />"));
+    const std::string typed = Write(*root, 1, "r");
+    const std::size_t declaration = typed.find("<?xml");
+    const std::size_t docType = typed.find("<!DOCTYPE r>");
+    EXPECT_EQ(declaration, 0u);
+    EXPECT_NE(docType, std::string::npos);
+    EXPECT_LT(docType, typed.find("<r />"));
+}
+
+// ---- What stands in a document ----
+
+TEST(QKXMLTest, MarkupIsEscapedAndReadBackAsItWas) {
+    const std::vector<std::string> texts{
+        "a<b & \"c\" > 'd'", "&amp;", "]]>", "<!-- no comment -->", "<?no?>", "\"", "&#65;"};
+    for (const std::string& text : texts) {
+        SCOPED_TRACE(text);
+        const auto root = XMLElement::Create("r");
+        root->AddAttribute("a", text);
+        root->AddChild(XMLString::Create(text));
+        const std::string written = Write(*root);
+        pugi::xml_document document;
+        ASSERT_TRUE(document.load_string(written.c_str())) << written;
+        EXPECT_EQ(document.child("r").attribute("a").value(), text);
+        EXPECT_EQ(document.child("r").child_value(), text);
+        EXPECT_EQ(written.find("]]>"), std::string::npos) << "not allowed in a text";
+    }
+}
+
+TEST(QKXMLTest, ControlCharactersBecomeTheReplacementCharacter) {
+    for (char character = 1; character < 0x20; ++character) {
+        if (character == '\t' || character == '\n' || character == '\r') continue;
+        EXPECT_EQ(WrittenAttribute(std::string("a") + character + "b"), "a" + kReplacement + "b")
+            << static_cast<int>(character);
+    }
+    EXPECT_EQ(WrittenAttribute(std::string("a\0b", 3)), "a" + kReplacement + "b");
+    const auto root = XMLElement::Create("r");
+    root->AddChild(XMLString::Create("x\x01y\x1Fz"));
+    EXPECT_EQ(Write(*root), "<r>x" + kReplacement + "y" + kReplacement + "z</r>");
+}
+
+TEST(QKXMLTest, BrokenUtf8BecomesTheReplacementCharacterAndTheRestStays) {
+    const std::string& r = kReplacement;
+    struct Row {
+        const char* what;
+        std::string text;
+        std::string written;
+    };
+    const std::vector<Row> rows{
+        {"two bytes", "\xC3\xA9", "\xC3\xA9"},
+        {"three bytes", "\xE2\x82\xAC", "\xE2\x82\xAC"},
+        {"four bytes", "\xF0\x9F\x98\x80", "\xF0\x9F\x98\x80"},
+        {"the last code point", "\xF4\x8F\xBF\xBF", "\xF4\x8F\xBF\xBF"},
+        {"a continuation alone", "a\x80z", "a" + r + "z"},
+        {"a lead alone", "a\xC3z", "a" + r + "z"},
+        {"a lead at the end", "a\xC3", "a" + r},
+        {"cut after two of three bytes", "\xE2\x82", r + r},
+        {"overlong two bytes", "\xC0\xAF", r + r},
+        {"overlong three bytes", "\xE0\x80\xAF", r + r + r},
+        {"overlong four bytes", "\xF0\x80\x80\xAF", r + r + r + r},
+        {"a surrogate", "\xED\xA0\x80", r + r + r},
+        {"beyond the last code point", "\xF4\x90\x80\x80", r + r + r + r},
+        {"a byte that UTF-8 never has", "\xFFx\xFE", r + "x" + r},
+        {"U+FFFE is no XML character", "\xEF\xBF\xBE", r + r + r},
+        {"U+FFFD itself", r, r},
+        {"good behind broken", "\xC3\xC3\xA9", r + "\xC3\xA9"},
+    };
+    for (const Row& row : rows) EXPECT_EQ(WrittenAttribute(row.text), row.written) << row.what;
+}
+
+TEST(QKXMLTest, LineEndsAndTabsOfAnAttributeSurviveAReader) {
+    // As plain characters a reader would turn them into blanks.
+    const std::string value = "a\tb\nc\rd";
+    const auto root = XMLElement::Create("r");
+    root->AddAttribute("a", value);
+    pugi::xml_document document;
+    ASSERT_TRUE(document.load_string(Write(*root).c_str()));
+    EXPECT_EQ(document.child("r").attribute("a").value(), value);
+}
