@@ -6,8 +6,8 @@
 
 #include "platform/hx/HXStatus.h"
 
-/// Fetches a text from the host by the rule that stands at `HXHost`: `ask(buffer, size, needed)` is called for the size and then for the
-/// text. No value if a call fails.
+/// Fetches a text from the host by the rule that stands at `HXHost`: `ask(buffer, size, needed)` is called for the size
+/// and then for the text. No value if a call fails.
 template <typename Ask>
 std::optional<std::string> FetchText(Ask ask) {
     std::size_t needed = 0;

@@ -168,6 +168,7 @@ unsigned QKPeer::CollectMsgs(int type, long code, const std::vector<std::string>
     messages_.push_back({type, code, parameters});
     if (context_ == nullptr || context_->TakeMessage == nullptr) return HX_OK;
     std::vector<const char*> texts;
+    texts.reserve(parameters.size());
     for (const std::string& parameter : parameters) texts.push_back(parameter.c_str());
     return CallHost(context_, &HXContext::TakeMessage, type, static_cast<int>(code),
                     static_cast<const char* const*>(texts.data()), texts.size(), errorCode);

@@ -27,7 +27,9 @@ constexpr const char* kRootName = "Tabulon";
 }  // namespace
 
 TARNComponentBuilder::TARNComponentBuilder(HXContext* context, HXHost* host)
-    : QKPeer(context, host), progressListener(std::make_unique<TARNProgressListener>(*this)) {}
+    : QKPeer(context, host),
+      modelSettings(std::make_unique<QKSettings>()),
+      progressListener(std::make_unique<TARNProgressListener>(*this)) {}
 
 TARNComponentBuilder::~TARNComponentBuilder() {
     inputAdapter.reset();
@@ -130,8 +132,6 @@ unsigned TARNComponentBuilder::BuildAlgorithm(IQKFactory& factory, int* errorCod
 }
 
 unsigned TARNComponentBuilder::ExpandSettings(int* errorCode) {
-    // An execution of a component that is not configured has no request, and so no test.
-    if (modelSettings == nullptr) modelSettings = std::make_unique<QKSettings>();
     executionSettings = std::make_unique<QKSettings>();
     TARNSettingsExpansion expansion(modelSettings.get(), &inputAdapter->GetVarList(), executionSettings.get(),
                                     &renamedFields);

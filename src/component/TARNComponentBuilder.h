@@ -50,7 +50,7 @@ class TARNComponentBuilder : public QKPeer {
     unsigned ReportError(long code, int* errorCode, unsigned otherwise);
     unsigned ReportStatus(const QKStatus& status, int* errorCode);
 
-    std::unique_ptr<QKSettings> modelSettings;
+    std::unique_ptr<QKSettings> modelSettings;  // empty until configured, so that there is no test to execute
     std::unique_ptr<QKSettings> executionSettings;
     std::unique_ptr<InputAdapter> inputAdapter;
     std::unique_ptr<IQKAlgorithm> algorithm;

@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <array>
 
+#include "related/TARNHodgesLehmannPairs.h"
 #include "related/TARNMargHomo.h"
 #include "related/TARNMcNemar.h"
 #include "related/TARNSign.h"
+#include "related/TARNWilcoxonPairs.h"
 
 namespace {
 
@@ -21,7 +23,7 @@ constexpr std::array kCatalog{
     TARNTestRow{"IMannWhitneyU", kNotBuiltYet},
     TARNTestRow{"OWilcoxonSignedRanks", kNotBuiltYet},
     TARNTestRow{"RSign", PlanSign},
-    TARNTestRow{"RWilcoxonSignedRanks", kNotBuiltYet},
+    TARNTestRow{"RWilcoxonSignedRanks", PlanWilcoxonPairs},
     TARNTestRow{"IMoses", kNotBuiltYet},
     TARNTestRow{"RCochransQ", kNotBuiltYet},
     TARNTestRow{"OBinomial", kNotBuiltYet},
@@ -35,7 +37,7 @@ constexpr std::array kCatalog{
     TARNTestRow{"IKruskalWallis", kNotBuiltYet},
     TARNTestRow{"IJonckheereTerpstra", kNotBuiltYet},
     TARNTestRow{"IMedian", kNotBuiltYet},
-    TARNTestRow{"RHodgesLehmannEstimatePairs", kNotBuiltYet},
+    TARNTestRow{"RHodgesLehmannEstimatePairs", PlanHodgesLehmannPairs},
     TARNTestRow{"IHodgesLehmannEstimateGroups", kNotBuiltYet},
 };
 

@@ -118,12 +118,7 @@ void TARNSign::BeginCounting() {
 
 /// A test that its plan builder failed comes through here as well and may show a second error beside the first.
 void TARNSign::ReadSettings() {
-    std::vector<int> pair;
-    settings->GetSettingValByName(SettingKey::kVariableIndex, pair);
-    if (pair.size() == kPairSize) {
-        firstVariableIndex = pair[0];
-        secondVariableIndex = pair[1];
-    } else {
+    if (!ReadPair(*settings, firstVariableIndex, secondVariableIndex)) {
         AddStatusMessage(QKStatus(kNotAPair), MessageKind::kError);
     }
     settings->GetSettingValByName(SettingKey::kWeightVariableIndex, weightVariableIndex);
@@ -195,14 +190,8 @@ QKXML::XMLElement* TARNSign::MakeResultElement() {
     element.AddCondition(kConditionKey, {FieldOrMissing(firstVariableIndex), FieldOrMissing(secondVariableIndex)});
     if (element.EndsWithMessages(messages, status)) return element.Release();
 
-    StructuredTable distribution = element.AddTable(TableName::kContinuousDistribution);
-    distribution.Row(RowName::kNegativeDifferences, negativeCount);
-    distribution.Row(RowName::kTies, Subtract32(Subtract32(totalN, negativeCount), positiveCount));
-    distribution.Row(RowName::kPositiveDifferences, positiveCount);
-    std::string counts;
-    std::string values;
-    distribution.Add(MakeIntervalTable(differences.Intervals(), counts, values));
-
+    differences.AddDistribution(element, negativeCount, Subtract32(Subtract32(totalN, negativeCount), positiveCount),
+                                positiveCount);
     StructuredTable statistics = element.AddTable(TableName::kStatisticsResult);
     statistics.Row(RowName::kTotalN, totalN);
     statistics.Row(RowName::kTestStatistic, positiveCount);

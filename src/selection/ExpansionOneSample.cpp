@@ -42,6 +42,12 @@ const Distribution& DistributionOf(const std::string& test) {
                          [&](const Distribution& distribution) { return distribution.test == test; });
 }
 
+/// How a categorical field is divided into two classes.
+void CopyClassesOfCategories(const RequestedTest& test, QKSettings& entry) {
+    test.CopyText(EntryKey::kCategoricalFormation, entry);
+    test.CopyTexts(EntryKey::kGivenCategoryList, entry);
+}
+
 }  // namespace
 
 /// A field as a test of continuous fields takes it: by its own name, or by that of its encoded copy.
@@ -102,8 +108,7 @@ void TARNSettingsExpansion::ExpandBinomial(const RequestedTest& test) {
         QKSettings entry = BeginEntry(test.Name(), field);
         test.CopyNumber(EntryKey::kTestProbability, entry, kDefaultTestProbability);
         if (categorical) {
-            test.CopyText(EntryKey::kCategoricalFormation, entry);
-            test.CopyTexts(EntryKey::kGivenCategoryList, entry);
+            CopyClassesOfCategories(test, entry);
         } else {
             test.CopyText(EntryKey::kContinuousFormation, entry);
             test.CopyNumberIfHeld(EntryKey::kGivenCutPoint, entry);
@@ -126,8 +131,7 @@ void TARNSettingsExpansion::AddConfidenceInterval(const RequestedTest& test, con
     for (const char* method : kMethods) test.CopyFlag(method, entry);
     entry.AddSetting(EntryKey::kTestIndex, NextTestIndex());
     if (categorical) {
-        test.CopyText(EntryKey::kCategoricalFormation, entry);
-        test.CopyTexts(EntryKey::kGivenCategoryList, entry);
+        CopyClassesOfCategories(test, entry);
     } else {
         test.CopyText(EntryKey::kContinuousFormation, entry);
         // Unlike the binomial test's own entry, this one has a cut point even where the request has none.
@@ -152,8 +156,7 @@ void TARNSettingsExpansion::ExpandRuns(const RequestedTest& test) {
         if (kind == kUnknownField) continue;
         QKSettings entry = BeginEntry(test.Name(), field);
         if (FieldKind::IsCategorical(kind)) {
-            test.CopyText(EntryKey::kCategoricalFormation, entry);
-            test.CopyTexts(EntryKey::kGivenCategoryList, entry);
+            CopyClassesOfCategories(test, entry);
         } else if (test.CopyTextIfHeld(EntryKey::kContinuousFormation, entry)) {
             test.CopyNumberIfHeld(EntryKey::kCutPointValue, entry);
         }

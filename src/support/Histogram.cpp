@@ -69,8 +69,7 @@ std::size_t Histogram::SearchBin(double value) const {
         if (mid == 0) return 0;
         if (value == edges[mid]) return mid;
         if (value > edges[mid]) {
-            lo = mid + 1;
-            if (lo == edges.size()) return lo;
+            lo = mid + 1;  // at most the last edge: the middle of two different positions is below the upper one
             if (edges[lo] >= value) return lo;
         } else {
             hi = mid - 1;

@@ -35,7 +35,7 @@ class Histogram {
 
     /// The interval of a value: for the most part the first one whose upper edge is not below it, but the search
     /// ends at interval 0 as soon as it asks for that one, so that interval 1 stays empty where the edges are many.
-    /// Documents depend on it. Outside 0 .. binCount-1 for a value in no interval.
+    /// Documents depend on it. A value beyond the last edge has no interval, and the answer is then of no use.
     std::size_t FindBin(double value) const;
 
  private:

@@ -168,8 +168,10 @@ QKStatus QKCateUnivariateVariable::AddRecord(const Record& record) {
 }
 
 QKStatus QKCateUnivariateVariable::EndPass() {
-    if (Wants(Statistic::kModeFrequency)) {
-        for (const auto& [category, frequency] : frequencies) modeFrequency = std::max(modeFrequency, frequency);
+    if (Wants(Statistic::kModeFrequency) && !frequencies.empty()) {
+        // The largest one as it stands: negative weights may have left it below 0.
+        const auto byFrequency = [](const auto& a, const auto& b) { return a.second < b.second; };
+        modeFrequency = std::max_element(frequencies.begin(), frequencies.end(), byFrequency)->second;
     }
     if (Wants(Statistic::kMedian)) {
         std::int32_t sum = 0;

@@ -102,7 +102,8 @@ TEST_F(RunPlan, CountsTellBadWeights) {
     // Weights go in as they stand: 0.5 is one that adds nothing to a test, but no bad one.
     const CommandResult result =
         Run({"--weight", "n", "--quiet"}, "before,after,n\n1,2,0.5\n1,2,0\n1,2,-3\n1,2,\n5,9,2\n");
-    const pugi::xml_node counts = Document(result.out).Root().select_node("//Counts").node();
+    const Document document(result.out);
+    const pugi::xml_node counts = document.Root().select_node("//Counts").node();
     EXPECT_STREQ(counts.attribute("totalFreq").value(), "2.5");
     EXPECT_STREQ(counts.attribute("totalCount").value(), "5");
     EXPECT_STREQ(counts.attribute("badWeightCount").value(), "3");
@@ -133,10 +134,8 @@ TEST_F(RunPlan, CategoriesGoIntoTheDataDictionary) {
     const std::string fields = folder.Write("fields.json",
                                             R"({"fields": [{"name": "arm", "title": "Arm", "categoriesOrdered": true,
                                                 "categories": ["b", {"value": "z", "label": "none"}]}]})");
-    const pugi::xml_node arm = Document(Run({"--quiet", "--fields", fields}).out)
-                                   .Output()
-                                   .child("DataDictionary")
-                                   .find_child_by_attribute("name", "arm");
+    const Document document(Run({"--quiet", "--fields", fields}).out);
+    const pugi::xml_node arm = document.Output().child("DataDictionary").find_child_by_attribute("name", "arm");
     EXPECT_STREQ(arm.attribute("displayName").value(), "Arm");
     EXPECT_STREQ(arm.attribute("optype").value(), "ordinal");
     std::vector<std::string> values;
@@ -292,7 +291,8 @@ TEST_P(WrongUsage, IsToldInOneLine) {
 
 INSTANTIATE_TEST_SUITE_P(
     , WrongUsage,
-    testing::Values(BadUsage{"Nothing", {}, "subcommand is required"}, BadUsage{"UnknownCommand", {"ruin"}, "did you mean run?"},
+    testing::Values(BadUsage{"Nothing", {}, "subcommand is required"},
+                    BadUsage{"UnknownCommand", {"ruin"}, "did you mean run?"},
                     BadUsage{"NoData", {"run", "--plan", "p"}, "--data is required"},
                     BadUsage{"NoPlan", {"run", "--data", "d"}, "--plan"},
                     BadUsage{"UnknownOption", {"run", "--data", "d", "--plan", "p", "--quite"}, "--quite"}),

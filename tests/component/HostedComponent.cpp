@@ -6,12 +6,6 @@
 #include "tests/component/SettingsText.h"
 #include "tests/harness/Command.h"
 
-/// A destroyed component keeps, by definition, what the end of an execution did not release. The leak checker looks
-/// this function up by its name.
-extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions() {
-    return "leak:libtarn\n";
-}
-
 namespace component_test {
 
 const TinyLibrary& Library() {

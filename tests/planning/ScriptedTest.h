@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <functional>
 #include <map>
 #include <memory>
@@ -43,6 +45,7 @@ class ScriptedTest : public TARNTest {
     }
     void GetUsedVariables(std::vector<int>& fieldIndices) override {
         Note("used" + std::to_string(pass_));
+        EXPECT_TRUE(fieldIndices.empty()) << "the list of an earlier pass was kept";
         fieldIndices.insert(fieldIndices.end(), script_.used.begin(), script_.used.end());
     }
     QKStatus ProcessRecord(Record& record) override {

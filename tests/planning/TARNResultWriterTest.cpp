@@ -49,7 +49,8 @@ Fields TwoFields() {
 
 TEST(ResultDocument, HasItsElementsInOrder) {
     Fields fields = TwoFields();
-    const pugi::xml_node root = harness::Run(OneSignTest(), fields, {{1, 2}}).document.Root();
+    const Document document = harness::Run(OneSignTest(), fields, {{1, 2}}).document;
+    const pugi::xml_node root = document.Root();
     EXPECT_EQ(AttributesOf(root),
               (Texts{"xmlns=urn:tarn:tabulon:1.0", "xmlns:xsi=http://www.w3.org/2001/XMLSchema-instance", "version=1.0",
                      "xsi:schemaLocation=urn:tarn:tabulon:1.0 tabulon-1.0.xsd"}));
@@ -65,8 +66,8 @@ TEST(ResultDocument, HasItsElementsInOrder) {
 TEST(ResultDocument, CountsAreThoseOfTheFieldsWithWeightSumsAsDoubles) {
     Fields fields = TwoFields();
     fields.List().SetCounts({12.5, 7, 2, 1, 0.25});
-    const pugi::xml_node model =
-        harness::Run(OneSignTest(), fields, {{1, 2}}).document.Root().child("DescriptiveModel");
+    const Document document = harness::Run(OneSignTest(), fields, {{1, 2}}).document;
+    const pugi::xml_node model = document.Root().child("DescriptiveModel");
     EXPECT_EQ(AttributesOf(model.child("DescriptiveSummary").child("Counts")),
               (Texts{"totalFreq=12.5", "totalCount=7", "droppedCount=2", "badWeightCount=1", "droppedFreq=0.25"}));
 }
@@ -75,7 +76,8 @@ TEST(ResultDocument, ModelIdComesFromTheSettings) {
     Fields fields = TwoFields();
     QKSettings settings = OneSignTest();
     settings.AddNewSetting("TarnTabulonModelID", 42, "");
-    const pugi::xml_node root = harness::Run(settings, fields, {{1, 2}}).document.Root();
+    const Document document = harness::Run(settings, fields, {{1, 2}}).document;
+    const pugi::xml_node root = document.Root();
     EXPECT_STREQ(root.child("PMMLModel").attribute("modelID").value(), "42");
     EXPECT_STREQ(root.child("DescriptiveModel").attribute("modelID").value(), "42");
 }

@@ -82,8 +82,6 @@ TEST(TARNTestWorkerTest, ATestThatIsDoneRestsWhileTheOthersGoOnAndMayComeBack) {
 }
 
 TEST(TARNTestWorkerTest, UsedFieldsAreAskedAnewInEveryPass) {
-    // A list kept from the pass before would still hold field 1 twice, which shows nothing; one that was never asked
-    // again would not be in the log.
     WorkerRig rig(Fields().Continuous("id").Continuous("x"), {{10, kNone}, {20, 1}});
     rig.Add({.used = {0}, .yes = {"again1"}});
     EXPECT_TRUE(rig.Run().IsOK());
@@ -202,6 +200,15 @@ TEST(TARNTestWorkerTest, Code220012AtEachPlaceStopsAtOnce) {
         EXPECT_EQ(rig.Run(), QKStatus(kOutOfMemory));
         for (const std::string& call : place.notCalled) EXPECT_FALSE(Has(rig.log, call)) << call;
         EXPECT_EQ(rig.log.back(), place.lastCall);
+    }
+}
+
+TEST(TARNTestWorkerTest, Code220012StopsWhateverItIsMeantAs) {
+    for (const std::string call : {"begin1", "rec1:10", "end1"}) {
+        WorkerRig rig(Fields().Continuous("id"), {{10}});
+        rig.Add({.name = "a", .answers = {{call, QKStatus(kOutOfMemory, true)}}});
+        EXPECT_EQ(rig.Run().GetErrorCode(), kOutOfMemory) << call;
+        EXPECT_EQ(rig.log.back(), "a " + call);
     }
 }
 

@@ -121,6 +121,18 @@ TEST(ExpansionIndependentFamily, EverySortOfField) {
     EXPECT_EQ(result.warnings, (Lines{"220025 [s ,nom ,plain ,so]"}));
 }
 
+TEST(ExpansionIndependentFamily, AnEncodedNameServesAnOrdinalNumericFieldAlone) {
+    harness::Fields fields = EverySort();
+    const Expanded result = Expand(Tree({{"independentVariables", Names{"nom", "so", "ord"}},
+                                         {"groupVariable", Names{"g"}},
+                                         {"isAutomaticallyIndependent", false},
+                                         Selected("IMoses"),
+                                         {"done", true}}),
+                                   fields, {{"nom", "$_nom"}, {"so", "$_so"}, {"ord", "$_ord"}});
+    EXPECT_EQ(result.Plan(), (Lines{"IMoses $_ord"}));
+    EXPECT_EQ(result.warnings, (Lines{"220025 [nom ,so]"}));
+}
+
 // ---- The grouping field ----
 
 TEST(ExpansionIndependentFamily, AContinuousGroupingField) {

@@ -235,6 +235,17 @@ TEST(ExpansionRejection, AFieldIsListedOnceButTheTestsRepeatedly) {
                                       "KolmogorovSmirnov]"}));
 }
 
+TEST(ExpansionRejection, AnEncodedNameServesAnOrdinalNumericFieldAlone) {
+    harness::Fields fields = EverySort();
+    const Expanded result = Expand(Tree({{"oneSampleVariables", Names{"nom", "so"}},
+                                         {"isAutomaticallyOneSample", false},
+                                         Selected("OKolmogorovSmirnovNormal"),
+                                         {"done", true}}),
+                                   fields, {{"nom", "x"}, {"so", "x"}});
+    EXPECT_EQ(result.entries, Lines{});
+    EXPECT_EQ(result.warnings, (Lines{"220022 [KolmogorovSmirnov]", "220023 [nom ,so] [KolmogorovSmirnov]"}));
+}
+
 // ---- Warnings ----
 
 const std::vector<Item> kThreeWarnings{{"oneSampleVariables", Names{"s", "x", "other"}},

@@ -116,6 +116,15 @@ TEST(ExpansionRelated, AComparisonThatTheRequestLacksIsEmpty) {
                      "testIndex 0, typeOfMultipleComparison ''"}));
 }
 
+TEST(ExpansionRelated, AnEncodedNameServesEveryOrdinalFieldButNoNominalOne) {
+    harness::Fields fields = EverySort();
+    const Expanded result = Expand(Tree({{"relatedVariables", Names{"n1", "c2", "so"}},
+                                         {"isAutomaticallyRelated", false},
+                                         Selected("RFriedmansTwoWayByRanks")}),
+                                   fields, {{"n1", "$_n1"}, {"so", "$_so"}});
+    EXPECT_EQ(result.Plan(), (Lines{"RFriedmansTwoWayByRanks $_so, c2"}));
+}
+
 // ---- The categorical group ----
 
 TEST(ExpansionRelated, McNemarWithTwoOrdinalAndTwoNominalFields) {

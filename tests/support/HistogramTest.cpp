@@ -10,27 +10,67 @@
 
 namespace {
 
-/// The search for an interval, step by step as it is defined: plain, and the measure for the quick one.
-std::size_t PlainFindBin(const std::vector<double>& edges, double x) {
+/// The search for an interval, sentence by sentence as it is told: plain, and the measure for the quick one. With two
+/// or more edges `mid` lies below `hi`, and `mid` of 0 ends the search, so that no edge outside is looked at.
+int PlainFindBin(const std::vector<double>& edges, double x) {
     if (edges.size() < 2) return 0;
-    std::ptrdiff_t lo = 0;
-    auto hi = static_cast<std::ptrdiff_t>(edges.size()) - 1;
-    std::ptrdiff_t remembered = 0;
-    const auto edge = [&](std::ptrdiff_t i) { return edges[static_cast<std::size_t>(i)]; };
+    int lo = 0;
+    int hi = static_cast<int>(edges.size()) - 1;
+    int remembered = 0;
+    const auto edge = [&](int i) { return edges.at(static_cast<std::size_t>(i)); };
     while (true) {
-        const std::ptrdiff_t mid = lo + (hi - lo) / 2;
+        const int mid = lo + (hi - lo) / 2;
         if (mid == 0) return 0;
-        if (x == edge(mid)) return static_cast<std::size_t>(mid);
+        if (x == edge(mid)) return mid;
         if (x > edge(mid)) {
             lo = mid + 1;
-            if (lo == static_cast<std::ptrdiff_t>(edges.size())) return edges.size();  // above all intervals
-            if (edge(lo) >= x) return static_cast<std::size_t>(mid + 1);
+            if (edge(lo) >= x) return mid + 1;
         } else {
             hi = mid - 1;
-            if (x > edge(hi)) return static_cast<std::size_t>(mid);
+            if (x > edge(hi)) return mid;
             remembered = hi;
         }
-        if (lo >= hi) return static_cast<std::size_t>(remembered);
+        if (lo >= hi) return remembered;
+    }
+}
+
+/// The edges as they are told, `wished` of them and one more where zero comes between two.
+std::vector<double> PlainEdges(double low, double high, std::size_t wished) {
+    std::vector<double> edges;
+    std::size_t binCount = wished;
+    const double width = (high - low) / static_cast<double>(wished);
+    double previous = low;
+    for (int i = 1; edges.size() < binCount; ++i) {
+        const double edge = low + i * width;
+        edges.push_back(edge);
+        if (previous <= 0 && edge > 0) {
+            edges.push_back(edge);
+            edges[edges.size() - 2] = 0;
+            ++binCount;
+        }
+        previous = edge;
+    }
+    edges.back() = high + 1.0;
+    return edges;
+}
+
+/// Compares edges and search with the plain ones, for values on and beside edges, of the range and far outside.
+void ExpectPlainEdgesAndSearch(double low, double high, std::size_t bins, const std::vector<double>& further) {
+    Histogram histogram;
+    histogram.SetUp(low, high, bins);
+    const std::vector<double>& edges = histogram.Edges();
+    ASSERT_EQ(edges, PlainEdges(low, high, bins)) << bins << " intervals of " << low << " .. " << high;
+    ASSERT_EQ(histogram.Bins().size(), edges.size());
+    std::vector<double> values = further;
+    values.insert(values.end(), {low, high, 0.0, 1e300, -1e300, 5e-324, -5e-324});
+    for (const double edge : edges) {
+        values.push_back(edge);
+        values.push_back(std::nextafter(edge, -INFINITY));
+        values.push_back(std::nextafter(edge, INFINITY));
+    }
+    for (const double value : values) {
+        ASSERT_EQ(histogram.FindBin(value), static_cast<std::size_t>(PlainFindBin(edges, value)))
+            << value << " among " << bins << " intervals of " << low << " .. " << high;
     }
 }
 
@@ -39,44 +79,87 @@ struct Range {
     double high;
 };
 
-TEST(Histogram, QuickSearchFindsTheIntervalOfThePlainOne) {
-    const Range ranges[] = {{-1, 1},
-                            {0, 1},
-                            {-1, 0},
-                            {0.5, 3},
-                            {-7.25, -2},
+TEST(Histogram, QuickSearchFindsTheIntervalOfThePlainOneInEveryNumberOfIntervals) {
+    for (const Range& range : {Range{-1, 1}, {0, 1}, {0.5, 3}, {-7, -2}, {-3, 1e4}, {5, 5}}) {
+        for (std::size_t bins = 1; bins <= 450; ++bins) {
+            ExpectPlainEdgesAndSearch(range.low, range.high, bins, {});
+            if (HasFatalFailure()) return;
+        }
+    }
+}
+
+TEST(Histogram, QuickSearchFindsTheIntervalOfThePlainOneInExtremeRanges) {
+    const Range ranges[] = {{-1, 0},
                             {-1e-3, 1e9},
                             {-1e300, 1e300},
                             {1e-300, 3e-300},
-                            {5, 5},
+                            {-1e300, -1e300},
                             {0, 0},
                             {1e17, 1e17 + 64},
                             {-5e-324, 5e-324},
+                            {0, 400 * 5e-324},
+                            {1e-310, 2e-310},
                             {1, std::nextafter(1.0, 2.0)},
-                            {-1.7e308, 1.7e308}};
-    std::mt19937_64 random(7);
+                            {-1.7e308, 1.7e308},
+                            {-1.7976931348623157e308, -1.7976931348623157e308}};
     for (const Range& range : ranges) {
         for (const std::size_t bins : {1u, 2u, 3u, 4u, 5u, 6u, 7u, 8u, 9u, 16u, 33u, 100u, 399u, 400u, 450u}) {
-            Histogram histogram;
-            histogram.SetUp(range.low, range.high, bins);
-            const std::vector<double>& edges = histogram.Edges();
-            std::vector<double> values{range.low, range.high, 0.0};
-            for (const double edge : edges) {
-                values.push_back(edge);
-                values.push_back(std::nextafter(edge, -INFINITY));
-                values.push_back(std::nextafter(edge, INFINITY));
-            }
-            std::uniform_real_distribution<double> part(0, 1);
-            for (int i = 0; i < 300; ++i) {
-                const double p = part(random);
-                values.push_back(range.low * (1 - p) + range.high * p);
-            }
-            for (const double value : values) {
-                if (!(value >= range.low && value <= range.high)) continue;
-                ASSERT_EQ(histogram.FindBin(value), PlainFindBin(edges, value))
-                    << value << " among " << bins << " intervals of " << range.low << " .. " << range.high;
-            }
+            ExpectPlainEdgesAndSearch(range.low, range.high, bins, {});
+            if (HasFatalFailure()) return;
         }
+    }
+}
+
+TEST(Histogram, QuickSearchFindsTheIntervalOfThePlainOneInRandomRanges) {
+    std::mt19937_64 random(7);
+    std::uniform_real_distribution<double> mantissa(-1, 1);
+    std::uniform_int_distribution<int> exponent(-320, 300);
+    std::uniform_int_distribution<int> nearExponent(-3, 6);
+    std::uniform_int_distribution<std::size_t> size(1, 450);
+    std::uniform_real_distribution<double> part(-0.1, 1.1);
+    const auto number = [&](bool anySize) {
+        return mantissa(random) * std::pow(10.0, anySize ? exponent(random) : nearExponent(random));
+    };
+    for (int i = 0; i < 1500; ++i) {
+        double low = number(i % 3 == 0);
+        double high = i % 50 == 0 ? low : number(i % 3 == 0);
+        if (i % 5 == 0) (low > 0 ? low : high) = 0;  // zero at an end of the range
+        if (high < low) std::swap(low, high);
+        std::vector<double> values;
+        for (int k = 0; k < 40; ++k) {
+            const double p = part(random);
+            values.push_back(low * (1 - p) + high * p);
+        }
+        ExpectPlainEdgesAndSearch(low, high, size(random), values);
+        if (HasFatalFailure()) return;
+    }
+}
+
+/// A search told by its outcome, worked by hand on a handful of edges.
+TEST(Histogram, SearchByHandAmongFewIntervals) {
+    struct Case {
+        std::size_t bins;
+        double value;
+        std::size_t found;
+    };
+    // Edges at 1.5, 2.5, 3.5, ...: no boundary at zero; the last one is 1 higher.
+    for (const Case& c : std::vector<Case>{{1, 99, 0},   // fewer than 2 edges
+                                           {2, 1.4, 0},  // edges 1.5, 3.5: the first mid is 0
+                                           {2, 3, 0},    // so the second interval is never found
+                                           {3, 1.5, 0},  // edges 1.5, 2.5, 4.5: below edge 1, not above edge 0
+                                           {3, 2, 1},    // below edge 1 and above edge 0
+                                           {3, 2.5, 1},  // on edge 1
+                                           {3, 2.6, 2},  // above edge 1, edge 2 is not below it
+                                           {6, 1.6, 0},  // mid 2, then 0: interval 1 is never found
+                                           {6, 2.5, 0},  // not even on its upper edge
+                                           {6, 2.6, 2},
+                                           {6, 3.5, 2},
+                                           {6, 3.6, 3},
+                                           {6, 6.5, 5},
+                                           {6, 7.5, 5}}) {
+        Histogram histogram;
+        histogram.SetUp(0.5, 0.5 + static_cast<double>(c.bins), c.bins);
+        EXPECT_EQ(histogram.FindBin(c.value), c.found) << c.value << " among " << c.bins;
     }
 }
 

@@ -46,9 +46,9 @@ class NotingPlan : public TARNPlan {
         return true;
     }
     void RequestSorted(int field) override { sorted.push_back(field); }
-    void AddToMainWorker(std::unique_ptr<TARNTest> test) override { Take(std::move(test), "main"); }
-    void AddSortedTest(std::unique_ptr<TARNTest> test, int field, const QKStatus& status) override {
-        Take(std::move(test), "sorted by " + std::to_string(field));
+    void AddToMainWorker(std::unique_ptr<TARNTest> given) override { Take(std::move(given), "main"); }
+    void AddSortedTest(std::unique_ptr<TARNTest> given, int field, const QKStatus& status) override {
+        Take(std::move(given), "sorted by " + std::to_string(field));
         sortedStatus = status;
     }
 
@@ -84,8 +84,8 @@ TEST(TARNPlanBuilderTest, TheTestsSettingsGetTheLevelsThatItsKindWants) {
         TARNPlanBuilder builder(entry, plan, row.common);
         EXPECT_EQ(builder.TestSettings().GetSettingNames(), row.names);
         double level = 0;
-        if (builder.TestSettings().GetSettingValByName("sigLevel", level)) EXPECT_EQ(level, 0.01);
-        if (builder.TestSettings().GetSettingValByName("confidenceLevel", level)) EXPECT_EQ(level, 0.9);
+        EXPECT_EQ(builder.TestSettings().GetSettingValByName("sigLevel", level) ? level : 0.01, 0.01);
+        EXPECT_EQ(builder.TestSettings().GetSettingValByName("confidenceLevel", level) ? level : 0.9, 0.9);
     }
 }
 

@@ -40,15 +40,16 @@ class TarnMemoIteratorTest : public testing::Test {
 
 TEST_F(TarnMemoIteratorTest, BeginOfAnEmptyStoreIsPastTheEnd) {
     Fill(0);
-    // The markers of the fields were taken before there were any, which an empty store does not need.
     TarnMemoIterator iterator = store_.Begin();
     EXPECT_EQ(iterator.Index(), -1);
     EXPECT_FALSE(iterator.HasMore());
     EXPECT_EQ(iterator.Next(), nullptr);
     EXPECT_EQ(iterator.At(0).Index(), -1);
-    iterator.Rewind();
+    EXPECT_EQ(iterator.Rewind(), 0);
     EXPECT_FALSE(iterator.HasMore());
     EXPECT_EQ(iterator.Next(), nullptr);
+    EXPECT_EQ(iterator.GetState(), 1);
+    EXPECT_EQ(iterator.Index(), -1);
 }
 
 TEST_F(TarnMemoIteratorTest, NextDeliversEveryRecordAcrossTheBlockBoundaries) {
@@ -152,7 +153,8 @@ TEST_F(TarnMemoIteratorTest, CopiesGoTheirOwnWays) {
 TEST(TarnMemoIteratorOfNothingTest, IsPastTheEnd) {
     TarnMemoIterator iterator;
     EXPECT_FALSE(iterator.HasMore());
-    EXPECT_EQ(iterator.Next(), nullptr);
     EXPECT_EQ(iterator.GetState(), 0);
+    EXPECT_EQ(iterator.Next(), nullptr);
+    EXPECT_EQ(iterator.GetState(), 1);
     EXPECT_EQ(iterator.Store(), nullptr);
 }

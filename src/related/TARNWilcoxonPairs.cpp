@@ -1,0 +1,151 @@
+// Wilcoxon signed rank test on the differences of a pair of continuous fields.
+//
+// Question    Are the differences, second minus first, symmetric about zero?
+// Data        Records that miss neither field of the pair; zero differences (ties) take no part in the ranks.
+// Statistic   Sum of the mid-ranks of |d| over the positive d. Normal approximation without continuity correction:
+//             mean n (n + 1) / 4, variance (2 n + 1) n (n + 1) / 24 - sum of (t^3 - t) / 48 over the runs of t equal
+//             |d|, n the number of differences that are not zero. There is no exact significance.
+// Source      Wilcoxon (1945), Biometrics Bulletin 1, 80-83; tie correction: Lehmann (1975), Nonparametrics.
+// Degenerate  No case at all: an error. All differences zero: 0/0, shown as "nan", retained.
+
+#include "related/TARNWilcoxonPairs.h"
+
+#include <cmath>
+
+#include "planning/StatusCodes.h"
+#include "planning/contract/SettingKeys.h"
+#include "planning/contract/TARNPlanBuilder.h"
+#include "support/CaseWeight.h"
+#include "support/Int32.h"
+#include "support/ResultElements.h"
+#include "support/Significance.h"
+
+namespace {
+
+constexpr const char* kTestName = "RWilcoxonSignedRanks";
+constexpr const char* kConditionKey = "R_WilcoxonSignedRanks_2";
+
+constexpr PairCodes kCodes{
+    .namesMissing = 221010, .unknownField = 221003, .notTwoFields = 221009, .notContinuous = 221004};
+
+/// n (n + 1), 32 bits wide by definition: above 46340 differences it wraps around, and the mean and the standard
+/// error are those of the wrapped number. docs/limits.md tells what a user sees.
+double RankProduct(std::int32_t n) {
+    return Multiply32(n, Add32(n, 1));
+}
+
+double TiedVariance(std::int32_t n, double tieCorrectionSum) {
+    return (2.0 * n + 1) * RankProduct(n) / 24 - tieCorrectionSum / 48;
+}
+
+}  // namespace
+
+void PlanWilcoxonPairs(const QKSettings& entry, TARNPlan& plan) {
+    TARNPlanBuilder builder(entry, plan, CommonSettings::kSigLevel);
+    PlanContinuousPair(builder, plan, kCodes);
+    builder.AddToMainWorker<TARNWilcoxonPairs>();
+}
+
+// ---- Passes ----
+
+QKStatus TARNWilcoxonPairs::BeginPass() {
+    if (passCounter == 0) {
+        passesRemaining = 2;
+        ReadSettings();
+    } else {
+        differences.BeginHistogram();
+    }
+    return status;
+}
+
+/// A test that its plan builder failed reads its fields too, so that its condition can show them.
+void TARNWilcoxonPairs::ReadSettings() {
+    settings->GetSettingValByName(SettingKey::kSigLevel, sigLevel);
+    if (!ReadPair(*settings, firstVariableIndex, secondVariableIndex)) {
+        if (!status.IsError()) AddStatusMessage(QKStatus(kCodes.notTwoFields), MessageKind::kError);
+        return;
+    }
+    settings->GetSettingValByName(SettingKey::kWeightVariableIndex, weightVariableIndex);
+    differences = PairDifferences(firstVariableIndex, secondVariableIndex);
+}
+
+void TARNWilcoxonPairs::GetUsedVariables(std::vector<int>& fieldIndices) {
+    fieldIndices = {firstVariableIndex, secondVariableIndex};
+}
+
+QKStatus TARNWilcoxonPairs::ProcessRecord(Record& record) {
+    const double difference = differences.Of(record);
+    const std::int32_t weight = CaseWeight(record, weightVariableIndex);
+    if (passCounter == 0) {
+        Collect(difference, weight);
+    } else {
+        differences.Add(difference, weight);
+    }
+    return status;
+}
+
+void TARNWilcoxonPairs::Collect(double difference, std::int32_t weight) {
+    if (difference != 0) {
+        pairDifferences.push_back({difference, weight});
+        std::int32_t& count = difference > 0 ? positiveCount : negativeCount;
+        count = Add32(count, weight);
+    } else {
+        tieCount = Add32(tieCount, weight);
+    }
+    differences.ExtendRange(difference);
+}
+
+QKStatus TARNWilcoxonPairs::EndPass() {
+    if (status.IsError()) return status;
+    if (TotalN() == 0) {
+        AddStatusMessage(QKStatus(StatusCode::kNoRecords), MessageKind::kError);
+        return status;
+    }
+    if (passCounter == 0) {
+        EndRanking();
+    } else {
+        differences.EndHistogram();
+    }
+    if (status.IsError()) return status;
+    ++passCounter;
+    --passesRemaining;
+    return status;
+}
+
+void TARNWilcoxonPairs::EndRanking() {
+    TARNRank rank;
+    const QKStatus ranked = RankAbsoluteDifferences(pairDifferences, rank);
+    if (ranked.IsError()) {
+        AddStatusMessage(ranked, MessageKind::kError);
+        return;
+    }
+    positiveRankSum = rank.GroupRanks(RankKey::kNotNegative).sumOfRanks;
+    negativeRankSum = rank.GroupRanks(RankKey::kNegative).sumOfRanks;
+    nonZeroN = Add32(positiveCount, negativeCount);
+    meanRank = RankProduct(nonZeroN) * 0.25;
+    standardError = std::sqrt(TiedVariance(nonZeroN, rank.TieCorrectionSum()));
+    standardTestStatistic = (positiveRankSum - meanRank) / standardError;
+    asymptoticSig = TwoTailedNormal(standardTestStatistic);
+}
+
+std::int32_t TARNWilcoxonPairs::TotalN() const {
+    return Add32(Add32(positiveCount, tieCount), negativeCount);
+}
+
+// ---- Element ----
+
+QKXML::XMLElement* TARNWilcoxonPairs::MakeResultElement() {
+    ResultElement element(kTestName, ResultType::kHypothesisTest, TestFamily::kRelatedSamples,
+                          Decide(status, sigLevel, asymptoticSig));
+    element.AddCondition(kConditionKey, {IntToString(firstVariableIndex), IntToString(secondVariableIndex)});
+    if (element.EndsWithMessages(messages, status)) return element.Release();
+
+    differences.AddDistribution(element, negativeCount, tieCount, positiveCount);
+    StructuredTable statistics = element.AddTable(TableName::kStatisticsResult);
+    statistics.Row(RowName::kTotalN, TotalN());
+    statistics.Row(RowName::kTestStatistic, positiveRankSum);
+    statistics.Row(RowName::kStandardError, standardError);
+    statistics.Row(RowName::kStandardTestStatistic, standardTestStatistic);
+    statistics.Row(RowName::kAsymptoticSig2Tailed, asymptoticSig);
+    return element.Release();
+}

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "planning/contract/TARNPlan.h"
+#include "planning/contract/TARNTest.h"
+#include "related/PairDifferences.h"
+
+/// The Wilcoxon signed rank test of one pair of continuous fields, setting "RWilcoxonSignedRanks".
+class TARNWilcoxonPairs : public TARNTest {
+ public:
+    /// Reads from its settings "variableIndex" (two field indices), "weightVariableIndex" and "sigLevel".
+    explicit TARNWilcoxonPairs(std::unique_ptr<QKSettings> testSettings) : TARNTest(std::move(testSettings)) {}
+
+    void SetUnivariateResults(UnivariateResults*) override {}
+    QKStatus BeginPass() override;
+    QKStatus ProcessRecord(Record& record) override;
+    bool NeedsAnotherPass() override { return passCounter == 1; }
+    QKStatus EndPass() override;
+    void GetUsedVariables(std::vector<int>& fieldIndices) override;
+    QKXML::XMLElement* MakeResultElement() override;
+
+ private:
+    void ReadSettings();
+    void Collect(double difference, std::int32_t weight);
+    void EndRanking();
+    std::int32_t TotalN() const;
+
+    double sigLevel = 0.05;
+    int weightVariableIndex = -1;
+    int firstVariableIndex = -1;
+    int secondVariableIndex = -1;
+    std::int32_t positiveCount = 0;
+    std::int32_t negativeCount = 0;
+    std::int32_t tieCount = 0;
+    std::int32_t nonZeroN = 0;
+    /// One entry per record whose difference is not zero.
+    std::vector<WeightedDifference> pairDifferences;
+    double asymptoticSig = 0;
+    double positiveRankSum = 0;
+    double negativeRankSum = 0;
+    double meanRank = 0;
+    double standardError = 0;
+    double standardTestStatistic = 0;
+    int passCounter = 0;
+    PairDifferences differences;
+};
+
+/// The plan builder of "RWilcoxonSignedRanks". Keys: "variableName", the two fields; "originVariableName", optional.
+void PlanWilcoxonPairs(const QKSettings& entry, TARNPlan& plan);

@@ -1,0 +1,143 @@
+// `tarn analyze`, `tarn run --settings` and `tarn tests` as a user meets them: the whole way of a host.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "tests/harness/Command.h"
+#include "tests/harness/Document.h"
+
+namespace {
+
+using harness::CommandResult;
+using harness::Document;
+using harness::RunTarn;
+using harness::ScratchFolder;
+
+constexpr const char* kData =
+    "before,after,arm,grade,n\n"
+    "1,2,a,1,1\n2,1,b,2,2.5\n3,5,a,1,0.3\n4,7,b,3,NA\n5,8,b,2,-1\n6,NA,a,3,1\n";
+
+class Analyze : public testing::Test {
+ protected:
+    CommandResult Run(std::vector<std::string> more) {
+        std::vector<std::string> arguments{"analyze", folder.Write("data.csv", kData)};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return RunTarn(arguments);
+    }
+
+    /// The document that goes beside the table.
+    Document Result(std::vector<std::string> more) {
+        more.insert(more.end(), {"--quiet", "--out", folder.Path("result.xml")});
+        const CommandResult result = Run(more);
+        EXPECT_EQ(result.exitStatus, 0) << result.err;
+        return Document(harness::ReadFile(folder.Path("result.xml")));
+    }
+
+    ScratchFolder folder;
+};
+
+TEST_F(Analyze, ShowsTheTableOnStandardOutput) {
+    const CommandResult result = Run({"--related", "before,after", "--tests", "sign"});
+    EXPECT_EQ(result.exitStatus, 0) << result.err;
+    EXPECT_EQ(result.out,
+              "Test     Fields         N  Statistic      p  kind   Decision\n"
+              "1 RSign  before, after  5          4  0.375  exact  retain\n"
+              "1 RSign: 220916 helpMessage\n");
+}
+
+TEST_F(Analyze, RoundsWeightsAndDropsRecordsWithoutAUsableOne) {
+    const Document document = Result({"--related", "before,after", "--tests", "sign", "--weight", "n"});
+    // Weights as used: 1, 3 (2.5 away from zero), 0, missing, negative, 1; the two of them are dropped.
+    const pugi::xml_node counts = document.Root().select_node("//Counts").node();
+    EXPECT_STREQ(counts.attribute("totalCount").value(), "6");
+    EXPECT_STREQ(counts.attribute("totalFreq").value(), "5");
+    EXPECT_STREQ(counts.attribute("droppedCount").value(), "2");
+    EXPECT_STREQ(counts.attribute("droppedFreq").value(), "0");
+    EXPECT_STREQ(counts.attribute("badWeightCount").value(), "3");
+    EXPECT_EQ(document.Test(0).Sub("StatisticsResult").Row("TotalN"), "4");
+    EXPECT_EQ(document.Test(0).Sub("ContinuousDistribution").Row("NegativeDifferences"), "3");
+}
+
+TEST_F(Analyze, OrdinalFieldTakesPartByItsNumbersAndIsTold) {
+    const Document document = Result({"--related", "before,grade", "--ordinal", "grade", "--tests", "sign"});
+    const harness::Table condition = document.Test(0).Sub("Condition");
+    // The required fields alone are in the document; the copy of the ordinal one stands in front in the pair.
+    EXPECT_EQ(condition.Row("%0"), "1");
+    EXPECT_EQ(condition.Row("%1"), "0");
+    EXPECT_EQ(condition.Row("OrdinalTreatedAsCont"), "1");
+    // grades 1 2 1 3 2 3 against 1 .. 6: one smaller before than its grade, none; equal 1-1 and 2-2.
+    EXPECT_EQ(document.Test(0).Sub("ContinuousDistribution").Row("Ties"), "2");
+    EXPECT_EQ(document.Test(0).Sub("ContinuousDistribution").Row("PositiveDifferences"), "4");
+    EXPECT_STREQ(document.Output().child("DataDictionary").attribute("numberOfFields").value(), "2");
+}
+
+TEST_F(Analyze, ListwiseTreatmentDropsRecordsThatMissAnyRequiredField) {
+    const Document document =
+        Result({"--related", "before,after", "--tests", "sign", "--missing", "listwise", "--alpha", "0.1"});
+    EXPECT_STREQ(document.Root().select_node("//Counts").node().attribute("droppedCount").value(), "1");
+    const pugi::xml_node tests = document.Output().child("NonParametricTests");
+    EXPECT_STREQ(tests.attribute("missingTreatment").value(), "listwise");
+    EXPECT_STREQ(tests.attribute("sigLevel").value(), "0.1");
+    EXPECT_STREQ(tests.attribute("confidenceLevel").value(), "0.95");
+}
+
+TEST_F(Analyze, TestThatDoesNotFitTheFieldsIsLeftOutWithAWarning) {
+    const CommandResult result = Run({"--related", "before,after,n", "--tests", "sign"});
+    EXPECT_EQ(result.exitStatus, 1);  // nothing is left to run
+    EXPECT_NE(result.err.find("warning 220017"), std::string::npos) << result.err;
+    EXPECT_NE(result.err.find("220001"), std::string::npos) << result.err;
+}
+
+struct Mistake {
+    const char* name;
+    std::vector<std::string> arguments;
+    const char* told;
+};
+
+class Mistakes : public Analyze, public testing::WithParamInterface<Mistake> {};
+
+TEST_P(Mistakes, AreToldInOneLineWithWhatToDoNext) {
+    const CommandResult result = Run(GetParam().arguments);
+    EXPECT_EQ(result.exitStatus, 2);
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
+    EXPECT_NE(result.err.find(GetParam().told), std::string::npos) << result.err;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , Mistakes,
+    testing::Values(Mistake{"NoFields", {}, "expected --one-sample, --related or --independent"},
+                    Mistake{"NoGroup", {"--independent", "before"}, "expected --group"},
+                    Mistake{"UnknownGroup", {"--independent", "before", "--group", "amr"}, "did you mean arm?"},
+                    Mistake{"UnknownField", {"--related", "befor,after"}, "did you mean before?"},
+                    Mistake{"MisspeltTest", {"--related", "before,after", "--tests", "singn"}, "did you mean sign?"},
+                    Mistake{"TestOfAnotherFamily",
+                            {"--related", "before,after", "--tests", "moses"},
+                            "is a test of Independent samples"},
+                    Mistake{"NoTestValue", {"--one-sample", "before", "--tests", "wilcoxon"}, "expected --test-value"},
+                    Mistake{"RunsOfTwoFields",
+                            {"--one-sample", "before,after", "--tests", "runs"},
+                            "expected one of them, or --cut-point"}),
+    [](const testing::TestParamInfo<Mistake>& test) { return std::string(test.param.name); });
+
+TEST_F(Analyze, RequestWithoutAGroupFailsWithItsCodeAndWritesNothing) {
+    const std::string settings =
+        folder.Write("settings.json", R"({"independentVariables": ["before"], "isAutomaticallyIndependent": true})");
+    const CommandResult result = RunTarn(
+        {"run", "--data", folder.Write("data.csv", kData), "--settings", settings, "--out", folder.Path("result.xml")});
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_NE(result.err.find("220009"), std::string::npos) << result.err;
+    EXPECT_EQ(folder.Files(), (std::vector<std::string>{"data.csv", "settings.json"}));
+}
+
+TEST(Tests, AreListedWithAQuestionEach) {
+    const CommandResult result = RunTarn({"tests"});
+    EXPECT_EQ(result.exitStatus, 0);
+    EXPECT_EQ(std::count(result.out.begin(), result.out.end(), '?'), 21);
+    EXPECT_NE(result.out.find("  sign "), std::string::npos);
+}
+
+}  // namespace
