@@ -5,6 +5,7 @@
 #include <memory>
 #include <vector>
 
+#include "tests/component/AllocationFailure.h"
 #include "tests/harness/TestRun.h"
 
 TEST(TARNFactoryTest, MakesAnAlgorithmThatTheCallerOwns) {
@@ -34,6 +35,24 @@ TEST(TARNFactoryTest, MakesAnAlgorithmOfItsOwnForEachCall) {
     EXPECT_TRUE(first->Run(stream).IsOK());
     EXPECT_TRUE(first->IsComplete());
     EXPECT_FALSE(second->IsComplete());
+}
+
+TEST(TARNFactoryTest, AFailedAllocationGivesNullAnd220012UntilTheNextCreation) {
+    QKSettings settings;
+    harness::Fields fields;
+    fields.Continuous("x");
+    TARNFactory factory;
+    std::unique_ptr<IQKAlgorithm> algorithm;
+    {
+        const component_test::AllocationFailure failure(0);
+        algorithm.reset(factory.CreateQKAlgorithm(settings, fields.List()));
+    }
+    EXPECT_EQ(algorithm, nullptr);
+    EXPECT_EQ(factory.GetStatus(), QKStatus(220012));
+    EXPECT_EQ(TARNFactory(factory).GetStatus(), QKStatus(220012)) << "a copy has the status";
+    algorithm.reset(factory.CreateQKAlgorithm(settings, fields.List()));
+    EXPECT_NE(algorithm, nullptr);
+    EXPECT_TRUE(factory.GetStatus().IsOK());
 }
 
 TEST(TARNFactoryTest, IsCopiedAndAssignedAsAValueAndOutlivedByItsAlgorithm) {

@@ -8,6 +8,7 @@
 
 #include "planning/TARNFactory.h"
 #include "support/QKVecValue.h"
+#include "tests/component/AllocationFailure.h"
 #include "tests/planning/WorkerRig.h"
 
 using harness::AddListTest;
@@ -290,6 +291,33 @@ TEST(TARNPlannerTest, AStreamThatCannotBeReadAgainYields220005) {
     OnePassStream stream;
     EXPECT_EQ(engine.algorithm->Run(stream), QKStatus(220005));
     EXPECT_FALSE(engine.algorithm->IsComplete());
+}
+
+TEST(TARNPlannerTest, AFailedAllocationAnywhereEndsInAStatusAndTheNextRunIsAsIfNothingHadBeen) {
+    Engine engine(SignSettings());
+    std::string expected;
+    ASSERT_TRUE(engine.Run(kPairs).IsOK());
+    ASSERT_TRUE(engine.Write(expected).IsOK());
+    bool failed = true;
+    for (long successes = 0; failed; ++successes) {
+        SCOPED_TRACE(successes);
+        harness::RowStream stream(kPairs);
+        QKStatus status;
+        {
+            const component_test::AllocationFailure failure(successes);
+            status = engine.algorithm->Run(stream);
+            failed = component_test::AllocationFailure::HasFailed();
+        }
+        if (!status.IsOK()) EXPECT_TRUE(status == QKStatus(220002) || status == QKStatus(220012));
+        EXPECT_EQ(engine.algorithm->IsComplete(), status.IsOK());
+        std::string text;
+        EXPECT_EQ(engine.Write(text), status.IsOK() ? QKStatus() : QKStatus(6));
+        if (!failed) EXPECT_EQ(text, expected);
+    }
+    std::string again;
+    EXPECT_TRUE(engine.Run(kPairs).IsOK());
+    EXPECT_TRUE(engine.Write(again).IsOK());
+    EXPECT_EQ(again, expected);
 }
 
 // ---- The life of the object ----

@@ -102,7 +102,7 @@ struct Moments {
     int count;
     double mean;
     double stdDev;
-    double relative = 4e-16;
+    double relative = 1e-15;
 };
 
 class MomentsOf : public testing::TestWithParam<Moments> {};
@@ -248,9 +248,9 @@ INSTANTIATE_TEST_SUITE_P(
         Hinges{{{4, 3}}, 4, 4, 4},                       // one value of weight 3
         // A value of weight 0 is in nobody's way at first ...
         Hinges{{{1, 0}, {3, 1}, {7, 1}}, 3, 5, 7},
-        // ... but later it stands in for the value below: 1.5 lies between 5 and 9.
-        Hinges{{{1, 1}, {5, 0}, {9, 1}}, 1, 7, 9},
-        // n = 3 of 1 1 2 less 2 3 3: positions 1.5, 2, 2.5, the sum behind 2 back at 1.
+        // ... but later it stands in for the value below: position 1 is then 5, and 1.5 lies between 5 and 9.
+        Hinges{{{1, 1}, {5, 0}, {9, 1}}, 5, 7, 9},
+        // A negative one takes the sum of weights back from 2 to 1. n = 3: positions 1.5, 2 and 2.5.
         Hinges{{{1, 2}, {2, -1}, {3, 2}}, 1, 3, 3}));
 
 TEST(QKContUnivariateVariable, FourValuesGiveH1AndAHalfForTheHinges) {

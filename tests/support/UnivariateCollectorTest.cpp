@@ -1,58 +1,134 @@
-// The descriptive store over a memory store, and its read-only view.
+// The descriptive store over a memory store: what can be asked of it, and its passes.
 
 #include "support/UnivariateCollector.h"
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <map>
-#include <memory>
 #include <vector>
 
-#include "planning/records/TARNSortedDataSet.h"
 #include "support/UnivariateResults.h"
-#include "tests/harness/TestRun.h"
+#include "tests/support/CollectorRig.h"
 
 namespace {
 
+using harness::Fields;
 using harness::kNoCategory;
 using harness::kNone;
 
-/// A memory store filled with rows, with a collector over it.
-class Store {
- public:
-    Store(harness::Fields& fields, std::vector<std::vector<double>> rows)
-        : stream(std::move(rows)), reader(2048, &stream, false, &none, &fields.List()) {
-        static_cast<void>(reader.ReadAll());
-        sorted = std::make_unique<TARNSortedDataSet>(reader.Begin());
-        collector = std::make_unique<UnivariateCollector>(reader.Begin(), fields.List());
-    }
+// ---- Requests ----
 
-    /// Makes the sorted view of a field, as a run does when a sorted test is planned.
-    void Sort(int field) {
-        sorted->Register(field);
-        collector->SetSortedData(sorted.get());
-    }
-    void Compute() {
-        ASSERT_TRUE(sorted->Build().IsOK());
-        status = collector->Compute();
-    }
+enum Field { kContinuousField, kNumericField, kTextField, kOtherField, kUnknownField };
 
-    harness::RowStream stream;
-    std::vector<int> none;
-    QKTarn::InitialDataReader reader;
-    std::unique_ptr<TARNSortedDataSet> sorted;
-    std::unique_ptr<UnivariateCollector> collector;
-    QKStatus status;
-};
+Fields OneFieldOfEachKind() {
+    Fields fields;
+    fields.Continuous("x").Numeric("n", {1, 2}).Text("t", {"a"}).Other("o");
+    return fields;
+}
 
-TEST(UnivariateCollector, MissingValuesTakeNoPart) {
-    harness::Fields fields;
+TEST(UnivariateCollectorRequest, AnswersByTheKindOfFieldAndTheSortedViews) {
+    for (const bool sorted : {false, true}) {
+        for (int code = -1; code <= 10; ++code) {
+            Fields fields = OneFieldOfEachKind();
+            CollectorRig rig(fields, {{1, 0, 0, 1}});
+            if (sorted) rig.Sort(kContinuousField);
+            SCOPED_TRACE(testing::Message() << "code " << code << (sorted ? ", sorted" : ""));
+            // Quantiles need a sorted view of something. For all else the answer is yes, even where the field has no
+            // such statistic.
+            const bool wantsQuantiles = code == 4 || code == 5 || code == 9;
+            EXPECT_EQ(rig.Request(kContinuousField, code), sorted || !wantsQuantiles);
+            EXPECT_TRUE(rig.Request(kNumericField, code));  // the median category needs no order
+            EXPECT_TRUE(rig.Request(kTextField, code));
+            // Neither has a record that could take it.
+            EXPECT_FALSE(rig.Request(kOtherField, code));
+            EXPECT_FALSE(rig.Request(kUnknownField, code));
+            EXPECT_FALSE(rig.Request(-1, code));
+        }
+    }
+}
+
+TEST(UnivariateCollectorRequest, QuantilesOfAContinuousFieldBeforeAnySortedWorkerExistsAreRefusedAndNotStored) {
+    Fields fields = OneFieldOfEachKind();
+    CollectorRig rig(fields, {{1, 0, 0, 1}, {9, 0, 0, 1}});
+    EXPECT_FALSE(rig.Request(kContinuousField, Statistic::kAll));
+    rig.Sort(kContinuousField);
+    EXPECT_TRUE(rig.Compute().IsOK());
+    const UnivariateResults results(*rig.collector);
+    EXPECT_TRUE(results.HasVariable(kContinuousField));  // the record is made before the refusal
+    EXPECT_EQ(results.GetCount(kContinuousField), 2);
+    EXPECT_EQ(results.GetMean(kContinuousField), 0);
+    EXPECT_EQ(results.GetMin(kContinuousField), QKMV::Missing());
+    EXPECT_EQ(results.GetMedian(kContinuousField), QKMV::Missing());
+    EXPECT_TRUE(results.GetContinuous(kContinuousField)->empty());
+}
+
+TEST(UnivariateCollectorRequest, StatisticThatAFieldDoesNotHaveStoresNothing) {
+    Fields fields = OneFieldOfEachKind();
+    CollectorRig rig(fields, {{1, 1, 0, 1}, {9, 1, 0, 1}});
+    for (const int code : {-1, 7, 8, 10}) EXPECT_TRUE(rig.Request(kContinuousField, code));
+    for (const int code : {-1, 0, 1, 2, 3, 5, 6, 10}) EXPECT_TRUE(rig.Request(kNumericField, code));
+    EXPECT_TRUE(rig.Compute().IsOK());
+    const UnivariateResults results(*rig.collector);
+    EXPECT_EQ(results.GetMean(kContinuousField), 0);
+    EXPECT_EQ(results.GetMax(kContinuousField), QKMV::Missing());
+    EXPECT_EQ(results.GetModeFrequency(kNumericField), 0);
+    EXPECT_EQ(results.GetMedianCategory(kNumericField), 0);
+    std::map<int, std::int32_t> frequencies;
+    EXPECT_TRUE(results.GetFrequencies(kNumericField, frequencies));  // counted whatever is asked for
+    EXPECT_EQ(frequencies, (std::map<int, std::int32_t>{{0, 0}, {1, 2}}));
+}
+
+TEST(UnivariateCollectorRequest, SeveralRequestsOfAFieldAddUp) {
+    Fields fields = OneFieldOfEachKind();
+    CollectorRig rig(fields, {{1, 0, 0, 1}, {9, 0, 0, 1}});
+    for (const int code : {2, 3, 0, 2}) EXPECT_TRUE(rig.Request(kContinuousField, code));
+    EXPECT_TRUE(rig.Compute().IsOK());
+    const UnivariateResults results(*rig.collector);
+    EXPECT_EQ(results.GetMin(kContinuousField), 1);
+    EXPECT_EQ(results.GetMax(kContinuousField), 9);
+    EXPECT_EQ(results.GetMean(kContinuousField), 5);
+    EXPECT_EQ(results.GetCount(kContinuousField), 2);
+}
+
+TEST(UnivariateCollectorRequest, FieldWithoutARecordOfItsOwnIsInNobodysWay) {
+    Fields fields;
+    fields.Other("o").Continuous("x");
+    CollectorRig rig(fields, {{1, 0}, {1, 2}});
+    EXPECT_FALSE(rig.Request(0, Statistic::kMin));
+    EXPECT_TRUE(rig.Request(1, Statistic::kHistogram));
+    EXPECT_TRUE(rig.Compute().IsOK());
+    EXPECT_FALSE(UnivariateResults(*rig.collector).HasVariable(0));
+    EXPECT_EQ(rig.collector->FindContinuous(1)->GetBins().back().mean, 0);  // the second pass ended: there are zeros
+}
+
+// ---- Passes ----
+
+TEST(UnivariateCollectorCompute, WithoutRecordsIsOKAtOnce) {
+    Fields fields;
+    fields.Continuous("x");
+    CollectorRig rig(fields, {});
+    rig.Request(0, Statistic::kHistogram);
+    EXPECT_TRUE(rig.collector->Compute().IsOK());
+    EXPECT_TRUE(rig.collector->FindContinuous(0)->NeedsPass());
+    EXPECT_EQ(rig.collector->FindContinuous(0)->GetMin(), QKMV::Missing());
+}
+
+TEST(UnivariateCollectorCompute, WithoutFieldsIsOK) {
+    Fields fields;
+    fields.Continuous("x");
+    CollectorRig rig(fields, {{1}});
+    EXPECT_TRUE(rig.Compute().IsOK());
+}
+
+TEST(UnivariateCollectorCompute, MissingValuesTakeNoPart) {
+    Fields fields;
     fields.Continuous("x").Numeric("g", {1, 2});
-    Store store(fields, {{1, 0}, {kNone, 1}, {5, kNoCategory}, {-1.0, 1}});
-    EXPECT_TRUE(store.collector->Request(0, Statistic::kMeanAndStdDev));
-    EXPECT_TRUE(store.collector->Request(1, Statistic::kFrequencies));
-    store.Compute();
-    const UnivariateResults results(*store.collector);
+    CollectorRig rig(fields, {{1, 0}, {kNone, 1}, {5, kNoCategory}, {-1.0, 1}});
+    rig.Request(0, Statistic::kMeanAndStdDev);
+    rig.Request(1, Statistic::kFrequencies);
+    EXPECT_TRUE(rig.Compute().IsOK());
+    const UnivariateResults results(*rig.collector);
     EXPECT_EQ(results.GetCount(0), 3);
     EXPECT_DOUBLE_EQ(results.GetMean(0), 5.0 / 3);  // -1 is a value of a continuous field
     EXPECT_EQ(results.GetCount(1), 3);
@@ -61,130 +137,140 @@ TEST(UnivariateCollector, MissingValuesTakeNoPart) {
     EXPECT_EQ(frequencies, (std::map<int, std::int32_t>{{0, 1}, {1, 2}}));
 }
 
-TEST(UnivariateCollector, QuantileRequestBeforeAnySortedWorkerIsRefused) {
-    harness::Fields fields;
-    fields.Continuous("x").Numeric("g", {1, 2});
-    Store store(fields, {{1, 0}});
-    for (const int code : {4, 5, 9}) EXPECT_FALSE(store.collector->Request(0, code)) << code;
-    EXPECT_TRUE(store.collector->Request(1, 4));  // the median category needs no order
-    store.Sort(0);
-    for (const int code : {4, 5, 9}) EXPECT_TRUE(store.collector->Request(0, code)) << code;
+TEST(UnivariateCollectorCompute, HistogramTakesASecondPassOverTheSameRecords) {
+    Fields fields;
+    fields.Continuous("x").Continuous("y");
+    CollectorRig rig(fields, {{4, 1}, {kNone, 2}, {8, 3}});
+    rig.Request(0, Statistic::kHistogram);
+    rig.Request(1, Statistic::kHistogram);
+    rig.Request(1, Statistic::kMean);
+    EXPECT_TRUE(rig.Compute().IsOK());
+    const QKContUnivariateVariable& x = *rig.collector->FindContinuous(0);
+    EXPECT_EQ(x.GetBins().front().count, 1);
+    EXPECT_EQ(x.GetBins().back().count, 1);
+    EXPECT_EQ(x.GetBins().back().mean, 8);
+    EXPECT_FALSE(x.NeedsPass());
+    EXPECT_EQ(rig.collector->FindContinuous(1)->GetCount(), 3);  // the moments come from the first pass alone
+    EXPECT_EQ(rig.collector->FindContinuous(1)->GetMean(), 2);
 }
 
-TEST(UnivariateCollector, ARequestForWhatAFieldDoesNotHaveIsTakenAllTheSame) {
-    harness::Fields fields;
+/// Whether the zeros of a field came into an interval of their own, which its second end of a pass makes.
+bool HasIntervalOfZeros(const CollectorRig& rig, int field) {
+    const HistogramBin& last = rig.collector->FindContinuous(field)->GetBins().back();
+    return last.mean == 0 && last.count > 0;
+}
+
+TEST(UnivariateCollectorCompute, FieldBehindOneThatNeedsNoPassGetsNoSecondEnd) {
+    Fields fields;
+    fields.Continuous("a").Continuous("b").Numeric("g", {1}).Continuous("c");
+    CollectorRig rig(fields, {{0, 0, 0, 0}, {2, 2, 0, 2}});
+    for (const int field : {0, 1, 3}) rig.Request(field, Statistic::kHistogram);
+    rig.Request(2, Statistic::kFrequencies);
+    EXPECT_TRUE(rig.Compute().IsOK());
+    EXPECT_TRUE(HasIntervalOfZeros(rig, 0));
+    EXPECT_TRUE(HasIntervalOfZeros(rig, 1));
+    EXPECT_FALSE(HasIntervalOfZeros(rig, 3));
+    // It saw the records of the second pass all the same.
+    EXPECT_EQ(rig.collector->FindContinuous(3)->GetBins().size(), 401u);
+    EXPECT_EQ(rig.collector->FindContinuous(3)->GetBins().back().count, 1);
+    EXPECT_EQ(rig.collector->FindContinuous(3)->GetBins().back().mean, 2);
+    EXPECT_TRUE(rig.collector->FindContinuous(3)->NeedsPass());
+}
+
+TEST(UnivariateCollectorCompute, ContinuousFieldOfOnePassEndsTheWalkAsWell) {
+    Fields fields;
+    fields.Continuous("m").Continuous("h");
+    CollectorRig rig(fields, {{1, 0}, {2, 2}});
+    rig.Request(0, Statistic::kMean);
+    rig.Request(1, Statistic::kHistogram);
+    EXPECT_TRUE(rig.Compute().IsOK());
+    EXPECT_FALSE(HasIntervalOfZeros(rig, 1));
+    EXPECT_EQ(rig.collector->FindContinuous(1)->GetMax(), 2);  // the end of the first pass was told to both
+}
+
+TEST(UnivariateCollectorCompute, FieldsComeInTheOrderOfTheirIndicesNotOfTheRequests) {
+    Fields fields;
+    fields.Numeric("g", {1}).Continuous("h");
+    CollectorRig rig(fields, {{0, 0}, {0, 2}});
+    rig.Request(1, Statistic::kHistogram);
+    rig.Request(0, Statistic::kFrequencies);
+    EXPECT_TRUE(rig.Compute().IsOK());
+    EXPECT_FALSE(HasIntervalOfZeros(rig, 1));
+}
+
+// ---- Quantiles ----
+
+TEST(UnivariateCollectorCompute, HingesOfAFieldWithMissingValuesInAnyOrder) {
+    Fields fields;
     fields.Continuous("x");
-    Store store(fields, {{1}});
-    EXPECT_TRUE(store.collector->Request(0, Statistic::kFrequencies));
-    EXPECT_TRUE(UnivariateResults(*store.collector).HasVariable(0));
-}
-
-TEST(UnivariateCollector, FieldOfKind4AndUnknownFieldGetNoRecord) {
-    harness::Fields fields;
-    fields.Continuous("x").Other("o");
-    Store store(fields, {{1, 2}});
-    EXPECT_FALSE(store.collector->Request(1, Statistic::kMin));
-    EXPECT_FALSE(store.collector->Request(7, Statistic::kMin));
-    EXPECT_FALSE(UnivariateResults(*store.collector).HasVariable(1));
-    EXPECT_TRUE(store.collector->Request(0, Statistic::kMin));
-    store.Compute();
-    EXPECT_EQ(UnivariateResults(*store.collector).GetMin(0), 1);
-}
-
-TEST(UnivariateCollector, HingesOfAFieldWithMissingValuesInAnyOrder) {
-    harness::Fields fields;
-    fields.Continuous("x");
-    Store store(fields, {{8}, {kNone}, {1}, {7}, {3}});
-    store.Sort(0);
-    EXPECT_TRUE(store.collector->Request(0, Statistic::kQuantiles));
-    store.Compute();
-    const UnivariateResults results(*store.collector);
+    CollectorRig rig(fields, {{8}, {kNone}, {1}, {7}, {3}});
+    rig.Sort(0);
+    EXPECT_TRUE(rig.Request(0, Statistic::kMedian));  // stored as quantiles
+    EXPECT_TRUE(rig.Compute().IsOK());
+    const UnivariateResults results(*rig.collector);
     EXPECT_EQ(results.GetFirstQuartile(0), 2);  // n = 4: positions 1.5, 2.5, 3.5 of 1 3 7 8
     EXPECT_EQ(results.GetMedian(0), 5);
     EXPECT_EQ(results.GetThirdQuartile(0), 7.5);
+    EXPECT_EQ(results.GetMin(0), 1);  // the steps keep the range, which nobody asked for
+    EXPECT_EQ(results.GetMax(0), 8);
+    EXPECT_EQ(results.GetMean(0), 0);
 }
 
-TEST(UnivariateCollector, QuantilesOfAFieldWithoutASortedViewEndIn220005) {
-    harness::Fields fields;
-    fields.Continuous("x").Continuous("y");
-    Store store(fields, {{1, 2}, {2, 3}});
-    store.Sort(0);
-    EXPECT_TRUE(store.collector->Request(1, Statistic::kQuantiles));
-    store.Compute();
-    EXPECT_EQ(store.status, QKStatus(220005));
+TEST(UnivariateCollectorCompute, HingesTakeTruncatedWeightsAndPassOverAMissingOne) {
+    Fields fields;
+    fields.Continuous("x").Weight("w");
+    CollectorRig rig(fields, {{10, 5.9}, {2, 1.2}, {1, 2.9}});
+    rig.collector->SetWeight(1);
+    rig.Sort(0);
+    rig.Request(0, Statistic::kQuantiles);
+    EXPECT_TRUE(rig.Compute().IsOK());
+    EXPECT_EQ(rig.collector->FindContinuous(0)->GetFirstQuartile(), 1.5);  // 1 1 2 10 10 10 10 10
+    EXPECT_EQ(rig.collector->FindContinuous(0)->GetMedian(), 10);
+
+    // A missing weight counts as the smallest integer, so that every position lies below the first value; but its own
+    // value, the smallest one, is not that first value.
+    CollectorRig missing(fields, {{1, kNone}, {2, 1}, {3, 1}});
+    missing.collector->SetWeight(1);
+    missing.Sort(0);
+    missing.Request(0, Statistic::kQuantiles);
+    EXPECT_TRUE(missing.Compute().IsOK());
+    EXPECT_EQ(missing.collector->FindContinuous(0)->GetFirstQuartile(), 2);
+    EXPECT_EQ(missing.collector->FindContinuous(0)->GetMedian(), 2);
+    EXPECT_EQ(missing.collector->FindContinuous(0)->GetThirdQuartile(), 2);
 }
 
-TEST(UnivariateCollector, FieldBehindOneThatNeedsNoPassGetsNoSecondEnd) {
-    // The zeros of x make an interval where nothing stands before it, and none behind a field of one pass.
-    harness::Fields alone;
-    alone.Continuous("x");
-    Store first(alone, {{0}, {2}});
-    first.collector->Request(0, Statistic::kHistogram);
-    first.Compute();
-    EXPECT_EQ(first.collector->FindContinuous(0)->GetBins().back().count, 1);
-    EXPECT_EQ(first.collector->FindContinuous(0)->GetBins().size(), 402u);
-
-    harness::Fields behind;
-    behind.Numeric("g", {1}).Continuous("x");
-    Store second(behind, {{0, 0}, {0, 2}});
-    second.collector->Request(0, Statistic::kFrequencies);
-    second.collector->Request(1, Statistic::kHistogram);
-    second.Compute();
-    EXPECT_EQ(second.collector->FindContinuous(1)->GetBins().size(), 401u);
-    EXPECT_EQ(second.collector->FindContinuous(1)->GetBins().back().mean, 2);  // no interval of zeros behind it
+TEST(UnivariateCollectorCompute, QuantilesOfAFieldWithoutASortedViewAre220005AndStopTheFieldsBehind) {
+    Fields fields;
+    fields.Continuous("a").Continuous("b").Continuous("c").Continuous("s");
+    CollectorRig rig(fields, {{1, 2, 3, 4}, {2, 3, 5, 6}});
+    rig.Sort(3);
+    rig.Request(0, Statistic::kAll);
+    rig.Request(0, Statistic::kMeanAndStdDev);
+    EXPECT_TRUE(rig.Request(1, Statistic::kQuantiles));
+    rig.Request(2, Statistic::kMeanAndStdDev);
+    rig.sorted->Register(0);
+    EXPECT_EQ(rig.Compute(), QKStatus(220005));
+    EXPECT_EQ(rig.collector->FindContinuous(0)->GetMedian(), 1.5);
+    EXPECT_EQ(rig.collector->FindContinuous(0)->GetStdDev(), 0.70710678118654757);  // root of 1/2: its pass ended
+    EXPECT_EQ(rig.collector->FindContinuous(2)->GetMean(), 4);
+    EXPECT_EQ(rig.collector->FindContinuous(2)->GetStdDev(), 0);  // its pass did not end
+    for (const HistogramBin& bin : rig.collector->FindContinuous(0)->GetBins()) EXPECT_EQ(bin.count, 0);
 }
 
-TEST(UnivariateCollector, WeightSetLateHoldsForRecordsThatExist) {
-    harness::Fields fields;
-    fields.Continuous("x").Continuous("w");
-    Store store(fields, {{1, 2}, {4, 3}});
-    store.collector->Request(0, Statistic::kMeanAndStdDev);
-    store.collector->SetWeight(1);
-    store.Compute();
-    EXPECT_EQ(UnivariateResults(*store.collector).GetCount(0), 5);
-}
+// ---- The weight ----
 
-TEST(UnivariateCollector, WithoutRecordsComputesNothing) {
-    harness::Fields fields;
-    fields.Continuous("x");
-    Store store(fields, {});
-    store.collector->Request(0, Statistic::kHistogram);
-    EXPECT_TRUE(store.collector->Compute().IsOK());
-    EXPECT_TRUE(store.collector->FindContinuous(0)->NeedsPass());
-}
-
-TEST(UnivariateResults, AnswersForFieldsThatAreNotThereAndOfTheOtherFamily) {
-    harness::Fields fields;
-    fields.Continuous("x").Numeric("g", {1, 2});
-    Store store(fields, {{1, 0}});
-    store.collector->Request(0, Statistic::kMean);
-    store.collector->Request(1, Statistic::kFrequencies);
-    store.Compute();
-    const UnivariateResults results(*store.collector);
-    std::map<int, std::int32_t> frequencies{{9, 9}};
-    const std::map<int, std::int32_t> before = frequencies;
-
-    for (const int absent : {1, 5, -1}) {  // the categorical field, and two that are not there
-        EXPECT_EQ(results.GetMean(absent), QKMV::Missing());
-        EXPECT_EQ(results.GetMin(absent), QKMV::Missing());
-        EXPECT_EQ(results.GetMax(absent), QKMV::Missing());
-        EXPECT_EQ(results.GetMedian(absent), QKMV::Missing());
-        EXPECT_EQ(results.GetFirstQuartile(absent), QKMV::Missing());
-        EXPECT_EQ(results.GetThirdQuartile(absent), QKMV::Missing());
-        EXPECT_EQ(results.GetStdDev(absent), QKMV::Missing());
-        EXPECT_EQ(results.GetContinuous(absent), nullptr);
-    }
-    for (const int absent : {0, 5, -1}) {
-        EXPECT_EQ(results.GetMedianCategory(absent), -1);
-        EXPECT_EQ(results.GetModeFrequency(absent), -1);
-        EXPECT_EQ(results.GetCategoryCount(absent), -1);
-        EXPECT_FALSE(results.GetFrequencies(absent, frequencies));
-        EXPECT_EQ(frequencies, before);
-    }
-    EXPECT_EQ(results.GetCount(5), -1);
-    EXPECT_FALSE(results.HasVariable(5));
-    EXPECT_TRUE(results.HasVariable(1));
-    EXPECT_EQ(results.GetCategoryCount(1), 2);
+TEST(UnivariateCollectorCompute, WeightSetLateHoldsForRecordsThatExistAndForLaterOnes) {
+    Fields fields;
+    fields.Continuous("x").Numeric("g", {1}).Continuous("w");
+    CollectorRig rig(fields, {{1, 0, 2.5}, {4, 0, 3}});
+    rig.Request(0, Statistic::kMean);
+    rig.collector->SetWeight(2);
+    rig.Request(1, Statistic::kModeFrequency);
+    EXPECT_TRUE(rig.Compute().IsOK());
+    const UnivariateResults results(*rig.collector);
+    EXPECT_EQ(results.GetCount(0), 5);
+    EXPECT_DOUBLE_EQ(results.GetMean(0), 2.8);
+    EXPECT_EQ(results.GetModeFrequency(1), 5);
 }
 
 }  // namespace

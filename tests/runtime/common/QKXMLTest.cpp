@@ -3,12 +3,17 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
 #include <limits>
 #include <memory>
 #include <pugixml.hpp>
 #include <sstream>
 #include <string>
 #include <vector>
+
+#include "tests/harness/Command.h"
 
 using QKXML::ReplaceSep;
 using QKXML::XMLElement;
@@ -79,16 +84,50 @@ TEST(QKXMLTest, ReplaceSepWritesTheLongestNumber) {
     EXPECT_EQ(text.substr(text.size() - 7), ".000000");
 }
 
-TEST(QKXMLTest, ReplaceSepHasAPointInALocaleWithAComma) {
-    const std::string before = std::setlocale(LC_NUMERIC, nullptr);
-    const char* found = nullptr;
-    for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8", "fr_FR.utf8", "nl_NL.UTF-8"}) {
-        if ((found = std::setlocale(LC_NUMERIC, name)) != nullptr) break;
+namespace {
+
+/// While it lives, the numbers of the process have a decimal comma. A machine need not have such a locale, so one is
+/// made in the layout that the C library reads: a magic number with the category in it, the number of items, their
+/// places in the file, and the items.
+class DecimalComma {
+ public:
+    DecimalComma() : before_(std::setlocale(LC_NUMERIC, nullptr)) {
+        const std::uint32_t head[] = {0x20031115u ^ LC_NUMERIC, 6, 32, 34, 35, 40, 44, 48};
+        const char texts[] = ",\0\0\0\0\0\0";  // decimal point, no separator of thousands, no groups, filled to 8
+        const std::uint32_t wideCharacters[] = {',', 0};
+        const char codeset[] = "UTF-8";
+        std::string file(reinterpret_cast<const char*>(head), sizeof head);
+        file.append(texts, sizeof texts);
+        file.append(reinterpret_cast<const char*>(wideCharacters), sizeof wideCharacters);
+        file.append(codeset, sizeof codeset);
+        std::filesystem::create_directory(folder_.Path("comma"));
+        folder_.Write("comma/LC_NUMERIC", file);
+        setenv("LOCPATH", folder_.Path("").c_str(), 1);
+        std::setlocale(LC_NUMERIC, "comma");
     }
-    const std::string text = ReplaceSep(-1234.5, "%.15g");
-    std::setlocale(LC_NUMERIC, before.c_str());
+    ~DecimalComma() {
+        std::setlocale(LC_NUMERIC, before_.c_str());
+        unsetenv("LOCPATH");
+    }
+    DecimalComma(const DecimalComma&) = delete;
+    DecimalComma& operator=(const DecimalComma&) = delete;
+
+ private:
+    std::string before_;
+    harness::ScratchFolder folder_;
+};
+
+}  // namespace
+
+TEST(QKXMLTest, ReplaceSepHasAPointInALocaleWithAComma) {
+    std::string text;
+    {
+        const DecimalComma comma;
+        ASSERT_STREQ(std::localeconv()->decimal_point, ",");
+        text = ReplaceSep(-1234.5, "%.15g");
+    }
     EXPECT_EQ(text, "-1234.5");
-    if (found == nullptr) GTEST_SKIP() << "no locale with a comma is installed";
+    EXPECT_STREQ(std::localeconv()->decimal_point, ".");
 }
 
 // ---- Trees ----
