@@ -308,11 +308,11 @@ TEST(TARNPlannerTest, AFailedAllocationAnywhereEndsInAStatusAndTheNextRunIsAsIfN
             status = engine.algorithm->Run(stream);
             failed = component_test::AllocationFailure::HasFailed();
         }
-        if (!status.IsOK()) EXPECT_TRUE(status == QKStatus(220002) || status == QKStatus(220012));
+        EXPECT_TRUE(status.IsOK() || status == QKStatus(220002) || status == QKStatus(220012));
         EXPECT_EQ(engine.algorithm->IsComplete(), status.IsOK());
         std::string text;
         EXPECT_EQ(engine.Write(text), status.IsOK() ? QKStatus() : QKStatus(6));
-        if (!failed) EXPECT_EQ(text, expected);
+        EXPECT_TRUE(failed || text == expected);
     }
     std::string again;
     EXPECT_TRUE(engine.Run(kPairs).IsOK());

@@ -8,8 +8,10 @@
 #include <vector>
 
 #include "planning/TARNFactory.h"
+#include "planning/TARNResultWriter.h"
 #include "support/QKVecValue.h"
 #include "tests/harness/TestRun.h"
+#include "tests/support/CollectorRig.h"
 
 namespace {
 
@@ -34,6 +36,12 @@ std::vector<std::string> ChildrenOf(const pugi::xml_node& node) {
 }
 
 using Texts = std::vector<std::string>;
+
+/// The text with a ">" as it is, which an attribute may hold either way.
+std::string Plain(std::string text) {
+    for (std::size_t at; (at = text.find("&gt;")) != std::string::npos;) text.replace(at, 4, ">");
+    return text;
+}
 
 QKSettings OneSignTest() {
     QKSettings settings;
@@ -96,6 +104,79 @@ TEST(ResultDocument, TestsTellTheirNumberAndTheLevelsOfTheRun) {
     const Document usual = harness::Run(OneSignTest(), again, {{1, 2}}).document;
     EXPECT_EQ(AttributesOf(usual.Output().child("NonParametricTests")),
               (Texts{"number=1", "sigLevel=0.05", "confidenceLevel=0.95", "missingTreatment=analysis"}));
+}
+
+// ---- The writer by itself ----
+
+std::shared_ptr<QKXML::XMLElement> Algorithm(const char* name) {
+    std::shared_ptr<QKXML::XMLElement> element = QKXML::XMLElement::Create("Algorithm");
+    element->AddAttribute("name", name);
+    return element;
+}
+
+std::string Written(const QKVarList& fields, const UnivariateCollector& univariates,
+                    const TARNResultWriter::Elements& elements, const TARNRunParameters& parameters) {
+    const TARNResultWriter writer(fields, UnivariateResults(univariates), elements, parameters);
+    std::ostringstream out;
+    writer.Write(out, {"Studio", "", "\"us\" & <them>"});
+    return out.str();
+}
+
+TEST(TARNResultWriter, WritesTheWholeDocumentOfAnExample) {
+    Fields table;
+    table.Weight("n");
+    table.List().AddNewVar(std::make_shared<QKCatVar>(
+        "g", "Group & co", true, std::vector<QKCatVar::StringCategory>{{"a\"b", "label"}, {"\xC3\xA9", ""}}));
+    table.List().SetCounts({2.5, 3, 1, 0, 0.5});
+    CollectorRig rig(table, {{2, 1}, {1.9, 0}});
+    rig.collector->SetWeight(0);
+    rig.Request(0, Statistic::kMin);
+    rig.Request(1, Statistic::kFrequencies);
+    ASSERT_TRUE(rig.Compute().IsOK());
+
+    TARNRunParameters parameters;
+    parameters.modelId = -7;
+    parameters.analysisMissing = false;
+    parameters.sigLevel = 1.0 / 3;
+    parameters.confidenceLevel = 0.99;
+    parameters.weightIndex = 0;
+    const TARNResultWriter::Elements elements{Algorithm("second"), Algorithm("first")};
+    const std::string expected =
+        R"(<?xml version="1.0" encoding="UTF-8"?>)"
+        R"(<Tabulon xmlns="urn:tarn:tabulon:1.0" xmlns:xsi="http://www.w3.org/2001/XMLSchema-instance" version="1.0")"
+        R"( xsi:schemaLocation="urn:tarn:tabulon:1.0 tabulon-1.0.xsd">)"
+        R"(<PMMLModel modelID="-7" modelType="NonParametricTests"><PredictiveSummary/></PMMLModel>)"
+        R"(<DescriptiveModel modelID="-7"><DescriptiveSummary><Counts totalFreq="2.5" totalCount="3" droppedCount="1")"
+        R"( badWeightCount="0" droppedFreq="0.5"/></DescriptiveSummary></DescriptiveModel>)"
+        R"(<Extension extender="tarn"><TARNOutput>)"
+        R"(<Header copyright="&quot;us&quot; &amp; &lt;them&gt;"><Application name="Studio"/></Header>)"
+        R"(<DataDictionary numberOfFields="2">)"
+        R"(<DataField index="0" name="n" optype="continuous" dataType="double"/>)"
+        R"(<DataField index="1" name="g" displayName="Group &amp; co" optype="ordinal" dataType="string">)"
+        R"(<Value index="0" value="a&quot;b" displayValue="label" property="valid"/>)"
+        "<Value index=\"1\" value=\"\xC3\xA9\" property=\"valid\"/></DataField></DataDictionary>"
+        R"(<NonParametricTests number="2" sigLevel="0.333333333333333" confidenceLevel="0.99")"
+        R"( missingTreatment="listwise"><Algorithm name="second"/><Algorithm name="first"/></NonParametricTests>)"
+        R"(<FieldInfos><FieldInfo varIndex="1"><StructuredTable name="CategoricalDistribution">)"
+        R"(<Attribute name="TotalN" value="3"/><SimpleTable name="Interval"><RowNames>count;value</RowNames>)"
+        R"(<ColumnNames/><Row>1;2</Row><Row>0;1</Row></SimpleTable></StructuredTable></FieldInfo></FieldInfos>)"
+        R"(</TARNOutput></Extension></Tabulon>)";
+    const std::string written = Written(table.List(), *rig.collector, elements, parameters);
+    EXPECT_EQ(Plain(written), Plain(expected));
+    EXPECT_EQ(Written(table.List(), *rig.collector, elements, parameters), written);  // the elements are still there
+}
+
+TEST(TARNResultWriter, WithoutFieldsAndTestsKeepsItsElements) {
+    const QKVarList fields;
+    Fields one;
+    one.Continuous("x");
+    const CollectorRig rig(one, {{1}});
+    const Document document(Written(fields, *rig.collector, {}, {}));
+    EXPECT_EQ(AttributesOf(document.Output().child("DataDictionary")), Texts{"numberOfFields=0"});
+    EXPECT_EQ(AttributesOf(document.Output().child("NonParametricTests")),
+              (Texts{"number=0", "sigLevel=0", "confidenceLevel=0", "missingTreatment=analysis"}));
+    EXPECT_EQ(ChildrenOf(document.Output()), (Texts{"Header", "DataDictionary", "NonParametricTests", "FieldInfos"}));
+    EXPECT_TRUE(ChildrenOf(document.Output().child("FieldInfos")).empty());
 }
 
 // ---- The header ----

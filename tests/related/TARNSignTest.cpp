@@ -5,9 +5,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <memory>
+#include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "related/TARNSign.h"
@@ -102,9 +106,106 @@ INSTANTIATE_TEST_SUITE_P(
         Counts{5, 5, "1", 0, 1, "1.58113883008419", "retain"},
         Counts{20, 20, "(absent)", 0, 1, "3.16227766016838", "retain"}));
 
-TEST(TARNSign, ExactSignificanceComesWithAHelpMessageBelow26Cases) {
+/// A test over its own settings alone, fed by hand: records of (first field, second field, weight).
+class FedTest : public TARNSign {
+ public:
+    explicit FedTest(const std::vector<int>& pair = {0, 1}) : TARNSign(SettingsOf(pair)) {}
+
+    void Pass(const Rows& rows) {
+        EXPECT_TRUE(BeginPass().IsOK());
+        for (const std::vector<double>& row : rows) {
+            Record record(row.size());
+            std::copy(row.begin(), row.end(), record.begin());
+            EXPECT_TRUE(ProcessRecord(record).IsOK());
+        }
+        static_cast<void>(EndPass());
+    }
+    Table Result() {
+        const std::unique_ptr<QKXML::XMLElement> element(MakeResultElement());
+        std::ostringstream text;
+        QKXML::WriteTree(text, nullptr, element.get(), 0);
+        auto document = std::make_shared<pugi::xml_document>();
+        EXPECT_TRUE(document->load_string(text.str().c_str()));
+        return Table(document->document_element(), document);
+    }
+
+ private:
+    static std::unique_ptr<QKSettings> SettingsOf(const std::vector<int>& pair) {
+        auto settings = std::make_unique<QKSettings>();
+        AddVecSetting(*settings, "variableIndex", pair, false);
+        settings->AddSetting("weightVariableIndex", 2.0);
+        return settings;
+    }
+};
+
+/// How many of the 2^n sequences of signs have at most `k` positive ones.
+std::uint64_t SequencesUpTo(int k, int n) {
+    std::uint64_t sum = 0;
+    std::uint64_t binomial = 1;
+    for (int i = 0; i <= k; ++i) {
+        sum += binomial;
+        binomial = binomial * static_cast<std::uint64_t>(n - i) / static_cast<std::uint64_t>(i + 1);
+    }
+    return sum;
+}
+
+TEST(TARNSign, EverySplitOfUpTo25CasesHasTheSignificancesOfItsEnumeration) {
+    for (int n = 1; n <= 27; ++n) {
+        for (int positive = 0; positive <= n; ++positive) {
+            SCOPED_TRACE(testing::Message() << positive << " of " << n);
+            FedTest test;
+            test.Pass({{0, 1, double(positive)}, {5, 3, double(n - positive)}});
+            const Table result = test.Result();
+            const Table statistics = result.Sub("StatisticsResult");
+
+            const double excess = std::max(std::fabs(positive - n / 2.0) - 0.5, 0.0);
+            const double z = std::copysign(excess / std::sqrt(n / 4.0), positive - n / 2.0);
+            double deciding = std::erfc(std::fabs(z) / std::sqrt(2.0));  // both tails of the normal distribution
+            EXPECT_NEAR(Number(statistics, "StandardTestStatistic"), z, 1e-14 * std::fabs(z));
+            EXPECT_NEAR(Number(statistics, "AsymptoticSig2Tailed"), deciding, 2e-15);
+            EXPECT_EQ(statistics.HasRow("ExactSig2Tailed"), n < 26);
+            EXPECT_EQ(MessagesOf(result).size(), n < 26 ? 1u : 0u);
+            if (n < 26) {
+                const double tail =
+                    std::ldexp(static_cast<double>(SequencesUpTo(std::min(positive, n - positive), n)), -n);
+                deciding = std::min(2 * tail, 1.0);
+                EXPECT_NEAR(Number(statistics, "ExactSig2Tailed"), deciding, 2e-15);
+            }
+            EXPECT_EQ(result.Attribute("decision"), deciding < 0.05 ? "reject" : "retain");
+        }
+    }
+}
+
+TEST(TARNSign, OnePositiveDifference) {
+    // The lower tail is 1, the upper one 1/2; the excess of 0.5 is corrected to exactly 0.
+    const Table statistics = RunPair({{1, 4}}).document.Test(0).Sub("StatisticsResult");
+    EXPECT_EQ(statistics.Row("TestStatistic"), "1");
+    EXPECT_EQ(statistics.Row("ExactSig2Tailed"), "1");
+    EXPECT_EQ(statistics.Row("StandardTestStatistic"), "0");
+    EXPECT_EQ(statistics.Row("AsymptoticSig2Tailed"), "1");
+}
+
+TEST(TARNSign, PositiveCountOf0HasAnUpperTailOf1) {
+    // scipy.stats.binomtest(0, 25, 0.5).pvalue is twice the lower tail of 2^-25.
+    const Table statistics = RunPair(Differences(0, 25, 0)).document.Test(0).Sub("StatisticsResult");
+    EXPECT_EQ(statistics.Row("ExactSig2Tailed"), "5.96046447753906e-08");
+}
+
+TEST(TARNSign, LargeSamplesOfKnownStatistics) {
+    // mpmath: 2 * ncdf(-2.3) of 62 among 100, and of 152 among 300, whose excess of 2 is corrected to 1.5.
+    const Table first = RunPair(Differences(62, 38, 0)).document.Test(0).Sub("StatisticsResult");
+    EXPECT_EQ(first.Row("StandardTestStatistic"), "2.3");
+    EXPECT_NEAR(Number(first, "AsymptoticSig2Tailed"), 0.021448220043351611, 1e-15);
+    const Table second = RunPair(Differences(152, 148, 0)).document.Test(0).Sub("StatisticsResult");
+    EXPECT_EQ(second.Row("StandardTestStatistic"), "0.173205080756888");
+    EXPECT_NEAR(Number(second, "AsymptoticSig2Tailed"), 0.86249023013592159, 2e-15);
+}
+
+TEST(TARNSign, N25GivesTheExactSignificanceAndItsHelpMessageAndN26GivesNeither) {
     const Outcome exact = RunPair(Differences(18, 7, 0));
     EXPECT_EQ(MessagesOf(exact.document.Test(0)), std::vector<std::string>{"220916 helpMessage"});
+    // All tables follow behind a help message.
+    EXPECT_EQ(exact.document.Test(0).ChildNames().size(), 4u);
     const Outcome asymptotic = RunPair(Differences(18, 8, 0));
     EXPECT_EQ(MessagesOf(asymptotic.document.Test(0)), std::vector<std::string>{});
 }
@@ -186,6 +287,44 @@ TEST(TARNSign, WeightsLoseTheirFractionsAndOneUnder1StillMovesTheRange) {
     EXPECT_EQ(distribution.Row("Ties"), "2");
     // -4 and 7 are the ends of the range, so that 1 stands in an interval of its own though 7 itself has no weight.
     EXPECT_EQ(distribution.SimpleRows("Interval"), (std::vector<std::string>{"1;2;2", "-4;1;0"}));
+}
+
+TEST(TARNSign, WeightUnder1MovesTheRangeOfTheIntervals) {
+    Fields fields = WeightedPair();
+    // Between 1 and 1000 an interval is 2.4975 wide and holds both 1 and 1.5; between 1 and 1.5 it would not.
+    const Outcome outcome = harness::Run(SignOf({"before", "after"}), fields, {{0, 1, 1}, {0, 1.5, 1}, {0, 1000, 0.9}});
+    EXPECT_EQ(outcome.document.Test(0).Sub("ContinuousDistribution").SimpleRows("Interval"),
+              (std::vector<std::string>{"2", "1.25"}));
+    // The same below, where the smallest difference has no weight.
+    const Outcome below =
+        harness::Run(SignOf({"before", "after"}), fields, {{0, -1, 1}, {0, -1.5, 1}, {0, -1000, 0.9}});
+    EXPECT_EQ(below.document.Test(0).Sub("ContinuousDistribution").SimpleRows("Interval"),
+              (std::vector<std::string>{"2", "-1.25"}));
+}
+
+TEST(TARNSign, ZeroDifferencesTakePartInTheRange) {
+    // From 0 on an interval is 0.02505 wide and the last one, from 9.995, holds both; from 10 on it would not.
+    const Outcome outcome = RunPair({{0, 10}, {0, 10.02}, {3, 3}});
+    EXPECT_EQ(outcome.document.Test(0).Sub("ContinuousDistribution").SimpleRows("Interval"),
+              (std::vector<std::string>{"2;1", "10.01;0"}));
+}
+
+TEST(TARNSign, WeightOf0InAnEmptyIntervalLeavesItsMeanNoNumberForGood) {
+    Fields fields = WeightedPair();
+    const Outcome outcome =
+        harness::Run(SignOf({"before", "after"}), fields, {{0, 2, 0.9}, {0, 8, 0.5}, {0, 2, 1}, {0, 5, 1}});
+    // The interval of 8 has no weight at all and is left out.
+    EXPECT_EQ(outcome.document.Test(0).Sub("ContinuousDistribution").SimpleRows("Interval"),
+              (std::vector<std::string>{"1;1", "nan;5"}));
+}
+
+TEST(TARNSign, DifferenceIsTheSecondFieldMinusTheFirstInTheOrderOfTheNames) {
+    for (const auto& [names, positive] : std::vector<std::pair<std::vector<std::string>, std::string>>{
+             {{"before", "after"}, "3"}, {{"after", "before"}, "1"}}) {
+        Fields fields = Pair();
+        const Outcome outcome = harness::Run(SignOf(names), fields, {{1, 2}, {1, 3}, {1, 4}, {9, 1}});
+        EXPECT_EQ(outcome.document.Test(0).Sub("StatisticsResult").Row("TestStatistic"), positive);
+    }
 }
 
 TEST(TARNSign, NegativeWeightsTakeAway) {
@@ -324,6 +463,30 @@ TEST(TARNSign, ElementHasItsTablesAndRowsInOrder) {
                                         "Attribute ExactSig2Tailed"}));
 }
 
+TEST(TARNSign, WholeElementOfAnExampleByHand) {
+    // Differences 2, 3, -1, 0: 2 of 3 positive. Exact: twice P(X >= 2) = 1/2, cut at 1. Standard error the root of 3,
+    // halved; the excess of 0.5 is corrected to 0. Intervals 0.01 wide, each difference in its own.
+    const Outcome outcome = RunPair({{1, 3}, {1, 4}, {2, 1}, {6, 6}});
+    std::ostringstream text;
+    outcome.document.Test(0).Node().print(text, "", pugi::format_raw);
+    EXPECT_EQ(
+        text.str(),
+        R"(<Algorithm name="RSign" type="hypothesis_test" classification="Related_Samples" decision="retain">)"
+        R"(<StructuredTable name="Condition"><Attribute name="ConditionKey" value="R_Sign_2"/>)"
+        R"(<Attribute name="%0" value="0"/><Attribute name="%1" value="1"/></StructuredTable>)"
+        R"(<StructuredTable name="WarningMessages"><StructuredTable name="Message">)"
+        R"(<Attribute name="code" value="220916"/><Attribute name="type" value="helpMessage"/>)"
+        R"(<Attribute name="paramNum" value="0"/></StructuredTable></StructuredTable>)"
+        R"(<StructuredTable name="ContinuousDistribution"><Attribute name="NegativeDifferences" value="1"/>)"
+        R"(<Attribute name="Ties" value="1"/><Attribute name="PositiveDifferences" value="2"/>)"
+        R"(<SimpleTable name="Interval"><RowNames>count;value</RowNames><ColumnNames/>)"
+        R"(<Row>1;1;1;1</Row><Row>-1;2;3;0</Row></SimpleTable></StructuredTable>)"
+        R"(<StructuredTable name="StatisticsResult"><Attribute name="TotalN" value="4"/>)"
+        R"(<Attribute name="TestStatistic" value="2"/><Attribute name="StandardError" value="0.866025403784439"/>)"
+        R"(<Attribute name="StandardTestStatistic" value="0"/><Attribute name="AsymptoticSig2Tailed" value="1"/>)"
+        R"(<Attribute name="ExactSig2Tailed" value="1"/></StructuredTable></Algorithm>)");
+}
+
 std::unique_ptr<QKSettings> OwnSettings(const std::vector<int>& pair) {
     auto settings = std::make_unique<QKSettings>();
     AddVecSetting(*settings, "variableIndex", pair, false);
@@ -355,6 +518,44 @@ TEST(TARNSign, AsksForThePairAndNotForTheWeight) {
     std::vector<int> used{9};
     test.GetUsedVariables(used);
     EXPECT_EQ(used, (std::vector<int>{9, 3, 1}));
+}
+
+TEST(TARNSign, WithoutALevelInItsSettingsItIs5Percent) {
+    // 6 of 6: 0.03125, which 0.05 exceeds; 5 of 5: 0.0625.
+    for (const auto& [positive, decision] : std::vector<std::pair<double, std::string>>{{6, "reject"}, {5, "retain"}}) {
+        FedTest test;
+        test.Pass({{0, 1, positive}});
+        EXPECT_EQ(test.Result().Attribute("decision"), decision);
+    }
+}
+
+TEST(TARNSign, WithoutRecordsNoSecondPassFollows) {
+    FedTest test;
+    test.Pass({});
+    EXPECT_EQ(test.GetPassKind(), 0);
+    EXPECT_FALSE(test.NeedsAnotherPass());
+    EXPECT_EQ(test.EndPass(), QKStatus(220003));
+    EXPECT_EQ(MessagesOf(test.Result()), std::vector<std::string>{"220003 error"});
+}
+
+TEST(TARNSign, TestInErrorBeginsItsFirstPassAndKeepsItsError) {
+    FedTest good({3, 2});
+    good.AddMessage({QKStatus(220915), MessageKind::kError, {"3"}, {}});
+    EXPECT_EQ(good.BeginPass(), QKStatus(220915));
+    EXPECT_EQ(good.GetPassKind(), 2);  // the estimate of the first pass, for progress alone
+    EXPECT_FALSE(good.NeedsAnotherPass());
+    EXPECT_EQ(good.EndPass(), QKStatus(220915));
+    EXPECT_EQ(MessagesOf(good.Result()), std::vector<std::string>{"220915 error 3"});
+    EXPECT_EQ(good.Result().Sub("Condition").Row("%0"), "3");
+
+    // Equal indices are no second error where one stands; a list that is no pair is.
+    FedTest equal({3, 3});
+    equal.AddMessage({QKStatus(220915), MessageKind::kError, {"3", "3"}, {}});
+    EXPECT_EQ(equal.BeginPass(), QKStatus(220915));
+    FedTest single({3});
+    single.AddMessage({QKStatus(220903), MessageKind::kError, {"x"}, {}});
+    EXPECT_EQ(single.BeginPass(), QKStatus(220918));
+    EXPECT_EQ(MessagesOf(single.Result()), (std::vector<std::string>{"220903 error x", "220918 error"}));
 }
 
 TEST(TARNSign, IndicesThatAreNoPairAre220918) {

@@ -1,14 +1,12 @@
-// Weights, 32-bit arithmetic, and the small formulas that several tests share.
+// Case weights and 32-bit arithmetic.
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <cstdint>
 #include <limits>
 
 #include "support/CaseWeight.h"
 #include "support/Int32.h"
-#include "support/Significance.h"
 
 namespace {
 
@@ -49,24 +47,6 @@ TEST(CaseWeight, WithoutAWeightFieldIsOne) {
     Record record(1);
     record[0] = 5;
     EXPECT_EQ(CaseWeight(record, -1), 1);
-}
-
-TEST(ContinuityCorrection, MovesByHalfTowardsZeroAndIsExactly0UpToHalf) {
-    EXPECT_EQ(CorrectForContinuity(2), 1.5);
-    EXPECT_EQ(CorrectForContinuity(-2), -1.5);
-    EXPECT_EQ(CorrectForContinuity(0.5), 0);
-    EXPECT_EQ(CorrectForContinuity(-0.5), 0);
-    EXPECT_EQ(CorrectForContinuity(0), 0);
-    EXPECT_EQ(CorrectForContinuity(0.75), 0.25);
-}
-
-TEST(TwoTailedNormal, OfKnownStatistics) {
-    EXPECT_EQ(TwoTailedNormal(0), 1);
-    // mpmath: 2 * ncdf(-1.96) with 30 digits is 0.0499957902964409...
-    EXPECT_NEAR(TwoTailedNormal(1.96), 0.0499957902964409, 1e-16);
-    EXPECT_EQ(TwoTailedNormal(-1.96), TwoTailedNormal(1.96));
-    EXPECT_EQ(TwoTailedNormal(10), 0);  // one minus a lower tail that rounds to 1
-    EXPECT_TRUE(std::isnan(TwoTailedNormal(std::numeric_limits<double>::quiet_NaN())));
 }
 
 }  // namespace

@@ -128,7 +128,68 @@ TEST(WarningElement, KindOutsideTheListIsAnError) {
     EXPECT_NE(text.find(R"(name="type" value="error")"), std::string::npos);
 }
 
+TEST(ResultElement, TypesClassificationsAndDecisionsHaveTheirTexts) {
+    const auto attributes = [](ResultType type, TestFamily family, Decision decision) {
+        ResultElement element("T", type, family, decision);
+        return TextOf(element);
+    };
+    EXPECT_EQ(attributes(ResultType::kHypothesisTest, TestFamily::kOneSample, Decision::kRetain),
+              R"(<Algorithm name="T" type="hypothesis_test" classification="One_Sample" decision="retain"/>)");
+    EXPECT_EQ(attributes(ResultType::kConfidenceInterval, TestFamily::kRelatedSamples, Decision::kUnknown),
+              R"(<Algorithm name="T" type="confidence_interval" classification="Related_Samples"/>)");
+    EXPECT_EQ(attributes(ResultType::kConfidenceInterval, TestFamily::kIndependentSamples, Decision::kReject),
+              R"(<Algorithm name="T" type="confidence_interval" classification="Independent_Samples"/>)");
+}
+
+TEST(ResultElement, EndsAtTheMessagesAloneWhateverTheirKind) {
+    struct Row {
+        MessageKind kind;
+        QKStatus status;
+        bool ends;
+    };
+    for (const Row& row :
+         {Row{MessageKind::kError, QKStatus(220003), true}, Row{MessageKind::kWarning, QKStatus(220003), true},
+          Row{MessageKind::kHelpMessage, QKStatus(220003), true}, Row{MessageKind::kWarning, QKStatus(), false},
+          Row{MessageKind::kHelpMessage, QKStatus(), false}, Row{MessageKind::kError, QKStatus(), false},
+          Row{MessageKind::kWarning, QKStatus(220003, true), false}}) {
+        ResultElement element = SignElement();
+        EXPECT_EQ(element.EndsWithMessages({{QKStatus(220003), row.kind, {}, {}}}, row.status), row.ends);
+        EXPECT_NE(TextOf(element).find("WarningMessages"), std::string::npos);
+    }
+}
+
 // ---- Tables ----
+
+TEST(StructuredTable, CategoryThatTheFieldDoesNotKnowShowsItsTextInValsNotInTheCategoreisAndTheTestGoesOn) {
+    ResultElement element = SignElement();
+    StructuredTable table = element.AddTable("T");
+    table.AddUnknownCategories(TableName::kUnknownCategories, {2, -1, 0, -1}, {"b", "x;y", "a", ""});
+    table.Row("further", "row");
+    // A row is named by its position among the unknown ones.
+    EXPECT_NE(TextOf(element).find(R"(<StructuredTable name="T"><StructuredTable name="ValsNotInTheCategoreis">)"
+                                   R"(<Attribute name="0" value="x;y"/><Attribute name="1" value=""/>)"
+                                   R"(</StructuredTable><Attribute name="further" value="row"/></StructuredTable>)"),
+              std::string::npos);
+}
+
+TEST(StructuredTable, WithoutUnknownCategoriesThereIsNoTableOfThem) {
+    ResultElement element = SignElement();
+    StructuredTable table = element.AddTable("T");
+    table.AddUnknownCategories(TableName::kUnknownCategories, {2, 0}, {"b", "a"});
+    table.AddUnknownCategories(TableName::kUnknownCategories, {}, {});
+    EXPECT_NE(TextOf(element).find(R"(<StructuredTable name="T"/>)"), std::string::npos);
+}
+
+TEST(SimpleTable, HoldsItsNamesThenItsRows) {
+    const auto table = MakeSimpleTable("Content", "a;b", "");
+    EXPECT_EQ(TextOf(*table), R"(<SimpleTable name="Content"><RowNames>a;b</RowNames><ColumnNames/></SimpleTable>)");
+    table->AddChild(MakeRowElement("1;<2"));
+    table->AddChild(MakeRowElement(""));
+    EXPECT_EQ(TextOf(*table), R"(<SimpleTable name="Content"><RowNames>a;b</RowNames><ColumnNames/>)"
+                              R"(<Row>1;&lt;2</Row><Row/></SimpleTable>)");
+    EXPECT_EQ(TextOf(*MakeSimpleTable("C", "r", "c;d")),
+              R"(<SimpleTable name="C"><RowNames>r</RowNames><ColumnNames>c;d</ColumnNames></SimpleTable>)");
+}
 
 TEST(StructuredTable, RowsAreFormattedByTheirType) {
     ResultElement element = SignElement();
@@ -158,12 +219,47 @@ TEST(IntervalTable, IntervalWithACountOf0HasNoColumn) {
     EXPECT_EQ(values, "1.5;2.25");
 }
 
-TEST(IntervalTable, ExtendsAFirstColumnThatTheCallerHandsIn) {
-    std::string counts = "count";
-    std::string values = ";0";  // a leading separator goes, whoever put it there
-    MakeIntervalTable({{2, 1.5}}, counts, values);
-    EXPECT_EQ(counts, "count;2");
-    EXPECT_EQ(values, "0;1.5");
+struct FirstColumn {
+    std::string counts, values;        // as handed in
+    std::string endCounts, endValues;  // as they stand in the table, and come back
+};
+
+class IntervalTableBehindAFirstColumn : public testing::TestWithParam<FirstColumn> {};
+
+TEST_P(IntervalTableBehindAFirstColumn, ExtendsWhatTheCallerHandsIn) {
+    std::string counts = GetParam().counts;
+    std::string values = GetParam().values;
+    const auto table = MakeIntervalTable({{2, 1.5}, {0, 9}, {1, -0.25}}, counts, values);
+    EXPECT_EQ(counts, GetParam().endCounts);
+    EXPECT_EQ(values, GetParam().endValues);
+    EXPECT_NE(TextOf(*table).find("<Row>" + counts + "</Row><Row>" + values + "</Row>"), std::string::npos);
+}
+
+INSTANTIATE_TEST_SUITE_P(, IntervalTableBehindAFirstColumn,
+                         testing::Values(FirstColumn{"", "", "2;1", "1.5;-0.25"},
+                                         FirstColumn{"3", "0", "3;2;1", "0;1.5;-0.25"},
+                                         // One leading separator goes, whoever put it there, and no more than one.
+                                         FirstColumn{";3", ";0", "3;2;1", "0;1.5;-0.25"},
+                                         FirstColumn{";;3", "0", ";3;2;1", "0;1.5;-0.25"},
+                                         FirstColumn{"3", "", "3;2;1", "1.5;-0.25"}));
+
+TEST(IntervalTable, ColumnsAreTheNonEmptyIntervalsInTheirOrderTheZerosLast) {
+    std::vector<HistogramBin> bins(400);
+    bins[7] = {5, -2.5};
+    bins[399] = {1, 8};
+    bins.push_back({3, 0});
+    std::string counts;
+    std::string values;
+    MakeIntervalTable(bins, counts, values);
+    EXPECT_EQ(counts, "5;1;3");
+    EXPECT_EQ(values, "-2.5;8;0");
+}
+
+TEST(IntervalTable, MeanThatIsNoNumberShowsAsNan) {
+    std::string counts;
+    std::string values;
+    MakeIntervalTable({{2, std::numeric_limits<double>::quiet_NaN()}}, counts, values);
+    EXPECT_EQ(values, "nan");
 }
 
 TEST(IntervalTable, WithoutIntervalsHasTwoEmptyRows) {
@@ -173,37 +269,5 @@ TEST(IntervalTable, WithoutIntervalsHasTwoEmptyRows) {
         TextOf(*MakeIntervalTable({}, counts, values)),
         R"(<SimpleTable name="Interval"><RowNames>count;value</RowNames><ColumnNames/><Row/><Row/></SimpleTable>)");
 }
-
-// ---- Text makers ----
-
-TEST(TextMakers, SpellNumbersAndTruthValues) {
-    EXPECT_EQ(IntToString(-2147483647 - 1), "-2147483648");
-    EXPECT_EQ(IntToString(1234567), "1234567");
-    EXPECT_EQ(SizeToString(18446744073709551615u), "18446744073709551615");
-    EXPECT_EQ(BoolToString(true), "true");
-    EXPECT_EQ(BoolToString(false), "false");
-}
-
-struct Spelling {
-    double value;
-    const char* text;
-};
-
-class Spellings : public testing::TestWithParam<Spelling> {};
-
-TEST_P(Spellings, OfDoubles) {
-    EXPECT_EQ(DoubleToString(GetParam().value), GetParam().text);
-}
-
-// By the rules of "%.15g"; NaN and infinities as they are defined for documents.
-INSTANTIATE_TEST_SUITE_P(, Spellings,
-                         testing::Values(Spelling{0.0, "0"}, Spelling{5.0, "5"}, Spelling{0.1, "0.1"},
-                                         Spelling{2.0 / 3, "0.666666666666667"}, Spelling{1e15, "1e+15"},
-                                         Spelling{123456789012345.0, "123456789012345"}, Spelling{1e-5, "1e-05"},
-                                         Spelling{-1.7976931348623157e308, "-1.79769313486232e+308"},
-                                         Spelling{std::numeric_limits<double>::quiet_NaN(), "nan"},
-                                         Spelling{-std::numeric_limits<double>::quiet_NaN(), "nan"},
-                                         Spelling{std::numeric_limits<double>::infinity(), "inf"},
-                                         Spelling{-std::numeric_limits<double>::infinity(), "-inf"}));
 
 }  // namespace
