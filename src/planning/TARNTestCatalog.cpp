@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "independent/TARNMannWU.h"
 #include "related/TARNHodgesLehmannPairs.h"
 #include "related/TARNMargHomo.h"
 #include "related/TARNMcNemar.h"
@@ -20,7 +21,7 @@ constexpr std::array kCatalog{
     TARNTestRow{"OKolmogorovSmirnovUniform", kNotBuiltYet},
     TARNTestRow{"OKolmogorovSmirnovPoisson", kNotBuiltYet},
     TARNTestRow{"OKolmogorovSmirnovExponential", kNotBuiltYet},
-    TARNTestRow{"IMannWhitneyU", kNotBuiltYet},
+    TARNTestRow{"IMannWhitneyU", PlanMannWU},
     TARNTestRow{"OWilcoxonSignedRanks", kNotBuiltYet},
     TARNTestRow{"RSign", PlanSign},
     TARNTestRow{"RWilcoxonSignedRanks", PlanWilcoxonPairs},

@@ -71,7 +71,6 @@ TEST(TARNTestCatalogTest, TheseNamesHaveNoPlanBuilderYet) {
         "OKolmogorovSmirnovUniform",
         "OKolmogorovSmirnovPoisson",
         "OKolmogorovSmirnovExponential",
-        "IMannWhitneyU",
         "OWilcoxonSignedRanks",
         "IMoses",
         "RCochransQ",
