@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "independent/TARNHodgesLehmannTwoIndep.h"
 #include "independent/TARNMannWU.h"
 #include "related/TARNHodgesLehmannPairs.h"
 #include "related/TARNMargHomo.h"
@@ -39,7 +40,7 @@ constexpr std::array kCatalog{
     TARNTestRow{"IJonckheereTerpstra", kNotBuiltYet},
     TARNTestRow{"IMedian", kNotBuiltYet},
     TARNTestRow{"RHodgesLehmannEstimatePairs", PlanHodgesLehmannPairs},
-    TARNTestRow{"IHodgesLehmannEstimateGroups", kNotBuiltYet},
+    TARNTestRow{"IHodgesLehmannEstimateGroups", PlanHodgesLehmannTwoIndep},
 };
 
 }  // namespace
