@@ -5,6 +5,7 @@
 
 #include "independent/TARNHodgesLehmannTwoIndep.h"
 #include "independent/TARNMannWU.h"
+#include "independent/TARNMoses.h"
 #include "related/TARNHodgesLehmannPairs.h"
 #include "related/TARNMargHomo.h"
 #include "related/TARNMcNemar.h"
@@ -26,7 +27,7 @@ constexpr std::array kCatalog{
     TARNTestRow{"OWilcoxonSignedRanks", kNotBuiltYet},
     TARNTestRow{"RSign", PlanSign},
     TARNTestRow{"RWilcoxonSignedRanks", PlanWilcoxonPairs},
-    TARNTestRow{"IMoses", kNotBuiltYet},
+    TARNTestRow{"IMoses", PlanMoses},
     TARNTestRow{"RCochransQ", kNotBuiltYet},
     TARNTestRow{"OBinomial", kNotBuiltYet},
     TARNTestRow{"IWaldWolfowitzRuns", kNotBuiltYet},

@@ -116,7 +116,9 @@ TEST_P(TwoGroupsOf, FieldsMadeOfAnotherHaveItsFrequenciesShown) {
 
 INSTANTIATE_TEST_SUITE_P(Tests, TwoGroupsOf,
                          testing::Values(Codes{"IMannWhitneyU", "220712", "220713", "220703", "220715", "220714",
-                                               "220701", "220709", "220710", "220711"}),
+                                               "220701", "220709", "220710", "220711"},
+                                         Codes{"IMoses", "221112", "221113", "221103", "221115", "221114", "221101",
+                                               "221109", "221110", "221111"}),
                          [](const auto& test) { return test.param.test; });
 
 }  // namespace

@@ -72,7 +72,6 @@ TEST(TARNTestCatalogTest, TheseNamesHaveNoPlanBuilderYet) {
         "OKolmogorovSmirnovPoisson",
         "OKolmogorovSmirnovExponential",
         "OWilcoxonSignedRanks",
-        "IMoses",
         "RCochransQ",
         "OBinomial",
         "IWaldWolfowitzRuns",
