@@ -29,12 +29,12 @@ struct Place {
     const char* name;  ///< of the row or the simple table
 };
 
-constexpr Place kBoxPlots{PlaceKind::kRow, "BoxPlotInfo", "GroupFieldIndex"};
+constexpr Place kBoxPlots{PlaceKind::kRow, TableName::kBoxPlotInfo, RowName::kGroupFieldIndex};
 constexpr Place kPairwiseField{PlaceKind::kRow, "PairwiseResult", "fieldIndex"};
 constexpr Place kStepwiseField{PlaceKind::kRow, "StepwiseResult", "fieldIndex"};
 constexpr Place kComparedRows{PlaceKind::kRow, TableName::kCategoryFieldsComparison, RowName::kRowNames};
 constexpr Place kComparedColumns{PlaceKind::kRow, TableName::kCategoryFieldsComparison, RowName::kColumnNames};
-constexpr Place kSamples{PlaceKind::kRowOfEach, "VariableInformation", "GroupIndex"};
+constexpr Place kSamples{PlaceKind::kRowOfEach, "VariableInformation", RowName::kGroupIndex};
 constexpr Place kPairwiseSamples{PlaceKind::kRecordPositions, "PairwiseResult", "PairwiseInfo"};
 constexpr Place kStepwiseSamples{PlaceKind::kRecordPositions, "StepwiseResult", "StepwiseInfo"};
 constexpr Place kClassesOfSamples{PlaceKind::kRowNames, "TwoClassComparison", TableName::kContent};

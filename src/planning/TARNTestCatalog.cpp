@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <array>
 
+#include "independent/TARNHodgesLehmannTwoIndep.h"
+#include "independent/TARNMannWU.h"
+#include "independent/TARNMoses.h"
 #include "related/TARNHodgesLehmannPairs.h"
 #include "related/TARNMargHomo.h"
 #include "related/TARNMcNemar.h"
@@ -20,11 +23,11 @@ constexpr std::array kCatalog{
     TARNTestRow{"OKolmogorovSmirnovUniform", kNotBuiltYet},
     TARNTestRow{"OKolmogorovSmirnovPoisson", kNotBuiltYet},
     TARNTestRow{"OKolmogorovSmirnovExponential", kNotBuiltYet},
-    TARNTestRow{"IMannWhitneyU", kNotBuiltYet},
+    TARNTestRow{"IMannWhitneyU", PlanMannWU},
     TARNTestRow{"OWilcoxonSignedRanks", kNotBuiltYet},
     TARNTestRow{"RSign", PlanSign},
     TARNTestRow{"RWilcoxonSignedRanks", PlanWilcoxonPairs},
-    TARNTestRow{"IMoses", kNotBuiltYet},
+    TARNTestRow{"IMoses", PlanMoses},
     TARNTestRow{"RCochransQ", kNotBuiltYet},
     TARNTestRow{"OBinomial", kNotBuiltYet},
     TARNTestRow{"IWaldWolfowitzRuns", kNotBuiltYet},
@@ -38,7 +41,7 @@ constexpr std::array kCatalog{
     TARNTestRow{"IJonckheereTerpstra", kNotBuiltYet},
     TARNTestRow{"IMedian", kNotBuiltYet},
     TARNTestRow{"RHodgesLehmannEstimatePairs", PlanHodgesLehmannPairs},
-    TARNTestRow{"IHodgesLehmannEstimateGroups", kNotBuiltYet},
+    TARNTestRow{"IHodgesLehmannEstimateGroups", PlanHodgesLehmannTwoIndep},
 };
 
 }  // namespace

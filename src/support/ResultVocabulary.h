@@ -40,6 +40,13 @@ inline constexpr const char* kUnknownColumnCategories = "ColValsNotInTheCategore
 inline constexpr const char* kCategoryFieldsComparison = "CategoryFieldsComparison";
 inline constexpr const char* kContent = "Content";
 inline constexpr const char* kAsymptotic = "Asymptotic";
+/// Followed by the number of the group.
+inline constexpr const char* kGroup = "Group";
+inline constexpr const char* kBoxPlotInfo = "BoxPlotInfo";
+inline constexpr const char* kBox = "Box";
+inline constexpr const char* kOutliers = "Outliers";
+inline constexpr const char* kObservedControlGroup = "ObservedControlGroup";
+inline constexpr const char* kTrimmedControlGroup = "TrimmedControlGroup";
 }  // namespace TableName
 
 /// Names of rows. A name means the same kind of thing in every test.
@@ -71,6 +78,15 @@ inline constexpr const char* kColumnNames = "ColumnNames";
 inline constexpr const char* kColumnSuccessList = "ColumnSuccessList";
 inline constexpr const char* kColumnFailList = "ColumnFailList";
 
+inline constexpr const char* kGroupIndex = "GroupIndex";
+inline constexpr const char* kGroupFieldIndex = "GroupFieldIndex";
+inline constexpr const char* kGroupCount = "GroupCount";
+inline constexpr const char* kN = "N";
+inline constexpr const char* kMeanOfRank = "MeanOfRank";
+inline constexpr const char* kMannWhitneyU = "MannWhitneyU";
+inline constexpr const char* kWilcoxonW = "WilcoxonW";
+inline constexpr const char* kOutliersTrimmed = "OutliersTrimmedFromEachEnd";
+
 inline constexpr const char* kEstimate = "Estimate";
 inline constexpr const char* kLower = "Lower";
 inline constexpr const char* kUpper = "Upper";
@@ -87,4 +103,7 @@ namespace Literal {
 inline constexpr const char* kMissingParameter = "__MISSING__";
 /// The two rows of an interval table.
 inline constexpr const char* kCountAndValue = "count;value";
+/// The columns of a box plot's box and the rows of its outliers.
+inline constexpr const char* kBoxColumns = "smallestNonOutlier;25perc;50perc;75perc;largestNonOutlier";
+inline constexpr const char* kOutlierRows = "Values;CaseID";
 }  // namespace Literal
