@@ -30,14 +30,14 @@ struct Place {
 };
 
 constexpr Place kBoxPlots{PlaceKind::kRow, TableName::kBoxPlotInfo, RowName::kGroupFieldIndex};
-constexpr Place kPairwiseField{PlaceKind::kRow, "PairwiseResult", "fieldIndex"};
-constexpr Place kStepwiseField{PlaceKind::kRow, "StepwiseResult", "fieldIndex"};
+constexpr Place kPairwiseField{PlaceKind::kRow, TableName::kPairwiseResult, RowName::kFieldIndex};
+constexpr Place kStepwiseField{PlaceKind::kRow, TableName::kStepwiseResult, RowName::kFieldIndex};
 constexpr Place kComparedRows{PlaceKind::kRow, TableName::kCategoryFieldsComparison, RowName::kRowNames};
 constexpr Place kComparedColumns{PlaceKind::kRow, TableName::kCategoryFieldsComparison, RowName::kColumnNames};
-constexpr Place kSamples{PlaceKind::kRowOfEach, "VariableInformation", RowName::kGroupIndex};
-constexpr Place kPairwiseSamples{PlaceKind::kRecordPositions, "PairwiseResult", "PairwiseInfo"};
-constexpr Place kStepwiseSamples{PlaceKind::kRecordPositions, "StepwiseResult", "StepwiseInfo"};
-constexpr Place kClassesOfSamples{PlaceKind::kRowNames, "TwoClassComparison", TableName::kContent};
+constexpr Place kSamples{PlaceKind::kRowOfEach, TableName::kVariableInformation, RowName::kGroupIndex};
+constexpr Place kPairwiseSamples{PlaceKind::kRecordPositions, TableName::kPairwiseResult, TableName::kPairwiseInfo};
+constexpr Place kStepwiseSamples{PlaceKind::kRecordPositions, TableName::kStepwiseResult, TableName::kStepwiseInfo};
+constexpr Place kClassesOfSamples{PlaceKind::kRowNames, TableName::kTwoClassComparison, TableName::kContent};
 
 constexpr Place kMosesPlaces[] = {kBoxPlots};
 constexpr Place kGroupsPlaces[] = {kBoxPlots, kPairwiseField, kStepwiseField};

@@ -47,6 +47,13 @@ inline constexpr const char* kBox = "Box";
 inline constexpr const char* kOutliers = "Outliers";
 inline constexpr const char* kObservedControlGroup = "ObservedControlGroup";
 inline constexpr const char* kTrimmedControlGroup = "TrimmedControlGroup";
+/// Followed by the position of the field.
+inline constexpr const char* kVariableInformation = "VariableInformation";
+inline constexpr const char* kTwoClassComparison = "TwoClassComparison";
+inline constexpr const char* kPairwiseResult = "PairwiseResult";
+inline constexpr const char* kPairwiseInfo = "PairwiseInfo";
+inline constexpr const char* kStepwiseResult = "StepwiseResult";
+inline constexpr const char* kStepwiseInfo = "StepwiseInfo";
 }  // namespace TableName
 
 /// Names of rows. A name means the same kind of thing in every test.
@@ -85,6 +92,8 @@ inline constexpr const char* kN = "N";
 inline constexpr const char* kMeanOfRank = "MeanOfRank";
 inline constexpr const char* kMannWhitneyU = "MannWhitneyU";
 inline constexpr const char* kWilcoxonW = "WilcoxonW";
+inline constexpr const char* kFieldIndex = "fieldIndex";
+inline constexpr const char* kKendallsW = "KendallsW";
 inline constexpr const char* kOutliersTrimmed = "OutliersTrimmedFromEachEnd";
 
 inline constexpr const char* kEstimate = "Estimate";
@@ -106,4 +115,10 @@ inline constexpr const char* kCountAndValue = "count;value";
 /// The columns of a box plot's box and the rows of its outliers.
 inline constexpr const char* kBoxColumns = "smallestNonOutlier;25perc;50perc;75perc;largestNonOutlier";
 inline constexpr const char* kOutlierRows = "Values;CaseID";
+/// The two rows of compared samples, and the columns of compared pairs and of homogeneous subsets.
+inline constexpr const char* kIndexOrderAndValue = "IndexOrder;Value";
+inline constexpr const char* kPairColumns =
+    "Sample1;Sample2;TestStatistic;StandardError;StandardTestStatistic;Sig;AdjSig";
+inline constexpr const char* kSubsetColumns =
+    "FirstPosition;LastPosition;TestStatistic;StandardError;StandardTestStatistic;Sig;AdjSig";
 }  // namespace Literal
