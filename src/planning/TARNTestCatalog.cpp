@@ -6,6 +6,7 @@
 #include "independent/TARNHodgesLehmannTwoIndep.h"
 #include "independent/TARNMannWU.h"
 #include "independent/TARNMoses.h"
+#include "onesample/TARNWilcoxonSR.h"
 #include "related/TARNHodgesLehmannPairs.h"
 #include "related/TARNMargHomo.h"
 #include "related/TARNMcNemar.h"
@@ -24,7 +25,7 @@ constexpr std::array kCatalog{
     TARNTestRow{"OKolmogorovSmirnovPoisson", kNotBuiltYet},
     TARNTestRow{"OKolmogorovSmirnovExponential", kNotBuiltYet},
     TARNTestRow{"IMannWhitneyU", PlanMannWU},
-    TARNTestRow{"OWilcoxonSignedRanks", kNotBuiltYet},
+    TARNTestRow{"OWilcoxonSignedRanks", PlanWilcoxonSR},
     TARNTestRow{"RSign", PlanSign},
     TARNTestRow{"RWilcoxonSignedRanks", PlanWilcoxonPairs},
     TARNTestRow{"IMoses", PlanMoses},

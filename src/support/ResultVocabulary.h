@@ -74,6 +74,9 @@ inline constexpr const char* kAsymptoticSig1Tailed = "AsymptoticSig1Tailed";
 inline constexpr const char* kExactSig2Tailed = "ExactSig2Tailed";
 inline constexpr const char* kExactSig1Tailed = "ExactSig1Tailed";
 
+inline constexpr const char* kHypotheticalMedian = "HypotheticalMedian";
+inline constexpr const char* kObservedMedian = "ObservedMedian";
+
 inline constexpr const char* kNegativeDifferences = "NegativeDifferences";
 inline constexpr const char* kTies = "Ties";
 inline constexpr const char* kPositiveDifferences = "PositiveDifferences";

@@ -71,7 +71,6 @@ TEST(TARNTestCatalogTest, TheseNamesHaveNoPlanBuilderYet) {
         "OKolmogorovSmirnovUniform",
         "OKolmogorovSmirnovPoisson",
         "OKolmogorovSmirnovExponential",
-        "OWilcoxonSignedRanks",
         "RCochransQ",
         "OBinomial",
         "IWaldWolfowitzRuns",
