@@ -4,6 +4,8 @@
 #include <array>
 
 #include "independent/TARNHodgesLehmannTwoIndep.h"
+#include "independent/TARNJonckTer.h"
+#include "independent/TARNKruskalWOneWay.h"
 #include "independent/TARNMannWU.h"
 #include "independent/TARNMoses.h"
 #include "onesample/TARNWilcoxonSR.h"
@@ -38,8 +40,8 @@ constexpr std::array kCatalog{
     TARNTestRow{"RFriedmansTwoWayByRanks", kNotBuiltYet},
     TARNTestRow{"RKendallsCoefficient", kNotBuiltYet},
     TARNTestRow{"IKolmogorovSmirnov", kNotBuiltYet},
-    TARNTestRow{"IKruskalWallis", kNotBuiltYet},
-    TARNTestRow{"IJonckheereTerpstra", kNotBuiltYet},
+    TARNTestRow{"IKruskalWallis", PlanKruskalWOneWay},
+    TARNTestRow{"IJonckheereTerpstra", PlanJonckTer},
     TARNTestRow{"IMedian", kNotBuiltYet},
     TARNTestRow{"RHodgesLehmannEstimatePairs", PlanHodgesLehmannPairs},
     TARNTestRow{"IHodgesLehmannEstimateGroups", PlanHodgesLehmannTwoIndep},

@@ -54,6 +54,7 @@ inline constexpr const char* kPairwiseResult = "PairwiseResult";
 inline constexpr const char* kPairwiseInfo = "PairwiseInfo";
 inline constexpr const char* kStepwiseResult = "StepwiseResult";
 inline constexpr const char* kStepwiseInfo = "StepwiseInfo";
+inline constexpr const char* kYatesContinuityCorrection = "YatesContinuityCorrection";
 }  // namespace TableName
 
 /// Names of rows. A name means the same kind of thing in every test.
@@ -98,6 +99,13 @@ inline constexpr const char* kWilcoxonW = "WilcoxonW";
 inline constexpr const char* kFieldIndex = "fieldIndex";
 inline constexpr const char* kKendallsW = "KendallsW";
 inline constexpr const char* kOutliersTrimmed = "OutliersTrimmedFromEachEnd";
+
+inline constexpr const char* kMedian = "Median";
+inline constexpr const char* kGrandMedian = "GrandMedian";
+inline constexpr const char* kGreaterThanMedian = "GTMedian";
+inline constexpr const char* kNotGreaterThanMedian = "STMedian";
+inline constexpr const char* kChiSquare = "ChiSquare";
+inline constexpr const char* kFisherExactSig = "FisherExactSig";
 
 inline constexpr const char* kEstimate = "Estimate";
 inline constexpr const char* kLower = "Lower";
