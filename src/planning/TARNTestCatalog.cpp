@@ -5,6 +5,7 @@
 
 #include "independent/TARNHodgesLehmannTwoIndep.h"
 #include "independent/TARNJonckTer.h"
+#include "independent/TARNKSMedian.h"
 #include "independent/TARNKruskalWOneWay.h"
 #include "independent/TARNMannWU.h"
 #include "independent/TARNMoses.h"
@@ -42,7 +43,7 @@ constexpr std::array kCatalog{
     TARNTestRow{"IKolmogorovSmirnov", kNotBuiltYet},
     TARNTestRow{"IKruskalWallis", PlanKruskalWOneWay},
     TARNTestRow{"IJonckheereTerpstra", PlanJonckTer},
-    TARNTestRow{"IMedian", kNotBuiltYet},
+    TARNTestRow{"IMedian", PlanKSMedian},
     TARNTestRow{"RHodgesLehmannEstimatePairs", PlanHodgesLehmannPairs},
     TARNTestRow{"IHodgesLehmannEstimateGroups", PlanHodgesLehmannTwoIndep},
 };
