@@ -9,6 +9,7 @@
 #include "independent/TARNKruskalWOneWay.h"
 #include "independent/TARNMannWU.h"
 #include "independent/TARNMoses.h"
+#include "independent/TARNWaldWolfRuns.h"
 #include "onesample/TARNWilcoxonSR.h"
 #include "related/TARNHodgesLehmannPairs.h"
 #include "related/TARNMargHomo.h"
@@ -34,7 +35,7 @@ constexpr std::array kCatalog{
     TARNTestRow{"IMoses", PlanMoses},
     TARNTestRow{"RCochransQ", kNotBuiltYet},
     TARNTestRow{"OBinomial", kNotBuiltYet},
-    TARNTestRow{"IWaldWolfowitzRuns", kNotBuiltYet},
+    TARNTestRow{"IWaldWolfowitzRuns", PlanWaldWolfRuns},
     TARNTestRow{"OEstimateConfidenceInterval", kNotBuiltYet},
     TARNTestRow{"RMcNemar", PlanMcNemar},
     TARNTestRow{"RMarginalHomogeneity", PlanMargHomo},

@@ -54,6 +54,8 @@ inline constexpr const char* kPairwiseResult = "PairwiseResult";
 inline constexpr const char* kPairwiseInfo = "PairwiseInfo";
 inline constexpr const char* kStepwiseResult = "StepwiseResult";
 inline constexpr const char* kStepwiseInfo = "StepwiseInfo";
+inline constexpr const char* kMinimumPossible = "MinimumPossible";
+inline constexpr const char* kMaximumPossible = "MaximumPossible";
 inline constexpr const char* kYatesContinuityCorrection = "YatesContinuityCorrection";
 }  // namespace TableName
 
