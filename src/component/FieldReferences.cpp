@@ -37,7 +37,7 @@ constexpr Place kComparedColumns{PlaceKind::kRow, TableName::kCategoryFieldsComp
 constexpr Place kSamples{PlaceKind::kRowOfEach, "VariableInformation", "GroupIndex"};
 constexpr Place kPairwiseSamples{PlaceKind::kRecordPositions, "PairwiseResult", "PairwiseInfo"};
 constexpr Place kStepwiseSamples{PlaceKind::kRecordPositions, "StepwiseResult", "StepwiseInfo"};
-constexpr Place kClassesOfSamples{PlaceKind::kRowNames, "TwoClassComparison", TableName::kContent};
+constexpr Place kClassesOfSamples{PlaceKind::kRowNames, TableName::kTwoClassComparison, TableName::kContent};
 
 constexpr Place kMosesPlaces[] = {kBoxPlots};
 constexpr Place kGroupsPlaces[] = {kBoxPlots, kPairwiseField, kStepwiseField};

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "onesample/TARNBinomial.h"
 #include "related/TARNHodgesLehmannPairs.h"
 #include "related/TARNMargHomo.h"
 #include "related/TARNMcNemar.h"
@@ -26,7 +27,7 @@ constexpr std::array kCatalog{
     TARNTestRow{"RWilcoxonSignedRanks", PlanWilcoxonPairs},
     TARNTestRow{"IMoses", kNotBuiltYet},
     TARNTestRow{"RCochransQ", kNotBuiltYet},
-    TARNTestRow{"OBinomial", kNotBuiltYet},
+    TARNTestRow{"OBinomial", PlanBinomial},
     TARNTestRow{"IWaldWolfowitzRuns", kNotBuiltYet},
     TARNTestRow{"OEstimateConfidenceInterval", kNotBuiltYet},
     TARNTestRow{"RMcNemar", PlanMcNemar},

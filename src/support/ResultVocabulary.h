@@ -38,6 +38,7 @@ inline constexpr const char* kUnknownCategories = "ValsNotInTheCategoreis";
 inline constexpr const char* kUnknownRowCategories = "RowValsNotInTheCategoreis";
 inline constexpr const char* kUnknownColumnCategories = "ColValsNotInTheCategoreis";
 inline constexpr const char* kCategoryFieldsComparison = "CategoryFieldsComparison";
+inline constexpr const char* kTwoClassComparison = "TwoClassComparison";
 inline constexpr const char* kContent = "Content";
 inline constexpr const char* kAsymptotic = "Asymptotic";
 }  // namespace TableName
@@ -87,4 +88,6 @@ namespace Literal {
 inline constexpr const char* kMissingParameter = "__MISSING__";
 /// The two rows of an interval table.
 inline constexpr const char* kCountAndValue = "count;value";
+/// The columns of a comparison of counts or shares: the observed one and the expected one, or those of two classes.
+inline constexpr const char* kTwoColumns = "0;1";
 }  // namespace Literal

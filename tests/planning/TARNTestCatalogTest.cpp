@@ -75,7 +75,6 @@ TEST(TARNTestCatalogTest, TheseNamesHaveNoPlanBuilderYet) {
         "OWilcoxonSignedRanks",
         "IMoses",
         "RCochransQ",
-        "OBinomial",
         "IWaldWolfowitzRuns",
         "OEstimateConfidenceInterval",
         "RFriedmansTwoWayByRanks",

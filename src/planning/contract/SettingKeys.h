@@ -24,7 +24,8 @@ inline constexpr const char* kSuccessCategoryListStr = "successCategoryListStr";
 
 }  // namespace SettingKey
 
-/// Values of "classFormation".
+/// Values of "classFormation" and of keys like it.
 namespace ClassFormation {
+inline constexpr const char* kGetFromData = "getFromData";
 inline constexpr const char* kGivenCategoryList = "givenCategoryList";
 }  // namespace ClassFormation
