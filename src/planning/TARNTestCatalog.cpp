@@ -4,6 +4,7 @@
 #include <array>
 
 #include "onesample/TARNBinomial.h"
+#include "onesample/TARNEstimateCI.h"
 #include "related/TARNHodgesLehmannPairs.h"
 #include "related/TARNMargHomo.h"
 #include "related/TARNMcNemar.h"
@@ -29,7 +30,7 @@ constexpr std::array kCatalog{
     TARNTestRow{"RCochransQ", kNotBuiltYet},
     TARNTestRow{"OBinomial", PlanBinomial},
     TARNTestRow{"IWaldWolfowitzRuns", kNotBuiltYet},
-    TARNTestRow{"OEstimateConfidenceInterval", kNotBuiltYet},
+    TARNTestRow{"OEstimateConfidenceInterval", PlanEstimateCI},
     TARNTestRow{"RMcNemar", PlanMcNemar},
     TARNTestRow{"RMarginalHomogeneity", PlanMargHomo},
     TARNTestRow{"RFriedmansTwoWayByRanks", kNotBuiltYet},

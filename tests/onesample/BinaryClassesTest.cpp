@@ -4,7 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
+
 #include "onesample/TARNBinomial.h"
+#include "onesample/TARNEstimateCI.h"
 #include "support/QKVecValue.h"
 #include "tests/harness/EntryRun.h"
 
@@ -23,13 +26,15 @@ using harness::Texts;
 struct User {
     const char* test;
     long nameMissing, unknownField, listMissing, cutPointMissing, continuousWithoutCut, categoricalWithCut;
-    long noFrequencies, tooManyCategories, noCategory;
+    long tooManyCategories, noCategory;
     const char* conditionSuffix;  // of the formations from the data and from a list
     bool showsSecondClass;
 };
 
 constexpr User kUsers[] = {
-    {"OBinomial", 221314, 221303, 221312, 221313, 221315, 221316, 221306, 221309, 221310, "_O_Binomial_5", true},
+    {"OBinomial", 221314, 221303, 221312, 221313, 221315, 221316, 221309, 221310, "_O_Binomial_5", true},
+    {"OEstimateConfidenceInterval", 221513, 221503, 221511, 221512, 221514, 221515, 221509, 221510, "_O_Binomial_2",
+     false},
 };
 
 std::string Error(long code) {
@@ -316,15 +321,21 @@ TEST_P(BinaryClassesOf, DescriptivesOfTheFieldAreRequested) {
 
 // ---- Classes alone ----
 
+template <typename Test>
+long CodeOfBeginWithoutResults(const char* formation) {
+    auto settings = std::make_unique<QKSettings>();
+    settings->AddSetting("variableIndex", 0);
+    settings->AddSetting("measureLevel", 3);
+    settings->AddSetting("classFormation", formation);
+    Test test(std::move(settings));
+    test.SetUnivariateResults(nullptr);
+    return test.BeginPass().GetErrorCode();
+}
+
 TEST(BinaryClasses, WithoutAFrequencyTableTheCodeForItIsRaised) {
     for (const char* formation : {"getFromData", "givenCategoryList"}) {
-        auto settings = std::make_unique<QKSettings>();
-        settings->AddSetting("variableIndex", 0);
-        settings->AddSetting("measureLevel", 3);
-        settings->AddSetting("classFormation", formation);
-        TARNBinomial test(std::move(settings));
-        test.SetUnivariateResults(nullptr);
-        EXPECT_EQ(test.BeginPass().GetErrorCode(), kUsers[0].noFrequencies);
+        EXPECT_EQ(CodeOfBeginWithoutResults<TARNBinomial>(formation), 221306);
+        EXPECT_EQ(CodeOfBeginWithoutResults<TARNEstimateCI>(formation), 221506);
     }
 }
 

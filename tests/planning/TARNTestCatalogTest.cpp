@@ -76,7 +76,6 @@ TEST(TARNTestCatalogTest, TheseNamesHaveNoPlanBuilderYet) {
         "IMoses",
         "RCochransQ",
         "IWaldWolfowitzRuns",
-        "OEstimateConfidenceInterval",
         "RFriedmansTwoWayByRanks",
         "RKendallsCoefficient",
         "IKolmogorovSmirnov",
