@@ -17,8 +17,6 @@ constexpr const char* kFormedByCutPoint = "givenCutPoint";
 constexpr const char* kFormedByMidPoint = "sampleMidPoint";
 
 // Of a test's own settings.
-constexpr const char* kMeasureLevel = "measureLevel";
-constexpr const char* kOriginalGivenCategories = "originalGivenCategoryList";
 constexpr const char* kNotUsedCategories = "notUsedCategoryList";
 constexpr const char* kNotGivenOriginalCategories = "notGivenOriginalCategoryList";
 
@@ -43,7 +41,7 @@ void BinaryClassesPlan::ResolveField() {
     }
     measureLevel = plan.GetMeasureLevel(name);
     builder.TestSettings().AddSetting(SettingKey::kVariableIndex, field);
-    builder.TestSettings().AddSetting(kMeasureLevel, measureLevel);
+    builder.TestSettings().AddSetting(OneSampleKey::kMeasureLevel, measureLevel);
     if (FieldKind::IsCategorical(measureLevel)) plan.Request(field, Statistic::kFrequencies);
     if (measureLevel == FieldKind::kContinuous) plan.RequestSorted(field);
 }
@@ -66,7 +64,7 @@ void BinaryClassesPlan::ReadCategoryList() {
     if (givenTexts.empty()) {
         builder.Fail(codes.listMissing);
     } else {
-        AddVecSetting(builder.TestSettings(), kOriginalGivenCategories, givenTexts, false);
+        AddVecSetting(builder.TestSettings(), OneSampleKey::kOriginalGivenCategories, givenTexts, false);
     }
 }
 
@@ -126,7 +124,7 @@ void BinaryClasses::ReadFormation(const QKSettings& settings) {
 
 void BinaryClasses::ReadMeasureLevel(const QKSettings& settings) {
     int level = 0;
-    settings.GetSettingValByName(kMeasureLevel, level);
+    settings.GetSettingValByName(OneSampleKey::kMeasureLevel, level);
     if (level == FieldKind::kContinuous || FieldKind::IsCategorical(level)) measureLevel = level;
 }
 
@@ -174,7 +172,7 @@ QKStatus BinaryClasses::TakeClassesOfData(const std::map<int, std::int32_t>& fre
 
 void BinaryClasses::ReadGivenClasses(const QKSettings& settings) {
     settings.GetSettingValByName(OneSampleKey::kGivenCategoryList, givenCategories);
-    settings.GetSettingValByName(kOriginalGivenCategories, originalGivenCategories);
+    settings.GetSettingValByName(OneSampleKey::kOriginalGivenCategories, originalGivenCategories);
     settings.GetSettingValByName(kNotUsedCategories, notUsedCategories);
     firstClass = CategorySet(givenCategories);
 }

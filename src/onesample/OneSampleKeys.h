@@ -20,4 +20,8 @@ inline constexpr const char* kIsDoProfileLikelihood = "isDoProfileLikelihood";
 /// The categories of the chi-square test with their expected values.
 inline constexpr const char* kCustom = "custom";
 
+// Written by plan builders into a test's own settings.
+inline constexpr const char* kMeasureLevel = "measureLevel";
+inline constexpr const char* kOriginalGivenCategories = "originalGivenCategoryList";
+
 }  // namespace OneSampleKey

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "onesample/TARNBinomial.h"
+#include "onesample/TARNChiSquare.h"
 #include "onesample/TARNEstimateCI.h"
 #include "related/TARNHodgesLehmannPairs.h"
 #include "related/TARNMargHomo.h"
@@ -17,7 +18,7 @@ constexpr PlanFunction kNotBuiltYet = nullptr;
 
 constexpr std::array kCatalog{
     TARNTestRow{"ORuns", kNotBuiltYet},
-    TARNTestRow{"OChiSquare", kNotBuiltYet},
+    TARNTestRow{"OChiSquare", PlanChiSquare},
     TARNTestRow{"OKolmogorovSmirnovNormal", kNotBuiltYet},
     TARNTestRow{"OKolmogorovSmirnovUniform", kNotBuiltYet},
     TARNTestRow{"OKolmogorovSmirnovPoisson", kNotBuiltYet},

@@ -66,7 +66,6 @@ TEST(TARNTestCatalogTest, TheseNamesHaveNoPlanBuilderYet) {
     }
     const std::vector<std::string> expected{
         "ORuns",
-        "OChiSquare",
         "OKolmogorovSmirnovNormal",
         "OKolmogorovSmirnovUniform",
         "OKolmogorovSmirnovPoisson",
