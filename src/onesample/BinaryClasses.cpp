@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "onesample/GivenCategories.h"
 #include "onesample/OneSampleKeys.h"
 #include "planning/contract/SettingKeys.h"
 #include "planning/contract/TARNVariableInfo.h"
@@ -60,7 +61,7 @@ void BinaryClassesPlan::ReadFormation() {
 }
 
 void BinaryClassesPlan::ReadCategoryList() {
-    builder.Read(OneSampleKey::kGivenCategoryList, givenTexts);
+    givenTexts = ReadGivenCategories(builder);
     if (givenTexts.empty()) {
         builder.Fail(codes.listMissing);
     } else {
@@ -92,14 +93,7 @@ void BinaryClassesPlan::FinishClasses() {
 
 void BinaryClassesPlan::WriteCategories() {
     const TARNVariableInfo info(plan.GetVarList());
-    std::vector<double> given;
-    if (measureLevel == FieldKind::kNumericCategories) {
-        std::vector<double> values;
-        builder.Read(OneSampleKey::kGivenCategoryList, values);
-        given = info.MapCategories(field, values);
-    } else {
-        given = info.MapCategories(field, givenTexts);
-    }
+    const std::vector<double> given = MapGivenCategories(builder, plan.GetVarList(), field);
     const std::vector<double> others = info.CategoriesNotIn(field, given);
     const IQKVariable* variable = plan.GetVarList().GetVarAt(field);
     std::vector<std::string> otherTexts;

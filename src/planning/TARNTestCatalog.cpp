@@ -6,6 +6,7 @@
 #include "onesample/TARNBinomial.h"
 #include "onesample/TARNChiSquare.h"
 #include "onesample/TARNEstimateCI.h"
+#include "onesample/TARNRuns.h"
 #include "related/TARNHodgesLehmannPairs.h"
 #include "related/TARNMargHomo.h"
 #include "related/TARNMcNemar.h"
@@ -17,7 +18,7 @@ namespace {
 constexpr PlanFunction kNotBuiltYet = nullptr;
 
 constexpr std::array kCatalog{
-    TARNTestRow{"ORuns", kNotBuiltYet},
+    TARNTestRow{"ORuns", PlanRuns},
     TARNTestRow{"OChiSquare", PlanChiSquare},
     TARNTestRow{"OKolmogorovSmirnovNormal", kNotBuiltYet},
     TARNTestRow{"OKolmogorovSmirnovUniform", kNotBuiltYet},

@@ -38,6 +38,7 @@ inline constexpr const char* kUnknownCategories = "ValsNotInTheCategoreis";
 inline constexpr const char* kUnknownRowCategories = "RowValsNotInTheCategoreis";
 inline constexpr const char* kUnknownColumnCategories = "ColValsNotInTheCategoreis";
 inline constexpr const char* kCategoryFieldsComparison = "CategoryFieldsComparison";
+inline constexpr const char* kRunsParameters = "RunsParameters";
 inline constexpr const char* kTwoClassComparison = "TwoClassComparison";
 inline constexpr const char* kContent = "Content";
 inline constexpr const char* kAsymptotic = "Asymptotic";
@@ -71,6 +72,8 @@ inline constexpr const char* kRowFailList = "RowFailList";
 inline constexpr const char* kColumnNames = "ColumnNames";
 inline constexpr const char* kColumnSuccessList = "ColumnSuccessList";
 inline constexpr const char* kColumnFailList = "ColumnFailList";
+
+inline constexpr const char* kObservedRunNumber = "ObservedRunNumber";
 
 inline constexpr const char* kEstimate = "Estimate";
 inline constexpr const char* kLower = "Lower";

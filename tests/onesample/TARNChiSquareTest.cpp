@@ -5,15 +5,15 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <pugixml.hpp>
-#include <sstream>
 
 #include "support/QKVecValue.h"
 #include "tests/harness/EntryRun.h"
+#include "tests/onesample/DrivenTest.h"
 #include "tests/support/CollectorRig.h"
 
 namespace {
 
+using harness::ElementOf;
 using harness::Fields;
 using harness::kNoCategory;
 using harness::MessagesOf;
@@ -329,16 +329,6 @@ TEST(ChiSquare, ProportionsOfAnotherLengthGive220212) {
     AddVecSetting(settings, "expectedValue", std::vector<double>{1.0}, false);
     TARNChiSquare test(std::make_unique<QKSettings>(settings));
     EXPECT_EQ(test.BeginPass().GetErrorCode(), 220212);
-}
-
-/// The element of a test without messages of its own.
-harness::Table ElementOf(TARNChiSquare& test) {
-    const std::unique_ptr<QKXML::XMLElement> element(test.MakeResultElement());
-    std::ostringstream out;
-    QKXML::WriteTree(out, "", element.get(), 0);
-    auto document = std::make_shared<pugi::xml_document>();
-    EXPECT_TRUE(document->load_string(out.str().c_str())) << out.str();
-    return harness::Table(document->document_element(), document);
 }
 
 TEST(ChiSquare, ListWithoutProportionsHasEqualOnesUnderTheKeyOfGivenOnes) {

@@ -65,7 +65,6 @@ TEST(TARNTestCatalogTest, TheseNamesHaveNoPlanBuilderYet) {
         if (row.plan == nullptr) names.emplace_back(row.settingName);
     }
     const std::vector<std::string> expected{
-        "ORuns",
         "OKolmogorovSmirnovNormal",
         "OKolmogorovSmirnovUniform",
         "OKolmogorovSmirnovPoisson",
