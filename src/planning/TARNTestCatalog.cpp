@@ -10,6 +10,10 @@
 #include "independent/TARNMannWU.h"
 #include "independent/TARNMoses.h"
 #include "independent/TARNWaldWolfRuns.h"
+#include "onesample/TARNBinomial.h"
+#include "onesample/TARNChiSquare.h"
+#include "onesample/TARNEstimateCI.h"
+#include "onesample/TARNRuns.h"
 #include "onesample/TARNWilcoxonSR.h"
 #include "related/TARNHodgesLehmannPairs.h"
 #include "related/TARNMargHomo.h"
@@ -22,8 +26,8 @@ namespace {
 constexpr PlanFunction kNotBuiltYet = nullptr;
 
 constexpr std::array kCatalog{
-    TARNTestRow{"ORuns", kNotBuiltYet},
-    TARNTestRow{"OChiSquare", kNotBuiltYet},
+    TARNTestRow{"ORuns", PlanRuns},
+    TARNTestRow{"OChiSquare", PlanChiSquare},
     TARNTestRow{"OKolmogorovSmirnovNormal", kNotBuiltYet},
     TARNTestRow{"OKolmogorovSmirnovUniform", kNotBuiltYet},
     TARNTestRow{"OKolmogorovSmirnovPoisson", kNotBuiltYet},
@@ -34,9 +38,9 @@ constexpr std::array kCatalog{
     TARNTestRow{"RWilcoxonSignedRanks", PlanWilcoxonPairs},
     TARNTestRow{"IMoses", PlanMoses},
     TARNTestRow{"RCochransQ", kNotBuiltYet},
-    TARNTestRow{"OBinomial", kNotBuiltYet},
+    TARNTestRow{"OBinomial", PlanBinomial},
     TARNTestRow{"IWaldWolfowitzRuns", PlanWaldWolfRuns},
-    TARNTestRow{"OEstimateConfidenceInterval", kNotBuiltYet},
+    TARNTestRow{"OEstimateConfidenceInterval", PlanEstimateCI},
     TARNTestRow{"RMcNemar", PlanMcNemar},
     TARNTestRow{"RMarginalHomogeneity", PlanMargHomo},
     TARNTestRow{"RFriedmansTwoWayByRanks", kNotBuiltYet},
@@ -51,7 +55,9 @@ constexpr std::array kCatalog{
 
 }  // namespace
 
-std::span<const TARNTestRow> TestCatalog() { return kCatalog; }
+std::span<const TARNTestRow> TestCatalog() {
+    return kCatalog;
+}
 
 const TARNTestRow* FindTest(std::string_view settingName) {
     const auto found = std::find_if(kCatalog.begin(), kCatalog.end(),

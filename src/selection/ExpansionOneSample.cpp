@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "onesample/ContinuousFieldKeys.h"
+#include "onesample/OneSampleKeys.h"
 #include "planning/contract/SettingKeys.h"
 #include "selection/EntryVocabulary.h"
 #include "selection/RequestKeys.h"
@@ -45,8 +46,8 @@ const Distribution& DistributionOf(const std::string& test) {
 
 /// How a categorical field is divided into two classes.
 void CopyClassesOfCategories(const RequestedTest& test, QKSettings& entry) {
-    test.CopyText(EntryKey::kCategoricalFormation, entry);
-    test.CopyTexts(EntryKey::kGivenCategoryList, entry);
+    test.CopyText(OneSampleKey::kCategoricalFormation, entry);
+    test.CopyTexts(OneSampleKey::kGivenCategoryList, entry);
 }
 
 }  // namespace
@@ -107,12 +108,12 @@ void TARNSettingsExpansion::ExpandBinomial(const RequestedTest& test) {
         if (kind == kUnknownField) continue;
         const bool categorical = FieldKind::IsCategorical(kind);
         QKSettings entry = BeginEntry(test.Name(), field);
-        test.CopyNumber(EntryKey::kTestProbability, entry, kDefaultTestProbability);
+        test.CopyNumber(OneSampleKey::kTestProbability, entry, kDefaultTestProbability);
         if (categorical) {
             CopyClassesOfCategories(test, entry);
         } else {
-            test.CopyText(EntryKey::kContinuousFormation, entry);
-            test.CopyNumberIfHeld(EntryKey::kGivenCutPoint, entry);
+            test.CopyText(OneSampleKey::kContinuousFormation, entry);
+            test.CopyNumberIfHeld(OneSampleKey::kGivenCutPoint, entry);
         }
         executionSettings->AddSetting(test.Name(), entry);
         AddConfidenceInterval(test, field, categorical);
@@ -122,8 +123,8 @@ void TARNSettingsExpansion::ExpandBinomial(const RequestedTest& test) {
 /// The intervals have no entry of their own in a request: they are asked for within the binomial test's, by method.
 void TARNSettingsExpansion::AddConfidenceInterval(const RequestedTest& test, const std::string& field,
                                                   bool categorical) {
-    constexpr const char* kMethods[] = {EntryKey::kIsDoClopperPearson, EntryKey::kIsDoJeffreys,
-                                        EntryKey::kIsDoProfileLikelihood};
+    constexpr const char* kMethods[] = {OneSampleKey::kIsDoClopperPearson, OneSampleKey::kIsDoJeffreys,
+                                        OneSampleKey::kIsDoProfileLikelihood};
     if (std::none_of(std::begin(kMethods), std::end(kMethods), [&](const char* key) { return test.Flag(key); })) return;
 
     QKSettings entry;
@@ -134,9 +135,9 @@ void TARNSettingsExpansion::AddConfidenceInterval(const RequestedTest& test, con
     if (categorical) {
         CopyClassesOfCategories(test, entry);
     } else {
-        test.CopyText(EntryKey::kContinuousFormation, entry);
+        test.CopyText(OneSampleKey::kContinuousFormation, entry);
         // Unlike the binomial test's own entry, this one has a cut point even where the request has none.
-        test.CopyNumber(EntryKey::kGivenCutPoint, entry);
+        test.CopyNumber(OneSampleKey::kGivenCutPoint, entry);
     }
     executionSettings->AddSetting(TestName::kConfidenceInterval, entry);
 }
@@ -146,7 +147,7 @@ void TARNSettingsExpansion::ExpandChiSquare(const RequestedTest& test) {
     for (const std::string& field : oneSampleCategorical) {
         QKSettings entry = BeginEntry(test.Name(), field);
         test.CopyText(SettingKey::kClassFormation, entry);
-        test.CopyLists(EntryKey::kCustom, entry);
+        test.CopyLists(OneSampleKey::kCustom, entry);
         executionSettings->AddSetting(test.Name(), entry);
     }
 }
@@ -158,8 +159,8 @@ void TARNSettingsExpansion::ExpandRuns(const RequestedTest& test) {
         QKSettings entry = BeginEntry(test.Name(), field);
         if (FieldKind::IsCategorical(kind)) {
             CopyClassesOfCategories(test, entry);
-        } else if (test.CopyTextIfHeld(EntryKey::kContinuousFormation, entry)) {
-            test.CopyNumberIfHeld(EntryKey::kCutPointValue, entry);
+        } else if (test.CopyTextIfHeld(OneSampleKey::kContinuousFormation, entry)) {
+            test.CopyNumberIfHeld(OneSampleKey::kCutPointValue, entry);
         }
         executionSettings->AddSetting(test.Name(), entry);
     }

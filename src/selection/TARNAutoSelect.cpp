@@ -43,12 +43,12 @@ std::optional<QKSettings> ProposeOneSampleTest(const IQKVariable& field) {
         const int categories = field.GetCategoryCount();
         if (categories < kDichotomousCount) return std::nullopt;
         QKSettings proposal = Propose(categories == kDichotomousCount ? TestName::kBinomial : TestName::kChiSquare);
-        proposal.AddSetting(SettingKey::kClassFormation, EntryValue::kGetFromData);
+        proposal.AddSetting(SettingKey::kClassFormation, ClassFormation::kGetFromData);
         return proposal;
     }
     if (field.GetKind() != FieldKind::kContinuous) return std::nullopt;
     QKSettings proposal = Propose(TestName::kKolmogorovSmirnovNormal);
-    proposal.AddSetting(SettingKey::kClassFormation, EntryValue::kGetFromData);
+    proposal.AddSetting(SettingKey::kClassFormation, ClassFormation::kGetFromData);
     proposal.AddSetting(EntryKey::kDistributionFunction, EntryValue::kNormal);
     proposal.AddSetting(EntryKey::kIsUseSample, EntryValue::kTrue);
     return proposal;
@@ -148,7 +148,7 @@ std::optional<QKSettings> ProposeCategoricalTest(const Names& fields, const QKVa
     if (fields.size() < kPairSize || !ShareTwoCategories(fields, varList)) return std::nullopt;
     const bool pair = fields.size() == kPairSize;
     QKSettings proposal = Propose(pair ? TestName::kMcNemar : TestName::kCochransQ);
-    proposal.AddSetting(SettingKey::kClassFormation, EntryValue::kGetFromData);
+    proposal.AddSetting(SettingKey::kClassFormation, ClassFormation::kGetFromData);
     if (!pair) proposal.AddSetting(EntryKey::kMultipleComparison, EntryValue::kPairWise);
     return proposal;
 }

@@ -79,6 +79,11 @@ class ResultElement {
     /// The table "Condition": the key, then the parameters as "%0", "%1", ...
     StructuredTable AddCondition(std::string_view conditionKey, std::initializer_list<std::string> parameters);
 
+    /// The table "ValsNotInTheCategoreis", as `StructuredTable::AddUnknownCategories` makes it.
+    void AddUnknownCategories(const std::vector<double>& categoryIndices, const std::vector<std::string>& givenTexts) {
+        StructuredTable(*element_).AddUnknownCategories(TableName::kUnknownCategories, categoryIndices, givenTexts);
+    }
+
     /// The table "WarningMessages", if there is any message. True if the element ends here, since the status is an
     /// error: the tables of a test in error are never looked at without a message that says why.
     [[nodiscard]] bool EndsWithMessages(const std::vector<TestMessage>& messages, const QKStatus& status);

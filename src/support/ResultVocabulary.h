@@ -38,6 +38,8 @@ inline constexpr const char* kUnknownCategories = "ValsNotInTheCategoreis";
 inline constexpr const char* kUnknownRowCategories = "RowValsNotInTheCategoreis";
 inline constexpr const char* kUnknownColumnCategories = "ColValsNotInTheCategoreis";
 inline constexpr const char* kCategoryFieldsComparison = "CategoryFieldsComparison";
+inline constexpr const char* kRunsParameters = "RunsParameters";
+inline constexpr const char* kTwoClassComparison = "TwoClassComparison";
 inline constexpr const char* kContent = "Content";
 inline constexpr const char* kAsymptotic = "Asymptotic";
 /// Followed by the number of the group.
@@ -49,7 +51,6 @@ inline constexpr const char* kObservedControlGroup = "ObservedControlGroup";
 inline constexpr const char* kTrimmedControlGroup = "TrimmedControlGroup";
 /// Followed by the position of the field.
 inline constexpr const char* kVariableInformation = "VariableInformation";
-inline constexpr const char* kTwoClassComparison = "TwoClassComparison";
 inline constexpr const char* kPairwiseResult = "PairwiseResult";
 inline constexpr const char* kPairwiseInfo = "PairwiseInfo";
 inline constexpr const char* kStepwiseResult = "StepwiseResult";
@@ -108,6 +109,7 @@ inline constexpr const char* kGreaterThanMedian = "GTMedian";
 inline constexpr const char* kNotGreaterThanMedian = "STMedian";
 inline constexpr const char* kChiSquare = "ChiSquare";
 inline constexpr const char* kFisherExactSig = "FisherExactSig";
+inline constexpr const char* kObservedRunNumber = "ObservedRunNumber";
 
 inline constexpr const char* kEstimate = "Estimate";
 inline constexpr const char* kLower = "Lower";
@@ -134,4 +136,6 @@ inline constexpr const char* kPairColumns =
     "Sample1;Sample2;TestStatistic;StandardError;StandardTestStatistic;Sig;AdjSig";
 inline constexpr const char* kSubsetColumns =
     "FirstPosition;LastPosition;TestStatistic;StandardError;StandardTestStatistic;Sig;AdjSig";
+/// The columns of a comparison of counts or shares: the observed one and the expected one, or those of two classes.
+inline constexpr const char* kTwoColumns = "0;1";
 }  // namespace Literal

@@ -36,7 +36,8 @@ inline constexpr const char* kPairWise = "pairWise";
 inline constexpr const char* kStepWise = "stepWise";
 }  // namespace MultipleComparisonType
 
-/// Values of "classFormation".
+/// Values of "classFormation" and of keys like it.
 namespace ClassFormation {
+inline constexpr const char* kGetFromData = "getFromData";
 inline constexpr const char* kGivenCategoryList = "givenCategoryList";
 }  // namespace ClassFormation
