@@ -6,6 +6,7 @@
 #include "independent/TARNHodgesLehmannTwoIndep.h"
 #include "independent/TARNMannWU.h"
 #include "independent/TARNMoses.h"
+#include "onesample/TARNKSmirnowOneSample.h"
 #include "onesample/TARNWilcoxonSR.h"
 #include "related/TARNHodgesLehmannPairs.h"
 #include "related/TARNMargHomo.h"
@@ -20,10 +21,10 @@ constexpr PlanFunction kNotBuiltYet = nullptr;
 constexpr std::array kCatalog{
     TARNTestRow{"ORuns", kNotBuiltYet},
     TARNTestRow{"OChiSquare", kNotBuiltYet},
-    TARNTestRow{"OKolmogorovSmirnovNormal", kNotBuiltYet},
-    TARNTestRow{"OKolmogorovSmirnovUniform", kNotBuiltYet},
-    TARNTestRow{"OKolmogorovSmirnovPoisson", kNotBuiltYet},
-    TARNTestRow{"OKolmogorovSmirnovExponential", kNotBuiltYet},
+    TARNTestRow{"OKolmogorovSmirnovNormal", PlanKSmirnowNormal},
+    TARNTestRow{"OKolmogorovSmirnovUniform", PlanKSmirnowUniform},
+    TARNTestRow{"OKolmogorovSmirnovPoisson", PlanKSmirnowPoisson},
+    TARNTestRow{"OKolmogorovSmirnovExponential", PlanKSmirnowExponential},
     TARNTestRow{"IMannWhitneyU", PlanMannWU},
     TARNTestRow{"OWilcoxonSignedRanks", PlanWilcoxonSR},
     TARNTestRow{"RSign", PlanSign},

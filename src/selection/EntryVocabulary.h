@@ -56,12 +56,6 @@ inline constexpr const char* kIsDoJeffreys = "isDoJeffreys";
 inline constexpr const char* kIsDoProfileLikelihood = "isDoProfileLikelihood";
 inline constexpr const char* kCustom = "custom";
 inline constexpr const char* kCutPointValue = "cutPointValue";
-inline constexpr const char* kDistributionFunction = "distributionFunction";
-inline constexpr const char* kIsUseSample = "isUseSample";
-inline constexpr const char* kMean = "mean";
-inline constexpr const char* kStdDev = "stdDev";
-inline constexpr const char* kMax = "max";
-inline constexpr const char* kMin = "min";
 
 // Related and independent samples.
 inline constexpr const char* kMultipleComparison = "typeOfMultipleComparison";
@@ -79,8 +73,4 @@ namespace EntryValue {
 inline constexpr const char* kGetFromData = "getFromData";
 inline constexpr const char* kPairWise = "pairWise";
 inline constexpr const char* kTrue = "true";
-inline constexpr const char* kNormal = "normal";
-inline constexpr const char* kUniform = "uniform";
-inline constexpr const char* kPoisson = "poisson";
-inline constexpr const char* kExponential = "exponential";
 }  // namespace EntryValue

@@ -67,10 +67,6 @@ TEST(TARNTestCatalogTest, TheseNamesHaveNoPlanBuilderYet) {
     const std::vector<std::string> expected{
         "ORuns",
         "OChiSquare",
-        "OKolmogorovSmirnovNormal",
-        "OKolmogorovSmirnovUniform",
-        "OKolmogorovSmirnovPoisson",
-        "OKolmogorovSmirnovExponential",
         "RCochransQ",
         "OBinomial",
         "IWaldWolfowitzRuns",
