@@ -6,6 +6,7 @@
 #include "independent/TARNHodgesLehmannTwoIndep.h"
 #include "independent/TARNJonckTer.h"
 #include "independent/TARNKSMedian.h"
+#include "independent/TARNKSmirnowTwoSample.h"
 #include "independent/TARNKruskalWOneWay.h"
 #include "independent/TARNMannWU.h"
 #include "independent/TARNMoses.h"
@@ -13,6 +14,7 @@
 #include "onesample/TARNBinomial.h"
 #include "onesample/TARNChiSquare.h"
 #include "onesample/TARNEstimateCI.h"
+#include "onesample/TARNKSmirnowOneSample.h"
 #include "onesample/TARNRuns.h"
 #include "onesample/TARNWilcoxonSR.h"
 #include "related/TARNHodgesLehmannPairs.h"
@@ -28,10 +30,10 @@ constexpr PlanFunction kNotBuiltYet = nullptr;
 constexpr std::array kCatalog{
     TARNTestRow{"ORuns", PlanRuns},
     TARNTestRow{"OChiSquare", PlanChiSquare},
-    TARNTestRow{"OKolmogorovSmirnovNormal", kNotBuiltYet},
-    TARNTestRow{"OKolmogorovSmirnovUniform", kNotBuiltYet},
-    TARNTestRow{"OKolmogorovSmirnovPoisson", kNotBuiltYet},
-    TARNTestRow{"OKolmogorovSmirnovExponential", kNotBuiltYet},
+    TARNTestRow{"OKolmogorovSmirnovNormal", PlanKSmirnowNormal},
+    TARNTestRow{"OKolmogorovSmirnovUniform", PlanKSmirnowUniform},
+    TARNTestRow{"OKolmogorovSmirnovPoisson", PlanKSmirnowPoisson},
+    TARNTestRow{"OKolmogorovSmirnovExponential", PlanKSmirnowExponential},
     TARNTestRow{"IMannWhitneyU", PlanMannWU},
     TARNTestRow{"OWilcoxonSignedRanks", PlanWilcoxonSR},
     TARNTestRow{"RSign", PlanSign},
@@ -45,7 +47,7 @@ constexpr std::array kCatalog{
     TARNTestRow{"RMarginalHomogeneity", PlanMargHomo},
     TARNTestRow{"RFriedmansTwoWayByRanks", kNotBuiltYet},
     TARNTestRow{"RKendallsCoefficient", kNotBuiltYet},
-    TARNTestRow{"IKolmogorovSmirnov", kNotBuiltYet},
+    TARNTestRow{"IKolmogorovSmirnov", PlanKSmirnowTwoSample},
     TARNTestRow{"IKruskalWallis", PlanKruskalWOneWay},
     TARNTestRow{"IJonckheereTerpstra", PlanJonckTer},
     TARNTestRow{"IMedian", PlanKSMedian},

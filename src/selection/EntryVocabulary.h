@@ -45,14 +45,6 @@ inline constexpr const char* kTestIndex = "testIndex";
 inline constexpr const char* kGroupVariableName = "groupVariableName";
 inline constexpr const char* kCaseIdVariableName = "caseIDVariableName";
 
-// One sample.
-inline constexpr const char* kDistributionFunction = "distributionFunction";
-inline constexpr const char* kIsUseSample = "isUseSample";
-inline constexpr const char* kMean = "mean";
-inline constexpr const char* kStdDev = "stdDev";
-inline constexpr const char* kMax = "max";
-inline constexpr const char* kMin = "min";
-
 // Related and independent samples.
 inline constexpr const char* kMultipleComparison = "typeOfMultipleComparison";
 inline constexpr const char* kCategoriesList = "categoriesList";
@@ -68,8 +60,4 @@ inline constexpr const char* kOrderOfHypotheses = "orderOfHypotheses";
 namespace EntryValue {
 inline constexpr const char* kPairWise = "pairWise";
 inline constexpr const char* kTrue = "true";
-inline constexpr const char* kNormal = "normal";
-inline constexpr const char* kUniform = "uniform";
-inline constexpr const char* kPoisson = "poisson";
-inline constexpr const char* kExponential = "exponential";
 }  // namespace EntryValue

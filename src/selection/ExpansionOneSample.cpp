@@ -4,7 +4,6 @@
 #include <span>
 #include <string_view>
 
-#include "onesample/ContinuousFieldKeys.h"
 #include "onesample/OneSampleKeys.h"
 #include "planning/contract/SettingKeys.h"
 #include "selection/EntryVocabulary.h"
@@ -28,15 +27,15 @@ struct Distribution {
     std::span<const char* const> parameters;
 };
 
-constexpr const char* kNormalParameters[] = {EntryKey::kMean, EntryKey::kStdDev};
-constexpr const char* kUniformParameters[] = {EntryKey::kMax, EntryKey::kMin};
-constexpr const char* kMeanAlone[] = {EntryKey::kMean};
+constexpr const char* kNormalParameters[] = {OneSampleKey::kMean, OneSampleKey::kStdDev};
+constexpr const char* kUniformParameters[] = {OneSampleKey::kMax, OneSampleKey::kMin};
+constexpr const char* kMeanAlone[] = {OneSampleKey::kMean};
 
 constexpr Distribution kDistributions[] = {
-    {TestName::kKolmogorovSmirnovNormal, EntryValue::kNormal, kNormalParameters},
-    {TestName::kKolmogorovSmirnovUniform, EntryValue::kUniform, kUniformParameters},
-    {TestName::kKolmogorovSmirnovPoisson, EntryValue::kPoisson, kMeanAlone},
-    {TestName::kKolmogorovSmirnovExponential, EntryValue::kExponential, kMeanAlone},
+    {TestName::kKolmogorovSmirnovNormal, DistributionName::kNormal, kNormalParameters},
+    {TestName::kKolmogorovSmirnovUniform, DistributionName::kUniform, kUniformParameters},
+    {TestName::kKolmogorovSmirnovPoisson, DistributionName::kPoisson, kMeanAlone},
+    {TestName::kKolmogorovSmirnovExponential, DistributionName::kExponential, kMeanAlone},
 };
 
 const Distribution& DistributionOf(const std::string& test) {
@@ -185,10 +184,10 @@ void TARNSettingsExpansion::ExpandKolmogorovSmirnov(const RequestedTest& test) {
         entry.AddSetting(SettingKey::kVariableName, taken->name);
         entry.AddSetting(EntryKey::kTestIndex, NextTestIndex());
         taken->AddOrigin(entry);
-        test.CopyFlag(EntryKey::kIsUseSample, entry);
+        test.CopyFlag(OneSampleKey::kIsUseSample, entry);
         for (const char* parameter : distribution.parameters) test.CopyNumber(parameter, entry);
         entry.AddSetting(EntryKey::kAlgorithmName, test.Name());
-        entry.AddSetting(EntryKey::kDistributionFunction, distribution.name);
+        entry.AddSetting(OneSampleKey::kDistributionFunction, distribution.name);
         executionSettings->AddSetting(test.Name(), entry);
     }
     // Repeated in the same way by each of the four tests.

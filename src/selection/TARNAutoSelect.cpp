@@ -6,6 +6,7 @@
 #include <utility>
 #include <variant>
 
+#include "onesample/OneSampleKeys.h"
 #include "planning/contract/SettingKeys.h"
 #include "planning/contract/TARNVariableInfo.h"
 #include "selection/EntryVocabulary.h"
@@ -49,8 +50,8 @@ std::optional<QKSettings> ProposeOneSampleTest(const IQKVariable& field) {
     if (field.GetKind() != FieldKind::kContinuous) return std::nullopt;
     QKSettings proposal = Propose(TestName::kKolmogorovSmirnovNormal);
     proposal.AddSetting(SettingKey::kClassFormation, ClassFormation::kGetFromData);
-    proposal.AddSetting(EntryKey::kDistributionFunction, EntryValue::kNormal);
-    proposal.AddSetting(EntryKey::kIsUseSample, EntryValue::kTrue);
+    proposal.AddSetting(OneSampleKey::kDistributionFunction, DistributionName::kNormal);
+    proposal.AddSetting(OneSampleKey::kIsUseSample, EntryValue::kTrue);
     return proposal;
 }
 

@@ -59,6 +59,9 @@ class StructuredTable {
     void Row(std::string_view name, double value) { Row(name, DoubleToString(value)); }
     void Row(std::string_view name, bool value) = delete;  // a truth value goes through BoolToString
 
+    /// A condition's parameters: rows named "%0", "%1", ...
+    void AddParameters(std::initializer_list<std::string> parameters);
+
     StructuredTable Table(std::string_view name) { return StructuredTable(*element_, name); }
     /// The table of the categories that settings gave and the field doesn't know, those of index -1: a row per text,
     /// named by its position among them. No table if there is none.

@@ -42,6 +42,7 @@ inline constexpr const char* kRunsParameters = "RunsParameters";
 inline constexpr const char* kTwoClassComparison = "TwoClassComparison";
 inline constexpr const char* kContent = "Content";
 inline constexpr const char* kAsymptotic = "Asymptotic";
+inline constexpr const char* kMostExtremeDifferences = "MostExtremeDifferences";
 /// Followed by the number of the group.
 inline constexpr const char* kGroup = "Group";
 inline constexpr const char* kBoxPlotInfo = "BoxPlotInfo";
@@ -80,6 +81,10 @@ inline constexpr const char* kExactSig1Tailed = "ExactSig1Tailed";
 
 inline constexpr const char* kHypotheticalMedian = "HypotheticalMedian";
 inline constexpr const char* kObservedMedian = "ObservedMedian";
+
+inline constexpr const char* kAbsolute = "Absolute";
+inline constexpr const char* kPositive = "Positive";
+inline constexpr const char* kNegative = "Negative";
 
 inline constexpr const char* kNegativeDifferences = "NegativeDifferences";
 inline constexpr const char* kTies = "Ties";

@@ -65,14 +65,9 @@ TEST(TARNTestCatalogTest, TheseNamesHaveNoPlanBuilderYet) {
         if (row.plan == nullptr) names.emplace_back(row.settingName);
     }
     const std::vector<std::string> expected{
-        "OKolmogorovSmirnovNormal",
-        "OKolmogorovSmirnovUniform",
-        "OKolmogorovSmirnovPoisson",
-        "OKolmogorovSmirnovExponential",
         "RCochransQ",
         "RFriedmansTwoWayByRanks",
         "RKendallsCoefficient",
-        "IKolmogorovSmirnov",
     };
     EXPECT_EQ(names, expected);
 }

@@ -17,6 +17,7 @@ inline constexpr const char* kTypeOfMultipleComparison = "typeOfMultipleComparis
 inline constexpr const char* kSigLevel = "sigLevel";
 inline constexpr const char* kConfidenceLevel = "confidenceLevel";
 inline constexpr const char* kWeightVariableIndex = "weightVariableIndex";
+inline constexpr const char* kMeasureLevel = "measureLevel";
 inline constexpr const char* kVariableIndex = "variableIndex";
 inline constexpr const char* kGroupVariableIndex = "groupVariableIndex";
 inline constexpr const char* kVariablePairFirstIndex = "variablePairFirstIndex";
