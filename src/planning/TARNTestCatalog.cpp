@@ -4,8 +4,12 @@
 #include <array>
 
 #include "independent/TARNHodgesLehmannTwoIndep.h"
+#include "independent/TARNJonckTer.h"
+#include "independent/TARNKSMedian.h"
+#include "independent/TARNKruskalWOneWay.h"
 #include "independent/TARNMannWU.h"
 #include "independent/TARNMoses.h"
+#include "onesample/TARNWilcoxonSR.h"
 #include "related/TARNHodgesLehmannPairs.h"
 #include "related/TARNMargHomo.h"
 #include "related/TARNMcNemar.h"
@@ -24,7 +28,7 @@ constexpr std::array kCatalog{
     TARNTestRow{"OKolmogorovSmirnovPoisson", kNotBuiltYet},
     TARNTestRow{"OKolmogorovSmirnovExponential", kNotBuiltYet},
     TARNTestRow{"IMannWhitneyU", PlanMannWU},
-    TARNTestRow{"OWilcoxonSignedRanks", kNotBuiltYet},
+    TARNTestRow{"OWilcoxonSignedRanks", PlanWilcoxonSR},
     TARNTestRow{"RSign", PlanSign},
     TARNTestRow{"RWilcoxonSignedRanks", PlanWilcoxonPairs},
     TARNTestRow{"IMoses", PlanMoses},
@@ -37,9 +41,9 @@ constexpr std::array kCatalog{
     TARNTestRow{"RFriedmansTwoWayByRanks", kNotBuiltYet},
     TARNTestRow{"RKendallsCoefficient", kNotBuiltYet},
     TARNTestRow{"IKolmogorovSmirnov", kNotBuiltYet},
-    TARNTestRow{"IKruskalWallis", kNotBuiltYet},
-    TARNTestRow{"IJonckheereTerpstra", kNotBuiltYet},
-    TARNTestRow{"IMedian", kNotBuiltYet},
+    TARNTestRow{"IKruskalWallis", PlanKruskalWOneWay},
+    TARNTestRow{"IJonckheereTerpstra", PlanJonckTer},
+    TARNTestRow{"IMedian", PlanKSMedian},
     TARNTestRow{"RHodgesLehmannEstimatePairs", PlanHodgesLehmannPairs},
     TARNTestRow{"IHodgesLehmannEstimateGroups", PlanHodgesLehmannTwoIndep},
 };

@@ -54,6 +54,7 @@ inline constexpr const char* kPairwiseResult = "PairwiseResult";
 inline constexpr const char* kPairwiseInfo = "PairwiseInfo";
 inline constexpr const char* kStepwiseResult = "StepwiseResult";
 inline constexpr const char* kStepwiseInfo = "StepwiseInfo";
+inline constexpr const char* kYatesContinuityCorrection = "YatesContinuityCorrection";
 }  // namespace TableName
 
 /// Names of rows. A name means the same kind of thing in every test.
@@ -73,6 +74,9 @@ inline constexpr const char* kAsymptoticSig2Tailed = "AsymptoticSig2Tailed";
 inline constexpr const char* kAsymptoticSig1Tailed = "AsymptoticSig1Tailed";
 inline constexpr const char* kExactSig2Tailed = "ExactSig2Tailed";
 inline constexpr const char* kExactSig1Tailed = "ExactSig1Tailed";
+
+inline constexpr const char* kHypotheticalMedian = "HypotheticalMedian";
+inline constexpr const char* kObservedMedian = "ObservedMedian";
 
 inline constexpr const char* kNegativeDifferences = "NegativeDifferences";
 inline constexpr const char* kTies = "Ties";
@@ -95,6 +99,13 @@ inline constexpr const char* kWilcoxonW = "WilcoxonW";
 inline constexpr const char* kFieldIndex = "fieldIndex";
 inline constexpr const char* kKendallsW = "KendallsW";
 inline constexpr const char* kOutliersTrimmed = "OutliersTrimmedFromEachEnd";
+
+inline constexpr const char* kMedian = "Median";
+inline constexpr const char* kGrandMedian = "GrandMedian";
+inline constexpr const char* kGreaterThanMedian = "GTMedian";
+inline constexpr const char* kNotGreaterThanMedian = "STMedian";
+inline constexpr const char* kChiSquare = "ChiSquare";
+inline constexpr const char* kFisherExactSig = "FisherExactSig";
 
 inline constexpr const char* kEstimate = "Estimate";
 inline constexpr const char* kLower = "Lower";

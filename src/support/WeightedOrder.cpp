@@ -23,6 +23,13 @@ bool IsBelow(double a, double b) {
     return a < b || (std::isnan(b) && !std::isnan(a));
 }
 
+template <typename Difference>
+void SortByAbsolute(std::vector<Difference>& values) {
+    std::sort(values.begin(), values.end(), [](const Difference& a, const Difference& b) {
+        return IsBelow(std::fabs(a.difference), std::fabs(b.difference));
+    });
+}
+
 }  // namespace
 
 void SortByValue(std::vector<WeightedDifference>& values) {
@@ -32,9 +39,11 @@ void SortByValue(std::vector<WeightedDifference>& values) {
 }
 
 void SortByAbsoluteValue(std::vector<WeightedDifference>& values) {
-    std::sort(values.begin(), values.end(), [](const WeightedDifference& a, const WeightedDifference& b) {
-        return IsBelow(std::fabs(a.difference), std::fabs(b.difference));
-    });
+    SortByAbsolute(values);
+}
+
+void SortByAbsoluteValue(std::vector<UntruncatedDifference>& values) {
+    SortByAbsolute(values);
 }
 
 // ---- Positions ----

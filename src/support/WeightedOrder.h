@@ -12,10 +12,17 @@ struct WeightedDifference {
     std::int32_t weight = 0;
 };
 
+/// The same with the weight as it stands, fraction included.
+struct UntruncatedDifference {
+    double difference = 0;
+    double weight = 0;
+};
+
 /// Sorts in ascending order. What is no number stands last.
 void SortByValue(std::vector<WeightedDifference>& values);
 /// The same by the absolute value.
 void SortByAbsoluteValue(std::vector<WeightedDifference>& values);
+void SortByAbsoluteValue(std::vector<UntruncatedDifference>& values);
 
 /// Order statistics of a list of weighted values that is too long to be made. It is defined as sorted in ascending
 /// order, of equal values those without weight in front, with the running sum of its weights; but a derived class only

@@ -11,6 +11,7 @@ inline constexpr const char* kVariableName = "variableName";
 inline constexpr const char* kGroupVariableName = "groupVariableName";
 inline constexpr const char* kOriginVariableName = "originVariableName";
 inline constexpr const char* kClassFormation = "classFormation";
+inline constexpr const char* kTypeOfMultipleComparison = "typeOfMultipleComparison";
 
 // Written by plan builders into a test's own settings.
 inline constexpr const char* kSigLevel = "sigLevel";
@@ -27,6 +28,13 @@ inline constexpr const char* kSuccessCategoryListNum = "successCategoryListNum";
 inline constexpr const char* kSuccessCategoryListStr = "successCategoryListStr";
 
 }  // namespace SettingKey
+
+/// Values of "typeOfMultipleComparison".
+namespace MultipleComparisonType {
+inline constexpr const char* kNone = "none";
+inline constexpr const char* kPairWise = "pairWise";
+inline constexpr const char* kStepWise = "stepWise";
+}  // namespace MultipleComparisonType
 
 /// Values of "classFormation".
 namespace ClassFormation {
