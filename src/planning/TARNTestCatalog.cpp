@@ -10,7 +10,9 @@
 #include "independent/TARNMannWU.h"
 #include "independent/TARNMoses.h"
 #include "onesample/TARNWilcoxonSR.h"
+#include "related/TARNFriedman.h"
 #include "related/TARNHodgesLehmannPairs.h"
+#include "related/TARNKendallsW.h"
 #include "related/TARNMargHomo.h"
 #include "related/TARNMcNemar.h"
 #include "related/TARNSign.h"
@@ -38,8 +40,8 @@ constexpr std::array kCatalog{
     TARNTestRow{"OEstimateConfidenceInterval", kNotBuiltYet},
     TARNTestRow{"RMcNemar", PlanMcNemar},
     TARNTestRow{"RMarginalHomogeneity", PlanMargHomo},
-    TARNTestRow{"RFriedmansTwoWayByRanks", kNotBuiltYet},
-    TARNTestRow{"RKendallsCoefficient", kNotBuiltYet},
+    TARNTestRow{"RFriedmansTwoWayByRanks", PlanFriedman},
+    TARNTestRow{"RKendallsCoefficient", PlanKendallsW},
     TARNTestRow{"IKolmogorovSmirnov", kNotBuiltYet},
     TARNTestRow{"IKruskalWallis", PlanKruskalWOneWay},
     TARNTestRow{"IJonckheereTerpstra", PlanJonckTer},

@@ -72,8 +72,6 @@ TEST(TARNTestCatalogTest, TheseNamesHaveNoPlanBuilderYet) {
         "OBinomial",
         "IWaldWolfowitzRuns",
         "OEstimateConfidenceInterval",
-        "RFriedmansTwoWayByRanks",
-        "RKendallsCoefficient",
         "IKolmogorovSmirnov",
     };
     EXPECT_EQ(names, expected);
