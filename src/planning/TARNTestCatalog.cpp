@@ -17,7 +17,9 @@
 #include "onesample/TARNKSmirnowOneSample.h"
 #include "onesample/TARNRuns.h"
 #include "onesample/TARNWilcoxonSR.h"
+#include "related/TARNFriedman.h"
 #include "related/TARNHodgesLehmannPairs.h"
+#include "related/TARNKendallsW.h"
 #include "related/TARNMargHomo.h"
 #include "related/TARNMcNemar.h"
 #include "related/TARNSign.h"
@@ -45,8 +47,8 @@ constexpr std::array kCatalog{
     TARNTestRow{"OEstimateConfidenceInterval", PlanEstimateCI},
     TARNTestRow{"RMcNemar", PlanMcNemar},
     TARNTestRow{"RMarginalHomogeneity", PlanMargHomo},
-    TARNTestRow{"RFriedmansTwoWayByRanks", kNotBuiltYet},
-    TARNTestRow{"RKendallsCoefficient", kNotBuiltYet},
+    TARNTestRow{"RFriedmansTwoWayByRanks", PlanFriedman},
+    TARNTestRow{"RKendallsCoefficient", PlanKendallsW},
     TARNTestRow{"IKolmogorovSmirnov", PlanKSmirnowTwoSample},
     TARNTestRow{"IKruskalWallis", PlanKruskalWOneWay},
     TARNTestRow{"IJonckheereTerpstra", PlanJonckTer},

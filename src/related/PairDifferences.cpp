@@ -10,21 +10,6 @@ namespace {
 
 constexpr std::size_t kPairSize = 2;
 
-/// The indices of the names up to the first unknown one.
-std::vector<int> ResolveNames(const std::vector<std::string>& names, const QKVarList& varList, long unknownField,
-                              TARNPlanBuilder& builder) {
-    std::vector<int> indices;
-    for (const std::string& name : names) {
-        const int field = varList.FindVariable(name);
-        if (field < 0) {
-            builder.Fail(unknownField, name);
-            break;
-        }
-        indices.push_back(field);
-    }
-    return indices;
-}
-
 /// A good first field stays registered where the second one fails.
 void RequestSortedFields(const std::vector<std::string>& names, const std::vector<int>& indices, long notContinuous,
                          TARNPlanBuilder& builder, TARNPlan& plan) {
@@ -42,7 +27,7 @@ void RequestSortedFields(const std::vector<std::string>& names, const std::vecto
 void PlanContinuousPair(TARNPlanBuilder& builder, TARNPlan& plan, const PairCodes& codes) {
     std::vector<std::string> names;
     if (builder.Read(SettingKey::kVariableName, names)) {
-        const std::vector<int> indices = ResolveNames(names, plan.GetVarList(), codes.unknownField, builder);
+        const std::vector<int> indices = builder.ResolveFields(names, codes.unknownField);
         AddVecSetting(builder.TestSettings(), SettingKey::kVariableIndex, indices, false);
         if (builder.IsOK() && names.size() != kPairSize) builder.Fail(codes.notTwoFields);
         if (builder.IsOK()) RequestSortedFields(names, indices, codes.notContinuous, builder, plan);

@@ -88,6 +88,16 @@ Iterator At(Iterator first, std::size_t position) {
 
 }  // namespace
 
+void RemoveContainedSubsets(std::vector<SubsetRecord>& subsets) {
+    const std::vector<SubsetRecord> found = subsets;
+    for (std::size_t i = 0; i < subsets.size(); ++i) {
+        // The subset itself is among those that contain it.
+        const auto containing = std::count_if(found.begin(), found.end(),
+                                              [&](const SubsetRecord& other) { return other.Contains(subsets[i]); });
+        if (containing > 1) subsets.erase(At(subsets.begin(), i));
+    }
+}
+
 void StepwiseComparison::Begin(std::size_t positionCount, std::size_t sampleCount) {
     positionCount_ = positionCount;
     sampleCount_ = sampleCount;
@@ -143,8 +153,7 @@ bool StepwiseComparison::WalkCandidates(double sigLevel, const Compute& compute)
         }
         if (!IsCovered(candidate)) finalSubsets.push_back(candidate);
         if (rules.followers == Followers::kEndWithIt && candidate.firstPosition != 0) {
-            // They lie inside what has just been settled, or begin later in it. A candidate that has shrunk to one
-            // sample ends them as well, though nothing was settled about them.
+            // They lie inside what has just been settled, or begin later in it.
             candidates.erase(At(candidates.begin(), position), candidates.end());
             break;
         }
@@ -175,14 +184,7 @@ std::vector<TestMessage> StepwiseComparison::AddLeftOver() {
 
 /// Removes subsets inside others and puts the rest into the order of their first positions.
 void StepwiseComparison::Tidy() {
-    const std::vector<SubsetRecord> found = finalSubsets;
-    // A step is made after an erasure, too, so that what moves into the erased place is not looked at and may stay
-    // though it lies inside another subset. That is meant: it stands in the documents.
-    for (std::size_t i = 0; i < finalSubsets.size(); ++i) {
-        const auto containing = std::count_if(
-            found.begin(), found.end(), [&](const SubsetRecord& other) { return other.Contains(finalSubsets[i]); });
-        if (containing > 1) finalSubsets.erase(At(finalSubsets.begin(), i));
-    }
+    RemoveContainedSubsets(finalSubsets);
     displayOrder.resize(finalSubsets.size());
     std::stable_sort(displayOrder.begin(), displayOrder.end(), [&](std::size_t a, std::size_t b) {
         return finalSubsets[a].firstPosition < finalSubsets[b].firstPosition;

@@ -149,6 +149,11 @@ struct SubsetRecord {
 /// The adjusted significance of a subset of `size` out of `sampleCount` samples.
 double AdjustForSubset(double sig, std::size_t size, std::size_t sampleCount);
 
+/// Removes subsets that lie inside another one of the list, all but those that stand right behind a removed one: a step
+/// is made after a removal, too, so that what moves into the empty place is not looked at. That is meant. A search
+/// never leaves two such subsets side by side.
+void RemoveContainedSubsets(std::vector<SubsetRecord>& subsets);
+
 /// The search for homogeneous subsets, one pass over the data per step. Use: `Begin` once; then per pass the test
 /// adds up what it needs for each of `Candidates`, and calls `EndPass`, until `IsDone`. Every candidate loses a sample
 /// per pass or leaves the list, so that there are at most as many passes as samples less one.

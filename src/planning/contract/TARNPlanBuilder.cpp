@@ -27,6 +27,19 @@ void TARNPlanBuilder::FailToo(long code, std::vector<std::string> messageParamet
     failures.push_back({status, MessageKind::kError, std::move(messageParameters), {}});
 }
 
+std::vector<int> TARNPlanBuilder::ResolveFields(const std::vector<std::string>& names, long unknownField) {
+    std::vector<int> indices;
+    for (const std::string& name : names) {
+        const int field = plan_.GetVarList().FindVariable(name);
+        if (field < 0) {
+            Fail(unknownField, name);
+            break;
+        }
+        indices.push_back(field);
+    }
+    return indices;
+}
+
 void TARNPlanBuilder::RequestOriginFrequencies() {
     std::vector<std::string> names;
     if (std::string name; Read(SettingKey::kOriginVariableName, name))

@@ -34,6 +34,9 @@ class TARNPlanBuilder {
     bool Read(const char* key, T& out) const {
         return entry_.GetSettingValByName(key, out);
     }
+    /// The indices of the named fields up to the first unknown one, which fails with its name.
+    std::vector<int> ResolveFields(const std::vector<std::string>& names, long unknownField);
+
     /// The settings that the test will own.
     QKSettings& TestSettings() { return *settings; }
 

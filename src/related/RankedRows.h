@@ -1,0 +1,91 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "planning/contract/TARNPlan.h"
+#include "planning/contract/TARNPlanBuilder.h"
+#include "planning/contract/TARNTest.h"
+#include "related/RowRanks.h"
+#include "support/MultipleComparison.h"
+#include "support/ResultElements.h"
+
+/// What tells the two tests of ranked rows apart, beside the statistic that they show.
+struct RankedRowsTest {
+    const char* name;
+    const char* conditionKey;
+    long namesMissing;
+    long unknownField;
+    long tooFewFields;
+    long notContinuous;
+    long comparisonMissing;
+    RefusalCodes notSignificant;
+    RefusalCodes tooFewToCompare;
+    const ComparisonRules& rules;
+};
+
+/// The plan of such a test: resolves "variableName", writes "variableIndex" and "typeOfMultipleComparison", asks for
+/// the descriptives of the fields, and for the frequencies of those under "originVariableName".
+void PlanRankedRows(TARNPlanBuilder& builder, TARNPlan& plan, const RankedRowsTest& test);
+
+/// The Friedman statistic of n rows whose ranks, 1 .. k in each row, have these sums per field.
+double FriedmanChiSquare(const std::vector<double>& rankSums, std::int32_t n, double tieSum);
+
+/// What the Friedman test and Kendall's W share: k continuous fields, each record's values ranked among themselves.
+/// One pass for the overall statistic; then a pass per step of a stepwise comparison.
+class RankedRows : public TARNTest {
+ public:
+    void SetUnivariateResults(UnivariateResults*) override {}
+    QKStatus BeginPass() override;
+    bool NeedsAnotherPass() override { return !status.IsError() && comparison.stepwise && !steps.IsDone(); }
+    QKStatus EndPass() override;
+    void GetUsedVariables(std::vector<int>& fieldIndices) override;
+    QKXML::XMLElement* MakeResultElement() override;
+
+ protected:
+    /// Reads from its settings "variableIndex" (the fields), "weightVariableIndex", "sigLevel" and
+    /// "typeOfMultipleComparison". `whichTest` is a constant.
+    RankedRows(std::unique_ptr<QKSettings> testSettings, const RankedRowsTest& whichTest)
+        : TARNTest(std::move(testSettings)), kind(whichTest), steps(whichTest.rules) {}
+
+    /// Takes a record, whatever the status of the test.
+    QKStatus ProcessRow(const Record& record);
+
+    /// Writes the rows of the table of statistics that stand between "TotalN" and "DegreeOfFreedom".
+    virtual void AddStatistic(StructuredTable& statistics) const = 0;
+
+    std::int32_t n = 0;
+    std::int32_t k = 0;
+    double chiSquare = 0;
+
+ private:
+    enum class State { kOverall, kBeforeSteps, kSteps, kFinished };
+
+    void ReadSettings();
+    void AddToOverall(std::int32_t weight);
+    void AddToCandidates(std::int32_t weight);
+    void EndOverall();
+    void Compare();
+    void ComparePairs();
+    void EndStep();
+    void AddFields(ResultElement& element) const;
+
+    const RankedRowsTest& kind;
+    double sigLevel = 0.05;
+    std::vector<int> variableIndices;
+    int weightVariableIndex = -1;
+    std::vector<double> row;
+    RowRanks rowRanks;
+    std::vector<double> rankSums;
+    std::vector<double> meanRanks;
+    std::vector<RankFrequencies> rankFrequencies;
+    double tieSum = 0;
+    double sig = 0;
+    ComparisonRequest comparison;
+    State state = State::kOverall;
+    std::vector<PairRecord> pairwiseResults;
+    bool pairwiseDone = false;
+    std::vector<OrderedSample> orderedSamples;
+    StepwiseComparison steps;
+};
