@@ -28,8 +28,9 @@ void CsvReader::SkipByteOrderMark() {
 }
 
 bool CsvReader::Next() {
-    while (ParseRow() == Outcome::kNeedsBytes) {
+    for (bool isFirst = true; ParseRow() == Outcome::kNeedsBytes; isFirst = false) {
         if (isComplete_) return false;
+        if (isFirst) TurnToOtherBuffer();
         Fill();
     }
     return true;
@@ -37,6 +38,15 @@ bool CsvReader::Next() {
 
 bool CsvReader::NextInBlock() {
     return ParseRow() == Outcome::kRow;
+}
+
+void CsvReader::TurnToOtherBuffer() {
+    const std::size_t used = static_cast<std::size_t>(end_ - begin_);
+    otherBuffer_.resize(buffer_.size());
+    std::copy(begin_, end_, otherBuffer_.data());
+    buffer_.swap(otherBuffer_);
+    begin_ = buffer_.data();
+    end_ = begin_ + used;
 }
 
 void CsvReader::Fill() {

@@ -29,8 +29,8 @@ class CsvReader {
     /// Goes to the next row if the block holds all of it; false if `Next` has to read more first.
     bool NextInBlock();
 
-    /// The cells of the row without their quotes, at least one. Valid until the next call of `Next`, also when
-    /// `NextInBlock` went to other rows meanwhile.
+    /// The cells of the row without their quotes, at least one. Valid until the next call but one of `Next`, also when
+    /// `NextInBlock` went to other rows meanwhile: while a block is parsed, somebody may still read the one before.
     std::span<const std::string_view> Cells() const { return cells_; }
     /// Whether the row is an empty line, which `Cells` shows as one empty cell.
     bool IsEmptyLine() const { return isEmptyLine_; }
@@ -44,6 +44,7 @@ class CsvReader {
     enum class Border { kComma, kRowEnd, kNeedsBytes };
 
     void SkipByteOrderMark();
+    void TurnToOtherBuffer();
     void Fill();
     Outcome ParseRow();
     Border ParseQuoted(const char* quote);
@@ -55,11 +56,12 @@ class CsvReader {
     [[noreturn]] void Fail(const char* position, const std::string& what) const;
 
     ByteSource& source_;
-    std::vector<char> buffer_;  // followed by the padding of the scanner
-    const char* begin_;         // of the row to be parsed next
-    const char* end_;           // of the bytes that were read
-    bool isComplete_ = false;   // whether end_ is the end of the input
-    CsvScanner scanner_;        // stands at begin_ between two rows
+    std::vector<char> buffer_;       // followed by the padding of the scanner
+    std::vector<char> otherBuffer_;  // holds the rows before the last call of `Next`
+    const char* begin_;              // of the row to be parsed next
+    const char* end_;                // of the bytes that were read
+    bool isComplete_ = false;        // whether end_ is the end of the input
+    CsvScanner scanner_;             // stands at begin_ between two rows
 
     std::vector<std::string_view> cells_;
     std::vector<std::size_t> escapedCells_;  // those that hold ""

@@ -1,7 +1,8 @@
 #include "host/RowBatch.h"
 
-#include <future>
+#include <algorithm>
 #include <limits>
+#include <utility>
 
 #include "runtime/common/DecimalNumber.h"
 
@@ -11,35 +12,44 @@ namespace {
 
 /// Below this a thread costs more than it saves.
 constexpr std::size_t kSharedFromCells = 8192;
-
-void ReadRows(const RowBatch& batch, const std::vector<std::size_t>& columns, std::size_t first, std::size_t last) {
-    for (std::size_t row = first; row < last; ++row) {
-        const std::span<const std::string_view> cells = batch.Cells(row);
-        double* const target = batch.Target(row);
-        for (const std::size_t column : columns) {
-            if (!ParseDecimal(cells[column], target[column])) {
-                target[column] = std::numeric_limits<double>::quiet_NaN();
-            }
-        }
-    }
-}
+/// How many rows a thread takes at a time: small, so that both end together.
+constexpr std::size_t kChunkRows = 256;
 
 }  // namespace
 
-void ReadPlainNumbers(const RowBatch& batch, const std::vector<bool>& isPlain) {
-    std::vector<std::size_t> columns;
-    for (std::size_t column = 0; column < isPlain.size(); ++column) {
-        if (isPlain[column]) columns.push_back(column);
+NumberReading::NumberReading(const RowBatch& batch, std::vector<std::size_t> columns, SecondThread& thread)
+    : batch_(batch), columns_(std::move(columns)) {
+    if (batch_.RowCount() * columns_.size() < kSharedFromCells) return;
+    second_ = thread.Start([this] { ReadChunks(); });
+}
+
+NumberReading::~NumberReading() {
+    if (second_.valid()) second_.wait();
+}
+
+bool NumberReading::Finish() {
+    ReadChunks();
+    if (second_.valid()) second_.get();
+    return areAllNumbers_;
+}
+
+void NumberReading::ReadChunks() {
+    bool areNumbers = true;
+    for (;;) {
+        const std::size_t first = nextRow_.fetch_add(kChunkRows);
+        if (first >= batch_.RowCount()) break;
+        const std::size_t last = std::min(first + kChunkRows, batch_.RowCount());
+        for (std::size_t row = first; row < last; ++row) {
+            const std::span<const std::string_view> cells = batch_.Cells(row);
+            double* const target = batch_.Target(row);
+            for (const std::size_t column : columns_) {
+                if (ParseDecimal(cells[column], target[column])) continue;
+                target[column] = std::numeric_limits<double>::quiet_NaN();
+                areNumbers = false;
+            }
+        }
     }
-    const std::size_t rowCount = batch.RowCount();
-    if (rowCount * columns.size() < kSharedFromCells) {
-        ReadRows(batch, columns, 0, rowCount);
-        return;
-    }
-    const std::size_t half = rowCount / 2;
-    const std::future<void> second = std::async(std::launch::async, [&] { ReadRows(batch, columns, half, rowCount); });
-    ReadRows(batch, columns, 0, half);
-    second.wait();
+    if (!areNumbers) areAllNumbers_ = false;
 }
 
 }  // namespace tarn

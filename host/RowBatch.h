@@ -1,15 +1,20 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
+#include <future>
 #include <span>
 #include <string_view>
 #include <vector>
+
+#include "host/SecondThread.h"
 
 namespace tarn {
 
 /// Rows of a table that are in memory together, with the rows of doubles that they are read into.
 class RowBatch {
  public:
+    /// An empty batch of rows of `width` cells.
     explicit RowBatch(std::size_t width) : width_(width) {}
 
     void Clear() {
@@ -38,9 +43,28 @@ class RowBatch {
     std::vector<double*> targets_;
 };
 
-/// Reads the cells of the columns marked in `isPlain` that are decimal numbers into their targets, and puts a NaN for
-/// every other cell of these columns. A large batch is shared with a second thread, as the numbers are most of the
-/// work of reading a table.
-void ReadPlainNumbers(const RowBatch& batch, const std::vector<bool>& isPlain);
+/// Reads the cells of some columns that are decimal numbers into their targets, and puts a NaN for every other cell of
+/// these columns. Most of the work of reading a table is done here, so that of a large batch a second thread begins at
+/// once, while the caller gets the next rows.
+class NumberReading {
+ public:
+    /// Starts on `columns` of `batch`, which is borrowed until the end, as is the thread.
+    NumberReading(const RowBatch& batch, std::vector<std::size_t> columns, SecondThread& thread);
+    ~NumberReading();
+    NumberReading(const NumberReading&) = delete;
+    NumberReading& operator=(const NumberReading&) = delete;
+
+    /// Does its part of what is left and returns when all cells are read: whether each was a number.
+    bool Finish();
+
+ private:
+    void ReadChunks();
+
+    const RowBatch& batch_;
+    std::vector<std::size_t> columns_;
+    std::atomic<std::size_t> nextRow_ = 0;
+    std::atomic<bool> areAllNumbers_ = true;
+    std::future<void> second_;
+};
 
 }  // namespace tarn

@@ -4,11 +4,13 @@
 #include <bit>
 #include <utility>
 
+#include "planning/records/LargeBlock.h"
+
 namespace tarn {
 
 namespace {
 
-constexpr std::size_t kBlockCells = (std::size_t{4} << 20) / sizeof(double);
+constexpr std::size_t kBlockCells = (std::size_t{16} << 20) / sizeof(double);
 
 }  // namespace
 
@@ -27,7 +29,7 @@ int Table::FindColumn(std::string_view name) const {
 
 double* Table::AppendRow() {
     if ((rowCount_ & blockMask_) == 0) {
-        blocks_.push_back(std::make_unique_for_overwrite<double[]>((blockMask_ + 1) * columns_.size()));
+        blocks_.push_back(MakeLargeBlock((blockMask_ + 1) * columns_.size()));
     }
     return Row(rowCount_++);
 }

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <exception>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <utility>
@@ -29,7 +31,8 @@ class TableLoader {
           missingTexts_(descriptor.missingTexts),
           numbersMayBeMissing_(std::ranges::any_of(missingTexts_.Texts(),
                                                    [](const auto& text) { return ParseDecimal(text).has_value(); })),
-          batch_(rows_.Names().size()) {
+          batch_(rows_.Names().size()),
+          gathered_(rows_.Names().size()) {
         std::vector<Column> columns;
         for (const ColumnPlan& column : plan_.columns) {
             readers_.emplace_back(column, missingTexts_);
@@ -40,7 +43,19 @@ class TableLoader {
     }
 
     Table Load() {
-        while (rows_.Next()) ReadBlock();
+        std::exception_ptr badRow;
+        for (bool hasRows = true; hasRows;) {
+            try {
+                hasRows = GatherBlock();
+            } catch (const InputError&) {
+                badRow = std::current_exception();
+                hasRows = false;
+            }
+            FinishBatch();  // a row before the bad one may hold the first mistake of the table
+            StartBatch();
+        }
+        FinishBatch();
+        if (badRow) std::rethrow_exception(badRow);
         if (!lateTexts_.empty()) ReadLateTexts();
         FinishColumns();
         return std::move(table_);
@@ -53,39 +68,55 @@ class TableLoader {
         std::size_t rowCount;
     };
 
-    // Reads the row that `rows_` stands at and all that are in memory behind it.
-    void ReadBlock() {
-        batch_.Clear();
-        try {
-            do {
-                batch_.Add(rows_.Cells(), rows_.Line(), table_.AppendRow());
-            } while (rows_.NextInBlock());
-        } catch (const InputError&) {
-            ReadBatch();  // a row before the bad one may hold the first mistake of the table
-            throw;
-        }
-        ReadBatch();
+    // Gathers the next row and all that are in memory behind it; false at the end of the input.
+    bool GatherBlock() {
+        if (!rows_.Next()) return false;
+        do {
+            gathered_.Add(rows_.Cells(), rows_.Line(), table_.AppendRow());
+        } while (rows_.NextInBlock());
+        return true;
     }
 
-    void ReadBatch() {
-        std::vector<bool> isPlain(readers_.size());
-        for (std::size_t i = 0; i < readers_.size(); ++i)
-            isPlain[i] = !numbersMayBeMissing_ && readers_[i].TakesPlainNumbers();
-        ReadPlainNumbers(batch_, isPlain);
-        for (std::size_t row = 0; row < batch_.RowCount(); ++row) ReadRow(row, isPlain);
+    // Starts to read the numbers of the gathered rows.
+    void StartBatch() {
+        std::swap(batch_, gathered_);
+        gathered_.Clear();
+        isPlain_.assign(readers_.size(), false);
+        std::vector<std::size_t> plainColumns;
+        for (std::size_t i = 0; i < readers_.size(); ++i) {
+            if (numbersMayBeMissing_ || !readers_[i].TakesPlainNumbers()) continue;
+            isPlain_[i] = true;
+            plainColumns.push_back(i);
+        }
+        numbers_.emplace(batch_, std::move(plainColumns), secondThread_);
+    }
+
+    // Reads all that is left of the rows that were started with.
+    void FinishBatch() {
+        if (!numbers_) return;
+        const bool areAllNumbers = numbers_->Finish();
+        numbers_.reset();
+        const std::size_t rowCount = batch_.RowCount();
+        const bool isDone = areAllNumbers && std::ranges::find(isPlain_, false) == isPlain_.end();
+        if (isDone && rowCount > 0) {
+            for (ColumnReader& reader : readers_) reader.NotePlainNumber();
+        } else {
+            for (std::size_t row = 0; row < rowCount; ++row) ReadRow(row);
+        }
+        rowsRead_ += rowCount;
     }
 
     // Reads what no plain number was found for: missing cells, texts, categories, dates.
-    void ReadRow(std::size_t row, std::vector<bool>& isPlain) {
+    void ReadRow(std::size_t row) {
         const std::span<const std::string_view> cells = batch_.Cells(row);
         double* const values = batch_.Target(row);
         for (std::size_t i = 0; i < cells.size(); ++i) {
             ColumnReader& reader = readers_[i];
-            if (isPlain[i] && !std::isnan(values[i])) {
+            if (isPlain_[i] && !std::isnan(values[i])) {
                 reader.NotePlainNumber();
             } else if (!reader.Read(cells[i], values[i])) {
                 TurnToText(i, row);
-                isPlain[i] = false;
+                isPlain_[i] = false;
             }
         }
     }
@@ -100,8 +131,7 @@ class TableLoader {
         }
         reader.BecomeText();
         batch_.Target(row)[column] = reader.ReadText(cell);
-        const std::size_t rowsBefore = table_.RowCount() - batch_.RowCount() + row;
-        if (reader.HasVoidValues()) lateTexts_.push_back({column, rowsBefore});
+        if (reader.HasVoidValues()) lateTexts_.push_back({column, rowsRead_ + row});
     }
 
     void ReadLateTexts() {
@@ -146,11 +176,16 @@ class TableLoader {
     RowReader rows_;
     TablePlan plan_;
     MissingTexts missingTexts_;
-    bool numbersMayBeMissing_;  // a text of a missing cell is a number, so that no cell is one at first sight
-    RowBatch batch_;
-    std::vector<ColumnReader> readers_;  // borrow from the two above
+    bool numbersMayBeMissing_;           // a text of a missing cell is a number, so that no cell is one at first sight
+    RowBatch batch_;                     // whose cells are being read
+    RowBatch gathered_;                  // the rows behind them
+    std::vector<bool> isPlain_;          // the columns of batch_ that `numbers_` reads
+    std::size_t rowsRead_ = 0;           // before batch_
+    std::vector<ColumnReader> readers_;  // borrow from the plan and the missing texts
     Table table_;
     std::vector<LateText> lateTexts_;
+    SecondThread secondThread_;
+    std::optional<NumberReading> numbers_;  // the last member: it may still write into the table
 };
 
 }  // namespace

@@ -17,7 +17,8 @@ std::size_t DisplayWidth(const std::string& text) {
 std::string TextTable::ToText() const {
     std::vector<std::string> titles;
     for (const ColumnHead& column : columns_) titles.push_back(column.title);
-    std::vector<const std::vector<std::string>*> lines{&titles};
+    std::vector<const std::vector<std::string>*> lines;
+    if (std::ranges::any_of(titles, [](const std::string& title) { return !title.empty(); })) lines.push_back(&titles);
     for (const auto& row : rows_) lines.push_back(&row);
 
     std::vector<std::size_t> widths(columns_.size());

@@ -7,7 +7,8 @@ namespace tarn {
 
 enum class Alignment { kLeft, kRight };
 
-/// A table of plain text: a header line and rows of as many cells, in columns two blanks apart.
+/// A table of plain text: a header line, unless all titles are empty, and rows of as many cells, in columns two blanks
+/// apart.
 class TextTable {
  public:
     struct ColumnHead {
@@ -18,6 +19,7 @@ class TextTable {
     explicit TextTable(std::vector<ColumnHead> columns) : columns_(std::move(columns)) {}
 
     void AddRow(std::vector<std::string> cells) { rows_.push_back(std::move(cells)); }
+    bool IsEmpty() const { return rows_.empty(); }
     /// A line for the header and one for each row, without blanks at their ends.
     std::string ToText() const;
 

@@ -7,10 +7,10 @@
 #include "apps/tarn/Interrupt.h"
 #include "apps/tarn/ProgressBar.h"
 #include "apps/tarn/RequestRun.h"
-#include "host/ResultSummary.h"
 #include "host/SettingsDocument.h"
 #include "host/TestNames.h"
 #include "host/TextTable.h"
+#include "host/WholeFile.h"
 
 namespace tarn {
 
@@ -25,10 +25,12 @@ ExitStatus Analyze(const AnalyzeOptions& options) {
         return RunRequest(request, table, interrupt, progress);
     }();
     if (outcome.succeeded && !options.output.outPath.empty()) {
-        StoreDocument(outcome.document, options.output.outPath);
+        WriteWholeFile(options.output.outPath, outcome.document);
     }
     const ExitStatus status = TellRemarks(outcome);
-    if (outcome.succeeded && !options.output.quiet) std::cout << SummarizeDocument(outcome.document);
+    const ReportFormat format = options.output.format.value_or(ReportFormat::kText);
+    const bool isTable = format == ReportFormat::kText;
+    if (outcome.succeeded && !(isTable && options.output.quiet)) PrintResult(Present(outcome.document, format));
     return status;
 }
 
@@ -39,8 +41,7 @@ ExitStatus ListTests() {
         for (const TestName& test : TestNames()) {
             if (test.family == family) table.AddRow({"  " + std::string(test.name), std::string(test.question)});
         }
-        const std::string text = table.ToText();
-        std::cout << text.substr(text.find('\n') + 1);
+        std::cout << table.ToText();
     }
     return ExitStatus::kDone;
 }

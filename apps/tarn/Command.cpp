@@ -3,16 +3,11 @@
 #include <iostream>
 
 #include "host/InputError.h"
-#include "host/WholeFile.h"
 
 namespace tarn {
 
-void StoreDocument(const std::string& document, const std::string& outPath) {
-    if (!outPath.empty()) {
-        WriteWholeFile(outPath, document);
-        return;
-    }
-    std::cout << document << std::flush;
+void PrintResult(const std::string& text) {
+    std::cout << text << std::flush;
     if (!std::cout) throw InputError("standard output: can't be written");
 }
 

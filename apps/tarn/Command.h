@@ -1,7 +1,9 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
+#include "apps/tarn/Presentation.h"
 #include "apps/tarn/RunOutcome.h"
 
 namespace tarn {
@@ -11,12 +13,13 @@ enum class ExitStatus { kDone = 0, kRunFailed = 1, kWrongUsage = 2 };
 
 /// Where a command's results go.
 struct OutputOptions {
-    std::string outPath;  ///< empty: no file
-    bool quiet = false;   ///< neither a progress bar nor a table
+    std::string outPath;                 ///< for the result document; empty: no file
+    bool quiet = false;                  ///< neither a progress bar nor a table
+    std::optional<ReportFormat> format;  ///< of what goes to standard output; each command has its own otherwise
 };
 
-/// Writes a document to the file, or to standard output without one. Throws an `InputError` if it can't be written.
-void StoreDocument(const std::string& document, const std::string& outPath);
+/// Writes a text to standard output. Throws an `InputError` if it can't be written.
+void PrintResult(const std::string& text);
 
 /// Tells the remarks of a run on standard error, and how the command ends.
 ExitStatus TellRemarks(const RunOutcome& outcome);

@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "apps/tarn/PlanData.h"
-#include "host/ResultSummary.h"
-#include "host/RunStatusTexts.h"
+#include "apps/tarn/Presentation.h"
+#include "host/report/ResultDocument.h"
 #include "planning/TARNFactory.h"
 #include "planning/TARNReporter.h"
 
@@ -36,12 +36,12 @@ class InterruptQuery : public QKQueryCancel {
 };
 
 RunOutcome Failed(const QKStatus& status) {
-    return {false, "", {DescribeRunFailure(status.GetErrorCode())}};
+    return {false, "", {DescribeMessage(true, status.GetErrorCode(), {})}};
 }
 
 /// A test that the engine does not know is passed over without a word there; its user should hear of it.
 void RemarkUnknownTests(std::size_t requested, RunOutcome& outcome) {
-    const std::size_t known = CountTests(outcome.document);
+    const std::size_t known = ReadResult(outcome.document).tests.size();
     if (known >= requested) return;
     const std::size_t unknown = requested - known;
     outcome.remarks.push_back(std::to_string(unknown) + (unknown == 1 ? " requested test is" : " requested tests are") +

@@ -2,9 +2,9 @@
 
 #include <utility>
 
+#include "apps/tarn/Presentation.h"
 #include "host/EmbeddedHost.h"
 #include "host/EngineLibrary.h"
-#include "host/RunStatusTexts.h"
 
 namespace tarn {
 

@@ -11,8 +11,8 @@
 #include "host/ByteSource.h"
 #include "host/InputError.h"
 #include "host/JsonDocument.h"
-#include "host/ResultSummary.h"
 #include "host/SettingsDocument.h"
+#include "host/WholeFile.h"
 
 namespace tarn {
 
@@ -55,11 +55,15 @@ ExitStatus Run(const RunOptions& options) {
     const RunOutcome outcome =
         options.planPath.empty() ? RunSettingsFile(options, interrupt) : RunPlanFile(options, interrupt);
     const OutputOptions& output = options.output;
-    if (outcome.succeeded) StoreDocument(outcome.document, output.outPath);
+    const bool isStored = !output.outPath.empty();
+    if (outcome.succeeded && isStored) WriteWholeFile(output.outPath, outcome.document);
+    if (outcome.succeeded && (output.format || !isStored)) {
+        PrintResult(Present(outcome.document, output.format.value_or(ReportFormat::kXml)));
+    }
     const ExitStatus status = TellRemarks(outcome);
-    // Standard output carries one result: the document, or beside a document in a file the table.
-    if (outcome.succeeded && !output.quiet) {
-        (output.outPath.empty() ? std::cerr : std::cout) << SummarizeDocument(outcome.document);
+    // Standard output carries one result: the document or what was asked for, or beside a document in a file the table.
+    if (outcome.succeeded && !output.quiet && output.format != ReportFormat::kText) {
+        (isStored && !output.format ? std::cout : std::cerr) << PresentShortly(outcome.document);
     }
     return status;
 }

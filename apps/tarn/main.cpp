@@ -1,6 +1,7 @@
 // The command line: says what can be typed, and hands what was typed to a command. One file per command.
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <exception>
 #include <iostream>
 #include <new>
@@ -9,7 +10,9 @@
 
 #include "apps/tarn/AnalyzeCommand.h"
 #include "apps/tarn/Command.h"
+#include "apps/tarn/ExplainCommand.h"
 #include "apps/tarn/RunCommand.h"
+#include "apps/tarn/ShowCommand.h"
 #include "host/InputError.h"
 #include "host/TestNames.h"
 
@@ -35,7 +38,21 @@ void DescribeTable(CLI::App& app, TableOptions& options) {
     AddList(app, "--continuous", options.continuous, "Fields that are continuous");
 }
 
+/// Hands the chosen format to `take`.
+template <typename Take>
+CLI::Option* AddFormat(CLI::App& app, const char* help, Take take) {
+    const auto& names = tarn::FormatNames();
+    const auto read = [&names, take](const std::string& name) {
+        take(static_cast<tarn::ReportFormat>(std::find(names.begin(), names.end(), name) - names.begin()));
+    };
+    return app.add_option_function<std::string>("--format", read, help)
+        ->check(CLI::IsMember(names))
+        ->type_name("FORMAT");
+}
+
 void DescribeOutput(CLI::App& app, OutputOptions& options, const char* outHelp) {
+    AddFormat(app, "What to write to standard output: text, json, csv or xml",
+              [&options](tarn::ReportFormat format) { options.format = format; });
     app.add_option("--out", options.outPath, outHelp)->type_name("FILE");
     app.add_flag("--quiet", options.quiet, "Show neither a progress bar nor the table of results");
 }
@@ -149,6 +166,15 @@ ExitStatus Execute(int argc, char** argv) {
     CLI::App* analyze = app.add_subcommand("analyze", "Test fields of a table and show the results");
     CLI::App* run = app.add_subcommand("run", "Run tests on a table and write the result document");
     CLI::App* tests = app.add_subcommand("tests", "List the names of the tests");
+    CLI::App* show = app.add_subcommand("show", "Tell a stored result document");
+    std::string resultPath;
+    tarn::ReportFormat shownFormat = tarn::ReportFormat::kText;
+    show->add_option("RESULT", resultPath, "A result document, or - for standard input")->required()->type_name("FILE");
+    AddFormat(*show, "How to tell it: text (the default), json, csv or xml",
+              [&shownFormat](tarn::ReportFormat format) { shownFormat = format; });
+    CLI::App* explain = app.add_subcommand("explain", "Tell what a code or a test means");
+    std::string topic;
+    explain->add_option("TOPIC", topic, "A code of a message, or the name of a test")->required()->type_name("TOPIC");
     DescribeAnalyze(*analyze, analyzeOptions);
     DescribeRun(*run, runOptions);
     try {
@@ -157,6 +183,8 @@ ExitStatus Execute(int argc, char** argv) {
         return Explain(app, error);
     }
     if (tests->parsed()) return tarn::ListTests();
+    if (show->parsed()) return tarn::Show(resultPath, shownFormat);
+    if (explain->parsed()) return tarn::ExplainTopic(topic);
     return run->parsed() ? tarn::Run(runOptions) : tarn::Analyze(analyzeOptions);
 }
 

@@ -18,8 +18,8 @@ __extension__ using Wide = unsigned __int128;
 
 // As many decimal digits always fit into 64 bits.
 constexpr std::size_t kMaxDigits = 19;
-// Up to here a double holds all whole numbers, and 10^0 .. 10^19 among the larger ones.
-constexpr std::uint64_t kMaxExactInteger = std::uint64_t{1} << 53;
+// A double holds all whole numbers of so many digits, and 10^0 .. 10^19 among the larger ones.
+constexpr std::size_t kMaxExactDigits = 15;
 
 // 10^power, and the reciprocal of 5^power as a fraction of 64 bits, rounded down, below the power of two 2^scale.
 struct Power {
@@ -116,8 +116,12 @@ bool ParsePlainDecimal(std::string_view text, double& value) {
     }
     if (!text.empty() || digitCount == 0 || digitCount > kMaxDigits) return false;
 
-    double magnitude = static_cast<double>(number) / kPowers[power].ofTen;
-    if (number > kMaxExactInteger && !DivideByPowerOfTen(number, power, magnitude)) return false;
+    double magnitude = 0;
+    if (digitCount <= kMaxExactDigits || number == 0) {
+        magnitude = static_cast<double>(number) / kPowers[power].ofTen;
+    } else if (!DivideByPowerOfTen(number, power, magnitude)) {
+        return false;
+    }
     value = isNegative ? -magnitude : magnitude;
     return true;
 }

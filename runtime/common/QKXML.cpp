@@ -1,5 +1,6 @@
 #include "platform/common/QKXML.h"
 
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <pugixml.hpp>
@@ -16,9 +17,13 @@ std::unique_ptr<XMLElement> XMLElement::Create(std::string_view name) {
     return std::unique_ptr<XMLElement>(new XMLElement(name));
 }
 
-void XMLElement::AddAttribute(std::string_view name, std::string_view value) { attributes_.emplace_back(name, value); }
+void XMLElement::AddAttribute(std::string_view name, std::string_view value) {
+    attributes_.emplace_back(name, value);
+}
 
-void XMLElement::AddChild(std::shared_ptr<const XMLNode> child) { children_.push_back(std::move(child)); }
+void XMLElement::AddChild(std::shared_ptr<const XMLNode> child) {
+    children_.push_back(std::move(child));
+}
 
 XMLElement& XMLElement::AddChildElement(std::unique_ptr<XMLElement> child) {
     XMLElement& added = *child;
@@ -26,10 +31,22 @@ XMLElement& XMLElement::AddChildElement(std::unique_ptr<XMLElement> child) {
     return added;
 }
 
+namespace {
+
+/// Of every number of a result document, of which a run may have millions.
+constexpr std::string_view kFormatOfResults = "%.15g";
+
+}  // namespace
+
 std::string ReplaceSep(double value, const char* format) {
     if (std::isnan(value)) return "nan";
     if (std::isinf(value)) return value > 0 ? "inf" : "-inf";
     char buffer[512];
+    if (std::string_view(format) == kFormatOfResults) {
+        // The same text, by definition of the function, several times as fast and in no locale.
+        const char* end = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::general, 15).ptr;
+        return std::string(buffer, static_cast<std::size_t>(end - buffer));
+    }
     const int length = std::snprintf(buffer, sizeof buffer, format, value);
     std::string text(buffer, length > 0 ? static_cast<std::size_t>(length) : 0);
     // A locale may have put a comma of its own in the place of the point.

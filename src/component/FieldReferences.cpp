@@ -29,14 +29,14 @@ struct Place {
     const char* name;  ///< of the row or the simple table
 };
 
-constexpr Place kBoxPlots{PlaceKind::kRow, "BoxPlotInfo", "GroupFieldIndex"};
-constexpr Place kPairwiseField{PlaceKind::kRow, "PairwiseResult", "fieldIndex"};
-constexpr Place kStepwiseField{PlaceKind::kRow, "StepwiseResult", "fieldIndex"};
+constexpr Place kBoxPlots{PlaceKind::kRow, TableName::kBoxPlotInfo, RowName::kGroupFieldIndex};
+constexpr Place kPairwiseField{PlaceKind::kRow, TableName::kPairwiseResult, RowName::kFieldIndex};
+constexpr Place kStepwiseField{PlaceKind::kRow, TableName::kStepwiseResult, RowName::kFieldIndex};
 constexpr Place kComparedRows{PlaceKind::kRow, TableName::kCategoryFieldsComparison, RowName::kRowNames};
 constexpr Place kComparedColumns{PlaceKind::kRow, TableName::kCategoryFieldsComparison, RowName::kColumnNames};
-constexpr Place kSamples{PlaceKind::kRowOfEach, "VariableInformation", "GroupIndex"};
-constexpr Place kPairwiseSamples{PlaceKind::kRecordPositions, "PairwiseResult", "PairwiseInfo"};
-constexpr Place kStepwiseSamples{PlaceKind::kRecordPositions, "StepwiseResult", "StepwiseInfo"};
+constexpr Place kSamples{PlaceKind::kRowOfEach, TableName::kVariableInformation, RowName::kGroupIndex};
+constexpr Place kPairwiseSamples{PlaceKind::kRecordPositions, TableName::kPairwiseResult, TableName::kPairwiseInfo};
+constexpr Place kStepwiseSamples{PlaceKind::kRecordPositions, TableName::kStepwiseResult, TableName::kStepwiseInfo};
 constexpr Place kClassesOfSamples{PlaceKind::kRowNames, TableName::kTwoClassComparison, TableName::kContent};
 
 constexpr Place kMosesPlaces[] = {kBoxPlots};

@@ -20,6 +20,8 @@ inline constexpr long kNoIterator = 220005;
 inline constexpr long kSignificanceFailed = 220007;
 /// The only code of a test that stops the whole run.
 inline constexpr long kOutOfMemory = 220012;
+/// A warning: a stepwise comparison found a sample that it could put together with no other.
+inline constexpr long kSampleInNoSubset = 220013;
 inline constexpr long kWeightTooLarge = 220026;
 
 }  // namespace StatusCode

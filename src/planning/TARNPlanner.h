@@ -54,6 +54,7 @@ class TARNPlanner : public IQKAlgorithm, private TARNPlan {
     double GetSigLevel() const override { return sigLevel; }
     double GetConfidenceLevel() const override { return confidenceLevel; }
     int GetWeightIndex() const override { return hasWeight ? weightIndex : kNoWeight; }
+    int GetCaseIdIndex() const override { return caseIdIndex; }
     const QKVarList& GetVarList() const override { return *varList; }
     int GetMeasureLevel(const std::string& fieldName) override;
     bool Request(int field, int statistic) override { return univariates->Request(field, statistic); }
@@ -81,7 +82,7 @@ class TARNPlanner : public IQKAlgorithm, private TARNPlan {
     std::vector<std::unique_ptr<TARNTestWorker>> sortedWorkers;
     std::vector<int> allFields;
     std::unique_ptr<QKTarn::InitialDataReader> reader;  // lives during `Run` only
-    int caseIdIndex = -1;
+    int caseIdIndex = kNoCaseId;
     int weightIndex = -1;
     bool hasWeight = false;
     bool analysisMissing = true;

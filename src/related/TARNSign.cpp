@@ -138,11 +138,9 @@ QKStatus TARNSign::ProcessRecord(Record& record) {
         return status;
     }
     totalN = Add32(totalN, weight);
-    if (difference > 0) {
-        positiveCount = Add32(positiveCount, weight);
-    } else if (difference < 0) {
-        negativeCount = Add32(negativeCount, weight);
-    }
+    // Without a branch: which side a difference falls on can't be foreseen.
+    positiveCount = Add32(positiveCount, difference > 0 ? weight : 0);
+    negativeCount = Add32(negativeCount, difference < 0 ? weight : 0);
     differences.ExtendRange(difference);
     return status;
 }

@@ -52,8 +52,6 @@ inline constexpr const char* kMean = "mean";
 inline constexpr const char* kStdDev = "stdDev";
 inline constexpr const char* kMax = "max";
 inline constexpr const char* kMin = "min";
-inline constexpr const char* kUserSpecifyTestValue = "userSpecifyTestValue";
-inline constexpr const char* kTestValue = "testValue";
 
 // Related and independent samples.
 inline constexpr const char* kMultipleComparison = "typeOfMultipleComparison";

@@ -4,6 +4,7 @@
 #include <span>
 #include <string_view>
 
+#include "onesample/ContinuousFieldKeys.h"
 #include "onesample/OneSampleKeys.h"
 #include "planning/contract/SettingKeys.h"
 #include "selection/EntryVocabulary.h"
@@ -207,8 +208,8 @@ void TARNSettingsExpansion::ExpandWilcoxon(const RequestedTest& test) {
         anyEntry = true;
         QKSettings entry = BeginEntry(test.Name(), taken->name);
         taken->AddOrigin(entry);
-        test.CopyFlag(EntryKey::kUserSpecifyTestValue, entry);
-        test.CopyNumber(EntryKey::kTestValue, entry);
+        test.CopyFlag(OneSampleKey::kUserSpecifyTestValue, entry);
+        test.CopyNumber(OneSampleKey::kTestValue, entry);
         executionSettings->AddSetting(test.Name(), entry);
     }
     if (!anyEntry) oneSampleTestsWithoutFields.push_back(test.NameInWarnings());

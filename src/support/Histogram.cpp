@@ -24,9 +24,11 @@ void Histogram::SetUp(double lowest, double highest, std::size_t wishedBins) {
         previous = edge;
     }
     if (!edges.empty()) edges.back() = highest + 1.0;
+    zeroEdges = binCount - wishedBins;
     bins.assign(binCount, HistogramBin{});
 
-    const bool ascending = edges.size() > 1 && std::adjacent_find(edges.begin(), edges.end(), std::greater_equal<>()) == edges.end();
+    const bool ascending =
+        edges.size() > 1 && std::adjacent_find(edges.begin(), edges.end(), std::greater_equal<>()) == edges.end();
     binsPerUnit = ascending && width > 0 && std::isfinite(1 / width) ? 1 / width : 0;
 }
 
@@ -50,8 +52,9 @@ std::size_t Histogram::FindBin(double value) const {
     // With ascending edges the search below is a lower bound from interval 2 on. Equal widths let that be guessed;
     // the neighbours then settle rounding and the boundary at zero.
     if (binsPerUnit > 0 && value > edges[1] && value <= edges.back()) {
-        const double guess = std::min((value - low) * binsPerUnit, static_cast<double>(edges.size() - 1));
-        auto index = std::max<std::size_t>(static_cast<std::size_t>(guess), 2);
+        const double place = std::min((value - low) * binsPerUnit, static_cast<double>(edges.size() - 1));
+        const std::size_t guess = static_cast<std::size_t>(place) + (value > 0 ? zeroEdges : 0);
+        std::size_t index = std::clamp<std::size_t>(guess, 2, edges.size() - 1);
         while (edges[index - 1] >= value) --index;
         while (edges[index] < value) ++index;
         return index;

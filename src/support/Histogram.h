@@ -47,5 +47,6 @@ class Histogram {
     std::int32_t zeroCount = 0;
 
     double low = 0;
-    double binsPerUnit = 0;  // 0 where the edges don't ascend strictly, and the place of a value can't be guessed
+    std::size_t zeroEdges = 0;  // that were added: 1 where zero became an edge of its own
+    double binsPerUnit = 0;     // 0 where the edges don't ascend strictly, and the place of a value can't be guessed
 };

@@ -42,6 +42,22 @@ inline constexpr const char* kRunsParameters = "RunsParameters";
 inline constexpr const char* kTwoClassComparison = "TwoClassComparison";
 inline constexpr const char* kContent = "Content";
 inline constexpr const char* kAsymptotic = "Asymptotic";
+/// Followed by the number of the group.
+inline constexpr const char* kGroup = "Group";
+inline constexpr const char* kBoxPlotInfo = "BoxPlotInfo";
+inline constexpr const char* kBox = "Box";
+inline constexpr const char* kOutliers = "Outliers";
+inline constexpr const char* kObservedControlGroup = "ObservedControlGroup";
+inline constexpr const char* kTrimmedControlGroup = "TrimmedControlGroup";
+/// Followed by the position of the field.
+inline constexpr const char* kVariableInformation = "VariableInformation";
+inline constexpr const char* kPairwiseResult = "PairwiseResult";
+inline constexpr const char* kPairwiseInfo = "PairwiseInfo";
+inline constexpr const char* kStepwiseResult = "StepwiseResult";
+inline constexpr const char* kStepwiseInfo = "StepwiseInfo";
+inline constexpr const char* kMinimumPossible = "MinimumPossible";
+inline constexpr const char* kMaximumPossible = "MaximumPossible";
+inline constexpr const char* kYatesContinuityCorrection = "YatesContinuityCorrection";
 }  // namespace TableName
 
 /// Names of rows. A name means the same kind of thing in every test.
@@ -62,6 +78,9 @@ inline constexpr const char* kAsymptoticSig1Tailed = "AsymptoticSig1Tailed";
 inline constexpr const char* kExactSig2Tailed = "ExactSig2Tailed";
 inline constexpr const char* kExactSig1Tailed = "ExactSig1Tailed";
 
+inline constexpr const char* kHypotheticalMedian = "HypotheticalMedian";
+inline constexpr const char* kObservedMedian = "ObservedMedian";
+
 inline constexpr const char* kNegativeDifferences = "NegativeDifferences";
 inline constexpr const char* kTies = "Ties";
 inline constexpr const char* kPositiveDifferences = "PositiveDifferences";
@@ -73,6 +92,23 @@ inline constexpr const char* kColumnNames = "ColumnNames";
 inline constexpr const char* kColumnSuccessList = "ColumnSuccessList";
 inline constexpr const char* kColumnFailList = "ColumnFailList";
 
+inline constexpr const char* kGroupIndex = "GroupIndex";
+inline constexpr const char* kGroupFieldIndex = "GroupFieldIndex";
+inline constexpr const char* kGroupCount = "GroupCount";
+inline constexpr const char* kN = "N";
+inline constexpr const char* kMeanOfRank = "MeanOfRank";
+inline constexpr const char* kMannWhitneyU = "MannWhitneyU";
+inline constexpr const char* kWilcoxonW = "WilcoxonW";
+inline constexpr const char* kFieldIndex = "fieldIndex";
+inline constexpr const char* kKendallsW = "KendallsW";
+inline constexpr const char* kOutliersTrimmed = "OutliersTrimmedFromEachEnd";
+
+inline constexpr const char* kMedian = "Median";
+inline constexpr const char* kGrandMedian = "GrandMedian";
+inline constexpr const char* kGreaterThanMedian = "GTMedian";
+inline constexpr const char* kNotGreaterThanMedian = "STMedian";
+inline constexpr const char* kChiSquare = "ChiSquare";
+inline constexpr const char* kFisherExactSig = "FisherExactSig";
 inline constexpr const char* kObservedRunNumber = "ObservedRunNumber";
 
 inline constexpr const char* kEstimate = "Estimate";
@@ -91,6 +127,15 @@ namespace Literal {
 inline constexpr const char* kMissingParameter = "__MISSING__";
 /// The two rows of an interval table.
 inline constexpr const char* kCountAndValue = "count;value";
+/// The columns of a box plot's box and the rows of its outliers.
+inline constexpr const char* kBoxColumns = "smallestNonOutlier;25perc;50perc;75perc;largestNonOutlier";
+inline constexpr const char* kOutlierRows = "Values;CaseID";
+/// The two rows of compared samples, and the columns of compared pairs and of homogeneous subsets.
+inline constexpr const char* kIndexOrderAndValue = "IndexOrder;Value";
+inline constexpr const char* kPairColumns =
+    "Sample1;Sample2;TestStatistic;StandardError;StandardTestStatistic;Sig;AdjSig";
+inline constexpr const char* kSubsetColumns =
+    "FirstPosition;LastPosition;TestStatistic;StandardError;StandardTestStatistic;Sig;AdjSig";
 /// The columns of a comparison of counts or shares: the observed one and the expected one, or those of two classes.
 inline constexpr const char* kTwoColumns = "0;1";
 }  // namespace Literal

@@ -1,16 +1,7 @@
 #include "support/TARNRank.h"
 
-#include <cmath>
-
 #include "platform/common/Truncation.h"
 #include "support/Int32.h"
-
-namespace {
-
-/// An absolute tolerance, whatever the scale of the data, against the value that opened the run: it does not chain.
-constexpr double kTieTolerance = 1e-14;
-
-}  // namespace
 
 QKStatus TARNRank::AddValue(double value, double weight, double group) {
     const std::int32_t wholeWeight = TruncateToInt32(weight);
@@ -19,7 +10,7 @@ QKStatus TARNRank::AddValue(double value, double weight, double group) {
         currentValue = value;
         casesBelow = 0;
         tieWeight = wholeWeight;
-    } else if (std::fabs(value - currentValue) < kTieTolerance) {
+    } else if (AreTied(value, currentValue)) {
         tieWeight = Add32(tieWeight, wholeWeight);
     } else {
         CloseTieRun();

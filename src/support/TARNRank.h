@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <map>
 #include <utility>
@@ -24,6 +25,13 @@ struct GroupRankStats {
 class TARNRank {
  public:
     virtual ~TARNRank() = default;
+
+    /// Whether a value is tied with the one that opened a run: they differ by less than 1e-14, whatever the scale of
+    /// the data. Ties don't chain.
+    static bool AreTied(double value, double opener) {
+        constexpr double kTieTolerance = 1e-14;
+        return std::fabs(value - opener) < kTieTolerance;
+    }
 
     /// Takes the next value. Its weight, truncated to 32 bits, moves the ranks; as it is it weighs the rank in the
     /// sum. A value is tied with the one that opened the run if they differ by less than 1e-14. Never an error.

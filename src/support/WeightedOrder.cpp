@@ -23,6 +23,13 @@ bool IsBelow(double a, double b) {
     return a < b || (std::isnan(b) && !std::isnan(a));
 }
 
+template <typename Difference>
+void SortByAbsolute(std::vector<Difference>& values) {
+    std::sort(values.begin(), values.end(), [](const Difference& a, const Difference& b) {
+        return IsBelow(std::fabs(a.difference), std::fabs(b.difference));
+    });
+}
+
 }  // namespace
 
 void SortByValue(std::vector<WeightedDifference>& values) {
@@ -32,9 +39,11 @@ void SortByValue(std::vector<WeightedDifference>& values) {
 }
 
 void SortByAbsoluteValue(std::vector<WeightedDifference>& values) {
-    std::sort(values.begin(), values.end(), [](const WeightedDifference& a, const WeightedDifference& b) {
-        return IsBelow(std::fabs(a.difference), std::fabs(b.difference));
-    });
+    SortByAbsolute(values);
+}
+
+void SortByAbsoluteValue(std::vector<UntruncatedDifference>& values) {
+    SortByAbsolute(values);
 }
 
 // ---- Positions ----
@@ -47,6 +56,7 @@ double WeightedOrder::At(double position) const {
 
 double WeightedOrder::Median() const {
     const Weight total = TotalWeight();
+    if (const std::optional<double> second = Second(); total == 0 && second) return (First() + *second) * 0.5;
     if (total <= 1) return Last();
     const Weight half = total / 2;
     if (total % 2 != 0) return Reaching(half + 1);
@@ -102,6 +112,57 @@ double WalshAverages::NextAbove(double bound) const {
         const std::size_t above = std::max(end, row);
         if (above < values.size()) next = std::min(next, Average(row, above));
         if (end <= row) break;  // from here on each row begins above the bound, and higher than this one
+    }
+    return next;
+}
+
+// ---- Pairwise differences ----
+
+PairwiseDifferences::Sample::Sample(std::vector<WeightedDifference> entries) : weightBefore{0} {
+    SortByValue(entries);
+    for (const auto& [value, weight] : entries) {
+        totalWeight += weight;
+        if (values.empty() || values.back() != value) {
+            values.push_back(value);
+            weightBefore.push_back(totalWeight);
+        } else {
+            weightBefore.back() = totalWeight;
+        }
+    }
+    if (entries.size() > 1) {
+        behindFirst = entries[1].difference;
+        beforeLast = entries[entries.size() - 2].difference;
+    }
+}
+
+std::optional<double> PairwiseDifferences::Second() const {
+    std::optional<double> second;
+    if (minuends.behindFirst) second = *minuends.behindFirst - subtrahends.values.back();
+    if (subtrahends.beforeLast) {
+        const double other = minuends.values.front() - *subtrahends.beforeLast;
+        second = second ? std::min(*second, other) : other;
+    }
+    return second;
+}
+
+WeightedOrder::Weight PairwiseDifferences::WeightUpTo(double bound) const {
+    Weight sum = 0;
+    std::size_t start = 0;  // of the subtrahends that are large enough
+    for (std::size_t i = 0; i < minuends.values.size(); ++i) {
+        while (start < subtrahends.values.size() && Difference(i, start) > bound) ++start;
+        if (start == subtrahends.values.size()) break;
+        sum += Weight{minuends.weightBefore[i + 1] - minuends.weightBefore[i]} *
+               (subtrahends.totalWeight - subtrahends.weightBefore[start]);
+    }
+    return sum;
+}
+
+double PairwiseDifferences::NextAbove(double bound) const {
+    double next = Last();
+    std::size_t start = 0;
+    for (std::size_t i = 0; i < minuends.values.size(); ++i) {
+        while (start < subtrahends.values.size() && Difference(i, start) > bound) ++start;
+        if (start > 0) next = std::min(next, Difference(i, start - 1));
     }
     return next;
 }

@@ -2,6 +2,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
+#include <utility>
 #include <vector>
 
 /// A difference, or a value that differences are made of, with the truncated weight of its record.
@@ -10,10 +12,17 @@ struct WeightedDifference {
     std::int32_t weight = 0;
 };
 
+/// The same with the weight as it stands, fraction included.
+struct UntruncatedDifference {
+    double difference = 0;
+    double weight = 0;
+};
+
 /// Sorts in ascending order. What is no number stands last.
 void SortByValue(std::vector<WeightedDifference>& values);
 /// The same by the absolute value.
 void SortByAbsoluteValue(std::vector<WeightedDifference>& values);
+void SortByAbsoluteValue(std::vector<UntruncatedDifference>& values);
 
 /// Order statistics of a list of weighted values that is too long to be made. It is defined as sorted in ascending
 /// order, of equal values those without weight in front, with the running sum of its weights; but a derived class only
@@ -34,12 +43,15 @@ class WeightedOrder {
     double At(double position) const;
 
     /// The value in the middle of the weight; with an even total whose half is just reached by a value, the mean of
-    /// it and of the next one in the list, which may be a value without weight.
+    /// it and of the next one in the list, which may be a value without weight. That holds for a total of 0, too: its
+    /// half is just reached by the first value.
     double Median() const;
 
  protected:
     virtual double First() const = 0;
     virtual double Last() const = 0;
+    /// The value behind the first one, an equal one as well; none if the list has one value alone.
+    virtual std::optional<double> Second() const = 0;
     virtual Weight TotalWeight() const = 0;
     /// Sum of the weights of all values that are not above the bound.
     virtual Weight WeightUpTo(double bound) const = 0;
@@ -66,6 +78,9 @@ class WalshAverages : public WeightedOrder {
  protected:
     double First() const override { return Average(0, 0); }
     double Last() const override { return Average(values.size() - 1, values.size() - 1); }
+    std::optional<double> Second() const override {
+        return values.size() > 1 ? std::optional(Average(0, 1)) : std::nullopt;
+    }
     Weight TotalWeight() const override { return totalWeight; }
     Weight WeightUpTo(double bound) const override;
     double NextAbove(double bound) const override;
@@ -77,4 +92,43 @@ class WalshAverages : public WeightedOrder {
     std::vector<WeightedDifference> values;
     std::vector<std::int64_t> weightBefore;  // of the values in front of a position, m + 1 entries
     Weight totalWeight = 0;
+};
+
+/// The differences a_i - b_j of all pairs of two samples. A pair has the product of its weights.
+///
+/// With both samples sorted the differences ascend with i and descend with j, rounding included, so the weight up to a
+/// bound is known after one walk of at most m + n steps. Equal values of a sample are one entry here, so that heavily
+/// tied samples are short.
+///
+/// Source: Lehmann (1963), Annals of Mathematical Statistics 34, 1507-1512; the walk as for the averages of Walsh.
+class PairwiseDifferences : public WeightedOrder {
+ public:
+    /// At least one value in each sample; its order is free.
+    PairwiseDifferences(std::vector<WeightedDifference> first, std::vector<WeightedDifference> second)
+        : minuends(std::move(first)), subtrahends(std::move(second)) {}
+
+ protected:
+    double First() const override { return Difference(0, subtrahends.values.size() - 1); }
+    double Last() const override { return Difference(minuends.values.size() - 1, 0); }
+    std::optional<double> Second() const override;
+    Weight TotalWeight() const override { return Weight{minuends.totalWeight} * subtrahends.totalWeight; }
+    Weight WeightUpTo(double bound) const override;
+    double NextAbove(double bound) const override;
+
+ private:
+    /// The distinct values of a sample, ascending.
+    struct Sample {
+        explicit Sample(std::vector<WeightedDifference> entries);
+
+        std::vector<double> values;
+        std::vector<std::int64_t> weightBefore;  // of the values in front of a position, one more than values
+        std::int64_t totalWeight = 0;
+        std::optional<double> behindFirst;  // the second and the last but one entry, which may equal their neighbours
+        std::optional<double> beforeLast;
+    };
+
+    double Difference(std::size_t i, std::size_t j) const { return minuends.values[i] - subtrahends.values[j]; }
+
+    Sample minuends;
+    Sample subtrahends;
 };

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tests/host/InputErrorOf.h"
@@ -141,6 +142,21 @@ TEST(CsvReader, TellsAnEmptyLineFromAnEmptyQuotedCell) {
     std::vector<bool> areEmpty;
     while (reader.Next()) areEmpty.push_back(reader.IsEmptyLine());
     EXPECT_EQ(areEmpty, (std::vector<bool>{true, false, true, false, false}));
+}
+
+TEST(CsvReader, KeepsTheCellsOfTheBlockBefore) {
+    const std::string longRow(300, 'x');  // takes several blocks, so that the second one grows
+    ByteSource source = ByteSource::FromMemory("data.csv", "one\ntwo\n" + longRow + "\nfour\n");
+    CsvReader reader(source, 8);
+    ASSERT_TRUE(reader.Next());
+    const std::string_view one = reader.Cells().front();
+    ASSERT_TRUE(reader.NextInBlock());
+    const std::string_view two = reader.Cells().front();
+    ASSERT_FALSE(reader.NextInBlock());
+    ASSERT_TRUE(reader.Next());
+    EXPECT_EQ(reader.Cells().front(), longRow);
+    EXPECT_EQ(one, "one");
+    EXPECT_EQ(two, "two");
 }
 
 TEST(CsvReader, StaysAtTheEnd) {

@@ -146,6 +146,41 @@ TEST(TableLoader, ReadsTheDescribedTypes) {
     EXPECT_EQ(CellsOf(texts), (Cells{1, 0}));
 }
 
+// Blocks are parsed while the cells of the block before are still read, so that what is told must not depend on which
+// of two mistakes is met first.
+TEST(TableLoader, TellsTheFirstMistakeWhateverTheBlockSize) {
+    const std::string fields = R"({"fields": [{"name": "a", "type": "number"}]})";
+    LoadOptions options;
+    for (options.blockSize = 1; options.blockSize < 40; ++options.blockSize) {
+        EXPECT_EQ(ErrorOf("a,b\n1,2\nx,2\n3\n", fields, options),
+                  R"(data.csv:3: column "a": "x"; expected a decimal number)");
+        EXPECT_EQ(ErrorOf("a,b\n1,2\n3\nx,2\n", fields, options), "data.csv:3: 1 cell; expected 2 as in the header");
+    }
+}
+
+// Enough cells for a second thread, in blocks of different sizes.
+TEST(TableLoader, ReadsManyNumbersInTheirPlaces) {
+    constexpr int kRows = 60000;
+    std::string csv = "a,b,c\n";
+    for (int row = 0; row < kRows; ++row) {
+        csv += std::to_string(row) + ",";
+        csv += row % 1000 == 999 ? "NA" : std::to_string(row) + ".5";
+        csv += ",-" + std::to_string(row) + "e-3\n";
+    }
+    for (const std::size_t blockSize : {std::size_t{1} << 17, std::size_t{1} << 20}) {
+        LoadOptions options;
+        options.blockSize = blockSize;
+        const Table table = Load(csv, "{}", options);
+        ASSERT_EQ(table.RowCount(), static_cast<std::size_t>(kRows));
+        for (int row = 0; row < kRows; ++row) {
+            const double* const cells = table.Row(static_cast<std::size_t>(row));
+            ASSERT_EQ(cells[0], row);
+            ASSERT_EQ(cells[1], row % 1000 == 999 ? kNone : row + 0.5);
+            ASSERT_EQ(cells[2], -row / 1000.0);
+        }
+    }
+}
+
 TEST(TableLoader, TellsTheCellThatIsNoneOfItsType) {
     const auto errorOf = [](const std::string& cell, const std::string& type) {
         return InputErrorOf([&] { LoadX("NA\n" + cell + "\n", R"("type": ")" + type + '"'); });

@@ -59,6 +59,16 @@ class PlainWeightedList {
         return list;
     }
 
+    static PlainWeightedList OfDifferences(const std::vector<WeightedDifference>& minuends,
+                                           const std::vector<WeightedDifference>& subtrahends) {
+        PlainWeightedList list;
+        for (const auto& [a, weightOfA] : minuends) {
+            for (const auto& [b, weightOfB] : subtrahends) list.Add(a - b, std::int64_t{weightOfA} * weightOfB);
+        }
+        list.Close();
+        return list;
+    }
+
  private:
     struct Entry {
         double value;

@@ -108,4 +108,79 @@ TEST(WalshAverages, AgreeWithThePlainListToTheLastBit) {
     }
 }
 
+TEST(WalshAverages, TotalOfZeroIsTheMeanOfTheFirstTwo) {
+    EXPECT_EQ(WalshAverages({{1, 0}, {4, 0}}).Median(), 1.75);  // 1 and 2.5
+    EXPECT_EQ(WalshAverages({{3, 0}}).Median(), 3);
+}
+
+// ---- Pairwise differences ----
+
+TEST(PairwiseDifferences, AreFoundByTheirPosition) {  // of 1, 4, 9 and 0, 2: -1 1 2 4 7 9
+    const PairwiseDifferences differences(Unweighted({9, 1, 4}), Unweighted({2, 0}));
+    const std::vector<double> expected{-1, 1, 2, 4, 7, 9};
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        EXPECT_EQ(differences.At(static_cast<double>(i + 1)), expected[i]) << i;
+    }
+    EXPECT_EQ(differences.Median(), 3);
+    for (const double position : {0.0, -7.0, -1e300}) EXPECT_EQ(differences.At(position), -1);
+    for (const double position : {6.0, 7.0, 1e300}) EXPECT_EQ(differences.At(position), 9);
+}
+
+TEST(PairwiseDifferences, OnePairIsItsOwnMedianWhateverItsWeight) {
+    EXPECT_EQ(PairwiseDifferences({{5, 1}}, {{2, 1}}).Median(), 3);
+    EXPECT_EQ(PairwiseDifferences({{5, 6}}, {{2, 7}}).Median(), 3);
+    EXPECT_EQ(PairwiseDifferences({{5, 0}}, {{2, 7}}).Median(), 3);
+}
+
+TEST(PairwiseDifferences, TotalOfZeroIsTheMeanOfTheFirstTwo) {
+    EXPECT_EQ(PairwiseDifferences({{1, 0}, {4, 0}, {9, 0}}, {{0, 3}, {1, 1}}).Median(), 0.5);  // 0 and 1
+    EXPECT_EQ(PairwiseDifferences({{1, 0}, {4, 0}}, {{0, 3}, {2, 1}, {2, 1}}).Median(), -1);   // -1 twice
+    EXPECT_EQ(PairwiseDifferences({{1, 0}, {1, 0}, {4, 0}}, {{0, 3}, {2, 1}}).Median(), -1);   // -1 twice
+    EXPECT_EQ(PairwiseDifferences({{1, 0}}, {{0, 3}, {2, 1}}).Median(), 0);                    // -1 and 1
+}
+
+TEST(PairwiseDifferences, TotalsBeyond64BitsStayRight) {
+    constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
+    const std::vector<WeightedDifference> sample{{1, kMost}, {2, kMost}, {3, kMost}, {4, kMost}};
+    EXPECT_EQ(PairwiseDifferences(sample, sample).Median(), 0);
+    EXPECT_EQ(PairwiseDifferences({{1, kMost}, {1, kMost}, {5, kMost}}, {{0, kMost}, {0, kMost}}).Median(), 1);
+}
+
+TEST(PairwiseDifferences, SignOfZeroDoesNotShow) {
+    EXPECT_FALSE(std::signbit(PairwiseDifferences(Unweighted({-1, -0.0, 1}), Unweighted({0})).Median()));
+}
+
+TEST(PairwiseDifferences, ExtremeValuesAndWhatIsNoNumberEndNothing) {
+    const double most = std::numeric_limits<double>::max();
+    const double infinity = std::numeric_limits<double>::infinity();
+    EXPECT_EQ(PairwiseDifferences(Unweighted({-most, 0, most}), Unweighted({most})).At(1), -infinity);
+    for (const double value : {std::nan(""), -std::nan(""), infinity}) {
+        const PairwiseDifferences differences({{value, 2}, {1, 1}, {-value, 1}}, {{value, 1}, {-3, 0}});
+        differences.Median();
+        differences.At(2);
+    }
+}
+
+TEST(PairwiseDifferences, AgreeWithThePlainListToTheLastBit) {
+    std::mt19937_64 random(6504);
+    for (int round = 0; round < 4000; ++round) {
+        const bool weighted = round % 2 == 0;
+        std::vector<WeightedDifference> first = RandomSample(random, weighted);
+        const std::vector<WeightedDifference> second = RandomSample(random, weighted);
+        if (round % 5 == 0) {
+            for (WeightedDifference& entry : first) entry.difference = std::max(entry.difference, 0.0);
+        }
+        if (round % 40 == 0) {
+            for (WeightedDifference& entry : first) entry.weight = 0;
+        }
+        const PlainWeightedList list = PlainWeightedList::OfDifferences(first, second);
+        const PairwiseDifferences differences(first, second);
+        ASSERT_EQ(differences.Median(), list.Median()) << round;
+        for (std::int64_t position = -1; position <= list.TotalWeight() + 1; ++position) {
+            const auto x = static_cast<double>(position);
+            ASSERT_EQ(differences.At(x), list.Lookup(x)) << round << " at " << position;
+        }
+    }
+}
+
 }  // namespace

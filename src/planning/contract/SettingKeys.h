@@ -8,21 +8,33 @@ inline constexpr const char* kModelId = "TarnTabulonModelID";
 
 // Of a test's entry in the execution settings.
 inline constexpr const char* kVariableName = "variableName";
+inline constexpr const char* kGroupVariableName = "groupVariableName";
 inline constexpr const char* kOriginVariableName = "originVariableName";
 inline constexpr const char* kClassFormation = "classFormation";
+inline constexpr const char* kTypeOfMultipleComparison = "typeOfMultipleComparison";
 
 // Written by plan builders into a test's own settings.
 inline constexpr const char* kSigLevel = "sigLevel";
 inline constexpr const char* kConfidenceLevel = "confidenceLevel";
 inline constexpr const char* kWeightVariableIndex = "weightVariableIndex";
 inline constexpr const char* kVariableIndex = "variableIndex";
+inline constexpr const char* kGroupVariableIndex = "groupVariableIndex";
 inline constexpr const char* kVariablePairFirstIndex = "variablePairFirstIndex";
 inline constexpr const char* kVariablePairSecondIndex = "variablePairSecondIndex";
 inline constexpr const char* kUserSpecifyGroupList = "userSpecifyGroupList";
+inline constexpr const char* kGroup1List = "group1List";
+inline constexpr const char* kGroup2List = "group2List";
 inline constexpr const char* kSuccessCategoryListNum = "successCategoryListNum";
 inline constexpr const char* kSuccessCategoryListStr = "successCategoryListStr";
 
 }  // namespace SettingKey
+
+/// Values of "typeOfMultipleComparison".
+namespace MultipleComparisonType {
+inline constexpr const char* kNone = "none";
+inline constexpr const char* kPairWise = "pairWise";
+inline constexpr const char* kStepWise = "stepWise";
+}  // namespace MultipleComparisonType
 
 /// Values of "classFormation" and of keys like it.
 namespace ClassFormation {

@@ -11,6 +11,7 @@
 class TARNPlan {
  public:
     static constexpr int kNoWeight = -1;
+    static constexpr int kNoCaseId = -1;
 
     virtual ~TARNPlan() = default;
 
@@ -18,6 +19,8 @@ class TARNPlan {
     virtual double GetConfidenceLevel() const = 0;
     /// Index of the frequency-weight field; `kNoWeight` if there is none.
     virtual int GetWeightIndex() const = 0;
+    /// Index of the field that names the cases; `kNoCaseId` if there is none.
+    virtual int GetCaseIdIndex() const = 0;
     virtual const QKVarList& GetVarList() const = 0;
 
     /// 1, 2 or 3 for a field of that kind. 0 for any other, and then the whole run ends with 220004: the one

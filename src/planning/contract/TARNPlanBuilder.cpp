@@ -13,7 +13,9 @@ TARNPlanBuilder::TARNPlanBuilder(const QKSettings& entry, TARNPlan& plan, Common
     }
 }
 
-void TARNPlanBuilder::Fail(long code) { status = QKStatus(code); }
+void TARNPlanBuilder::Fail(long code) {
+    status = QKStatus(code);
+}
 
 void TARNPlanBuilder::Fail(long code, const std::string& parameter) {
     Fail(code);
@@ -22,7 +24,10 @@ void TARNPlanBuilder::Fail(long code, const std::string& parameter) {
 
 void TARNPlanBuilder::RequestOriginFrequencies() {
     std::vector<std::string> names;
-    if (!Read(SettingKey::kOriginVariableName, names)) return;
+    if (std::string name; Read(SettingKey::kOriginVariableName, name))
+        names = {name};
+    else if (!Read(SettingKey::kOriginVariableName, names))
+        return;
     for (const std::string& name : names) {
         const int field = plan_.GetVarList().FindVariable(name);
         if (field >= 0) plan_.Request(field, Statistic::kFrequencies);

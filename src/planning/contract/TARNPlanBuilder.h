@@ -35,7 +35,7 @@ class TARNPlanBuilder {
     QKSettings& TestSettings() { return *settings; }
 
     /// Requests the frequencies of the fields under "originVariableName", from which the test's fields were made, so
-    /// that the document can show them. Unknown names are passed over.
+    /// that the document can show them: a list of names, or one name. Unknown names are passed over.
     void RequestOriginFrequencies();
 
     /// Makes the test over its settings, and over what else its constructor takes, and gives it to the worker in file

@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "planning/StatusCodes.h"
+#include "planning/records/LargeBlock.h"
 
 namespace QKTarn {
 
@@ -12,6 +13,10 @@ namespace {
 
 /// A weight is used as a 32-bit whole number everywhere, so this is the bound on one record's weight.
 constexpr double kLargestWeight = 2147483647.0;
+
+/// How much memory is asked for at a time once the store is large; until then a quarter of what it holds.
+constexpr std::size_t kLargeMemory = (std::size_t{8} << 20) / sizeof(double);
+constexpr std::size_t kGrowth = 4;
 
 }  // namespace
 
@@ -68,10 +73,7 @@ bool InitialDataReader::IsIncomplete(const Record& record) const {
 
 QKStatus InitialDataReader::Store(const Record& record, bool incomplete) {
     if (count == 0) width = record.Size();
-    if (count == capacity) {
-        blocks.push_back(std::make_unique_for_overwrite<double[]>(static_cast<std::size_t>(blockSize) * width));
-        capacity += blockSize;
-    }
+    if (count == capacity) AddBlock();
     incompleteInStore.push_back(incomplete);
     const std::size_t copied = std::min(width, record.Size());
     double* const target = ValuesAt(count);
@@ -79,6 +81,21 @@ QKStatus InitialDataReader::Store(const Record& record, bool incomplete) {
     std::fill(target + copied, target + width, QKMV::Missing());
     ++count;
     return QKStatus();
+}
+
+void InitialDataReader::AddBlock() {
+    const std::size_t blockValues = static_cast<std::size_t>(blockSize) * width;
+    if (spareBlocks == 0) {
+        const std::size_t atMost = std::max<std::size_t>(kLargeMemory / std::max<std::size_t>(blockValues, 1), 1);
+        const std::size_t added = std::clamp<std::size_t>(blocks.size() / kGrowth, 1, atMost);
+        memory.push_back(MakeLargeBlock(added * blockValues));
+        spareBlocks = added;
+        blocks.push_back(memory.back().get());
+    } else {
+        blocks.push_back(blocks.back() + blockValues);
+    }
+    --spareBlocks;
+    capacity += blockSize;
 }
 
 TarnMemoIterator InitialDataReader::Begin() {
@@ -92,7 +109,9 @@ TarnMemoIterator& TarnMemoIterator::operator=(const TarnMemoIterator& other) {
     return *this;
 }
 
-bool TarnMemoIterator::HasMore() { return index != kPastEnd && index < store->Count(); }
+bool TarnMemoIterator::HasMore() {
+    return index != kPastEnd && index < store->Count();
+}
 
 Record* TarnMemoIterator::Next() {
     const bool hasRecord = HasMore();

@@ -45,7 +45,7 @@ class InitialDataReader {
     std::size_t Width() const { return width; }
     /// The values of a record, owned by the store. `index` is 0 .. `Count()`-1.
     double* ValuesAt(int index) {
-        return blocks[static_cast<std::size_t>(index / blockSize)].get() +
+        return blocks[static_cast<std::size_t>(index / blockSize)] +
                static_cast<std::size_t>(index % blockSize) * width;
     }
 
@@ -58,8 +58,11 @@ class InitialDataReader {
     bool IsDropped(const Record& record) const;
     bool IsIncomplete(const Record& record) const;
     QKStatus Store(const Record& record, bool incomplete);
+    void AddBlock();
 
-    std::vector<std::unique_ptr<double[]>> blocks;
+    std::vector<std::unique_ptr<double[]>> memory;  // each piece holds several blocks
+    std::vector<double*> blocks;
+    std::size_t spareBlocks = 0;  // at the end of the last piece of memory
     int count = 0;
     int capacity = 0;
     int blockSize;

@@ -15,14 +15,14 @@ constexpr int kPrefetchDistance = 8;
 
 }  // namespace
 
-TARNSortedIterator::TARNSortedIterator(QKTarn::InitialDataReader& memoryStore, std::vector<int> sortedOrder)
-    : store(&memoryStore), order(std::move(sortedOrder)), finished(order.empty()), size(static_cast<int>(order.size())) {}
+TARNSortedIterator::TARNSortedIterator(QKTarn::InitialDataReader& memoryStore, std::vector<int> sortedOrder, int field)
+    : store(&memoryStore), sortField(field), order(std::move(sortedOrder)), finished(order.empty()), size(static_cast<int>(order.size())) {}
 
 Record* TARNSortedIterator::Next() {
     if (finished != 0) return nullptr;
     const auto position = static_cast<std::size_t>(delivered);
     if (delivered + kPrefetchDistance < size) {
-        __builtin_prefetch(store->ValuesAt(order[position + kPrefetchDistance]));
+        __builtin_prefetch(store->ValuesAt(order[position + kPrefetchDistance]) + sortField);
     }
     current = Record::View(store->ValuesAt(order[position]), store->Width());
     if (++delivered == size) finished = 1;
@@ -55,7 +55,7 @@ QKStatus TARNSortedDataSet::Build() {
                 values[static_cast<std::size_t>(i)] = store->ValuesAt(i)[field];
             }
             iterators[static_cast<std::size_t>(field)] =
-                std::make_unique<TARNSortedIterator>(*store, QKTarn::AscendingOrder(values));
+                std::make_unique<TARNSortedIterator>(*store, QKTarn::AscendingOrder(values), field);
         }
     } catch (const std::exception&) {
         return QKStatus(StatusCode::kOutOfMemory);

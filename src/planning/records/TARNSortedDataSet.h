@@ -12,7 +12,8 @@
 /// random from the store. Borrows the store.
 class TARNSortedIterator : public MultiPassRecordIter {
  public:
-    TARNSortedIterator(QKTarn::InitialDataReader& store, std::vector<int> order);
+    /// `field`: the one that the order is by, which its readers look at first.
+    TARNSortedIterator(QKTarn::InitialDataReader& store, std::vector<int> order, int field);
 
     bool HasMore() override { return finished == 0; }
     /// Valid until the next call; null past the end.
@@ -27,6 +28,7 @@ class TARNSortedIterator : public MultiPassRecordIter {
 
  private:
     QKTarn::InitialDataReader* store;
+    int sortField;
     std::vector<int> order;
     Record current;  // a view into the store
     int finished;

@@ -141,7 +141,7 @@ TEST_F(TARNSortedDataSetTest, ViewsByTwoFieldsGoTheirOwnWays) {
 
 TEST_F(TARNSortedDataSetTest, AViewOfNoRecordIsAtItsEnd) {
     Fill({});
-    TARNSortedIterator view(*store_, {});
+    TARNSortedIterator view(*store_, {}, 0);
     EXPECT_FALSE(view.HasMore());
     EXPECT_EQ(view.GetState(), 1);
     EXPECT_EQ(view.Next(), nullptr);

@@ -2,13 +2,17 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <clocale>
+#include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <limits>
 #include <memory>
 #include <pugixml.hpp>
+#include <random>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -75,6 +79,22 @@ TEST(QKXMLTest, ReplaceSepFormatsNumbers) {
         {std::numeric_limits<double>::denorm_min(), "%.15g", "4.94065645841247e-324"},
     };
     for (const Row& row : rows) EXPECT_EQ(ReplaceSep(row.value, row.format), row.text);
+}
+
+TEST(QKXMLTest, ReplaceSepWritesTheNumbersOfResultsAsPrintfDoes) {
+    std::mt19937_64 random(151);
+    std::vector<double> values{0.0, -0.0, 1e15, 999999999999999.5, 1e-4, 9.99999999999999999e-5, 0.1, 5e-324, 123456};
+    for (int i = 0; i < 100000; ++i) {
+        values.push_back(std::bit_cast<double>(random()));
+        values.push_back(static_cast<double>(random() % 2000001) / 1000 - 1000);
+        values.push_back(static_cast<double>(random() >> 20));
+    }
+    for (const double value : values) {
+        if (!std::isfinite(value)) continue;
+        char expected[64];
+        std::snprintf(expected, sizeof expected, "%.15g", value);
+        ASSERT_EQ(ReplaceSep(value, "%.15g"), expected);
+    }
 }
 
 TEST(QKXMLTest, ReplaceSepWritesTheLongestNumber) {

@@ -1,0 +1,94 @@
+#include "apps/tarn/Presentation.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <string_view>
+#include <system_error>
+
+#include "host/report/CsvReport.h"
+#include "host/report/JsonReport.h"
+#include "host/report/TextReport.h"
+
+namespace tarn {
+
+namespace {
+
+std::string Environment(const char* name) {
+    const char* const value = std::getenv(name);
+    return value == nullptr ? "" : value;
+}
+
+/// The locale of messages, as the system's own programs look it up: "de_DE.UTF-8".
+std::string MessageLocale() {
+    for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+        if (std::string locale = Environment(name); !locale.empty()) return locale;
+    }
+    return "";
+}
+
+std::string Language() {
+    const std::string chosen = Environment("TARN_LANGUAGE");
+    const std::string locale = chosen.empty() ? MessageLocale() : chosen;
+    const std::string language = locale.substr(0, locale.find_first_of("_.@"));
+    const bool isName = language.find_first_not_of("abcdefghijklmnopqrstuvwxyz") == std::string::npos;
+    return isName && !language.empty() ? language : "en";
+}
+
+std::vector<std::string> MessageFolders() {
+    std::vector<std::string> folders;
+    if (const std::string folder = Environment("TARN_MESSAGES"); !folder.empty()) folders.push_back(folder);
+    std::error_code unreadable;
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", unreadable);
+    if (!unreadable) folders.push_back((program.parent_path() / "messages").string());
+    return folders;
+}
+
+TextStyle StyleOfTerminal() {
+    const bool isTerminal = isatty(STDOUT_FILENO) != 0;
+    const std::string locale = MessageLocale();
+    const bool isUtf8 = locale.ends_with("UTF-8") || locale.ends_with("utf8");
+    return {isTerminal && isUtf8, isTerminal && Environment("NO_COLOR").empty()};
+}
+
+}  // namespace
+
+const std::vector<std::string>& FormatNames() {
+    static const std::vector<std::string> names{"text", "json", "csv", "xml"};
+    return names;
+}
+
+const MessageCatalogue& Texts() {
+    static const MessageCatalogue texts = MessageCatalogue::OfLanguage(Language(), MessageFolders());
+    return texts;
+}
+
+std::string Present(const std::string& document, ReportFormat format, const std::string& name) {
+    const ResultDocument result = ReadResult(document, name);
+    switch (format) {
+        case ReportFormat::kText:
+            return TextReport(result, Texts(), StyleOfTerminal());
+        case ReportFormat::kJson:
+            return JsonReport(result, Texts());
+        case ReportFormat::kCsv:
+            return CsvReport(result, Texts());
+        case ReportFormat::kXml:
+            break;
+    }
+    return document;
+}
+
+std::string PresentShortly(const std::string& document) {
+    return ShortReport(ReadResult(document), Texts());
+}
+
+std::string DescribeMessage(bool isError, long code, const std::vector<std::string>& parameters) {
+    std::string line = isError ? "the run failed with code " : "warning ";
+    line += std::to_string(code) + ": " + Texts().Sentence(code, parameters);
+    const std::string* const text = Texts().Status(code);
+    const bool tellsThem = text != nullptr && text->find('{') != std::string::npos;
+    return tellsThem || parameters.empty() ? line : line + " (" + JoinList(parameters, "; ") + ")";
+}
+
+}  // namespace tarn

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/report/MessageCatalogue.h"
+
+namespace tarn {
+
+/// How a result is told.
+enum class ReportFormat { kText, kJson, kCsv, kXml };
+
+/// The names of the formats as a user types them, in the order of the enumeration.
+const std::vector<std::string>& FormatNames();
+
+/// The sentences in the language of the user: TARN_LANGUAGE, else that of the locale; English where there is none.
+/// A language is a file in the folder that TARN_MESSAGES names or in the folder "messages" beside the program.
+const MessageCatalogue& Texts();
+
+/// A result document in a format; the text one as the terminal of standard output can show it. `name` stands for the
+/// document in an `InputError`, which is thrown if it is none.
+std::string Present(const std::string& document, ReportFormat format, const std::string& name = "the result document");
+
+/// The short table of a result document.
+std::string PresentShortly(const std::string& document);
+
+/// A message of the engine about a run as one line: whether the run failed, the code, and what it means.
+std::string DescribeMessage(bool isError, long code, const std::vector<std::string>& parameters);
+
+}  // namespace tarn

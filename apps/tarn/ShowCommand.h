@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+
+#include "apps/tarn/Command.h"
+
+namespace tarn {
+
+/// `tarn show`: tells a stored result document in a format. Throws an `InputError` for a file that is none.
+ExitStatus Show(const std::string& path, ReportFormat format);
+
+}  // namespace tarn

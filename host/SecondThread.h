@@ -1,0 +1,45 @@
+#pragma once
+
+#include <functional>
+#include <future>
+#include <semaphore>
+#include <thread>
+#include <utility>
+
+namespace tarn {
+
+/// A thread that waits for jobs and does them one after another, so that many short ones don't each pay for a new
+/// thread. It is started with the first job, and its end waits for the last one.
+class SecondThread {
+ public:
+    SecondThread() = default;
+    SecondThread(const SecondThread&) = delete;
+    SecondThread& operator=(const SecondThread&) = delete;
+    ~SecondThread() { hasJob_.release(); }
+
+    /// Starts a job. The future of the one before has to be ready. What the job throws comes out of its future.
+    [[nodiscard]] std::future<void> Start(std::function<void()> job) {
+        job_ = std::packaged_task<void()>(std::move(job));
+        std::future<void> done = job_.get_future();
+        if (!thread_.joinable()) thread_ = std::jthread([this] { DoJobs(); });
+        hasJob_.release();
+        return done;
+    }
+
+ private:
+    void DoJobs() {
+        for (;;) {
+            hasJob_.acquire();
+            if (!job_.valid()) return;
+            // Taken over first: as soon as it is done, the next one may be put into its place.
+            std::packaged_task<void()> job = std::move(job_);
+            job();
+        }
+    }
+
+    std::counting_semaphore<2> hasJob_{0};  // the job, and at the end that there is none
+    std::packaged_task<void()> job_;
+    std::jthread thread_;  // the last member: its end, which waits, needs the others
+};
+
+}  // namespace tarn

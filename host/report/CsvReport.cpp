@@ -1,0 +1,141 @@
+#include "host/report/CsvReport.h"
+
+#include <array>
+#include <map>
+#include <string_view>
+
+#include "host/report/TestReading.h"
+
+namespace tarn {
+
+namespace {
+
+constexpr std::array<std::string_view, 25> kColumns{
+    "row",         "number",   "test",      "name",      "family",     "fields",   "group",    "part",   "sample1",
+    "sample2",     "n",        "statistic", "std_error", "z",          "df",       "p_value",  "p_kind", "p_tails",
+    "adj_p_value", "estimate", "conf_low",  "conf_high", "conf_level", "decision", "messages",
+};
+
+using Row = std::map<std::string_view, std::string>;
+
+std::string Quoted(const std::string& cell) {
+    if (cell.find_first_of(",\"\r\n") == std::string::npos) return cell;
+    std::string quoted = "\"";
+    for (const char c : cell) quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
+    return quoted + '"';
+}
+
+void Append(std::string& text, const Row& row) {
+    for (const std::string_view column : kColumns) {
+        const auto found = row.find(column);
+        if (column != kColumns.front()) text += ',';
+        if (found != row.end()) text += Quoted(found->second);
+    }
+    text += '\n';
+}
+
+/// What all rows of one test have in common.
+Row CommonCells(const TestReading& reading, std::size_t number, const TestTexts* about) {
+    Row row;
+    row["number"] = std::to_string(number);
+    row["test"] = reading.name;
+    row["name"] = about == nullptr ? "" : about->name;
+    row["family"] = reading.family;
+    row["fields"] = JoinList(reading.fields, ";");
+    row["group"] = reading.group;
+    return row;
+}
+
+void SetStatistics(Row& row, const StatisticSet& set, const PValue* p) {
+    row["part"] = set.name;
+    row["statistic"] = set.statistic;
+    row["std_error"] = set.standardError;
+    row["z"] = set.standardized;
+    row["df"] = set.df;
+    if (p == nullptr) return;
+    row["p_value"] = (p->isBound ? ">" : "") + p->value;
+    row["p_kind"] = NameOf(p->kind);
+    row["p_tails"] = std::to_string(p->tails);
+}
+
+void SetInterval(Row& row, const Interval& interval, const ResultDocument& document) {
+    row["part"] = interval.method;
+    row["estimate"] = interval.estimate;
+    row["conf_low"] = interval.lower;
+    row["conf_high"] = interval.upper;
+    row["conf_level"] = document.confidenceLevel;
+}
+
+void AppendTest(std::string& text, const Row& common, const TestReading& reading, const ResultDocument& document) {
+    Row row = common;
+    row["row"] = "test";
+    row["n"] = reading.n;
+    row["decision"] = reading.decision;
+    std::vector<std::string> codes;
+    for (const TestReading::Note& note : reading.notes) codes.push_back(std::to_string(note.code));
+    row["messages"] = JoinList(codes, ";");
+    const StatisticSet* const leading = reading.Leading();
+    const PValue* const decisive = leading == nullptr ? nullptr : leading->Leading();
+    if (leading != nullptr) SetStatistics(row, *leading, decisive);
+    if (reading.intervals.size() == 1) SetInterval(row, reading.intervals.front(), document);
+    Append(text, row);
+
+    for (const StatisticSet& set : reading.statistics) {
+        for (const PValue& p : set.pValues) {
+            if (&p == decisive) continue;
+            Row other = common;
+            other["row"] = "p";
+            SetStatistics(other, set, &p);
+            Append(text, other);
+        }
+    }
+    if (reading.intervals.size() < 2) return;
+    for (const Interval& interval : reading.intervals) {
+        Row other = common;
+        other["row"] = "interval";
+        SetInterval(other, interval, document);
+        Append(text, other);
+    }
+}
+
+void AppendComparisons(std::string& text, const Row& common, const TestReading& reading) {
+    for (const PairComparison& pair : reading.pairs) {
+        Row row = common;
+        row["row"] = "pair";
+        row["sample1"] = pair.first;
+        row["sample2"] = pair.second;
+        row["statistic"] = pair.statistic;
+        row["std_error"] = pair.standardError;
+        row["z"] = pair.standardized;
+        row["p_value"] = pair.p;
+        row["adj_p_value"] = pair.adjustedP;
+        Append(text, row);
+    }
+    for (const HomogeneousSubset& subset : reading.subsets) {
+        Row row = common;
+        row["row"] = "subset";
+        row["sample1"] = JoinList(subset.members, ";");
+        row["statistic"] = subset.statistic;
+        row["p_value"] = subset.p;
+        row["adj_p_value"] = subset.adjustedP;
+        Append(text, row);
+    }
+}
+
+}  // namespace
+
+std::string CsvReport(const ResultDocument& document, const MessageCatalogue& texts) {
+    std::string text;
+    for (const std::string_view column : kColumns) text += (text.empty() ? "" : ",") + std::string(column);
+    text += '\n';
+    std::size_t number = 0;
+    for (const TestResult& test : document.tests) {
+        const TestReading reading = ReadTest(test, document, texts);
+        const Row common = CommonCells(reading, ++number, texts.Test(test.name));
+        AppendTest(text, common, reading, document);
+        AppendComparisons(text, common, reading);
+    }
+    return text;
+}
+
+}  // namespace tarn

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+#include "host/report/MessageCatalogue.h"
+#include "host/report/ResultDocument.h"
+
+namespace tarn {
+
+/// The tests of a document as tidy comma-separated values (RFC 4180): a row for each test, and below it one for each
+/// further set of statistics, interval, pair and subset. Numbers are those of the document, digit by digit.
+std::string CsvReport(const ResultDocument& document, const MessageCatalogue& texts);
+
+}  // namespace tarn

@@ -1,0 +1,178 @@
+#include "host/report/JsonReport.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <nlohmann/json.hpp>
+
+#include "host/report/TestReading.h"
+
+namespace tarn {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+/// A number as a number, whole ones without a point; a text where JSON has no number ("nan", "inf"); null for "".
+Json ValueOf(const std::string& text) {
+    if (text.empty()) return nullptr;
+    std::int64_t whole = 0;
+    const char* const end = text.data() + text.size();
+    if (const auto [rest, error] = std::from_chars(text.data(), end, whole); error == std::errc{} && rest == end) {
+        return whole;
+    }
+    double number = 0;
+    if (ReadNumber(text, number) && std::isfinite(number)) return number;
+    return text;
+}
+
+Json NameOrNull(const std::string& name) {
+    return name.empty() ? Json(nullptr) : Json(name);
+}
+
+Json FieldJson(const ResultField& field) {
+    Json json{{"name", field.name},
+              {"label", NameOrNull(field.label)},
+              {"level", field.level},
+              {"data_type", field.dataType},
+              {"categories", Json::array()}};
+    for (const ResultCategory& category : field.categories) {
+        const bool isText = field.dataType == "string";
+        json["categories"].push_back({{"value", isText ? Json(category.value) : ValueOf(category.value)},
+                                      {"label", NameOrNull(category.label)}});
+    }
+    return json;
+}
+
+Json TableJson(const ResultTable& table) {
+    Json json{{"name", table.name}};
+    if (table.isSimple) {
+        json["line_names"] = table.lineNames;
+        json["column_names"] = table.columnNames;
+        json["lines"] = Json::array();
+        for (const auto& line : table.lines) {
+            Json values = Json::array();
+            for (const std::string& value : line) values.push_back(ValueOf(value));
+            json["lines"].push_back(std::move(values));
+        }
+        return json;
+    }
+    json["rows"] = Json::object();
+    for (const auto& [name, value] : table.rows) json["rows"][name] = ValueOf(value);
+    json["tables"] = Json::array();
+    for (const ResultTable& inner : table.tables) json["tables"].push_back(TableJson(inner));
+    return json;
+}
+
+Json StatisticsJson(const TestReading& reading) {
+    Json sets = Json::array();
+    for (const StatisticSet& set : reading.statistics) {
+        Json json{{"name", NameOrNull(set.name)},
+                  {"statistic", ValueOf(set.statistic)},
+                  {"standard_error", ValueOf(set.standardError)},
+                  {"standardized", ValueOf(set.standardized)},
+                  {"df", ValueOf(set.df)},
+                  {"p_values", Json::array()}};
+        for (const PValue& p : set.pValues) {
+            json["p_values"].push_back({{"kind", NameOf(p.kind)},
+                                        {"tails", p.tails},
+                                        {"value", ValueOf(p.value)},
+                                        {"is_lower_bound", p.isBound},
+                                        {"decides", p.decides}});
+        }
+        sets.push_back(std::move(json));
+    }
+    return sets;
+}
+
+Json FiguresJson(const std::vector<Figure>& figures) {
+    Json json = Json::object();
+    for (const Figure& figure : figures) json[figure.key] = ValueOf(figure.value);
+    return json;
+}
+
+Json ComparisonsJson(const TestReading& reading) {
+    Json json{{"pairs", Json::array()}, {"subsets", Json::array()}};
+    for (const PairComparison& pair : reading.pairs) {
+        json["pairs"].push_back({{"first", pair.first},
+                                 {"second", pair.second},
+                                 {"statistic", ValueOf(pair.statistic)},
+                                 {"standard_error", ValueOf(pair.standardError)},
+                                 {"standardized", ValueOf(pair.standardized)},
+                                 {"p", ValueOf(pair.p)},
+                                 {"adjusted_p", ValueOf(pair.adjustedP)}});
+    }
+    for (const HomogeneousSubset& subset : reading.subsets) {
+        json["subsets"].push_back({{"members", subset.members},
+                                   {"statistic", ValueOf(subset.statistic)},
+                                   {"p", ValueOf(subset.p)},
+                                   {"adjusted_p", ValueOf(subset.adjustedP)}});
+    }
+    return json;
+}
+
+Json TestJson(const TestResult& test, const TestReading& reading, const TestTexts* about) {
+    Json json{{"test", test.name},
+              {"name", about == nullptr ? Json(nullptr) : Json(about->name)},
+              {"title", reading.title},
+              {"family", reading.family},
+              {"fields", reading.fields},
+              {"group", NameOrNull(reading.group)},
+              {"condition", {{"key", test.conditionKey}, {"parameters", test.parameters}, {"text", reading.statement}}},
+              {"decision", NameOrNull(reading.decision)},
+              {"n", ValueOf(reading.n)},
+              {"statistics", StatisticsJson(reading)},
+              {"intervals", Json::array()},
+              {"figures", FiguresJson(reading.figures)},
+              {"samples", Json::array()},
+              {"comparisons", ComparisonsJson(reading)},
+              {"messages", Json::array()},
+              {"tables", Json::array()}};
+    for (const Interval& interval : reading.intervals) {
+        json["intervals"].push_back({{"method", NameOrNull(interval.method)},
+                                     {"estimate", ValueOf(interval.estimate)},
+                                     {"lower", ValueOf(interval.lower)},
+                                     {"upper", ValueOf(interval.upper)}});
+    }
+    for (const Sample& sample : reading.samples) {
+        json["samples"].push_back({{"name", sample.name}, {"figures", FiguresJson(sample.figures)}});
+    }
+    for (std::size_t i = 0; i < test.messages.size(); ++i) {
+        const ResultMessage& message = test.messages[i];
+        json["messages"].push_back({{"code", message.code},
+                                    {"kind", message.kind},
+                                    {"parameters", message.parameters},
+                                    {"text", reading.notes[i].text}});
+        for (const auto& [name, value] : message.named) json["messages"].back()["named"][name] = value;
+    }
+    for (const ResultTable& table : test.content.tables) json["tables"].push_back(TableJson(table));
+    return json;
+}
+
+}  // namespace
+
+std::string JsonReport(const ResultDocument& document, const MessageCatalogue& texts) {
+    Json json{{"format", "tarn-result-1"},
+              {"application", {{"name", document.application}, {"version", NameOrNull(document.applicationVersion)}}},
+              {"significance_level", ValueOf(document.sigLevel)},
+              {"confidence_level", ValueOf(document.confidenceLevel)},
+              {"missing", document.missingTreatment},
+              {"counts", Json::object()},
+              {"fields", Json::array()},
+              {"tests", Json::array()},
+              {"descriptives", Json::array()}};
+    for (const auto& [name, count] : document.counts) json["counts"][name] = ValueOf(count);
+    for (const ResultField& field : document.fields) json["fields"].push_back(FieldJson(field));
+    for (const TestResult& test : document.tests) {
+        json["tests"].push_back(TestJson(test, ReadTest(test, document, texts), texts.Test(test.name)));
+    }
+    for (const ResultTable& table : document.descriptives) {
+        const ResultField* const field = document.FieldAt(table.Value("varIndex"));
+        Json entry{{"field", field ? Json(field->name) : Json(nullptr)}};
+        entry.update(TableJson(table));
+        json["descriptives"].push_back(std::move(entry));
+    }
+    return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+}  // namespace tarn

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+#include "host/report/MessageCatalogue.h"
+#include "host/report/ResultDocument.h"
+
+namespace tarn {
+
+/// Everything of a document as JSON, numbers as numbers and fields and categories by their names. docs/result-json.md
+/// tells its keys, docs/result.schema.json checks them.
+std::string JsonReport(const ResultDocument& document, const MessageCatalogue& texts);
+
+}  // namespace tarn

@@ -1,0 +1,120 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/report/MessageCatalogue.h"
+#include "host/report/ResultDocument.h"
+
+namespace tarn {
+
+/// What an analyst reads from one test of a document: the same facts in the same places whatever the test. Numbers
+/// stay the texts of the document; "" where a test has none, and none is shown for a value that was never computed.
+
+enum class PValueKind { kAsymptotic, kExact, kFisher, kContinuityCorrected };
+
+/// The name of a kind in the outputs: "asymptotic", "exact", "fisher", "continuity-corrected".
+std::string_view NameOf(PValueKind kind);
+
+struct PValue {
+    PValueKind kind = PValueKind::kAsymptotic;
+    int tails = 2;  ///< 1 or 2; 0 where the test has no sides
+    std::string value;
+    bool isBound = false;  ///< the value is the smallest that the significance can be; the document has a ">" there
+    bool decides = false;  ///< whether the decision of the test rests on it
+};
+
+/// The statistics of a test; some tests have two sets of them, of which `name` tells which one this is.
+struct StatisticSet {
+    std::string name;  ///< "minimum runs", "all cases"; mostly ""
+    std::string statistic;
+    std::string standardError;
+    std::string standardized;
+    std::string df;
+    std::vector<PValue> pValues;
+
+    /// The one that decides, or the first one; null for none.
+    const PValue* Leading() const;
+};
+
+struct Interval {
+    std::string method;  ///< "" where there is one method only
+    std::string estimate;
+    std::string lower;
+    std::string upper;
+};
+
+/// Something else that a test tells: "Mann-Whitney U", "largest difference".
+struct Figure {
+    std::string key;    ///< stable, as in the document
+    std::string label;  ///< for a reader
+    std::string value;
+};
+
+/// One of the groups or fields that a test compares.
+struct Sample {
+    std::string name;
+    std::vector<Figure> figures;
+};
+
+/// Two samples beside one another.
+struct PairComparison {
+    std::string first;
+    std::string second;
+    std::string statistic;
+    std::string standardError;
+    std::string standardized;
+    std::string p;
+    std::string adjustedP;
+};
+
+/// Samples that don't differ among one another.
+struct HomogeneousSubset {
+    std::vector<std::string> members;
+    std::string statistic;
+    std::string p;
+    std::string adjustedP;
+};
+
+/// A table of counts, of two classes or of two fields.
+struct CountTable {
+    std::vector<std::string> columnTitles;
+    std::vector<std::string> rowTitles;
+    std::vector<std::vector<std::string>> rows;
+};
+
+struct TestReading {
+    std::string name;  ///< as in the document
+    std::string title;
+    std::string family;     ///< "one-sample", "related" or "independent"
+    std::string statement;  ///< the null hypothesis, or what is estimated
+    bool isEstimate = false;
+    std::vector<std::string> fields;
+    std::string group;  ///< the field of the groups; "" for none
+    std::string n;
+    std::string decision;  ///< "reject", "retain", "unknown"; "" for an estimate
+    std::vector<StatisticSet> statistics;
+    std::vector<Interval> intervals;
+    std::vector<Figure> figures;
+    std::vector<Sample> samples;
+    CountTable counts;
+    std::vector<PairComparison> pairs;
+    std::vector<std::string> orderedSamples;  ///< those of the subsets, from the lowest to the highest
+    std::vector<HomogeneousSubset> subsets;
+    /// What the test has to say, as sentences, with their kinds.
+    struct Note {
+        long code;
+        std::string kind;  ///< "error", "warning" or "helpMessage"
+        std::string text;
+    };
+    std::vector<Note> notes;
+
+    /// The set whose significance decides, or the first one; null for none.
+    const StatisticSet* Leading() const;
+    bool HasError() const;
+};
+
+TestReading ReadTest(const TestResult& test, const ResultDocument& document, const MessageCatalogue& texts);
+
+}  // namespace tarn

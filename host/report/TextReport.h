@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/report/TestReading.h"
+
+namespace tarn {
+
+/// What a terminal can show.
+struct TextStyle {
+    bool hasUnicode = false;
+    bool hasColour = false;
+};
+
+/// A block for each test as an analyst would paste it into a report: its question, what it found, how sure that is,
+/// and what it remarks.
+std::string TextReport(const ResultDocument& document, const MessageCatalogue& texts, const TextStyle& style);
+
+/// One line for each test in one table, then what the tests remark.
+std::string ShortReport(const ResultDocument& document, const MessageCatalogue& texts);
+
+/// A significance as analysts write it: ".023", "< .001", "> .200" for a bound, "undefined" for what is no number,
+/// "not computed" for "".
+std::string PText(const std::string& value, bool isBound = false);
+
+}  // namespace tarn

@@ -1,0 +1,103 @@
+#include "independent/GroupBoxPlot.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+
+#include "platform/common/QKMV.h"
+#include "support/CaseWeight.h"
+
+namespace {
+
+constexpr double kFenceFactor = 1.5;
+
+/// 0 for values that differ by rounding only; else 1 or -1 as `a` is above `b` or not. Beside a zero nothing is
+/// rounding.
+int CompareTolerantly(double a, double b) {
+    constexpr double kTolerance = 2.220446049250313e-14;
+    if (a == b) return 0;
+    if (a != 0 && b != 0 && std::fabs(a - b) <= kTolerance * std::max(std::fabs(a), std::fabs(b))) return 0;
+    return a > b ? 1 : -1;
+}
+
+std::string ValueText(double value) {
+    return QKMV::IsMissing(value) ? std::string() : DoubleToString(value);
+}
+
+/// A case identifier is shown as a whole number.
+std::string IdText(double id) {
+    return QKMV::IsMissing(id) ? std::string() : DoubleToString(std::trunc(id) + 0.0);
+}
+
+/// The high ones and then the low ones, each from the last to the first.
+std::string JoinBackwards(const std::vector<double>& high, const std::vector<double>& low,
+                          std::string (*text)(double)) {
+    std::string joined;
+    for (const std::vector<double>* values : {&high, &low}) {
+        for (auto value = values->rbegin(); value != values->rend(); ++value) joined += text(*value) + ";";
+    }
+    if (!joined.empty()) joined.pop_back();
+    return joined;
+}
+
+}  // namespace
+
+GroupBoxPlot::GroupBoxPlot(std::int32_t groupCount, int variable, int weight, int caseId)
+    : count(groupCount),
+      variableIndex(variable),
+      weightIndex(weight),
+      caseIdIndex(caseId),
+      quantiles(variable, weight) {}
+
+void GroupBoxPlot::AddToQuantiles(const Record& record) {
+    quantiles.QuantileStep(record[static_cast<std::size_t>(variableIndex)], CaseWeight(record, weightIndex), count);
+}
+
+void GroupBoxPlot::Finish() {
+    quantiles.CloseQuantiles();
+    const double reach = kFenceFactor * (quantiles.GetThirdQuartile() - quantiles.GetFirstQuartile());
+    lowerFence = quantiles.GetFirstQuartile() - reach;
+    upperFence = quantiles.GetThirdQuartile() + reach;
+    // From the far ends, so that they can only move inward.
+    smallestNonOutlier = quantiles.GetMax();
+    largestNonOutlier = quantiles.GetMin();
+}
+
+void GroupBoxPlot::AddToOutliers(const Record& record) {
+    const double value = record[static_cast<std::size_t>(variableIndex)];
+    const int beside = CompareTolerantly(value, upperFence);
+    const bool isAboveLower = CompareTolerantly(value, lowerFence) > 0;
+    const bool isHigh = beside > 0;
+    const bool isLow = !isHigh && CompareTolerantly(value, lowerFence) < 0;
+    if (isHigh || isLow) {
+        (isHigh ? highOutliers : lowOutliers).push_back(value);
+        if (caseIdIndex >= 0) {
+            (isHigh ? highOutlierIds : lowOutlierIds).push_back(record[static_cast<std::size_t>(caseIdIndex)]);
+        }
+    }
+    if (!isHigh && CompareTolerantly(value, largestNonOutlier) > 0) largestNonOutlier = value;
+    // Not the mirror image of the line above, and meant so: a value at the lower fence is no outlier, but it can't be
+    // the smallest of the others either. Documents depend on it.
+    if ((isAboveLower || beside == 0) && CompareTolerantly(value, smallestNonOutlier) < 0) smallestNonOutlier = value;
+}
+
+void GroupBoxPlot::AddTables(StructuredTable& group) const {
+    std::string box;
+    if (count >= 1) {
+        for (const double value :
+             {smallestNonOutlier, quantiles.GetFirstQuartile(), quantiles.GetMedian(), quantiles.GetThirdQuartile()}) {
+            box += ValueText(value) + ";";
+        }
+        box += ValueText(largestNonOutlier);
+    } else {
+        box = ";;;;";
+    }
+    auto boxTable = MakeSimpleTable(TableName::kBox, "", Literal::kBoxColumns);
+    boxTable->AddChild(MakeRowElement(box));
+    group.Add(std::move(boxTable));
+
+    auto outliers = MakeSimpleTable(TableName::kOutliers, Literal::kOutlierRows, "");
+    outliers->AddChild(MakeRowElement(JoinBackwards(highOutliers, lowOutliers, ValueText)));
+    outliers->AddChild(MakeRowElement(JoinBackwards(highOutlierIds, lowOutlierIds, IdText)));
+    group.Add(std::move(outliers));
+}

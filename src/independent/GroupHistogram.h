@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <string>
+
+#include "support/Histogram.h"
+#include "support/QKUnivariateVariable.h"
+#include "support/ResultElements.h"
+
+/// The values of one group as a histogram. Two passes: the first one extends the range, the second one fills the
+/// histogram over it.
+class GroupHistogram {
+ public:
+    /// First pass: takes part whatever the weight of the record.
+    void ExtendRange(double value) {
+        if (value < groupMin) groupMin = value;
+        if (value > groupMax) groupMax = value;
+    }
+    double Min() const { return groupMin; }
+    double Max() const { return groupMax; }
+
+    /// Second pass.
+    void Begin() { variable.GetHistogram().SetUp(groupMin, groupMax, Histogram::kDefaultBins); }
+    void Add(double value, std::int32_t weight) { variable.GetHistogram().Add(value, weight); }
+    void End() { variable.GetHistogram().Close(); }
+
+    /// Writes the table "Interval".
+    void AddIntervals(StructuredTable& group) const {
+        std::string counts;
+        std::string values;
+        group.Add(MakeIntervalTable(variable.GetBins(), counts, values));
+    }
+
+ private:
+    double groupMin = std::numeric_limits<double>::max();
+    double groupMax = std::numeric_limits<double>::lowest();
+    QKContUnivariateVariable variable{-1, -1};
+};

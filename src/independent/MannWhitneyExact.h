@@ -1,0 +1,10 @@
+#pragma once
+
+#include <cstdint>
+
+/// The two-sided significance of the Mann-Whitney statistic `u` for samples of `n1` and `n2` values without ties, from
+/// all their arrangements. Data with ties are looked up in the same table. For sizes below 1 there is no arrangement,
+/// and the answer is no number.
+///
+/// Source: the frequencies by Dinneen and Blakesley (1973), Applied Statistics 22, 269-273, algorithm AS 62.
+double MannWhitneyExactSignificance(std::int32_t n1, std::int32_t n2, double u);

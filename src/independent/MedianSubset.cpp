@@ -1,0 +1,91 @@
+#include "independent/MedianSubset.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+#include <utility>
+
+#include "platform/common/QKDistFun.h"
+#include "platform/common/QKMV.h"
+#include "platform/common/Truncation.h"
+
+void MedianSubset::SetGroups(const std::vector<std::int32_t>& categories, std::vector<double> groupSizes,
+                             std::int32_t categoryCount) {
+    positionOf.assign(static_cast<std::size_t>(categoryCount), kNotInside);
+    for (std::size_t place = 0; place < categories.size(); ++place) {
+        positionOf[static_cast<std::size_t>(categories[place])] = static_cast<std::int32_t>(place);
+    }
+    sizes = std::move(groupSizes);
+    totalN = std::accumulate(sizes.begin(), sizes.end(), 0.0);
+    for (std::vector<double>& row : counts) row.assign(sizes.size(), 0.0);
+}
+
+void MedianSubset::AddToMedian(double value, std::int32_t weight) {
+    quantiles.QuantileStep(value, weight, TruncateToInt32(totalN));
+}
+
+void MedianSubset::FinishMedian() {
+    quantiles.CloseQuantiles();
+    median = QKMV::IsMissing(quantiles.GetMedian()) ? 0.0 : quantiles.GetMedian();
+}
+
+double MedianSubset::RowTotal(std::size_t row) const {
+    return std::accumulate(counts[row].begin(), counts[row].end(), 0.0);
+}
+
+std::size_t MedianSubset::GroupsWithCases() const {
+    return static_cast<std::size_t>(std::count_if(sizes.begin(), sizes.end(), [](double size) { return size > 0; }));
+}
+
+MedianSubset::ExpectedCells MedianSubset::ComputeChiSquare() {
+    ExpectedCells cells;
+    std::size_t belowFive = 0;
+    chiSquare = 0;
+    for (const std::size_t row : {kNotAbove, kAbove}) {
+        const double rowTotal = RowTotal(row);
+        for (std::size_t place = 0; place < sizes.size(); ++place) {
+            const double expected = sizes[place] * rowTotal / totalN;
+            const double difference = counts[row][place] - expected;
+            if (expected != 0) chiSquare += difference * difference / expected;
+            if (expected < 5) ++belowFive;
+            if (expected < 1) cells.anyBelowOne = true;
+        }
+    }
+    cells.manyBelowFive = 4 * belowFive > 2 * sizes.size();
+    sig = 1 - QKMath::QKDistFun::CdfChi(chiSquare, static_cast<double>(sizes.size()) - 1);
+    return cells;
+}
+
+double FisherExactSignificance(const FourfoldTable& table) {
+    constexpr double kTolerance = 1e-14;
+    const auto [a, b, c, d] = table;
+    const double total = a + b + c + d;
+    if (total == 0) return 1.0;
+    // The cell of the smaller diagonal that is the smaller one: its table ends the shorter tail. The other diagonal
+    // makes up its margins.
+    const bool takesOther = d * a > c * b;
+    const double x = takesOther ? std::min(b, c) : std::min(a, d);
+    const double margin1 = (takesOther ? (c > b ? a : d) : (a > d ? c : b)) + x;
+    const double margin2 = (takesOther ? (c > b ? d : a) : (a > d ? b : c)) + x;
+    const auto cdf = [&](double t) {
+        int ignored = 0;  // the margins come from a table and lie in the domain
+        return QKMath::QKDistFun::CDFHyper(t, total, margin1, margin2, ignored);
+    };
+    const double lower = cdf(x);
+    const double observed = x == 0 ? lower : lower - cdf(x - 1);
+    for (double t = std::min(margin1, margin2); t >= x + 1; --t) {
+        const double upper = cdf(t);
+        if (upper - cdf(t - 1) - observed >= kTolerance) return lower + 1 - upper;
+    }
+    return 1.0;
+}
+
+double YatesChiSquare(const FourfoldTable& table) {
+    const auto [notAbove1, notAbove2, above1, above2] = table;
+    const double n1 = notAbove1 + above1;
+    const double n2 = notAbove2 + above2;
+    const double above = above1 + above2;
+    const double total = n1 + n2;
+    const double corrected = std::fabs(notAbove2 * above1 - notAbove1 * above2) - total / 2;
+    return total * (corrected * corrected) / ((n2 + n1 - above) * above * n1 * n2);
+}

@@ -1,0 +1,82 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "support/QKUnivariateVariable.h"
+
+/// Some of the groups of a median test: their common median, the table of cases above it and not above it, and what
+/// comes out of the table.
+class MedianSubset {
+ public:
+    /// A category that is not in the subset.
+    static constexpr std::int32_t kNotInside = -1;
+    static constexpr std::size_t kNotAbove = 0;
+    static constexpr std::size_t kAbove = 1;
+
+    /// `weightIndex`: negative where there is no weight field.
+    MedianSubset(int variableIndex, int weightIndex) : quantiles(variableIndex, weightIndex) {}
+
+    /// Takes the groups of these sizes, by their categories, out of `categoryCount`; empties the table.
+    void SetGroups(const std::vector<std::int32_t>& categories, std::vector<double> groupSizes,
+                   std::int32_t categoryCount);
+    /// The place of a category in the subset.
+    std::int32_t PlaceOf(std::int32_t category) const { return positionOf[static_cast<std::size_t>(category)]; }
+
+    /// A value in ascending order, towards the median of the subset.
+    void AddToMedian(double value, std::int32_t weight);
+    /// Takes the median of what was added; 0 if there was nothing.
+    void FinishMedian();
+    void SetMedian(double given) { median = given; }
+    /// Counts a case of the group at a place: above only if strictly so.
+    void Count(double value, std::int32_t weight, std::int32_t place) {
+        counts[value > median ? kAbove : kNotAbove][static_cast<std::size_t>(place)] += weight;
+    }
+
+    std::size_t GroupCount() const { return sizes.size(); }
+    double TotalN() const { return totalN; }
+    double Median() const { return median; }
+    const std::vector<double>& Counts(std::size_t row) const { return counts[row]; }
+    double RowTotal(std::size_t row) const;
+    std::size_t GroupsWithCases() const;
+
+    /// How good the approximation by a chi-square distribution is.
+    struct ExpectedCells {
+        bool anyBelowOne = false;
+        bool manyBelowFive = false;  ///< more than a quarter of the cells
+    };
+    /// Pearson's chi-square of the table and its significance.
+    ExpectedCells ComputeChiSquare();
+
+    std::vector<std::int32_t> members;  ///< the categories of a pair or of the overall test
+    bool degenerate = false;
+    double chiSquare = 0;
+    double sig = 0;
+    double adjustedSig = 0;
+
+ private:
+    std::vector<std::int32_t> positionOf;
+    std::vector<double> sizes;
+    double totalN = 0;
+    double median = 0;
+    std::vector<double> counts[2];
+    QKContUnivariateVariable quantiles;
+};
+
+/// A table of two rows and two columns: cases not above and above a median, in two groups.
+struct FourfoldTable {
+    double notAbove1;
+    double notAbove2;
+    double above1;
+    double above2;
+};
+
+/// Two-tailed significance of Fisher's exact test: the tail on the side of the observed table, and of the other tail
+/// the tables that are no more probable, by a tolerance of 1e-14. Source: Fisher (1935), Journal of the Royal
+/// Statistical Society 98, 39-82.
+double FisherExactSignificance(const FourfoldTable& table);
+
+/// Chi-square with continuity correction. Source: Yates (1934), Supplement to the Journal of the Royal Statistical
+/// Society 1, 217-235.
+double YatesChiSquare(const FourfoldTable& table);

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "independent/TwoGroups.h"
+#include "planning/contract/TARNPlan.h"
+#include "planning/contract/TARNTest.h"
+#include "support/WeightedOrder.h"
+
+/// The Hodges-Lehmann estimate of the shift of two independent groups, setting "IHodgesLehmannEstimateGroups".
+class TARNHodgesLehmannTwoIndep : public TARNTest {
+ public:
+    /// Reads from its settings "variableIndex", "groupVariableIndex", "weightVariableIndex" and "confidenceLevel".
+    explicit TARNHodgesLehmannTwoIndep(std::unique_ptr<QKSettings> testSettings) : TARNTest(std::move(testSettings)) {}
+
+    void SetUnivariateResults(UnivariateResults* results) override {
+        if (results != nullptr) univariateResults = results;
+    }
+    QKStatus BeginPass() override;
+    QKStatus ProcessRecord(Record& record) override;
+    bool NeedsAnotherPass() override { return false; }
+    QKStatus EndPass() override;
+    void GetUsedVariables(std::vector<int>& fieldIndices) override;
+    QKXML::XMLElement* MakeResultElement() override;
+
+ private:
+    void ExtendTieRun(double value, std::int32_t weight);
+    QKStatus Estimate();
+
+    UnivariateResults* univariateResults = nullptr;
+    double confidenceLevel = 0.95;
+    TwoGroups groups;
+    int variableIndex = -1;
+    int groupVariableIndex = -1;
+    int weightIndex = -1;
+    double previousValue = 0;
+    std::int32_t runWeight = 0;
+    /// Sizes of the runs of equal values, 2 or more, without the last one.
+    std::vector<std::uint32_t> tieRuns;
+    /// One entry per record, for each group.
+    std::array<std::vector<WeightedDifference>, 2> lists;
+    /// Weighted sizes of the groups; -1 until the first record.
+    std::array<std::int64_t, 2> groupCounts{};
+    double estimate = 0;
+    double lower = 0;
+    double upper = 0;
+};
+
+/// The plan builder of "IHodgesLehmannEstimateGroups". Keys: "variableName" and "groupVariableName", one field each;
+/// "originVariableName", optional.
+void PlanHodgesLehmannTwoIndep(const QKSettings& entry, TARNPlan& plan);

@@ -1,0 +1,368 @@
+// Jonckheere-Terpstra test for ordered alternatives.
+//
+// Question    Do the values of a continuous field rise, or fall, with the order of the groups?
+// Data        Records that miss neither field, in ascending order of the test field; groups without weight take no
+//             part.
+// Statistic   J = the Mann-Whitney count of all pairs of groups, in their order: how often a value of the earlier
+//             group lies below one of the later group, ties by half. Normal approximation with the variance under ties.
+// Comparisons Pairs and homogeneous subsets by the same statistic, one-sided in the direction that the overall test
+//             found.
+// Source      Terpstra (1952), Indagationes Mathematicae 14, 327-333; Jonckheere (1954), Biometrika 41, 133-145;
+//             Kendall and Gibbons (1990), Rank Correlation Methods.
+// Degenerate  All values equal, or one group alone: z = 0, significance 1.
+
+#include "independent/TARNJonckTer.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "planning/StatusCodes.h"
+#include "planning/contract/SettingKeys.h"
+#include "planning/contract/TARNPlanBuilder.h"
+#include "platform/common/QKDistFun.h"
+#include "platform/common/Truncation.h"
+#include "support/CaseWeight.h"
+
+namespace {
+
+constexpr const char* kTestName = "IJonckheereTerpstra";
+constexpr const char* kConditionKey = "DefaultAllDistinctValuesUsed_I_JonckheereTerpstra_2";
+
+constexpr const char* kOrderOfHypotheses = "orderOfHypotheses";
+constexpr const char* kSmallestToLargest = "orderSmallestToLargest";
+
+constexpr GroupedFieldsCodes kFieldCodes{.testNameMissing = 222215,
+                                         .groupNameMissing = 222216,
+                                         .unknownField = 222203,
+                                         .testNotContinuous = 222218,
+                                         .groupNotCategorical = 222217};
+constexpr long kNoUnivariateResults = 222206;
+constexpr long kEmptyGroup = 222210;
+constexpr long kTooFewCategories = 222220;
+constexpr RefusalCodes kTooFewGroups{.pairwise = 222223, .stepwise = 222221};
+constexpr RefusalCodes kNotSignificant{.pairwise = 222224, .stepwise = 222222};
+
+constexpr int kOverallPasses = 3;
+constexpr std::size_t kSmallestComparison = 3;
+
+PairRecord RecordOf(const JonckheereSubset& pair) {
+    PairRecord record;
+    record.sample1 = pair.members[0];
+    record.sample2 = pair.members[1];
+    record.testStatistic = pair.j;
+    record.standardError = pair.standardError;
+    record.standardTestStatistic = pair.z;
+    record.sig = pair.sigDirected;
+    record.adjSig = pair.adjustedSig;
+    record.untestable = pair.degenerate;
+    return record;
+}
+
+}  // namespace
+
+void PlanJonckTer(const QKSettings& entry, TARNPlan& plan) {
+    TARNPlanBuilder builder(entry, plan, CommonSettings::kSigLevel);
+    const GroupedFields fields = PlanKGroups(builder, plan, kFieldCodes);
+    std::string order = kSmallestToLargest;
+    builder.Read(kOrderOfHypotheses, order);
+    builder.TestSettings().AddSetting(kOrderOfHypotheses, order);
+    if (builder.IsOK()) {
+        plan.Request(fields.group, Statistic::kFrequencies);
+        plan.RequestSorted(fields.test);
+    }
+    builder.AddToSortedWorker<TARNJonckTer>(fields.test);
+}
+
+// ---- Passes ----
+
+QKStatus TARNJonckTer::BeginPass() {
+    if (status.IsError()) return status;
+    switch (phase) {
+        case Phase::kOverall:
+            if (overallPass == 0) BeginSizes();
+            if (overallPass == 1) BeginOverall();
+            break;
+        case Phase::kPairs:
+            BeginPairs();
+            break;
+        case Phase::kSteps:
+            if (stepwisePass == 0) {
+                BeginSteps();
+            } else {
+                ShrinkSubsets();
+            }
+            break;
+        case Phase::kFinished:
+            break;
+    }
+    return status;
+}
+
+void TARNJonckTer::BeginSizes() {
+    settings->GetSettingValByName(SettingKey::kVariableIndex, variableIndex);
+    settings->GetSettingValByName(SettingKey::kGroupVariableIndex, groupVariableIndex);
+    settings->GetSettingValByName(SettingKey::kWeightVariableIndex, weightIndex);
+    settings->GetSettingValByName(SettingKey::kSigLevel, sigLevel);
+    settings->GetSettingValByName(kOrderOfHypotheses, orderOfHypotheses);
+    comparisons.Read(*settings);
+    if (univariateResults == nullptr) {
+        AddStatusMessage(QKStatus(kNoUnivariateResults), MessageKind::kError);
+        return;
+    }
+    categoryCount = univariateResults->GetCategoryCount(groupVariableIndex);
+    if (categoryCount < 2) {
+        AddStatusMessage(QKStatus(kTooFewCategories), MessageKind::kError);
+        return;
+    }
+    passesRemaining = kOverallPasses + (comparisons.wanted.pairwise ? 1 : 0);
+    if (comparisons.wanted.stepwise) passesRemaining += categoryCount - 2;
+    wholeRank.Reset();
+}
+
+void TARNJonckTer::BeginOverall() {
+    activeGroups = groupSizes.WithCases(categoryCount);
+    overall.members = activeGroups;
+    overall.positionOf.assign(static_cast<std::size_t>(categoryCount), JonckheereSubset::kNotInside);
+    std::vector<double> sizes;
+    for (const std::int32_t group : activeGroups) {
+        overall.positionOf[static_cast<std::size_t>(group)] = static_cast<std::int32_t>(sizes.size());
+        sizes.push_back(SizeOf(group));
+        groupBoxes.emplace_back(groupSizes.Of(group), variableIndex, weightIndex, GroupBoxPlot::kNoCaseId);
+    }
+    if (sizes.empty()) {
+        AddStatusMessage(QKStatus(StatusCode::kNoRecords), MessageKind::kError);
+        return;
+    }
+    overall.SetGroups(std::move(sizes));
+}
+
+void TARNJonckTer::BeginPairs() {
+    for (std::size_t i = 0; i < activeGroups.size(); ++i) {
+        for (std::size_t j = i + 1; j < activeGroups.size(); ++j) {
+            JonckheereSubset& pair = pairSubsets.emplace_back();
+            pair.members = {activeGroups[i], activeGroups[j]};
+            pair.positionOf.assign(static_cast<std::size_t>(categoryCount), JonckheereSubset::kNotInside);
+            pair.positionOf[static_cast<std::size_t>(activeGroups[i])] = 0;
+            pair.positionOf[static_cast<std::size_t>(activeGroups[j])] = 1;
+            pair.SetGroups({SizeOf(activeGroups[i]), SizeOf(activeGroups[j])});
+        }
+    }
+}
+
+/// The places of a subset are told by positions among the groups with cases, though its records look their place up by
+/// category. Where a category is empty the two differ; documents depend on it.
+void TARNJonckTer::BeginSteps() {
+    steps.Begin(activeGroups.size(), static_cast<std::size_t>(categoryCount));
+    for (const SubsetRecord& range : steps.Candidates()) {
+        JonckheereSubset& subset = stepSubsets.emplace_back();
+        subset.positionOf.assign(static_cast<std::size_t>(categoryCount), JonckheereSubset::kNotInside);
+        std::vector<double> sizes;
+        for (std::uint32_t position = range.firstPosition; position <= range.lastPosition; ++position) {
+            subset.positionOf[position] = static_cast<std::int32_t>(sizes.size());
+            sizes.push_back(SizeOf(activeGroups[position]));
+        }
+        subset.SetGroups(std::move(sizes));
+    }
+}
+
+/// Each of them has lost its last group.
+void TARNJonckTer::ShrinkSubsets() {
+    for (const SubsetRecord& range : steps.Candidates()) {
+        JonckheereSubset& subset = stepSubsets[range.firstPosition];
+        subset.positionOf[range.lastPosition + 1] = JonckheereSubset::kNotInside;
+        std::vector<double> sizes = subset.sizes;
+        sizes.pop_back();
+        subset.SetGroups(std::move(sizes));
+    }
+}
+
+void TARNJonckTer::GetUsedVariables(std::vector<int>& fieldIndices) {
+    fieldIndices.push_back(variableIndex);
+    fieldIndices.push_back(groupVariableIndex);
+}
+
+QKStatus TARNJonckTer::ProcessRecord(Record& record) {
+    const double value = record[static_cast<std::size_t>(variableIndex)];
+    const std::int32_t weight = CaseWeight(record, weightIndex);
+    const std::int32_t group = TruncateToInt32(record[static_cast<std::size_t>(groupVariableIndex)]);
+    if (group < 0 || group >= categoryCount) return status;
+    if (phase == Phase::kOverall && overallPass == 0) {
+        groupSizes.Add(group, weight);
+        return wholeRank.AddValue(value, weight, group);
+    }
+    const auto addTo = [&](JonckheereSubset& subset) {
+        const std::int32_t place = subset.positionOf[static_cast<std::size_t>(group)];
+        if (place >= 0) subset.Add(value, weight, static_cast<std::size_t>(place));
+        return place;
+    };
+    if (phase == Phase::kOverall && overallPass == 1) {
+        const std::int32_t place = addTo(overall);
+        if (place >= 0) groupBoxes[static_cast<std::size_t>(place)].AddToQuantiles(record);
+    } else if (phase == Phase::kOverall) {
+        const std::int32_t place = overall.positionOf[static_cast<std::size_t>(group)];
+        if (place >= 0) groupBoxes[static_cast<std::size_t>(place)].AddToOutliers(record);
+    } else if (phase == Phase::kPairs) {
+        for (JonckheereSubset& pair : pairSubsets) addTo(pair);
+    } else {
+        for (const SubsetRecord& range : steps.Candidates()) addTo(stepSubsets[range.firstPosition]);
+    }
+    return status;
+}
+
+QKStatus TARNJonckTer::EndPass() {
+    if (status.IsError()) return status;
+    --passesRemaining;
+    switch (phase) {
+        case Phase::kOverall:
+            EndOverall();
+            break;
+        case Phase::kPairs:
+            EndPairs();
+            break;
+        case Phase::kSteps:
+            EndStep();
+            break;
+        case Phase::kFinished:
+            break;
+    }
+    return status;
+}
+
+bool TARNJonckTer::NeedsAnotherPass() {
+    if (status.IsError()) {
+        passesRemaining = 0;
+        return false;
+    }
+    if (overallDone && comparisons.AreDone()) return false;
+    passesRemaining = 0;
+    return true;
+}
+
+void TARNJonckTer::EndOverall() {
+    if (overallPass == 0) {
+        wholeRank.CloseTieRun();
+        for (std::int32_t group = 0; group < categoryCount; ++group) {
+            rankSums.push_back(wholeRank.GroupRanks(group).sumOfRanks);
+        }
+        wholeRank = TARNRank();  // it holds every rank, and tests live as long as the document
+    } else if (overallPass == 1) {
+        overallSignificant = Judge(overall);
+        if (!overall.degenerate) {
+            for (GroupBoxPlot& box : groupBoxes) box.Finish();
+        }
+    } else {
+        overallDone = true;
+        if (overallSignificant && overall.GroupCount() < kSmallestComparison) {
+            Refuse(kTooFewGroups);
+        } else if (!overallSignificant) {
+            Refuse(kNotSignificant);
+        }
+        const ComparisonRequest& wanted = comparisons.wanted;
+        phase = wanted.pairwise ? Phase::kPairs : wanted.stepwise ? Phase::kSteps : Phase::kFinished;
+    }
+    ++overallPass;
+}
+
+void TARNJonckTer::Refuse(const RefusalCodes& codes) {
+    AddMessages(comparisons.wanted.Refuse(codes));
+    passesRemaining = 0;
+}
+
+void TARNJonckTer::EndPairs() {
+    for (JonckheereSubset& pair : pairSubsets) {
+        Judge(pair);
+        if (!pair.degenerate)
+            pair.adjustedSig = AdjustForPairs(pair.sigDirected, static_cast<std::size_t>(categoryCount));
+    }
+    comparisons.pairwiseDone = true;
+    phase = comparisons.wanted.stepwise ? Phase::kSteps : Phase::kFinished;
+}
+
+void TARNJonckTer::EndStep() {
+    using Outcome = StepwiseComparison::Outcome;
+    const auto compute = [&](SubsetRecord& range) {
+        JonckheereSubset& subset = stepSubsets[range.firstPosition];
+        Judge(subset);
+        if (status.IsError()) return Outcome::kFailed;
+        range.statistic = subset.j;
+        range.standardError = subset.standardError;
+        range.standardTestStatistic = subset.z;
+        range.sig = subset.sigDirected;
+        return subset.degenerate ? Outcome::kUntestable : Outcome::kComputed;
+    };
+    AddMessages(steps.EndPass(sigLevel, compute));
+    ++stepwisePass;
+    if (!steps.IsDone()) return;
+    comparisons.stepwiseDone = true;
+    phase = Phase::kFinished;
+}
+
+/// Whether the groups of the subset differ at the level; a subset that can't be tested counts as one whose groups do.
+bool TARNJonckTer::Judge(JonckheereSubset& subset) {
+    subset.degenerate = subset.GroupCount() == 2 && subset.HasEmptyGroup();
+    if (subset.degenerate) {
+        const MessageKind kind = phase == Phase::kOverall ? MessageKind::kError : MessageKind::kWarning;
+        AddStatusMessage(QKStatus(kEmptyGroup), kind);
+        return true;
+    }
+    subset.Compute();
+    subset.sigOneTail = 1 - QKMath::QKDistFun::CdfStdNorm(std::fabs(subset.z));
+    if (direction == Direction::kNone) {
+        subset.sigTwoTail = 2 * subset.sigOneTail;
+        direction = subset.z < 0 ? Direction::kLess : Direction::kGreater;
+        return sigLevel > subset.sigTwoTail;
+    }
+    // The usual order takes the smaller tail and any other one the larger tail, whatever the sign: the direction that
+    // the overall test found does not come into it. Documents depend on it.
+    subset.oneSided = true;
+    const double lower = QKMath::QKDistFun::CdfStdNorm(subset.z);
+    const bool takesUpper = (orderOfHypotheses == kSmallestToLargest) == (subset.z >= 0);
+    subset.sigDirected = takesUpper ? 1 - lower : lower;
+    return sigLevel > subset.sigDirected;
+}
+
+// ---- Element ----
+
+QKXML::XMLElement* TARNJonckTer::MakeResultElement() {
+    ResultElement element(kTestName, ResultType::kHypothesisTest, TestFamily::kIndependentSamples,
+                          Decide(status, sigLevel, overall.sigTwoTail));
+    element.AddCondition(kConditionKey, {IntToString(variableIndex), IntToString(groupVariableIndex)});
+    if (element.EndsWithMessages(messages, status)) return element.Release();
+
+    StructuredTable statistics = element.AddTable(TableName::kStatisticsResult);
+    statistics.Row(RowName::kTotalN, overall.TotalN());
+    statistics.Row(RowName::kTestStatistic, overall.j);
+    statistics.Row(RowName::kStandardError, overall.standardError);
+    statistics.Row(RowName::kStandardTestStatistic, overall.z);
+    statistics.Row(RowName::kAsymptoticSig2Tailed, overall.oneSided ? overall.sigDirected : overall.sigTwoTail);
+    AddBoxes(element);
+
+    if (comparisons.wanted.pairwise && comparisons.pairwiseDone && !pairSubsets.empty()) {
+        std::vector<PairRecord> pairs;
+        for (const JonckheereSubset& pair : pairSubsets) pairs.push_back(RecordOf(pair));
+        AddPairwiseResult(element, steps.Rules(), Samples(), pairs);
+    }
+    // The search has told of the groups that stand alone; writing them adds no word to that.
+    if (steps.IsDone()) static_cast<void>(AddStepwiseResult(element, steps, Samples()));
+    return element.Release();
+}
+
+void TARNJonckTer::AddBoxes(ResultElement& element) const {
+    StructuredTable boxes = element.AddTable(TableName::kBoxPlotInfo);
+    boxes.Row(RowName::kGroupFieldIndex, groupVariableIndex);
+    boxes.Row(RowName::kGroupCount, static_cast<std::int32_t>(groupBoxes.size()));
+    for (std::size_t place = 0; place < groupBoxes.size(); ++place) {
+        StructuredTable table = boxes.Table(GroupTableName(place));
+        table.Row(RowName::kGroupIndex, activeGroups[place]);
+        groupBoxes[place].AddTables(table);
+    }
+}
+
+/// The groups with cases and their mean ranks.
+ComparedSamples TARNJonckTer::Samples() const {
+    std::vector<double> meanRanks;
+    for (const std::int32_t group : activeGroups) {
+        meanRanks.push_back(rankSums[static_cast<std::size_t>(group)] / SizeOf(group));
+    }
+    return {groupVariableIndex, JoinValues(activeGroups), JoinValues(meanRanks)};
+}

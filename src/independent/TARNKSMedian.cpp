@@ -1,0 +1,423 @@
+// Median test of several groups.
+//
+// Question    Do all groups of a field have the same median?
+// Data        Records that miss neither field, in ascending order of the test field; groups without weight take no
+//             part.
+// Statistic   Pearson's chi-square of the table of cases above the common median and not above it, by groups; with two
+//             groups Fisher's exact test for at most 30 cases, and beyond that the chi-square corrected for continuity.
+// Comparisons Pairs and homogeneous subsets by Pearson's chi-square around the median of each.
+// Source      Mood (1950), Introduction to the Theory of Statistics, 394-399; Brown and Mood (1951), Proceedings of the
+//             Second Berkeley Symposium, 159-166.
+// Degenerate  No case above the median, or none at or below it: an error.
+
+#include "independent/TARNKSMedian.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "planning/StatusCodes.h"
+#include "planning/contract/SettingKeys.h"
+#include "planning/contract/TARNPlanBuilder.h"
+#include "platform/common/QKDistFun.h"
+#include "platform/common/Truncation.h"
+#include "support/CaseWeight.h"
+
+namespace {
+
+constexpr const char* kTestName = "IMedian";
+constexpr const char* kConditionOfData = "DefaultAllDistinctValuesUsed_I_Median_2";
+constexpr const char* kConditionOfGivenMedian = "CategoryListsAreSpecified_I_Median_2";
+
+constexpr const char* kUserSpecifyMedian = "userSpecifyMedian";
+constexpr const char* kMedian = "median";
+constexpr const char* kGroupParameter = "group";
+
+constexpr GroupedFieldsCodes kFieldCodes{.testNameMissing = 222315,
+                                         .groupNameMissing = 222316,
+                                         .unknownField = 222303,
+                                         .testNotContinuous = 222318,
+                                         .groupNotCategorical = 222317};
+constexpr long kMedianMissing = 222322;
+constexpr long kNoUnivariateResults = 222306;
+constexpr long kTooFewCategories = 222320;
+constexpr long kExpectedBelowOne = 222326;
+constexpr long kManyExpectedBelowFive = 222327;
+constexpr RefusalCodes kTooFewGroups{.pairwise = 222337, .stepwise = 222335};
+constexpr RefusalCodes kNotSignificant{.pairwise = 222338, .stepwise = 222336};
+
+// Why a subset can't be tested: overall, of a pair, in a step.
+constexpr long kNoneAbove[] = {222325, 222329, 222332};
+constexpr long kAllAbove[] = {222324, 222328, 222331};
+constexpr long kTooFewGroupsWithCases[] = {222319, 222333, 222334};
+
+constexpr double kMostCasesOfExactTest = 30;
+constexpr std::size_t kSmallestComparison = 3;
+
+}  // namespace
+
+void PlanKSMedian(const QKSettings& entry, TARNPlan& plan) {
+    TARNPlanBuilder builder(entry, plan, CommonSettings::kSigLevel);
+    const GroupedFields fields = PlanKGroups(builder, plan, kFieldCodes);
+    bool isGiven = false;
+    double median = 0;
+    builder.Read(kUserSpecifyMedian, isGiven);
+    const bool hasMedian = builder.Read(kMedian, median);
+    if (builder.IsOK() && isGiven && !hasMedian) builder.Fail(kMedianMissing);
+    builder.TestSettings().AddSetting(kUserSpecifyMedian, isGiven);
+    builder.TestSettings().AddSetting(kMedian, median);
+    if (builder.IsOK()) {
+        plan.Request(fields.group, Statistic::kFrequencies);
+        plan.Request(fields.test, Statistic::kMedian);
+        plan.RequestSorted(fields.test);
+    }
+    builder.AddToSortedWorker<TARNKSMedian>(fields.test);
+}
+
+// ---- Passes ----
+
+QKStatus TARNKSMedian::BeginPass() {
+    if (status.IsError()) return status;
+    switch (phase) {
+        case Phase::kOverall:
+            if (overallPass == 0) BeginSizes();
+            if (overallPass == 1) BeginOverall();
+            break;
+        case Phase::kPairs:
+            if (pairSubsets.empty()) BeginPairs();
+            break;
+        case Phase::kSteps:
+            if (sortedGroups.empty()) {
+                BeginSteps();
+            } else if (hasStepped) {
+                ShrinkSubsets();
+            }
+            break;
+        case Phase::kFinished:
+            break;
+    }
+    return status;
+}
+
+void TARNKSMedian::BeginSizes() {
+    settings->GetSettingValByName(SettingKey::kVariableIndex, variableIndex);
+    settings->GetSettingValByName(SettingKey::kGroupVariableIndex, groupVariableIndex);
+    settings->GetSettingValByName(SettingKey::kWeightVariableIndex, weightIndex);
+    settings->GetSettingValByName(SettingKey::kSigLevel, sigLevel);
+    settings->GetSettingValByName(kUserSpecifyMedian, userSpecifyMedian);
+    if (userSpecifyMedian) settings->GetSettingValByName(kMedian, givenMedian);
+    comparisons.Read(*settings);
+    if (univariateResults == nullptr) {
+        AddStatusMessage(QKStatus(kNoUnivariateResults), MessageKind::kError);
+        return;
+    }
+    categoryCount = univariateResults->GetCategoryCount(groupVariableIndex);
+    if (categoryCount < 2) {
+        AddStatusMessage(QKStatus(kTooFewCategories), MessageKind::kError);
+        return;
+    }
+    constexpr int kOverallPasses = 3;
+    passesRemaining = kOverallPasses + (comparisons.wanted.pairwise ? 2 : 0);
+    if (comparisons.wanted.stepwise) passesRemaining += 2 * categoryCount - 4;
+}
+
+void TARNKSMedian::BeginOverall() {
+    activeGroups = groupSizes.WithCases(categoryCount);
+    if (activeGroups.empty()) {
+        AddStatusMessage(QKStatus(StatusCode::kNoRecords), MessageKind::kError);
+        return;
+    }
+    for (const std::int32_t group : activeGroups) {
+        groupBoxes.emplace_back(groupSizes.Of(group), variableIndex, weightIndex, GroupBoxPlot::kNoCaseId);
+    }
+    overall = MakeSubset(activeGroups);
+    if (activeGroups.size() < 2) AddStatusMessage(QKStatus(kTooFewGroupsWithCases[0]), MessageKind::kError);
+}
+
+MedianSubset TARNKSMedian::MakeSubset(const std::vector<std::int32_t>& categories) const {
+    MedianSubset subset(variableIndex, weightIndex);
+    std::vector<double> sizes;
+    for (const std::int32_t category : categories) sizes.push_back(groupSizes.Of(category));
+    subset.SetGroups(categories, std::move(sizes), categoryCount);
+    subset.members = categories;
+    if (userSpecifyMedian) subset.SetMedian(givenMedian);
+    return subset;
+}
+
+void TARNKSMedian::BeginPairs() {
+    for (std::size_t i = 0; i < activeGroups.size(); ++i) {
+        for (std::size_t j = i + 1; j < activeGroups.size(); ++j) {
+            pairSubsets.push_back(MakeSubset({activeGroups[i], activeGroups[j]}));
+        }
+    }
+    findsMedians = !userSpecifyMedian;
+}
+
+void TARNKSMedian::BeginSteps() {
+    std::vector<double> medians;
+    for (const GroupBoxPlot& box : groupBoxes) medians.push_back(box.Median());
+    for (const OrderedSample& sample : OrderSamples(medians)) {
+        sortedGroups.push_back(activeGroups[static_cast<std::size_t>(sample.sample)]);
+    }
+    steps.Begin(sortedGroups.size(), activeGroups.size());
+    for (const SubsetRecord& range : steps.Candidates()) {
+        stepSubsets.push_back(
+            MakeSubset({sortedGroups.begin() + range.firstPosition, sortedGroups.begin() + range.lastPosition + 1}));
+    }
+    findsMedians = !userSpecifyMedian;
+}
+
+/// Each of them has lost its last group, and gets a median of its own again.
+void TARNKSMedian::ShrinkSubsets() {
+    for (const SubsetRecord& range : steps.Candidates()) {
+        stepSubsets[range.firstPosition] =
+            MakeSubset({sortedGroups.begin() + range.firstPosition, sortedGroups.begin() + range.lastPosition + 1});
+    }
+    findsMedians = !userSpecifyMedian;
+    hasStepped = false;
+}
+
+void TARNKSMedian::GetUsedVariables(std::vector<int>& fieldIndices) {
+    fieldIndices.push_back(variableIndex);
+    fieldIndices.push_back(groupVariableIndex);
+}
+
+QKStatus TARNKSMedian::ProcessRecord(Record& record) {
+    const double value = record[static_cast<std::size_t>(variableIndex)];
+    const std::int32_t weight = CaseWeight(record, weightIndex);
+    const std::int32_t category = TruncateToInt32(record[static_cast<std::size_t>(groupVariableIndex)]);
+    if (category < 0 || category >= categoryCount) return status;
+    if (phase == Phase::kOverall) {
+        CountOverall(record, value, weight, category);
+    } else if (phase == Phase::kPairs) {
+        for (MedianSubset& pair : pairSubsets) AddToSubset(pair, value, weight, category);
+    } else {
+        for (const SubsetRecord& range : steps.Candidates()) {
+            AddToSubset(stepSubsets[range.firstPosition], value, weight, category);
+        }
+    }
+    return status;
+}
+
+void TARNKSMedian::CountOverall(const Record& record, double value, std::int32_t weight, std::int32_t category) {
+    if (overallPass == 0) {
+        groupSizes.Add(category, weight);
+        return;
+    }
+    const std::int32_t place = overall.PlaceOf(category);
+    if (place == MedianSubset::kNotInside) return;
+    GroupBoxPlot& box = groupBoxes[static_cast<std::size_t>(place)];
+    if (overallPass == 1) {
+        box.AddToQuantiles(record);
+        if (!userSpecifyMedian) overall.AddToMedian(value, weight);
+    } else {
+        box.AddToOutliers(record);
+        overall.Count(value, weight, place);
+    }
+}
+
+void TARNKSMedian::AddToSubset(MedianSubset& subset, double value, std::int32_t weight, std::int32_t category) const {
+    const std::int32_t place = subset.PlaceOf(category);
+    if (place == MedianSubset::kNotInside) return;
+    if (findsMedians) {
+        subset.AddToMedian(value, weight);
+    } else {
+        subset.Count(value, weight, place);
+    }
+}
+
+QKStatus TARNKSMedian::EndPass() {
+    if (status.IsError()) return status;
+    --passesRemaining;
+    if (phase == Phase::kOverall) {
+        EndOverall();
+    } else if (findsMedians) {
+        for (MedianSubset& subset : phase == Phase::kPairs ? pairSubsets : stepSubsets) subset.FinishMedian();
+        findsMedians = false;
+    } else if (phase == Phase::kPairs) {
+        EndPairs();
+    } else if (phase == Phase::kSteps) {
+        EndStep();
+    }
+    return status;
+}
+
+bool TARNKSMedian::NeedsAnotherPass() {
+    if (status.IsError()) {
+        passesRemaining = 0;
+        return false;
+    }
+    if (overallDone && comparisons.AreDone()) return false;
+    passesRemaining = 0;
+    return true;
+}
+
+void TARNKSMedian::EndOverall() {
+    if (overallPass == 1) {
+        for (GroupBoxPlot& box : groupBoxes) box.Finish();
+        if (!userSpecifyMedian) overall.FinishMedian();
+    } else if (overallPass == 2) {
+        overallSignificant = Judge(overall, Mode::kOverall, {});
+        if (status.IsError()) return;
+        overallDone = true;
+        if (!overallSignificant) {
+            Refuse(kNotSignificant);
+        } else if (activeGroups.size() < kSmallestComparison) {
+            Refuse(kTooFewGroups);
+        }
+        const ComparisonRequest& wanted = comparisons.wanted;
+        phase = wanted.pairwise ? Phase::kPairs : wanted.stepwise ? Phase::kSteps : Phase::kFinished;
+    }
+    ++overallPass;
+}
+
+void TARNKSMedian::Refuse(const RefusalCodes& codes) {
+    AddMessages(comparisons.wanted.Refuse(codes));
+    passesRemaining = 0;
+}
+
+void TARNKSMedian::EndPairs() {
+    for (MedianSubset& pair : pairSubsets) Judge(pair, Mode::kPair, pair.members);
+    comparisons.pairwiseDone = true;
+    phase = comparisons.wanted.stepwise ? Phase::kSteps : Phase::kFinished;
+}
+
+void TARNKSMedian::EndStep() {
+    using Outcome = StepwiseComparison::Outcome;
+    const auto compute = [&](SubsetRecord& range) {
+        MedianSubset& subset = stepSubsets[range.firstPosition];
+        Judge(subset, Mode::kStep,
+              {static_cast<std::int32_t>(range.firstPosition), static_cast<std::int32_t>(range.lastPosition)});
+        range.statistic = subset.chiSquare;
+        range.sig = subset.sig;
+        return subset.degenerate ? Outcome::kUntestable : Outcome::kComputed;
+    };
+    AddMessages(steps.EndPass(sigLevel, compute));
+    hasStepped = true;
+    if (!steps.IsDone()) return;
+    comparisons.stepwiseDone = true;
+    phase = Phase::kFinished;
+}
+
+/// Whether the groups of the subset differ at the level; a subset that can't be tested counts as one whose groups do.
+/// `named`: what a warning names the subset by.
+bool TARNKSMedian::Judge(MedianSubset& subset, Mode mode, const std::vector<std::int32_t>& named) {
+    const bool hasAbove = subset.RowTotal(MedianSubset::kAbove) != 0;
+    const bool hasNotAbove = subset.RowTotal(MedianSubset::kNotAbove) != 0;
+    if (!hasAbove || !hasNotAbove) {
+        MakeDegenerate(subset, mode, hasAbove ? kAllAbove : kNoneAbove, named);
+        return true;
+    }
+    if (subset.GroupsWithCases() < 2) {
+        MakeDegenerate(subset, mode, kTooFewGroupsWithCases, named);
+        return true;
+    }
+    const MedianSubset::ExpectedCells cells = subset.ComputeChiSquare();
+    if (cells.anyBelowOne) AddStatusMessage(QKStatus(kExpectedBelowOne), MessageKind::kWarning);
+    if (cells.manyBelowFive) AddStatusMessage(QKStatus(kManyExpectedBelowFive), MessageKind::kWarning);
+    if (mode == Mode::kPair) {
+        subset.adjustedSig = AdjustForPairs(subset.sig, activeGroups.size());
+        return sigLevel > subset.adjustedSig;
+    }
+    if (mode == Mode::kStep) return false;  // the search adjusts and compares
+    if (subset.GroupCount() == 2) {
+        const FourfoldTable table = TableOf(subset);
+        fisherComputed = subset.TotalN() <= kMostCasesOfExactTest;
+        yatesComputed = !fisherComputed;
+        if (fisherComputed) {
+            fisherSig = FisherExactSignificance(table);
+        } else {
+            yatesChiSquare = YatesChiSquare(table);
+            yatesSig = 1 - QKMath::QKDistFun::CdfChi(yatesChiSquare, 1);
+        }
+    }
+    return sigLevel > DecidingSig();
+}
+
+void TARNKSMedian::MakeDegenerate(MedianSubset& subset, Mode mode, const long (&codes)[3],
+                                  const std::vector<std::int32_t>& named) {
+    subset.degenerate = true;
+    const QKStatus reason(codes[static_cast<std::size_t>(mode)]);
+    if (mode == Mode::kOverall) {
+        AddStatusMessage(reason, MessageKind::kError);
+    } else {
+        AddMessage({reason, MessageKind::kWarning, {}, {{kGroupParameter, JoinValues(named)}}});
+    }
+}
+
+FourfoldTable TARNKSMedian::TableOf(const MedianSubset& subset) const {
+    const std::vector<double>& notAbove = subset.Counts(MedianSubset::kNotAbove);
+    const std::vector<double>& above = subset.Counts(MedianSubset::kAbove);
+    return {notAbove[0], notAbove[1], above[0], above[1]};
+}
+
+double TARNKSMedian::DecidingSig() const {
+    return fisherComputed ? fisherSig : yatesComputed ? yatesSig : overall.sig;
+}
+
+// ---- Element ----
+
+QKXML::XMLElement* TARNKSMedian::MakeResultElement() {
+    ResultElement element(kTestName, ResultType::kHypothesisTest, TestFamily::kIndependentSamples,
+                          Decide(status, sigLevel, DecidingSig()));
+    element.AddCondition(userSpecifyMedian ? kConditionOfGivenMedian : kConditionOfData,
+                         {IntToString(variableIndex), IntToString(groupVariableIndex)});
+    if (element.EndsWithMessages(messages, status)) return element.Release();
+
+    AddStatistics(element);
+    AddBoxes(element);
+    if (comparisons.wanted.pairwise && comparisons.pairwiseDone && !pairSubsets.empty()) {
+        std::vector<PairRecord> pairs;
+        for (const MedianSubset& pair : pairSubsets) {
+            PairRecord& record = pairs.emplace_back();
+            record.sample1 = pair.members[0];
+            record.sample2 = pair.members[1];
+            record.testStatistic = pair.chiSquare;
+            record.sig = pair.sig;
+            record.adjSig = pair.adjustedSig;
+            record.untestable = pair.degenerate;
+        }
+        AddPairwiseResult(element, steps.Rules(), Samples(activeGroups), pairs);
+    }
+    // The search has told of the groups that stand alone; writing them adds no word to that.
+    if (steps.IsDone()) static_cast<void>(AddStepwiseResult(element, steps, Samples(sortedGroups)));
+    return element.Release();
+}
+
+void TARNKSMedian::AddStatistics(ResultElement& element) const {
+    const auto df = static_cast<std::int32_t>(overall.GroupCount()) - 1;
+    StructuredTable statistics = element.AddTable(TableName::kStatisticsResult);
+    statistics.Row(RowName::kTotalN, overall.TotalN());
+    statistics.Row(RowName::kMedian, overall.Median());
+    statistics.Row(RowName::kTestStatistic, overall.chiSquare);
+    statistics.Row(RowName::kDegreeOfFreedom, df);
+    statistics.Row(RowName::kAsymptoticSig2Tailed, overall.sig);
+    if (fisherComputed) statistics.Row(RowName::kFisherExactSig, fisherSig);
+    if (!yatesComputed) return;
+    StructuredTable corrected = statistics.Table(TableName::kYatesContinuityCorrection);
+    corrected.Row(RowName::kChiSquare, yatesChiSquare);
+    corrected.Row(RowName::kDegreeOfFreedom, df);
+    corrected.Row(RowName::kAsymptoticSig2Tailed, yatesSig);
+}
+
+void TARNKSMedian::AddBoxes(ResultElement& element) const {
+    StructuredTable boxes = element.AddTable(TableName::kBoxPlotInfo);
+    boxes.Row(RowName::kGroupFieldIndex, groupVariableIndex);
+    boxes.Row(RowName::kGroupCount, static_cast<std::int32_t>(groupBoxes.size()));
+    boxes.Row(RowName::kGrandMedian, overall.Median());
+    for (std::size_t place = 0; place < groupBoxes.size(); ++place) {
+        StructuredTable table = boxes.Table(GroupTableName(place));
+        table.Row(RowName::kGroupIndex, activeGroups[place]);
+        table.Row(RowName::kGreaterThanMedian, overall.Counts(MedianSubset::kAbove)[place]);
+        table.Row(RowName::kNotGreaterThanMedian, overall.Counts(MedianSubset::kNotAbove)[place]);
+        groupBoxes[place].AddTables(table);
+    }
+}
+
+/// Groups by their categories, with their medians.
+ComparedSamples TARNKSMedian::Samples(const std::vector<std::int32_t>& groups) const {
+    std::vector<double> medians;
+    for (const std::int32_t group : groups) {
+        medians.push_back(groupBoxes[static_cast<std::size_t>(overall.PlaceOf(group))].Median());
+    }
+    return {groupVariableIndex, JoinValues(groups), JoinValues(medians)};
+}

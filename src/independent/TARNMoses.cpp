@@ -1,0 +1,251 @@
+// Moses test of extreme reactions of two independent groups.
+//
+// Question    Do extreme values of a continuous field, at both ends, occur more often in an experimental group than in
+//             a control group?
+// Data        Records that miss neither field, in ascending order of the test field; those of neither group take no
+//             part. m and n are the weighted sizes of the control group, which is the first one, and of the other.
+// Statistic   The span of the control group, from its lowest to its highest rank; and the same without h cases at each
+//             end, 5 % of m unless h is given. Significance: the chance of at most such a span.
+// Source      Moses (1952), Psychometrika 17, 239-247.
+// Degenerate  An empty group: an error. A control group of fewer than 2 h + 2 cases: significance 0.
+
+#include "independent/TARNMoses.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "independent/MosesSignificance.h"
+#include "planning/StatusCodes.h"
+#include "planning/contract/SettingKeys.h"
+#include "planning/contract/TARNPlanBuilder.h"
+#include "support/CaseWeight.h"
+#include "support/Int32.h"
+#include "support/ResultElements.h"
+
+namespace {
+
+constexpr const char* kTestName = "IMoses";
+constexpr const char* kConditionOfData = "DefaultAllDistinctValuesUsed_I_Moses_2";
+constexpr const char* kConditionOfLists = "CategoryListsAreSpecified_I_Moses_2";
+
+constexpr const char* kUserSpecifyNumberOfOutliers = "userSpecifyNumberOfOutliers";
+constexpr const char* kNumberOfOutliers = "NumberOfOutliers";
+constexpr const char* kCaseIdVariableIndex = "caseIDVariableIndex";
+
+constexpr GroupedFieldsCodes kFieldCodes{.testNameMissing = 221112,
+                                         .groupNameMissing = 221113,
+                                         .unknownField = 221103,
+                                         .testNotContinuous = 221115,
+                                         .groupNotCategorical = 221114};
+constexpr TwoGroupsCodes kGroupsCodes{
+    .noUnivariateResults = 221106, .notTwoCategories = 221109, .inBothLists = 221110, .groupEmpty = 221111};
+constexpr long kParameterMissing = 221101;
+constexpr long kOutliersBelowOne = 221116;
+constexpr long kOutliersReduced = 221117;
+
+constexpr double kShareTrimmed = 0.05;
+
+/// From one mid-rank to another, to the nearest whole number, a half upward.
+std::int32_t Span(double lowestRank, double highestRank) {
+    return TruncateToInt32(highestRank - lowestRank + 1 + 0.5);
+}
+
+using RankList = std::vector<std::pair<double, double>>;
+
+/// The rank that is left where cases of weight `trimmed` are taken away at the front of the ranks, the last of which
+/// is never reached: that of the entry in which they end, or of the next one where they use it up. Where they don't
+/// end, the rank in the middle.
+template <typename Iterator>
+double RankAfterTrimming(Iterator entry, Iterator last, double trimmed, double middle) {
+    for (; entry != last; ++entry) {
+        trimmed -= entry->second;
+        if (trimmed < 0) return entry->first;
+        if (trimmed == 0) return std::next(entry)->first;
+    }
+    return middle;
+}
+
+std::int32_t TrimmedSpan(const RankList& ranks, std::int32_t trimmed) {
+    const double middle = ranks[ranks.size() / 2].first;
+    const double lowest = RankAfterTrimming(ranks.begin(), std::prev(ranks.end()), trimmed, middle);
+    const double highest = RankAfterTrimming(ranks.rbegin(), std::prev(ranks.rend()), trimmed, middle);
+    return Span(lowest, highest);
+}
+
+}  // namespace
+
+// ---- Plan ----
+
+namespace {
+
+void PlanOutliers(TARNPlanBuilder& builder) {
+    if (!builder.IsOK()) return;
+    bool areGiven = false;
+    builder.Read(kUserSpecifyNumberOfOutliers, areGiven);
+    builder.TestSettings().AddSetting(kUserSpecifyNumberOfOutliers, areGiven);
+    if (!areGiven) return;
+    if (int number = 0; builder.Read(kNumberOfOutliers, number)) {
+        builder.TestSettings().AddSetting(kNumberOfOutliers, number);
+    } else {
+        builder.Fail(kParameterMissing);
+    }
+}
+
+}  // namespace
+
+void PlanMoses(const QKSettings& entry, TARNPlan& plan) {
+    TARNPlanBuilder builder(entry, plan, CommonSettings::kSigLevel);
+    const GroupedFields fields = PlanGroupedFields(builder, plan, kFieldCodes, AfterFailedTestField::kStop);
+    builder.RequestOriginFrequencies();
+    builder.TestSettings().AddSetting(kCaseIdVariableIndex, plan.GetCaseIdIndex());
+    PlanOutliers(builder);
+    PlanTwoGroups(builder, plan, fields.group, kParameterMissing);
+    RequestGroupedFields(builder, plan, fields);
+    builder.AddToSortedWorker<TARNMoses>(fields.test);
+}
+
+// ---- Passes ----
+
+QKStatus TARNMoses::BeginPass() {
+    if (passCounter == 0) {
+        BeginRanking();
+        return status;
+    }
+    if (status.IsError()) return status;
+    passesRemaining = kPasses - passCounter;
+    if (passCounter == 1) {
+        for (const std::int32_t count : groupCounts) {
+            groupBoxes.emplace_back(count, variableIndex, weightIndex, caseIdIndex);
+        }
+    }
+    return status;
+}
+
+void TARNMoses::BeginRanking() {
+    passesRemaining = kPasses;
+    ReadSettings();
+    if (!status.IsError()) ValidateGroups();
+    if (status.IsError()) return;
+    groups.BuildCategoryCode(univariateResults->GetCategoryCount(groupVariableIndex));
+    totalN = 0;
+    groupCounts = {};
+    rank.Reset();
+}
+
+/// A test that its plan builder failed reads its settings too, so that its condition can show the fields.
+void TARNMoses::ReadSettings() {
+    settings->GetSettingValByName(SettingKey::kVariableIndex, variableIndex);
+    settings->GetSettingValByName(SettingKey::kGroupVariableIndex, groupVariableIndex);
+    settings->GetSettingValByName(SettingKey::kWeightVariableIndex, weightIndex);
+    settings->GetSettingValByName(kCaseIdVariableIndex, caseIdIndex);
+    settings->GetSettingValByName(SettingKey::kSigLevel, sigLevel);
+    groups.Read(*settings);
+    settings->GetSettingValByName(kUserSpecifyNumberOfOutliers, userSpecifyNumberOfOutliers);
+    if (userSpecifyNumberOfOutliers) settings->GetSettingValByName(kNumberOfOutliers, numberOfOutliers);
+}
+
+void TARNMoses::ValidateGroups() {
+    if (userSpecifyNumberOfOutliers && numberOfOutliers < 1) {
+        AddStatusMessage(QKStatus(kOutliersBelowOne), MessageKind::kError);
+        return;
+    }
+    const QKStatus valid = groups.Validate(univariateResults, groupVariableIndex, kGroupsCodes);
+    if (valid.IsError()) AddStatusMessage(valid, MessageKind::kError);
+}
+
+void TARNMoses::GetUsedVariables(std::vector<int>& fieldIndices) {
+    fieldIndices.push_back(variableIndex);
+    fieldIndices.push_back(groupVariableIndex);
+}
+
+QKStatus TARNMoses::ProcessRecord(Record& record) {
+    const std::size_t group = groups.CodeOf(record[static_cast<std::size_t>(groupVariableIndex)]);
+    if (group == TwoGroups::kNeither) return status;
+    if (passCounter == 1) {
+        groupBoxes[group].AddToQuantiles(record);
+    } else if (passCounter == 2) {
+        groupBoxes[group].AddToOutliers(record);
+    } else {
+        const std::int32_t weight = CaseWeight(record, weightIndex);
+        groupCounts[group] = Add32(groupCounts[group], weight);
+        return rank.AddValue(record[static_cast<std::size_t>(variableIndex)], weight, static_cast<double>(group));
+    }
+    return status;
+}
+
+QKStatus TARNMoses::EndPass() {
+    if (status.IsError()) return status;
+    passesRemaining = kPasses - 1 - passCounter;
+    if (passCounter == 0) {
+        EndRanking();
+        if (status.IsError()) return status;
+    } else if (passCounter == 1) {
+        for (GroupBoxPlot& box : groupBoxes) box.Finish();
+    }
+    ++passCounter;
+    return status;
+}
+
+void TARNMoses::EndRanking() {
+    const auto [m, n] = groupCounts;
+    totalN = Add32(m, n);
+    if (totalN == 0) {
+        AddStatusMessage(QKStatus(StatusCode::kNoRecords), MessageKind::kError);
+        return;
+    }
+    if (m == 0 || n == 0) {
+        AddStatusMessage(QKStatus(kGroupsCodes.groupEmpty), MessageKind::kError);
+        return;
+    }
+    rank.CloseTieRun();
+    const GroupRankStats& control = rank.GroupRanks(static_cast<double>(TwoGroups::kFirst));
+    observedSpan = Span(control.minRank, control.maxRank);
+    observedSig = MosesSignificance(observedSpan, m, n, 0);
+    ChooseNumberOfOutliers();
+    trimmedSpan = TrimmedSpan(control.ranks, numberOfOutliers);
+    trimmedSig = MosesSignificance(trimmedSpan, m, n, numberOfOutliers);
+    rank = TARNRank();  // it holds every rank, and tests live as long as the document
+}
+
+void TARNMoses::ChooseNumberOfOutliers() {
+    const std::int32_t m = groupCounts[TwoGroups::kFirst];
+    if (!userSpecifyNumberOfOutliers) {
+        numberOfOutliers = std::max(TruncateToInt32(m * kShareTrimmed), 1);
+    } else if (2 * std::int64_t{numberOfOutliers} > std::int64_t{m} - 2) {
+        AddMessage(
+            {QKStatus(kOutliersReduced), MessageKind::kWarning, {IntToString(numberOfOutliers), IntToString(m)}, {}});
+        numberOfOutliers = static_cast<std::int32_t>((std::int64_t{m} - 2) / 2);
+    }
+}
+
+// ---- Element ----
+
+QKXML::XMLElement* TARNMoses::MakeResultElement() {
+    // The trimmed span decides alone.
+    ResultElement element(kTestName, ResultType::kHypothesisTest, TestFamily::kIndependentSamples,
+                          Decide(status, sigLevel, trimmedSig));
+    element.AddCondition(groups.AreListed() ? kConditionOfLists : kConditionOfData,
+                         {IntToString(variableIndex), IntToString(groupVariableIndex)});
+    if (element.EndsWithMessages(messages, status)) return element.Release();
+
+    StructuredTable statistics = element.AddTable(TableName::kStatisticsResult);
+    statistics.Row(RowName::kTotalN, totalN);
+    StructuredTable observed = statistics.Table(TableName::kObservedControlGroup);
+    observed.Row(RowName::kTestStatistic, observedSpan);
+    observed.Row(RowName::kExactSig1Tailed, observedSig);
+    StructuredTable trimmed = statistics.Table(TableName::kTrimmedControlGroup);
+    trimmed.Row(RowName::kTestStatistic, trimmedSpan);
+    trimmed.Row(RowName::kExactSig1Tailed, trimmedSig);
+    statistics.Row(RowName::kOutliersTrimmed, numberOfOutliers);
+
+    StructuredTable boxPlots = element.AddTable(TableName::kBoxPlotInfo);
+    boxPlots.Row(RowName::kGroupFieldIndex, groupVariableIndex);
+    boxPlots.Row(RowName::kGroupCount, static_cast<std::int32_t>(groupBoxes.size()));
+    for (std::size_t group = 0; group < groupBoxes.size(); ++group) {
+        StructuredTable table = element.AddTable(GroupTableName(group));
+        table.Row(RowName::kGroupIndex, JoinValues(groups.List(group)));
+        table.Row(RowName::kN, groupCounts[group]);
+        groupBoxes[group].AddTables(table);
+    }
+    return element.Release();
+}

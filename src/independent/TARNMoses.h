@@ -1,0 +1,62 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "independent/GroupBoxPlot.h"
+#include "independent/TwoGroups.h"
+#include "planning/contract/TARNPlan.h"
+#include "planning/contract/TARNTest.h"
+#include "support/TARNRank.h"
+
+/// The Moses test of extreme reactions of two independent groups, setting "IMoses". The first group is the control
+/// group.
+class TARNMoses : public TARNTest {
+ public:
+    /// Reads from its settings "variableIndex", "groupVariableIndex", "weightVariableIndex", "caseIDVariableIndex",
+    /// "sigLevel", "userSpecifyNumberOfOutliers", "NumberOfOutliers" and the groups.
+    explicit TARNMoses(std::unique_ptr<QKSettings> testSettings) : TARNTest(std::move(testSettings)) {}
+
+    void SetUnivariateResults(UnivariateResults* results) override { univariateResults = results; }
+    QKStatus BeginPass() override;
+    QKStatus ProcessRecord(Record& record) override;
+    bool NeedsAnotherPass() override { return !status.IsError() && passCounter < kPasses; }
+    QKStatus EndPass() override;
+    void GetUsedVariables(std::vector<int>& fieldIndices) override;
+    QKXML::XMLElement* MakeResultElement() override;
+
+ private:
+    static constexpr int kPasses = 3;
+
+    void BeginRanking();
+    void ReadSettings();
+    void ValidateGroups();
+    void EndRanking();
+    void ChooseNumberOfOutliers();
+
+    int weightIndex = -1;
+    int caseIdIndex = -1;
+    int variableIndex = -1;
+    int groupVariableIndex = -1;
+    UnivariateResults* univariateResults = nullptr;
+    TwoGroups groups;
+    double sigLevel = 0.05;
+    bool userSpecifyNumberOfOutliers = false;
+    int passCounter = 0;
+    TARNRank rank;
+    std::vector<GroupBoxPlot> groupBoxes;
+    std::int32_t totalN = 0;
+    /// Outliers that are trimmed from each end of the control group.
+    std::int32_t numberOfOutliers = -1;
+    std::array<std::int32_t, 2> groupCounts{};
+    std::int32_t observedSpan = 0;
+    double observedSig = 0;
+    std::int32_t trimmedSpan = 0;
+    double trimmedSig = 0;
+};
+
+/// The plan builder of "IMoses". Keys: those of "IMannWhitneyU"; "userSpecifyNumberOfOutliers" with
+/// "NumberOfOutliers".
+void PlanMoses(const QKSettings& entry, TARNPlan& plan);

@@ -1,0 +1,219 @@
+// Wilcoxon signed rank test of one continuous field.
+//
+// Question    Is the field symmetric about a hypothesized median?
+// Data        Records that don't miss the field. d is the value less the hypothesized median; zero differences take no
+//             part in the ranks. Sums are of weights with their fractions, while the ranks are those of truncated ones.
+// Statistic   Sum of the mid-ranks of |d| over the positive d. Normal approximation without continuity correction:
+//             mean n (n + 1) / 4, variance (2 n + 1) n (n + 1) / 24 - sum of (t^3 - t) / 48 over the runs of t equal
+//             |d|, n the weight of the differences that are not zero. There is no exact significance.
+// Source      Wilcoxon (1945), Biometrics Bulletin 1, 80-83; tie correction: Lehmann (1975), Nonparametrics.
+// Degenerate  No weight at all: an error. All values equal to the hypothesized median: 0/0, shown as "nan", retained.
+//
+// It looks like the test of a pair (related/TARNWilcoxonPairs) and differs in its weights, whose fractions count, and
+// in n (n + 1), a product of doubles that doesn't wrap.
+
+#include "onesample/TARNWilcoxonSR.h"
+
+#include <cmath>
+#include <string>
+
+#include "onesample/ContinuousFieldKeys.h"
+#include "planning/StatusCodes.h"
+#include "planning/contract/SettingKeys.h"
+#include "planning/contract/TARNPlanBuilder.h"
+#include "support/CaseWeight.h"
+#include "support/Int32.h"
+#include "support/Significance.h"
+
+namespace {
+
+constexpr const char* kTestName = "OWilcoxonSignedRanks";
+constexpr const char* kConditionKey = "O_WilcoxonSignedRanks_2";
+
+constexpr long kTestValueMissing = 220801;
+constexpr long kUnknownField = 220803;
+constexpr long kNameMissing = 220812;
+constexpr long kFieldNotContinuous = 220815;
+
+/// The group keys under which absolute differences are ranked.
+constexpr double kPositiveKey = 1.0;
+constexpr double kNegativeKey = -1.0;
+
+double RankProduct(double n) {
+    return (n + 1) * n;
+}
+
+double TiedVariance(double n, double tieCorrectionSum) {
+    return (2 * n + 1) * RankProduct(n) / 24 - tieCorrectionSum / 48;
+}
+
+// ---- Plan ----
+
+/// The field's index, -1 if it is not found. That of a field of the wrong kind is written all the same.
+int ResolveField(TARNPlanBuilder& builder, const QKVarList& varList) {
+    std::string name;
+    if (!builder.Read(SettingKey::kVariableName, name)) {
+        builder.Fail(kNameMissing);
+        return -1;
+    }
+    const int field = varList.FindVariable(name);
+    if (field < 0) {
+        builder.Fail(kUnknownField, name);
+        return -1;
+    }
+    builder.TestSettings().AddSetting(SettingKey::kVariableIndex, field);
+    if (varList.GetVarAt(field)->GetKind() != FieldKind::kContinuous) {
+        builder.Fail(kFieldNotContinuous, IntToString(field));
+    }
+    return field;
+}
+
+void CopyTestValue(TARNPlanBuilder& builder) {
+    bool isGiven = false;
+    builder.Read(OneSampleKey::kUserSpecifyTestValue, isGiven);
+    builder.TestSettings().AddSetting(OneSampleKey::kUserSpecifyTestValue, isGiven);
+    if (double value = 0; builder.Read(OneSampleKey::kTestValue, value)) {
+        builder.TestSettings().AddSetting(OneSampleKey::kTestValue, value);
+    } else if (isGiven && builder.IsOK()) {
+        builder.Fail(kTestValueMissing);
+    }
+}
+
+}  // namespace
+
+void PlanWilcoxonSR(const QKSettings& entry, TARNPlan& plan) {
+    TARNPlanBuilder builder(entry, plan, CommonSettings::kSigLevel);
+    const int field = ResolveField(builder, plan.GetVarList());
+    CopyTestValue(builder);
+    builder.RequestOriginFrequencies();
+    if (builder.IsOK()) {
+        // Refused as long as no sorted test is planned: the median of the field is then the missing value. Documents
+        // depend on it.
+        plan.Request(field, Statistic::kMedian);
+        plan.RequestSorted(field);
+    }
+    builder.AddToMainWorker<TARNWilcoxonSR>();
+}
+
+// ---- Pass ----
+
+QKStatus TARNWilcoxonSR::BeginPass() {
+    passesRemaining = 1;
+    ReadSettings();
+    if (status.IsError()) return status;
+    values.GetHistogram().SetUp(minValue, maxValue, Histogram::kDefaultBins);
+    rank.Reset();
+    differences.clear();
+    totalWeight = 0;
+    tieCount = 0;
+    nonTiedWeight = 0;
+    asymptoticSig = 0;
+    return status;
+}
+
+/// A test that its plan builder failed reads its settings too, so that its condition can show them, and may get a
+/// second error.
+void TARNWilcoxonSR::ReadSettings() {
+    settings->GetSettingValByName(SettingKey::kVariableIndex, variableIndex);
+    settings->GetSettingValByName(OneSampleKey::kUserSpecifyTestValue, userSpecifyTestValue);
+    if (univariateResults == nullptr) {
+        AddStatusMessage(QKStatus(kTestValueMissing), MessageKind::kError);
+    } else {
+        observedMedian = univariateResults->GetMedian(variableIndex);
+        minValue = univariateResults->GetMin(variableIndex);
+        maxValue = univariateResults->GetMax(variableIndex);
+    }
+    if (!userSpecifyTestValue) {
+        testValue = observedMedian;  // a field against its own median is what the default means
+    } else if (!settings->GetSettingValByName(OneSampleKey::kTestValue, testValue)) {
+        AddStatusMessage(QKStatus(kTestValueMissing), MessageKind::kError);
+    }
+    testValueReady = true;
+    settings->GetSettingValByName(SettingKey::kWeightVariableIndex, weightVariableIndex);
+    settings->GetSettingValByName(SettingKey::kSigLevel, sigLevel);
+}
+
+QKStatus TARNWilcoxonSR::ProcessRecord(Record& record) {
+    const double value = record[static_cast<std::size_t>(variableIndex)];
+    const double weight = weightVariableIndex < 0 ? 1.0 : record[static_cast<std::size_t>(weightVariableIndex)];
+    const std::int32_t truncatedWeight = CaseWeight(record, weightVariableIndex);
+    values.GetHistogram().Add(value, truncatedWeight);
+    const double difference = value - testValue;
+    if (difference != 0) {
+        differences.push_back({difference, weight});
+        nonTiedWeight += weight;
+    } else {
+        tieCount = Add32(tieCount, truncatedWeight);
+    }
+    totalWeight += weight;
+    return status;
+}
+
+QKStatus TARNWilcoxonSR::EndPass() {
+    passesRemaining = 0;
+    if (status.IsError()) return status;
+    if (totalWeight == 0) {
+        AddStatusMessage(QKStatus(StatusCode::kNoRecords), MessageKind::kError);
+        return status;
+    }
+    values.GetHistogram().Close();
+    const QKStatus ranked = RankDifferences();
+    if (ranked.IsError()) {
+        AddStatusMessage(ranked, MessageKind::kError);
+        return status;
+    }
+    positiveRankSum = rank.GroupRanks(kPositiveKey).sumOfRanks;
+    standardError = std::sqrt(TiedVariance(nonTiedWeight, rank.TieCorrectionSum()));
+    standardTestStatistic = (positiveRankSum - RankProduct(nonTiedWeight) * 0.25) / standardError;
+    asymptoticSig = TwoTailedNormal(standardTestStatistic);
+    // They hold every record, and tests live as long as the document.
+    rank = TARNRank();
+    differences = {};
+    return status;
+}
+
+QKStatus TARNWilcoxonSR::RankDifferences() {
+    SortByAbsoluteValue(differences);
+    rank.Reset();
+    for (const auto& [difference, weight] : differences) {
+        const QKStatus added =
+            rank.AddValue(std::fabs(difference), weight, difference > 0 ? kPositiveKey : kNegativeKey);
+        if (added.IsError()) return added;
+    }
+    rank.CloseTieRun();
+    return QKStatus();
+}
+
+// ---- Element ----
+
+QKXML::XMLElement* TARNWilcoxonSR::MakeResultElement() {
+    ResultElement element(kTestName, ResultType::kHypothesisTest, TestFamily::kOneSample,
+                          Decide(status, sigLevel, asymptoticSig));
+    element.AddCondition(kConditionKey, {IntToString(variableIndex),
+                                         testValueReady ? DoubleToString(testValue) : Literal::kMissingParameter});
+    if (element.EndsWithMessages(messages, status)) return element.Release();
+
+    AddDistribution(element);
+    StructuredTable statistics = element.AddTable(TableName::kStatisticsResult);
+    statistics.Row(RowName::kTotalN, totalWeight);
+    statistics.Row(RowName::kTestStatistic, positiveRankSum);
+    statistics.Row(RowName::kStandardError, standardError);
+    statistics.Row(RowName::kStandardTestStatistic, standardTestStatistic);
+    statistics.Row(RowName::kAsymptoticSig2Tailed, asymptoticSig);
+    return element.Release();
+}
+
+void TARNWilcoxonSR::AddDistribution(ResultElement& element) const {
+    StructuredTable distribution = element.AddTable(TableName::kContinuousDistribution);
+    distribution.Row(RowName::kHypotheticalMedian, testValue);
+    distribution.Row(RowName::kObservedMedian, observedMedian);
+    std::string counts;
+    std::string columnValues;
+    if (tieCount > 0) {
+        // A first column for the values that equal the hypothesized median. It is the reverse of all others, a count of
+        // 0 and the number of ties in the place of a value; presenting programs know it by that.
+        counts = ";0";
+        columnValues = ";" + IntToString(tieCount);
+    }
+    distribution.Add(MakeIntervalTable(values.GetBins(), counts, columnValues));
+}

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <vector>
+
+#include "planning/contract/TARNPlan.h"
+#include "planning/contract/TARNTest.h"
+#include "support/QKUnivariateVariable.h"
+#include "support/ResultElements.h"
+#include "support/TARNRank.h"
+#include "support/WeightedOrder.h"
+
+/// The Wilcoxon signed rank test of one continuous field, setting "OWilcoxonSignedRanks".
+class TARNWilcoxonSR : public TARNTest {
+ public:
+    /// Reads from its settings "variableIndex", "userSpecifyTestValue", "testValue", "weightVariableIndex" and
+    /// "sigLevel".
+    explicit TARNWilcoxonSR(std::unique_ptr<QKSettings> testSettings) : TARNTest(std::move(testSettings)) {}
+
+    void SetUnivariateResults(UnivariateResults* results) override { univariateResults = results; }
+    QKStatus BeginPass() override;
+    QKStatus ProcessRecord(Record& record) override;
+    bool NeedsAnotherPass() override { return false; }
+    QKStatus EndPass() override;
+    void GetUsedVariables(std::vector<int>& fieldIndices) override { fieldIndices.push_back(variableIndex); }
+    QKXML::XMLElement* MakeResultElement() override;
+
+ private:
+    void ReadSettings();
+    QKStatus RankDifferences();
+    void AddDistribution(ResultElement& element) const;
+
+    int weightVariableIndex = -1;
+    int variableIndex = -1;
+    bool userSpecifyTestValue = false;
+    bool testValueReady = false;
+    /// The hypothesized median.
+    double testValue = 0;
+    double observedMedian = 0;
+    double sigLevel = 0.05;
+    UnivariateResults* univariateResults = nullptr;
+    QKContUnivariateVariable values{-1, -1};
+    double minValue = std::numeric_limits<double>::max();
+    double maxValue = std::numeric_limits<double>::lowest();
+    double totalWeight = 0;
+    std::int32_t tieCount = 0;
+    TARNRank rank;
+    /// One entry per record whose difference is not zero.
+    std::vector<UntruncatedDifference> differences;
+    double positiveRankSum = 0;
+    double standardTestStatistic = 0;
+    /// The n of the formulas.
+    double nonTiedWeight = 0;
+    double standardError = 0;
+    double asymptoticSig = 0;
+};
+
+/// The plan builder of "OWilcoxonSignedRanks". Keys: "variableName", one field; "testValue", read if
+/// "userSpecifyTestValue" is true, else the median of the field; "originVariableName", optional.
+void PlanWilcoxonSR(const QKSettings& entry, TARNPlan& plan);

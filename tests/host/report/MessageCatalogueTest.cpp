@@ -1,0 +1,127 @@
+#include "host/report/MessageCatalogue.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <regex>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "tests/harness/Command.h"
+#include "tests/host/InputErrorOf.h"
+#include "tests/host/report/ResultTexts.h"
+
+namespace tarn {
+namespace {
+
+using Strings = std::vector<std::string>;
+
+std::string Fill(const std::string& text, const Strings& parameters,
+                 const std::vector<std::pair<std::string, std::string>>& named = {}) {
+    static const ResultDocument document = ReadResult(report_test::DocumentOf(""));
+    return FillIn(text, {&parameters, &named, &document});
+}
+
+TEST(FillIn, PutsInParametersByTheirKinds) {
+    EXPECT_EQ(Fill("{0} and {1}", {"a", "b"}), "a and b");
+    EXPECT_EQ(Fill("{field:0} by {field:1}", {"0", "2"}), "u by arm");
+    EXPECT_EQ(Fill("{fields:0}", {"0;1;2"}), "u, v, arm");
+    EXPECT_EQ(Fill("{values:0}", {"1;2;x"}), "1, 2, x");
+    EXPECT_EQ(Fill("{number:0}", {"0.333333333333333"}), "0.333333");
+    EXPECT_EQ(Fill("{category:1:0}", {"2", "1"}), "new");
+    EXPECT_EQ(Fill("{category:1:0}", {"2", "7"}), "7");
+    EXPECT_EQ(Fill("positions {named:group}", {}, {{"group", "0;2"}}), "positions 0, 2");
+}
+
+TEST(FillIn, LeavesOutWhatIsOptional) {
+    EXPECT_EQ(Fill("the field[ {0}] is unknown", {"w"}), "the field w is unknown");
+    EXPECT_EQ(Fill("the field[ {0}] is unknown", {}), "the field is unknown");
+    EXPECT_EQ(Fill("a[ {0} and {1}]", {"x"}), "a");
+    EXPECT_EQ(Fill("a[ b]", {}), "a b");
+}
+
+TEST(FillIn, ShowsWhatIsAbsentOrUnknown) {
+    EXPECT_EQ(Fill("{0}", {}), "?");
+    EXPECT_EQ(Fill("{named:group}", {}), "?");
+    EXPECT_EQ(Fill("{field:0}", {"-1"}), "a field that is not known");
+    EXPECT_EQ(Fill("{field:0}", {"__MISSING__"}), "a field that is not known");
+    EXPECT_EQ(Fill("{0}", {"__MISSING__"}), "(none)");
+    EXPECT_EQ(Fill("open {0", {"a"}), "open a");
+}
+
+TEST(MessageCatalogue, AnotherLanguageIsAFileOverTheEnglishTexts) {
+    const harness::ScratchFolder folder;
+    folder.Write("xx.json", R"({"language": "Test", "status": {"220003": "nix da"}})");
+    const std::string path = std::filesystem::path(folder.Path("xx.json")).parent_path().string();
+    const MessageCatalogue texts = MessageCatalogue::OfLanguage("xx", {"/nonexistent", path});
+    EXPECT_EQ(texts.Sentence(220003, {}), "nix da");
+    EXPECT_EQ(texts.Sentence(220012, {}), MessageCatalogue::English().Sentence(220012, {}));
+    const MessageCatalogue english = MessageCatalogue::OfLanguage("yy", {path});
+    EXPECT_EQ(english.Sentence(220003, {}), MessageCatalogue::English().Sentence(220003, {}));
+}
+
+TEST(MessageCatalogue, TellsAFileThatIsNone) {
+    MessageCatalogue texts;
+    for (const char* text : {"{", "[]x", R"({"status": {"1": 5}})", R"({"tests": {"RSign": 1}})"}) {
+        const std::string error = InputErrorOf([&] { texts.Add(text, "de.json"); });
+        EXPECT_TRUE(error.starts_with("de.json: ")) << error;
+        EXPECT_TRUE(error.ends_with("; expected a catalogue of messages as docs/messages.md tells")) << error;
+    }
+}
+
+TEST(MessageCatalogue, ACodeWithoutATextShowsItself) {
+    EXPECT_EQ(MessageCatalogue().Sentence(220003, {}), "code 220003");
+}
+
+// ---- The English texts ----
+
+/// All that the pattern finds in the engine's sources.
+std::set<std::string> InSources(const std::string& pattern) {
+    const std::regex expression(pattern);
+    std::set<std::string> found;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(harness::SourcePath("src"))) {
+        if (!entry.is_regular_file()) continue;
+        const std::string text = harness::ReadFile(entry.path().string());
+        for (std::sregex_iterator it(text.begin(), text.end(), expression), end; it != end; ++it) {
+            found.insert((*it)[1].str());
+        }
+    }
+    return found;
+}
+
+TEST(EnglishMessages, HaveASentenceForEveryCodeOfTheEngine) {
+    const std::set<std::string> codes = InSources(R"(\b(2[24][0-9]{4})\b)");
+    EXPECT_GT(codes.size(), 40u);
+    for (const std::string& code : codes) {
+        EXPECT_NE(MessageCatalogue::English().Status(std::stol(code)), nullptr) << code;
+    }
+    EXPECT_NE(MessageCatalogue::English().Status(1), nullptr);
+    EXPECT_NE(MessageCatalogue::English().Status(6), nullptr);
+}
+
+TEST(EnglishMessages, HaveASentenceForEveryConditionOfTheEngine) {
+    const std::set<std::string> keys = InSources(R"re("((?:[A-Za-z]+_)?[ORI]_[A-Z][A-Za-z]+_[0-9] ?)")re");
+    EXPECT_GT(keys.size(), 4u);
+    for (const std::string& key : keys) {
+        const std::string* const text = MessageCatalogue::English().Condition(key);
+        ASSERT_NE(text, nullptr) << key;
+        EXPECT_TRUE(text->ends_with('.')) << key;
+    }
+}
+
+TEST(EnglishMessages, TellEveryTestOfTheEngine) {
+    const std::set<std::string> names = InSources(R"re(kTestName = "([ORI][A-Z][A-Za-z]+)")re");
+    EXPECT_GT(names.size(), 4u);
+    for (const std::string& name : names) {
+        const TestTexts* const about = MessageCatalogue::English().Test(name);
+        ASSERT_NE(about, nullptr) << name;
+        for (const std::string* text : {&about->title, &about->name, &about->family, &about->question, &about->assumes,
+                                        &about->chosen, &about->decides, &about->source}) {
+            EXPECT_FALSE(text->empty()) << name;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace tarn

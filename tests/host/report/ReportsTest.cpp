@@ -1,0 +1,199 @@
+// The three ways in which a host tells a document: text, JSON, CSV.
+
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <valijson/adapters/nlohmann_json_adapter.hpp>
+#include <valijson/schema.hpp>
+#include <valijson/schema_parser.hpp>
+#include <valijson/validator.hpp>
+
+#include "host/report/CsvReport.h"
+#include "host/report/JsonReport.h"
+#include "host/report/TextReport.h"
+#include "tests/harness/Command.h"
+#include "tests/host/report/ResultTexts.h"
+
+namespace tarn {
+namespace {
+
+using namespace report_test;
+using nlohmann::json;
+
+/// Texts of the tests' own, so that a better sentence changes no expected line here.
+const MessageCatalogue& Sentences() {
+    static const MessageCatalogue texts = [] {
+        MessageCatalogue catalogue;
+        catalogue.Add(
+            R"({"status": {"220916": "few cases", "220013": "subset {named:group} is single", "220903": "no {0}"},
+                          "condition": {"R_Sign_2": "Signs of {field:0} and {field:1} agree.",
+                                        "DefaultAllDistinctValuesUsed_I_KruskalWallis_2": "Groups of {field:1} agree."},
+                          "tests": {"RSign": {"title": "Sign test", "name": "sign"},
+                                    "IKruskalWallis": {"title": "Kruskal-Wallis", "name": "kruskal-wallis"}}})",
+            "the texts of the tests");
+        return catalogue;
+    }();
+    return texts;
+}
+
+TEST(PText, IsWrittenAsAnalystsDo) {
+    EXPECT_EQ(PText("0.0574"), ".057");
+    EXPECT_EQ(PText("0.001"), ".001");
+    EXPECT_EQ(PText("0.0009999"), "< .001");
+    EXPECT_EQ(PText("1"), "1.000");
+    EXPECT_EQ(PText("0.2", true), "> .200");
+    EXPECT_EQ(PText("nan"), "undefined");
+    EXPECT_EQ(PText(""), "not computed");
+}
+
+TEST(TextReport, TellsATestInABlock) {
+    EXPECT_EQ(TextReport(ReadResult(DocumentOf(SignTest())), Sentences(), {}),
+              "1. Sign test: v, u\n"
+              "   H0: Signs of v and u agree.\n"
+              "   N                     12\n"
+              "   Statistic             8\n"
+              "   Standard error        1.73205\n"
+              "   Standardized          0.866025\n"
+              "   p                     .386      asymptotic\n"
+              "   p                     .388      exact, decides\n"
+              "   Positive differences  8\n"
+              "   Negative differences  4\n"
+              "   Ties                  0\n"
+              "   Decision: retain the null hypothesis at the level 0.05\n"
+              "   Note: few cases (220916)\n");
+}
+
+TEST(TextReport, TellsSamplesPairsAndSubsets) {
+    EXPECT_EQ(TextReport(ReadResult(DocumentOf(KruskalWallisTest())), Sentences(), {}),
+              "1. Kruskal-Wallis: u by arm\n"
+              "   H0: Groups of arm agree.\n"
+              "   N                   12\n"
+              "   Statistic           9.26923\n"
+              "   Degrees of freedom  2\n"
+              "   p                   .010     asymptotic, decides\n"
+              "   Decision: reject the null hypothesis at the level 0.05\n"
+              "   arm  mean rank  whisker low  lower hinge  median  upper hinge  whisker high\n"
+              "   old        2.5            1            2       3            4             5\n"
+              "   3    undefined            1            2       3            4             5\n"
+              "   Pairs\n"
+              "   samples  statistic  std. error  standardized     p  adjusted p\n"
+              "   old - 3       -5.5        2.54      -2.16535  .030        .030\n"
+              "   Homogeneous subsets\n"
+              "                  1  2\n"
+              "   3              x\n"
+              "   old            x  x\n"
+              "   statistic   1.25\n"
+              "   p           .260\n"
+              "   adjusted p  .261\n"
+              "   Warning: subset 0, 0 is single (220013)\n");
+}
+
+TEST(TextReport, UsesWhatTheTerminalCanShow) {
+    const std::string text = TextReport(ReadResult(DocumentOf(SignTest())), Sentences(), {true, true});
+    EXPECT_TRUE(text.starts_with("\033[1m1. Sign test: v, u\033[0m\n   H\u2080: ")) << text;
+}
+
+TEST(TextReport, TellsThatNoTestIsThere) {
+    EXPECT_EQ(TextReport(ReadResult(DocumentOf("")), Sentences(), {}), "No test of the request is known.\n");
+}
+
+TEST(ShortReport, HasALineForEachTest) {
+    const std::string failed = TestElement(
+        "RSign", "Related_Samples", "unknown",
+        Condition("R_Sign_2", {"__MISSING__", "7"}) + Table("WarningMessages", Message("220903", "error", {"w"})));
+    EXPECT_EQ(ShortReport(ReadResult(DocumentOf(SignTest() + KruskalWallisTest() + failed)), Sentences()),
+              "Test              Fields     N  Statistic     p  kind        Decision\n"
+              "1 Sign test       v, u      12          8  .388  exact       retain\n"
+              "2 Kruskal-Wallis  u by arm  12    9.26923  .010  asymptotic  reject\n"
+              "3 Sign test       ?, ?                                       unknown\n"
+              "1 Sign test: few cases (220916)\n"
+              "2 Kruskal-Wallis: subset 0, 0 is single (220013)\n"
+              "3 Sign test: no w (220903)\n");
+}
+
+TEST(CsvReport, HasARowForEachTestPairAndSubset) {
+    EXPECT_EQ(
+        CsvReport(ReadResult(DocumentOf(SignTest() + KruskalWallisTest())), Sentences()),
+        "row,number,test,name,family,fields,group,part,sample1,sample2,n,statistic,std_error,z,df,p_value,p_kind,"
+        "p_tails,adj_p_value,estimate,conf_low,conf_high,conf_level,decision,messages\n"
+        "test,1,RSign,sign,related,v;u,,,,,12,8,1.73205080756888,0.866025403784439,,0.38769531250000,exact,2,,,,,,"
+        "retain,220916\n"
+        "p,1,RSign,sign,related,v;u,,,,,,8,1.73205080756888,0.866025403784439,,0.38647623077123,asymptotic,2,,,,,,,\n"
+        "test,2,IKruskalWallis,kruskal-wallis,independent,u,arm,,,,12,9.26923076923077,,,2,0.0097,asymptotic,2,,,,,,"
+        "reject,220013\n"
+        "pair,2,IKruskalWallis,kruskal-wallis,independent,u,arm,,old,3,,-5.5,2.54,-2.16535433070866,,0.0303,,,0.0303,"
+        ",,,,,\n"
+        "subset,2,IKruskalWallis,kruskal-wallis,independent,u,arm,,3;old,,,1.25,,,,0.26,,,0.2612,,,,,,\n"
+        "subset,2,IKruskalWallis,kruskal-wallis,independent,u,arm,,old,,,,,,,,,,,,,,,,\n");
+}
+
+TEST(CsvReport, QuotesWhatHoldsACommaOrAQuote) {
+    std::string document = DocumentOf(SignTest());
+    document.replace(document.find("name=\"u\""), 8, "name=\"a,&quot;b\"");
+    EXPECT_NE(CsvReport(ReadResult(document), Sentences()).find(",\"v;a,\"\"b\","), std::string::npos);
+}
+
+TEST(JsonReport, HoldsNamesAndNumbers) {
+    const json result = json::parse(JsonReport(ReadResult(DocumentOf(KruskalWallisTest())), Sentences()));
+    EXPECT_EQ(result.at("format"), "tarn-result-1");
+    EXPECT_EQ(result.at("significance_level"), 0.05);
+    EXPECT_EQ(result.at("counts").at("totalFreq"), 9.5);
+    EXPECT_EQ(result.at("fields").at(2).at("categories").at(0), (json{{"value", 1}, {"label", "old"}}));
+    const json& test = result.at("tests").at(0);
+    EXPECT_EQ(test.at("name"), "kruskal-wallis");
+    EXPECT_EQ(test.at("condition").at("text"), "Groups of arm agree.");
+    EXPECT_EQ(test.at("n"), 12);
+    EXPECT_EQ(test.at("statistics").at(0).at("statistic"), 9.26923076923077);
+    EXPECT_EQ(test.at("statistics").at(0).at("p_values").at(0).at("decides"), true);
+    EXPECT_EQ(test.at("samples").at(1).at("figures").at("MeanOfRank"), "nan");
+    EXPECT_EQ(test.at("comparisons").at("pairs").at(0).at("adjusted_p"), 0.0303);
+    EXPECT_TRUE(test.at("comparisons").at("subsets").at(1).at("statistic").is_null());
+    EXPECT_EQ(test.at("messages").at(0).at("text"), "subset 0, 0 is single");
+}
+
+/// Whether `document` is as the schema that ships with the program says.
+testing::AssertionResult FitsTheSchema(const json& document) {
+    const json text = json::parse(harness::ReadFile(harness::SourcePath("docs/result.schema.json")));
+    valijson::Schema schema;
+    valijson::SchemaParser().populateSchema(valijson::adapters::NlohmannJsonAdapter(text), schema);
+    valijson::ValidationResults results;
+    valijson::Validator validator;
+    if (validator.validate(schema, valijson::adapters::NlohmannJsonAdapter(document), &results)) {
+        return testing::AssertionSuccess();
+    }
+    testing::AssertionResult failure = testing::AssertionFailure();
+    valijson::ValidationResults::Error error;
+    while (results.popError(error)) {
+        for (const std::string& place : error.context) failure << place;
+        failure << ": " << error.description << "\n";
+    }
+    return failure;
+}
+
+TEST(JsonReport, FitsItsSchema) {
+    const json result = json::parse(JsonReport(ReadResult(DocumentOf(SignTest() + KruskalWallisTest())), Sentences()));
+    EXPECT_TRUE(FitsTheSchema(result));
+    json worse = result;
+    worse["tests"][0].erase("statistics");
+    EXPECT_FALSE(FitsTheSchema(worse));
+    worse = result;
+    worse["tests"][0]["decision"] = "perhaps";
+    EXPECT_FALSE(FitsTheSchema(worse));
+    worse = result;
+    worse["tests"][0]["statistics"][0]["df"] = json::array();
+    EXPECT_FALSE(FitsTheSchema(worse));
+}
+
+// Every number of the document stands in the JSON again, digit by digit.
+TEST(JsonReport, KeepsEveryDigit) {
+    const json result = json::parse(JsonReport(ReadResult(DocumentOf(SignTest())), Sentences()));
+    const json& rows = result.at("tests").at(0).at("tables").at(1).at("rows");
+    for (const auto& [name, text] :
+         {std::pair{"StandardError", "1.73205080756888"}, std::pair{"AsymptoticSig2Tailed", "0.38647623077123"}}) {
+        EXPECT_EQ(rows.at(name).dump(), text);
+    }
+}
+
+}  // namespace
+}  // namespace tarn
