@@ -10,6 +10,7 @@
 #include "independent/TARNMannWU.h"
 #include "independent/TARNMoses.h"
 #include "onesample/TARNWilcoxonSR.h"
+#include "related/TARNCochransQ.h"
 #include "related/TARNFriedman.h"
 #include "related/TARNHodgesLehmannPairs.h"
 #include "related/TARNKendallsW.h"
@@ -34,7 +35,7 @@ constexpr std::array kCatalog{
     TARNTestRow{"RSign", PlanSign},
     TARNTestRow{"RWilcoxonSignedRanks", PlanWilcoxonPairs},
     TARNTestRow{"IMoses", PlanMoses},
-    TARNTestRow{"RCochransQ", kNotBuiltYet},
+    TARNTestRow{"RCochransQ", PlanCochransQ},
     TARNTestRow{"OBinomial", kNotBuiltYet},
     TARNTestRow{"IWaldWolfowitzRuns", kNotBuiltYet},
     TARNTestRow{"OEstimateConfidenceInterval", kNotBuiltYet},

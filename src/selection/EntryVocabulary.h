@@ -64,9 +64,7 @@ inline constexpr const char* kMax = "max";
 inline constexpr const char* kMin = "min";
 
 // Related and independent samples.
-inline constexpr const char* kMultipleComparison = "typeOfMultipleComparison";
 inline constexpr const char* kCategoriesList = "categoriesList";
-inline constexpr const char* kSuccessCategoryList = "successCategoryList";
 inline constexpr const char* kUserSpecifyMedian = "userSpecifyMedian";
 inline constexpr const char* kMedian = "median";
 inline constexpr const char* kUserSpecifyGroupRange = "userSpecifyGroupRange";
@@ -77,7 +75,6 @@ inline constexpr const char* kOrderOfHypotheses = "orderOfHypotheses";
 
 namespace EntryValue {
 inline constexpr const char* kGetFromData = "getFromData";
-inline constexpr const char* kPairWise = "pairWise";
 inline constexpr const char* kTrue = "true";
 inline constexpr const char* kNormal = "normal";
 inline constexpr const char* kUniform = "uniform";

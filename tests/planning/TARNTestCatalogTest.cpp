@@ -68,7 +68,6 @@ TEST(TARNTestCatalogTest, TheseNamesHaveNoPlanBuilderYet) {
         "OKolmogorovSmirnovUniform",
         "OKolmogorovSmirnovPoisson",
         "OKolmogorovSmirnovExponential",
-        "RCochransQ",
         "OBinomial",
         "IWaldWolfowitzRuns",
         "OEstimateConfidenceInterval",
