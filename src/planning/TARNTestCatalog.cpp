@@ -17,6 +17,7 @@
 #include "onesample/TARNKSmirnowOneSample.h"
 #include "onesample/TARNRuns.h"
 #include "onesample/TARNWilcoxonSR.h"
+#include "related/TARNCochransQ.h"
 #include "related/TARNFriedman.h"
 #include "related/TARNHodgesLehmannPairs.h"
 #include "related/TARNKendallsW.h"
@@ -26,8 +27,6 @@
 #include "related/TARNWilcoxonPairs.h"
 
 namespace {
-
-constexpr PlanFunction kNotBuiltYet = nullptr;
 
 constexpr std::array kCatalog{
     TARNTestRow{"ORuns", PlanRuns},
@@ -41,7 +40,7 @@ constexpr std::array kCatalog{
     TARNTestRow{"RSign", PlanSign},
     TARNTestRow{"RWilcoxonSignedRanks", PlanWilcoxonPairs},
     TARNTestRow{"IMoses", PlanMoses},
-    TARNTestRow{"RCochransQ", kNotBuiltYet},
+    TARNTestRow{"RCochransQ", PlanCochransQ},
     TARNTestRow{"OBinomial", PlanBinomial},
     TARNTestRow{"IWaldWolfowitzRuns", PlanWaldWolfRuns},
     TARNTestRow{"OEstimateConfidenceInterval", PlanEstimateCI},

@@ -14,11 +14,10 @@ bool Contains(const std::vector<T>& list, const T& value) {
 bool CategoryMatcher::AreSame(int field, int category, int otherField, int otherCategory) const {
     const IQKVariable* a = varList->GetVarAt(field);
     const IQKVariable* b = varList->GetVarAt(otherField);
-    if (a == nullptr || b == nullptr) return false;
-    if (a->GetKind() == FieldKind::kNumericCategories && b->GetKind() == FieldKind::kNumericCategories) {
-        return a->GetCategoryValue(category) == b->GetCategoryValue(otherCategory);
-    }
-    return a->GetCategoryText(category) == b->GetCategoryText(otherCategory);
+    if (a == nullptr || b == nullptr || a->GetKind() != b->GetKind()) return false;
+    return a->GetKind() == FieldKind::kNumericCategories
+               ? a->GetCategoryValue(category) == b->GetCategoryValue(otherCategory)
+               : a->GetCategoryText(category) == b->GetCategoryText(otherCategory);
 }
 
 template <typename Test>
@@ -36,15 +35,12 @@ std::vector<bool> CategoryMatcher::FlagsOfSame(int field, int otherField, int ot
                  [&](const IQKVariable&, int category) { return AreSame(field, category, otherField, otherCategory); });
 }
 
-std::vector<bool> CategoryMatcher::FlagsOfListed(int field, const std::vector<double>& values) const {
+std::vector<bool> CategoryMatcher::FlagsOfListed(int field, const std::vector<double>& values,
+                                                 const std::vector<std::string>& texts) const {
     return Flags(field, [&](const IQKVariable& variable, int category) {
-        return Contains(values, variable.GetCategoryValue(category));
-    });
-}
-
-std::vector<bool> CategoryMatcher::FlagsOfListed(int field, const std::vector<std::string>& texts) const {
-    return Flags(field, [&](const IQKVariable& variable, int category) {
-        return Contains(texts, variable.GetCategoryText(category));
+        return variable.GetKind() == FieldKind::kNumericCategories
+                   ? Contains(values, variable.GetCategoryValue(category))
+                   : Contains(texts, variable.GetCategoryText(category));
     });
 }
 

@@ -6,8 +6,8 @@
 #include "platform/common/QKVarList.h"
 
 /// Equality of categories across fields. A category index means something in its own field only; here two categories
-/// are the same if their values are, or, where not both fields have numeric categories, their texts. Borrows the
-/// fields, which outlive every test.
+/// are the same if their fields are of one kind and their values are equal, or their texts where these are the values.
+/// Borrows the fields, which outlive every test.
 class CategoryMatcher {
  public:
     explicit CategoryMatcher(const QKVarList& fields) : varList(&fields) {}
@@ -20,6 +20,9 @@ class CategoryMatcher {
     std::vector<bool> FlagsOfListed(int field, const std::vector<double>& values) const;
     std::vector<bool> FlagsOfListed(int field, const std::vector<std::string>& texts) const;
 
+    /// The one or the other, as the values of the field are numbers or texts.
+    std::vector<bool> FlagsOfListed(int field, const std::vector<double>& values,
+                                    const std::vector<std::string>& texts) const;
     enum class Classes { kTwo, kUnusable, kThirdSingleCategory };
 
     /// Whether the categories that occur in the fields make up two classes over all of them. `categoryCounts` has the

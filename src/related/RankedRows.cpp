@@ -5,11 +5,11 @@
 
 #include "planning/StatusCodes.h"
 #include "planning/contract/SettingKeys.h"
-#include "platform/common/QKDistFun.h"
 #include "support/CaseWeight.h"
 #include "support/Int32.h"
 #include "support/QKUnivariateVariable.h"
 #include "support/QKVecValue.h"
+#include "support/Significance.h"
 
 // ---- Formulas ----
 
@@ -38,10 +38,6 @@ double SubsetChiSquare(const SubsetRecord& subset, std::int32_t n) {
     const auto m = static_cast<std::int32_t>(subset.Size());
     return (12 * SumOfSquares(subset.sums) / RankProduct(m, n) - 3.0 * n * (m + 1.0)) /
            (1 - subset.tieTerm / TieProduct(m, n));
-}
-
-double UpperTail(double chiSquareValue, std::int32_t samples) {
-    return 1 - QKMath::QKDistFun::CdfChi(chiSquareValue, samples - 1);
 }
 
 }  // namespace
@@ -190,7 +186,7 @@ void RankedRows::EndOverall() {
     }
     for (std::size_t i = 0; i < rankSums.size(); ++i) meanRanks[i] = rankSums[i] / n;
     chiSquare = FriedmanChiSquare(rankSums, n, tieSum);
-    sig = UpperTail(chiSquare, k);
+    sig = ChiSquareSig(chiSquare, k - 1.0);
     if (comparison.pairwise || comparison.stepwise) Compare();
 }
 
@@ -209,19 +205,15 @@ void RankedRows::Compare() {
 
 void RankedRows::ComparePairs() {
     const double standardError = std::sqrt(static_cast<double>(k) * (k + 1.0) / (6.0 * n));
-    for (std::size_t i = 0; i < rankSums.size(); ++i) {
-        for (std::size_t j = i + 1; j < rankSums.size(); ++j) {
-            pairwiseResults.push_back(MakeNormalPair(static_cast<std::int32_t>(i), static_cast<std::int32_t>(j),
-                                                     (rankSums[i] - rankSums[j]) / n, standardError, rankSums.size()));
-        }
-    }
+    pairwiseResults = CompareNormalPairs(rankSums.size(), standardError,
+                                         [&](std::size_t i, std::size_t j) { return (rankSums[i] - rankSums[j]) / n; });
     pairwiseDone = true;
 }
 
 void RankedRows::EndStep() {
     AddMessages(steps.EndPass(sigLevel, [&](SubsetRecord& subset) {
         subset.statistic = SubsetChiSquare(subset, n);
-        subset.sig = UpperTail(subset.statistic, static_cast<std::int32_t>(subset.Size()));
+        subset.sig = ChiSquareSig(subset.statistic, static_cast<double>(subset.Size()) - 1);
         return StepwiseComparison::Outcome::kComputed;
     }));
     --passesRemaining;
@@ -244,13 +236,7 @@ QKXML::XMLElement* RankedRows::MakeResultElement() {
                           pairwiseResults);
     }
     if (steps.IsDone()) {
-        std::vector<std::int32_t> indices;
-        std::vector<double> values;
-        for (const OrderedSample& sample : orderedSamples) {
-            indices.push_back(variableIndices[static_cast<std::size_t>(sample.sample)]);
-            values.push_back(sample.orderValue);
-        }
-        AddMessages(AddStepwiseResult(element, steps, {{}, JoinValues(indices), JoinValues(values)}));
+        AddMessages(AddStepwiseResult(element, steps, FieldsInOrder(variableIndices, orderedSamples)));
     }
     StructuredTable statistics = element.AddTable(TableName::kStatisticsResult);
     statistics.Row(RowName::kTotalN, n);

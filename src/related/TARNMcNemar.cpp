@@ -18,7 +18,6 @@
 #include "planning/contract/TARNPlanBuilder.h"
 #include "planning/contract/TARNVariableInfo.h"
 #include "platform/common/QKDistFun.h"
-#include "platform/common/Truncation.h"
 #include "support/CaseWeight.h"
 #include "support/Int32.h"
 #include "support/QKUnivariateVariable.h"
@@ -169,38 +168,21 @@ void TARNMcNemar::PrepareCategories() {
     if (univariateResults == nullptr) {
         AddStatusMessage(QKStatus(kNoUnivariateResults), MessageKind::kError);
     } else if (userSpecifyGroupList) {
-        FlagListedCategories();
+        success.SetList({firstVariableIndex, secondVariableIndex}, successListNum, successListStr);
+        if (!success.HasSuccess()) AddStatusMessage(QKStatus(kNoSuccessCategory), MessageKind::kError);
     } else {
         CheckCategoriesOfData();
     }
 }
 
 void TARNMcNemar::CheckCategoriesOfData() {
-    const auto classes = categories.CheckTwoClasses({firstVariableIndex, secondVariableIndex},
-                                                    {univariateResults->GetCategoryCount(firstVariableIndex),
-                                                     univariateResults->GetCategoryCount(secondVariableIndex)});
+    const auto classes = success.Categories().CheckTwoClasses(
+        {firstVariableIndex, secondVariableIndex}, {univariateResults->GetCategoryCount(firstVariableIndex),
+                                                    univariateResults->GetCategoryCount(secondVariableIndex)});
     if (classes == CategoryMatcher::Classes::kUnusable) {
         AddStatusMessage(QKStatus(kCategoriesUnusable), MessageKind::kError);
     } else if (classes == CategoryMatcher::Classes::kThirdSingleCategory) {  // two fields have no third one
         AddStatusMessage(QKStatus(kThirdCategory), MessageKind::kError);
-    }
-}
-
-void TARNMcNemar::FlagListedCategories() {
-    bool anyListed = false;
-    for (const int field : {firstVariableIndex, secondVariableIndex}) {
-        successFlags.push_back(successListNum.empty() ? categories.FlagsOfListed(field, successListStr)
-                                                      : categories.FlagsOfListed(field, successListNum));
-        const std::vector<bool>& flags = successFlags.back();
-        anyListed = anyListed || std::find(flags.begin(), flags.end(), true) != flags.end();
-    }
-    if (!anyListed) AddStatusMessage(QKStatus(kNoSuccessCategory), MessageKind::kError);
-}
-
-/// Whatever the weight of the first record.
-void TARNMcNemar::FlagCategoryOfFirstRecord(int category) {
-    for (const int field : {firstVariableIndex, secondVariableIndex}) {
-        successFlags.push_back(categories.FlagsOfSame(field, firstVariableIndex, category));
     }
 }
 
@@ -212,16 +194,9 @@ void TARNMcNemar::GetUsedVariables(std::vector<int>& fieldIndices) {
 QKStatus TARNMcNemar::ProcessRecord(Record& record) {
     if (status.IsError()) return status;
     const std::int32_t weight = CaseWeight(record, weightVariableIndex);
-    const int first = TruncateToInt32(record[static_cast<std::size_t>(firstVariableIndex)]);
-    const int second = TruncateToInt32(record[static_cast<std::size_t>(secondVariableIndex)]);
-    if (successFlags.empty()) FlagCategoryOfFirstRecord(first);
-
-    const auto isSuccess = [](const std::vector<bool>& flags, int category) {
-        return category >= 0 && static_cast<std::size_t>(category) < flags.size() &&
-               flags[static_cast<std::size_t>(category)];
-    };
-    const bool firstSucceeds = isSuccess(successFlags[0], first);
-    const bool secondSucceeds = isSuccess(successFlags[1], second);
+    if (!success.AreKnown()) success.SetFromRecord({firstVariableIndex, secondVariableIndex}, record);
+    const bool firstSucceeds = success.IsSuccess(0, record, firstVariableIndex);
+    const bool secondSucceeds = success.IsSuccess(1, record, secondVariableIndex);
     std::int32_t& count = firstSucceeds ? (secondSucceeds ? bothSuccessCount : successFailCount)
                                         : (secondSucceeds ? failSuccessCount : bothFailCount);
     count = Add32(count, weight);
@@ -234,7 +209,7 @@ std::int32_t TARNMcNemar::Discordant() const {
 
 QKStatus TARNMcNemar::EndPass() {
     testStatistic = ChangeStatistic(failSuccessCount, successFailCount);
-    asymptoticSig = std::min(1 - QKMath::QKDistFun::CdfChi(testStatistic, kDegreesOfFreedom), 1.0);
+    asymptoticSig = std::min(ChiSquareSig(testStatistic, kDegreesOfFreedom), 1.0);
     if (Discordant() < kExactBelow) {
         AddStatusMessage(QKStatus(kExactBesideAsymptotic), MessageKind::kHelpMessage);
         int err = 1;

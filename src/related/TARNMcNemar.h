@@ -8,7 +8,7 @@
 #include "planning/contract/TARNPlan.h"
 #include "planning/contract/TARNTest.h"
 #include "platform/common/QKMV.h"
-#include "related/CategoryMatcher.h"
+#include "related/SuccessClasses.h"
 
 /// The McNemar test of one pair of categorical fields, setting "RMcNemar".
 class TARNMcNemar : public TARNTest {
@@ -16,7 +16,7 @@ class TARNMcNemar : public TARNTest {
     /// Reads from its settings "variablePairFirstIndex", "variablePairSecondIndex", "weightVariableIndex", "sigLevel"
     /// and, with "userSpecifyGroupList", the lists of success categories.
     TARNMcNemar(std::unique_ptr<QKSettings> testSettings, const CategoryMatcher& fieldCategories)
-        : TARNTest(std::move(testSettings)), categories(fieldCategories) {}
+        : TARNTest(std::move(testSettings)), success(fieldCategories) {}
 
     /// Borrowed; read in `BeginPass`.
     void SetUnivariateResults(UnivariateResults* results) override { univariateResults = results; }
@@ -31,8 +31,6 @@ class TARNMcNemar : public TARNTest {
     void ReadSettings();
     void PrepareCategories();
     void CheckCategoriesOfData();
-    void FlagListedCategories();
-    void FlagCategoryOfFirstRecord(int category);
     std::int32_t Discordant() const;
 
     bool userSpecifyGroupList = false;
@@ -43,8 +41,6 @@ class TARNMcNemar : public TARNTest {
     std::vector<double> successVar1;
     std::vector<double> failVar0;
     std::vector<double> failVar1;
-    /// Per field of the pair a bit per category: it is a success. Empty until the classes are known.
-    std::vector<std::vector<bool>> successFlags;
     int weightVariableIndex = -1;
     int firstVariableIndex = -1;
     int secondVariableIndex = -1;
@@ -57,7 +53,7 @@ class TARNMcNemar : public TARNTest {
     double testStatistic = QKMV::Missing();
     double exactSig = 0;
     UnivariateResults* univariateResults = nullptr;
-    CategoryMatcher categories;
+    SuccessClasses success;
 };
 
 /// The plan builder of "RMcNemar". Keys: "variableName", the two fields; "classFormation", and with its value

@@ -46,9 +46,7 @@ inline constexpr const char* kGroupVariableName = "groupVariableName";
 inline constexpr const char* kCaseIdVariableName = "caseIDVariableName";
 
 // Related and independent samples.
-inline constexpr const char* kMultipleComparison = "typeOfMultipleComparison";
 inline constexpr const char* kCategoriesList = "categoriesList";
-inline constexpr const char* kSuccessCategoryList = "successCategoryList";
 inline constexpr const char* kUserSpecifyMedian = "userSpecifyMedian";
 inline constexpr const char* kMedian = "median";
 inline constexpr const char* kUserSpecifyGroupRange = "userSpecifyGroupRange";
@@ -58,6 +56,5 @@ inline constexpr const char* kOrderOfHypotheses = "orderOfHypotheses";
 }  // namespace EntryKey
 
 namespace EntryValue {
-inline constexpr const char* kPairWise = "pairWise";
 inline constexpr const char* kTrue = "true";
 }  // namespace EntryValue

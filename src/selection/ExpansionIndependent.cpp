@@ -17,11 +17,11 @@ constexpr long kCategoricalFieldsLeftOut = 220025;
 void CopyNothing(const RequestedTest&, QKSettings&) {}
 
 void CopyMultipleComparison(const RequestedTest& test, QKSettings& entry) {
-    test.CopyText(EntryKey::kMultipleComparison, entry);
+    test.CopyText(SettingKey::kTypeOfMultipleComparison, entry);
 }
 
 void CopyMedianKeys(const RequestedTest& test, QKSettings& entry) {
-    test.CopyText(EntryKey::kMultipleComparison, entry);
+    test.CopyText(SettingKey::kTypeOfMultipleComparison, entry);
     test.CopyFlag(EntryKey::kUserSpecifyMedian, entry);
     test.CopyNumber(EntryKey::kMedian, entry);
     test.CopyFlag(EntryKey::kUserSpecifyGroupRange, entry);
@@ -38,7 +38,7 @@ void CopyMannWhitneyKeys(const RequestedTest& test, QKSettings& entry) {
 }
 
 void CopyJonckheereKeys(const RequestedTest& test, QKSettings& entry) {
-    test.CopyText(EntryKey::kMultipleComparison, entry);
+    test.CopyText(SettingKey::kTypeOfMultipleComparison, entry);
     test.CopyText(EntryKey::kOrderOfHypotheses, entry);
 }
 

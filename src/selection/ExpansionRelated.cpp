@@ -49,7 +49,7 @@ const TARNSettingsExpansion::RelatedTest* TARNSettingsExpansion::FindRelatedTest
         {TestName::kFriedman, Group::kContinuous, Size::kPairOrMore, nullptr, true},
         {TestName::kKendall, Group::kContinuous, Size::kPairOrMore, nullptr, true},
         {TestName::kMcNemar, Group::kCategorical, Size::kPair, EntryKey::kCategoriesList, false},
-        {TestName::kCochransQ, Group::kCategorical, Size::kPairOrMore, EntryKey::kSuccessCategoryList, true},
+        {TestName::kCochransQ, Group::kCategorical, Size::kPairOrMore, SettingKey::kSuccessCategoryList, true},
         {TestName::kMarginalHomogeneity, Group::kOrdinal, Size::kPair, nullptr, false},
     };
     const auto* found =
@@ -136,7 +136,7 @@ void TARNSettingsExpansion::ExpandOver(const std::vector<std::string>& fields, c
         if (const std::string* origin = FindOrigin(field)) origins.push_back(*origin);
     }
     if (!origins.empty()) AddVecSetting(entry, SettingKey::kOriginVariableName, origins, false);
-    if (row.hasMultipleComparison) test.CopyText(EntryKey::kMultipleComparison, entry);
+    if (row.hasMultipleComparison) test.CopyText(SettingKey::kTypeOfMultipleComparison, entry);
     executionSettings->AddSetting(test.Name(), entry);
 }
 
@@ -160,7 +160,7 @@ void TARNSettingsExpansion::ExpandOverCategories(const std::vector<std::string>&
     QKSettings entry = BeginEntry(test.Name(), fields);
     test.CopyText(SettingKey::kClassFormation, entry);
     test.CopyTexts(row.categoriesKey, entry);
-    if (row.hasMultipleComparison) test.CopyText(EntryKey::kMultipleComparison, entry);
+    if (row.hasMultipleComparison) test.CopyText(SettingKey::kTypeOfMultipleComparison, entry);
     executionSettings->AddSetting(test.Name(), entry);
 }
 

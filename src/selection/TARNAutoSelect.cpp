@@ -89,7 +89,7 @@ Names SelectIndependent(const Names& fields, const std::string& groupField, cons
     for (const std::string& name : fields) {
         const bool twoGroups = groups == kDichotomousCount;
         QKSettings proposal = Propose(twoGroups ? TestName::kMannWhitney : TestName::kKruskalWallis);
-        if (!twoGroups) proposal.AddSetting(EntryKey::kMultipleComparison, EntryValue::kPairWise);
+        if (!twoGroups) proposal.AddSetting(SettingKey::kTypeOfMultipleComparison, MultipleComparisonType::kPairWise);
         proposal.AddSetting(SettingKey::kVariableName, name);
         proposal.AddSetting(EntryKey::kGroupVariableName, groupField);
         Append(std::move(proposal), proposals);
@@ -141,7 +141,7 @@ std::optional<QKSettings> ProposeContinuousTest(const Names& fields) {
     if (fields.size() < kPairSize) return std::nullopt;
     if (fields.size() == kPairSize) return Propose(TestName::kWilcoxonPairs);
     QKSettings proposal = Propose(TestName::kFriedman);
-    proposal.AddSetting(EntryKey::kMultipleComparison, EntryValue::kPairWise);
+    proposal.AddSetting(SettingKey::kTypeOfMultipleComparison, MultipleComparisonType::kPairWise);
     return proposal;
 }
 
@@ -150,7 +150,7 @@ std::optional<QKSettings> ProposeCategoricalTest(const Names& fields, const QKVa
     const bool pair = fields.size() == kPairSize;
     QKSettings proposal = Propose(pair ? TestName::kMcNemar : TestName::kCochransQ);
     proposal.AddSetting(SettingKey::kClassFormation, ClassFormation::kGetFromData);
-    if (!pair) proposal.AddSetting(EntryKey::kMultipleComparison, EntryValue::kPairWise);
+    if (!pair) proposal.AddSetting(SettingKey::kTypeOfMultipleComparison, MultipleComparisonType::kPairWise);
     return proposal;
 }
 

@@ -39,6 +39,18 @@ PairRecord MakeNormalPair(std::int32_t sample1, std::int32_t sample2, double tes
     return pair;
 }
 
+std::vector<PairRecord> CompareNormalPairs(std::size_t sampleCount, double standardError,
+                                           const std::function<double(std::size_t, std::size_t)>& difference) {
+    std::vector<PairRecord> pairs;
+    for (std::size_t i = 0; i < sampleCount; ++i) {
+        for (std::size_t j = i + 1; j < sampleCount; ++j) {
+            pairs.push_back(MakeNormalPair(static_cast<std::int32_t>(i), static_cast<std::int32_t>(j), difference(i, j),
+                                           standardError, sampleCount));
+        }
+    }
+    return pairs;
+}
+
 // ---- Step by step ----
 
 std::vector<OrderedSample> OrderSamples(const std::vector<double>& orderValues) {
@@ -226,6 +238,16 @@ StructuredTable AddComparison(ResultElement& element, const char* name, const Co
 }
 
 }  // namespace
+
+ComparedSamples FieldsInOrder(const std::vector<int>& fields, const std::vector<OrderedSample>& samples) {
+    std::vector<std::int32_t> indices;
+    std::vector<double> orderValues;
+    for (const OrderedSample& sample : samples) {
+        indices.push_back(fields[static_cast<std::size_t>(sample.sample)]);
+        orderValues.push_back(sample.orderValue);
+    }
+    return {std::nullopt, JoinValues(indices), JoinValues(orderValues)};
+}
 
 void AddPairwiseResult(ResultElement& element, const ComparisonRules& rules, const ComparedSamples& samples,
                        const std::vector<PairRecord>& pairs) {

@@ -112,6 +112,10 @@ struct PairRecord {
 PairRecord MakeNormalPair(std::int32_t sample1, std::int32_t sample2, double testStatistic, double standardError,
                           std::size_t sampleCount);
 
+/// All pairs of `sampleCount` samples with one standard error; `difference` is the statistic of two samples.
+std::vector<PairRecord> CompareNormalPairs(std::size_t sampleCount, double standardError,
+                                           const std::function<double(std::size_t, std::size_t)>& difference);
+
 /// Bonferroni's adjustment for all pairs of `sampleCount` samples, at most 1.
 double AdjustForPairs(double sig, std::size_t sampleCount);
 
@@ -212,6 +216,9 @@ struct ComparedSamples {
     std::string indices;
     std::string orderValues;
 };
+
+/// Fields in the order of the stepwise search. `fields`: where each sample stands in a record.
+ComparedSamples FieldsInOrder(const std::vector<int>& fields, const std::vector<OrderedSample>& samples);
 
 /// Adds the table "PairwiseResult".
 void AddPairwiseResult(ResultElement& element, const ComparisonRules& rules, const ComparedSamples& samples,

@@ -17,4 +17,11 @@ inline double CorrectForContinuity(double difference) {
 
 /// Two-tailed significance of a standard normal statistic. The upper tail is one minus the lower one, so that it is
 /// exactly 0 from about 8.3 on.
-inline double TwoTailedNormal(double z) { return 2 * (1 - QKMath::QKDistFun::CdfStdNorm(std::fabs(z))); }
+inline double TwoTailedNormal(double z) {
+    return 2 * (1 - QKMath::QKDistFun::CdfStdNorm(std::fabs(z)));
+}
+
+/// Significance of a chi-square statistic: one minus the lower tail, too.
+inline double ChiSquareSig(double statistic, double degreesOfFreedom) {
+    return 1 - QKMath::QKDistFun::CdfChi(statistic, degreesOfFreedom);
+}

@@ -56,16 +56,3 @@ TEST(TARNTestCatalogTest, FindsATestByItsExactNameAlone) {
         EXPECT_EQ(FindTest(name), nullptr) << name;
     }
 }
-
-// An entry of one of these names is passed over like that of an unknown test. A change that builds one of them takes
-// its name out of the list; the change that brings the last one deletes this test.
-TEST(TARNTestCatalogTest, TheseNamesHaveNoPlanBuilderYet) {
-    std::vector<std::string> names;
-    for (const TARNTestRow& row : TestCatalog()) {
-        if (row.plan == nullptr) names.emplace_back(row.settingName);
-    }
-    const std::vector<std::string> expected{
-        "RCochransQ",
-    };
-    EXPECT_EQ(names, expected);
-}

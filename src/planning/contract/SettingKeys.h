@@ -11,6 +11,7 @@ inline constexpr const char* kVariableName = "variableName";
 inline constexpr const char* kGroupVariableName = "groupVariableName";
 inline constexpr const char* kOriginVariableName = "originVariableName";
 inline constexpr const char* kClassFormation = "classFormation";
+inline constexpr const char* kSuccessCategoryList = "successCategoryList";
 inline constexpr const char* kTypeOfMultipleComparison = "typeOfMultipleComparison";
 
 // Written by plan builders into a test's own settings.

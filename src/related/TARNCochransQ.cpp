@@ -1,0 +1,309 @@
+// Cochran's Q test over related dichotomous fields.
+//
+// Question    Do k fields have the same proportion of successes?
+// Data        Records that miss none of the fields; each is a block. Success is a list of categories or, without one,
+//             the first field's category in the first record.
+// Statistic   Q = (k sum of T_j^2 - (sum of T_j)^2) (k - 1) / (k sum of L_i - sum of L_i^2), T_j the successes of a
+//             field, L_i those of a record: chi-square with k - 1 degrees of freedom. After a significant result on
+//             three fields and more, all pairs or homogeneous subsets on request.
+// Source      Cochran (1950), Biometrika 37, 256-266; pairs: Marascuilo and McSweeney (1967), Psychological Bulletin
+//             67, 401-412.
+// Degenerate  No success, or nothing but successes: an error. Every record all success or all failure: Q 0, retained.
+
+#include "related/TARNCochransQ.h"
+
+#include "planning/StatusCodes.h"
+#include "planning/contract/SettingKeys.h"
+#include "planning/contract/TARNPlanBuilder.h"
+#include "support/CaseWeight.h"
+#include "support/Int32.h"
+#include "support/QKUnivariateVariable.h"
+#include "support/QKVecValue.h"
+#include "support/Significance.h"
+
+namespace {
+
+constexpr const char* kTestName = "RCochransQ";
+constexpr const char* kConditionOfData = "DefaultAllDistinctValuesUsed_R_CochransQ_1";
+constexpr const char* kConditionOfList = "CategoryListsAreSpecified_R_CochransQ_1";
+/// The columns of the two classes are the category indices, whichever is the success.
+constexpr const char* kClassColumns = "0;1";
+
+constexpr const char* kPairWise = "pairWise";
+constexpr const char* kStepWise = "stepWise";
+constexpr double kRequested = 1.0;
+
+constexpr long kUnknownField = 221203;
+constexpr long kNoUnivariateResults = 221206;
+constexpr long kCategoriesUnusable = 221209;
+constexpr long kSuccessUnusable = 221210;
+constexpr long kThirdCategory = 221213;
+constexpr long kTooFewFields = 221214;
+constexpr long kNamesMissing = 221215;
+constexpr long kNotCategorical = 221216;
+constexpr RefusalCodes kNotSignificant{.pairwise = 221220, .stepwise = 221218};
+constexpr RefusalCodes kTooFewToCompare{.pairwise = 221219, .stepwise = 221217};
+
+constexpr std::size_t kFewestFields = 2;
+constexpr std::size_t kFewestToCompare = 3;
+
+}  // namespace
+
+// ---- Plan ----
+
+namespace {
+
+std::vector<int> PlanFields(TARNPlanBuilder& builder, const QKVarList& varList) {
+    std::vector<std::string> names;
+    if (!builder.Read(SettingKey::kVariableName, names)) {
+        builder.Fail(kNamesMissing);
+        return {};
+    }
+    const std::vector<int> indices = builder.ResolveFields(names, kUnknownField);
+    AddVecSetting(builder.TestSettings(), SettingKey::kVariableIndex, indices, false);
+    for (std::size_t i = 0; builder.IsOK() && i < indices.size(); ++i) {
+        if (!FieldKind::IsCategorical(varList.GetVarAt(indices[i])->GetKind())) {
+            builder.Fail(kNotCategorical, IntToString(indices[i]));
+        }
+    }
+    if (builder.IsOK() && indices.size() < kFewestFields) builder.Fail(kTooFewFields);
+    return indices;
+}
+
+template <typename Value>
+void PlanSuccessList(TARNPlanBuilder& builder, const char* listKey) {
+    std::vector<Value> list;
+    builder.Read(SettingKey::kSuccessCategoryList, list);
+    if (!list.empty()) {
+        AddVecSetting(builder.TestSettings(), listKey, list, false);
+    } else if (builder.IsOK()) {
+        builder.Fail(kSuccessUnusable);
+    }
+}
+
+void PlanSuccess(TARNPlanBuilder& builder, const QKVarList& varList, const std::vector<int>& indices) {
+    std::string formation;
+    const bool isGiven =
+        builder.Read(SettingKey::kClassFormation, formation) && formation == ClassFormation::kGivenCategoryList;
+    builder.TestSettings().AddSetting(SettingKey::kUserSpecifyGroupList, isGiven);
+    if (!isGiven) return;
+    const bool isNumeric =
+        !indices.empty() && varList.GetVarAt(indices.front())->GetKind() == FieldKind::kNumericCategories;
+    if (isNumeric) {
+        PlanSuccessList<double>(builder, SettingKey::kSuccessCategoryListNum);
+    } else {
+        PlanSuccessList<std::string>(builder, SettingKey::kSuccessCategoryListStr);
+    }
+}
+
+void PlanComparison(TARNPlanBuilder& builder) {
+    std::string type = MultipleComparisonType::kNone;
+    builder.Read(SettingKey::kTypeOfMultipleComparison, type);
+    if (type == MultipleComparisonType::kPairWise) builder.TestSettings().AddSetting(kPairWise, kRequested);
+    if (type == MultipleComparisonType::kStepWise) builder.TestSettings().AddSetting(kStepWise, kRequested);
+}
+
+}  // namespace
+
+void PlanCochransQ(const QKSettings& entry, TARNPlan& plan) {
+    TARNPlanBuilder builder(entry, plan, CommonSettings::kSigLevel);
+    const std::vector<int> indices = PlanFields(builder, plan.GetVarList());
+    PlanSuccess(builder, plan.GetVarList(), indices);
+    PlanComparison(builder);
+    if (builder.IsOK()) {
+        for (const int field : indices) plan.Request(field, Statistic::kFrequencies);
+    }
+    builder.AddToMainWorker<TARNCochransQ>(CategoryMatcher(plan.GetVarList()));
+}
+
+// ---- Passes ----
+
+QKStatus TARNCochransQ::BeginPass() {
+    if (state == State::kOverall) {
+        ReadSettings();
+        PrepareCategories();  // of a test that its plan builder failed, too: it may show both errors
+        if (status.IsError()) return status;
+        passesRemaining = comparison.stepwise ? static_cast<int>(variableIndices.size()) - 1 : 1;
+        counts = SuccessCounts(variableIndices.size());
+    } else if (state == State::kBeforeSteps) {
+        orderedSamples = OrderSamples(counts.Proportions());
+        steps.Begin(orderedSamples.size(), orderedSamples.size());
+        state = State::kSteps;
+    }
+    rowTerms.assign(variableIndices.size(), 0);
+    return status;
+}
+
+void TARNCochransQ::ReadSettings() {
+    settings->GetSettingValByName(SettingKey::kSigLevel, sigLevel);
+    settings->GetSettingValByName(SettingKey::kWeightVariableIndex, weightVariableIndex);
+    settings->GetSettingValByName(SettingKey::kVariableIndex, variableIndices);
+    settings->GetSettingValByName(SettingKey::kUserSpecifyGroupList, userSpecifyGroupList);
+    settings->GetSettingValByName(SettingKey::kSuccessCategoryListNum, successListNum);
+    settings->GetSettingValByName(SettingKey::kSuccessCategoryListStr, successListStr);
+    double pairWise = 0;
+    double stepWise = 0;
+    settings->GetSettingValByName(kPairWise, pairWise);
+    settings->GetSettingValByName(kStepWise, stepWise);
+    comparison = {pairWise == kRequested, stepWise == kRequested};
+}
+
+void TARNCochransQ::PrepareCategories() {
+    if (univariateResults == nullptr) {
+        AddStatusMessage(QKStatus(kNoUnivariateResults), MessageKind::kError);
+    } else if (variableIndices.size() < kFewestFields) {
+        AddStatusMessage(QKStatus(kTooFewFields), MessageKind::kError);
+    } else if (userSpecifyGroupList) {
+        success.SetList(variableIndices, successListNum, successListStr);
+        // A list is of use if it holds some category and not all.
+        if (!success.HasSuccess() || !success.HasFailure()) {
+            AddStatusMessage(QKStatus(kSuccessUnusable), MessageKind::kError);
+        }
+    } else {
+        CheckCategoriesOfData();
+    }
+}
+
+void TARNCochransQ::CheckCategoriesOfData() {
+    std::vector<int> categoryCounts;
+    for (const int field : variableIndices) categoryCounts.push_back(univariateResults->GetCategoryCount(field));
+    const auto classes = success.Categories().CheckTwoClasses(variableIndices, categoryCounts);
+    if (classes == CategoryMatcher::Classes::kTwo) return;
+    const bool isThird = classes == CategoryMatcher::Classes::kThirdSingleCategory;
+    AddStatusMessage(QKStatus(isThird ? kThirdCategory : kCategoriesUnusable), MessageKind::kError);
+}
+
+void TARNCochransQ::GetUsedVariables(std::vector<int>& fieldIndices) {
+    fieldIndices.insert(fieldIndices.end(), variableIndices.begin(), variableIndices.end());
+}
+
+QKStatus TARNCochransQ::ProcessRecord(Record& record) {
+    if (status.IsError()) return status;
+    const auto weight = static_cast<std::uint32_t>(CaseWeight(record, weightVariableIndex));
+    if (state == State::kOverall) {
+        AddToOverall(record, weight);
+    } else if (state == State::kSteps) {
+        AddToCandidates(record, weight);
+    }
+    return status;
+}
+
+void TARNCochransQ::AddToOverall(const Record& record, std::uint32_t weight) {
+    if (!success.AreKnown()) success.SetFromRecord(variableIndices, record);
+    counts.n += weight;
+    std::uint32_t successes = 0;
+    for (std::size_t i = 0; i < variableIndices.size(); ++i) {
+        if (!success.IsSuccess(i, record, variableIndices[i])) continue;
+        counts.ofField[i] += weight;
+        ++successes;
+    }
+    counts.sumRowSuccess += successes * weight;
+    counts.sumRowSuccessSquared += successes * successes * weight;
+}
+
+/// The successes of an ordered field are told by the flags of the listed field at the same position, not by its own.
+/// That is meant; it matters only where the fields don't have the same categories in the same order.
+void TARNCochransQ::AddToCandidates(const Record& record, std::uint32_t weight) {
+    for (const SubsetRecord& subset : steps.Candidates()) {
+        std::uint32_t successes = 0;
+        for (std::size_t position = subset.firstPosition; position <= subset.lastPosition; ++position) {
+            const auto sample = static_cast<std::size_t>(orderedSamples[position].sample);
+            if (success.IsSuccess(position, record, variableIndices[sample])) ++successes;
+        }
+        rowTerms[subset.firstPosition] += successes * successes * weight;
+    }
+}
+
+QKStatus TARNCochransQ::EndPass() {
+    --passesRemaining;  // below 0 in the passes of a stepwise comparison
+    if (state == State::kOverall) {
+        EndOverall();
+    } else if (state == State::kSteps) {
+        EndStep();
+    }
+    return status;
+}
+
+void TARNCochransQ::EndOverall() {
+    if (counts.sumRowSuccess == 0) {
+        AddStatusMessage(QKStatus(StatusCode::kNoRecords), MessageKind::kError);
+        return;
+    }
+    if (!counts.HasBothOutcomes()) {
+        AddStatusMessage(QKStatus(kSuccessUnusable), MessageKind::kError);
+        return;
+    }
+    q = counts.Q();
+    sig = ChiSquareSig(q, static_cast<double>(variableIndices.size()) - 1);
+    Compare();
+    state = comparison.stepwise ? State::kBeforeSteps : State::kFinished;
+}
+
+void TARNCochransQ::Compare() {
+    const bool isSignificant = sigLevel > sig;
+    if (!isSignificant || variableIndices.size() < kFewestToCompare) {
+        AddMessages(comparison.Refuse(isSignificant ? kTooFewToCompare : kNotSignificant));
+        passesRemaining = 0;
+    } else if (comparison.pairwise) {
+        pairwiseResults = CompareNormalPairs(variableIndices.size(), counts.StandardError(),
+                                             [&](std::size_t i, std::size_t j) { return counts.Difference(i, j); });
+        pairwiseDone = true;
+    }
+}
+
+bool TARNCochransQ::NeedsAnotherPass() {
+    const bool isOpen = comparison.stepwise && !steps.IsDone();
+    if (isOpen || status.IsError()) passesRemaining = 0;
+    return isOpen && !status.IsError();
+}
+
+void TARNCochransQ::EndStep() {
+    AddMessages(steps.EndPass(sigLevel, [&](SubsetRecord& subset) {
+        // The counts are those of the listed fields at these positions, not of the ordered ones. That is meant.
+        subset.statistic = counts.SubsetQ(subset.firstPosition, subset.lastPosition, rowTerms[subset.firstPosition]);
+        subset.sig = ChiSquareSig(subset.statistic, static_cast<double>(subset.Size()) - 1);
+        return StepwiseComparison::Outcome::kComputed;
+    }));
+    if (!steps.IsDone()) return;
+    passesRemaining = 0;
+    state = State::kFinished;
+}
+
+// ---- Element ----
+
+QKXML::XMLElement* TARNCochransQ::MakeResultElement() {
+    ResultElement element(kTestName, ResultType::kHypothesisTest, TestFamily::kRelatedSamples,
+                          Decide(status, sigLevel, sig));
+    element.AddCondition(userSpecifyGroupList ? kConditionOfList : kConditionOfData, {JoinValues(variableIndices)});
+    if (element.EndsWithMessages(messages, status)) return element.Release();
+
+    AddClasses(element);
+    StructuredTable statistics = element.AddTable(TableName::kStatisticsResult);
+    statistics.Row(RowName::kTotalN, static_cast<std::int32_t>(counts.n));
+    statistics.Row(RowName::kTestStatistic, q);
+    statistics.Row(RowName::kDegreeOfFreedom, static_cast<std::int32_t>(variableIndices.size()) - 1);
+    statistics.Row(RowName::kAsymptoticSig2Tailed, sig);
+    if (pairwiseDone && !pairwiseResults.empty()) {
+        const std::vector<std::int32_t> successes(counts.ofField.begin(), counts.ofField.end());
+        AddPairwiseResult(element, ComparisonRulesOf::kCochransQ,
+                          {{}, JoinValues(variableIndices), JoinValues(successes)}, pairwiseResults);
+    }
+    if (steps.IsDone()) {
+        AddMessages(AddStepwiseResult(element, steps, FieldsInOrder(variableIndices, orderedSamples)));
+    }
+    return element.Release();
+}
+
+void TARNCochransQ::AddClasses(ResultElement& element) const {
+    auto content = MakeSimpleTable(TableName::kContent, JoinValues(variableIndices), kClassColumns);
+    for (std::size_t i = 0; i < variableIndices.size(); ++i) {
+        // Truncated, and the other class gets the rest: the two add up to 100.
+        const std::int32_t percent = counts.Percentage(i);
+        const std::int32_t rest = Subtract32(100, percent);
+        const bool isFirstClass = success.IsSuccess(i, 0);
+        content->AddChild(
+            MakeRowElement(JoinValues(isFirstClass ? std::vector{percent, rest} : std::vector{rest, percent})));
+    }
+    StructuredTable classes = element.AddTable(TableName::kTwoClassComparison);
+    classes.Add(std::move(content));
+}

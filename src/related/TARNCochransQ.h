@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "planning/contract/TARNPlan.h"
+#include "planning/contract/TARNTest.h"
+#include "related/SuccessClasses.h"
+#include "related/SuccessCounts.h"
+#include "support/MultipleComparison.h"
+#include "support/ResultElements.h"
+
+/// Cochran's Q test of k categorical fields, setting "RCochransQ".
+class TARNCochransQ : public TARNTest {
+ public:
+    /// Reads from its settings "variableIndex" (the fields), "weightVariableIndex", "sigLevel", "pairWise", "stepWise"
+    /// and, with "userSpecifyGroupList", "successCategoryListNum" and "successCategoryListStr".
+    TARNCochransQ(std::unique_ptr<QKSettings> testSettings, const CategoryMatcher& fieldCategories)
+        : TARNTest(std::move(testSettings)), success(fieldCategories) {}
+
+    /// Borrowed; read in `BeginPass`.
+    void SetUnivariateResults(UnivariateResults* results) override { univariateResults = results; }
+    QKStatus BeginPass() override;
+    QKStatus ProcessRecord(Record& record) override;
+    bool NeedsAnotherPass() override;
+    QKStatus EndPass() override;
+    void GetUsedVariables(std::vector<int>& fieldIndices) override;
+    QKXML::XMLElement* MakeResultElement() override;
+
+ private:
+    enum class State { kOverall, kBeforeSteps, kSteps, kFinished };
+
+    void ReadSettings();
+    void PrepareCategories();
+    void CheckCategoriesOfData();
+    void AddToOverall(const Record& record, std::uint32_t weight);
+    void AddToCandidates(const Record& record, std::uint32_t weight);
+    void EndOverall();
+    void Compare();
+    void EndStep();
+    void AddClasses(ResultElement& element) const;
+
+    int weightVariableIndex = -1;
+    std::vector<int> variableIndices;
+    std::vector<double> successListNum;
+    std::vector<std::string> successListStr;
+    double sigLevel = 0.05;
+    ComparisonRequest comparison;
+    bool pairwiseDone = false;
+    bool userSpecifyGroupList = false;
+    UnivariateResults* univariateResults = nullptr;
+    State state = State::kOverall;
+    SuccessCounts counts;
+    double q = 0;
+    double sig = 0;
+    SuccessClasses success;
+    std::vector<PairRecord> pairwiseResults;
+    std::vector<OrderedSample> orderedSamples;
+    /// Per candidate, by its first position, the sum of the squared successes of its records.
+    std::vector<std::uint32_t> rowTerms;
+    StepwiseComparison steps{ComparisonRulesOf::kCochransQ};
+};
+
+/// The plan builder of "RCochransQ". Keys: "variableName", the fields; "classFormation", and with its value
+/// "givenCategoryList" "successCategoryList"; "typeOfMultipleComparison", optional.
+void PlanCochransQ(const QKSettings& entry, TARNPlan& plan);
