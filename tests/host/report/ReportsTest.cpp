@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <valijson/adapters/nlohmann_json_adapter.hpp>
@@ -192,6 +193,74 @@ TEST(JsonReport, KeepsEveryDigit) {
     for (const auto& [name, text] :
          {std::pair{"StandardError", "1.73205080756888"}, std::pair{"AsymptoticSig2Tailed", "0.38647623077123"}}) {
         EXPECT_EQ(rows.at(name).dump(), text);
+    }
+}
+
+/// A run of all tests of the engine, more than one of some.
+ResultDocument RunOfAllTests() {
+    return ReadResult(harness::ReadFile(harness::SourcePath("tests/cases/named-cars-all/expected.xml")));
+}
+
+/// Compares every number of a table with the JSON that tells it; returns how many there were.
+std::size_t CompareNumbers(const ResultTable& table, const json& told) {
+    std::size_t count = 0;
+    const auto compare = [&](const std::string& text, const json& value) {
+        double number = 0;
+        if (!ReadNumber(text, number) || !std::isfinite(number)) return;
+        EXPECT_TRUE(value.is_number()) << table.name << ": " << text;
+        EXPECT_EQ(value.get<double>(), number) << table.name << ": " << text;
+        ++count;
+    };
+    for (const auto& [name, text] : table.rows) compare(text, told.at("rows").at(name));
+    for (std::size_t line = 0; line < table.lines.size(); ++line) {
+        for (std::size_t i = 0; i < table.lines[line].size(); ++i) {
+            compare(table.lines[line][i], told.at("lines").at(line).at(i));
+        }
+    }
+    for (std::size_t i = 0; i < table.tables.size(); ++i) {
+        count += CompareNumbers(table.tables[i], told.at("tables").at(i));
+    }
+    return count;
+}
+
+TEST(JsonReport, OfAllTestsFitsTheSchemaAndKeepsEveryNumber) {
+    const ResultDocument document = RunOfAllTests();
+    const json told = json::parse(JsonReport(document, MessageCatalogue::English()));
+    EXPECT_TRUE(FitsTheSchema(told));
+    ASSERT_EQ(told.at("tests").size(), document.tests.size());
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < document.tests.size(); ++i) {
+        const std::vector<ResultTable>& tables = document.tests[i].content.tables;
+        for (std::size_t t = 0; t < tables.size(); ++t) {
+            count += CompareNumbers(tables[t], told.at("tests").at(i).at("tables").at(t));
+        }
+    }
+    EXPECT_GT(count, 500u);
+}
+
+// What the tidy table holds of a test stands in the document digit by digit.
+TEST(CsvReport, OfAllTestsKeepsEveryNumber) {
+    const ResultDocument document = RunOfAllTests();
+    const std::string csv = CsvReport(document, MessageCatalogue::English());
+    std::size_t count = 0;
+    for (const TestResult& test : document.tests) {
+        const ResultTable* const statistics = test.content.Table("StatisticsResult");
+        if (statistics == nullptr) continue;
+        for (const char* row : {"TotalN", "TestStatistic", "StandardError", "StandardTestStatistic",
+                                "AsymptoticSig2Tailed", "ExactSig2Tailed", "AsymptoticSig1Tailed"}) {
+            const std::string* const value = statistics->Find(row);
+            if (value == nullptr || *value == kMissingText || value->starts_with("-1.797")) continue;
+            EXPECT_NE(csv.find("," + *value + ","), std::string::npos) << test.name << " " << row;
+            ++count;
+        }
+    }
+    EXPECT_GT(count, 100u);
+}
+
+TEST(TextReport, OfAllTestsNamesEverything) {
+    const std::string text = TextReport(RunOfAllTests(), MessageCatalogue::English(), {});
+    for (const char* unresolved : {"?", "{", "}", "__MISSING__", "-1.797", "code 2", "_O_", "_R_", "_I_"}) {
+        EXPECT_EQ(text.find(unresolved), std::string::npos) << unresolved;
     }
 }
 
