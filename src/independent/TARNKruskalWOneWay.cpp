@@ -61,78 +61,53 @@ std::string TextOrEmpty(double value) {
 
 namespace {
 
-/// Unlike the other tests this one tells each failure of its plan, not one of them.
-class KruskalPlan {
- public:
-    KruskalPlan(const QKSettings& entry, TARNPlan& plan)
-        : builder_(entry, plan, CommonSettings::kSigLevel), plan_(plan) {}
-
-    void Build() {
-        const int test = FieldUnder(SettingKey::kVariableName, SettingKey::kVariableIndex);
-        if (test >= 0 && KindOf(test) != FieldKind::kContinuous) {
-            Fail(kTestNotContinuous);
-        } else if (test >= 0) {
-            plan_.RequestSorted(test);
-        }
-        const int group = FieldUnder(SettingKey::kGroupVariableName, SettingKey::kGroupVariableIndex);
-        if (group >= 0 && !FieldKind::IsCategorical(KindOf(group))) {
-            Fail(kGroupNotCategorical);
-        } else if (group >= 0) {
-            plan_.Request(group, Statistic::kFrequencies);
-        }
-        builder_.RequestOriginFrequencies();
-        CopyComparison();
-        if (group >= 0) WriteCategoryCount(group);
-        builder_.AddToSortedWorker<TARNKruskalWOneWay>(test, failures_);
+/// The field under a key of the entry, -1 if it is not found.
+int FieldUnder(TARNPlanBuilder& builder, const QKVarList& varList, const char* nameKey, const char* indexKey) {
+    std::string name;
+    const int field = builder.Read(nameKey, name) ? varList.FindVariable(name) : -1;
+    if (field >= 0) {
+        builder.TestSettings().AddSetting(indexKey, field);
+    } else {
+        builder.FailToo(kFieldUnknown);
     }
+    return field;
+}
 
- private:
-    void Fail(long code) {
-        builder_.Fail(code);
-        failures_.push_back({QKStatus(code), MessageKind::kError, {}, {}});
+void CopyComparison(TARNPlanBuilder& builder) {
+    std::string comparison;
+    if (builder.Read(SettingKey::kTypeOfMultipleComparison, comparison)) {
+        builder.TestSettings().AddSetting(SettingKey::kTypeOfMultipleComparison, comparison);
+    } else {
+        builder.FailToo(kComparisonMissing);
     }
-
-    int KindOf(int field) const { return plan_.GetVarList().GetVarAt(field)->GetKind(); }
-
-    int FieldUnder(const char* nameKey, const char* indexKey) {
-        std::string name;
-        const int field = builder_.Read(nameKey, name) ? plan_.GetVarList().FindVariable(name) : -1;
-        if (field >= 0) {
-            builder_.TestSettings().AddSetting(indexKey, field);
-        } else {
-            Fail(kFieldUnknown);
-        }
-        return field;
-    }
-
-    void CopyComparison() {
-        std::string comparison;
-        if (builder_.Read(SettingKey::kTypeOfMultipleComparison, comparison)) {
-            builder_.TestSettings().AddSetting(SettingKey::kTypeOfMultipleComparison, comparison);
-        } else {
-            Fail(kComparisonMissing);
-        }
-    }
-
-    void WriteCategoryCount(int group) {
-        if (!FieldKind::IsCategorical(KindOf(group))) return;
-        const int count = plan_.GetVarList().GetVarAt(group)->GetCategoryCount();
-        if (count < 2) {
-            Fail(kTooFewCategories);
-        } else {
-            builder_.TestSettings().AddSetting(kNumberOfCategories, count);
-        }
-    }
-
-    TARNPlanBuilder builder_;
-    TARNPlan& plan_;
-    std::vector<TestMessage> failures_;
-};
+}
 
 }  // namespace
 
+/// Each failure of the plan is told, not one of them, and a field that passes its check is asked for whatever else
+/// fails.
 void PlanKruskalWOneWay(const QKSettings& entry, TARNPlan& plan) {
-    KruskalPlan(entry, plan).Build();
+    TARNPlanBuilder builder(entry, plan, CommonSettings::kSigLevel);
+    const QKVarList& varList = plan.GetVarList();
+    const int test = FieldUnder(builder, varList, SettingKey::kVariableName, SettingKey::kVariableIndex);
+    if (test >= 0 && varList.GetVarAt(test)->GetKind() != FieldKind::kContinuous) {
+        builder.FailToo(kTestNotContinuous);
+    } else if (test >= 0) {
+        plan.RequestSorted(test);
+    }
+    const int group = FieldUnder(builder, varList, SettingKey::kGroupVariableName, SettingKey::kGroupVariableIndex);
+    const bool hasGroups = group >= 0 && FieldKind::IsCategorical(varList.GetVarAt(group)->GetKind());
+    if (hasGroups) {
+        plan.Request(group, Statistic::kFrequencies);
+    } else if (group >= 0) {
+        builder.FailToo(kGroupNotCategorical);
+    }
+    builder.RequestOriginFrequencies();
+    CopyComparison(builder);
+    const int categoryCount = hasGroups ? varList.GetVarAt(group)->GetCategoryCount() : 0;
+    if (hasGroups && categoryCount < 2) builder.FailToo(kTooFewCategories);
+    if (categoryCount >= 2) builder.TestSettings().AddSetting(kNumberOfCategories, categoryCount);
+    builder.AddToSortedWorker<TARNKruskalWOneWay>(test);
 }
 
 // ---- Passes ----

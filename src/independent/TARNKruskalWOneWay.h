@@ -20,11 +20,8 @@
 class TARNKruskalWOneWay : public TARNTest {
  public:
     /// Reads from its settings "variableIndex", "groupVariableIndex", "weightVariableIndex", "sigLevel",
-    /// "numberOfCategories" and "typeOfMultipleComparison". `failures`: what its plan builder met, each a message.
-    TARNKruskalWOneWay(std::unique_ptr<QKSettings> testSettings, const std::vector<TestMessage>& failures)
-        : TARNTest(std::move(testSettings)) {
-        TARNTest::AddMessages(failures);
-    }
+    /// "numberOfCategories" and "typeOfMultipleComparison".
+    explicit TARNKruskalWOneWay(std::unique_ptr<QKSettings> testSettings) : TARNTest(std::move(testSettings)) {}
 
     void SetUnivariateResults(UnivariateResults*) override {}
     QKStatus BeginPass() override;

@@ -17,7 +17,7 @@
 #include <cmath>
 #include <string>
 
-#include "onesample/ContinuousFieldKeys.h"
+#include "onesample/OneSampleKeys.h"
 #include "planning/StatusCodes.h"
 #include "planning/contract/SettingKeys.h"
 #include "planning/contract/TARNPlanBuilder.h"

@@ -58,6 +58,7 @@ class TARNPlanner : public IQKAlgorithm, private TARNPlan {
     const QKVarList& GetVarList() const override { return *varList; }
     int GetMeasureLevel(const std::string& fieldName) override;
     bool Request(int field, int statistic) override { return univariates->Request(field, statistic); }
+    void RegisterSorted(int field) override { sortedData->Register(field); }
     void RequestSorted(int field) override;
     void AddToMainWorker(std::unique_ptr<TARNTest> test) override { mainWorker->AddTest(std::move(test)); }
     void AddSortedTest(std::unique_ptr<TARNTest> test, int field, const QKStatus& planStatus) override;

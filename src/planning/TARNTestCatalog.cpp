@@ -6,9 +6,16 @@
 #include "independent/TARNHodgesLehmannTwoIndep.h"
 #include "independent/TARNJonckTer.h"
 #include "independent/TARNKSMedian.h"
+#include "independent/TARNKSmirnowTwoSample.h"
 #include "independent/TARNKruskalWOneWay.h"
 #include "independent/TARNMannWU.h"
 #include "independent/TARNMoses.h"
+#include "independent/TARNWaldWolfRuns.h"
+#include "onesample/TARNBinomial.h"
+#include "onesample/TARNChiSquare.h"
+#include "onesample/TARNEstimateCI.h"
+#include "onesample/TARNKSmirnowOneSample.h"
+#include "onesample/TARNRuns.h"
 #include "onesample/TARNWilcoxonSR.h"
 #include "related/TARNCochransQ.h"
 #include "related/TARNFriedman.h"
@@ -21,29 +28,27 @@
 
 namespace {
 
-constexpr PlanFunction kNotBuiltYet = nullptr;
-
 constexpr std::array kCatalog{
-    TARNTestRow{"ORuns", kNotBuiltYet},
-    TARNTestRow{"OChiSquare", kNotBuiltYet},
-    TARNTestRow{"OKolmogorovSmirnovNormal", kNotBuiltYet},
-    TARNTestRow{"OKolmogorovSmirnovUniform", kNotBuiltYet},
-    TARNTestRow{"OKolmogorovSmirnovPoisson", kNotBuiltYet},
-    TARNTestRow{"OKolmogorovSmirnovExponential", kNotBuiltYet},
+    TARNTestRow{"ORuns", PlanRuns},
+    TARNTestRow{"OChiSquare", PlanChiSquare},
+    TARNTestRow{"OKolmogorovSmirnovNormal", PlanKSmirnowNormal},
+    TARNTestRow{"OKolmogorovSmirnovUniform", PlanKSmirnowUniform},
+    TARNTestRow{"OKolmogorovSmirnovPoisson", PlanKSmirnowPoisson},
+    TARNTestRow{"OKolmogorovSmirnovExponential", PlanKSmirnowExponential},
     TARNTestRow{"IMannWhitneyU", PlanMannWU},
     TARNTestRow{"OWilcoxonSignedRanks", PlanWilcoxonSR},
     TARNTestRow{"RSign", PlanSign},
     TARNTestRow{"RWilcoxonSignedRanks", PlanWilcoxonPairs},
     TARNTestRow{"IMoses", PlanMoses},
     TARNTestRow{"RCochransQ", PlanCochransQ},
-    TARNTestRow{"OBinomial", kNotBuiltYet},
-    TARNTestRow{"IWaldWolfowitzRuns", kNotBuiltYet},
-    TARNTestRow{"OEstimateConfidenceInterval", kNotBuiltYet},
+    TARNTestRow{"OBinomial", PlanBinomial},
+    TARNTestRow{"IWaldWolfowitzRuns", PlanWaldWolfRuns},
+    TARNTestRow{"OEstimateConfidenceInterval", PlanEstimateCI},
     TARNTestRow{"RMcNemar", PlanMcNemar},
     TARNTestRow{"RMarginalHomogeneity", PlanMargHomo},
     TARNTestRow{"RFriedmansTwoWayByRanks", PlanFriedman},
     TARNTestRow{"RKendallsCoefficient", PlanKendallsW},
-    TARNTestRow{"IKolmogorovSmirnov", kNotBuiltYet},
+    TARNTestRow{"IKolmogorovSmirnov", PlanKSmirnowTwoSample},
     TARNTestRow{"IKruskalWallis", PlanKruskalWOneWay},
     TARNTestRow{"IJonckheereTerpstra", PlanJonckTer},
     TARNTestRow{"IMedian", PlanKSMedian},
@@ -53,7 +58,9 @@ constexpr std::array kCatalog{
 
 }  // namespace
 
-std::span<const TARNTestRow> TestCatalog() { return kCatalog; }
+std::span<const TARNTestRow> TestCatalog() {
+    return kCatalog;
+}
 
 const TARNTestRow* FindTest(std::string_view settingName) {
     const auto found = std::find_if(kCatalog.begin(), kCatalog.end(),

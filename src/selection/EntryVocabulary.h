@@ -45,24 +45,6 @@ inline constexpr const char* kTestIndex = "testIndex";
 inline constexpr const char* kGroupVariableName = "groupVariableName";
 inline constexpr const char* kCaseIdVariableName = "caseIDVariableName";
 
-// One sample.
-inline constexpr const char* kTestProbability = "testProbability";
-inline constexpr const char* kCategoricalFormation = "catVarClassFormation";
-inline constexpr const char* kContinuousFormation = "contVarClassFormation";
-inline constexpr const char* kGivenCategoryList = "givenCategoryList";
-inline constexpr const char* kGivenCutPoint = "givenCutPoint";
-inline constexpr const char* kIsDoClopperPearson = "isDoClopperPearson";
-inline constexpr const char* kIsDoJeffreys = "isDoJeffreys";
-inline constexpr const char* kIsDoProfileLikelihood = "isDoProfileLikelihood";
-inline constexpr const char* kCustom = "custom";
-inline constexpr const char* kCutPointValue = "cutPointValue";
-inline constexpr const char* kDistributionFunction = "distributionFunction";
-inline constexpr const char* kIsUseSample = "isUseSample";
-inline constexpr const char* kMean = "mean";
-inline constexpr const char* kStdDev = "stdDev";
-inline constexpr const char* kMax = "max";
-inline constexpr const char* kMin = "min";
-
 // Related and independent samples.
 inline constexpr const char* kCategoriesList = "categoriesList";
 inline constexpr const char* kUserSpecifyMedian = "userSpecifyMedian";
@@ -74,10 +56,5 @@ inline constexpr const char* kOrderOfHypotheses = "orderOfHypotheses";
 }  // namespace EntryKey
 
 namespace EntryValue {
-inline constexpr const char* kGetFromData = "getFromData";
 inline constexpr const char* kTrue = "true";
-inline constexpr const char* kNormal = "normal";
-inline constexpr const char* kUniform = "uniform";
-inline constexpr const char* kPoisson = "poisson";
-inline constexpr const char* kExponential = "exponential";
 }  // namespace EntryValue

@@ -4,7 +4,7 @@
 #include <span>
 #include <string_view>
 
-#include "onesample/ContinuousFieldKeys.h"
+#include "onesample/OneSampleKeys.h"
 #include "planning/contract/SettingKeys.h"
 #include "selection/EntryVocabulary.h"
 #include "selection/RequestKeys.h"
@@ -27,15 +27,15 @@ struct Distribution {
     std::span<const char* const> parameters;
 };
 
-constexpr const char* kNormalParameters[] = {EntryKey::kMean, EntryKey::kStdDev};
-constexpr const char* kUniformParameters[] = {EntryKey::kMax, EntryKey::kMin};
-constexpr const char* kMeanAlone[] = {EntryKey::kMean};
+constexpr const char* kNormalParameters[] = {OneSampleKey::kMean, OneSampleKey::kStdDev};
+constexpr const char* kUniformParameters[] = {OneSampleKey::kMax, OneSampleKey::kMin};
+constexpr const char* kMeanAlone[] = {OneSampleKey::kMean};
 
 constexpr Distribution kDistributions[] = {
-    {TestName::kKolmogorovSmirnovNormal, EntryValue::kNormal, kNormalParameters},
-    {TestName::kKolmogorovSmirnovUniform, EntryValue::kUniform, kUniformParameters},
-    {TestName::kKolmogorovSmirnovPoisson, EntryValue::kPoisson, kMeanAlone},
-    {TestName::kKolmogorovSmirnovExponential, EntryValue::kExponential, kMeanAlone},
+    {TestName::kKolmogorovSmirnovNormal, DistributionName::kNormal, kNormalParameters},
+    {TestName::kKolmogorovSmirnovUniform, DistributionName::kUniform, kUniformParameters},
+    {TestName::kKolmogorovSmirnovPoisson, DistributionName::kPoisson, kMeanAlone},
+    {TestName::kKolmogorovSmirnovExponential, DistributionName::kExponential, kMeanAlone},
 };
 
 const Distribution& DistributionOf(const std::string& test) {
@@ -45,8 +45,8 @@ const Distribution& DistributionOf(const std::string& test) {
 
 /// How a categorical field is divided into two classes.
 void CopyClassesOfCategories(const RequestedTest& test, QKSettings& entry) {
-    test.CopyText(EntryKey::kCategoricalFormation, entry);
-    test.CopyTexts(EntryKey::kGivenCategoryList, entry);
+    test.CopyText(OneSampleKey::kCategoricalFormation, entry);
+    test.CopyTexts(OneSampleKey::kGivenCategoryList, entry);
 }
 
 }  // namespace
@@ -107,12 +107,12 @@ void TARNSettingsExpansion::ExpandBinomial(const RequestedTest& test) {
         if (kind == kUnknownField) continue;
         const bool categorical = FieldKind::IsCategorical(kind);
         QKSettings entry = BeginEntry(test.Name(), field);
-        test.CopyNumber(EntryKey::kTestProbability, entry, kDefaultTestProbability);
+        test.CopyNumber(OneSampleKey::kTestProbability, entry, kDefaultTestProbability);
         if (categorical) {
             CopyClassesOfCategories(test, entry);
         } else {
-            test.CopyText(EntryKey::kContinuousFormation, entry);
-            test.CopyNumberIfHeld(EntryKey::kGivenCutPoint, entry);
+            test.CopyText(OneSampleKey::kContinuousFormation, entry);
+            test.CopyNumberIfHeld(OneSampleKey::kGivenCutPoint, entry);
         }
         executionSettings->AddSetting(test.Name(), entry);
         AddConfidenceInterval(test, field, categorical);
@@ -122,8 +122,8 @@ void TARNSettingsExpansion::ExpandBinomial(const RequestedTest& test) {
 /// The intervals have no entry of their own in a request: they are asked for within the binomial test's, by method.
 void TARNSettingsExpansion::AddConfidenceInterval(const RequestedTest& test, const std::string& field,
                                                   bool categorical) {
-    constexpr const char* kMethods[] = {EntryKey::kIsDoClopperPearson, EntryKey::kIsDoJeffreys,
-                                        EntryKey::kIsDoProfileLikelihood};
+    constexpr const char* kMethods[] = {OneSampleKey::kIsDoClopperPearson, OneSampleKey::kIsDoJeffreys,
+                                        OneSampleKey::kIsDoProfileLikelihood};
     if (std::none_of(std::begin(kMethods), std::end(kMethods), [&](const char* key) { return test.Flag(key); })) return;
 
     QKSettings entry;
@@ -134,9 +134,9 @@ void TARNSettingsExpansion::AddConfidenceInterval(const RequestedTest& test, con
     if (categorical) {
         CopyClassesOfCategories(test, entry);
     } else {
-        test.CopyText(EntryKey::kContinuousFormation, entry);
+        test.CopyText(OneSampleKey::kContinuousFormation, entry);
         // Unlike the binomial test's own entry, this one has a cut point even where the request has none.
-        test.CopyNumber(EntryKey::kGivenCutPoint, entry);
+        test.CopyNumber(OneSampleKey::kGivenCutPoint, entry);
     }
     executionSettings->AddSetting(TestName::kConfidenceInterval, entry);
 }
@@ -146,7 +146,7 @@ void TARNSettingsExpansion::ExpandChiSquare(const RequestedTest& test) {
     for (const std::string& field : oneSampleCategorical) {
         QKSettings entry = BeginEntry(test.Name(), field);
         test.CopyText(SettingKey::kClassFormation, entry);
-        test.CopyLists(EntryKey::kCustom, entry);
+        test.CopyLists(OneSampleKey::kCustom, entry);
         executionSettings->AddSetting(test.Name(), entry);
     }
 }
@@ -158,8 +158,8 @@ void TARNSettingsExpansion::ExpandRuns(const RequestedTest& test) {
         QKSettings entry = BeginEntry(test.Name(), field);
         if (FieldKind::IsCategorical(kind)) {
             CopyClassesOfCategories(test, entry);
-        } else if (test.CopyTextIfHeld(EntryKey::kContinuousFormation, entry)) {
-            test.CopyNumberIfHeld(EntryKey::kCutPointValue, entry);
+        } else if (test.CopyTextIfHeld(OneSampleKey::kContinuousFormation, entry)) {
+            test.CopyNumberIfHeld(OneSampleKey::kCutPointValue, entry);
         }
         executionSettings->AddSetting(test.Name(), entry);
     }
@@ -184,10 +184,10 @@ void TARNSettingsExpansion::ExpandKolmogorovSmirnov(const RequestedTest& test) {
         entry.AddSetting(SettingKey::kVariableName, taken->name);
         entry.AddSetting(EntryKey::kTestIndex, NextTestIndex());
         taken->AddOrigin(entry);
-        test.CopyFlag(EntryKey::kIsUseSample, entry);
+        test.CopyFlag(OneSampleKey::kIsUseSample, entry);
         for (const char* parameter : distribution.parameters) test.CopyNumber(parameter, entry);
         entry.AddSetting(EntryKey::kAlgorithmName, test.Name());
-        entry.AddSetting(EntryKey::kDistributionFunction, distribution.name);
+        entry.AddSetting(OneSampleKey::kDistributionFunction, distribution.name);
         executionSettings->AddSetting(test.Name(), entry);
     }
     // Repeated in the same way by each of the four tests.

@@ -6,6 +6,7 @@
 #include <utility>
 #include <variant>
 
+#include "onesample/OneSampleKeys.h"
 #include "planning/contract/SettingKeys.h"
 #include "planning/contract/TARNVariableInfo.h"
 #include "selection/EntryVocabulary.h"
@@ -43,14 +44,14 @@ std::optional<QKSettings> ProposeOneSampleTest(const IQKVariable& field) {
         const int categories = field.GetCategoryCount();
         if (categories < kDichotomousCount) return std::nullopt;
         QKSettings proposal = Propose(categories == kDichotomousCount ? TestName::kBinomial : TestName::kChiSquare);
-        proposal.AddSetting(SettingKey::kClassFormation, EntryValue::kGetFromData);
+        proposal.AddSetting(SettingKey::kClassFormation, ClassFormation::kGetFromData);
         return proposal;
     }
     if (field.GetKind() != FieldKind::kContinuous) return std::nullopt;
     QKSettings proposal = Propose(TestName::kKolmogorovSmirnovNormal);
-    proposal.AddSetting(SettingKey::kClassFormation, EntryValue::kGetFromData);
-    proposal.AddSetting(EntryKey::kDistributionFunction, EntryValue::kNormal);
-    proposal.AddSetting(EntryKey::kIsUseSample, EntryValue::kTrue);
+    proposal.AddSetting(SettingKey::kClassFormation, ClassFormation::kGetFromData);
+    proposal.AddSetting(OneSampleKey::kDistributionFunction, DistributionName::kNormal);
+    proposal.AddSetting(OneSampleKey::kIsUseSample, EntryValue::kTrue);
     return proposal;
 }
 
@@ -148,7 +149,7 @@ std::optional<QKSettings> ProposeCategoricalTest(const Names& fields, const QKVa
     if (fields.size() < kPairSize || !ShareTwoCategories(fields, varList)) return std::nullopt;
     const bool pair = fields.size() == kPairSize;
     QKSettings proposal = Propose(pair ? TestName::kMcNemar : TestName::kCochransQ);
-    proposal.AddSetting(SettingKey::kClassFormation, EntryValue::kGetFromData);
+    proposal.AddSetting(SettingKey::kClassFormation, ClassFormation::kGetFromData);
     if (!pair) proposal.AddSetting(SettingKey::kTypeOfMultipleComparison, MultipleComparisonType::kPairWise);
     return proposal;
 }

@@ -117,6 +117,11 @@ void StructuredTable::Row(std::string_view name, std::string_view value) {
     row.AddAttribute(ElementAttribute::kValue, value);
 }
 
+void StructuredTable::AddParameters(std::initializer_list<std::string> parameters) {
+    std::size_t position = 0;
+    for (const std::string& parameter : parameters) Row(ParameterName(position++), parameter);
+}
+
 void StructuredTable::AddUnknownCategories(std::string_view name, const std::vector<double>& categoryIndices,
                                            const std::vector<std::string>& givenTexts) {
     std::vector<std::string> unknown;
@@ -140,8 +145,7 @@ StructuredTable ResultElement::AddCondition(std::string_view conditionKey,
                                             std::initializer_list<std::string> parameters) {
     StructuredTable condition = AddTable(TableName::kCondition);
     condition.Row(RowName::kConditionKey, conditionKey);
-    std::size_t position = 0;
-    for (const std::string& parameter : parameters) condition.Row(ParameterName(position++), parameter);
+    condition.AddParameters(parameters);
     return condition;
 }
 

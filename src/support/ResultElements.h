@@ -59,6 +59,9 @@ class StructuredTable {
     void Row(std::string_view name, double value) { Row(name, DoubleToString(value)); }
     void Row(std::string_view name, bool value) = delete;  // a truth value goes through BoolToString
 
+    /// A condition's parameters: rows named "%0", "%1", ...
+    void AddParameters(std::initializer_list<std::string> parameters);
+
     StructuredTable Table(std::string_view name) { return StructuredTable(*element_, name); }
     /// The table of the categories that settings gave and the field doesn't know, those of index -1: a row per text,
     /// named by its position among them. No table if there is none.
@@ -78,6 +81,11 @@ class ResultElement {
 
     /// The table "Condition": the key, then the parameters as "%0", "%1", ...
     StructuredTable AddCondition(std::string_view conditionKey, std::initializer_list<std::string> parameters);
+
+    /// The table "ValsNotInTheCategoreis", as `StructuredTable::AddUnknownCategories` makes it.
+    void AddUnknownCategories(const std::vector<double>& categoryIndices, const std::vector<std::string>& givenTexts) {
+        StructuredTable(*element_).AddUnknownCategories(TableName::kUnknownCategories, categoryIndices, givenTexts);
+    }
 
     /// The table "WarningMessages", if there is any message. True if the element ends here, since the status is an
     /// error: the tables of a test in error are never looked at without a message that says why.

@@ -38,8 +38,11 @@ inline constexpr const char* kUnknownCategories = "ValsNotInTheCategoreis";
 inline constexpr const char* kUnknownRowCategories = "RowValsNotInTheCategoreis";
 inline constexpr const char* kUnknownColumnCategories = "ColValsNotInTheCategoreis";
 inline constexpr const char* kCategoryFieldsComparison = "CategoryFieldsComparison";
+inline constexpr const char* kRunsParameters = "RunsParameters";
+inline constexpr const char* kTwoClassComparison = "TwoClassComparison";
 inline constexpr const char* kContent = "Content";
 inline constexpr const char* kAsymptotic = "Asymptotic";
+inline constexpr const char* kMostExtremeDifferences = "MostExtremeDifferences";
 /// Followed by the number of the group.
 inline constexpr const char* kGroup = "Group";
 inline constexpr const char* kBoxPlotInfo = "BoxPlotInfo";
@@ -49,11 +52,12 @@ inline constexpr const char* kObservedControlGroup = "ObservedControlGroup";
 inline constexpr const char* kTrimmedControlGroup = "TrimmedControlGroup";
 /// Followed by the position of the field.
 inline constexpr const char* kVariableInformation = "VariableInformation";
-inline constexpr const char* kTwoClassComparison = "TwoClassComparison";
 inline constexpr const char* kPairwiseResult = "PairwiseResult";
 inline constexpr const char* kPairwiseInfo = "PairwiseInfo";
 inline constexpr const char* kStepwiseResult = "StepwiseResult";
 inline constexpr const char* kStepwiseInfo = "StepwiseInfo";
+inline constexpr const char* kMinimumPossible = "MinimumPossible";
+inline constexpr const char* kMaximumPossible = "MaximumPossible";
 inline constexpr const char* kYatesContinuityCorrection = "YatesContinuityCorrection";
 }  // namespace TableName
 
@@ -77,6 +81,10 @@ inline constexpr const char* kExactSig1Tailed = "ExactSig1Tailed";
 
 inline constexpr const char* kHypotheticalMedian = "HypotheticalMedian";
 inline constexpr const char* kObservedMedian = "ObservedMedian";
+
+inline constexpr const char* kAbsolute = "Absolute";
+inline constexpr const char* kPositive = "Positive";
+inline constexpr const char* kNegative = "Negative";
 
 inline constexpr const char* kNegativeDifferences = "NegativeDifferences";
 inline constexpr const char* kTies = "Ties";
@@ -106,6 +114,7 @@ inline constexpr const char* kGreaterThanMedian = "GTMedian";
 inline constexpr const char* kNotGreaterThanMedian = "STMedian";
 inline constexpr const char* kChiSquare = "ChiSquare";
 inline constexpr const char* kFisherExactSig = "FisherExactSig";
+inline constexpr const char* kObservedRunNumber = "ObservedRunNumber";
 
 inline constexpr const char* kEstimate = "Estimate";
 inline constexpr const char* kLower = "Lower";
@@ -132,4 +141,6 @@ inline constexpr const char* kPairColumns =
     "Sample1;Sample2;TestStatistic;StandardError;StandardTestStatistic;Sig;AdjSig";
 inline constexpr const char* kSubsetColumns =
     "FirstPosition;LastPosition;TestStatistic;StandardError;StandardTestStatistic;Sig;AdjSig";
+/// The columns of a comparison of counts or shares: the observed one and the expected one, or those of two classes.
+inline constexpr const char* kTwoColumns = "0;1";
 }  // namespace Literal

@@ -301,6 +301,19 @@ TEST_F(TARNPlannerPlanTest, AQuantileIsRefusedAsLongAsNoSortedWorkerExists) {
     EXPECT_EQ(answers, (std::vector<bool>{false, false, true}));
 }
 
+TEST_F(TARNPlannerPlanTest, RegisterSortedAsksForNoStatistic) {
+    bool looked = false;
+    Plan([&](TARNPlan& plan) {
+        plan.RegisterSorted(kX);
+        plan.AddToMainWorker(std::make_unique<LookingTest>(log_, [&](const UnivariateResults& results) {
+            looked = true;
+            EXPECT_FALSE(results.HasVariable(kX));
+        }));
+    });
+    EXPECT_TRUE(Run().IsOK());
+    EXPECT_TRUE(looked);
+}
+
 TEST_F(TARNPlannerPlanTest, RequestSortedAsksForTheStatisticsThatGoWithASortedField) {
     bool looked = false;
     Plan([&](TARNPlan& plan) {

@@ -18,6 +18,7 @@ inline constexpr const char* kTypeOfMultipleComparison = "typeOfMultipleComparis
 inline constexpr const char* kSigLevel = "sigLevel";
 inline constexpr const char* kConfidenceLevel = "confidenceLevel";
 inline constexpr const char* kWeightVariableIndex = "weightVariableIndex";
+inline constexpr const char* kMeasureLevel = "measureLevel";
 inline constexpr const char* kVariableIndex = "variableIndex";
 inline constexpr const char* kGroupVariableIndex = "groupVariableIndex";
 inline constexpr const char* kVariablePairFirstIndex = "variablePairFirstIndex";
@@ -37,7 +38,8 @@ inline constexpr const char* kPairWise = "pairWise";
 inline constexpr const char* kStepWise = "stepWise";
 }  // namespace MultipleComparisonType
 
-/// Values of "classFormation".
+/// Values of "classFormation" and of keys like it.
 namespace ClassFormation {
+inline constexpr const char* kGetFromData = "getFromData";
 inline constexpr const char* kGivenCategoryList = "givenCategoryList";
 }  // namespace ClassFormation

@@ -29,6 +29,8 @@ class TARNPlan {
 
     /// Asks the descriptive store for a statistic (a code of `Statistic`); false if it is refused.
     virtual bool Request(int field, int statistic) = 0;
+    /// Asks for the records sorted by a field and for nothing else.
+    virtual void RegisterSorted(int field) = 0;
     /// Asks for the records sorted by a field, and for the statistics that go with a sorted field.
     virtual void RequestSorted(int field) = 0;
 

@@ -22,6 +22,11 @@ void TARNPlanBuilder::Fail(long code, const std::string& parameter) {
     parameters.push_back(parameter);
 }
 
+void TARNPlanBuilder::FailToo(long code, std::vector<std::string> messageParameters) {
+    Fail(code);
+    failures.push_back({status, MessageKind::kError, std::move(messageParameters), {}});
+}
+
 std::vector<int> TARNPlanBuilder::ResolveFields(const std::vector<std::string>& names, long unknownField) {
     std::vector<int> indices;
     for (const std::string& name : names) {

@@ -25,6 +25,9 @@ class TARNPlanBuilder {
     /// Notes a failure. The last one gives the code; every parameter is kept, in the order of arrival.
     void Fail(long code);
     void Fail(long code, const std::string& parameter);
+    /// Notes a failure that is told beside all others, as a message of its own. A plan builder uses either this or
+    /// `Fail`.
+    void FailToo(long code, std::vector<std::string> messageParameters = {});
 
     /// Reads a key of the entry; false, with `out` unchanged, if it is absent or not convertible.
     template <typename T>
@@ -57,7 +60,8 @@ class TARNPlanBuilder {
     template <typename Test, typename... Arguments>
     std::unique_ptr<TARNTest> MakeTest(Arguments&&... arguments) {
         auto test = std::make_unique<Test>(std::move(settings), std::forward<Arguments>(arguments)...);
-        if (!IsOK()) test->AddMessage(TestMessage{status, MessageKind::kError, parameters, {}});
+        if (failures.empty() && !IsOK()) test->AddMessage(TestMessage{status, MessageKind::kError, parameters, {}});
+        test->AddMessages(failures);
         return test;
     }
 
@@ -66,4 +70,5 @@ class TARNPlanBuilder {
     std::unique_ptr<QKSettings> settings;
     QKStatus status;
     std::vector<std::string> parameters;
+    std::vector<TestMessage> failures;
 };

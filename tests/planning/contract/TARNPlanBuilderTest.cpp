@@ -46,6 +46,7 @@ class NotingPlan : public TARNPlan {
         requests.emplace_back(field, statistic);
         return true;
     }
+    void RegisterSorted(int) override {}
     void RequestSorted(int field) override { sorted.push_back(field); }
     void AddToMainWorker(std::unique_ptr<TARNTest> given) override { Take(std::move(given), "main"); }
     void AddSortedTest(std::unique_ptr<TARNTest> given, int field, const QKStatus& status) override {

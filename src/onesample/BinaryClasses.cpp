@@ -1,0 +1,243 @@
+#include "onesample/BinaryClasses.h"
+
+#include <utility>
+
+#include "onesample/GivenCategories.h"
+#include "onesample/OneSampleKeys.h"
+#include "planning/contract/SettingKeys.h"
+#include "planning/contract/TARNVariableInfo.h"
+#include "platform/common/QKVarList.h"
+#include "support/CaseWeight.h"
+#include "support/QKUnivariateVariable.h"
+#include "support/QKVecValue.h"
+
+namespace {
+
+/// Values of the formation keys that cut a continuous field.
+constexpr const char* kFormedByCutPoint = "givenCutPoint";
+constexpr const char* kFormedByMidPoint = "sampleMidPoint";
+
+// Of a test's own settings.
+constexpr const char* kNotUsedCategories = "notUsedCategoryList";
+constexpr const char* kNotGivenOriginalCategories = "notGivenOriginalCategoryList";
+
+bool IsCut(const std::string& formation) {
+    return formation == kFormedByCutPoint || formation == kFormedByMidPoint;
+}
+
+}  // namespace
+
+// ---- Plan ----
+
+void BinaryClassesPlan::ResolveField() {
+    std::string name;
+    if (!builder.Read(SettingKey::kVariableName, name)) {
+        builder.Fail(codes.nameMissing);
+        return;
+    }
+    field = plan.GetVarList().FindVariable(name);
+    if (field < 0) {
+        builder.Fail(codes.unknownField, name);
+        return;
+    }
+    measureLevel = plan.GetMeasureLevel(name);
+    builder.TestSettings().AddSetting(SettingKey::kVariableIndex, field);
+    builder.TestSettings().AddSetting(OneSampleKey::kMeasureLevel, measureLevel);
+    if (FieldKind::IsCategorical(measureLevel)) plan.Request(field, Statistic::kFrequencies);
+    if (measureLevel == FieldKind::kContinuous) plan.RequestSorted(field);
+}
+
+void BinaryClassesPlan::ReadFormation() {
+    if (!builder.IsOK()) return;
+    if (builder.Read(OneSampleKey::kCategoricalFormation, formation)) {
+        builder.TestSettings().AddSetting(SettingKey::kClassFormation, formation);
+        if (formation == ClassFormation::kGivenCategoryList) ReadCategoryList();
+    } else if (builder.Read(OneSampleKey::kContinuousFormation, formation)) {
+        // Under any text: the sample's midpoint is a cut point that arrives without a value.
+        isCutPoint = true;
+        builder.TestSettings().AddSetting(SettingKey::kClassFormation, kFormedByCutPoint);
+        if (formation == kFormedByCutPoint) ReadCutPoint();
+    }
+}
+
+void BinaryClassesPlan::ReadCategoryList() {
+    givenTexts = ReadGivenCategories(builder);
+    if (givenTexts.empty()) {
+        builder.Fail(codes.listMissing);
+    } else {
+        AddVecSetting(builder.TestSettings(), OneSampleKey::kOriginalGivenCategories, givenTexts, false);
+    }
+}
+
+void BinaryClassesPlan::ReadCutPoint() {
+    double cutPoint = 0;
+    if (builder.Read(OneSampleKey::kGivenCutPoint, cutPoint)) {
+        builder.TestSettings().AddSetting(OneSampleKey::kGivenCutPoint, cutPoint);
+    } else {
+        builder.Fail(codes.cutPointMissing);
+    }
+}
+
+void BinaryClassesPlan::FinishClasses() {
+    if (!builder.IsOK()) return;
+    if (measureLevel == 0) {
+        builder.Fail(codes.noMeasureLevel);
+    } else if (measureLevel == FieldKind::kContinuous) {
+        if (!IsCut(formation)) builder.Fail(codes.continuousWithoutCut);
+    } else if (IsCut(formation) || isCutPoint) {
+        builder.Fail(codes.categoricalWithCut);
+    } else if (!givenTexts.empty()) {
+        WriteCategories();
+    }
+}
+
+void BinaryClassesPlan::WriteCategories() {
+    const TARNVariableInfo info(plan.GetVarList());
+    const std::vector<double> given = MapGivenCategories(builder, plan.GetVarList(), field);
+    const std::vector<double> others = info.CategoriesNotIn(field, given);
+    const IQKVariable* variable = plan.GetVarList().GetVarAt(field);
+    std::vector<std::string> otherTexts;
+    for (const double category : others) otherTexts.push_back(variable->GetCategoryText(static_cast<int>(category)));
+
+    AddVecSetting(builder.TestSettings(), OneSampleKey::kGivenCategoryList, given, false);
+    AddVecSetting(builder.TestSettings(), kNotUsedCategories, others, false);
+    // Says what the indices mean; no test reads it.
+    AddVecSetting(builder.TestSettings(), kNotGivenOriginalCategories, otherTexts, false);
+}
+
+// ---- Settings ----
+
+void BinaryClasses::ReadFormation(const QKSettings& settings) {
+    std::string formation;
+    settings.GetSettingValByName(SettingKey::kClassFormation, formation);
+    if (formation == ClassFormation::kGivenCategoryList) classFormation = Formation::kGivenCategoryList;
+    if (formation == kFormedByCutPoint) classFormation = Formation::kCutPoint;
+    settings.GetSettingValByName(SettingKey::kVariableIndex, variableIndex);
+    settings.GetSettingValByName(SettingKey::kWeightVariableIndex, weightVariableIndex);
+}
+
+void BinaryClasses::ReadMeasureLevel(const QKSettings& settings) {
+    int level = 0;
+    settings.GetSettingValByName(OneSampleKey::kMeasureLevel, level);
+    if (level == FieldKind::kContinuous || FieldKind::IsCategorical(level)) measureLevel = level;
+}
+
+QKStatus BinaryClasses::Begin(const QKSettings& settings, const UnivariateResults* univariateResults,
+                              const BinaryCodes& codes) {
+    firstCount = 0;
+    secondCount = 0;
+    if (measureLevel == FieldKind::kContinuous) {
+        firstRecord = false;
+        ReadCutPoint(settings, univariateResults);
+        return QKStatus();
+    }
+    std::map<int, std::int32_t> frequencies;
+    if (univariateResults == nullptr || !univariateResults->GetFrequencies(variableIndex, frequencies)) {
+        return QKStatus(codes.noFrequencies);
+    }
+    if (classFormation == Formation::kFromData) return TakeClassesOfData(frequencies, codes);
+    ReadGivenClasses(settings);
+    return QKStatus();
+}
+
+/// Without a value the cut is the middle of the field's range, over all its records and not only those of the test.
+/// A field of which every record is missing has the missing value at both ends; these add up to minus infinity.
+void BinaryClasses::ReadCutPoint(const QKSettings& settings, const UnivariateResults* univariateResults) {
+    settings.GetSettingValByName(OneSampleKey::kGivenCutPoint, cutPoint);
+    if (!QKMV::IsMissing(cutPoint) || univariateResults == nullptr) return;
+    cutPoint = (univariateResults->GetMax(variableIndex) + univariateResults->GetMin(variableIndex)) * 0.5;
+}
+
+/// The classes are the field's categories, whether or not they occur, and their counts are there before the pass.
+QKStatus BinaryClasses::TakeClassesOfData(const std::map<int, std::int32_t>& frequencies, const BinaryCodes& codes) {
+    if (frequencies.size() > 2) return QKStatus(codes.tooManyCategories);
+    if (frequencies.empty()) return QKStatus(codes.noCategory);
+
+    const auto& [first, countOfFirst] = *frequencies.begin();
+    givenCategories = {static_cast<double>(first)};
+    firstCount = countOfFirst;
+    if (frequencies.size() == 1) return firstCount >= 1 ? QKStatus() : QKStatus(codes.noCategory);
+
+    const auto& [second, countOfSecond] = *frequencies.rbegin();
+    notUsedCategories = {static_cast<double>(second)};
+    secondCount = countOfSecond;
+    return firstCount == 0 && secondCount == 0 ? QKStatus(codes.noCategory) : QKStatus();
+}
+
+void BinaryClasses::ReadGivenClasses(const QKSettings& settings) {
+    settings.GetSettingValByName(OneSampleKey::kGivenCategoryList, givenCategories);
+    settings.GetSettingValByName(OneSampleKey::kOriginalGivenCategories, originalGivenCategories);
+    settings.GetSettingValByName(kNotUsedCategories, notUsedCategories);
+    firstClass = CategorySet(givenCategories);
+}
+
+// ---- Records ----
+
+void BinaryClasses::Add(const Record& record) {
+    const double value = record[static_cast<std::size_t>(variableIndex)];
+    bool isFirst = false;
+    if (measureLevel == FieldKind::kContinuous) {
+        isFirst = !(value > cutPoint);  // the cut point itself belongs to the first class
+    } else if (classFormation == Formation::kFromData) {
+        if (firstRecord) OrderClassesByFirstRecord(value);
+        return;
+    } else {
+        isFirst = firstClass.Contains(value);
+    }
+    std::int64_t& count = isFirst ? firstCount : secondCount;
+    count += CaseWeight(record, weightVariableIndex);
+}
+
+/// The first class is the category of the first record that reaches the test, whatever its weight, and not the smaller
+/// category: other records in front give another statistic. Documents depend on it.
+void BinaryClasses::OrderClassesByFirstRecord(double value) {
+    firstRecord = false;
+    if (notUsedCategories.empty() || value == givenCategories[0]) return;
+    std::swap(firstCount, secondCount);
+    std::swap(givenCategories[0], notUsedCategories[0]);
+}
+
+// ---- Element ----
+
+namespace {
+
+std::string ValueOrMissing(double value) {
+    return QKMV::IsMissing(value) ? Literal::kMissingParameter : DoubleToString(value);
+}
+
+std::string FirstOrMissing(const std::vector<double>& categories) {
+    return categories.empty() ? Literal::kMissingParameter : DoubleToString(categories[0]);
+}
+
+}  // namespace
+
+const char* BinaryClasses::ConditionKey(const BinaryConditionKeys& keys) const {
+    switch (classFormation) {
+        case Formation::kGivenCategoryList:
+            return keys.givenList;
+        case Formation::kCutPoint:
+            return keys.cutPoint;
+        case Formation::kFromData:
+            break;
+    }
+    return keys.fromData;
+}
+
+std::string BinaryClasses::FieldParameter() const {
+    return IntToString(variableIndex);
+}
+
+std::string BinaryClasses::FirstClassParameter() const {
+    if (classFormation == Formation::kCutPoint) return ValueOrMissing(cutPoint);
+    return classFormation == Formation::kFromData ? FirstOrMissing(givenCategories) : JoinValues(givenCategories);
+}
+
+std::string BinaryClasses::SecondClassParameter() const {
+    return classFormation == Formation::kFromData ? FirstOrMissing(notUsedCategories) : JoinValues(notUsedCategories);
+}
+
+void BinaryClasses::AddUnknownCategories(ResultElement& element) const {
+    if (classFormation == Formation::kGivenCategoryList) {
+        element.AddUnknownCategories(givenCategories, originalGivenCategories);
+    }
+}

@@ -1,0 +1,45 @@
+#include "onesample/DistributionEstimates.h"
+
+#include <new>
+
+#include "planning/StatusCodes.h"
+#include "platform/common/QKMV.h"
+
+QKStatus DistributionEstimates::Choose(const TheoreticalDistribution& distribution, int variableIndex, int weightIndex,
+                                       bool hasError) {
+    const bool isUniform = distribution.kind == DistributionKind::kUniform;
+    const bool isNormal = distribution.kind == DistributionKind::kNormal;
+    meanFromSample = !isUniform && QKMV::IsMissing(distribution.mean);
+    stdDevFromSample = isNormal && QKMV::IsMissing(distribution.stdDev);
+    rangeFromSample =
+        (isUniform || !hasError) && (QKMV::IsMissing(distribution.minimum) || QKMV::IsMissing(distribution.maximum));
+    if (!meanFromSample && !stdDevFromSample && !rangeFromSample) return QKStatus();
+
+    sampleStatistics.reset(new (std::nothrow) QKContUnivariateVariable(variableIndex, weightIndex));
+    if (sampleStatistics == nullptr) return QKStatus(StatusCode::kAllocationFailed);
+    if (meanFromSample) sampleStatistics->AddStatistic(Statistic::kMean);
+    if (stdDevFromSample) sampleStatistics->AddStatistic(Statistic::kMeanAndStdDev);
+    if (rangeFromSample) {
+        sampleStatistics->AddStatistic(Statistic::kMax);
+        sampleStatistics->AddStatistic(Statistic::kMin);
+    }
+    return QKStatus();
+}
+
+QKStatus DistributionEstimates::AddRecord(const Record& record) {
+    return sampleStatistics == nullptr ? QKStatus() : sampleStatistics->AddRecord(record);
+}
+
+QKStatus DistributionEstimates::EndPass() {
+    return sampleStatistics == nullptr ? QKStatus() : sampleStatistics->EndPass();
+}
+
+void DistributionEstimates::TakeInto(TheoreticalDistribution& distribution) const {
+    if (sampleStatistics == nullptr) return;
+    if (meanFromSample) distribution.mean = sampleStatistics->GetMean();
+    if (stdDevFromSample) distribution.stdDev = sampleStatistics->GetStdDev();
+    if (rangeFromSample) {
+        distribution.minimum = sampleStatistics->GetMin();
+        distribution.maximum = sampleStatistics->GetMax();
+    }
+}

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <memory>
+
+#include "onesample/TheoreticalDistribution.h"
+#include "platform/common/QKStatus.h"
+#include "platform/common/Record.h"
+#include "support/QKUnivariateVariable.h"
+
+/// The parameters of a distribution that come from the sample: those that were not given. Of a range with one end
+/// missing both ends are estimated.
+class DistributionEstimates {
+ public:
+    /// Finds out what is to be estimated. An error of the test takes away the range, but not that of a uniform
+    /// distribution. 220002 without memory.
+    QKStatus Choose(const TheoreticalDistribution& distribution, int variableIndex, int weightIndex, bool hasError);
+
+    QKStatus AddRecord(const Record& record);
+    QKStatus EndPass();
+    /// Writes the estimates into the distribution.
+    void TakeInto(TheoreticalDistribution& distribution) const;
+
+    bool HasRange() const { return rangeFromSample; }
+
+ private:
+    bool rangeFromSample = false;
+    bool meanFromSample = false;
+    bool stdDevFromSample = false;
+    /// Null where nothing is to be estimated.
+    std::unique_ptr<QKContUnivariateVariable> sampleStatistics;
+};

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "onesample/BinaryClasses.h"
+#include "planning/contract/TARNPlan.h"
+#include "planning/contract/TARNTest.h"
+
+/// The binomial test of one field, setting "OBinomial".
+class TARNBinomial : public TARNTest {
+ public:
+    /// Reads from its settings "testProbability", "sigLevel" and what `BinaryClasses` reads.
+    explicit TARNBinomial(std::unique_ptr<QKSettings> testSettings) : TARNTest(std::move(testSettings)) {}
+
+    /// Borrowed; read in `BeginPass`. A null leaves what was there.
+    void SetUnivariateResults(UnivariateResults* results) override {
+        if (results != nullptr) univariateResults = results;
+    }
+    QKStatus BeginPass() override;
+    QKStatus ProcessRecord(Record& record) override;
+    bool NeedsAnotherPass() override { return false; }
+    QKStatus EndPass() override;
+    void GetUsedVariables(std::vector<int>& fieldIndices) override;
+    QKXML::XMLElement* MakeResultElement() override;
+
+ private:
+    void ComputeAsymptotic();
+    void ComputeExact();
+    void ComputePercentages();
+    void AddCondition(ResultElement& element) const;
+
+    UnivariateResults* univariateResults = nullptr;
+    double sigLevel = 0.05;
+    double testProbability = 0.5;
+    BinaryClasses classes;
+    std::int32_t firstCount = 0;
+    std::int32_t totalN = 0;
+    /// Observed first and second class, then the hypothesized ones.
+    std::array<double, 4> percentages{};
+    double asymptoticSig = 0;
+    double exactSig = 0;
+    bool twoTailed = false;
+    double standardError = 0;
+    double standardTestStatistic = 0;
+};
+
+/// The plan builder of "OBinomial". Keys: "variableName"; "catVarClassFormation" with "givenCategoryList", or
+/// "contVarClassFormation" with "givenCutPoint"; "testProbability".
+void PlanBinomial(const QKSettings& entry, TARNPlan& plan);
