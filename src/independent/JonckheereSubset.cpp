@@ -9,12 +9,12 @@ namespace {
 
 __extension__ using Wide = __int128;
 
-/// The sixth power of a total up to here fits into 128 bits several times.
+/// The sixth power of a total up to here fits into 128 bits several times, and the third one into a long double.
 constexpr double kExactUpTo = 1'500'000;
 
 /// The formula over a common denominator, in integers or, beyond them, in long doubles.
 template <typename Number>
-double VarianceIn(const std::vector<double>& sizes, double pairsTied, double triplesTied) {
+double VarianceIn(const std::vector<double>& sizes, long double pairsTied, long double triplesTied) {
     Number n = 0;
     Number s3 = 0;
     Number s4 = 0;
@@ -36,8 +36,10 @@ double VarianceIn(const std::vector<double>& sizes, double pairsTied, double tri
 
 }  // namespace
 
-double JonckheereVariance(const std::vector<double>& sizes, double pairsTied, double triplesTied) {
-    const double n = std::accumulate(sizes.begin(), sizes.end(), 0.0);
+double JonckheereVariance(const std::vector<double>& sizes, long double pairsTied, long double triplesTied) {
+    const auto n = static_cast<long double>(std::accumulate(sizes.begin(), sizes.end(), 0.0));
+    // More pairs are tied than there are where the records don't go with the sizes: nothing bounds them then.
+    if (pairsTied > n * (n - 1)) return VarianceIn<long double>(sizes, pairsTied, triplesTied);
     if (n <= kExactUpTo) return VarianceIn<Wide>(sizes, pairsTied, triplesTied);
     // The two cases in which nothing can vary; rounding must not leave a rest of them.
     const bool isAllTied = pairsTied == n * (n - 1);
@@ -50,7 +52,8 @@ void JonckheereSubset::SetGroups(std::vector<double> groupSizes) {
     sizes = std::move(groupSizes);
     totalN = std::accumulate(sizes.begin(), sizes.end(), 0.0);
     pairs.assign(sizes.empty() ? 0 : sizes.size() * (sizes.size() - 1) / 2, PairRankSum());
-    tieWeight = pairsTied = triplesTied = 0;
+    tieWeight = 0;
+    pairsTied = triplesTied = 0;
 }
 
 PairRankSum& JonckheereSubset::PairAt(std::size_t first, std::size_t second) {
@@ -73,8 +76,9 @@ void JonckheereSubset::Add(double value, std::int32_t weight, std::size_t place)
 }
 
 void JonckheereSubset::CloseTie() {
-    pairsTied += tieWeight * (tieWeight - 1);
-    triplesTied += tieWeight * tieWeight * (tieWeight - 1);
+    const long double t = tieWeight;
+    pairsTied += t * (t - 1);
+    triplesTied += t * t * (t - 1);
     tieWeight = 0;
 }
 

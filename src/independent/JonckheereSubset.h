@@ -45,14 +45,14 @@ class JonckheereSubset {
 
     double totalN = 0;
     std::vector<PairRankSum> pairs;  // row by row: each place with those behind it
-    // Over the runs of t equal values: sum of t (t - 1), and of t^2 (t - 1).
     double tieValue = 0;
     double tieWeight = 0;
-    double pairsTied = 0;
-    double triplesTied = 0;
+    // Over the runs of t equal values: sum of t (t - 1), and of t^2 (t - 1), which a double rounds from 262,147 on.
+    long double pairsTied = 0;
+    long double triplesTied = 0;
 };
 
 /// The variance of J among groups of these sizes (each at least 0), with `pairsTied` and `triplesTied` as above, for
 /// a total of at least 3 (Kendall and Gibbons, 1990, Rank Correlation Methods, chapter 4). It is formed without
 /// rounding as long as the total allows it, so that it is 0, and not a small number, where it should be.
-double JonckheereVariance(const std::vector<double>& sizes, double pairsTied, double triplesTied);
+double JonckheereVariance(const std::vector<double>& sizes, long double pairsTied, long double triplesTied);

@@ -103,6 +103,7 @@ void TARNJonckTer::BeginSizes() {
     settings->GetSettingValByName(SettingKey::kGroupVariableIndex, groupVariableIndex);
     settings->GetSettingValByName(SettingKey::kWeightVariableIndex, weightIndex);
     settings->GetSettingValByName(SettingKey::kSigLevel, sigLevel);
+    orderOfHypotheses = kSmallestToLargest;
     settings->GetSettingValByName(kOrderOfHypotheses, orderOfHypotheses);
     comparisons.Read(*settings);
     if (univariateResults == nullptr) {

@@ -104,9 +104,15 @@ void PlanKruskalWOneWay(const QKSettings& entry, TARNPlan& plan) {
     }
     builder.RequestOriginFrequencies();
     CopyComparison(builder);
-    const int categoryCount = hasGroups ? varList.GetVarAt(group)->GetCategoryCount() : 0;
-    if (hasGroups && categoryCount < 2) builder.FailToo(kTooFewCategories);
-    if (categoryCount >= 2) builder.TestSettings().AddSetting(kNumberOfCategories, categoryCount);
+    if (group >= 0) {
+        // A field of another kind has no categories, and so fails here, too.
+        const int categoryCount = varList.GetVarAt(group)->GetCategoryCount();
+        if (categoryCount < 2) {
+            builder.FailToo(kTooFewCategories);
+        } else {
+            builder.TestSettings().AddSetting(kNumberOfCategories, categoryCount);
+        }
+    }
     builder.AddToSortedWorker<TARNKruskalWOneWay>(test);
 }
 
@@ -317,7 +323,7 @@ QKXML::XMLElement* TARNKruskalWOneWay::MakeResultElement() {
     statistics.Row(RowName::kDegreeOfFreedom, TextOrEmpty(mainResult.degreesOfFreedom));
     statistics.Row(RowName::kAsymptoticSig2Tailed, TextOrEmpty(mainResult.sig));
     AddBoxes(element);
-    if (!pairSubsets.empty()) AddPairwiseResult(element, steps.Rules(), Samples(mainGroups), pairSubsets);
+    if (!pairSubsets.empty()) AddPairwiseResult(element, steps.Rules(), PairedSamples(), pairSubsets);
     // The search has told of the groups that stand alone; writing them adds no word to that.
     if (steps.IsDone()) static_cast<void>(AddStepwiseResult(element, steps, Samples(sortedGroups)));
     return element.Release();
@@ -341,4 +347,15 @@ ComparedSamples TARNKruskalWOneWay::Samples(const std::vector<std::size_t>& grou
     std::vector<double> meanRanks;
     for (const std::size_t group : groups) meanRanks.push_back(MeanRank(group));
     return {groupVariableIndex, JoinValues(std::vector<double>(groups.begin(), groups.end())), JoinValues(meanRanks)};
+}
+
+/// The same of the groups whose pairs are compared; one of negative weight has no mean rank here.
+ComparedSamples TARNKruskalWOneWay::PairedSamples() const {
+    ComparedSamples samples = Samples(mainGroups);
+    samples.orderValues.clear();
+    for (const std::size_t group : mainGroups) {
+        if (group != mainGroups.front()) samples.orderValues += ";";
+        if (groupCounts[group] > 0) samples.orderValues += DoubleToString(MeanRank(group));
+    }
+    return samples;
 }

@@ -50,6 +50,7 @@ class TARNKruskalWOneWay : public TARNTest {
     PairRecord Compare(std::size_t a, std::size_t b) const;
     double MeanRank(std::size_t group) const { return rankSums[group] / groupCounts[group]; }
     ComparedSamples Samples(const std::vector<std::size_t>& groups) const;
+    ComparedSamples PairedSamples() const;
 
     void AddBoxes(ResultElement& element) const;
 
