@@ -36,7 +36,9 @@ constexpr GroupedFieldsCodes kFieldCodes{.testNameMissing = 222315,
                                          .groupNameMissing = 222316,
                                          .unknownField = 222303,
                                          .testNotContinuous = 222318,
-                                         .groupNotCategorical = 222317};
+                                         .groupNotCategorical = 222317,
+                                         // Documents show this code without a parameter, unlike its neighbours.
+                                         .tellsNotContinuous = false};
 constexpr long kMedianMissing = 222322;
 constexpr long kNoUnivariateResults = 222306;
 constexpr long kTooFewCategories = 222320;
@@ -256,9 +258,10 @@ void TARNKSMedian::EndOverall() {
         for (GroupBoxPlot& box : groupBoxes) box.Finish();
         if (!userSpecifyMedian) overall.FinishMedian();
     } else if (overallPass == 2) {
+        // A table that can't be tested counts as significant, so that two groups are told that they are too few as
+        // well.
         overallSignificant = Judge(overall, Mode::kOverall, {});
-        if (status.IsError()) return;
-        overallDone = true;
+        overallDone = !status.IsError();
         if (!overallSignificant) {
             Refuse(kNotSignificant);
         } else if (activeGroups.size() < kSmallestComparison) {
@@ -351,6 +354,7 @@ FourfoldTable TARNKSMedian::TableOf(const MedianSubset& subset) const {
 }
 
 double TARNKSMedian::DecidingSig() const {
+    if (overall.GroupCount() == 0) return 1;  // no pass has been made
     return fisherComputed ? fisherSig : yatesComputed ? yatesSig : overall.sig;
 }
 

@@ -28,7 +28,7 @@ bool IsContinuous(int kind) {
 
 /// The field under a key of the entry, -1 if it is not found.
 int ResolveField(TARNPlanBuilder& builder, const QKVarList& varList, const char* nameKey, const char* indexKey,
-                 long nameMissing, long unknownField, bool (*fits)(int kind), long wrongKind) {
+                 long nameMissing, long unknownField, bool (*fits)(int kind), long wrongKind, bool tellsKind) {
     std::string name;
     if (!builder.Read(nameKey, name)) {
         builder.Fail(nameMissing);
@@ -40,7 +40,12 @@ int ResolveField(TARNPlanBuilder& builder, const QKVarList& varList, const char*
         return -1;
     }
     builder.TestSettings().AddSetting(indexKey, field);
-    if (!fits(varList.GetVarAt(field)->GetKind())) builder.Fail(wrongKind, IntToString(field));
+    if (fits(varList.GetVarAt(field)->GetKind())) return field;
+    if (tellsKind) {
+        builder.Fail(wrongKind, IntToString(field));
+    } else {
+        builder.Fail(wrongKind);
+    }
     return field;
 }
 
@@ -82,12 +87,13 @@ GroupedFields PlanGroupedFields(TARNPlanBuilder& builder, TARNPlan& plan, const 
                                 AfterFailedTestField after) {
     const QKVarList& varList = plan.GetVarList();
     GroupedFields fields;
-    fields.test = ResolveField(builder, varList, SettingKey::kVariableName, SettingKey::kVariableIndex,
-                               codes.testNameMissing, codes.unknownField, IsContinuous, codes.testNotContinuous);
+    fields.test =
+        ResolveField(builder, varList, SettingKey::kVariableName, SettingKey::kVariableIndex, codes.testNameMissing,
+                     codes.unknownField, IsContinuous, codes.testNotContinuous, codes.tellsNotContinuous);
     if (builder.IsOK()) {
         fields.group = ResolveField(builder, varList, SettingKey::kGroupVariableName, SettingKey::kGroupVariableIndex,
                                     codes.groupNameMissing, codes.unknownField, FieldKind::IsCategorical,
-                                    codes.groupNotCategorical);
+                                    codes.groupNotCategorical, true);
     } else if (after == AfterFailedTestField::kStillFindGroup) {
         fields.group = FindGroupSilently(builder, varList);
     }

@@ -26,6 +26,7 @@ struct GroupedFieldsCodes {
     long unknownField;
     long testNotContinuous;
     long groupNotCategorical;
+    bool tellsNotContinuous = true;  ///< whether the failure by `testNotContinuous` has the index as its parameter
 };
 
 /// The fields that a plan builder found; -1 for one that it did not find.
