@@ -4,6 +4,7 @@
 #include <array>
 
 #include "independent/TARNHodgesLehmannTwoIndep.h"
+#include "independent/TARNKSmirnowTwoSample.h"
 #include "independent/TARNMannWU.h"
 #include "independent/TARNMoses.h"
 #include "onesample/TARNKSmirnowOneSample.h"
@@ -38,7 +39,7 @@ constexpr std::array kCatalog{
     TARNTestRow{"RMarginalHomogeneity", PlanMargHomo},
     TARNTestRow{"RFriedmansTwoWayByRanks", kNotBuiltYet},
     TARNTestRow{"RKendallsCoefficient", kNotBuiltYet},
-    TARNTestRow{"IKolmogorovSmirnov", kNotBuiltYet},
+    TARNTestRow{"IKolmogorovSmirnov", PlanKSmirnowTwoSample},
     TARNTestRow{"IKruskalWallis", kNotBuiltYet},
     TARNTestRow{"IJonckheereTerpstra", kNotBuiltYet},
     TARNTestRow{"IMedian", kNotBuiltYet},

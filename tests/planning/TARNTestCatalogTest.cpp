@@ -73,7 +73,6 @@ TEST(TARNTestCatalogTest, TheseNamesHaveNoPlanBuilderYet) {
         "OEstimateConfidenceInterval",
         "RFriedmansTwoWayByRanks",
         "RKendallsCoefficient",
-        "IKolmogorovSmirnov",
         "IKruskalWallis",
         "IJonckheereTerpstra",
         "IMedian",

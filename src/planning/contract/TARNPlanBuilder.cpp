@@ -15,11 +15,19 @@ TARNPlanBuilder::TARNPlanBuilder(const QKSettings& entry, TARNPlan& plan, Common
 
 void TARNPlanBuilder::Fail(long code) {
     status = QKStatus(code);
+    isMessageOpen = true;
 }
 
 void TARNPlanBuilder::Fail(long code, const std::string& parameter) {
     Fail(code);
     parameters.push_back(parameter);
+}
+
+void TARNPlanBuilder::EndMessage() {
+    if (!isMessageOpen) return;
+    messages.push_back({status, MessageKind::kError, std::move(parameters), {}});
+    parameters.clear();
+    isMessageOpen = false;
 }
 
 void TARNPlanBuilder::RequestOriginFrequencies() {
