@@ -16,6 +16,8 @@ inline constexpr long kNoRecords = 220003;
 inline constexpr long kUnknownFieldKind = 220004;
 /// No record stream was given, or the sorted view of a field is missing.
 inline constexpr long kNoIterator = 220005;
+/// A distribution function gave no value.
+inline constexpr long kSignificanceFailed = 220007;
 /// The only code of a test that stops the whole run.
 inline constexpr long kOutOfMemory = 220012;
 inline constexpr long kWeightTooLarge = 220026;

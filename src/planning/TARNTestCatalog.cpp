@@ -7,6 +7,7 @@
 #include "independent/TARNKSmirnowTwoSample.h"
 #include "independent/TARNMannWU.h"
 #include "independent/TARNMoses.h"
+#include "independent/TARNWaldWolfRuns.h"
 #include "onesample/TARNKSmirnowOneSample.h"
 #include "onesample/TARNWilcoxonSR.h"
 #include "related/TARNHodgesLehmannPairs.h"
@@ -33,7 +34,7 @@ constexpr std::array kCatalog{
     TARNTestRow{"IMoses", PlanMoses},
     TARNTestRow{"RCochransQ", kNotBuiltYet},
     TARNTestRow{"OBinomial", kNotBuiltYet},
-    TARNTestRow{"IWaldWolfowitzRuns", kNotBuiltYet},
+    TARNTestRow{"IWaldWolfowitzRuns", PlanWaldWolfRuns},
     TARNTestRow{"OEstimateConfidenceInterval", kNotBuiltYet},
     TARNTestRow{"RMcNemar", PlanMcNemar},
     TARNTestRow{"RMarginalHomogeneity", PlanMargHomo},

@@ -41,6 +41,8 @@ inline constexpr const char* kCategoryFieldsComparison = "CategoryFieldsComparis
 inline constexpr const char* kContent = "Content";
 inline constexpr const char* kAsymptotic = "Asymptotic";
 inline constexpr const char* kMostExtremeDifferences = "MostExtremeDifferences";
+inline constexpr const char* kMinimumPossible = "MinimumPossible";
+inline constexpr const char* kMaximumPossible = "MaximumPossible";
 /// Followed by the number of the group.
 inline constexpr const char* kGroup = "Group";
 inline constexpr const char* kBoxPlotInfo = "BoxPlotInfo";

@@ -69,7 +69,6 @@ TEST(TARNTestCatalogTest, TheseNamesHaveNoPlanBuilderYet) {
         "OChiSquare",
         "RCochransQ",
         "OBinomial",
-        "IWaldWolfowitzRuns",
         "OEstimateConfidenceInterval",
         "RFriedmansTwoWayByRanks",
         "RKendallsCoefficient",

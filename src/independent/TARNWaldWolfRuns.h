@@ -1,0 +1,68 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "independent/GroupHistogram.h"
+#include "independent/RunCounter.h"
+#include "independent/TwoGroups.h"
+#include "planning/contract/TARNPlan.h"
+#include "planning/contract/TARNTest.h"
+#include "support/ResultElements.h"
+
+/// The Wald-Wolfowitz runs test of two independent groups, setting "IWaldWolfowitzRuns".
+class TARNWaldWolfRuns : public TARNTest {
+ public:
+    /// Reads from its settings "variableIndex", "groupVariableIndex", "weightVariableIndex" and "sigLevel", and, where
+    /// they are there, "classFormation" with "group1List" and "group2List", which its plan builder does not write.
+    explicit TARNWaldWolfRuns(std::unique_ptr<QKSettings> testSettings) : TARNTest(std::move(testSettings)) {}
+
+    void SetUnivariateResults(UnivariateResults* results) override {
+        if (results != nullptr) univariateResults = results;
+    }
+    QKStatus BeginPass() override;
+    QKStatus ProcessRecord(Record& record) override;
+    bool NeedsAnotherPass() override { return passCounter == 1; }
+    QKStatus EndPass() override;
+    void GetUsedVariables(std::vector<int>& fieldIndices) override {
+        fieldIndices = {variableIndex, groupVariableIndex};
+    }
+    QKXML::XMLElement* MakeResultElement() override;
+
+ private:
+    /// What is told of one number of runs.
+    struct RunsResult {
+        std::int32_t runs = 0;
+        double standardError = 0;
+        double z = 0;
+        double sig = 0;
+        double exact = 0;
+    };
+
+    void BeginCounting();
+    QKStatus ReadGroups();
+    void EndCounting();
+    bool Compute(RunsResult& result, std::int32_t runs) const;
+    bool HasExact() const;
+    std::int32_t TotalN() const;
+    void AddResult(StructuredTable& statistics, const char* name, const RunsResult& result) const;
+
+    UnivariateResults* univariateResults = nullptr;
+    double sigLevel = 0.05;
+    bool twoCategoryLists = false;
+    TwoGroups groups;
+    int variableIndex = -1;
+    int groupVariableIndex = -1;
+    int weightIndex = -1;
+    RunCounter runs;
+    RunsResult minimum;
+    RunsResult maximum;
+    std::uint32_t passCounter = 0;
+    std::array<GroupHistogram, 2> groupVariables;
+};
+
+/// The plan builder of "IWaldWolfowitzRuns". Keys: "variableName" and "groupVariableName", one field each, the second
+/// one of two categories; "originVariableName", optional. Listed groups ("classFormation") are refused.
+void PlanWaldWolfRuns(const QKSettings& entry, TARNPlan& plan);
