@@ -4,49 +4,44 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "platform/common/QKMV.h"
-
-/// Counts the runs of group membership in the ascending order of a field, block by block of equal values: the fewest
-/// and the most runs that any order within the blocks gives.
+/// Counts the runs of group membership in the ascending order of a field. Equal values of both groups leave their order
+/// open, so there are two counts: the smallest and the largest number that an order of them could give. Equal values
+/// are a block; all products are 32 bits wide.
 class RunCounter {
  public:
-    /// Takes a record of group 0 or 1, in ascending order of the values.
-    void Add(double value, std::int32_t weight, std::size_t group);
-    /// Closes the last block.
-    void Finish();
+    using GroupCounts = std::array<std::int32_t, 2>;
+    /// The size of a group that no record was of, which no other size is meant to be.
+    static constexpr std::int32_t kNoRecord = -1;
 
-    std::int32_t FewestRuns() const { return minRuns; }
-    std::int32_t MostRuns() const { return maxRuns; }
-    /// The weighted size of a group; -1 for one that had no record.
-    std::int32_t GroupCount(std::size_t group) const { return groupCount[group]; }
-    /// Blocks that hold both groups, and the weight in them.
+    /// The values have to ascend.
+    void Add(double value, std::size_t group, std::int32_t weight);
+    /// After the last value.
+    void Close();
+
+    const GroupCounts& Counts() const { return groupCount; }
+    std::int32_t MinRuns() const { return minRuns; }
+    std::int32_t MaxRuns() const { return maxRuns; }
+    /// Blocks that hold both groups, and the cases in them.
     std::int32_t TieBlocks() const { return tieBlocks; }
     std::int32_t TieCases() const { return tieCases; }
 
  private:
-    static constexpr std::int32_t kNoRecordYet = -1;
-
     void CloseBlock();
-    void NoteTie();
+    void CloseOfOneGroup(std::int32_t difference);
+    void CloseOfBothGroups(std::int32_t smaller, std::int32_t difference);
+    void CountTies();
 
+    GroupCounts groupCount{kNoRecord, kNoRecord};
     bool firstRecord = true;
+    // The block in hand.
     double blockValue = 0;
-    std::array<std::int32_t, 2> groupCount{kNoRecordYet, kNoRecordYet};
-    std::array<std::int32_t, 2> blockCount{0, 0};
-    std::int32_t maxSign = 0;
-    std::int32_t minSign = 0;
+    GroupCounts blockCount{};
+    // The counts, and for each the last difference of the groups in a block that had one: its sign tells the group at
+    // the end.
     std::int32_t minRuns = 1;
     std::int32_t maxRuns = 0;
+    std::int32_t minSign = 0;
+    std::int32_t maxSign = 0;
     std::int32_t tieBlocks = 0;
     std::int32_t tieCases = 0;
 };
-
-/// The normal approximation of a number of runs among n1 and n2 cases; both missing where the variance isn't positive.
-struct RunStatistics {
-    double standardError = QKMV::Missing();
-    double z = QKMV::Missing();
-};
-RunStatistics NormalRunStatistics(std::int32_t n1, std::int32_t n2, std::int32_t runs);
-
-/// P(R <= runs), each arrangement of n1 and n2 cases being as likely as any other; missing where a term overflows.
-double ExactRunSignificance(std::int32_t n1, std::int32_t n2, std::int32_t runs);

@@ -38,7 +38,7 @@ constexpr GroupedFieldsCodes kFieldCodes{.testNameMissing = 222315,
                                          .testNotContinuous = 222318,
                                          .groupNotCategorical = 222317,
                                          // Documents show this code without a parameter, unlike its neighbours.
-                                         .tellsNotContinuous = false};
+                                         .tellsTestField = false};
 constexpr long kMedianMissing = 222322;
 constexpr long kNoUnivariateResults = 222306;
 constexpr long kTooFewCategories = 222320;

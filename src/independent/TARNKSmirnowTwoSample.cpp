@@ -1,27 +1,25 @@
 // Kolmogorov-Smirnov test of two independent groups.
 //
-// Question    Do two groups come from the same distribution?
-// Data        Records that miss neither field, in ascending order of the test field. n1 and n2 are the weighted sizes.
-// Statistic   z = sqrt(n1 n2 / (n1 + n2)) D, D the largest absolute difference of the two empirical distribution
-//             functions; asymptotic significance by Kolmogorov's distribution. A difference is that of the larger
-//             group less the other one.
-// Source      Smirnov (1939), Bulletin Mathematique de l'Universite de Moscou 2, 3-26; Smirnov (1948), Annals of
+// Question    Has a continuous field the same distribution in two groups?
+// Data        Records that miss neither field, in ascending order of the test field. The first pass counts the groups,
+//             n1 and n2, and finds their ranges; the second one walks their distribution functions.
+// Statistic   D, the largest distance of the two distribution functions behind each run of equal values, and
+//             z = sqrt(n1 n2 / (n1 + n2)) D with a significance by Kolmogorov's limit. A difference is that of the
+//             larger group less that of the smaller one; of equal groups, of the first less the second.
+// Source      Smirnov (1939), Bulletin mathematique de l'Universite de Moscou 2 (2), 3-16; Smirnov (1948), Annals of
 //             Mathematical Statistics 19, 279-281.
-// Degenerate  An empty group: an error. Equal distributions: z = 0, significance 1.
+// Degenerate  An empty group: an error. Equal groups: D = 0, significance 1.
 
 #include "independent/TARNKSmirnowTwoSample.h"
 
 #include <algorithm>
 #include <cmath>
 #include <string>
-#include <utility>
 
-#include "independent/TwoGroups.h"
-#include "planning/StatusCodes.h"
 #include "planning/contract/SettingKeys.h"
 #include "planning/contract/TARNPlanBuilder.h"
-#include "platform/common/Truncation.h"
 #include "support/CaseWeight.h"
+#include "support/ResultElements.h"
 
 namespace {
 
@@ -29,59 +27,44 @@ constexpr const char* kTestName = "IKolmogorovSmirnov";
 constexpr const char* kConditionOfData = "DefaultAllDistinctValuesUsed_I_KolmogorovSmirnov_2";
 constexpr const char* kConditionOfLists = "CategoryListsAreSpecified_I_KolmogorovSmirnov_2";
 
-constexpr long kSettingsMissing = 222001;
-constexpr long kFieldUnknown = 222003;
-constexpr long kNoSignificance = 222005;
+constexpr GroupedFieldsCodes kFieldCodes{.testNameMissing = 222003,
+                                         .groupNameMissing = 222003,
+                                         .unknownField = 222003,
+                                         .testNotContinuous = 222012,
+                                         .groupNotCategorical = 222013,
+                                         .tellsTestField = false,
+                                         .tellsGroupField = false};
+constexpr long kSettingsIncomplete = 222001;
+constexpr long kExponentFailed = 222005;
 constexpr long kNotTwoCategories = 222009;
 constexpr long kGroupEmpty = 222010;
 constexpr long kFirstRecordInNoGroup = 222011;
-constexpr long kTestNotContinuous = 222012;
-constexpr long kGroupNotCategorical = 222013;
 
 constexpr int kTwoCategories = 2;
 
-}  // namespace
+/// The pairs of two groups per case, all 32 bits wide by definition: with more than 4294967295 pairs, of two groups of
+/// 65536 say, the product wraps around. docs/limits.md tells what a user sees.
+double PairsPerCase(std::uint32_t n1, std::uint32_t n2) {
+    return static_cast<double>(n1 * n2) / static_cast<double>(n1 + n2);
+}
 
-// ---- Plan ----
+void CheckCategories(TARNPlanBuilder& builder, const QKVarList& varList, int groupField) {
+    if (groupField < 0) return;
+    const IQKVariable& group = *varList.GetVarAt(groupField);
+    if (!FieldKind::IsCategorical(group.GetKind())) return;  // has failed by its kind
+    if (group.GetCategoryCount() != kTwoCategories) builder.Fail(kNotTwoCategories);
+}
 
-namespace {
-
-/// The field under a key of the entry, -1 if it is not found.
-int FieldUnder(TARNPlanBuilder& builder, const QKVarList& varList, const char* nameKey, const char* indexKey) {
-    std::string name;
-    if (!builder.Read(nameKey, name)) {
-        builder.FailToo(kFieldUnknown);
-        return -1;
-    }
-    const int field = varList.FindVariable(name);
-    if (field >= 0) {
-        builder.TestSettings().AddSetting(indexKey, field);
-    } else {
-        builder.FailToo(kFieldUnknown, {name});
-    }
-    return field;
+std::vector<double> AsDoubles(const std::vector<int>& categories) {
+    return {categories.begin(), categories.end()};
 }
 
 }  // namespace
 
-/// The failures of both fields are told, not one of them.
 void PlanKSmirnowTwoSample(const QKSettings& entry, TARNPlan& plan) {
     TARNPlanBuilder builder(entry, plan, CommonSettings::kSigLevel);
-    const QKVarList& varList = plan.GetVarList();
-    GroupedFields fields;
-    fields.test = FieldUnder(builder, varList, SettingKey::kVariableName, SettingKey::kVariableIndex);
-    if (fields.test >= 0 && varList.GetVarAt(fields.test)->GetKind() != FieldKind::kContinuous) {
-        builder.FailToo(kTestNotContinuous);
-    }
-    fields.group = FieldUnder(builder, varList, SettingKey::kGroupVariableName, SettingKey::kGroupVariableIndex);
-    if (fields.group >= 0) {
-        const IQKVariable& group = *varList.GetVarAt(fields.group);
-        if (!FieldKind::IsCategorical(group.GetKind())) {
-            builder.FailToo(kGroupNotCategorical);
-        } else if (group.GetCategoryCount() != kTwoCategories) {
-            builder.FailToo(kNotTwoCategories);
-        }
-    }
+    const GroupedFields fields = PlanGroupedFields(builder, plan, kFieldCodes, AfterFailedTestField::kResolveGroup);
+    CheckCategories(builder, plan.GetVarList(), fields.group);
     builder.RequestOriginFrequencies();
     RequestGroupedFields(builder, plan, fields);
     builder.AddToSortedWorker<TARNKSmirnowTwoSample>(fields.test);
@@ -92,29 +75,32 @@ void PlanKSmirnowTwoSample(const QKSettings& entry, TARNPlan& plan) {
 QKStatus TARNKSmirnowTwoSample::BeginPass() {
     if (passCounter == 0) {
         ReadSettings();
-    } else if (!status.IsError()) {
-        for (Group& group : groups) group.variable.Begin();
+    } else {
+        if (!status.IsError()) {
+            for (Sample& sample : samples) sample.variable.Begin();
+        }
         passesRemaining = 1;
     }
     return status;
 }
 
-/// A test that its plan builder failed still reads its fields, so that its condition can show them.
+/// A test that its plan builder failed reads its fields too, so that its condition can show them.
 void TARNKSmirnowTwoSample::ReadSettings() {
     settings->GetSettingValByName(SettingKey::kWeightVariableIndex, weightIndex);
     settings->GetSettingValByName(SettingKey::kVariableIndex, variableIndex);
     settings->GetSettingValByName(SettingKey::kGroupVariableIndex, groupVariableIndex);
     if (status.IsError()) return;
-    bool isComplete = settings->GetSettingValByName(SettingKey::kSigLevel, sigLevel);
-    if (isComplete && settings->GetSettingValByName(SettingKey::kGroup1List, groups[kFirst].categories)) {
-        userSpecifyGroupList = settings->GetSettingValByName(SettingKey::kGroup2List, groups[kSecond].categories);
-        isComplete = userSpecifyGroupList;
+    std::vector<int> first;
+    std::vector<int> second;
+    const bool hasLevel = settings->GetSettingValByName(SettingKey::kSigLevel, sigLevel);
+    const bool hasFirst = hasLevel && settings->GetSettingValByName(SettingKey::kGroup1List, first);
+    userSpecifyGroupList = hasFirst && settings->GetSettingValByName(SettingKey::kGroup2List, second);
+    if (!hasLevel || hasFirst != userSpecifyGroupList) {
+        AddStatusMessage(QKStatus(kSettingsIncomplete), MessageKind::kError);
+        return;
     }
-    if (isComplete) {
-        passesRemaining = 2;
-    } else {
-        AddStatusMessage(QKStatus(kSettingsMissing), MessageKind::kError);
-    }
+    if (userSpecifyGroupList) groups = TwoGroups(AsDoubles(first), AsDoubles(second));
+    passesRemaining = 2;
 }
 
 void TARNKSmirnowTwoSample::GetUsedVariables(std::vector<int>& fieldIndices) {
@@ -122,100 +108,80 @@ void TARNKSmirnowTwoSample::GetUsedVariables(std::vector<int>& fieldIndices) {
     fieldIndices.push_back(groupVariableIndex);
 }
 
-bool TARNKSmirnowTwoSample::NeedsAnotherPass() {
-    return !status.IsError() && passCounter++ == 0;
-}
-
-std::size_t TARNKSmirnowTwoSample::GroupOf(std::int32_t category) const {
-    for (const std::size_t group : {kFirst, kSecond}) {
-        const std::vector<std::int32_t>& categories = groups[group].categories;
-        if (std::find(categories.begin(), categories.end(), category) != categories.end()) return group;
-    }
-    return kNeither;
-}
-
 QKStatus TARNKSmirnowTwoSample::ProcessRecord(Record& record) {
     const double value = record[static_cast<std::size_t>(variableIndex)];
-    const auto weight = static_cast<std::uint32_t>(CaseWeight(record, weightIndex));
     const std::int32_t category = TruncateToInt32(record[static_cast<std::size_t>(groupVariableIndex)]);
-    if (passCounter > 0) return Walk(value, weight, category);
-    const std::size_t at = GroupOf(category);
-    if (at == kNeither) return status;
-    Group& group = groups[at];
-    group.n += weight;
-    if (QKMV::IsMissing(group.min)) group.min = value;
-    group.max = value;
-    group.variable.ExtendRange(value);
+    const std::size_t group = groups.GroupOf(category);
+    const std::int32_t weight = CaseWeight(record, weightIndex);
+    if (passCounter > 0) {
+        if (group != TwoGroups::kNeither) samples[group].variable.Add(value, weight);
+        Walk(value, group, category, weight);
+    } else if (group != TwoGroups::kNeither) {
+        samples[group].n += static_cast<std::uint32_t>(weight);
+        samples[group].variable.ExtendRange(value);
+    }
     return status;
 }
 
-/// The difference is taken where the value changes, so that equal values of both groups are one place of it.
-QKStatus TARNKSmirnowTwoSample::Walk(double value, std::uint32_t weight, std::int32_t category) {
-    const std::size_t group = GroupOf(category);
-    if (group != kNeither) groups[group].variable.Add(value, static_cast<std::int32_t>(weight));
-    if (QKMV::IsMissing(lastValue) && group != kNeither) {
+void TARNKSmirnowTwoSample::Walk(double value, std::size_t group, std::int32_t category, std::int32_t weight) {
+    const auto added = static_cast<std::uint32_t>(weight);
+    if (QKMV::IsMissing(lastValue) && group != TwoGroups::kNeither) {
         lastValue = value;
         lastGroup = category;
     }
     if (value == lastValue) {
-        if (group != kNeither) groups[group].cumulated += weight;
-        return status;
+        if (group != TwoGroups::kNeither) samples[group].cumulative += added;
+        return;
     }
-    status = EvaluateDifference();
-    if (status.IsError()) return status;
-    // At a new value a record of neither group counts with the second one. It can't raise its distribution function
-    // above 1; documents depend on it.
-    groups[group == kFirst ? kFirst : kSecond].cumulated += weight;
+    TakeDifference();
+    // A record of neither group that brings a new value counts for the second one here, though its n does not know it.
+    // Documents depend on it.
+    samples[group == TwoGroups::kFirst ? TwoGroups::kFirst : TwoGroups::kSecond].cumulative += added;
     lastValue = value;
-    return status;
 }
 
-double TARNKSmirnowTwoSample::Group::DistributionAt(double value) const {
-    if (min > value) return 0;
-    return value >= max ? 1 : static_cast<double>(cumulated) / n;
+/// The share of the group up to a value: it has no step in front of its smallest value and none behind its largest.
+double TARNKSmirnowTwoSample::Sample::DistributionAt(double value) const {
+    if (variable.Min() > value) return 0;
+    if (value >= variable.Max()) return 1;
+    return static_cast<double>(cumulative) / n;
 }
 
-/// A walk that began in neither group only warns.
-QKStatus TARNKSmirnowTwoSample::EvaluateDifference() {
-    if (GroupOf(lastGroup) == kNeither) return QKStatus(kFirstRecordInNoGroup, true);
-    const auto& [first, second] = groups;
-    const double ahead = first.DistributionAt(lastValue) - second.DistributionAt(lastValue);
-    const double difference = first.n >= second.n ? ahead : -ahead;
-    if (difference >= 0) differences.positive = std::max(differences.positive, difference);
-    if (difference <= 0) differences.negative = std::min(differences.negative, difference);
-    return {};
+void TARNKSmirnowTwoSample::TakeDifference() {
+    if (groups.GroupOf(lastGroup) == TwoGroups::kNeither) {
+        status = QKStatus(kFirstRecordInNoGroup, true);
+        return;
+    }
+    const auto& [first, second] = samples;
+    double difference = first.DistributionAt(lastValue) - second.DistributionAt(lastValue);
+    if (first.n < second.n) difference = second.DistributionAt(lastValue) - first.DistributionAt(lastValue);
+    if (difference >= 0) extremes.positive = std::max(extremes.positive, difference);
+    if (difference <= 0) extremes.negative = std::min(extremes.negative, difference);
 }
 
 QKStatus TARNKSmirnowTwoSample::EndPass() {
-    if (passCounter != 1 || status.IsError()) return status;
-    EndWalk();
+    if (passCounter == 0) return status;
+    if (samples[TwoGroups::kFirst].n == 0 || samples[TwoGroups::kSecond].n == 0) {
+        AddStatusMessage(QKStatus(kGroupEmpty), MessageKind::kError);
+    }
     passesRemaining = 0;
+    if (status.IsError()) return status;
+    TakeDifference();
+    ComputeSignificance();
+    for (Sample& sample : samples) sample.variable.End();
     return status;
 }
 
-void TARNKSmirnowTwoSample::EndWalk() {
-    const std::uint32_t n1 = groups[kFirst].n;
-    const std::uint32_t n2 = groups[kSecond].n;
-    if (n1 == 0 || n2 == 0) {
-        AddStatusMessage(QKStatus(kGroupEmpty), MessageKind::kError);
-        return;
-    }
-    status = EvaluateDifference();
-    if (status.IsError()) return;
-    if (differences.HasPositive()) differences.absolute = differences.positive;
-    if (differences.HasNegative()) {
-        const double below = std::fabs(differences.negative);
-        differences.absolute = QKMV::IsMissing(differences.absolute) ? below : std::max(differences.absolute, below);
-    }
-    // The product and the sum are 32 bits wide and wrap around from 4,294,967,296 on.
-    z = std::sqrt(static_cast<double>(n1 * n2) / static_cast<double>(n1 + n2)) * differences.absolute;
+void TARNKSmirnowTwoSample::ComputeSignificance() {
+    if (extremes.HasPositive()) extremes.absolute = extremes.positive;
+    if (extremes.HasNegative()) extremes.absolute = std::max(extremes.absolute, std::fabs(extremes.negative));
+    z = std::sqrt(PairsPerCase(samples[TwoGroups::kFirst].n, samples[TwoGroups::kSecond].n)) * extremes.absolute;
     const std::optional<double> significance = KolmogorovSignificance(z);
     if (significance) {
         sig = *significance;
     } else {
-        AddStatusMessage(QKStatus(kNoSignificance), MessageKind::kError);
+        AddStatusMessage(QKStatus(kExponentFailed), MessageKind::kError);
     }
-    for (Group& group : groups) group.variable.End();
 }
 
 // ---- Element ----
@@ -228,15 +194,15 @@ QKXML::XMLElement* TARNKSmirnowTwoSample::MakeResultElement() {
     if (element.EndsWithMessages(messages, status)) return element.Release();
 
     StructuredTable statistics = element.AddTable(TableName::kStatisticsResult);
-    statistics.Row(RowName::kTotalN, static_cast<std::int32_t>(groups[kFirst].n + groups[kSecond].n));
-    differences.AddTable(statistics);
+    statistics.Row(RowName::kTotalN, SizeToString(samples[TwoGroups::kFirst].n + samples[TwoGroups::kSecond].n));
+    extremes.AddTable(statistics);
     statistics.Row(RowName::kTestStatistic, z);
     statistics.Row(RowName::kAsymptoticSig2Tailed, sig);
-    for (const std::size_t group : {kFirst, kSecond}) {
+    for (const std::size_t group : {TwoGroups::kFirst, TwoGroups::kSecond}) {
         StructuredTable table = element.AddTable(GroupTableName(group));
-        table.Row(RowName::kGroupIndex, static_cast<std::int32_t>(group));
-        table.Row(RowName::kN, static_cast<std::int32_t>(groups[group].n));
-        groups[group].variable.AddIntervals(table);
+        table.Row(RowName::kGroupIndex, SizeToString(group));
+        table.Row(RowName::kN, SizeToString(samples[group].n));
+        samples[group].variable.AddIntervals(table);
     }
     return element.Release();
 }

@@ -61,6 +61,12 @@ std::string TextOrEmpty(double value) {
 
 namespace {
 
+/// Notes a failure that has a message of its own.
+void FailAlone(TARNPlanBuilder& builder, long code) {
+    builder.Fail(code);
+    builder.EndMessage();
+}
+
 /// The field under a key of the entry, -1 if it is not found.
 int FieldUnder(TARNPlanBuilder& builder, const QKVarList& varList, const char* nameKey, const char* indexKey) {
     std::string name;
@@ -68,7 +74,7 @@ int FieldUnder(TARNPlanBuilder& builder, const QKVarList& varList, const char* n
     if (field >= 0) {
         builder.TestSettings().AddSetting(indexKey, field);
     } else {
-        builder.FailToo(kFieldUnknown);
+        FailAlone(builder, kFieldUnknown);
     }
     return field;
 }
@@ -78,7 +84,7 @@ void CopyComparison(TARNPlanBuilder& builder) {
     if (builder.Read(SettingKey::kTypeOfMultipleComparison, comparison)) {
         builder.TestSettings().AddSetting(SettingKey::kTypeOfMultipleComparison, comparison);
     } else {
-        builder.FailToo(kComparisonMissing);
+        FailAlone(builder, kComparisonMissing);
     }
 }
 
@@ -91,7 +97,7 @@ void PlanKruskalWOneWay(const QKSettings& entry, TARNPlan& plan) {
     const QKVarList& varList = plan.GetVarList();
     const int test = FieldUnder(builder, varList, SettingKey::kVariableName, SettingKey::kVariableIndex);
     if (test >= 0 && varList.GetVarAt(test)->GetKind() != FieldKind::kContinuous) {
-        builder.FailToo(kTestNotContinuous);
+        FailAlone(builder, kTestNotContinuous);
     } else if (test >= 0) {
         plan.RequestSorted(test);
     }
@@ -100,7 +106,7 @@ void PlanKruskalWOneWay(const QKSettings& entry, TARNPlan& plan) {
     if (hasGroups) {
         plan.Request(group, Statistic::kFrequencies);
     } else if (group >= 0) {
-        builder.FailToo(kGroupNotCategorical);
+        FailAlone(builder, kGroupNotCategorical);
     }
     builder.RequestOriginFrequencies();
     CopyComparison(builder);
@@ -108,7 +114,7 @@ void PlanKruskalWOneWay(const QKSettings& entry, TARNPlan& plan) {
         // A field of another kind has no categories, and so fails here, too.
         const int categoryCount = varList.GetVarAt(group)->GetCategoryCount();
         if (categoryCount < 2) {
-            builder.FailToo(kTooFewCategories);
+            FailAlone(builder, kTooFewCategories);
         } else {
             builder.TestSettings().AddSetting(kNumberOfCategories, categoryCount);
         }

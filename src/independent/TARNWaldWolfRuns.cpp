@@ -1,19 +1,21 @@
 // Wald-Wolfowitz runs test of two independent groups.
 //
-// Question    Do two groups come from the same distribution?
+// Question    Has a continuous field the same distribution in two groups?
 // Data        Records that miss neither field, in ascending order of the test field; those of neither group take no
-//             part. n1 and n2 are the weighted sizes, N = n1 + n2.
-// Statistic   The number of runs of one group in that order; ties across the groups leave it open between a fewest and
-//             a most number, which are told both. Normal approximation of the lower tail: mean 2 n1 n2 / N + 1,
-//             variance 2 n1 n2 (2 n1 n2 - N) / (N^2 (N - 1)), with a half added below 50 cases. Exact up to 30 cases.
-//             The approximation for the most runs decides, also where an exact significance stands beside it.
+//             part.
+// Statistic   The number R of runs of group membership; too few of them speak against the hypothesis. With
+//             t = 2 n1 n2 and N = n1 + n2 its mean is t / N + 1 and its variance (t - N) t / (N^2 (N - 1)); normal
+//             approximation, with a continuity correction below N = 50, and up to N = 30 the exact share of the
+//             arrangements with at most R runs. All are told for the smallest and for the largest number that equal
+//             values of both groups allow; the asymptotic significance of the largest one decides.
 // Source      Wald and Wolfowitz (1940), Annals of Mathematical Statistics 11, 147-162.
-// Degenerate  An empty group: an error. One record in each group: no variance, an error.
+// Degenerate  An empty group: an error. One record in each group has no variance: an error.
 
 #include "independent/TARNWaldWolfRuns.h"
 
 #include <string>
 
+#include "independent/RunsSignificance.h"
 #include "planning/StatusCodes.h"
 #include "planning/contract/SettingKeys.h"
 #include "planning/contract/TARNPlanBuilder.h"
@@ -33,16 +35,19 @@ constexpr GroupedFieldsCodes kFieldCodes{.testNameMissing = 221411,
                                          .unknownField = 221403,
                                          .testNotContinuous = 221404,
                                          .groupNotCategorical = 221404};
-constexpr long kListsRequested = 221401;
+constexpr long kListsRefused = 221401;
 constexpr long kNoFrequencies = 221406;
 constexpr long kNotTwoCategories = 221409;
 constexpr long kGroupEmpty = 221410;
 constexpr long kTiesAcrossGroups = 221413;
 
-constexpr std::int32_t kMostCasesOfExactTest = 30;
+/// An exact significance is computed for at most so many cases.
+constexpr std::int32_t kMostExact = 30;
 
-bool WantsTwoLists(const std::string& classFormation) {
-    return classFormation == kTwoCategoryLists;
+bool AsksForLists(const QKSettings& settings) {
+    std::string formation;
+    settings.GetSettingValByName(SettingKey::kClassFormation, formation);
+    return formation == kTwoCategoryLists;
 }
 
 }  // namespace
@@ -50,10 +55,8 @@ bool WantsTwoLists(const std::string& classFormation) {
 void PlanWaldWolfRuns(const QKSettings& entry, TARNPlan& plan) {
     TARNPlanBuilder builder(entry, plan, CommonSettings::kSigLevel);
     const GroupedFields fields = PlanGroupedFields(builder, plan, kFieldCodes, AfterFailedTestField::kStillFindGroup);
+    if (builder.IsOK() && AsksForLists(entry)) builder.Fail(kListsRefused);
     builder.RequestOriginFrequencies();
-    std::string formation;
-    builder.Read(SettingKey::kClassFormation, formation);
-    if (builder.IsOK() && WantsTwoLists(formation)) builder.Fail(kListsRequested);
     RequestGroupedFields(builder, plan, fields);
     builder.AddToSortedWorker<TARNWaldWolfRuns>(fields.test);
 }
@@ -62,44 +65,38 @@ void PlanWaldWolfRuns(const QKSettings& entry, TARNPlan& plan) {
 
 QKStatus TARNWaldWolfRuns::BeginPass() {
     if (passCounter == 0) {
-        passesRemaining = 2;
-        ReadSettings();
-        if (!status.IsError()) FormGroups();
-        if (status.IsError()) passesRemaining = 0;
+        BeginCounting();
     } else if (!status.IsError()) {
         for (GroupHistogram& variable : groupVariables) variable.Begin();
     }
     return status;
 }
 
-/// A test that its plan builder failed reads its settings too, so that its condition can show the fields.
-void TARNWaldWolfRuns::ReadSettings() {
+/// A test that its plan builder failed reads its fields too, so that its condition can show them.
+void TARNWaldWolfRuns::BeginCounting() {
+    passesRemaining = 2;
     settings->GetSettingValByName(SettingKey::kSigLevel, sigLevel);
-    std::string formation;
-    settings->GetSettingValByName(SettingKey::kClassFormation, formation);
-    twoCategoryLists = WantsTwoLists(formation);
+    twoCategoryLists = AsksForLists(*settings);
     settings->GetSettingValByName(SettingKey::kVariableIndex, variableIndex);
     settings->GetSettingValByName(SettingKey::kGroupVariableIndex, groupVariableIndex);
     settings->GetSettingValByName(SettingKey::kWeightVariableIndex, weightIndex);
+    if (status.IsError()) return;
+    const QKStatus read = ReadGroups();
+    if (read.IsError()) AddStatusMessage(read, MessageKind::kError);
+    runs = RunCounter();
 }
 
-void TARNWaldWolfRuns::FormGroups() {
+QKStatus TARNWaldWolfRuns::ReadGroups() {
     if (!twoCategoryLists) {
-        const QKStatus taken =
-            groups.TakeCategoriesOfData(univariateResults, groupVariableIndex, kNoFrequencies, kNotTwoCategories);
-        if (taken.IsError()) AddStatusMessage(taken, MessageKind::kError);
-        return;
+        return groups.TakeCategoriesOfData(univariateResults, groupVariableIndex, kNoFrequencies, kNotTwoCategories);
     }
     std::vector<double> first;
     std::vector<double> second;
     settings->GetSettingValByName(SettingKey::kGroup1List, first);
     settings->GetSettingValByName(SettingKey::kGroup2List, second);
-    if (first.empty() || second.empty()) AddStatusMessage(QKStatus(kGroupEmpty), MessageKind::kError);
+    if (first.empty() || second.empty()) return QKStatus(kGroupEmpty);
     groups = TwoGroups(std::move(first), std::move(second));
-}
-
-void TARNWaldWolfRuns::GetUsedVariables(std::vector<int>& fieldIndices) {
-    fieldIndices = {variableIndex, groupVariableIndex};
+    return QKStatus();
 }
 
 QKStatus TARNWaldWolfRuns::ProcessRecord(Record& record) {
@@ -109,96 +106,96 @@ QKStatus TARNWaldWolfRuns::ProcessRecord(Record& record) {
     const std::int32_t weight = CaseWeight(record, weightIndex);
     if (passCounter == 1) {
         groupVariables[group].Add(value, weight);
-        return status;
+    } else {
+        groupVariables[group].ExtendRange(value);
+        runs.Add(value, group, weight);
     }
-    groupVariables[group].ExtendRange(value);
-    counter.Add(value, weight, group);
     return status;
 }
 
 QKStatus TARNWaldWolfRuns::EndPass() {
-    if (status.IsError()) return status;
     if (passCounter == 0) {
         EndCounting();
     } else {
         for (GroupHistogram& variable : groupVariables) variable.End();
     }
-    if (status.IsError()) {
-        passesRemaining = 0;
-    } else {
-        --passesRemaining;
-        ++passCounter;
-    }
+    if (status.IsError()) return status;
+    ++passCounter;
+    --passesRemaining;
     return status;
 }
 
-std::int32_t TARNWaldWolfRuns::TotalN() const {
-    return Add32(counter.GroupCount(TwoGroups::kFirst), counter.GroupCount(TwoGroups::kSecond));
-}
-
-bool TARNWaldWolfRuns::HasExactSignificance() const {
-    return TotalN() <= kMostCasesOfExactTest;
-}
-
 void TARNWaldWolfRuns::EndCounting() {
-    counter.Finish();
-    const auto fail = [&](long code) { AddStatusMessage(QKStatus(code), MessageKind::kError); };
-    // A group without a record counts as -1 here, so that one such group beside a single case adds up to 0, too.
-    if (TotalN() == 0) return fail(StatusCode::kNoRecords);
-    if (counter.GroupCount(TwoGroups::kFirst) < 1 || counter.GroupCount(TwoGroups::kSecond) < 1) {
-        return fail(kGroupEmpty);
+    runs.Close();
+    const auto [n1, n2] = runs.Counts();
+    const auto fail = [this](long code) { AddStatusMessage(QKStatus(code), MessageKind::kError); };
+    // A group without a record counts as -1 here, so that a single case in all is no weight, while no record at all is
+    // an empty group.
+    if (TotalN() == 0) {
+        fail(StatusCode::kNoRecords);
+    } else if (n1 < 1 || n2 < 1) {
+        fail(kGroupEmpty);
+    } else if (!Compute(minimum, runs.MinRuns()) || !Compute(maximum, runs.MaxRuns())) {
+        fail(StatusCode::kSignificanceFailed);
+    } else if (runs.TieBlocks() >= 1) {
+        AddMessage({QKStatus(kTiesAcrossGroups),
+                    MessageKind::kWarning,
+                    {IntToString(runs.TieBlocks()), IntToString(runs.TieCases())},
+                    {}});
     }
-    fewest = Evaluate(counter.FewestRuns());
-    most = Evaluate(counter.MostRuns());
-    for (const RunResult* result : {&fewest, &most}) {
-        for (const double value : {result->statistics.standardError, result->statistics.z, result->exactSig}) {
-            if (QKMV::IsMissing(value)) return fail(StatusCode::kSignificanceFailed);
-        }
-    }
-    if (counter.TieBlocks() < 1) return;
-    AddMessage({QKStatus(kTiesAcrossGroups),
-                MessageKind::kWarning,
-                {IntToString(counter.TieBlocks()), IntToString(counter.TieCases())},
-                {}});
 }
 
-TARNWaldWolfRuns::RunResult TARNWaldWolfRuns::Evaluate(std::int32_t runs) const {
-    const std::int32_t n1 = counter.GroupCount(TwoGroups::kFirst);
-    const std::int32_t n2 = counter.GroupCount(TwoGroups::kSecond);
-    RunResult result;
-    result.runs = runs;
-    result.statistics = NormalRunStatistics(n1, n2, runs);
-    result.sig = QKMath::QKDistFun::CdfStdNorm(result.statistics.z);
-    if (HasExactSignificance()) result.exactSig = ExactRunSignificance(n1, n2, runs);
-    return result;
+/// False if anything has no value.
+bool TARNWaldWolfRuns::Compute(RunsResult& result, std::int32_t number) const {
+    const auto [n1, n2] = runs.Counts();
+    const std::optional<RunsStatistic> statistic = RunsNormalStatistic(number, n1, n2);
+    if (!statistic) return false;
+    result.runs = number;
+    result.standardError = statistic->standardError;
+    result.z = statistic->z;
+    result.sig = QKMath::QKDistFun::CdfStdNorm(statistic->z);  // of too few runs, though its row is called two-tailed
+    if (!HasExact()) return true;
+    const std::optional<double> exact = RunsExactSignificance(number, n1, n2);
+    if (exact) result.exact = *exact;
+    return exact.has_value();
+}
+
+bool TARNWaldWolfRuns::HasExact() const {
+    return TotalN() <= kMostExact;
+}
+
+std::int32_t TARNWaldWolfRuns::TotalN() const {
+    return Add32(runs.Counts()[0], runs.Counts()[1]);
 }
 
 // ---- Element ----
 
 QKXML::XMLElement* TARNWaldWolfRuns::MakeResultElement() {
+    // The largest number of runs decides, and by its asymptotic significance where there is an exact one as well.
     ResultElement element(kTestName, ResultType::kHypothesisTest, TestFamily::kIndependentSamples,
-                          Decide(status, sigLevel, most.sig));
+                          Decide(status, sigLevel, maximum.sig));
     element.AddCondition(twoCategoryLists ? kConditionOfLists : kConditionOfData,
                          {IntToString(variableIndex), IntToString(groupVariableIndex)});
     if (element.EndsWithMessages(messages, status)) return element.Release();
 
     for (const std::size_t group : {TwoGroups::kFirst, TwoGroups::kSecond}) {
         StructuredTable table = element.AddTable(GroupTableName(group));
-        table.Row(RowName::kGroupIndex, static_cast<std::int32_t>(group));
-        table.Row(RowName::kN, counter.GroupCount(group));
+        table.Row(RowName::kGroupIndex, SizeToString(group));
+        table.Row(RowName::kN, runs.Counts()[group]);
         groupVariables[group].AddIntervals(table);
     }
     StructuredTable statistics = element.AddTable(TableName::kStatisticsResult);
     statistics.Row(RowName::kTotalN, TotalN());
-    AddResult(statistics.Table(TableName::kMinimumPossible), fewest);
-    AddResult(statistics.Table(TableName::kMaximumPossible), most);
+    AddResult(statistics, TableName::kMinimumPossible, minimum);
+    AddResult(statistics, TableName::kMaximumPossible, maximum);
     return element.Release();
 }
 
-void TARNWaldWolfRuns::AddResult(StructuredTable statistics, const RunResult& result) const {
-    statistics.Row(RowName::kTestStatistic, result.runs);
-    statistics.Row(RowName::kStandardError, result.statistics.standardError);
-    statistics.Row(RowName::kStandardTestStatistic, result.statistics.z);
-    statistics.Row(RowName::kAsymptoticSig2Tailed, result.sig);
-    if (HasExactSignificance()) statistics.Row(RowName::kExactSig2Tailed, result.exactSig);
+void TARNWaldWolfRuns::AddResult(StructuredTable& statistics, const char* name, const RunsResult& result) const {
+    StructuredTable table = statistics.Table(name);
+    table.Row(RowName::kTestStatistic, result.runs);
+    table.Row(RowName::kStandardError, result.standardError);
+    table.Row(RowName::kStandardTestStatistic, result.z);
+    table.Row(RowName::kAsymptoticSig2Tailed, result.sig);
+    if (HasExact()) table.Row(RowName::kExactSig2Tailed, result.exact);
 }

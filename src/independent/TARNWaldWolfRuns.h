@@ -15,8 +15,8 @@
 /// The Wald-Wolfowitz runs test of two independent groups, setting "IWaldWolfowitzRuns".
 class TARNWaldWolfRuns : public TARNTest {
  public:
-    /// Reads from its settings "variableIndex", "groupVariableIndex", "weightVariableIndex", "sigLevel", and, which no
-    /// plan builder writes, "classFormation" with "group1List" and "group2List".
+    /// Reads from its settings "variableIndex", "groupVariableIndex", "weightVariableIndex" and "sigLevel", and, where
+    /// they are there, "classFormation" with "group1List" and "group2List", which its plan builder does not write.
     explicit TARNWaldWolfRuns(std::unique_ptr<QKSettings> testSettings) : TARNTest(std::move(testSettings)) {}
 
     void SetUnivariateResults(UnivariateResults* results) override {
@@ -26,25 +26,28 @@ class TARNWaldWolfRuns : public TARNTest {
     QKStatus ProcessRecord(Record& record) override;
     bool NeedsAnotherPass() override { return passCounter == 1; }
     QKStatus EndPass() override;
-    void GetUsedVariables(std::vector<int>& fieldIndices) override;
+    void GetUsedVariables(std::vector<int>& fieldIndices) override {
+        fieldIndices = {variableIndex, groupVariableIndex};
+    }
     QKXML::XMLElement* MakeResultElement() override;
 
  private:
-    /// A number of runs and what it says.
-    struct RunResult {
+    /// What is told of one number of runs.
+    struct RunsResult {
         std::int32_t runs = 0;
-        RunStatistics statistics;
+        double standardError = 0;
+        double z = 0;
         double sig = 0;
-        double exactSig = 0;
+        double exact = 0;
     };
 
-    void ReadSettings();
-    void FormGroups();
+    void BeginCounting();
+    QKStatus ReadGroups();
     void EndCounting();
-    RunResult Evaluate(std::int32_t runs) const;
+    bool Compute(RunsResult& result, std::int32_t runs) const;
+    bool HasExact() const;
     std::int32_t TotalN() const;
-    bool HasExactSignificance() const;
-    void AddResult(StructuredTable statistics, const RunResult& result) const;
+    void AddResult(StructuredTable& statistics, const char* name, const RunsResult& result) const;
 
     UnivariateResults* univariateResults = nullptr;
     double sigLevel = 0.05;
@@ -53,13 +56,13 @@ class TARNWaldWolfRuns : public TARNTest {
     int variableIndex = -1;
     int groupVariableIndex = -1;
     int weightIndex = -1;
-    RunCounter counter;
-    RunResult fewest;
-    RunResult most;
-    int passCounter = 0;
+    RunCounter runs;
+    RunsResult minimum;
+    RunsResult maximum;
+    std::uint32_t passCounter = 0;
     std::array<GroupHistogram, 2> groupVariables;
 };
 
-/// The plan builder of "IWaldWolfowitzRuns". Keys: "variableName", "groupVariableName"; "originVariableName",
-/// optional; a "classFormation" of two category lists is refused.
+/// The plan builder of "IWaldWolfowitzRuns". Keys: "variableName" and "groupVariableName", one field each, the second
+/// one of two categories; "originVariableName", optional. Listed groups ("classFormation") are refused.
 void PlanWaldWolfRuns(const QKSettings& entry, TARNPlan& plan);

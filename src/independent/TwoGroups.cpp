@@ -26,25 +26,32 @@ bool IsContinuous(int kind) {
     return kind == FieldKind::kContinuous;
 }
 
+/// One of the two fields, and what its failures are called.
+struct FieldRole {
+    const char* nameKey;
+    const char* indexKey;
+    long nameMissing;
+    long wrongKind;
+    bool (*fits)(int kind);
+    bool tellsWrongKind;
+};
+
 /// The field under a key of the entry, -1 if it is not found.
-int ResolveField(TARNPlanBuilder& builder, const QKVarList& varList, const char* nameKey, const char* indexKey,
-                 long nameMissing, long unknownField, bool (*fits)(int kind), long wrongKind, bool tellsKind) {
+int ResolveField(TARNPlanBuilder& builder, const QKVarList& varList, const FieldRole& role,
+                 const GroupedFieldsCodes& codes) {
     std::string name;
-    if (!builder.Read(nameKey, name)) {
-        builder.Fail(nameMissing);
+    if (!builder.Read(role.nameKey, name)) {
+        builder.Fail(role.nameMissing);
         return -1;
     }
     const int field = varList.FindVariable(name);
     if (field < 0) {
-        builder.Fail(unknownField, name);
+        builder.Fail(codes.unknownField, name);
         return -1;
     }
-    builder.TestSettings().AddSetting(indexKey, field);
-    if (fits(varList.GetVarAt(field)->GetKind())) return field;
-    if (tellsKind) {
-        builder.Fail(wrongKind, IntToString(field));
-    } else {
-        builder.Fail(wrongKind);
+    builder.TestSettings().AddSetting(role.indexKey, field);
+    if (!role.fits(varList.GetVarAt(field)->GetKind())) {
+        role.tellsWrongKind ? builder.Fail(role.wrongKind, IntToString(field)) : builder.Fail(role.wrongKind);
     }
     return field;
 }
@@ -86,14 +93,19 @@ bool WriteLists(TARNPlanBuilder& builder, const QKVarList& varList, int groupFie
 GroupedFields PlanGroupedFields(TARNPlanBuilder& builder, TARNPlan& plan, const GroupedFieldsCodes& codes,
                                 AfterFailedTestField after) {
     const QKVarList& varList = plan.GetVarList();
+    const FieldRole test{SettingKey::kVariableName,
+                         SettingKey::kVariableIndex,
+                         codes.testNameMissing,
+                         codes.testNotContinuous,
+                         IsContinuous,
+                         codes.tellsTestField};
+    const FieldRole group{SettingKey::kGroupVariableName, SettingKey::kGroupVariableIndex, codes.groupNameMissing,
+                          codes.groupNotCategorical,      FieldKind::IsCategorical,        codes.tellsGroupField};
     GroupedFields fields;
-    fields.test =
-        ResolveField(builder, varList, SettingKey::kVariableName, SettingKey::kVariableIndex, codes.testNameMissing,
-                     codes.unknownField, IsContinuous, codes.testNotContinuous, codes.tellsNotContinuous);
-    if (builder.IsOK()) {
-        fields.group = ResolveField(builder, varList, SettingKey::kGroupVariableName, SettingKey::kGroupVariableIndex,
-                                    codes.groupNameMissing, codes.unknownField, FieldKind::IsCategorical,
-                                    codes.groupNotCategorical, true);
+    fields.test = ResolveField(builder, varList, test, codes);
+    if (after == AfterFailedTestField::kResolveGroup) builder.EndMessage();
+    if (builder.IsOK() || after == AfterFailedTestField::kResolveGroup) {
+        fields.group = ResolveField(builder, varList, group, codes);
     } else if (after == AfterFailedTestField::kStillFindGroup) {
         fields.group = FindGroupSilently(builder, varList);
     }

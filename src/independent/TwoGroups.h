@@ -26,7 +26,9 @@ struct GroupedFieldsCodes {
     long unknownField;
     long testNotContinuous;
     long groupNotCategorical;
-    bool tellsNotContinuous = true;  ///< whether the failure by `testNotContinuous` has the index as its parameter
+    /// Whether the failure of a field of the wrong kind has its index as a parameter.
+    bool tellsTestField = true;
+    bool tellsGroupField = true;
 };
 
 /// The fields that a plan builder found; -1 for one that it did not find.
@@ -35,12 +37,12 @@ struct GroupedFields {
     int group = -1;
 };
 
-/// What becomes of the group field where the test field fails: nothing, or it is still looked up, without a second
-/// failure, so that the condition shows it.
-enum class AfterFailedTestField { kStop, kStillFindGroup };
+/// What becomes of the group field where the test field fails: nothing; or it is still looked up, without a second
+/// failure, so that the condition shows it; or it is resolved all the same, and its failure has a message of its own.
+enum class AfterFailedTestField { kStop, kStillFindGroup, kResolveGroup };
 
-/// Resolves "variableName" and "groupVariableName" and writes "variableIndex" and "groupVariableIndex". The first
-/// failure ends it; a field of the wrong kind has its index written all the same.
+/// Resolves "variableName" and "groupVariableName" and writes "variableIndex" and "groupVariableIndex". A field of the
+/// wrong kind has its index written all the same.
 GroupedFields PlanGroupedFields(TARNPlanBuilder& builder, TARNPlan& plan, const GroupedFieldsCodes& codes,
                                 AfterFailedTestField after);
 

@@ -43,6 +43,8 @@ inline constexpr const char* kTwoClassComparison = "TwoClassComparison";
 inline constexpr const char* kContent = "Content";
 inline constexpr const char* kAsymptotic = "Asymptotic";
 inline constexpr const char* kMostExtremeDifferences = "MostExtremeDifferences";
+inline constexpr const char* kMinimumPossible = "MinimumPossible";
+inline constexpr const char* kMaximumPossible = "MaximumPossible";
 /// Followed by the number of the group.
 inline constexpr const char* kGroup = "Group";
 inline constexpr const char* kBoxPlotInfo = "BoxPlotInfo";
@@ -56,8 +58,6 @@ inline constexpr const char* kPairwiseResult = "PairwiseResult";
 inline constexpr const char* kPairwiseInfo = "PairwiseInfo";
 inline constexpr const char* kStepwiseResult = "StepwiseResult";
 inline constexpr const char* kStepwiseInfo = "StepwiseInfo";
-inline constexpr const char* kMinimumPossible = "MinimumPossible";
-inline constexpr const char* kMaximumPossible = "MaximumPossible";
 inline constexpr const char* kYatesContinuityCorrection = "YatesContinuityCorrection";
 }  // namespace TableName
 

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <sstream>
 #include <string_view>
 
 namespace harness {
@@ -45,6 +46,14 @@ std::vector<std::string> Table::ChildNames() const {
         names.push_back(std::string(child.name()) + " " + child.attribute("name").value());
     }
     return names;
+}
+
+Table TableOf(const QKXML::XMLElement& element) {
+    std::ostringstream text;
+    QKXML::WriteTree(text, nullptr, &element, 0);
+    auto document = std::make_shared<pugi::xml_document>();
+    EXPECT_TRUE(document->load_string(text.str().c_str()));
+    return Table(document->first_child(), document);
 }
 
 std::vector<std::string> MessagesOf(const Table& test) {

@@ -6,6 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include "platform/common/QKXML.h"
+
 /// Reading of result documents in tests.
 namespace harness {
 
@@ -32,6 +34,9 @@ class Table {
     pugi::xml_node node_;
     std::shared_ptr<const void> document_;
 };
+
+/// An element that is in no document yet.
+Table TableOf(const QKXML::XMLElement& element);
 
 /// One message of a test as "code type" with its parameters behind it: "220903 error nowhere".
 std::vector<std::string> MessagesOf(const Table& test);

@@ -9,7 +9,6 @@
 #include <cmath>
 #include <memory>
 #include <optional>
-#include <sstream>
 
 #include "tests/harness/EntryRun.h"
 
@@ -264,9 +263,7 @@ TEST(WilcoxonOneSample, BeforeItsPassTheConditionHasNoTestValue) {
     TARNWilcoxonSR test(std::make_unique<QKSettings>());
     test.AddStatusMessage(QKStatus(220812), MessageKind::kError);
     const std::unique_ptr<QKXML::XMLElement> element(test.MakeResultElement());
-    std::ostringstream text;
-    QKXML::WriteTree(text, nullptr, element.get(), 0);
-    EXPECT_NE(text.str().find("__MISSING__"), std::string::npos);
+    EXPECT_EQ(harness::TableOf(*element).Sub("Condition").Row("%1"), "__MISSING__");
 }
 
 TEST(WilcoxonOneSample, AsksForTheFrequenciesOfTheOrigin) {

@@ -50,11 +50,7 @@ TEST(ExtremeDifferences, ShowZeroForASideThatNoDifferenceWasFoundOn) {
         const std::unique_ptr<QKXML::XMLElement> root = QKXML::XMLElement::Create("StructuredTable");
         StructuredTable statistics(*root);
         extremes.AddTable(statistics);
-        std::ostringstream text;
-        QKXML::WriteTree(text, nullptr, root.get(), 0);
-        auto document = std::make_shared<pugi::xml_document>();
-        document->load_string(text.str().c_str());
-        return harness::Table(document->first_child(), document).Sub("MostExtremeDifferences");
+        return harness::TableOf(*root).Sub("MostExtremeDifferences");
     };
     const harness::Table none = written({});
     EXPECT_EQ(none.ChildNames(),

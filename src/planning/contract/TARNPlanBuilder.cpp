@@ -15,16 +15,12 @@ TARNPlanBuilder::TARNPlanBuilder(const QKSettings& entry, TARNPlan& plan, Common
 
 void TARNPlanBuilder::Fail(long code) {
     status = QKStatus(code);
+    isMessageOpen = true;
 }
 
 void TARNPlanBuilder::Fail(long code, const std::string& parameter) {
     Fail(code);
     parameters.push_back(parameter);
-}
-
-void TARNPlanBuilder::FailToo(long code, std::vector<std::string> messageParameters) {
-    Fail(code);
-    failures.push_back({status, MessageKind::kError, std::move(messageParameters), {}});
 }
 
 std::vector<int> TARNPlanBuilder::ResolveFields(const std::vector<std::string>& names, long unknownField) {
@@ -38,6 +34,13 @@ std::vector<int> TARNPlanBuilder::ResolveFields(const std::vector<std::string>& 
         indices.push_back(field);
     }
     return indices;
+}
+
+void TARNPlanBuilder::EndMessage() {
+    if (!isMessageOpen) return;
+    messages.push_back({status, MessageKind::kError, std::move(parameters), {}});
+    parameters.clear();
+    isMessageOpen = false;
 }
 
 void TARNPlanBuilder::RequestOriginFrequencies() {

@@ -22,12 +22,11 @@ class TARNPlanBuilder {
     TARNPlanBuilder(const QKSettings& entry, TARNPlan& plan, CommonSettings common);
 
     bool IsOK() const { return !status.IsError(); }
-    /// Notes a failure. The last one gives the code; every parameter is kept, in the order of arrival.
+    /// Notes a failure. The last one of a message gives its code; every parameter is kept, in the order of arrival.
     void Fail(long code);
     void Fail(long code, const std::string& parameter);
-    /// Notes a failure that is told beside all others, as a message of its own. A plan builder uses either this or
-    /// `Fail`.
-    void FailToo(long code, std::vector<std::string> messageParameters = {});
+    /// Ends the message of the failures so far: those that follow make one of their own, beside it.
+    void EndMessage();
 
     /// Reads a key of the entry; false, with `out` unchanged, if it is absent or not convertible.
     template <typename T>
@@ -60,8 +59,8 @@ class TARNPlanBuilder {
     template <typename Test, typename... Arguments>
     std::unique_ptr<TARNTest> MakeTest(Arguments&&... arguments) {
         auto test = std::make_unique<Test>(std::move(settings), std::forward<Arguments>(arguments)...);
-        if (failures.empty() && !IsOK()) test->AddMessage(TestMessage{status, MessageKind::kError, parameters, {}});
-        test->AddMessages(failures);
+        EndMessage();
+        test->AddMessages(messages);
         return test;
     }
 
@@ -69,6 +68,8 @@ class TARNPlanBuilder {
     TARNPlan& plan_;
     std::unique_ptr<QKSettings> settings;
     QKStatus status;
+    /// The messages that are complete, and whether one more is being made, with its parameters.
+    std::vector<TestMessage> messages;
+    bool isMessageOpen = false;
     std::vector<std::string> parameters;
-    std::vector<TestMessage> failures;
 };

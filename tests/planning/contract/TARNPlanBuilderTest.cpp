@@ -136,6 +136,24 @@ TEST(TARNPlanBuilderTest, AFailedTestStaysInThePlanWithItsErrorAndItsParameters)
     EXPECT_EQ(plan.test->status, QKStatus(220903));
 }
 
+TEST(TARNPlanBuilderTest, FailuresBehindAnEndedMessageMakeOneOfTheirOwn) {
+    NotingPlan plan;
+    const QKSettings entry;
+    TARNPlanBuilder builder(entry, plan, CommonSettings::kSigLevel);
+    builder.EndMessage();  // none is open
+    builder.Fail(222003, "nowhere");
+    builder.EndMessage();
+    builder.EndMessage();
+    EXPECT_FALSE(builder.IsOK());
+    builder.Fail(222013);
+    builder.AddToMainWorker<PlannedTest>();
+    ASSERT_NE(plan.test, nullptr);
+    const TestMessage first{QKStatus(222003), MessageKind::kError, {"nowhere"}, {}};
+    const TestMessage second{QKStatus(222013), MessageKind::kError, {}, {}};
+    EXPECT_EQ(plan.test->messages, (std::vector<TestMessage>{first, second}));
+    EXPECT_EQ(plan.test->status, QKStatus(222013));
+}
+
 TEST(TARNPlanBuilderTest, TheLastFailureGivesTheCodeAndEveryParameterIsKept) {
     NotingPlan plan;
     const QKSettings entry;
