@@ -119,6 +119,7 @@ class Builder {
         for (const std::string& name : options_.tests) {
             if (FindTestName(family, name) != nullptr) named.push_back(name);
         }
+        if (named.empty() && options_.compare == "stepwise") named = ChooseForSteps(family);
         if (named.empty() && family == TestFamily::kIndependent) named = ChooseForGroups();
         request_[automaticKey] = named.empty();
         for (const TestName& test : TestNames()) {
@@ -134,6 +135,23 @@ class Builder {
         const std::size_t groups = ColumnOf(options_.group).categories.size();
         if (allContinuous || groups < 2) return {};
         return {groups == 2 ? "mann-whitney" : "kruskal-wallis"};
+    }
+
+    /// The automatic choice compares all pairs of samples. Where steps are asked for, the test that it would choose for
+    /// three samples and more is named here; none if there is no such test.
+    std::vector<std::string> ChooseForSteps(TestFamily family) const {
+        constexpr std::size_t kFewestSamples = 3;
+        constexpr std::size_t kClasses = 2;
+        if (family == TestFamily::kIndependent && ColumnOf(options_.group).categories.size() >= kFewestSamples) {
+            return {"kruskal-wallis"};
+        }
+        if (family != TestFamily::kRelated || options_.related.size() < kFewestSamples) return {};
+        const FieldLevel level = ColumnOf(options_.related.front()).level;
+        const bool areOfOneKind = std::ranges::all_of(options_.related, [&](const std::string& field) {
+            return ColumnOf(field).level == level && ColumnOf(field).categories.size() <= kClasses;
+        });
+        if (!areOfOneKind) return {};
+        return {level == FieldLevel::kContinuous ? "friedman" : "cochran"};
     }
 
     void AddTest(const TestName& test, bool isSelected) {

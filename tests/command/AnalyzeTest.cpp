@@ -92,6 +92,67 @@ TEST_F(Analyze, TestThatDoesNotFitTheFieldsIsLeftOutWithAWarning) {
     EXPECT_NE(result.err.find("220001"), std::string::npos) << result.err;
 }
 
+/// Four fields of which the third and fourth are far above the others, and their halves.
+std::string FourFields() {
+    std::string data = "a,b,c,d,p,q,r,g\n";
+    for (int i = 0; i < 20; ++i) {
+        const std::string base = std::to_string(i);
+        data += base + "," + base + (i % 2 == 0 ? ".5," : ".0,") + std::to_string(i + 30) + "," +
+                std::to_string(i + 40) +
+                (i < 2    ? ",y,n,n"
+                 : i < 15 ? ",n,y,y"
+                          : ",n,n,y") +
+                ",g" + std::to_string(i % 3) + "\n";
+    }
+    return data;
+}
+
+TEST_F(Analyze, ComparesAllPairsOrSearchesSubsetsAsAsked) {
+    const std::string data = folder.Write("four.csv", FourFields());
+    struct Comparison {
+        const char* compare;
+        const char* table;
+        const char* other;
+    };
+    for (const auto& [compare, table, other] : {Comparison{"pairwise", "PairwiseResult", "StepwiseResult"},
+                                                Comparison{"stepwise", "StepwiseResult", "PairwiseResult"}}) {
+        for (const std::vector<std::string>& tests :
+             {std::vector<std::string>{}, {"--tests", "friedman"}, {"--tests", "kendall"}}) {
+            std::vector<std::string> arguments{"analyze", data,        "--related",
+                                               "a,b,c,d", "--compare", compare,
+                                               "--quiet", "--out",     folder.Path("result.xml")};
+            arguments.insert(arguments.end(), tests.begin(), tests.end());
+            const CommandResult result = RunTarn(arguments);
+            ASSERT_EQ(result.exitStatus, 0) << result.err;
+            const Document document(harness::ReadFile(folder.Path("result.xml")));
+            ASSERT_EQ(document.TestCount(), 1);
+            EXPECT_TRUE(document.Test(0).Sub(table).Exists()) << compare;
+            EXPECT_FALSE(document.Test(0).Sub(other).Exists()) << compare;
+        }
+    }
+}
+
+TEST_F(Analyze, StepsNameTheTestThatTheAutomaticChoiceWouldTake) {
+    const std::string data = folder.Write("four.csv", FourFields());
+    const auto names = [&](const std::vector<std::string>& fields) {
+        std::vector<std::string> arguments{
+            "analyze", data, "--compare", "stepwise", "--quiet", "--out", folder.Path("result.xml")};
+        arguments.insert(arguments.end(), fields.begin(), fields.end());
+        const CommandResult result = RunTarn(arguments);
+        EXPECT_EQ(result.exitStatus, 0) << result.err;
+        const Document document(harness::ReadFile(folder.Path("result.xml")));
+        std::vector<std::string> found;
+        for (int i = 0; i < document.TestCount(); ++i) found.push_back(document.Test(i).Attribute("name"));
+        return found;
+    };
+    using Names = std::vector<std::string>;
+    EXPECT_EQ(names({"--related", "a,b,c"}), Names{"RFriedmansTwoWayByRanks"});
+    EXPECT_EQ(names({"--related", "p,q,r"}), Names{"RCochransQ"});
+    EXPECT_EQ(names({"--related", "a,b"}), Names{"RWilcoxonSignedRanks"});
+    EXPECT_EQ(names({"--related", "p,q"}), Names{"RMcNemar"});
+    EXPECT_EQ(names({"--independent", "a", "--group", "g"}), Names{"IKruskalWallis"});
+}
+
 struct Mistake {
     const char* name;
     std::vector<std::string> arguments;
