@@ -308,6 +308,20 @@ TEST(KSMedian, PlanFailsAtTheFirstMistakeWithItsOwnParameter) {
     EXPECT_EQ(fails(noMedianOfUnknown), Texts({"222303 error nowhere"}));
 }
 
+TEST(KSMedian, AsksForTheFrequenciesOfTheOriginEvenIfItFails) {
+    harness::Fields fields;
+    fields.Continuous("x").Numeric("g", {1, 2}).Numeric("c", {1, 2});
+    for (const char* group : {"g", "gone"}) {
+        QKSettings entry = Entry("x", group);
+        const auto hasOrigin = [&] {
+            return groups::RunEntry(kTest, entry, fields, {{1, 0, 0}, {2, 1, 1}}).document.FieldInfo(2).Exists();
+        };
+        EXPECT_FALSE(hasOrigin()) << group;
+        entry.AddSetting("originVariableName", "c");
+        EXPECT_TRUE(hasOrigin()) << group;
+    }
+}
+
 TEST(KSMedian, GroupsMayBeTexts) {
     harness::Fields fields;
     fields.Continuous("x").Text("g", {"b", "a"});
