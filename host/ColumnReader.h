@@ -25,9 +25,7 @@ class ColumnReader {
     [[nodiscard]] bool Read(std::string_view cell, double& value);
 
     /// Whether a cell that is a decimal number has that number as its value, whatever the other cells.
-    bool TakesPlainNumbers() const {
-        return !isText_ && IsDecimal() && !isCategorical_ && userMissingNumbers_.empty();
-    }
+    bool TakesPlainNumbers() const { return !isText_ && IsDecimal() && !isCategorical_ && userMissingNumbers_.empty(); }
     /// Notes that a cell was read as such a number by somebody else.
     void NotePlainNumber() { hasValues_ = true; }
 

@@ -96,8 +96,11 @@ class TextFiller {
         const std::optional<std::string> field = Positional(pair.substr(colon + 1));
         if (!category || !field) return {};
         const ResultField* const known = placeholders_.document ? placeholders_.document->FieldAt(*field) : nullptr;
-        const std::string* const shown = known ? known->CategoryAt(*category) : nullptr;
-        return shown ? *shown : *category;
+        std::vector<std::string> categories = SplitList(*category);
+        for (std::string& one : categories) {
+            if (const std::string* const shown = known ? known->CategoryAt(one) : nullptr) one = *shown;
+        }
+        return JoinList(categories);
     }
 
     std::string FieldName(const std::string& index) const {

@@ -125,8 +125,7 @@ bool QKSettings::GetSettingValByName(const std::string& name, std::vector<int>& 
 
 bool QKSettings::GetSettingValByName(const std::string& name, std::vector<QKSettings>& out) const {
     const QKSetting* setting = FindSetting(name);
-    const auto* vector =
-        setting ? dynamic_cast<const IQKVectorElements<QKSettings>*>(&setting->GetValue()) : nullptr;
+    const auto* vector = setting ? dynamic_cast<const IQKVectorElements<QKSettings>*>(&setting->GetValue()) : nullptr;
     if (vector == nullptr) return false;
     out = vector->GetElements();
     return true;
@@ -148,13 +147,21 @@ void QKSettings::AddSetting(const std::string& name, const std::string& value) {
 void QKSettings::AddSetting(const std::string& name, const char* value) {
     AddSetting(ScalarSetting(name, std::string(value)));
 }
-void QKSettings::AddSetting(const std::string& name, double value) { AddSetting(ScalarSetting(name, value)); }
-void QKSettings::AddSetting(const std::string& name, int value) { AddSetting(ScalarSetting(name, value)); }
-void QKSettings::AddSetting(const std::string& name, bool value) { AddSetting(ScalarSetting(name, value)); }
+void QKSettings::AddSetting(const std::string& name, double value) {
+    AddSetting(ScalarSetting(name, value));
+}
+void QKSettings::AddSetting(const std::string& name, int value) {
+    AddSetting(ScalarSetting(name, value));
+}
+void QKSettings::AddSetting(const std::string& name, bool value) {
+    AddSetting(ScalarSetting(name, value));
+}
 void QKSettings::AddSetting(const std::string& name, const QKSettings& value) {
     AddSetting(QKSetting(name, "", std::make_unique<QKSettingListValue>(value)));
 }
-void QKSettings::AddSetting(QKSetting setting) { settings_.push_back(std::move(setting)); }
+void QKSettings::AddSetting(QKSetting setting) {
+    settings_.push_back(std::move(setting));
+}
 
 void QKSettings::AddNewSetting(const std::string& name, int value, const std::string& type) {
     AddSetting(ScalarSetting(name, value, type));
@@ -200,7 +207,9 @@ double ScalarSettingValue::GetNumber() const {
     return SettingConversion::ToDouble(scalar_).value_or(QKMV::Missing());
 }
 
-std::string ScalarSettingValue::ToString() const { return SettingConversion::ToText(scalar_).value_or(""); }
+std::string ScalarSettingValue::ToString() const {
+    return SettingConversion::ToText(scalar_).value_or("");
+}
 
 int ScalarSettingValue::GetElementKind() const {
     if (std::holds_alternative<int>(scalar_)) return static_cast<int>(SettingElementKind::kInt);
@@ -214,7 +223,9 @@ void ScalarSettingValue::Display() const {
     QKDisplay::DisplayS("Setting value", ToString());
 }
 
-QKSettingListValue* QKSettingListValue::Clone() const { return new QKSettingListValue(list_); }
+QKSettingListValue* QKSettingListValue::Clone() const {
+    return new QKSettingListValue(list_);
+}
 
 bool QKSettingListValue::operator==(const IQKSettingValue& other) const {
     const auto* list = dynamic_cast<const QKSettingListValue*>(&other);
@@ -226,15 +237,27 @@ bool QKSettingListValue::operator<(const IQKSettingValue& other) const {
     return list && list_ < list->list_;
 }
 
-unsigned QKSettingListValue::Size() const { return static_cast<unsigned>(list_.Size()); }
-double QKSettingListValue::GetNumber() const { return QKMV::Missing(); }
+unsigned QKSettingListValue::Size() const {
+    return static_cast<unsigned>(list_.Size());
+}
+double QKSettingListValue::GetNumber() const {
+    return QKMV::Missing();
+}
 std::string QKSettingListValue::ToString() const {
     return "List Value: Length of list = " + std::to_string(list_.Size());
 }
-bool QKSettingListValue::HasValues() const { return list_.Size() > 0; }
-int QKSettingListValue::Count() const { return static_cast<int>(list_.Size()); }
-int QKSettingListValue::GetKind() const { return static_cast<int>(SettingKind::kNestedList); }
-int QKSettingListValue::GetElementKind() const { return static_cast<int>(SettingElementKind::kSettings); }
+bool QKSettingListValue::HasValues() const {
+    return list_.Size() > 0;
+}
+int QKSettingListValue::Count() const {
+    return static_cast<int>(list_.Size());
+}
+int QKSettingListValue::GetKind() const {
+    return static_cast<int>(SettingKind::kNestedList);
+}
+int QKSettingListValue::GetElementKind() const {
+    return static_cast<int>(SettingElementKind::kSettings);
+}
 
 void QKSettingListValue::Display() const {
     QKDisplay::DisplayS("Setting Value Type", "List");

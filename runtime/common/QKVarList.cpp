@@ -8,7 +8,9 @@
 QKContVar::QKContVar(std::string name, std::string label, DateType dateType, int kind)
     : name_(std::move(name)), label_(std::move(label)), dateType_(dateType), kind_(kind) {}
 
-double QKContVar::GetCategoryValue(int) const { return QKMV::Missing(); }
+double QKContVar::GetCategoryValue(int) const {
+    return QKMV::Missing();
+}
 
 QKCatVar::QKCatVar(std::string name, std::string label, bool ordinal, std::vector<NumericCategory> categories,
                    DateType dateType)
@@ -68,7 +70,9 @@ const IQKVariable* QKVarList::GetVarAt(int index) const {
     return index >= 0 && index < Size() ? variables_[static_cast<std::size_t>(index)].get() : nullptr;
 }
 
-const IQKVariable* QKVarList::GetVariable(const std::string& name) const { return GetVarAt(FindVariable(name)); }
+const IQKVariable* QKVarList::GetVariable(const std::string& name) const {
+    return GetVarAt(FindVariable(name));
+}
 
 int QKVarList::FindVariable(const std::string& name) const {
     const auto found = indexByName_.find(name);

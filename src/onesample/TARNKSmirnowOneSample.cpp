@@ -16,8 +16,8 @@
 #include <array>
 #include <cmath>
 
-#include "onesample/OneSampleKeys.h"
 #include "onesample/LillieforsSignificance.h"
+#include "onesample/OneSampleKeys.h"
 #include "planning/StatusCodes.h"
 #include "planning/contract/SettingKeys.h"
 #include "planning/contract/TARNPlanBuilder.h"

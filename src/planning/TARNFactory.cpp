@@ -24,6 +24,10 @@ IQKAlgorithm* TARNFactory::CreateQKAlgorithm(QKSettings& settings, QKVarList& va
     return status.IsError() ? nullptr : planner.release();
 }
 
-QKStatus TARNFactory::GetStatus() { return status; }
+QKStatus TARNFactory::GetStatus() {
+    return status;
+}
 
-std::vector<QKStatus> TARNFactory::GetWarnings() const { return TARNWarning::Instance().Get(); }
+std::vector<QKStatus> TARNFactory::GetWarnings() const {
+    return TARNWarning::Instance().Get();
+}

@@ -38,7 +38,9 @@ void TARNPlanner::SetQueryCancel(QKQueryCancel* query) {
     if (query != nullptr) queryCancel = query;
 }
 
-std::string TARNPlanner::GetDescription() { return "tarn: nonparametric tests of one, related and independent samples"; }
+std::string TARNPlanner::GetDescription() {
+    return "tarn: nonparametric tests of one, related and independent samples";
+}
 
 // ---- The run ----
 
@@ -84,8 +86,8 @@ void TARNPlanner::ReadCommonSettings() {
 void TARNPlanner::ReadRecords() {
     allFields.resize(static_cast<std::size_t>(varList->Size()));
     std::iota(allFields.begin(), allFields.end(), 0);
-    reader = std::make_unique<QKTarn::InitialDataReader>(kBlockSize, dataIterator, !analysisMissing, &allFields,
-                                                         varList);
+    reader =
+        std::make_unique<QKTarn::InitialDataReader>(kBlockSize, dataIterator, !analysisMissing, &allFields, varList);
     status = reader->ReadAll();
 }
 
@@ -112,7 +114,7 @@ void TARNPlanner::PlanTests() {
         if (setting.GetValue().GetKind() != static_cast<int>(SettingKind::kNestedList)) continue;
         ++requested;
         const TARNTestRow* row = findTest(setting.GetName());
-        if (row == nullptr || row->plan == nullptr) continue;
+        if (row == nullptr) continue;
         row->plan(static_cast<const QKSettingListValue&>(setting.GetValue()).GetListValue(), *this);
     }
     if (requested == 0) status = QKStatus(StatusCode::kNoTestRequested);
@@ -149,8 +151,8 @@ int TARNPlanner::GetMeasureLevel(const std::string& fieldName) {
 
 void TARNPlanner::RequestSorted(int field) {
     sortedData->Register(field);
-    for (const int statistic : {Statistic::kHistogram, Statistic::kMin, Statistic::kMax, Statistic::kMean,
-                                Statistic::kMeanAndStdDev}) {
+    for (const int statistic :
+         {Statistic::kHistogram, Statistic::kMin, Statistic::kMax, Statistic::kMean, Statistic::kMeanAndStdDev}) {
         univariates->Request(field, statistic);
     }
 }

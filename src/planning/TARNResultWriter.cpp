@@ -21,10 +21,14 @@ constexpr const char* kApplication = "NonparametricTests";
 /// The type of a field's values: dates and times have names of their own.
 std::string_view DataType(const IQKVariable& variable) {
     switch (variable.GetDateType()) {
-        case DateType::kDate: return "dateDaysSince[1970]";
-        case DateType::kTime: return "timeSeconds";
-        case DateType::kDateTime: return "dateTimeSecondsSince[1970]";
-        case DateType::kNone: break;
+        case DateType::kDate:
+            return "dateDaysSince[1970]";
+        case DateType::kTime:
+            return "timeSeconds";
+        case DateType::kDateTime:
+            return "dateTimeSecondsSince[1970]";
+        case DateType::kNone:
+            break;
     }
     return variable.GetKind() == FieldKind::kStringCategories ? "string" : "double";
 }
@@ -58,8 +62,7 @@ void TARNResultWriter::Write(std::ostream& out, const QKOutputParameters& output
     tarnOutput.AddChild(MakeHeader(output));
     tarnOutput.AddChild(MakeDataDictionary());
     tarnOutput.AddChild(MakeTests());
-    tarnOutput.AddChild(
-        MakeFieldInfos(*varList, univariateResults, parameters.weightIndex, parameters.caseIdIndex));
+    tarnOutput.AddChild(MakeFieldInfos(*varList, univariateResults, parameters.weightIndex, parameters.caseIdIndex));
 
     QKXML::WriteTree(out, nullptr, root.get(), 1);
     out.flush();

@@ -13,7 +13,6 @@ using PlanFunction = void (*)(const QKSettings& entry, TARNPlan& plan);
 struct TARNTestRow {
     /// The name of the list-valued setting that asks for the test.
     std::string_view settingName;
-    /// Null as long as the test is not built; its entries are then passed over like those of an unknown name.
     PlanFunction plan;
 };
 

@@ -8,7 +8,9 @@
 
 namespace {
 
-bool StopsTheRun(const QKStatus& status) { return status.GetErrorCode() == StatusCode::kOutOfMemory; }
+bool StopsTheRun(const QKStatus& status) {
+    return status.GetErrorCode() == StatusCode::kOutOfMemory;
+}
 
 }  // namespace
 

@@ -18,4 +18,6 @@ inline std::int32_t Multiply32(std::int32_t a, std::int32_t b) {
 }
 
 /// What a counter of 32 bits would hold that was added up to this sum.
-inline std::int32_t Wrap32(std::int64_t sum) { return static_cast<std::int32_t>(static_cast<std::uint32_t>(sum)); }
+inline std::int32_t Wrap32(std::int64_t sum) {
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(sum));
+}

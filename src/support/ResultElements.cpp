@@ -16,32 +16,43 @@ const char* TextOf(ResultType type) {
 
 const char* TextOf(TestFamily family) {
     switch (family) {
-        case TestFamily::kOneSample: return "One_Sample";
-        case TestFamily::kRelatedSamples: return "Related_Samples";
-        case TestFamily::kIndependentSamples: return "Independent_Samples";
+        case TestFamily::kOneSample:
+            return "One_Sample";
+        case TestFamily::kRelatedSamples:
+            return "Related_Samples";
+        case TestFamily::kIndependentSamples:
+            return "Independent_Samples";
     }
     return "";
 }
 
 const char* TextOf(Decision decision) {
     switch (decision) {
-        case Decision::kUnknown: return "unknown";
-        case Decision::kReject: return "reject";
-        case Decision::kRetain: return "retain";
+        case Decision::kUnknown:
+            return "unknown";
+        case Decision::kReject:
+            return "reject";
+        case Decision::kRetain:
+            return "retain";
     }
     return "";
 }
 
 const char* TextOf(MessageKind kind) {
     switch (kind) {
-        case MessageKind::kError: return "error";
-        case MessageKind::kWarning: return "warning";
-        case MessageKind::kHelpMessage: return "helpMessage";
+        case MessageKind::kError:
+            return "error";
+        case MessageKind::kWarning:
+            return "warning";
+        case MessageKind::kHelpMessage:
+            return "helpMessage";
     }
     return "error";
 }
 
-std::string ParameterName(std::size_t position) { return "%" + SizeToString(position); }
+std::string ParameterName(std::size_t position) {
+    return "%" + SizeToString(position);
+}
 
 std::unique_ptr<XMLElement> MakeTextElement(std::string_view name, std::string_view text) {
     auto element = XMLElement::Create(name);
@@ -56,7 +67,9 @@ Decision Decide(const QKStatus& status, double sigLevel, double decidingSig) {
     return sigLevel > decidingSig ? Decision::kReject : Decision::kRetain;
 }
 
-std::unique_ptr<XMLElement> MakeRowElement(std::string_view text) { return MakeTextElement(Element::kRow, text); }
+std::unique_ptr<XMLElement> MakeRowElement(std::string_view text) {
+    return MakeTextElement(Element::kRow, text);
+}
 
 std::unique_ptr<XMLElement> MakeSimpleTable(std::string_view name, std::string_view rowNames,
                                             std::string_view columnNames) {

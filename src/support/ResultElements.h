@@ -34,8 +34,8 @@ std::unique_ptr<QKXML::XMLElement> MakeSimpleTable(std::string_view name, std::s
 
 /// The "Interval" table of a histogram: a column for each interval whose count is above 0. The two texts stay with
 /// the caller, who may have put a first column into them; they come back as they stand in the table.
-std::unique_ptr<QKXML::XMLElement> MakeIntervalTable(const std::vector<HistogramBin>& intervals,
-                                                     std::string& countText, std::string& valueText);
+std::unique_ptr<QKXML::XMLElement> MakeIntervalTable(const std::vector<HistogramBin>& intervals, std::string& countText,
+                                                     std::string& valueText);
 
 /// The "Interval" table over two texts that are ready.
 std::unique_ptr<QKXML::XMLElement> MakeIntervalTable(std::string_view countText, std::string_view valueText);

@@ -31,8 +31,7 @@ bool UnivariateCollector::Request(int field, int code) {
     }
     if (*variable == nullptr) return false;
 
-    const bool wantsQuantiles =
-        code == Statistic::kMedian || code == Statistic::kQuantiles || code == Statistic::kAll;
+    const bool wantsQuantiles = code == Statistic::kMedian || code == Statistic::kQuantiles || code == Statistic::kAll;
     if (wantsQuantiles && FindContinuous(field) != nullptr) {
         if (sortedData == nullptr) return false;
         (*variable)->SetSortedData(sortedData);

@@ -23,7 +23,9 @@ std::int32_t UnivariateResults::GetCount(int field) const {
     return variable ? variable->GetCount() : -1;
 }
 
-bool UnivariateResults::HasVariable(int field) const { return collector_->Find(field) != nullptr; }
+bool UnivariateResults::HasVariable(int field) const {
+    return collector_->Find(field) != nullptr;
+}
 
 double UnivariateResults::GetMean(int field) const {
     return ContinuousValue(*collector_, field, &QKContUnivariateVariable::GetMean);

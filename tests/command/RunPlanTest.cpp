@@ -53,9 +53,10 @@ TEST_F(RunPlan, WritesTheDocumentToStandardOutputAndTheTableToStandardError) {
     EXPECT_EQ(result.exitStatus, 0);
     const Document document(result.out);
     EXPECT_EQ(document.Test(0).Sub("StatisticsResult").Row("TestStatistic"), "3");
-    EXPECT_TRUE(result.err.starts_with("Test         Fields         N  Statistic     p  kind   Decision\n"
-                                       "1 Sign test  before, after  4          3  .625  exact  retain\n"
-                                       "1 Sign test: "))
+    EXPECT_TRUE(
+        result.err.starts_with("Test         Fields         N  Statistic     p  kind   Decision\n"
+                               "1 Sign test  before, after  4          3  .625  exact  retain\n"
+                               "1 Sign test: "))
         << result.err;
 }
 

@@ -217,8 +217,7 @@ TEST(KruskalWallis, NamesOfTheTablesOfGroupsStandOnDifferentSides) {
 /// The test in the hand of a worker, with the codes that it raises, the repeated ones too.
 class Driven : public TARNKruskalWOneWay {
  public:
-    explicit Driven(int categories, const char* comparison)
-        : TARNKruskalWOneWay(Settings(categories, comparison)) {}
+    explicit Driven(int categories, const char* comparison) : TARNKruskalWOneWay(Settings(categories, comparison)) {}
 
     void AddStatusMessage(const QKStatus& raised, MessageKind kind) override {
         codes.push_back(raised.GetErrorCode());

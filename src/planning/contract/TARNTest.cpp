@@ -2,7 +2,9 @@
 
 #include <algorithm>
 
-int TARNTest::GetPassKind() { return passesRemaining; }
+int TARNTest::GetPassKind() {
+    return passesRemaining;
+}
 
 void TARNTest::AddMessages(const std::vector<TestMessage>& added) {
     for (const TestMessage& message : added) AddMessage(message);

@@ -28,7 +28,9 @@ constexpr std::size_t kBuckets = std::size_t{1} << kDigitBits;
 /// Below this the counts of a radix sort cost more than the comparisons of a merge sort.
 constexpr std::size_t kRadixFrom = 2048;
 
-std::size_t Digit(std::uint64_t key, unsigned digit) { return (key >> (digit * kDigitBits)) & (kBuckets - 1); }
+std::size_t Digit(std::uint64_t key, unsigned digit) {
+    return (key >> (digit * kDigitBits)) & (kBuckets - 1);
+}
 
 /// Least significant digit first. A digit that is the same in all keys is passed over, which spares most of the work
 /// for whole numbers of moderate size.

@@ -16,7 +16,11 @@ constexpr int kPrefetchDistance = 8;
 }  // namespace
 
 TARNSortedIterator::TARNSortedIterator(QKTarn::InitialDataReader& memoryStore, std::vector<int> sortedOrder, int field)
-    : store(&memoryStore), sortField(field), order(std::move(sortedOrder)), finished(order.empty()), size(static_cast<int>(order.size())) {}
+    : store(&memoryStore),
+      sortField(field),
+      order(std::move(sortedOrder)),
+      finished(order.empty()),
+      size(static_cast<int>(order.size())) {}
 
 Record* TARNSortedIterator::Next() {
     if (finished != 0) return nullptr;
@@ -44,7 +48,9 @@ bool TARNSortedDataSet::Register(int field) {
     return true;
 }
 
-void TARNSortedDataSet::ExpectReader(int field) { fieldsWithReader.insert(field); }
+void TARNSortedDataSet::ExpectReader(int field) {
+    fieldsWithReader.insert(field);
+}
 
 QKStatus TARNSortedDataSet::Build() {
     try {

@@ -15,7 +15,9 @@ inline constexpr int kStringCategories = 3;
 /// Not categorical and nothing that a test takes; handled like a continuous field for missing values.
 inline constexpr int kOther = 4;
 
-inline constexpr bool IsCategorical(int kind) { return kind == kNumericCategories || kind == kStringCategories; }
+inline constexpr bool IsCategorical(int kind) {
+    return kind == kNumericCategories || kind == kStringCategories;
+}
 }  // namespace FieldKind
 
 enum class DateType { kNone, kDate, kTime, kDateTime };

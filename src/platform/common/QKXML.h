@@ -9,8 +9,8 @@
 
 /// An XML tree to be written: elements with attributes in their order of arrival, and texts.
 ///
-/// A parent owns its children, or shares one with whoever made it. Texts and attribute values are UTF-8; what XML can't hold (control characters,
-/// broken UTF-8) is written as U+FFFD.
+/// A parent owns its children, or shares one with whoever made it. Texts and attribute values are UTF-8; what XML can't
+/// hold (control characters, broken UTF-8) is written as U+FFFD.
 namespace QKXML {
 
 class XMLElement;

@@ -31,6 +31,7 @@ TEST(FillIn, PutsInParametersByTheirKinds) {
     EXPECT_EQ(Fill("{number:0}", {"0.333333333333333"}), "0.333333");
     EXPECT_EQ(Fill("{category:1:0}", {"2", "1"}), "new");
     EXPECT_EQ(Fill("{category:1:0}", {"2", "7"}), "7");
+    EXPECT_EQ(Fill("{category:1:0}", {"2", "1;2"}), "new, 3");
     EXPECT_EQ(Fill("positions {named:group}", {}, {{"group", "0;2"}}), "positions 0, 2");
 }
 
