@@ -1,0 +1,86 @@
+// The commands that README.md and the pages of docs/ show with their outputs: what a reader sees there is what the
+// command says. What the numbers should be is the matter of other tests.
+
+#include <gtest/gtest.h>
+
+#include <cctype>
+#include <filesystem>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tests/harness/Command.h"
+
+namespace {
+
+constexpr const char* kIndent = "    ";
+constexpr const char* kPrompt = "    $ build/tarn ";
+
+struct Example {
+    std::vector<std::string> arguments;
+    std::string output;
+};
+
+bool IsIndented(const std::string& line) {
+    return line.starts_with(kIndent);
+}
+
+/// The commands of a page: a line with the prompt, lines that a backslash continues, then the indented output; empty
+/// lines within it belong to it.
+std::vector<Example> ExamplesOf(const std::string& page) {
+    std::vector<Example> examples;
+    std::istringstream lines(harness::ReadFile(harness::SourcePath(page)));
+    std::string line;
+    bool isOutput = false;
+    std::string emptyLines;
+    while (std::getline(lines, line)) {
+        if (line.starts_with(kPrompt)) {
+            std::string command = line.substr(std::string(kPrompt).size());
+            while (command.ends_with('\\') && std::getline(lines, line)) {
+                command.pop_back();
+                command += line;
+            }
+            std::istringstream words(command);
+            Example& example = examples.emplace_back();
+            for (std::string word; words >> word;) example.arguments.push_back(word);
+            isOutput = true;
+            emptyLines.clear();
+        } else if (isOutput && line.empty()) {
+            emptyLines += "\n";
+        } else if (isOutput && IsIndented(line)) {
+            examples.back().output += emptyLines + line.substr(std::string(kIndent).size()) + "\n";
+            emptyLines.clear();
+        } else {
+            isOutput = false;
+        }
+    }
+    return examples;
+}
+
+class Documentation : public testing::TestWithParam<std::string> {};
+
+TEST_P(Documentation, ShowsWhatTheCommandSays) {
+    const std::vector<Example> examples = ExamplesOf(GetParam());
+    EXPECT_FALSE(examples.empty());
+    std::filesystem::current_path(harness::SourcePath("."));
+    const harness::ScratchFolder scratch;
+    for (Example example : examples) {
+        for (std::string& argument : example.arguments) {
+            if (argument == "result.xml") argument = scratch.Path("result.xml");
+        }
+        const harness::CommandResult result = harness::RunTarn(example.arguments);
+        EXPECT_EQ(result.out + result.err, example.output);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Pages, Documentation,
+                         testing::Values("README.md", "docs/one-sample.md", "docs/related.md", "docs/independent.md"),
+                         [](const auto& info) {
+                             std::string name = info.param;
+                             for (char& c : name) {
+                                 if (!std::isalnum(static_cast<unsigned char>(c))) c = '_';
+                             }
+                             return name;
+                         });
+
+}  // namespace
