@@ -265,4 +265,13 @@ EngineOutcome RunInEngine(const EngineLibrary& engine, const Table& table, const
     return Session(engine, table, run).Run();
 }
 
+std::string ModuleInformation(const EngineLibrary& engine) {
+    HXHost host{};
+    host.interfaceVersion = HX_INTERFACE_VERSION;
+    engine.initialise(&host);
+    std::string text = TakeText([&](auto... arguments) { return engine.getModuleInformation(arguments...); });
+    if (text.empty()) throw std::runtime_error("the engine tells no module information");
+    return text;
+}
+
 }  // namespace tarn

@@ -3,6 +3,7 @@
 #include <unordered_map>
 
 #include "host/InputError.h"
+#include "runtime/common/XmlCharacters.h"
 
 namespace tarn {
 
@@ -27,6 +28,9 @@ void RowReader::ReadHeader() {
             throw InputError(Position() + "column " + std::to_string(column) + ": " + what);
         };
         if (name.empty()) fail("an empty name; expected the name of the field");
+        if (WithXmlCharactersOnly(name) != name) {
+            fail("name " + Quoted(name) + " with a control character; expected a name that a document can hold");
+        }
         if (first != column) {
             fail("name " + Quoted(name) + " as in column " + std::to_string(first) + "; expected unique names");
         }

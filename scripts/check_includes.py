@@ -25,7 +25,7 @@ FLOORS = [
 # Headers that include nothing of the project, open to all floors.
 OPEN_HEADERS = {"src/planning/StatusCodes.h", "src/planning/records/LargeBlock.h"}
 # What a folder may include beside its floors: the runtime implements the declarations of the platform.
-HOST_MAY_USE = ("host", "src/platform/hx", "runtime/common/DecimalNumber.h")
+HOST_MAY_USE = ("host", "src/platform/hx", "runtime/common/DecimalNumber.h", "runtime/common/XmlCharacters.h")
 RUNTIME_MAY_USE = ("runtime", "src/platform")
 
 INCLUDE = re.compile(r'^\s*#include\s+"([^"]+)"')

@@ -11,6 +11,12 @@ void PrintResult(const std::string& text) {
     if (!std::cout) throw InputError("standard output: can't be written");
 }
 
+ExitStatus TellMistake(const std::string& mistake, ExitStatus status) {
+    // What was typed may stand in it, line breaks and all: an InputError keeps its text to one line.
+    std::cerr << "tarn: " << InputError(mistake).what() << "\n";
+    return status;
+}
+
 ExitStatus TellRemarks(const RunOutcome& outcome) {
     for (const std::string& remark : outcome.remarks) std::cerr << "tarn: " << remark << "\n";
     return outcome.succeeded ? ExitStatus::kDone : ExitStatus::kRunFailed;

@@ -21,6 +21,9 @@ struct OutputOptions {
 /// Writes a text to standard output. Throws an `InputError` if it can't be written.
 void PrintResult(const std::string& text);
 
+/// Tells on standard error, in one line, what went wrong; gives back `status`.
+ExitStatus TellMistake(const std::string& mistake, ExitStatus status);
+
 /// Tells the remarks of a run on standard error, and how the command ends.
 ExitStatus TellRemarks(const RunOutcome& outcome);
 

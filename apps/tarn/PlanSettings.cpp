@@ -101,7 +101,7 @@ PlanSettings ReadPlan(ByteSource& source) {
     PlanSettings plan;
     for (const auto& [key, value] : document.items()) {
         if (key == kTests) {
-            AddTests(plan, value, convert);
+            if (!value.is_null()) AddTests(plan, value, convert);
         } else {
             convert.Add(plan.settings, key, value, key);
         }

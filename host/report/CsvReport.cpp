@@ -2,6 +2,7 @@
 
 #include <array>
 #include <map>
+#include <span>
 #include <string_view>
 
 #include "host/report/TestReading.h"
@@ -10,10 +11,10 @@ namespace tarn {
 
 namespace {
 
-constexpr std::array<std::string_view, 25> kColumns{
+constexpr std::array<std::string_view, 26> kColumns{
     "row",         "number",   "test",      "name",      "family",     "fields",   "group",    "part",   "sample1",
     "sample2",     "n",        "statistic", "std_error", "z",          "df",       "p_value",  "p_kind", "p_tails",
-    "adj_p_value", "estimate", "conf_low",  "conf_high", "conf_level", "decision", "messages",
+    "adj_p_value", "estimate", "conf_low",  "conf_high", "conf_level", "decision", "messages",  "beyond_range",
 };
 
 using Row = std::map<std::string_view, std::string>;
@@ -66,6 +67,36 @@ void SetInterval(Row& row, const Interval& interval, const ResultDocument& docum
     row["conf_level"] = document.confidenceLevel;
 }
 
+struct TouchedColumn {
+    std::string_view column;
+    Quantity quantity;
+};
+constexpr std::array kTouchedColumns{
+    TouchedColumn{"n", Quantity::kN},
+    TouchedColumn{"statistic", Quantity::kStatistic},
+    TouchedColumn{"std_error", Quantity::kStandardError},
+    TouchedColumn{"z", Quantity::kStandardized},
+    TouchedColumn{"p_value", Quantity::kPValue},
+    TouchedColumn{"conf_low", Quantity::kInterval},
+    TouchedColumn{"conf_high", Quantity::kInterval},
+};
+// Of a pair all these are touched at once.
+constexpr std::array kTouchedPairColumns{
+    TouchedColumn{"std_error", Quantity::kPairs},
+    TouchedColumn{"z", Quantity::kPairs},
+    TouchedColumn{"p_value", Quantity::kPairs},
+    TouchedColumn{"adj_p_value", Quantity::kPairs},
+};
+
+/// Names the columns of a row that are beyond the range of the engine.
+void MarkBeyondRange(Row& row, const TestReading& reading, std::span<const TouchedColumn> columns) {
+    std::vector<std::string> touched;
+    for (const auto& [column, quantity] : columns) {
+        if (reading.IsBeyondRange(quantity) && !row[column].empty()) touched.emplace_back(column);
+    }
+    row["beyond_range"] = JoinList(touched, ";");
+}
+
 void AppendTest(std::string& text, const Row& common, const TestReading& reading, const ResultDocument& document) {
     Row row = common;
     row["row"] = "test";
@@ -78,6 +109,7 @@ void AppendTest(std::string& text, const Row& common, const TestReading& reading
     const PValue* const decisive = leading == nullptr ? nullptr : leading->Leading();
     if (leading != nullptr) SetStatistics(row, *leading, decisive);
     if (reading.intervals.size() == 1) SetInterval(row, reading.intervals.front(), document);
+    MarkBeyondRange(row, reading, kTouchedColumns);
     Append(text, row);
 
     for (const StatisticSet& set : reading.statistics) {
@@ -86,6 +118,7 @@ void AppendTest(std::string& text, const Row& common, const TestReading& reading
             Row other = common;
             other["row"] = "p";
             SetStatistics(other, set, &p);
+            MarkBeyondRange(other, reading, kTouchedColumns);
             Append(text, other);
         }
     }
@@ -94,6 +127,7 @@ void AppendTest(std::string& text, const Row& common, const TestReading& reading
         Row other = common;
         other["row"] = "interval";
         SetInterval(other, interval, document);
+        MarkBeyondRange(other, reading, kTouchedColumns);
         Append(text, other);
     }
 }
@@ -109,6 +143,7 @@ void AppendComparisons(std::string& text, const Row& common, const TestReading& 
         row["z"] = pair.standardized;
         row["p_value"] = pair.p;
         row["adj_p_value"] = pair.adjustedP;
+        MarkBeyondRange(row, reading, kTouchedPairColumns);
         Append(text, row);
     }
     for (const HomogeneousSubset& subset : reading.subsets) {

@@ -111,7 +111,18 @@ Json ComparisonsJson(const TestReading& reading) {
     return json;
 }
 
-Json TestJson(const TestResult& test, const TestReading& reading, const TestTexts* about) {
+Json LimitsJson(const TestReading& reading, const MessageCatalogue& texts) {
+    Json json = Json::array();
+    for (const EngineLimit* limit : reading.limits) {
+        const std::string* const text = texts.Limit(limit->key);
+        json.push_back({{"key", limit->key}, {"touches", Json::array()}, {"text", text ? Json(*text) : Json(nullptr)}});
+        for (const Quantity quantity : limit->quantities) json.back()["touches"].push_back(NameOf(quantity));
+    }
+    return json;
+}
+
+Json TestJson(const TestResult& test, const TestReading& reading, const MessageCatalogue& texts) {
+    const TestTexts* const about = texts.Test(test.name);
     Json json{{"test", test.name},
               {"name", about == nullptr ? Json(nullptr) : Json(about->name)},
               {"title", reading.title},
@@ -127,6 +138,7 @@ Json TestJson(const TestResult& test, const TestReading& reading, const TestText
               {"samples", Json::array()},
               {"comparisons", ComparisonsJson(reading)},
               {"messages", Json::array()},
+              {"limits", LimitsJson(reading, texts)},
               {"tables", Json::array()}};
     for (const Interval& interval : reading.intervals) {
         json["intervals"].push_back({{"method", NameOrNull(interval.method)},
@@ -164,7 +176,7 @@ std::string JsonReport(const ResultDocument& document, const MessageCatalogue& t
     for (const auto& [name, count] : document.counts) json["counts"][name] = ValueOf(count);
     for (const ResultField& field : document.fields) json["fields"].push_back(FieldJson(field));
     for (const TestResult& test : document.tests) {
-        json["tests"].push_back(TestJson(test, ReadTest(test, document, texts), texts.Test(test.name)));
+        json["tests"].push_back(TestJson(test, ReadTest(test, document, texts), texts));
     }
     for (const ResultTable& table : document.descriptives) {
         const ResultField* const field = document.FieldAt(table.Value("varIndex"));

@@ -151,6 +151,7 @@ void MessageCatalogue::Add(const std::string& text, const std::string& name) {
         const json catalogue = json::parse(text);
         ReadTexts(catalogue, "status", status_);
         ReadTexts(catalogue, "condition", conditions_);
+        ReadTexts(catalogue, "limits", limits_);
         const auto tests = catalogue.find("tests");
         if (tests == catalogue.end()) return;
         for (const auto& [test, texts] : tests->items()) {
@@ -177,6 +178,10 @@ const std::string* MessageCatalogue::Status(long code) const {
 
 const std::string* MessageCatalogue::Condition(std::string_view key) const {
     return FindText(conditions_, key);
+}
+
+const std::string* MessageCatalogue::Limit(std::string_view key) const {
+    return FindText(limits_, key);
 }
 
 const TestTexts* MessageCatalogue::Test(std::string_view name) const {

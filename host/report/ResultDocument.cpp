@@ -232,8 +232,11 @@ std::string JoinList(const std::vector<std::string>& parts, std::string_view sep
 std::string ShortNumber(const std::string& text) {
     double number = 0;
     if (!ReadNumber(text, number)) return text;
+    constexpr double kShownWhole = 1e6;
+    constexpr double kLargestShownWhole = 1e15;
+    const bool isLarge = std::fabs(number) >= kShownWhole && std::fabs(number) < kLargestShownWhole;
     char buffer[32];
-    std::snprintf(buffer, sizeof buffer, "%.6g", number);
+    std::snprintf(buffer, sizeof buffer, isLarge ? "%.0f" : "%.6g", number);
     return buffer;
 }
 

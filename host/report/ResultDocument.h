@@ -96,7 +96,8 @@ std::vector<std::string> SplitList(std::string_view joined);
 /// The parts of a list in one text.
 std::string JoinList(const std::vector<std::string>& parts, std::string_view separator = ", ");
 
-/// A number of the document in a width for reading, six digits; another text as it stands.
+/// A number of the document in a width for reading: six digits, or all those before the point up to 1e15; another text
+/// as it stands.
 std::string ShortNumber(const std::string& text);
 
 /// The number of a text, if all of it is one that a document can hold, "nan" and "inf" among them.

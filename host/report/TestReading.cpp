@@ -370,6 +370,10 @@ bool TestReading::HasError() const {
     return std::ranges::any_of(notes, [](const Note& note) { return note.kind == "error"; });
 }
 
+bool TestReading::IsBeyondRange(Quantity quantity) const {
+    return std::ranges::any_of(limits, [&](const EngineLimit* limit) { return limit->Touches(quantity); });
+}
+
 TestReading ReadTest(const TestResult& test, const ResultDocument& document, const MessageCatalogue& texts) {
     TestReading reading;
     reading.name = test.name;
@@ -400,6 +404,7 @@ TestReading ReadTest(const TestResult& test, const ResultDocument& document, con
     }
     ReadSamples(test, test.content, document, group, reading);
     ReadCounts(test, document, reading);
+    reading.limits = LimitsPassed(reading, document);
     return reading;
 }
 

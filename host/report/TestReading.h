@@ -4,6 +4,7 @@
 #include <string_view>
 #include <vector>
 
+#include "host/report/EngineLimits.h"
 #include "host/report/MessageCatalogue.h"
 #include "host/report/ResultDocument.h"
 
@@ -109,10 +110,13 @@ struct TestReading {
         std::string text;
     };
     std::vector<Note> notes;
+    std::vector<const EngineLimit*> limits;  ///< that the test passes; they stay with the program
 
     /// The set whose significance decides, or the first one; null for none.
     const StatisticSet* Leading() const;
     bool HasError() const;
+    /// Whether what a test tells of a quantity is beyond the range of the engine.
+    bool IsBeyondRange(Quantity quantity) const;
 };
 
 TestReading ReadTest(const TestResult& test, const ResultDocument& document, const MessageCatalogue& texts);

@@ -14,6 +14,13 @@ namespace {
 
 constexpr const char* kIndent = "   ";
 
+constexpr const char* kBeyondRange = "beyond the engine's range";
+
+std::string LimitLine(const EngineLimit& limit, const MessageCatalogue& texts) {
+    const std::string* const sentence = texts.Limit(limit.key);
+    return "Beyond the engine's range: " + (sentence == nullptr ? std::string(limit.key) : *sentence);
+}
+
 /// A number for a reader; words for one that is none.
 std::string NumberText(const std::string& value) {
     if (value.empty()) return "not computed";
@@ -39,8 +46,9 @@ std::string KindText(const PValue& p) {
 /// A block, in the making.
 class Block {
  public:
-    Block(const TestReading& reading, const ResultDocument& document, const TextStyle& style)
-        : reading_(reading), document_(document), style_(style) {}
+    Block(const TestReading& reading, const ResultDocument& document, const MessageCatalogue& texts,
+          const TextStyle& style)
+        : reading_(reading), document_(document), texts_(texts), style_(style) {}
 
     std::string Text(std::size_t number) const {
         std::string text =
@@ -49,9 +57,10 @@ class Block {
         if (!reading_.isEstimate) text += std::string(kIndent) + "Decision: " + Decision() + "\n";
         text += Section("", Counts());
         text += Section("", Samples());
-        text += Section("Pairs", Pairs());
+        text += Section(PairsTitle(), Pairs());
         text += Section("Homogeneous subsets", Subsets());
-        for (const TestReading::Note& note : reading_.notes) text += std::string(kIndent) + NoteLine(note) + "\n";
+        for (const TestReading::Note& note : reading_.notes) text += kIndent + NoteLine(note) + "\n";
+        for (const EngineLimit* limit : reading_.limits) text += kIndent + LimitLine(*limit, texts_) + "\n";
         return text;
     }
 
@@ -73,13 +82,14 @@ class Block {
 
     TextTable Results() const {
         TextTable table({{""}, {""}, {""}});
-        if (!reading_.n.empty()) table.AddRow({"N", reading_.n, ""});
+        if (!reading_.n.empty()) table.AddRow({"N", reading_.n, Remark(Quantity::kN)});
         for (const StatisticSet& set : reading_.statistics) AddSet(set, table);
         for (const Interval& interval : reading_.intervals) {
             const double percent = 100 * std::strtod(document_.confidenceLevel.c_str(), nullptr);
             table.AddRow({"Estimate", NumberText(interval.estimate), interval.method});
             table.AddRow({ShortNumber(std::to_string(percent)) + "% interval",
-                          NumberText(interval.lower) + " to " + NumberText(interval.upper), interval.method});
+                          NumberText(interval.lower) + " to " + NumberText(interval.upper),
+                          Remark(Quantity::kInterval, interval.method)});
         }
         for (const Figure& figure : reading_.figures) {
             std::string label = figure.label;
@@ -89,17 +99,26 @@ class Block {
         return table;
     }
 
-    static void AddSet(const StatisticSet& set, TextTable& table) {
-        table.AddRow({"Statistic", NumberText(set.statistic), set.name});
-        if (!set.standardError.empty()) table.AddRow({"Standard error", NumberText(set.standardError), set.name});
-        if (!set.standardized.empty()) table.AddRow({"Standardized", NumberText(set.standardized), set.name});
+    void AddSet(const StatisticSet& set, TextTable& table) const {
+        const auto add = [&](const char* title, const std::string& value, Quantity quantity) {
+            table.AddRow({title, NumberText(value), Remark(quantity, set.name)});
+        };
+        add("Statistic", set.statistic, Quantity::kStatistic);
+        if (!set.standardError.empty()) add("Standard error", set.standardError, Quantity::kStandardError);
+        if (!set.standardized.empty()) add("Standardized", set.standardized, Quantity::kStandardized);
         if (!set.df.empty()) table.AddRow({"Degrees of freedom", set.df, set.name});
         for (const PValue& p : set.pValues) {
             std::string remark = KindText(p);
             if (!set.name.empty()) remark += ", " + set.name;
             if (p.decides) remark += ", decides";
-            table.AddRow({"p", PText(p.value, p.isBound), remark});
+            table.AddRow({"p", PText(p.value, p.isBound), Remark(Quantity::kPValue, remark)});
         }
+    }
+
+    /// What stands beside a number: what it is, and whether it is to be trusted.
+    std::string Remark(Quantity quantity, const std::string& kind = "") const {
+        if (!reading_.IsBeyondRange(quantity)) return kind;
+        return kind + (kind.empty() ? "" : ", ") + kBeyondRange;
     }
 
     static std::string Section(const std::string& title, const TextTable& table) {
@@ -139,6 +158,11 @@ class Block {
             table.AddRow(std::move(cells));
         }
         return table;
+    }
+
+    std::string PairsTitle() const {
+        const std::string remark = Remark(Quantity::kPairs);
+        return remark.empty() ? "Pairs" : "Pairs, standard errors and p " + remark;
     }
 
     /// An empty cell is one that this comparison has not.
@@ -193,6 +217,7 @@ class Block {
 
     const TestReading& reading_;
     const ResultDocument& document_;
+    const MessageCatalogue& texts_;
     const TextStyle& style_;
 };
 
@@ -218,7 +243,7 @@ std::string TextReport(const ResultDocument& document, const MessageCatalogue& t
     std::size_t number = 0;
     for (const TestResult& test : document.tests) {
         const TestReading reading = ReadTest(test, document, texts);
-        text += (text.empty() ? "" : "\n") + Block(reading, document, style).Text(++number);
+        text += (text.empty() ? "" : "\n") + Block(reading, document, texts, style).Text(++number);
     }
     return text.empty() ? kNoTest : text;
 }
@@ -247,6 +272,7 @@ std::string ShortReport(const ResultDocument& document, const MessageCatalogue& 
         for (const TestReading::Note& note : reading.notes) {
             notes += name + ": " + note.text + " (" + std::to_string(note.code) + ")\n";
         }
+        for (const EngineLimit* limit : reading.limits) notes += name + ": " + LimitLine(*limit, texts) + "\n";
     }
     return number == 0 ? kNoTest : table.ToText() + notes;
 }

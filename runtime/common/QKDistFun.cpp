@@ -293,12 +293,25 @@ WorkReal LargeGammaQuantileRatio(WorkReal p, WorkReal a) {
     return root * root * root;
 }
 
+/// The quantile of log(x / (1 - x)), twice Fisher's z, for a beta distributed x with two large shapes by the expansion of
+/// Fisher and Cornish (1960), Technometrics 2, 209-225.
+WorkReal LargeBetaLogitQuantile(WorkReal p, WorkReal a, WorkReal b) {
+    const WorkReal u = StdNormQuantile(p);
+    const WorkReal mean = (1 / a + 1 / b) / 2;
+    const WorkReal half = (1 / a - 1 / b) / 2;
+    const WorkReal root = std::sqrt(mean / 2);
+    const WorkReal spread = u * root;
+    const WorkReal skewness = -half * (u * u + 2) / 6;
+    const WorkReal rest = root * (mean * (u * u + 3) * u / 24 + half * half * (u * u + 11) * u / (72 * mean));
+    return std::log(a / b) + 2 * (spread + skewness + rest);
+}
+
 /// The quantile of log(x / (1 - x)) for a beta distributed x; `low` and `high` as for `FindQuantile`.
 WorkReal BetaLogitQuantile(WorkReal p, WorkReal a, WorkReal b, WorkReal low, WorkReal high) {
-    // log(x / (1 - x)) less log(a / b) hardly depends on a shape that large.
-    if (a > kLargestBetaShape && b > kLargestBetaShape)
-        return std::log(a / b) + StdNormQuantile(p) * std::sqrt(1 / a + 1 / b);
-    if (a > kLargestBetaShape || b > kLargestBetaShape) {
+    constexpr WorkReal kLargeBesideALargerOne = 2000;
+    if (std::max(a, b) > kLargestBetaShape) {
+        if (std::min(a, b) > kLargeBesideALargerOne) return LargeBetaLogitQuantile(p, a, b);
+        // Beside a small shape log(x / (1 - x)) less log(a / b) hardly depends on a shape that large.
         const WorkReal shift = std::log(std::max<WorkReal>(1, a / kLargestBetaShape)) -
                                std::log(std::max<WorkReal>(1, b / kLargestBetaShape));
         return shift + BetaLogitQuantile(p, std::min(a, kLargestBetaShape), std::min(b, kLargestBetaShape), low - shift,
@@ -388,18 +401,9 @@ double QKDistFun::IdfBeta(double p, double a, double b) {
 }
 
 double QKDistFun::CdfBin(double x, double n, double p, int& err) {
-    constexpr int kAboveSupport = 1;
-    constexpr int kOutsideDomain = 3;
-
-    if (!(n >= 0) || std::isinf(n) || !IsProbability(p)) {
-        err = kOutsideDomain;
-        return QKMV::Missing();
-    }
-    if (!(x <= n)) {
-        err = kAboveSupport;
-        return QKMV::Missing();
-    }
-    err = 0;
+    const bool isInDomain = n >= 0 && !std::isinf(n) && IsProbability(p) && x <= n;
+    err = isInDomain ? 0 : 1;
+    if (!isInDomain) return QKMV::Missing();
     const double successes = std::floor(x);
     const double trials = std::floor(n);
     if (successes < 0) return 0;

@@ -125,9 +125,15 @@ bool QKSettings::GetSettingValByName(const std::string& name, std::vector<int>& 
 
 bool QKSettings::GetSettingValByName(const std::string& name, std::vector<QKSettings>& out) const {
     const QKSetting* setting = FindSetting(name);
-    const auto* vector = setting ? dynamic_cast<const IQKVectorElements<QKSettings>*>(&setting->GetValue()) : nullptr;
-    if (vector == nullptr) return false;
-    out = vector->GetElements();
+    if (setting == nullptr) return false;
+    const IQKSettingValue& value = setting->GetValue();
+    if (const auto* lists = dynamic_cast<const IQKVectorElements<QKSettings>*>(&value)) {
+        out = lists->GetElements();
+        return true;
+    }
+    // A vector without elements tells nothing of their kind.
+    if (value.GetKind() != static_cast<int>(SettingKind::kVector) || value.Count() != 0) return false;
+    out.clear();
     return true;
 }
 

@@ -122,7 +122,7 @@ unsigned TARNComponentBuilder::BuildAlgorithm(IQKFactory& factory, int* errorCod
     algorithm.reset();
     int modelId = 0;
     int ignored = 0;  // a host without model ids is no failure
-    CallHost(GetHXContextHandle(), &HXContext::GetModelId, &modelId, &ignored);
+    if (CallHost(GetHXContextHandle(), &HXContext::GetModelId, &modelId, &ignored) != HX_OK) modelId = 0;
     executionSettings->AddNewSetting(SettingKey::kModelId, modelId, "");
 
     algorithm.reset(factory.CreateQKAlgorithm(*executionSettings, inputAdapter->GetVarList()));

@@ -20,7 +20,7 @@ void GroupComparisons::Read(const QKSettings& settings) {
 
 GroupedFields PlanKGroups(TARNPlanBuilder& builder, TARNPlan& plan, const GroupedFieldsCodes& codes) {
     const GroupedFields fields = PlanGroupedFields(builder, plan, codes, AfterFailedTestField::kStop);
-    builder.RequestOriginFrequencies();
+    builder.RequestOriginFrequencies(Origins::kOne);
     std::string type = MultipleComparisonType::kNone;
     builder.Read(SettingKey::kTypeOfMultipleComparison, type);
     QKSettings& settings = builder.TestSettings();

@@ -8,6 +8,7 @@
 #include "platform/common/QKDistFun.h"
 #include "platform/common/QKMV.h"
 #include "platform/common/Truncation.h"
+#include "support/Significance.h"
 
 void MedianSubset::SetGroups(const std::vector<std::int32_t>& categories, std::vector<double> groupSizes,
                              std::int32_t categoryCount) {
@@ -52,7 +53,7 @@ MedianSubset::ExpectedCells MedianSubset::ComputeChiSquare() {
         }
     }
     cells.manyBelowFive = 4 * belowFive > 2 * sizes.size();
-    sig = 1 - QKMath::QKDistFun::CdfChi(chiSquare, static_cast<double>(sizes.size()) - 1);
+    sig = ChiSquareSig(chiSquare, static_cast<double>(sizes.size()) - 1);
     return cells;
 }
 

@@ -69,7 +69,7 @@ double Position(double place) {
 void PlanHodgesLehmannTwoIndep(const QKSettings& entry, TARNPlan& plan) {
     TARNPlanBuilder builder(entry, plan, CommonSettings::kConfidenceLevel);
     const GroupedFields fields = PlanGroupedFields(builder, plan, kFieldCodes, AfterFailedTestField::kStillFindGroup);
-    builder.RequestOriginFrequencies();
+    builder.RequestOriginFrequencies(Origins::kOne);
     RequestGroupedFields(builder, plan, fields);
     builder.AddToSortedWorker<TARNHodgesLehmannTwoIndep>(fields.test);
 }

@@ -18,9 +18,9 @@
 #include "planning/StatusCodes.h"
 #include "planning/contract/SettingKeys.h"
 #include "planning/contract/TARNPlanBuilder.h"
-#include "platform/common/QKDistFun.h"
 #include "platform/common/Truncation.h"
 #include "support/CaseWeight.h"
+#include "support/Significance.h"
 
 namespace {
 
@@ -330,7 +330,7 @@ bool TARNKSMedian::Judge(MedianSubset& subset, Mode mode, const std::vector<std:
             fisherSig = FisherExactSignificance(table);
         } else {
             yatesChiSquare = YatesChiSquare(table);
-            yatesSig = 1 - QKMath::QKDistFun::CdfChi(yatesChiSquare, 1);
+            yatesSig = ChiSquareSig(yatesChiSquare, 1);
         }
     }
     return sigLevel > DecidingSig();

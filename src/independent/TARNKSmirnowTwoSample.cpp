@@ -65,7 +65,7 @@ void PlanKSmirnowTwoSample(const QKSettings& entry, TARNPlan& plan) {
     TARNPlanBuilder builder(entry, plan, CommonSettings::kSigLevel);
     const GroupedFields fields = PlanGroupedFields(builder, plan, kFieldCodes, AfterFailedTestField::kResolveGroup);
     CheckCategories(builder, plan.GetVarList(), fields.group);
-    builder.RequestOriginFrequencies();
+    builder.RequestOriginFrequencies(Origins::kOne);
     RequestGroupedFields(builder, plan, fields);
     builder.AddToSortedWorker<TARNKSmirnowTwoSample>(fields.test);
 }

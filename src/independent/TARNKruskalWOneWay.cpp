@@ -23,10 +23,10 @@
 #include "planning/StatusCodes.h"
 #include "planning/contract/SettingKeys.h"
 #include "planning/contract/TARNPlanBuilder.h"
-#include "platform/common/QKDistFun.h"
 #include "platform/common/Truncation.h"
 #include "support/CaseWeight.h"
 #include "support/Int32.h"
+#include "support/Significance.h"
 
 namespace {
 
@@ -108,7 +108,7 @@ void PlanKruskalWOneWay(const QKSettings& entry, TARNPlan& plan) {
     } else if (group >= 0) {
         FailAlone(builder, kGroupNotCategorical);
     }
-    builder.RequestOriginFrequencies();
+    builder.RequestOriginFrequencies(Origins::kOne);
     CopyComparison(builder);
     if (group >= 0) {
         // A field of another kind has no categories, and so fails here, too.
@@ -279,7 +279,7 @@ TARNKruskalWOneWay::Result TARNKruskalWOneWay::ComputeH(const std::vector<std::s
     result.statistic = correction != 0 ? h / correction : 0.0;
     AddStatusMessage(QKStatus(kStatisticComputed), MessageKind::kHelpMessage);
     result.degreesOfFreedom = static_cast<double>(groups.size()) - 1;
-    result.sig = 1 - QKMath::QKDistFun::CdfChi(result.statistic, result.degreesOfFreedom);
+    result.sig = ChiSquareSig(result.statistic, result.degreesOfFreedom);
     return result;
 }
 

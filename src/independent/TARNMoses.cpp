@@ -96,7 +96,7 @@ void PlanOutliers(TARNPlanBuilder& builder) {
 void PlanMoses(const QKSettings& entry, TARNPlan& plan) {
     TARNPlanBuilder builder(entry, plan, CommonSettings::kSigLevel);
     const GroupedFields fields = PlanGroupedFields(builder, plan, kFieldCodes, AfterFailedTestField::kStop);
-    builder.RequestOriginFrequencies();
+    builder.RequestOriginFrequencies(Origins::kOne);
     builder.TestSettings().AddSetting(kCaseIdVariableIndex, plan.GetCaseIdIndex());
     PlanOutliers(builder);
     PlanTwoGroups(builder, plan, fields.group, kParameterMissing);

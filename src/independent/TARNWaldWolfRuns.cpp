@@ -56,7 +56,7 @@ void PlanWaldWolfRuns(const QKSettings& entry, TARNPlan& plan) {
     TARNPlanBuilder builder(entry, plan, CommonSettings::kSigLevel);
     const GroupedFields fields = PlanGroupedFields(builder, plan, kFieldCodes, AfterFailedTestField::kStillFindGroup);
     if (builder.IsOK() && AsksForLists(entry)) builder.Fail(kListsRefused);
-    builder.RequestOriginFrequencies();
+    builder.RequestOriginFrequencies(Origins::kOne);
     RequestGroupedFields(builder, plan, fields);
     builder.AddToSortedWorker<TARNWaldWolfRuns>(fields.test);
 }
@@ -161,7 +161,8 @@ bool TARNWaldWolfRuns::Compute(RunsResult& result, std::int32_t number) const {
 }
 
 bool TARNWaldWolfRuns::HasExact() const {
-    return TotalN() <= kMostExact;
+    const auto [n1, n2] = runs.Counts();
+    return static_cast<double>(n1) + n2 <= kMostExact;
 }
 
 std::int32_t TARNWaldWolfRuns::TotalN() const {

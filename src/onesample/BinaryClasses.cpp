@@ -42,7 +42,7 @@ void BinaryClassesPlan::ResolveField() {
     }
     measureLevel = plan.GetMeasureLevel(name);
     builder.TestSettings().AddSetting(SettingKey::kVariableIndex, field);
-    builder.TestSettings().AddSetting(OneSampleKey::kMeasureLevel, measureLevel);
+    builder.TestSettings().AddSetting(SettingKey::kMeasureLevel, measureLevel);
     if (FieldKind::IsCategorical(measureLevel)) plan.Request(field, Statistic::kFrequencies);
     if (measureLevel == FieldKind::kContinuous) plan.RequestSorted(field);
 }
@@ -118,7 +118,7 @@ void BinaryClasses::ReadFormation(const QKSettings& settings) {
 
 void BinaryClasses::ReadMeasureLevel(const QKSettings& settings) {
     int level = 0;
-    settings.GetSettingValByName(OneSampleKey::kMeasureLevel, level);
+    settings.GetSettingValByName(SettingKey::kMeasureLevel, level);
     if (level == FieldKind::kContinuous || FieldKind::IsCategorical(level)) measureLevel = level;
 }
 
@@ -154,9 +154,11 @@ QKStatus BinaryClasses::TakeClassesOfData(const std::map<int, std::int32_t>& fre
     if (frequencies.empty()) return QKStatus(codes.noCategory);
 
     const auto& [first, countOfFirst] = *frequencies.begin();
-    givenCategories = {static_cast<double>(first)};
     firstCount = countOfFirst;
-    if (frequencies.size() == 1) return firstCount >= 1 ? QKStatus() : QKStatus(codes.noCategory);
+    // A single category without a case is not taken, while of two without one both are.
+    if (frequencies.size() == 1 && firstCount < 1) return QKStatus(codes.noCategory);
+    givenCategories = {static_cast<double>(first)};
+    if (frequencies.size() == 1) return QKStatus();
 
     const auto& [second, countOfSecond] = *frequencies.rbegin();
     notUsedCategories = {static_cast<double>(second)};
@@ -201,10 +203,6 @@ void BinaryClasses::OrderClassesByFirstRecord(double value) {
 
 namespace {
 
-std::string ValueOrMissing(double value) {
-    return QKMV::IsMissing(value) ? Literal::kMissingParameter : DoubleToString(value);
-}
-
 std::string FirstOrMissing(const std::vector<double>& categories) {
     return categories.empty() ? Literal::kMissingParameter : DoubleToString(categories[0]);
 }
@@ -228,7 +226,7 @@ std::string BinaryClasses::FieldParameter() const {
 }
 
 std::string BinaryClasses::FirstClassParameter() const {
-    if (classFormation == Formation::kCutPoint) return ValueOrMissing(cutPoint);
+    if (classFormation == Formation::kCutPoint) return NumberOrMissing(cutPoint);
     return classFormation == Formation::kFromData ? FirstOrMissing(givenCategories) : JoinValues(givenCategories);
 }
 

@@ -33,7 +33,6 @@ inline constexpr const char* kUserSpecifyTestValue = "userSpecifyTestValue";
 inline constexpr const char* kTestValue = "testValue";
 
 // Written by plan builders into a test's own settings.
-inline constexpr const char* kMeasureLevel = "measureLevel";
 inline constexpr const char* kOriginalGivenCategories = "originalGivenCategoryList";
 
 }  // namespace OneSampleKey

@@ -18,12 +18,12 @@
 #include "planning/contract/SettingKeys.h"
 #include "planning/contract/TARNPlanBuilder.h"
 #include "planning/contract/TARNVariableInfo.h"
-#include "platform/common/QKDistFun.h"
 #include "platform/common/QKVarList.h"
 #include "platform/common/Truncation.h"
 #include "support/Int32.h"
 #include "support/QKUnivariateVariable.h"
 #include "support/QKVecValue.h"
+#include "support/Significance.h"
 
 namespace {
 
@@ -52,15 +52,15 @@ constexpr double kSmallExpectedCount = 5.0;
 namespace {
 
 /// The categories of the entry with their expected values.
-struct GivenCategories {
+struct ExpectedCategories {
     std::vector<double> numbers;  // of a field with numeric categories
     std::vector<std::string> texts;
     std::vector<double> expected;
 };
 
 /// An element that lacks something is passed over, and the walk goes on.
-GivenCategories ReadElements(TARNPlanBuilder& builder, const std::vector<QKSettings>& elements, bool numeric) {
-    GivenCategories given;
+ExpectedCategories ReadElements(TARNPlanBuilder& builder, const std::vector<QKSettings>& elements, bool numeric) {
+    ExpectedCategories given;
     for (const QKSettings& element : elements) {
         double number = 0;
         std::string text;
@@ -90,7 +90,7 @@ void PlanExpectedValues(TARNPlanBuilder& builder, const QKVarList& varList, int 
         return;
     }
     const bool numeric = measureLevel == FieldKind::kNumericCategories;
-    GivenCategories given = ReadElements(builder, elements, numeric);
+    ExpectedCategories given = ReadElements(builder, elements, numeric);
     if (!builder.IsOK()) return;
 
     double sum = 0;
@@ -116,7 +116,7 @@ int ResolveField(TARNPlanBuilder& builder, TARNPlan& plan, const std::string& na
         return 0;
     }
     plan.Request(field, Statistic::kFrequencies);
-    builder.TestSettings().AddSetting(OneSampleKey::kMeasureLevel, measureLevel);
+    builder.TestSettings().AddSetting(SettingKey::kMeasureLevel, measureLevel);
     return measureLevel;
 }
 
@@ -173,7 +173,7 @@ void TARNChiSquare::ReadSettings() {
         AddStatusMessage(QKStatus(kSettingMissing), MessageKind::kError);
     }
     settings->GetSettingValByName(SettingKey::kSigLevel, sigLevel);
-    if (!settings->GetSettingValByName(OneSampleKey::kMeasureLevel, measureLevel)) {
+    if (!settings->GetSettingValByName(SettingKey::kMeasureLevel, measureLevel)) {
         AddStatusMessage(QKStatus(kSettingMissing), MessageKind::kError);
     }
 }
@@ -232,7 +232,7 @@ QKStatus TARNChiSquare::EndPass() {
             const double difference = static_cast<double>(cell.observed) - expected;
             testStatistic += difference * difference / expected;
         }
-        asymptoticSig = 1 - QKMath::QKDistFun::CdfChi(testStatistic, static_cast<double>(cells.size()) - 1);
+        asymptoticSig = ChiSquareSig(testStatistic, static_cast<double>(cells.size()) - 1);
     }
     AddExpectedCountsMessage(below, smallest);
     passesRemaining = 0;

@@ -71,10 +71,6 @@ bool IsAlmostEqual(double a, double b) {
     return QKMath::QKPower::AlmostEqual(a, b, QKMath::QKPower::gMachineEpsilon);
 }
 
-std::string NumberOrMissing(double value) {
-    return QKMV::IsMissing(value) ? Literal::kMissingParameter : DoubleToString(value);
-}
-
 // ---- Plan ----
 
 void CopyParameters(TARNPlanBuilder& builder) {
@@ -111,7 +107,7 @@ void PlanDistribution(const QKSettings& entry, TARNPlan& plan, const char* distr
     builder.TestSettings().AddSetting(OneSampleKey::kDistributionFunction, distribution);
     CopyParameters(builder);
     const int field = ResolveField(builder, plan);
-    builder.RequestOriginFrequencies();
+    builder.RequestOriginFrequencies(Origins::kOne);
     if (builder.IsOK()) {
         builder.TestSettings().AddSetting(SettingKey::kMeasureLevel, FieldKind::kContinuous);
         plan.RequestSorted(field);  // with the range, the mean and the standard deviation for the document

@@ -148,7 +148,7 @@ void PlanClasses(TARNPlanBuilder& builder, TARNPlan& plan) {
     }
     const int measureLevel = plan.GetMeasureLevel(name);
     builder.TestSettings().AddSetting(SettingKey::kVariableIndex, field);
-    builder.TestSettings().AddSetting(OneSampleKey::kMeasureLevel, measureLevel);
+    builder.TestSettings().AddSetting(SettingKey::kMeasureLevel, measureLevel);
     if (FieldKind::IsCategorical(measureLevel)) {
         plan.Request(field, Statistic::kFrequencies);
         PlanCategories(builder, plan.GetVarList(), field);
@@ -172,7 +172,7 @@ QKStatus TARNRuns::BeginPass() {
     settings->GetSettingValByName(SettingKey::kSigLevel, sigLevel);
     settings->GetSettingValByName(SettingKey::kVariableIndex, variableIndex);
     int level = 0;
-    settings->GetSettingValByName(OneSampleKey::kMeasureLevel, level);
+    settings->GetSettingValByName(SettingKey::kMeasureLevel, level);
     if (level == FieldKind::kContinuous) {
         measureKind = MeasureKind::kContinuous;
         PrepareContinuous();

@@ -85,7 +85,7 @@ void PlanWilcoxonSR(const QKSettings& entry, TARNPlan& plan) {
     TARNPlanBuilder builder(entry, plan, CommonSettings::kSigLevel);
     const int field = ResolveField(builder, plan.GetVarList());
     CopyTestValue(builder);
-    builder.RequestOriginFrequencies();
+    builder.RequestOriginFrequencies(Origins::kOne);
     if (builder.IsOK()) {
         // Refused as long as no sorted test is planned: the median of the field is then the missing value. Documents
         // depend on it.

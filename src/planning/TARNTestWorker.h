@@ -23,7 +23,7 @@ class TARNTestWorker {
     /// that misses anything is lost to every test.
     TARNTestWorker(const QKVarList& varList, bool analysisMissing, MultiPassRecordIter& records,
                    const QKTarn::RecordFlags& incomplete);
-    virtual ~TARNTestWorker() = default;
+    ~TARNTestWorker() = default;  // not virtual: `SetProgress` is the one virtual operation, and nothing derives
     TARNTestWorker(const TARNTestWorker&) = delete;
     TARNTestWorker& operator=(const TARNTestWorker&) = delete;
 

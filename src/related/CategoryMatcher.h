@@ -16,13 +16,10 @@ class CategoryMatcher {
 
     /// A bit per category of `field`: it is the same as that category of the other field.
     std::vector<bool> FlagsOfSame(int field, int otherField, int otherCategory) const;
-    /// A bit per category of `field`: its value or text stands in the list.
-    std::vector<bool> FlagsOfListed(int field, const std::vector<double>& values) const;
-    std::vector<bool> FlagsOfListed(int field, const std::vector<std::string>& texts) const;
-
-    /// The one or the other, as the values of the field are numbers or texts.
+    /// A bit per category of `field`: it stands in the list of values, or of texts where its values are texts.
     std::vector<bool> FlagsOfListed(int field, const std::vector<double>& values,
                                     const std::vector<std::string>& texts) const;
+
     enum class Classes { kTwo, kUnusable, kThirdSingleCategory };
 
     /// Whether the categories that occur in the fields make up two classes over all of them. `categoryCounts` has the

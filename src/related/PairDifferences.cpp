@@ -34,7 +34,7 @@ void PlanContinuousPair(TARNPlanBuilder& builder, TARNPlan& plan, const PairCode
     } else {
         builder.Fail(codes.namesMissing);
     }
-    builder.RequestOriginFrequencies();
+    builder.RequestOriginFrequencies(Origins::kSeveral);
 }
 
 bool ReadPair(const QKSettings& settings, int& firstVariableIndex, int& secondVariableIndex) {

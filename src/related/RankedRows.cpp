@@ -92,7 +92,7 @@ void PlanRankedRows(TARNPlanBuilder& builder, TARNPlan& plan, const RankedRowsTe
         builder.TestSettings().AddSetting(SettingKey::kTypeOfMultipleComparison, type);
     }
     if (builder.IsOK()) RequestDescriptives(builder, plan);
-    builder.RequestOriginFrequencies();
+    builder.RequestOriginFrequencies(Origins::kSeveral);
 }
 
 // ---- Passes ----

@@ -212,13 +212,9 @@ QKStatus TARNMcNemar::EndPass() {
     asymptoticSig = std::min(ChiSquareSig(testStatistic, kDegreesOfFreedom), 1.0);
     if (Discordant() < kExactBelow) {
         AddStatusMessage(QKStatus(kExactBesideAsymptotic), MessageKind::kHelpMessage);
-        int err = 1;
-        if (failSuccessCount == 0 && successFailCount == 0) {
-            exactSig = 1.0;
-            err = 0;
-        } else {
-            exactSig = ExactSignificance(failSuccessCount, successFailCount, err);
-        }
+        int err = 0;
+        const bool hasChange = failSuccessCount != 0 || successFailCount != 0;
+        exactSig = hasChange ? ExactSignificance(failSuccessCount, successFailCount, err) : 1.0;
         if (err != 0) AddStatusMessage(QKStatus(kBinomialFailed), MessageKind::kError);
     }
     passesRemaining = 0;

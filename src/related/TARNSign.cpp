@@ -84,7 +84,7 @@ void PlanSign(const QKSettings& entry, TARNPlan& plan) {
     } else {
         builder.Fail(kNamesMissing);
     }
-    builder.RequestOriginFrequencies();
+    builder.RequestOriginFrequencies(Origins::kSeveral);
     if (builder.IsOK()) {
         // The positions in the pair are handed over here, not the field indices: the descriptives of the first two
         // fields of the list come into the document whatever the pair. Documents depend on it.

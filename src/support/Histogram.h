@@ -19,8 +19,8 @@ class Histogram {
     /// How many intervals descriptives and tests ask for.
     static constexpr std::size_t kDefaultBins = 400;
 
-    /// Makes `wishedBins` empty intervals between `low` and `high`, one more where zero lies strictly above the
-    /// lower end of an interval's reach or on it, and below its upper end. The last edge is `high` + 1.
+    /// Makes `wishedBins` empty intervals between `low` and `high`, one more where zero lies on or above the lower
+    /// end of an interval and strictly below its upper end. The last edge is `high` + 1.
     void SetUp(double low, double high, std::size_t wishedBins);
 
     /// Takes a value with its weight; an exact zero goes to a counter of its own. A weight of 0 is not guarded: in

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/common/QKMV.h"
+
 using QKXML::XMLElement;
 using QKXML::XMLString;
 
@@ -117,6 +119,10 @@ std::unique_ptr<XMLElement> MakeWarningElement(const std::vector<TestMessage>& m
 
 std::string FieldOrMissing(int fieldIndex) {
     return fieldIndex < 0 ? Literal::kMissingParameter : IntToString(fieldIndex);
+}
+
+std::string NumberOrMissing(double value) {
+    return QKMV::IsMissing(value) ? Literal::kMissingParameter : DoubleToString(value);
 }
 
 StructuredTable::StructuredTable(XMLElement& parent, std::string_view name)

@@ -46,6 +46,9 @@ std::unique_ptr<QKXML::XMLElement> MakeWarningElement(const std::vector<TestMess
 /// A field as a condition's parameter where the test marks a missing one: its index, "__MISSING__" if negative.
 std::string FieldOrMissing(int fieldIndex);
 
+/// A number, or "__MISSING__" for the missing one.
+std::string NumberOrMissing(double value);
+
 /// A structured table that is being filled. Borrows the element, which belongs to its parent.
 class StructuredTable {
  public:

@@ -86,8 +86,19 @@ TEST(PlanSettings, ObjectsNestAndArraysOfObjectsBecomeVectorsOfSettings) {
     EXPECT_EQ(value, 3);
 }
 
+TEST(PlanSettings, AnEmptyArrayIsAnEmptyVectorOfWhateverIsAskedFor) {
+    const QKSettings settings = Read(R"({"k": []})");
+    std::vector<QKSettings> lists(1);
+    EXPECT_TRUE(settings.GetSettingValByName("k", lists));
+    EXPECT_TRUE(lists.empty());
+    std::vector<double> numbers(1);
+    EXPECT_TRUE(settings.GetSettingValByName("k", numbers));
+    EXPECT_TRUE(numbers.empty());
+}
+
 TEST(PlanSettings, NullIsAbsent) {
     EXPECT_EQ(Read(R"({"k": null})").FindSetting("k"), nullptr);
+    EXPECT_EQ(Read(R"({"tests": null})").Size(), 0u);
 }
 
 TEST(PlanSettings, KeysAndTestsKeepTheirOrder) {

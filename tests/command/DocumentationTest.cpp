@@ -75,8 +75,8 @@ TEST_P(Documentation, ShowsWhatTheCommandSays) {
 
 INSTANTIATE_TEST_SUITE_P(Pages, Documentation,
                          testing::Values("README.md", "docs/one-sample.md", "docs/related.md", "docs/independent.md"),
-                         [](const auto& info) {
-                             std::string name = info.param;
+                         [](const auto& test) {
+                             std::string name = test.param;
                              for (char& c : name) {
                                  if (!std::isalnum(static_cast<unsigned char>(c))) c = '_';
                              }

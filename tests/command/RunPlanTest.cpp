@@ -292,10 +292,11 @@ TEST_P(WrongUsage, IsToldInOneLine) {
 
 INSTANTIATE_TEST_SUITE_P(
     , WrongUsage,
-    testing::Values(BadUsage{"Nothing", {}, "subcommand is required"},
+    testing::Values(BadUsage{"Nothing", {}, "expected one like tarn analyze DATA.csv --one-sample FIELD"},
                     BadUsage{"UnknownCommand", {"ruin"}, "did you mean run?"},
                     BadUsage{"NoData", {"run", "--plan", "p"}, "--data is required"},
                     BadUsage{"NoPlan", {"run", "--data", "d"}, "--plan"},
+                    BadUsage{"LineBreakInAnArgument", {"analyze", "d", "--alpha", "a\nb"}, "--alpha"},
                     BadUsage{"UnknownOption", {"run", "--data", "d", "--plan", "p", "--quite"}, "--quite"}),
     [](const testing::TestParamInfo<BadUsage>& test) { return std::string(test.param.name); });
 

@@ -105,7 +105,7 @@ static unsigned take_message(void* handle, int type, int code, const char* const
 static unsigned get_model_id(void* handle, int* id, int* errorCode) {
     TinyHost* host = handle;
     note(host, "GetModelId");
-    if (host->failure != TINY_GET_MODEL_ID) *id = host->modelId;
+    *id = host->modelId; /* when it fails too: it does not count then */
     return answer(host, TINY_GET_MODEL_ID, errorCode);
 }
 

@@ -120,6 +120,8 @@ TEST(TableLoader, TellsWhatIsWrongWithTheHeader) {
     EXPECT_EQ(ErrorOf("\n\na\n1\n"), "data.csv:1: an empty line; expected the name of the field");
     EXPECT_EQ(ErrorOf("a,,b\n"), "data.csv:1: column 2: an empty name; expected the name of the field");
     EXPECT_EQ(ErrorOf("\"\"\n"), "data.csv:1: column 1: an empty name; expected the name of the field");
+    EXPECT_EQ(ErrorOf("a,w\001\n"),
+              "data.csv:1: column 2: name \"w?\" with a control character; expected a name that a document can hold");
     EXPECT_EQ(ErrorOf("\na,b,\"a\"\n"), "data.csv:2: column 3: name \"a\" as in column 1; expected unique names");
 }
 

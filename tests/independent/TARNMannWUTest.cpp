@@ -235,6 +235,14 @@ TEST(MannWhitney, WeightBelowOneLeavesTheRecordWithoutACase) {
     EXPECT_EQ(test.Sub("Group1").SimpleRows("Interval")[1], "2");
 }
 
+// The record without a case is not skipped: it extends its group's range down to 1, and the mean of the interval that it
+// falls into first, 0 / 0, stays undefined for the neighbour at 1.001.
+TEST(MannWhitney, WeightBelowOneStaysARecordOfTheRun) {
+    const Table test = WeightedResult({{1, 0, 0.5}, {1.001, 0, 3}, {1000, 0, 4}, {5, 1, 1}});
+    EXPECT_EQ(test.Sub("Group0").Row("N"), "7");
+    EXPECT_EQ(test.Sub("Group0").SimpleRows("Interval"), Texts({"3;4", "nan;1000"}));
+}
+
 TEST(MannWhitney, ValueOfZeroShowsAsAFinalInterval) {
     const Table test = Result(RowsOf({{-1, 0, 0, 3}, {1, 2}}));
     EXPECT_EQ(test.Sub("Group0").SimpleRows("Interval"), Texts({"1;1;2", "-1;3;0"}));
@@ -246,6 +254,11 @@ TEST(MannWhitney, MissingValuesCostTheRecord) {
     rows.push_back({harness::kNone, 0});
     rows.push_back({5, harness::kNoCategory});
     EXPECT_EQ(Result(rows).Sub("StatisticsResult").Row("WilcoxonW"), "52");
+}
+
+TEST(MannWhitney, TotalIsAnUnsignedCount) {
+    const Table test = WeightedResult({{1, 0, 1.5e9}, {2, 1, 1.5e9}});
+    EXPECT_EQ(test.Sub("StatisticsResult").Row("TotalN"), "3000000000");
 }
 
 TEST(MannWhitney, LargeWeightsKeepTheirRankSums) {

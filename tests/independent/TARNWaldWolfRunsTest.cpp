@@ -118,6 +118,14 @@ TEST(WaldWolfowitz, AllValuesEqualAreOneBlock) {
     EXPECT_EQ(Maximum(Result(RowsOf({{4, 4}, {4, 4}}))).Row("TestStatistic"), "4");
 }
 
+// The row of the total is a signed 32-bit count; what is at most 30 is not.
+TEST(WaldWolfowitz, ManyCasesHaveNoExactSignificanceWhateverTheirCountLooksLike) {
+    const Table test = WeightedResult({{1, 0, 1.5e9}, {2, 1, 1.5e9}});
+    EXPECT_EQ(test.Sub("StatisticsResult").Row("TotalN"), "-1294967296");
+    EXPECT_EQ(test.Attribute("decision"), "reject");
+    EXPECT_FALSE(Maximum(test).HasRow("ExactSig2Tailed"));
+}
+
 TEST(WaldWolfowitz, ExactSignificanceEndsAtThirtyCases) {
     const Table thirty = Result(Apart(15, 15));
     EXPECT_NEAR(Number(Maximum(thirty), "ExactSig2Tailed"), 2 / 155117520.0, 1e-20);  // 2 of 30 over 15

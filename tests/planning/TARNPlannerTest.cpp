@@ -294,7 +294,12 @@ TEST(TARNPlannerTest, AStreamThatCannotBeReadAgainYields220005) {
 }
 
 TEST(TARNPlannerTest, AFailedAllocationAnywhereEndsInAStatusAndTheNextRunIsAsIfNothingHadBeen) {
-    Engine engine(SignSettings());
+    QKSettings settings = SignSettings();
+    QKSettings sorted;  // a test that reads a sorted view, so that the view's making can fail
+    sorted.AddSetting("variableName", "x");
+    sorted.AddSetting("isUseSample", true);
+    settings.AddSetting("OKolmogorovSmirnovNormal", sorted);
+    Engine engine(settings);
     std::string expected;
     ASSERT_TRUE(engine.Run(kPairs).IsOK());
     ASSERT_TRUE(engine.Write(expected).IsOK());

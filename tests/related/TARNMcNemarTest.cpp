@@ -119,7 +119,7 @@ TEST(McNemar, OneChangeAloneGivesStatisticZero) {  // (|1 - 0| - 1)^2 / 1
     EXPECT_EQ(statistics.Row("ExactSig2Tailed"), "1");
 }
 
-TEST(McNemar, NoChangeAtAllHasExactSignificanceOneWithoutTheBinomialFunction) {
+TEST(McNemar, NoChangeAtAllHasExactSignificanceOne) {
     const Table test = ResultOfYesNo(Table2x2(0, 0, 3, 2));
     EXPECT_EQ(MessagesOf(test), kExactHelp);
     EXPECT_EQ(Statistics(test).Row("TestStatistic"), "0");

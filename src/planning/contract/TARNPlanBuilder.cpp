@@ -43,12 +43,13 @@ void TARNPlanBuilder::EndMessage() {
     isMessageOpen = false;
 }
 
-void TARNPlanBuilder::RequestOriginFrequencies() {
+void TARNPlanBuilder::RequestOriginFrequencies(Origins origins) {
     std::vector<std::string> names;
-    if (std::string name; Read(SettingKey::kOriginVariableName, name))
+    if (origins == Origins::kSeveral) {
+        Read(SettingKey::kOriginVariableName, names);
+    } else if (std::string name; Read(SettingKey::kOriginVariableName, name)) {
         names = {name};
-    else if (!Read(SettingKey::kOriginVariableName, names))
-        return;
+    }
     for (const std::string& name : names) {
         const int field = plan_.GetVarList().FindVariable(name);
         if (field >= 0) plan_.Request(field, Statistic::kFrequencies);

@@ -10,6 +10,9 @@
 #include "platform/common/QKSettings.h"
 #include "platform/common/QKStatus.h"
 
+/// What a test has under "originVariableName": the name of one field, or a list of names.
+enum class Origins { kOne, kSeveral };
+
 /// Which of the run's levels a test's settings receive.
 enum class CommonSettings { kSigLevel, kConfidenceLevel, kBothLevels };
 
@@ -40,8 +43,8 @@ class TARNPlanBuilder {
     QKSettings& TestSettings() { return *settings; }
 
     /// Requests the frequencies of the fields under "originVariableName", from which the test's fields were made, so
-    /// that the document can show them: a list of names, or one name. Unknown names are passed over.
-    void RequestOriginFrequencies();
+    /// that the document can show them. Unknown names, and a setting of the other shape, are passed over.
+    void RequestOriginFrequencies(Origins origins);
 
     /// Makes the test over its settings, and over what else its constructor takes, and gives it to the worker in file
     /// order.

@@ -201,16 +201,30 @@ TEST(TARNPlanBuilderTest, RequestsTheFrequenciesOfTheOriginFieldsPassingOverUnkn
     NotingPlan plan;
     TARNPlanBuilder builder(entry, plan, CommonSettings::kSigLevel);
     builder.Fail(220912);  // the request is made whatever the status
-    builder.RequestOriginFrequencies();
+    builder.RequestOriginFrequencies(Origins::kSeveral);
     EXPECT_EQ(plan.requests, (std::vector<std::pair<int, int>>{{2, kFrequencyCount}, {0, kFrequencyCount}}));
     EXPECT_EQ(builder.IsOK(), false) << "an unknown name is no failure and no cure";
+}
+
+TEST(TARNPlanBuilderTest, AnOriginOfTheOtherShapeIsPassedOver) {
+    QKSettings one;
+    one.AddSetting("originVariableName", "g");
+    QKSettings several;
+    AddVecSetting(several, "originVariableName", std::vector<std::string>{"g"}, false);
+    NotingPlan plan;
+    TARNPlanBuilder(one, plan, CommonSettings::kSigLevel).RequestOriginFrequencies(Origins::kSeveral);
+    TARNPlanBuilder(several, plan, CommonSettings::kSigLevel).RequestOriginFrequencies(Origins::kOne);
+    EXPECT_TRUE(plan.requests.empty());
+    TARNPlanBuilder(one, plan, CommonSettings::kSigLevel).RequestOriginFrequencies(Origins::kOne);
+    EXPECT_EQ(plan.requests, (std::vector<std::pair<int, int>>{{2, kFrequencyCount}}));
 }
 
 TEST(TARNPlanBuilderTest, WithoutOriginFieldsNothingIsRequested) {
     NotingPlan plan;
     const QKSettings entry;
     TARNPlanBuilder builder(entry, plan, CommonSettings::kSigLevel);
-    builder.RequestOriginFrequencies();
+    builder.RequestOriginFrequencies(Origins::kOne);
+    builder.RequestOriginFrequencies(Origins::kSeveral);
     EXPECT_TRUE(plan.requests.empty());
     EXPECT_TRUE(plan.sorted.empty());
 }

@@ -1,0 +1,311 @@
+#include "apps/tarn/CommandLine.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "apps/tarn/AnalyzeCommand.h"
+#include "apps/tarn/ExplainCommand.h"
+#include "apps/tarn/ManPage.h"
+#include "apps/tarn/RunCommand.h"
+#include "apps/tarn/ShellCompletion.h"
+#include "apps/tarn/ShowCommand.h"
+#include "apps/tarn/VersionText.h"
+#include "host/InputError.h"
+#include "host/TestNames.h"
+
+namespace tarn {
+
+namespace {
+
+constexpr const char* kSummary = "Nonparametric tests of one, related and independent samples.";
+
+// Headings of the options in the help.
+constexpr const char* kWhatToTest = "What to test";
+constexpr const char* kHowToTest = "How to test it";
+constexpr const char* kTable = "The table";
+constexpr const char* kOutput = "Output";
+
+constexpr std::string_view kDistributions[] = {"normal", "uniform", "poisson", "exponential"};
+
+std::vector<std::string> NamesOfTests() {
+    std::vector<std::string> names;
+    for (const TestName& test : TestNames()) {
+        if (std::ranges::find(names, test.name) == names.end()) names.emplace_back(test.name);
+    }
+    return names;
+}
+
+std::vector<std::string> Split(const std::string& text, char separator) {
+    std::vector<std::string> parts;
+    for (std::size_t start = 0; start <= text.size();) {
+        const std::size_t end = std::min(text.find(separator, start), text.size());
+        parts.push_back(text.substr(start, end - start));
+        start = end + 1;
+    }
+    return parts;
+}
+
+/// The options of one heading of a command.
+class Options {
+ public:
+    Options(CLI::App& app, const char* heading) : app_(app), heading_(heading) {}
+
+    /// An option with one value; `argument` is what the help shows for it.
+    template <typename T>
+    CLI::Option* One(const char* name, T& value, const char* argument, const char* help) {
+        return app_.add_option(name, value, help)->option_text(argument)->group(heading_);
+    }
+    /// An option with values between commas. What stands behind a blank is not part of it.
+    void List(const char* name, std::vector<std::string>& values, const char* argument, const char* help) {
+        app_.add_option(name, values, help)
+            ->delimiter(',')
+            ->allow_extra_args(false)
+            ->option_text(argument)
+            ->group(heading_);
+    }
+    /// An option with one of the words that stand in `argument` between bars.
+    void Choice(const char* name, const char* argument, const char* help, std::function<void(const std::string&)> take) {
+        app_.add_option_function<std::string>(name, take, help)
+            ->check(CLI::IsMember(Split(argument, '|')))
+            ->option_text(argument)
+            ->group(heading_);
+    }
+    void Flag(const char* name, bool& value, const char* help) { app_.add_flag(name, value, help)->group(heading_); }
+
+ private:
+    CLI::App& app_;
+    const char* heading_;
+};
+
+/// An argument that stands by its place.
+template <typename T>
+void AddArgument(CLI::App& app, const char* name, T& value, const char* help) {
+    app.add_option(name, value, help)->required()->option_text("(required)");
+}
+
+void DescribeTable(CLI::App& app, TableOptions& table, std::function<void(std::string)> takeCaseId) {
+    Options options(app, kTable);
+    options.One("--fields", table.fieldsPath, "FILE", "What the columns are: a table descriptor in JSON");
+    options.One("--weight", table.weightField, "FIELD", "The field with the frequency weights");
+    app.add_option_function<std::string>("--case-id", takeCaseId, "The field that names the cases")
+        ->option_text("FIELD")
+        ->group(kTable);
+    options.List("--nominal", table.nominal, "FIELD,..", "Fields that are nominal");
+    options.List("--ordinal", table.ordinal, "FIELD,..", "Fields that are ordinal");
+    options.List("--continuous", table.continuous, "FIELD,..", "Fields that are continuous");
+}
+
+/// Hands the chosen format to `take`.
+void AddFormat(Options& options, const char* help, std::function<void(ReportFormat)> take) {
+    options.Choice("--format", "text|json|csv|xml", help, [take](const std::string& name) {
+        const auto& names = FormatNames();
+        take(static_cast<ReportFormat>(std::ranges::find(names, name) - names.begin()));
+    });
+}
+
+void DescribeOutput(CLI::App& app, OutputOptions& output, const char* outHelp) {
+    Options options(app, kOutput);
+    AddFormat(options, "What to write to standard output", [&](ReportFormat format) { output.format = format; });
+    options.One("--out", output.outPath, "FILE", outHelp);
+    options.Flag("--quiet", output.quiet, "Show neither a progress bar nor the table of results");
+}
+
+void DescribeRun(CLI::App& app, RunOptions& run) {
+    Options(app, kTable)
+        .One("--data", run.table.dataPath, "FILE", "The table: a CSV file with a header row, or - for standard input")
+        ->required();
+    CLI::Option_group* const request = app.add_option_group("The tests", "Exactly one of them");
+    request
+        ->add_option("--plan", run.planPath,
+                     "A plan: the tests with their fields, as the engine's library takes them")
+        ->option_text("FILE");
+    request
+        ->add_option("--settings", run.settingsPath,
+                     "A request in the user's terms, as a host hands it to the engine")
+        ->option_text("FILE");
+    request->require_option(1);
+    DescribeTable(app, run.table, [&](std::string field) { run.caseIdField = std::move(field); });
+    DescribeOutput(app, run.output, "Write the result document there instead of to standard output");
+}
+
+void DescribeAnalyze(CLI::App& app, AnalyzeOptions& analyze) {
+    AnalysisOptions& analysis = analyze.analysis;
+    AddArgument(app, "DATA", analyze.table.dataPath,
+                "The table: a CSV file with a header row, or - for standard input");
+
+    Options what(app, kWhatToTest);
+    what.List("--one-sample", analysis.oneSample, "FIELD,..", "Fields to be tested each by itself");
+    what.List("--related", analysis.related, "FIELD,..", "Fields measured on the same cases, to be compared");
+    what.List("--independent", analysis.independent, "FIELD,..", "Fields to be compared between groups");
+    what.One("--group", analysis.group, "FIELD", "The field that tells the groups");
+    what.List("--tests", analysis.tests, "NAME,..",
+              "The tests, by the names of tarn tests; otherwise chosen by the fields");
+
+    Options how(app, kHowToTest);
+    how.Choice("--compare", "pairwise|stepwise", "Compare more than two samples with one another",
+               [&](const std::string& compare) { analysis.compare = compare; });
+    how.One("--test-value", analysis.testValue, "NUMBER", "The median that the wilcoxon and median tests test against");
+    how.One("--cut-point", analysis.cutPoint, "NUMBER", "Where the binomial and runs tests cut a continuous field");
+    how.One("--probability", analysis.probability, "NUMBER", "The share that the binomial test expects, 0.5 if not told")
+        ->check(CLI::Range(0.0, 1.0));
+    how.List("--success", analysis.success, "CATEGORY,..", "The categories that count as the first class");
+    how.List("--distribution", analysis.distributions, "NAME,..",
+             "For kolmogorov-smirnov of one sample: normal, uniform, poisson, exponential");
+    how.One("--outliers", analysis.outliers, "NUMBER", "How many extreme values the moses test trims");
+    how.Flag("--descending", analysis.descending, "The jonckheere test expects values to fall with the groups");
+    how.One("--alpha", analysis.alpha, "NUMBER", "The significance level, 0.05 if not told")
+        ->check(CLI::Range(0.0, 1.0));
+    how.One("--confidence", analysis.confidence, "NUMBER", "The confidence level in percent, 95 if not told")
+        ->check(CLI::Range(0.0, 100.0));
+    how.Choice("--missing", "analysis|listwise",
+               "Which records miss a test: those that miss its own fields, or any field",
+               [&](const std::string& missing) { analysis.listwise = missing == "listwise"; });
+    how.Choice("--user-missing", "exclude|include",
+               "Whether user-missing values are missing or values like any other",
+               [&](const std::string& user) { analysis.includeUserMissing = user == "include"; });
+
+    DescribeTable(app, analyze.table, [&](std::string field) { analysis.caseId = std::move(field); });
+    DescribeOutput(app, analyze.output, "Write the result document there as well");
+}
+
+/// The commands with what each of them is told and does. One of these stands for one run of the program.
+class CommandLine {
+ public:
+    CommandLine() : app_(kSummary, "tarn") {
+        app_.set_version_flag("--version", &VersionText, "Tell the versions of the program and of the engine");
+        app_.set_help_flag("-h,--help", "Tell what can be typed");
+        app_.require_subcommand(1);
+        app_.footer("tarn analyze DATA.csv --one-sample FIELD is the shortest way to a result.\n"
+                    "tarn COMMAND --help tells what a command takes.");
+
+        DescribeAnalyze(Add("analyze", "Test fields of a table and show the results", [this] { return Analyze(analyze_); }),
+                        analyze_);
+        DescribeRun(Add("run", "Run tests on a table and write the result document", [this] { return Run(run_); }), run_);
+        Add("tests", "List the names of the tests", ListTests);
+
+        CLI::App& show =
+            Add("show", "Tell a stored result document", [this] { return Show(resultPath_, shownFormat_); });
+        AddArgument(show, "RESULT", resultPath_, "A result document, or - for standard input");
+        Options shown(show, kOutput);
+        AddFormat(shown, "How to tell it, as text if not told", [this](ReportFormat format) { shownFormat_ = format; });
+
+        CLI::App& explain =
+            Add("explain", "Tell what a code or a test means", [this] { return ExplainTopic(topic_); });
+        AddArgument(explain, "TOPIC", topic_, "A code of a message, or the name of a test");
+
+        Add("man", "Write the manual page", [this] { return Print(ManPage(Describe())); });
+        CLI::App& completion = Add("completion", "Write the script by which a shell completes what is typed",
+                                   [this] { return Print(ShellCompletion(shell_, Describe())); });
+        completion.add_option("SHELL", shell_, "bash or zsh")
+            ->required()
+            ->option_text("(required)")
+            ->check(CLI::IsMember(ShellNames()));
+    }
+
+    ExitStatus Execute(int argc, const char* const* argv) {
+        if (argc <= 1) return Mistake("no command, expected one like tarn analyze DATA.csv --one-sample FIELD");
+        try {
+            app_.parse(argc, argv);
+        } catch (const CLI::ParseError& error) {
+            return Answer(error);
+        }
+        for (const auto& [command, action] : actions_) {
+            if (command->parsed()) return action();
+        }
+        return ExitStatus::kDone;
+    }
+
+    std::vector<CommandDescription> Describe() const {
+        std::vector<CommandDescription> commands;
+        for (const auto& [command, action] : actions_) {
+            CommandDescription& described = commands.emplace_back();
+            described.name = command->get_name();
+            described.help = command->get_description();
+            for (const CLI::Option* option : command->get_options()) described.options.push_back(Describe(*option));
+            for (const CLI::App* group : command->get_subcommands(nullptr)) {
+                for (const CLI::Option* option : group->get_options()) described.options.push_back(Describe(*option));
+            }
+        }
+        return commands;
+    }
+
+ private:
+    CLI::App& Add(const char* name, const char* help, std::function<ExitStatus()> action) {
+        CLI::App* const command = app_.add_subcommand(name, help);
+        actions_.emplace_back(command, std::move(action));
+        return *command;
+    }
+
+    static OptionDescription Describe(const CLI::Option& option) {
+        OptionDescription described;
+        described.help = option.get_description();
+        if (option.get_positional()) {
+            described.argument = option.get_name();
+        } else {
+            for (const std::string& name : option.get_snames()) described.names.push_back("-" + name);
+            for (const std::string& name : option.get_lnames()) described.names.push_back("--" + name);
+            described.argument = option.get_option_text();
+        }
+        if (described.argument.find('|') != std::string::npos) described.choices = Split(described.argument, '|');
+        const std::string name = option.get_name();
+        if (name == "--tests" || name == "TOPIC") described.choices = NamesOfTests();
+        if (name == "--distribution") described.choices.assign(std::begin(kDistributions), std::end(kDistributions));
+        if (name == "SHELL") described.choices = ShellNames();
+        return described;
+    }
+
+    static ExitStatus Print(const std::string& text) {
+        PrintResult(text);
+        return ExitStatus::kDone;
+    }
+
+    static ExitStatus Mistake(const std::string& mistake) {
+        return TellMistake(mistake + "; tarn --help tells what can be typed", ExitStatus::kWrongUsage);
+    }
+
+    /// What the parser throws is wrong usage, or the wish for help or the version, which are answers.
+    ExitStatus Answer(const CLI::ParseError& error) {
+        if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
+            app_.exit(error);
+            return ExitStatus::kDone;
+        }
+        // An argument that nothing takes is the likelier mistake than the one that it leaves missing.
+        const std::vector<std::string> unknown = app_.remaining(true);
+        if (unknown.empty()) return Mistake(error.what());
+        std::vector<std::string> names;
+        for (const auto& [command, action] : actions_) {
+            names.push_back(command->get_name());
+            if (!command->parsed()) continue;
+            for (const CLI::Option* option : command->get_options()) names.push_back(option->get_name());
+        }
+        const std::vector<std::string_view> known(names.begin(), names.end());
+        const std::vector<std::string_view> nearest = NearestNames(unknown.front(), known);
+        return Mistake("unknown argument " + Quoted(unknown.front()) +
+                       (nearest.empty() ? "" : ", did you mean " + std::string(nearest.front()) + "?"));
+    }
+
+    CLI::App app_;
+    std::vector<std::pair<CLI::App*, std::function<ExitStatus()>>> actions_;
+    AnalyzeOptions analyze_;
+    RunOptions run_;
+    std::string resultPath_;
+    ReportFormat shownFormat_ = ReportFormat::kText;
+    std::string topic_;
+    std::string shell_;
+};
+
+}  // namespace
+
+ExitStatus RunCommandLine(int argc, const char* const* argv) {
+    return CommandLine().Execute(argc, argv);
+}
+
+std::vector<CommandDescription> DescribeCommands() {
+    return CommandLine().Describe();
+}
+
+}  // namespace tarn

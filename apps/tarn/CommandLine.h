@@ -1,0 +1,17 @@
+#pragma once
+
+#include <vector>
+
+#include "apps/tarn/Command.h"
+#include "apps/tarn/CommandDescription.h"
+
+namespace tarn {
+
+/// Reads what was typed and does it. Wrong usage is told in one line; throws an `InputError` for an input that can't be
+/// read.
+ExitStatus RunCommandLine(int argc, const char* const* argv);
+
+/// All that can be typed: the source of the man page and of the completions of the shells.
+std::vector<CommandDescription> DescribeCommands();
+
+}  // namespace tarn
