@@ -68,7 +68,8 @@ class Options {
             ->group(heading_);
     }
     /// An option with one of the words that stand in `argument` between bars.
-    void Choice(const char* name, const char* argument, const char* help, std::function<void(const std::string&)> take) {
+    void Choice(const char* name, const char* argument, const char* help,
+                std::function<void(const std::string&)> take) {
         app_.add_option_function<std::string>(name, take, help)
             ->check(CLI::IsMember(Split(argument, '|')))
             ->option_text(argument)
@@ -120,12 +121,10 @@ void DescribeRun(CLI::App& app, RunOptions& run) {
         ->required();
     CLI::Option_group* const request = app.add_option_group("The tests", "Exactly one of them");
     request
-        ->add_option("--plan", run.planPath,
-                     "A plan: the tests with their fields, as the engine's library takes them")
+        ->add_option("--plan", run.planPath, "A plan: the tests with their fields, as the engine's library takes them")
         ->option_text("FILE");
     request
-        ->add_option("--settings", run.settingsPath,
-                     "A request in the user's terms, as a host hands it to the engine")
+        ->add_option("--settings", run.settingsPath, "A request in the user's terms, as a host hands it to the engine")
         ->option_text("FILE");
     request->require_option(1);
     DescribeTable(app, run.table, [&](std::string field) { run.caseIdField = std::move(field); });
@@ -150,7 +149,8 @@ void DescribeAnalyze(CLI::App& app, AnalyzeOptions& analyze) {
                [&](const std::string& compare) { analysis.compare = compare; });
     how.One("--test-value", analysis.testValue, "NUMBER", "The median that the wilcoxon and median tests test against");
     how.One("--cut-point", analysis.cutPoint, "NUMBER", "Where the binomial and runs tests cut a continuous field");
-    how.One("--probability", analysis.probability, "NUMBER", "The share that the binomial test expects, 0.5 if not told")
+    how.One("--probability", analysis.probability, "NUMBER",
+            "The share that the binomial test expects, 0.5 if not told")
         ->check(CLI::Range(0.0, 1.0));
     how.List("--success", analysis.success, "CATEGORY,..", "The categories that count as the first class");
     how.List("--distribution", analysis.distributions, "NAME,..",
@@ -164,8 +164,7 @@ void DescribeAnalyze(CLI::App& app, AnalyzeOptions& analyze) {
     how.Choice("--missing", "analysis|listwise",
                "Which records miss a test: those that miss its own fields, or any field",
                [&](const std::string& missing) { analysis.listwise = missing == "listwise"; });
-    how.Choice("--user-missing", "exclude|include",
-               "Whether user-missing values are missing or values like any other",
+    how.Choice("--user-missing", "exclude|include", "Whether user-missing values are missing or values like any other",
                [&](const std::string& user) { analysis.includeUserMissing = user == "include"; });
 
     DescribeTable(app, analyze.table, [&](std::string field) { analysis.caseId = std::move(field); });
@@ -179,12 +178,15 @@ class CommandLine {
         app_.set_version_flag("--version", &VersionText, "Tell the versions of the program and of the engine");
         app_.set_help_flag("-h,--help", "Tell what can be typed");
         app_.require_subcommand(1);
-        app_.footer("tarn analyze DATA.csv --one-sample FIELD is the shortest way to a result.\n"
-                    "tarn COMMAND --help tells what a command takes.");
+        app_.footer(
+            "tarn analyze DATA.csv --one-sample FIELD is the shortest way to a result.\n"
+            "tarn COMMAND --help tells what a command takes.");
 
-        DescribeAnalyze(Add("analyze", "Test fields of a table and show the results", [this] { return Analyze(analyze_); }),
-                        analyze_);
-        DescribeRun(Add("run", "Run tests on a table and write the result document", [this] { return Run(run_); }), run_);
+        DescribeAnalyze(
+            Add("analyze", "Test fields of a table and show the results", [this] { return Analyze(analyze_); }),
+            analyze_);
+        DescribeRun(Add("run", "Run tests on a table and write the result document", [this] { return Run(run_); }),
+                    run_);
         Add("tests", "List the names of the tests", ListTests);
 
         CLI::App& show =
@@ -193,8 +195,7 @@ class CommandLine {
         Options shown(show, kOutput);
         AddFormat(shown, "How to tell it, as text if not told", [this](ReportFormat format) { shownFormat_ = format; });
 
-        CLI::App& explain =
-            Add("explain", "Tell what a code or a test means", [this] { return ExplainTopic(topic_); });
+        CLI::App& explain = Add("explain", "Tell what a code or a test means", [this] { return ExplainTopic(topic_); });
         AddArgument(explain, "TOPIC", topic_, "A code of a message, or the name of a test");
 
         Add("man", "Write the manual page", [this] { return Print(ManPage(Describe())); });

@@ -92,7 +92,8 @@ std::string Terms(const Rows& rows) {
 std::string ManPage(const std::vector<CommandDescription>& commands) {
     std::string text =
         ".\\\" Made by \"tarn man\".\n"
-        ".TH TARN 1 \"\" \"tarn " TARN_VERSION "\" \"User Commands\"\n"
+        ".TH TARN 1 \"\" \"tarn " TARN_VERSION
+        "\" \"User Commands\"\n"
         ".SH NAME\ntarn \\- nonparametric tests of one, related and independent samples\n"
         ".SH SYNOPSIS\n.B tarn\n.I COMMAND\n.RI [ OPTIONS ]\n"
         ".SH DESCRIPTION\n";

@@ -19,7 +19,8 @@ std::string BashAction(const OptionDescription& option) {
     if (!option.choices.empty()) {
         return std::string(option.IsList() ? "_tarn_list" : "_tarn_words") + " '" + JoinWords(option.choices) + "'";
     }
-    if (option.TakesField()) return option.IsList() ? "_tarn_list \"$(_tarn_fields)\"" : "_tarn_words \"$(_tarn_fields)\"";
+    if (option.TakesField())
+        return option.IsList() ? "_tarn_list \"$(_tarn_fields)\"" : "_tarn_words \"$(_tarn_fields)\"";
     return option.TakesFile() ? "_tarn_files" : "";
 }
 

@@ -12,9 +12,10 @@ namespace tarn {
 namespace {
 
 constexpr std::array<std::string_view, 26> kColumns{
-    "row",         "number",   "test",      "name",      "family",     "fields",   "group",    "part",   "sample1",
-    "sample2",     "n",        "statistic", "std_error", "z",          "df",       "p_value",  "p_kind", "p_tails",
-    "adj_p_value", "estimate", "conf_low",  "conf_high", "conf_level", "decision", "messages",  "beyond_range",
+    "row",       "number",     "test",     "name",     "family",       "fields",    "group",
+    "part",      "sample1",    "sample2",  "n",        "statistic",    "std_error", "z",
+    "df",        "p_value",    "p_kind",   "p_tails",  "adj_p_value",  "estimate",  "conf_low",
+    "conf_high", "conf_level", "decision", "messages", "beyond_range",
 };
 
 using Row = std::map<std::string_view, std::string>;

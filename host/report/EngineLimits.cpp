@@ -13,9 +13,8 @@ namespace {
 constexpr double kLargestInt32 = 2147483647;
 constexpr double kTwoTo32 = 4294967296;
 
-constexpr std::array kAll{Quantity::kN,           Quantity::kStatistic, Quantity::kStandardError,
-                          Quantity::kStandardized, Quantity::kPValue,    Quantity::kInterval,
-                          Quantity::kPairs};
+constexpr std::array kAll{Quantity::kN,      Quantity::kStatistic, Quantity::kStandardError, Quantity::kStandardized,
+                          Quantity::kPValue, Quantity::kInterval,  Quantity::kPairs};
 constexpr std::array kNormalApproximation{Quantity::kStandardError, Quantity::kStandardized, Quantity::kPValue};
 constexpr std::array kChiSquare{Quantity::kStatistic, Quantity::kPValue};
 constexpr std::array kIntervalOnly{Quantity::kInterval};

@@ -22,7 +22,7 @@ std::string_view NameOf(Quantity quantity);
 /// it are those of the wrapped number. The document doesn't tell it, so the outputs do. docs/limits.md has the bounds
 /// with their reasons.
 struct EngineLimit {
-    std::string_view key;  ///< under which a catalogue of messages has its sentence
+    std::string_view key;   ///< under which a catalogue of messages has its sentence
     std::string_view test;  ///< as in the document; "" for every test
     std::span<const Quantity> quantities;
     /// Whether a test passes the limit, or may pass it where the document tells too little to be sure.

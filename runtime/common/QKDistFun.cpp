@@ -293,8 +293,8 @@ WorkReal LargeGammaQuantileRatio(WorkReal p, WorkReal a) {
     return root * root * root;
 }
 
-/// The quantile of log(x / (1 - x)), twice Fisher's z, for a beta distributed x with two large shapes by the expansion of
-/// Fisher and Cornish (1960), Technometrics 2, 209-225.
+/// The quantile of log(x / (1 - x)), twice Fisher's z, for a beta distributed x with two large shapes by the expansion
+/// of Fisher and Cornish (1960), Technometrics 2, 209-225.
 WorkReal LargeBetaLogitQuantile(WorkReal p, WorkReal a, WorkReal b) {
     const WorkReal u = StdNormQuantile(p);
     const WorkReal mean = (1 / a + 1 / b) / 2;

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "platform/common/QKMV.h"
+#include "platform/common/QKXML.h"
 #include "support/CaseWeight.h"
 
 namespace {
@@ -24,9 +25,9 @@ std::string ValueText(double value) {
     return QKMV::IsMissing(value) ? std::string() : DoubleToString(value);
 }
 
-/// A case identifier is shown as a whole number.
+/// A case identifier is shown as a whole number, with all its digits.
 std::string IdText(double id) {
-    return QKMV::IsMissing(id) ? std::string() : DoubleToString(std::trunc(id) + 0.0);
+    return QKMV::IsMissing(id) ? std::string() : QKXML::ReplaceSep(std::trunc(id) + 0.0, "%.0f");
 }
 
 /// The high ones and then the low ones, each from the last to the first.

@@ -10,7 +10,6 @@
 /// order of the test field, and what comes out.
 class JonckheereSubset {
  public:
-    /// Which category stands at which place of the subset. -1: the category is not in it.
     static constexpr std::int32_t kNotInside = -1;
 
     /// Takes the groups of these sizes, in the order of the subset; empties all that was gathered.
@@ -24,8 +23,8 @@ class JonckheereSubset {
     double TotalN() const { return totalN; }
     bool HasEmptyGroup() const;
 
-    std::vector<std::int32_t> members;     ///< a pair: its two categories; overall: all with cases
-    std::vector<std::int32_t> positionOf;  ///< per category the place in the subset
+    std::vector<std::int32_t> members;     ///< the two categories of a pair
+    std::vector<std::int32_t> positionOf;  ///< per category its place in the subset, or `kNotInside`
     std::vector<double> sizes;
 
     bool degenerate = false;
@@ -33,10 +32,8 @@ class JonckheereSubset {
     double mean = 0;
     double standardError = 0;
     double z = 0;
-    double sigOneTail = 0;
-    double sigTwoTail = 0;
-    bool oneSided = false;  ///< `sigDirected` is the significance
-    double sigDirected = 0;
+    double sigTwoTail = 0;   ///< of the overall test
+    double sigDirected = 0;  ///< of a comparison
     double adjustedSig = 0;
 
  private:

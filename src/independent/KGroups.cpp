@@ -6,16 +6,9 @@
 #include "planning/contract/SettingKeys.h"
 #include "support/Int32.h"
 
-namespace {
-
-constexpr const char* kPairWise = "pairWise";
-constexpr const char* kStepWise = "stepWise";
-
-}  // namespace
-
 void GroupComparisons::Read(const QKSettings& settings) {
-    settings.GetSettingValByName(kPairWise, wanted.pairwise);
-    settings.GetSettingValByName(kStepWise, wanted.stepwise);
+    settings.GetSettingValByName(SettingKey::kPairWise, wanted.pairwise);
+    settings.GetSettingValByName(SettingKey::kStepWise, wanted.stepwise);
 }
 
 GroupedFields PlanKGroups(TARNPlanBuilder& builder, TARNPlan& plan, const GroupedFieldsCodes& codes) {
@@ -24,8 +17,8 @@ GroupedFields PlanKGroups(TARNPlanBuilder& builder, TARNPlan& plan, const Groupe
     std::string type = MultipleComparisonType::kNone;
     builder.Read(SettingKey::kTypeOfMultipleComparison, type);
     QKSettings& settings = builder.TestSettings();
-    settings.AddSetting(kPairWise, type == MultipleComparisonType::kPairWise ? 1.0 : 0.0);
-    settings.AddSetting(kStepWise, type == MultipleComparisonType::kStepWise ? 1.0 : 0.0);
+    settings.AddSetting(SettingKey::kPairWise, type == MultipleComparisonType::kPairWise ? 1.0 : 0.0);
+    settings.AddSetting(SettingKey::kStepWise, type == MultipleComparisonType::kStepWise ? 1.0 : 0.0);
     return fields;
 }
 

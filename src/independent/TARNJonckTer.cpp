@@ -5,8 +5,8 @@
 //             part.
 // Statistic   J = the Mann-Whitney count of all pairs of groups, in their order: how often a value of the earlier
 //             group lies below one of the later group, ties by half. Normal approximation with the variance under ties.
-// Comparisons Pairs and homogeneous subsets by the same statistic, one-sided in the direction that the overall test
-//             found.
+// Comparisons Pairs and homogeneous subsets by the same statistic, one-sided: the tail that the order of the hypotheses
+//             names, whatever the overall test found.
 // Source      Terpstra (1952), Indagationes Mathematicae 14, 327-333; Jonckheere (1954), Biometrika 41, 133-145;
 //             Kendall and Gibbons (1990), Rank Correlation Methods.
 // Degenerate  All values equal, or one group alone: z = 0, significance 1.
@@ -22,6 +22,7 @@
 #include "platform/common/QKDistFun.h"
 #include "platform/common/Truncation.h"
 #include "support/CaseWeight.h"
+#include "support/Significance.h"
 
 namespace {
 
@@ -122,7 +123,6 @@ void TARNJonckTer::BeginSizes() {
 
 void TARNJonckTer::BeginOverall() {
     activeGroups = groupSizes.WithCases(categoryCount);
-    overall.members = activeGroups;
     overall.positionOf.assign(static_cast<std::size_t>(categoryCount), JonckheereSubset::kNotInside);
     std::vector<double> sizes;
     for (const std::int32_t group : activeGroups) {
@@ -272,8 +272,7 @@ void TARNJonckTer::Refuse(const RefusalCodes& codes) {
 void TARNJonckTer::EndPairs() {
     for (JonckheereSubset& pair : pairSubsets) {
         Judge(pair);
-        if (!pair.degenerate)
-            pair.adjustedSig = AdjustForPairs(pair.sigDirected, static_cast<std::size_t>(categoryCount));
+        if (!pair.degenerate) pair.adjustedSig = AdjustByPairCount(pair.sigDirected, categoryCount);
     }
     comparisons.pairwiseDone = true;
     phase = comparisons.wanted.stepwise ? Phase::kSteps : Phase::kFinished;
@@ -307,15 +306,12 @@ bool TARNJonckTer::Judge(JonckheereSubset& subset) {
         return true;
     }
     subset.Compute();
-    subset.sigOneTail = 1 - QKMath::QKDistFun::CdfStdNorm(std::fabs(subset.z));
-    if (direction == Direction::kNone) {
-        subset.sigTwoTail = 2 * subset.sigOneTail;
-        direction = subset.z < 0 ? Direction::kLess : Direction::kGreater;
+    if (phase == Phase::kOverall) {
+        subset.sigTwoTail = TwoTailedNormal(subset.z);
         return sigLevel > subset.sigTwoTail;
     }
     // The usual order takes the smaller tail and any other one the larger tail, whatever the sign: the direction that
     // the overall test found does not come into it. Documents depend on it.
-    subset.oneSided = true;
     const double lower = QKMath::QKDistFun::CdfStdNorm(subset.z);
     const bool takesUpper = (orderOfHypotheses == kSmallestToLargest) == (subset.z >= 0);
     subset.sigDirected = takesUpper ? 1 - lower : lower;
@@ -335,7 +331,7 @@ QKXML::XMLElement* TARNJonckTer::MakeResultElement() {
     statistics.Row(RowName::kTestStatistic, overall.j);
     statistics.Row(RowName::kStandardError, overall.standardError);
     statistics.Row(RowName::kStandardTestStatistic, overall.z);
-    statistics.Row(RowName::kAsymptoticSig2Tailed, overall.oneSided ? overall.sigDirected : overall.sigTwoTail);
+    statistics.Row(RowName::kAsymptoticSig2Tailed, overall.sigTwoTail);
     AddBoxes(element);
 
     if (comparisons.wanted.pairwise && comparisons.pairwiseDone && !pairSubsets.empty()) {

@@ -31,7 +31,6 @@ class TARNJonckTer : public TARNTest {
 
  private:
     enum class Phase { kOverall, kPairs, kSteps, kFinished };
-    enum class Direction { kNone, kLess, kGreater };
 
     void BeginSizes();
     void BeginOverall();
@@ -53,7 +52,6 @@ class TARNJonckTer : public TARNTest {
     int groupVariableIndex = -1;
     double sigLevel = 0.05;
     std::string orderOfHypotheses;
-    Direction direction = Direction::kNone;
     std::int32_t categoryCount = 0;
     GroupComparisons comparisons;
     bool overallDone = false;

@@ -318,7 +318,7 @@ bool TARNKSMedian::Judge(MedianSubset& subset, Mode mode, const std::vector<std:
     if (cells.anyBelowOne) AddStatusMessage(QKStatus(kExpectedBelowOne), MessageKind::kWarning);
     if (cells.manyBelowFive) AddStatusMessage(QKStatus(kManyExpectedBelowFive), MessageKind::kWarning);
     if (mode == Mode::kPair) {
-        subset.adjustedSig = AdjustForPairs(subset.sig, activeGroups.size());
+        subset.adjustedSig = AdjustByPairCount(subset.sig, static_cast<std::int32_t>(activeGroups.size()));
         return sigLevel > subset.adjustedSig;
     }
     if (mode == Mode::kStep) return false;  // the search adjusts and compares

@@ -194,14 +194,15 @@ QKXML::XMLElement* TARNKSmirnowTwoSample::MakeResultElement() {
     if (element.EndsWithMessages(messages, status)) return element.Release();
 
     StructuredTable statistics = element.AddTable(TableName::kStatisticsResult);
-    statistics.Row(RowName::kTotalN, SizeToString(samples[TwoGroups::kFirst].n + samples[TwoGroups::kSecond].n));
+    statistics.Row(RowName::kTotalN,
+                   static_cast<std::int32_t>(samples[TwoGroups::kFirst].n + samples[TwoGroups::kSecond].n));
     extremes.AddTable(statistics);
     statistics.Row(RowName::kTestStatistic, z);
     statistics.Row(RowName::kAsymptoticSig2Tailed, sig);
     for (const std::size_t group : {TwoGroups::kFirst, TwoGroups::kSecond}) {
         StructuredTable table = element.AddTable(GroupTableName(group));
         table.Row(RowName::kGroupIndex, SizeToString(group));
-        table.Row(RowName::kN, SizeToString(samples[group].n));
+        table.Row(RowName::kN, static_cast<std::int32_t>(samples[group].n));
         samples[group].variable.AddIntervals(table);
     }
     return element.Release();

@@ -131,7 +131,7 @@ QKStatus TARNMannWU::EndPass() {
 
 void TARNMannWU::EndRanking() {
     const auto [n1, n2] = groupCounts;
-    totalN = static_cast<std::uint32_t>(Add32(TruncateToInt32(n1), TruncateToInt32(n2)));
+    totalN = Add32(TruncateToInt32(n1), TruncateToInt32(n2));
     if (totalN == 0) {
         AddStatusMessage(QKStatus(StatusCode::kNoRecords), MessageKind::kError);
         return;
@@ -177,7 +177,7 @@ QKXML::XMLElement* TARNMannWU::MakeResultElement() {
         groupVariables[group].AddIntervals(table);
     }
     StructuredTable statistics = element.AddTable(TableName::kStatisticsResult);
-    statistics.Row(RowName::kTotalN, SizeToString(totalN));
+    statistics.Row(RowName::kTotalN, totalN);
     statistics.Row(RowName::kMannWhitneyU, u);
     statistics.Row(RowName::kWilcoxonW, w);
     statistics.Row(RowName::kTestStatistic, u);

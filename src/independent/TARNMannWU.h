@@ -39,7 +39,7 @@ class TARNMannWU : public TARNTest {
     TARNRank rank;
     std::array<double, 2> meanRank{};
     std::array<GroupHistogram, 2> groupVariables;
-    std::uint32_t totalN = 0;
+    std::int32_t totalN = 0;
     /// Weighted sizes of the groups.
     std::array<double, 2> groupCounts{};
     double u = 0;

@@ -109,8 +109,8 @@ QKStatus RankedRows::BeginPass() {
         rankSums.assign(variableIndices.size(), 0.0);
         meanRanks.assign(variableIndices.size(), 0.0);
         rankFrequencies.assign(variableIndices.size(), RankFrequencies());
-        passesRemaining = comparison.stepwise ? k : 1;
         if (k < kFewestFields) AddStatusMessage(QKStatus(kind.tooFewFields), MessageKind::kError);
+        passesRemaining = comparison.stepwise ? k : 1;
     } else if (state == State::kBeforeSteps) {
         orderedSamples = OrderSamples(meanRanks);
         steps.Begin(orderedSamples.size(), orderedSamples.size());

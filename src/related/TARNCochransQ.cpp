@@ -26,11 +26,7 @@ namespace {
 constexpr const char* kTestName = "RCochransQ";
 constexpr const char* kConditionOfData = "DefaultAllDistinctValuesUsed_R_CochransQ_1";
 constexpr const char* kConditionOfList = "CategoryListsAreSpecified_R_CochransQ_1";
-/// The columns of the two classes are the category indices, whichever is the success.
-constexpr const char* kClassColumns = "0;1";
 
-constexpr const char* kPairWise = "pairWise";
-constexpr const char* kStepWise = "stepWise";
 constexpr double kRequested = 1.0;
 
 constexpr long kUnknownField = 221203;
@@ -99,8 +95,8 @@ void PlanSuccess(TARNPlanBuilder& builder, const QKVarList& varList, const std::
 void PlanComparison(TARNPlanBuilder& builder) {
     std::string type = MultipleComparisonType::kNone;
     builder.Read(SettingKey::kTypeOfMultipleComparison, type);
-    if (type == MultipleComparisonType::kPairWise) builder.TestSettings().AddSetting(kPairWise, kRequested);
-    if (type == MultipleComparisonType::kStepWise) builder.TestSettings().AddSetting(kStepWise, kRequested);
+    if (type == MultipleComparisonType::kPairWise) builder.TestSettings().AddSetting(SettingKey::kPairWise, kRequested);
+    if (type == MultipleComparisonType::kStepWise) builder.TestSettings().AddSetting(SettingKey::kStepWise, kRequested);
 }
 
 }  // namespace
@@ -143,8 +139,8 @@ void TARNCochransQ::ReadSettings() {
     settings->GetSettingValByName(SettingKey::kSuccessCategoryListStr, successListStr);
     double pairWise = 0;
     double stepWise = 0;
-    settings->GetSettingValByName(kPairWise, pairWise);
-    settings->GetSettingValByName(kStepWise, stepWise);
+    settings->GetSettingValByName(SettingKey::kPairWise, pairWise);
+    settings->GetSettingValByName(SettingKey::kStepWise, stepWise);
     comparison = {pairWise == kRequested, stepWise == kRequested};
 }
 
@@ -252,7 +248,7 @@ void TARNCochransQ::Compare() {
 }
 
 bool TARNCochransQ::NeedsAnotherPass() {
-    const bool isOpen = comparison.stepwise && !steps.IsDone();
+    const bool isOpen = (comparison.pairwise && !pairwiseDone) || (comparison.stepwise && !steps.IsDone());
     if (isOpen || status.IsError()) passesRemaining = 0;
     return isOpen && !status.IsError();
 }
@@ -295,7 +291,7 @@ QKXML::XMLElement* TARNCochransQ::MakeResultElement() {
 }
 
 void TARNCochransQ::AddClasses(ResultElement& element) const {
-    auto content = MakeSimpleTable(TableName::kContent, JoinValues(variableIndices), kClassColumns);
+    auto content = MakeSimpleTable(TableName::kContent, JoinValues(variableIndices), Literal::kTwoColumns);
     for (std::size_t i = 0; i < variableIndices.size(); ++i) {
         // Truncated, and the other class gets the rest: the two add up to 100.
         const std::int32_t percent = counts.Percentage(i);

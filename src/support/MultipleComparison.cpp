@@ -5,6 +5,7 @@
 #include <initializer_list>
 
 #include "planning/StatusCodes.h"
+#include "support/Int32.h"
 #include "support/Significance.h"
 
 // ---- Request ----
@@ -23,6 +24,11 @@ std::vector<TestMessage> ComparisonRequest::Refuse(const RefusalCodes& codes) {
 double AdjustForPairs(double sig, std::size_t sampleCount) {
     const auto k = static_cast<double>(sampleCount);
     const double adjusted = k * sig * (k - 1) / 2;
+    return adjusted > 1 ? 1 : adjusted;
+}
+
+double AdjustByPairCount(double sig, std::int32_t sampleCount) {
+    const double adjusted = Multiply32(Subtract32(sampleCount, 1), sampleCount) * sig / 2;
     return adjusted > 1 ? 1 : adjusted;
 }
 

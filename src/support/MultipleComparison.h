@@ -118,6 +118,8 @@ std::vector<PairRecord> CompareNormalPairs(std::size_t sampleCount, double stand
 
 /// Bonferroni's adjustment for all pairs of `sampleCount` samples, at most 1.
 double AdjustForPairs(double sig, std::size_t sampleCount);
+/// The same where the number of pairs is formed first, in 32 bits by definition: above 46341 samples it wraps around.
+double AdjustByPairCount(double sig, std::int32_t sampleCount);
 
 // ---- Step by step ----
 

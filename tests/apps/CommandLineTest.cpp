@@ -1,5 +1,5 @@
-// The one description of the commands, and what is made from it: the manual page and the completions of the shells. That
-// of bash is tried in a shell, as a user's TAB does it.
+// The one description of the commands, and what is made from it: the manual page and the completions of the shells.
+// That of bash is tried in a shell, as a user's TAB does it.
 
 #include "apps/tarn/CommandLine.h"
 
@@ -65,8 +65,11 @@ TEST(Commands, TellWhatTheirOptionsTake) {
 }
 
 TEST(ManPageText, HoldsEveryCommandAndOption) {
-    const std::vector<CommandDescription> commands{
-        {"try", "Try it", {{{"-a", "--all"}, "", "Take all", {}}, {{"--to"}, "FILE", ".start's \\ end", {}}, {{}, "DATA", "The data", {}}}}};
+    const std::vector<CommandDescription> commands{{"try",
+                                                    "Try it",
+                                                    {{{"-a", "--all"}, "", "Take all", {}},
+                                                     {{"--to"}, "FILE", ".start's \\ end", {}},
+                                                     {{}, "DATA", "The data", {}}}}};
     const std::string page = tarn::ManPage(commands);
     EXPECT_NE(page.find(".TH TARN 1 "), std::string::npos);
     EXPECT_NE(page.find(".SS tarn try DATA\nTry it.\n"
@@ -79,14 +82,16 @@ TEST(ManPageText, HoldsEveryCommandAndOption) {
 
 /// What bash offers for the last one of the words typed.
 Words Completed(const Words& words) {
-    const std::filesystem::path folder = std::filesystem::temp_directory_path() / ("tarn-completion-" + std::to_string(getpid()));
+    const std::filesystem::path folder =
+        std::filesystem::temp_directory_path() / ("tarn-completion-" + std::to_string(getpid()));
     std::filesystem::create_directory(folder);
     std::ofstream(folder / "data.csv") << "score,\"arm\",two words\r\n1,2,3\n";
     std::ofstream(folder / "tarn.bash") << tarn::ShellCompletion("bash", tarn::DescribeCommands());
     std::string typed;
     for (const std::string& word : words) typed += " '" + word + "'";
     const std::string command = "cd '" + folder.string() + "' && bash -c 'source ./tarn.bash; COMP_WORDS=(\"$@\"); " +
-                                "COMP_CWORD=$(($# - 1)); _tarn; printf \"%s\\n\" \"${COMPREPLY[@]}\"' bash tarn" + typed;
+                                "COMP_CWORD=$(($# - 1)); _tarn; printf \"%s\\n\" \"${COMPREPLY[@]}\"' bash tarn" +
+                                typed;
     const std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
     std::array<char, 4096> buffer;
     std::string output;

@@ -56,6 +56,14 @@ TEST(GroupBoxPlot, BoxRunsFromTheSmallestToTheLargestValueInsideTheFences) {
     EXPECT_EQ(TablesOf({4}), Texts({"4;4;4;4;4", "", ""}));
 }
 
+TEST(GroupBoxPlot, CaseIdentifiersAreWholeNumbersWithAllTheirDigits) {
+    Records records;
+    for (const double value : {1, 2, 3, 4, 5, 6, 7, 8}) records.push_back({value, 0});
+    records.push_back({20, 1234567890123408});
+    records.push_back({21, 7.9});
+    EXPECT_EQ(TablesOf(records, 10, kNone, 1)[2], "7;1234567890123408");
+}
+
 TEST(GroupBoxPlot, HighOutliersComeBeforeLowOnesEachFromTheLastToTheFirst) {
     // Hinges 1.5 and 6.5, fences -6 and 14.
     EXPECT_EQ(TablesOf({-50, -40, 1, 2, 3, 4, 5, 6, 7, 90, 100}), Texts({"1;1.5;4;6.5;7", "100;90;-40;-50", ""}));

@@ -124,6 +124,12 @@ TEST(CochransQ, SignificanceEqualToTheLevelRetains) {
     EXPECT_EQ(Result({{1, 1}, {0, 0}}, "none", {{"sigLevel", 1.01}}).Attribute("decision"), "reject");
 }
 
+TEST(CochransQ, SignificanceEqualToTheLevelRefusesTheComparison) {
+    const Table test = Result({{1, 1, 1}, {0, 0, 0}}, "stepWise", {{"sigLevel", 1.0}});
+    EXPECT_EQ(MessagesOf(test), Texts({"221218 warning"}));
+    EXPECT_EQ(std::ranges::count(test.ChildNames(), "StructuredTable StepwiseResult"), 0);
+}
+
 // ---- Weights and missing values ----
 
 TEST(CochransQ, WeightsAreTruncated) {

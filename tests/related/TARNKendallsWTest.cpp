@@ -133,7 +133,7 @@ TEST(KendallsW, RecordIsProcessedInErrorAndOverwritesIt) {
     AddVecSetting(*settings, "variableIndex", std::vector<int>{0}, false);
     TARNKendallsW test(std::move(settings));
     EXPECT_EQ(test.BeginPass().GetErrorCode(), 221909);
-    EXPECT_EQ(test.GetPassKind(), 0);
+    EXPECT_EQ(test.GetPassKind(), 1);
     Record record(1);
     EXPECT_TRUE(test.ProcessRecord(record).IsOK());
     EXPECT_FALSE(test.EndPass().IsError());

@@ -296,6 +296,14 @@ TEST(AdjustForSubset, IsThePowerBelowOneSampleLessThanAll) {
     EXPECT_EQ(AdjustForSubset(1, 2, 9), 1);
 }
 
+// 3 * 2 / 2 of 0.1 in the two orders of rounding: 0.1 * 6 / 2 and 3 * 0.1 * 2 / 2.
+TEST(AdjustByPairCount, FormsTheNumberOfPairsFirstIn32Bits) {
+    EXPECT_EQ(AdjustByPairCount(0.1, 3), 6 * 0.1 / 2);
+    EXPECT_EQ(AdjustByPairCount(0.5, 3), 1);
+    EXPECT_EQ(AdjustByPairCount(0.5, 46342), -2147432674 * 0.5 / 2);  // 46341 * 46342 - 2^32
+    EXPECT_EQ(AdjustByPairCount(1e-9, 65537), 65536 * 1e-9 / 2);
+}
+
 TEST(AdjustForPairs, IsBonferronisAndAtMost1) {
     EXPECT_DOUBLE_EQ(AdjustForPairs(0.01, 3), 0.03);
     EXPECT_DOUBLE_EQ(AdjustForPairs(0.01, 7), 0.21);

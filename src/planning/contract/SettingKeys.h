@@ -28,6 +28,9 @@ inline constexpr const char* kGroup1List = "group1List";
 inline constexpr const char* kGroup2List = "group2List";
 inline constexpr const char* kSuccessCategoryListNum = "successCategoryListNum";
 inline constexpr const char* kSuccessCategoryListStr = "successCategoryListStr";
+// The two switches that a plan builder makes of "typeOfMultipleComparison".
+inline constexpr const char* kPairWise = "pairWise";
+inline constexpr const char* kStepWise = "stepWise";
 
 }  // namespace SettingKey
 

@@ -30,8 +30,8 @@ class QKDistFun {
     static double IdfBeta(double p, double a, double b);
 
     /// P(X <= x) of the number of successes in `n` trials with probability `p`; 0 for x below 0.
-    /// `err` is 0 on success, and 1 where n is negative or no number, p is outside 0 .. 1 or x is above n: the result is
-    /// the missing double then. A caller takes 3 for a failure as well.
+    /// `err` is 0 on success, and 1 where n is negative or no number, p is outside 0 .. 1 or x is above n: the result
+    /// is the missing double then. A caller takes 3 for a failure as well.
     static double CdfBin(double x, double n, double p, int& err);
 
     /// P(X <= x) of the first cell of a 2 x 2 table with a given `total`, a first row sum `margin1` and a first

@@ -1,5 +1,5 @@
-// Where the engine's fixed widths end, as the outputs tell it. Each bound is worked out from the width by hand: the last
-// number of cases that a limit lets pass, and the first one that it doesn't.
+// Where the engine's fixed widths end, as the outputs tell it. Each bound is worked out from the width by hand: the
+// last number of cases that a limit lets pass, and the first one that it doesn't.
 
 #include "host/report/EngineLimits.h"
 
@@ -38,14 +38,14 @@ Strings KeysOf(const ResultDocument& document) {
 }
 
 std::string WilcoxonPairs(const std::string& positive, const std::string& negative) {
-    return TestElement("RWilcoxonSignedRanks", "Related_Samples", "retain",
-                       Condition("R_WilcoxonSignedRanks_2", {"0", "1"}) +
-                           Table("ContinuousDistribution", Row("NegativeDifferences", negative) + Row("Ties", "90000") +
-                                                               Row("PositiveDifferences", positive)) +
-                           Table("StatisticsResult", Row("TotalN", "100000") + Row("TestStatistic", "536865735") +
-                                                         Row("StandardError", "nan") +
-                                                         Row("StandardTestStatistic", "nan") +
-                                                         Row("AsymptoticSig2Tailed", "nan")));
+    return TestElement(
+        "RWilcoxonSignedRanks", "Related_Samples", "retain",
+        Condition("R_WilcoxonSignedRanks_2", {"0", "1"}) +
+            Table("ContinuousDistribution",
+                  Row("NegativeDifferences", negative) + Row("Ties", "90000") + Row("PositiveDifferences", positive)) +
+            Table("StatisticsResult", Row("TotalN", "100000") + Row("TestStatistic", "536865735") +
+                                          Row("StandardError", "nan") + Row("StandardTestStatistic", "nan") +
+                                          Row("AsymptoticSig2Tailed", "nan")));
 }
 
 // 46,340 * 46,341 = 2,147,441,940 is the last product of its kind below 2^31.
@@ -55,7 +55,8 @@ TEST(EngineLimits, WilcoxonPairsByTheDifferencesThatAreNotZero) {
 }
 
 std::string FieldInfo(const std::string& index, const std::string& n) {
-    return "<FieldInfo varIndex=\"" + index + "\">" + Table("ContinuousDistribution", Row("TotalN", n)) + "</FieldInfo>";
+    return "<FieldInfo varIndex=\"" + index + "\">" + Table("ContinuousDistribution", Row("TotalN", n)) +
+           "</FieldInfo>";
 }
 
 // An estimate tells no number of cases: the smallest of those of the run and of its fields bounds it.
@@ -87,9 +88,9 @@ TEST(EngineLimits, HodgesLehmannGroupsByTheCasesOfTheField) {
 TEST(EngineLimits, RankedRowsByTheProductOfFieldsAndCases) {
     for (const char* name : {"RFriedmansTwoWayByRanks", "RKendallsCoefficient"}) {
         const auto test = [&](const std::string& n) {
-            return TestElement(
-                name, "Related_Samples", "retain",
-                Condition("R_Friedman_1", {"0;1;2"}) + Table("StatisticsResult", Row("TotalN", n) + Row("TestStatistic", "1")));
+            return TestElement(name, "Related_Samples", "retain",
+                               Condition("R_Friedman_1", {"0;1;2"}) +
+                                   Table("StatisticsResult", Row("TotalN", n) + Row("TestStatistic", "1")));
         };
         EXPECT_EQ(KeysOf(WeightedDocument(test("89478485"))), Strings{}) << name;
         EXPECT_EQ(KeysOf(WeightedDocument(test("89478486"))), Strings{"ranked-rows"}) << name;
@@ -135,12 +136,11 @@ TEST(EngineLimits, CochransPairsByTheSquareOfTheCases) {
 }
 
 std::string KolmogorovSmirnov(const std::string& n1, const std::string& n2) {
-    return TestElement(
-        "IKolmogorovSmirnov", "Independent_Samples", "retain",
-        Condition("DefaultAllDistinctValuesUsed_I_KolmogorovSmirnov_2", {"0", "2"}) +
-            Table("StatisticsResult", Row("TotalN", "131072") + Row("TestStatistic", "1")) +
-            Table("Group0", Row("GroupIndex", "0") + Row("N", n1)) +
-            Table("Group1", Row("GroupIndex", "1") + Row("N", n2)));
+    return TestElement("IKolmogorovSmirnov", "Independent_Samples", "retain",
+                       Condition("DefaultAllDistinctValuesUsed_I_KolmogorovSmirnov_2", {"0", "2"}) +
+                           Table("StatisticsResult", Row("TotalN", "131072") + Row("TestStatistic", "1")) +
+                           Table("Group0", Row("GroupIndex", "0") + Row("N", n1)) +
+                           Table("Group1", Row("GroupIndex", "1") + Row("N", n2)));
 }
 
 TEST(EngineLimits, KolmogorovSmirnovByTheProductOfTheGroups) {
@@ -165,9 +165,9 @@ TEST(EngineLimits, EveryTestByTheSumOfTheWeights) {
 }
 
 TEST(EngineLimits, ATestThatWasNotDoneHasNoNumberToDoubt) {
-    const std::string failed = TestElement(
-        "RSign", "Related_Samples", "unknown",
-        Condition("R_Sign_2", {"0", "7"}) + Table("WarningMessages", Message("220903", "error", {"w"})));
+    const std::string failed =
+        TestElement("RSign", "Related_Samples", "unknown",
+                    Condition("R_Sign_2", {"0", "7"}) + Table("WarningMessages", Message("220903", "error", {"w"})));
     EXPECT_EQ(KeysOf(WeightedDocument(failed, "2147483648")), Strings{});
 }
 

@@ -253,8 +253,8 @@ TEST(QKDistFun, LargeShapesMeetTheirLimits) {
     }
 }
 
-// Quantiles of the beta distribution with a shape above 1e9 beside one above 2000: x where the density of log(x / (1 - x)),
-// integrated with mpmath 1.3 at 40 digits, reaches p. The bound is a share of the standard deviation of x.
+// Quantiles of the beta distribution with a shape above 1e9 beside one above 2000: x where the density of log(x / (1 -
+// x)), integrated with mpmath 1.3 at 40 digits, reaches p. The bound is a share of the standard deviation of x.
 TEST(QKDistFun, LargeBetaShapesKeepTheirSpread) {
     struct Case {
         double p, a, b, x, bound;
@@ -271,7 +271,8 @@ TEST(QKDistFun, LargeBetaShapesKeepTheirSpread) {
              Case{0.5, 5e9, 5e10, 0.090909090904132231, 1e-10},
          }) {
         const double spread = c.x * (1 - c.x) * std::sqrt(1 / c.a + 1 / c.b);
-        EXPECT_LE(std::fabs(QKDistFun::IdfBeta(c.p, c.a, c.b) - c.x), c.bound * spread) << c.p << " " << c.a << " " << c.b;
+        EXPECT_LE(std::fabs(QKDistFun::IdfBeta(c.p, c.a, c.b) - c.x), c.bound * spread)
+            << c.p << " " << c.a << " " << c.b;
     }
 }
 
@@ -293,7 +294,7 @@ TEST(QKDistFun, CdfBinCodes) {
     for (const double x : {5.5, 6.0, kInfinity, kNaN}) EXPECT_EQ(ErrOfCdfBin(x, 5, 0.5), 1) << x;
     for (const double n : {-1.0, -1e-300, kNaN, kInfinity, -kInfinity}) EXPECT_EQ(ErrOfCdfBin(0, n, 0.5), 1) << n;
     for (const double p : {-1e-300, 1 + 1e-15, kNaN, kInfinity}) EXPECT_EQ(ErrOfCdfBin(0, 5, p), 1) << p;
-    EXPECT_EQ(ErrOfCdfBin(-1, 5, 2), 1) <<"x below 0 is no error, the probability is";
+    EXPECT_EQ(ErrOfCdfBin(-1, 5, 2), 1) << "x below 0 is no error, the probability is";
 }
 
 TEST(QKDistFun, CdfBinEdges) {
