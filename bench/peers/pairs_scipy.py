@@ -6,51 +6,20 @@ usage: pairs_scipy.py [RUNS]
 Both read the whole table and test its first two columns. SciPy has no Hodges-Lehmann estimate of a pair, and a list of
 all 5e11 averages does not fit; McNemar's test and that of marginal homogeneity it has not either.
 """
-import importlib.util
-import json
-import os
-import statistics
-import sys
+import side_by_side
+from side_by_side import timing
 
-sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
-import timing  # noqa: E402
-
-PEER = """
-import sys
-import pandas
-from scipy.stats import wilcoxon
-table = pandas.read_csv(sys.argv[1], float_precision="round_trip")
-result = wilcoxon(table["x1"], table["x0"], correction=False, method="asymptotic")
-print(result.statistic, result.pvalue)
+WILCOXON = side_by_side.READ + """
+print(stats.wilcoxon(table["x1"], table["x0"], correction=False, method="asymptotic"))
 """
 
 
-def plan_of(test):
-    path = os.path.join(timing.FOLDER, test + ".plan.json")
-    with open(path, "w") as out:
-        json.dump({"tests": [{test: {"variableName": ["x0", "x1"]}}]}, out)
-    return path
-
-
-def main():
-    absent = [name for name in ("pandas", "scipy") if importlib.util.find_spec(name) is None]
-    if absent:
-        print("not run: %s not installed for %s" % (" and ".join(absent), sys.executable))
-        return
-    runs = int(sys.argv[1]) if len(sys.argv) > 1 else 5
+def job(runs):
     data = timing.normal_table()
-    ours = [timing.TARN, "run", "--data", data, "--plan", plan_of("RWilcoxonSignedRanks"), "--quiet"]
-    theirs = [sys.executable, "-W", "ignore", "-c", PEER, data]
-    pairs = []
-    for run in range(runs + 1):
-        pair = timing.timed(ours, os.devnull), timing.timed(theirs, os.devnull)
-        if run > 0:  # the first pair warms the file cache
-            pairs.append(pair)
-    print(timing.row("tarn run, Wilcoxon", [a[0] for a, _ in pairs], "s"))
-    print(timing.row("pandas and SciPy, wilcoxon", [b[0] for _, b in pairs], "s"))
-    print("pandas and SciPy take %.1f times as long (median of the pairs)"
-          % statistics.median(b[0] / a[0] for a, b in pairs))
+    tests = [{"RWilcoxonSignedRanks": {"variableName": ["x0", "x1"]}}]
+    side_by_side.compare("Wilcoxon test of a pair", side_by_side.tarn("wilcoxon", data, tests),
+                         side_by_side.python(WILCOXON, data), runs)
 
 
 if __name__ == "__main__":
-    main()
+    side_by_side.main(job)

@@ -8,6 +8,7 @@
 
 #include "host/ByteSource.h"
 #include "host/InputError.h"
+#include "host/TestNames.h"
 #include "host/report/EnglishMessages.h"
 
 namespace tarn {
@@ -17,6 +18,31 @@ namespace {
 using nlohmann::json;
 
 constexpr std::string_view kUnknownField = "a field that is not known";
+
+/// The parts of a list as the engine joins names in its messages.
+std::vector<std::string> SplitNames(std::string_view joined) {
+    constexpr std::string_view kSeparator = " ,";
+    std::vector<std::string> names;
+    while (!joined.empty()) {
+        const std::size_t end = joined.find(kSeparator);
+        names.emplace_back(joined.substr(0, end));
+        joined.remove_prefix(end == std::string_view::npos ? joined.size() : end + kSeparator.size());
+    }
+    return names;
+}
+
+/// Tests as the engine's messages have them, the key in a request without the letter of its family, by the names that a
+/// user types; each once.
+std::vector<std::string> TestsByTheirNames(std::string_view joined) {
+    std::vector<std::string> names;
+    for (const std::string& key : SplitNames(joined)) {
+        const auto found =
+            std::ranges::find(TestNames(), key, [](const TestName& test) { return test.requestKey.substr(1); });
+        const std::string name(found == TestNames().end() ? std::string_view(key) : found->name);
+        if (std::ranges::find(names, name) == names.end()) names.push_back(name);
+    }
+    return names;
+}
 
 /// Fills in one text.
 class TextFiller {
@@ -48,7 +74,7 @@ class TextFiller {
     bool HasAll(std::string_view text) const {
         for (std::size_t open = text.find('{'); open != std::string_view::npos; open = text.find('{', open + 1)) {
             const std::size_t close = std::min(text.find('}', open), text.size());
-            if (!ValueOf(text.substr(open + 1, close - open - 1))) return false;
+            if (ValueOf(text.substr(open + 1, close - open - 1)).value_or("").empty()) return false;
         }
         return true;
     }
@@ -70,6 +96,8 @@ class TextFiller {
             return JoinList(names);
         }
         if (kind == "values") return JoinList(SplitList(*value));
+        if (kind == "names") return JoinList(SplitNames(*value));
+        if (kind == "tests") return JoinList(TestsByTheirNames(*value));
         if (kind == "number") return ShortNumber(*value);
         return value;
     }

@@ -65,9 +65,9 @@ struct Placeholders {
 };
 
 /// Puts values into the placeholders of a text: {0} as it stands, {number:0} shortened, {field:0} and {fields:0} the
-/// names of fields, {values:0} a list of values, {category:1:0} category 1 of field 0, or a list of them,
-/// {named:group}. A part in square brackets is left out when one of its values is absent; elsewhere an absent value
-/// shows as "?".
+/// names of fields, {values:0} a list of values, {names:0} and {tests:0} a list of names or of tests as the messages of
+/// a run join them, {category:1:0} category 1 of field 0, or a list of them, {named:group}. A part in square brackets
+/// is left out when one of its values is absent or empty; elsewhere an absent value shows as "?".
 std::string FillIn(std::string_view text, const Placeholders& placeholders);
 
 }  // namespace tarn

@@ -20,7 +20,6 @@
 #include "planning/contract/SettingKeys.h"
 #include "planning/contract/TARNPlanBuilder.h"
 #include "platform/common/QKDistFun.h"
-#include "platform/common/Truncation.h"
 #include "support/CaseWeight.h"
 #include "support/Significance.h"
 
@@ -37,14 +36,7 @@ constexpr GroupedFieldsCodes kFieldCodes{.testNameMissing = 222215,
                                          .unknownField = 222203,
                                          .testNotContinuous = 222218,
                                          .groupNotCategorical = 222217};
-constexpr long kNoUnivariateResults = 222206;
 constexpr long kEmptyGroup = 222210;
-constexpr long kTooFewCategories = 222220;
-constexpr RefusalCodes kTooFewGroups{.pairwise = 222223, .stepwise = 222221};
-constexpr RefusalCodes kNotSignificant{.pairwise = 222224, .stepwise = 222222};
-
-constexpr int kOverallPasses = 3;
-constexpr std::size_t kSmallestComparison = 3;
 
 PairRecord RecordOf(const JonckheereSubset& pair) {
     PairRecord record;
@@ -63,7 +55,7 @@ PairRecord RecordOf(const JonckheereSubset& pair) {
 
 void PlanJonckTer(const QKSettings& entry, TARNPlan& plan) {
     TARNPlanBuilder builder(entry, plan, CommonSettings::kSigLevel);
-    const GroupedFields fields = PlanKGroups(builder, plan, kFieldCodes);
+    const GroupedFields fields = PlanSeveralGroups(builder, plan, kFieldCodes);
     std::string order = kSmallestToLargest;
     builder.Read(kOrderOfHypotheses, order);
     builder.TestSettings().AddSetting(kOrderOfHypotheses, order);
@@ -75,6 +67,18 @@ void PlanJonckTer(const QKSettings& entry, TARNPlan& plan) {
 }
 
 // ---- Passes ----
+
+namespace {
+
+constexpr SeveralGroupsCodes kCodes{.noUnivariateResults = 222206,
+                                    .tooFewCategories = 222220,
+                                    .tooFewGroups = {.pairwise = 222223, .stepwise = 222221},
+                                    .notSignificant = {.pairwise = 222224, .stepwise = 222222}};
+
+}  // namespace
+
+TARNJonckTer::TARNJonckTer(std::unique_ptr<QKSettings> testSettings)
+    : SeveralGroupsTest(std::move(testSettings), kCodes, ComparisonRulesOf::kJonckTer) {}
 
 QKStatus TARNJonckTer::BeginPass() {
     if (status.IsError()) return status;
@@ -100,41 +104,24 @@ QKStatus TARNJonckTer::BeginPass() {
 }
 
 void TARNJonckTer::BeginSizes() {
-    settings->GetSettingValByName(SettingKey::kVariableIndex, variableIndex);
-    settings->GetSettingValByName(SettingKey::kGroupVariableIndex, groupVariableIndex);
-    settings->GetSettingValByName(SettingKey::kWeightVariableIndex, weightIndex);
-    settings->GetSettingValByName(SettingKey::kSigLevel, sigLevel);
     orderOfHypotheses = kSmallestToLargest;
     settings->GetSettingValByName(kOrderOfHypotheses, orderOfHypotheses);
-    comparisons.Read(*settings);
-    if (univariateResults == nullptr) {
-        AddStatusMessage(QKStatus(kNoUnivariateResults), MessageKind::kError);
-        return;
-    }
-    categoryCount = univariateResults->GetCategoryCount(groupVariableIndex);
-    if (categoryCount < 2) {
-        AddStatusMessage(QKStatus(kTooFewCategories), MessageKind::kError);
-        return;
-    }
-    passesRemaining = kOverallPasses + (comparisons.wanted.pairwise ? 1 : 0);
-    if (comparisons.wanted.stepwise) passesRemaining += categoryCount - 2;
+    ReadCommonSettings();
+    if (status.IsError()) return;
+    passesRemaining = kOverallPasses + (wanted.pairwise ? 1 : 0);
+    if (wanted.stepwise) passesRemaining += categoryCount - 2;
     wholeRank.Reset();
 }
 
 void TARNJonckTer::BeginOverall() {
-    activeGroups = groupSizes.WithCases(categoryCount);
+    BeginBoxes();
     overall.positionOf.assign(static_cast<std::size_t>(categoryCount), JonckheereSubset::kNotInside);
     std::vector<double> sizes;
     for (const std::int32_t group : activeGroups) {
         overall.positionOf[static_cast<std::size_t>(group)] = static_cast<std::int32_t>(sizes.size());
         sizes.push_back(SizeOf(group));
-        groupBoxes.emplace_back(groupSizes.Of(group), variableIndex, weightIndex, GroupBoxPlot::kNoCaseId);
     }
-    if (sizes.empty()) {
-        AddStatusMessage(QKStatus(StatusCode::kNoRecords), MessageKind::kError);
-        return;
-    }
-    overall.SetGroups(std::move(sizes));
+    if (!status.IsError()) overall.SetGroups(std::move(sizes));
 }
 
 void TARNJonckTer::BeginPairs() {
@@ -177,16 +164,11 @@ void TARNJonckTer::ShrinkSubsets() {
     }
 }
 
-void TARNJonckTer::GetUsedVariables(std::vector<int>& fieldIndices) {
-    fieldIndices.push_back(variableIndex);
-    fieldIndices.push_back(groupVariableIndex);
-}
-
 QKStatus TARNJonckTer::ProcessRecord(Record& record) {
     const double value = record[static_cast<std::size_t>(variableIndex)];
     const std::int32_t weight = CaseWeight(record, weightIndex);
-    const std::int32_t group = TruncateToInt32(record[static_cast<std::size_t>(groupVariableIndex)]);
-    if (group < 0 || group >= categoryCount) return status;
+    const std::int32_t group = CategoryOf(record);
+    if (group < 0) return status;
     if (phase == Phase::kOverall && overallPass == 0) {
         groupSizes.Add(group, weight);
         return wholeRank.AddValue(value, weight, group);
@@ -229,16 +211,6 @@ QKStatus TARNJonckTer::EndPass() {
     return status;
 }
 
-bool TARNJonckTer::NeedsAnotherPass() {
-    if (status.IsError()) {
-        passesRemaining = 0;
-        return false;
-    }
-    if (overallDone && comparisons.AreDone()) return false;
-    passesRemaining = 0;
-    return true;
-}
-
 void TARNJonckTer::EndOverall() {
     if (overallPass == 0) {
         wholeRank.CloseTieRun();
@@ -252,21 +224,9 @@ void TARNJonckTer::EndOverall() {
             for (GroupBoxPlot& box : groupBoxes) box.Finish();
         }
     } else {
-        overallDone = true;
-        if (overallSignificant && overall.GroupCount() < kSmallestComparison) {
-            Refuse(kTooFewGroups);
-        } else if (!overallSignificant) {
-            Refuse(kNotSignificant);
-        }
-        const ComparisonRequest& wanted = comparisons.wanted;
-        phase = wanted.pairwise ? Phase::kPairs : wanted.stepwise ? Phase::kSteps : Phase::kFinished;
+        EndOverallPhase(overallSignificant);
     }
     ++overallPass;
-}
-
-void TARNJonckTer::Refuse(const RefusalCodes& codes) {
-    AddMessages(comparisons.wanted.Refuse(codes));
-    passesRemaining = 0;
 }
 
 void TARNJonckTer::EndPairs() {
@@ -274,8 +234,7 @@ void TARNJonckTer::EndPairs() {
         Judge(pair);
         if (!pair.degenerate) pair.adjustedSig = AdjustByPairCount(pair.sigDirected, categoryCount);
     }
-    comparisons.pairwiseDone = true;
-    phase = comparisons.wanted.stepwise ? Phase::kSteps : Phase::kFinished;
+    EndPairsPhase();
 }
 
 void TARNJonckTer::EndStep() {
@@ -292,9 +251,7 @@ void TARNJonckTer::EndStep() {
     };
     AddMessages(steps.EndPass(sigLevel, compute));
     ++stepwisePass;
-    if (!steps.IsDone()) return;
-    comparisons.stepwiseDone = true;
-    phase = Phase::kFinished;
+    EndStepsPhase();
 }
 
 /// Whether the groups of the subset differ at the level; a subset that can't be tested counts as one whose groups do.
@@ -332,27 +289,15 @@ QKXML::XMLElement* TARNJonckTer::MakeResultElement() {
     statistics.Row(RowName::kStandardError, overall.standardError);
     statistics.Row(RowName::kStandardTestStatistic, overall.z);
     statistics.Row(RowName::kAsymptoticSig2Tailed, overall.sigTwoTail);
-    AddBoxes(element);
+    AddBoxes(element, {}, {});
 
-    if (comparisons.wanted.pairwise && comparisons.pairwiseDone && !pairSubsets.empty()) {
+    if (HasPairsToShow() && !pairSubsets.empty()) {
         std::vector<PairRecord> pairs;
         for (const JonckheereSubset& pair : pairSubsets) pairs.push_back(RecordOf(pair));
         AddPairwiseResult(element, steps.Rules(), Samples(), pairs);
     }
-    // The search has told of the groups that stand alone; writing them adds no word to that.
-    if (steps.IsDone()) static_cast<void>(AddStepwiseResult(element, steps, Samples()));
+    if (steps.IsDone()) AddSteps(element, Samples());
     return element.Release();
-}
-
-void TARNJonckTer::AddBoxes(ResultElement& element) const {
-    StructuredTable boxes = element.AddTable(TableName::kBoxPlotInfo);
-    boxes.Row(RowName::kGroupFieldIndex, groupVariableIndex);
-    boxes.Row(RowName::kGroupCount, static_cast<std::int32_t>(groupBoxes.size()));
-    for (std::size_t place = 0; place < groupBoxes.size(); ++place) {
-        StructuredTable table = boxes.Table(GroupTableName(place));
-        table.Row(RowName::kGroupIndex, activeGroups[place]);
-        groupBoxes[place].AddTables(table);
-    }
 }
 
 /// The groups with cases and their mean ranks.

@@ -18,7 +18,6 @@
 #include "planning/StatusCodes.h"
 #include "planning/contract/SettingKeys.h"
 #include "planning/contract/TARNPlanBuilder.h"
-#include "platform/common/Truncation.h"
 #include "support/CaseWeight.h"
 #include "support/Significance.h"
 
@@ -40,12 +39,8 @@ constexpr GroupedFieldsCodes kFieldCodes{.testNameMissing = 222315,
                                          // Documents show this code without a parameter, unlike its neighbours.
                                          .tellsTestField = false};
 constexpr long kMedianMissing = 222322;
-constexpr long kNoUnivariateResults = 222306;
-constexpr long kTooFewCategories = 222320;
 constexpr long kExpectedBelowOne = 222326;
 constexpr long kManyExpectedBelowFive = 222327;
-constexpr RefusalCodes kTooFewGroups{.pairwise = 222337, .stepwise = 222335};
-constexpr RefusalCodes kNotSignificant{.pairwise = 222338, .stepwise = 222336};
 
 // Why a subset can't be tested: overall, of a pair, in a step.
 constexpr long kNoneAbove[] = {222325, 222329, 222332};
@@ -53,13 +48,12 @@ constexpr long kAllAbove[] = {222324, 222328, 222331};
 constexpr long kTooFewGroupsWithCases[] = {222319, 222333, 222334};
 
 constexpr double kMostCasesOfExactTest = 30;
-constexpr std::size_t kSmallestComparison = 3;
 
 }  // namespace
 
 void PlanKSMedian(const QKSettings& entry, TARNPlan& plan) {
     TARNPlanBuilder builder(entry, plan, CommonSettings::kSigLevel);
-    const GroupedFields fields = PlanKGroups(builder, plan, kFieldCodes);
+    const GroupedFields fields = PlanSeveralGroups(builder, plan, kFieldCodes);
     bool isGiven = false;
     double median = 0;
     builder.Read(kUserSpecifyMedian, isGiven);
@@ -76,6 +70,18 @@ void PlanKSMedian(const QKSettings& entry, TARNPlan& plan) {
 }
 
 // ---- Passes ----
+
+namespace {
+
+constexpr SeveralGroupsCodes kCodes{.noUnivariateResults = 222306,
+                                    .tooFewCategories = 222320,
+                                    .tooFewGroups = {.pairwise = 222337, .stepwise = 222335},
+                                    .notSignificant = {.pairwise = 222338, .stepwise = 222336}};
+
+}  // namespace
+
+TARNKSMedian::TARNKSMedian(std::unique_ptr<QKSettings> testSettings)
+    : SeveralGroupsTest(std::move(testSettings), kCodes, ComparisonRulesOf::kKSMedian) {}
 
 QKStatus TARNKSMedian::BeginPass() {
     if (status.IsError()) return status;
@@ -101,36 +107,17 @@ QKStatus TARNKSMedian::BeginPass() {
 }
 
 void TARNKSMedian::BeginSizes() {
-    settings->GetSettingValByName(SettingKey::kVariableIndex, variableIndex);
-    settings->GetSettingValByName(SettingKey::kGroupVariableIndex, groupVariableIndex);
-    settings->GetSettingValByName(SettingKey::kWeightVariableIndex, weightIndex);
-    settings->GetSettingValByName(SettingKey::kSigLevel, sigLevel);
     settings->GetSettingValByName(kUserSpecifyMedian, userSpecifyMedian);
     if (userSpecifyMedian) settings->GetSettingValByName(kMedian, givenMedian);
-    comparisons.Read(*settings);
-    if (univariateResults == nullptr) {
-        AddStatusMessage(QKStatus(kNoUnivariateResults), MessageKind::kError);
-        return;
-    }
-    categoryCount = univariateResults->GetCategoryCount(groupVariableIndex);
-    if (categoryCount < 2) {
-        AddStatusMessage(QKStatus(kTooFewCategories), MessageKind::kError);
-        return;
-    }
-    constexpr int kOverallPasses = 3;
-    passesRemaining = kOverallPasses + (comparisons.wanted.pairwise ? 2 : 0);
-    if (comparisons.wanted.stepwise) passesRemaining += 2 * categoryCount - 4;
+    ReadCommonSettings();
+    if (status.IsError()) return;
+    passesRemaining = kOverallPasses + (wanted.pairwise ? 2 : 0);
+    if (wanted.stepwise) passesRemaining += 2 * categoryCount - 4;
 }
 
 void TARNKSMedian::BeginOverall() {
-    activeGroups = groupSizes.WithCases(categoryCount);
-    if (activeGroups.empty()) {
-        AddStatusMessage(QKStatus(StatusCode::kNoRecords), MessageKind::kError);
-        return;
-    }
-    for (const std::int32_t group : activeGroups) {
-        groupBoxes.emplace_back(groupSizes.Of(group), variableIndex, weightIndex, GroupBoxPlot::kNoCaseId);
-    }
+    BeginBoxes();
+    if (status.IsError()) return;
     overall = MakeSubset(activeGroups);
     if (activeGroups.size() < 2) AddStatusMessage(QKStatus(kTooFewGroupsWithCases[0]), MessageKind::kError);
 }
@@ -178,16 +165,11 @@ void TARNKSMedian::ShrinkSubsets() {
     hasStepped = false;
 }
 
-void TARNKSMedian::GetUsedVariables(std::vector<int>& fieldIndices) {
-    fieldIndices.push_back(variableIndex);
-    fieldIndices.push_back(groupVariableIndex);
-}
-
 QKStatus TARNKSMedian::ProcessRecord(Record& record) {
     const double value = record[static_cast<std::size_t>(variableIndex)];
     const std::int32_t weight = CaseWeight(record, weightIndex);
-    const std::int32_t category = TruncateToInt32(record[static_cast<std::size_t>(groupVariableIndex)]);
-    if (category < 0 || category >= categoryCount) return status;
+    const std::int32_t category = CategoryOf(record);
+    if (category < 0) return status;
     if (phase == Phase::kOverall) {
         CountOverall(record, value, weight, category);
     } else if (phase == Phase::kPairs) {
@@ -243,16 +225,6 @@ QKStatus TARNKSMedian::EndPass() {
     return status;
 }
 
-bool TARNKSMedian::NeedsAnotherPass() {
-    if (status.IsError()) {
-        passesRemaining = 0;
-        return false;
-    }
-    if (overallDone && comparisons.AreDone()) return false;
-    passesRemaining = 0;
-    return true;
-}
-
 void TARNKSMedian::EndOverall() {
     if (overallPass == 1) {
         for (GroupBoxPlot& box : groupBoxes) box.Finish();
@@ -260,28 +232,14 @@ void TARNKSMedian::EndOverall() {
     } else if (overallPass == 2) {
         // A table that can't be tested counts as significant, so that two groups are told that they are too few as
         // well.
-        overallSignificant = Judge(overall, Mode::kOverall, {});
-        overallDone = !status.IsError();
-        if (!overallSignificant) {
-            Refuse(kNotSignificant);
-        } else if (activeGroups.size() < kSmallestComparison) {
-            Refuse(kTooFewGroups);
-        }
-        const ComparisonRequest& wanted = comparisons.wanted;
-        phase = wanted.pairwise ? Phase::kPairs : wanted.stepwise ? Phase::kSteps : Phase::kFinished;
+        EndOverallPhase(Judge(overall, Mode::kOverall, {}));
     }
     ++overallPass;
 }
 
-void TARNKSMedian::Refuse(const RefusalCodes& codes) {
-    AddMessages(comparisons.wanted.Refuse(codes));
-    passesRemaining = 0;
-}
-
 void TARNKSMedian::EndPairs() {
     for (MedianSubset& pair : pairSubsets) Judge(pair, Mode::kPair, pair.members);
-    comparisons.pairwiseDone = true;
-    phase = comparisons.wanted.stepwise ? Phase::kSteps : Phase::kFinished;
+    EndPairsPhase();
 }
 
 void TARNKSMedian::EndStep() {
@@ -296,9 +254,7 @@ void TARNKSMedian::EndStep() {
     };
     AddMessages(steps.EndPass(sigLevel, compute));
     hasStepped = true;
-    if (!steps.IsDone()) return;
-    comparisons.stepwiseDone = true;
-    phase = Phase::kFinished;
+    EndStepsPhase();
 }
 
 /// Whether the groups of the subset differ at the level; a subset that can't be tested counts as one whose groups do.
@@ -368,8 +324,8 @@ QKXML::XMLElement* TARNKSMedian::MakeResultElement() {
     if (element.EndsWithMessages(messages, status)) return element.Release();
 
     AddStatistics(element);
-    AddBoxes(element);
-    if (comparisons.wanted.pairwise && comparisons.pairwiseDone && !pairSubsets.empty()) {
+    AddMedianBoxes(element);
+    if (HasPairsToShow() && !pairSubsets.empty()) {
         std::vector<PairRecord> pairs;
         for (const MedianSubset& pair : pairSubsets) {
             PairRecord& record = pairs.emplace_back();
@@ -382,8 +338,7 @@ QKXML::XMLElement* TARNKSMedian::MakeResultElement() {
         }
         AddPairwiseResult(element, steps.Rules(), Samples(activeGroups), pairs);
     }
-    // The search has told of the groups that stand alone; writing them adds no word to that.
-    if (steps.IsDone()) static_cast<void>(AddStepwiseResult(element, steps, Samples(sortedGroups)));
+    if (steps.IsDone()) AddSteps(element, Samples(sortedGroups));
     return element.Release();
 }
 
@@ -403,18 +358,13 @@ void TARNKSMedian::AddStatistics(ResultElement& element) const {
     corrected.Row(RowName::kAsymptoticSig2Tailed, yatesSig);
 }
 
-void TARNKSMedian::AddBoxes(ResultElement& element) const {
-    StructuredTable boxes = element.AddTable(TableName::kBoxPlotInfo);
-    boxes.Row(RowName::kGroupFieldIndex, groupVariableIndex);
-    boxes.Row(RowName::kGroupCount, static_cast<std::int32_t>(groupBoxes.size()));
-    boxes.Row(RowName::kGrandMedian, overall.Median());
-    for (std::size_t place = 0; place < groupBoxes.size(); ++place) {
-        StructuredTable table = boxes.Table(GroupTableName(place));
-        table.Row(RowName::kGroupIndex, activeGroups[place]);
-        table.Row(RowName::kGreaterThanMedian, overall.Counts(MedianSubset::kAbove)[place]);
-        table.Row(RowName::kNotGreaterThanMedian, overall.Counts(MedianSubset::kNotAbove)[place]);
-        groupBoxes[place].AddTables(table);
-    }
+void TARNKSMedian::AddMedianBoxes(ResultElement& element) const {
+    const auto addGrandMedian = [&](StructuredTable& boxes) { boxes.Row(RowName::kGrandMedian, overall.Median()); };
+    const auto addCounts = [&](StructuredTable& group, std::size_t place) {
+        group.Row(RowName::kGreaterThanMedian, overall.Counts(MedianSubset::kAbove)[place]);
+        group.Row(RowName::kNotGreaterThanMedian, overall.Counts(MedianSubset::kNotAbove)[place]);
+    };
+    AddBoxes(element, addGrandMedian, addCounts);
 }
 
 /// Groups by their categories, with their medians.

@@ -35,7 +35,14 @@ TEST(FillIn, PutsInParametersByTheirKinds) {
     EXPECT_EQ(Fill("positions {named:group}", {}, {{"group", "0;2"}}), "positions 0, 2");
 }
 
+TEST(FillIn, PutsInListsOfNamesAsAMessageOfARunJoinsThem) {
+    EXPECT_EQ(Fill("{names:0}", {"a ,b c"}), "a, b c");
+    EXPECT_EQ(Fill("{tests:0}", {"KolmogorovSmirnov ,WilcoxonSignedRanks ,KolmogorovSmirnov ,Other"}),
+              "kolmogorov-smirnov, wilcoxon, Other");
+}
+
 TEST(FillIn, LeavesOutWhatIsOptional) {
+    EXPECT_EQ(Fill("a[ (b: {tests:0})]", {""}), "a");
     EXPECT_EQ(Fill("the field[ {0}] is unknown", {"w"}), "the field w is unknown");
     EXPECT_EQ(Fill("the field[ {0}] is unknown", {}), "the field is unknown");
     EXPECT_EQ(Fill("a[ {0} and {1}]", {"x"}), "a");
