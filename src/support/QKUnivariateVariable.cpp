@@ -58,7 +58,8 @@ void QKContUnivariateVariable::AddMoments(double value, std::int32_t weight) {
     const double total = runningWeight;
     const double step = (value - mean) * w / total;
     mean += step;
-    m2 += step * step * total * weightBefore / w;
+    const double product = step * step * total * weightBefore;
+    m2 += weight == 1 ? product : product / w;  // the same number; the division is what takes time
 }
 
 QKStatus QKContUnivariateVariable::EndPass() {

@@ -1,6 +1,9 @@
 #include "support/UnivariateCollector.h"
 
 #include <exception>
+#include <future>
+#include <span>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -60,23 +63,51 @@ QKStatus UnivariateCollector::Compute() {
     return status;
 }
 
-QKStatus UnivariateCollector::RunPass() {
-    // Who needs the pass does not change within it, so it is not asked again for every record.
-    std::vector<std::pair<std::size_t, QKUnivariateVariable*>> needing;
-    for (const auto& [field, variable] : variables) {
-        if (variable != nullptr && variable->NeedsPass()) {
-            needing.emplace_back(static_cast<std::size_t>(field), variable.get());
-        }
-    }
-    while (memo.HasMore()) {
-        const Record& record = *memo.Next();
-        for (const auto& [field, variable] : needing) {
+namespace {
+
+using FieldVariable = std::pair<std::size_t, QKUnivariateVariable*>;
+
+/// Adds the records from the iterator on to the variables. An error stops all of them.
+QKStatus AddRecords(QKTarn::TarnMemoIterator records, std::span<const FieldVariable> variables) {
+    while (records.HasMore()) {
+        const Record& record = *records.Next();
+        for (const auto& [field, variable] : variables) {
             if (variable->IsMissing(record[field])) continue;
             const QKStatus status = variable->AddRecord(record);
             if (!status.IsOK()) return status;
         }
     }
     return QKStatus();
+}
+
+}  // namespace
+
+QKStatus UnivariateCollector::RunPass() {
+    // Below this a thread costs more than it saves.
+    constexpr std::size_t kSharedFromValues = 100'000;
+
+    // Who needs the pass does not change within it, so it is not asked again for every record.
+    std::vector<FieldVariable> needing;
+    for (const auto& [field, variable] : variables) {
+        if (variable != nullptr && variable->NeedsPass()) {
+            needing.emplace_back(static_cast<std::size_t>(field), variable.get());
+        }
+    }
+    std::span<const FieldVariable> mine = needing;
+    std::future<QKStatus> others;
+    if (needing.size() > 1 && needing.size() * static_cast<std::size_t>(memo.Store()->Count()) >= kSharedFromValues) {
+        // No variable sees another one, so a second thread may take half of them.
+        const std::span<const FieldVariable> half = mine.subspan(mine.size() / 2);
+        try {
+            others = std::async(std::launch::async, [records = memo, half] { return AddRecords(records, half); });
+            mine = mine.first(mine.size() / 2);
+        } catch (const std::system_error&) {
+            // There is no second thread to be had.
+        }
+    }
+    const QKStatus status = AddRecords(memo, mine);
+    const QKStatus statusOfOthers = others.valid() ? others.get() : QKStatus();
+    return status.IsOK() ? statusOfOthers : status;
 }
 
 /// Whether another pass is wanted. The walk ends at the first field that needs no pass, and the fields behind it
