@@ -185,6 +185,32 @@ INSTANTIATE_TEST_SUITE_P(
                             "expected one of them, or --cut-point"}),
     [](const testing::TestParamInfo<Mistake>& test) { return std::string(test.param.name); });
 
+TEST_F(Analyze, InterruptEndsWithStatus1AndNoFile) {
+    std::string rows = "x,y,g\n";
+    for (int i = 0; i < 400000; ++i) {
+        rows += std::to_string(i % 977) + "," + std::to_string(i % 1009) + "," + std::to_string(i % 2) + "\n";
+    }
+    const CommandResult result = harness::RunTarnInterrupted(
+        {"analyze", folder.Write("data.csv", rows), "--independent", "x,y", "--group", "g", "--tests",
+         "mann-whitney,moses,hodges-lehmann,kruskal-wallis,jonckheere,median", "--out", folder.Path("result.xml")},
+        0);
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_EQ(result.out, "");
+    EXPECT_NE(result.err.find("failed with code 1: the run was cancelled"), std::string::npos) << result.err;
+    EXPECT_EQ(folder.Files(), (std::vector<std::string>{"data.csv"}));
+}
+
+TEST_F(Analyze, FullDiskAndMissingFolderAreToldAndNothingIsLeft) {
+    const CommandResult full = Run({"--related", "before,after", "--out", "/dev/full"});
+    EXPECT_EQ(full.exitStatus, 2);
+    EXPECT_EQ(full.err, "tarn: /dev/full: can't be written: No space left on device\n");
+    const std::string nowhere = folder.Path("no/such/result.xml");
+    const CommandResult missing = Run({"--related", "before,after", "--out", nowhere});
+    EXPECT_EQ(missing.exitStatus, 2);
+    EXPECT_EQ(missing.err, "tarn: " + nowhere + ": can't be written: No such file or directory\n");
+    EXPECT_EQ(folder.Files(), (std::vector<std::string>{"data.csv"}));
+}
+
 TEST_F(Analyze, RequestWithoutAGroupFailsWithItsCodeAndWritesNothing) {
     const std::string settings =
         folder.Write("settings.json", R"({"independentVariables": ["before"], "isAutomaticallyIndependent": true})");

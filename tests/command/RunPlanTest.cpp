@@ -204,13 +204,11 @@ TEST_F(RunPlan, InterruptEndsWithStatus1AndNoFile) {
     for (int i = 0; i < 2000; ++i) tests += std::string(i ? "," : "") + R"({"RSign": {"variableName": ["x0", "x1"]}})";
     const std::string data = folder.Write("data.csv", rows);
     const std::string plan = folder.Write("plan.json", "{\"tests\": [" + tests + "]}");
-    const std::string script = "timeout -s INT 0.7 " + harness::CommandPath() + " run --data " + data + " --plan " +
-                               plan + " --quiet --out " + Out() + " 2>" + folder.Path("err");
-    const int status = std::system(script.c_str());
-    EXPECT_EQ(WEXITSTATUS(status), 124);  // timeout(1) tells that it sent the signal
-    EXPECT_NE(harness::ReadFile(folder.Path("err")).find("failed with code 1: the run was cancelled"),
-              std::string::npos);
-    EXPECT_EQ(folder.Files(), (std::vector<std::string>{"data.csv", "err", "plan.json"}));
+    const CommandResult result =
+        harness::RunTarnInterrupted({"run", "--data", data, "--plan", plan, "--quiet", "--out", Out()}, 0.5);
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_NE(result.err.find("failed with code 1: the run was cancelled"), std::string::npos) << result.err;
+    EXPECT_EQ(folder.Files(), (std::vector<std::string>{"data.csv", "plan.json"}));
 }
 
 // ---- Inputs that are refused ----

@@ -20,20 +20,33 @@ std::string ShellWord(const std::string& text) {
     return word + "'";
 }
 
-}  // namespace
-
-CommandResult RunTarn(const std::vector<std::string>& arguments, const std::string& input) {
+/// Runs the command with its streams in files; `behind` is what the shell does with it.
+CommandResult RunInShell(const std::vector<std::string>& arguments, const std::string& input,
+                         const std::string& behind) {
     const ScratchFolder scratch;
     std::string line = ShellWord(CommandPath());
     for (const std::string& argument : arguments) line += " " + ShellWord(argument);
     line += " <" + ShellWord(scratch.Write("in", input)) + " >" + ShellWord(scratch.Path("out")) + " 2>" +
-            ShellWord(scratch.Path("err"));
+            ShellWord(scratch.Path("err")) + behind;
     const int status = std::system(line.c_str());
     CommandResult result;
     result.exitStatus = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     result.out = ReadFile(scratch.Path("out"));
     result.err = ReadFile(scratch.Path("err"));
     return result;
+}
+
+}  // namespace
+
+CommandResult RunTarn(const std::vector<std::string>& arguments, const std::string& input) {
+    return RunInShell(arguments, input, "");
+}
+
+CommandResult RunTarnInterrupted(const std::vector<std::string>& arguments, double seconds) {
+    // SIGINT is the second bit of the mask of the signals that a process catches.
+    return RunInShell(arguments, "",
+                      " & p=$!; until grep -q 'SigCgt:.*[2367abef]$' /proc/$p/status; do sleep 0.02; done; sleep " +
+                          std::to_string(seconds) + "; kill -INT $p; wait $p");
 }
 
 ScratchFolder::ScratchFolder() {

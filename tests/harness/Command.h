@@ -16,6 +16,9 @@ struct CommandResult {
 /// Runs `tarn` with the arguments and, where told, with a text as its standard input.
 CommandResult RunTarn(const std::vector<std::string>& arguments, const std::string& input = "");
 
+/// Runs `tarn` and sends it SIGINT so many seconds after it has begun to listen for it.
+CommandResult RunTarnInterrupted(const std::vector<std::string>& arguments, double seconds);
+
 /// A folder of its own for one test, removed with it.
 class ScratchFolder {
  public:

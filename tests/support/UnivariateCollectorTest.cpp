@@ -160,6 +160,34 @@ bool HasIntervalOfZeros(const CollectorRig& rig, int field) {
     return last.mean == 0 && last.count > 0;
 }
 
+// Of so many records a second thread takes half of the fields; one field alone stays on the caller's.
+TEST(UnivariateCollectorCompute, FieldsOfManyRecordsAreWhatTheyAreAlone) {
+    constexpr int kRecords = 60'000;
+    std::vector<std::vector<double>> rows;
+    for (int i = 0; i < kRecords; ++i) rows.push_back({i % 977 * 0.37, 0.001 * i * i, static_cast<double>(i % 3)});
+    const auto compute = [&](const std::vector<int>& wanted, int field) {
+        Fields fields;
+        fields.Continuous("x").Continuous("y").Numeric("n", {1, 2, 3});
+        CollectorRig rig(fields, rows);
+        for (const int one : wanted) rig.Request(one, Statistic::kHistogram);
+        for (const int one : wanted) rig.Request(one, Statistic::kMeanAndStdDev);
+        for (const int one : wanted) rig.Request(one, Statistic::kFrequencies);
+        EXPECT_TRUE(rig.Compute().IsOK());
+        const UnivariateResults results(*rig.collector);
+        std::vector<double> numbers{static_cast<double>(results.GetCount(field)), results.GetMean(field),
+                                    results.GetStdDev(field), results.GetMin(field), results.GetMax(field)};
+        if (const auto* const bins = results.GetContinuous(field)) {
+            for (const HistogramBin& bin : *bins)
+                numbers.insert(numbers.end(), {static_cast<double>(bin.count), bin.mean});
+        }
+        std::map<int, std::int32_t> frequencies;
+        results.GetFrequencies(field, frequencies);
+        for (const auto& [category, frequency] : frequencies) numbers.push_back(frequency);
+        return numbers;
+    };
+    for (const int field : {0, 1, 2}) EXPECT_EQ(compute({0, 1, 2}, field), compute({field}, field)) << field;
+}
+
 TEST(UnivariateCollectorCompute, FieldBehindOneThatNeedsNoPassGetsNoSecondEnd) {
     Fields fields;
     fields.Continuous("a").Continuous("b").Numeric("g", {1}).Continuous("c");
