@@ -58,7 +58,8 @@ ExitStatus Run(const RunOptions& options) {
     const bool isStored = !output.outPath.empty();
     if (outcome.succeeded && isStored) WriteWholeFile(output.outPath, outcome.document);
     if (outcome.succeeded && (output.format || !isStored)) {
-        PrintResult(Present(outcome.document, output.format.value_or(ReportFormat::kXml)));
+        const ReportFormat format = output.format.value_or(ReportFormat::kXml);
+        PrintResult(format == ReportFormat::kXml ? outcome.document : Present(outcome.document, format));
     }
     const ExitStatus status = TellRemarks(outcome);
     // Standard output carries one result: the document or what was asked for, or beside a document in a file the table.
