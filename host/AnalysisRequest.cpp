@@ -1,6 +1,7 @@
 #include "host/AnalysisRequest.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <span>
 #include <string_view>
@@ -15,7 +16,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr std::string_view kDistributionNames[] = {"normal", "uniform", "poisson", "exponential"};
+constexpr std::array<std::string_view, 4> kDistributionNames{"normal", "uniform", "poisson", "exponential"};
 constexpr std::string_view kOneSampleKs = "OKolmogorovSmirnov";
 
 std::string Joined(std::span<const std::string_view> names) {
@@ -60,6 +61,7 @@ class Builder {
         }
         if (!options_.group.empty()) CheckField(options_.group);
         for (const std::string& test : options_.tests) CheckTest(test);
+        CheckParameters();
         for (const std::string& name : options_.distributions) {
             if (std::ranges::find(kDistributionNames, name) == std::end(kDistributionNames)) {
                 throw InputError("--distribution: " + Quoted(name) + Hint(name, kDistributionNames));
@@ -99,6 +101,38 @@ class Builder {
                              ", which no fields are named for; expected one of " + Joined(known));
         }
         throw InputError("--tests: there is no test " + Quoted(name) + Hint(name, known));
+    }
+
+    /// A parameter that no test of the request takes would be lost without a word: only named tests take any.
+    void CheckParameters() const {
+        struct Parameter {
+            const char* option;
+            bool isGiven;
+            std::vector<std::string_view> requestKeys;  ///< of the tests that take it
+        };
+        const Parameter parameters[] = {
+            {"--test-value", options_.testValue.has_value(), {"OWilcoxonSignedRanks", "IKMedian"}},
+            {"--cut-point", options_.cutPoint.has_value(), {"OBinomial", "ORuns"}},
+            {"--probability", options_.probability.has_value(), {"OBinomial"}},
+            {"--success", !options_.success.empty(), {"OBinomial", "ORuns", "RMcNemar", "RCochransQ"}},
+            {"--distribution", !options_.distributions.empty(), {kOneSampleKs}},
+            {"--outliers", options_.outliers.has_value(), {"IMoses"}},
+            {"--descending", options_.descending, {"IJonckheereTerpstra"}},
+        };
+        for (const Parameter& parameter : parameters) {
+            std::vector<std::string_view> takers;
+            bool isTaken = !parameter.isGiven;
+            for (const TestName& test : TestNames()) {
+                if (std::ranges::find(parameter.requestKeys, test.requestKey) == parameter.requestKeys.end()) continue;
+                takers.push_back(test.name);
+                const bool isNamed = std::ranges::find(options_.tests, test.name) != options_.tests.end();
+                isTaken = isTaken || (isNamed && IsAsked(test.family));
+            }
+            if (isTaken) continue;
+            throw InputError(std::string(parameter.option) +
+                             ": no test of the request takes it; expected --tests with " +
+                             (takers.size() > 1 ? "one of " : "") + Joined(takers));
+        }
     }
 
     void AddCommonKeys() {
@@ -270,6 +304,10 @@ class Builder {
 };
 
 }  // namespace
+
+std::span<const std::string_view> DistributionNames() {
+    return kDistributionNames;
+}
 
 Json BuildRequest(const AnalysisOptions& options, const Table& table) {
     return Builder(options, table).Build();

@@ -2,7 +2,9 @@
 
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/Table.h"
@@ -31,6 +33,9 @@ struct AnalysisOptions {
     bool includeUserMissing = false;
     std::string caseId;
 };
+
+/// The names that `distributions` may hold.
+std::span<const std::string_view> DistributionNames();
 
 /// Builds the request for the engine: every test of a family in order, and a last key behind them, so that no family
 /// is passed over and every warning is issued. Where the engine's automatic choice would hand a field to a test that

@@ -29,8 +29,6 @@ constexpr const char* kHowToTest = "How to test it";
 constexpr const char* kTable = "The table";
 constexpr const char* kOutput = "Output";
 
-constexpr std::string_view kDistributions[] = {"normal", "uniform", "poisson", "exponential"};
-
 std::vector<std::string> NamesOfTests() {
     std::vector<std::string> names;
     for (const TestName& test : TestNames()) {
@@ -254,7 +252,7 @@ class CommandLine {
         if (described.argument.find('|') != std::string::npos) described.choices = Split(described.argument, '|');
         const std::string name = option.get_name();
         if (name == "--tests" || name == "TOPIC") described.choices = NamesOfTests();
-        if (name == "--distribution") described.choices.assign(std::begin(kDistributions), std::end(kDistributions));
+        if (name == "--distribution") described.choices.assign(DistributionNames().begin(), DistributionNames().end());
         if (name == "SHELL") described.choices = ShellNames();
         return described;
     }

@@ -88,7 +88,9 @@ bool CochransQWraps(const TestReading& test, const ResultDocument&) {
     const auto& rows = test.counts.rows;
     for (std::size_t i = 0; i < rows.size(); ++i) {
         if (rows[i].empty()) continue;
-        successes += std::min((Number(rows[i][0]) + 1) * percent, Number(test.n));
+        // Either column may be that of the successes.
+        const double share = std::max(Number(rows[i][0]), 100 - Number(rows[i][0]));
+        successes += std::min((share + 1) * percent, Number(test.n));
         for (std::size_t j = 0; j < i; ++j) {
             if (rows[j].empty()) continue;
             const double difference = (std::abs(Number(rows[i][0]) - Number(rows[j][0])) + 1) * percent;

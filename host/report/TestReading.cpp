@@ -286,29 +286,47 @@ void ReadClasses(const TestResult& test, const ResultTable& content, const Resul
         }
         counts.columnTitles = {"observed", "expected"};
     } else {
+        // The columns are the first category and what isn't of its class, whichever is the success.
+        const ResultField* const first = counts.rowTitles.empty() ? nullptr : document.FieldAt(counts.rowTitles[0]);
+        constexpr std::size_t kClasses = 2;
+        const bool areTwo = first != nullptr && first->categories.size() == kClasses;
+        counts.columnTitles = {areTwo ? first->categories[0].Shown() + " %" : "first class %",
+                               areTwo ? first->categories[1].Shown() + " %" : "second class %"};
         for (std::string& title : counts.rowTitles) {
             if (const ResultField* const field = document.FieldAt(title)) title = field->name;
         }
-        counts.columnTitles = {"success %", "other %"};
     }
 }
 
-/// The classes of one side of a cross table: success and other, or the categories of the field.
-std::vector<std::string> ClassesOf(const TestResult& test, const ResultField* field) {
-    const std::string name = field == nullptr ? "?" : field->name;
-    if (test.name == "RMcNemar") return {name + ": success", name + ": other"};
+/// The classes of one side of a cross table: those of the success and of the rest where the document lists them, or
+/// the categories of the field.
+std::vector<std::string> ClassesOf(const ResultField* field, const std::string* successes, const std::string* rest) {
+    if (successes != nullptr && rest != nullptr) {
+        // Where the success is that of the first record, the lists are empty.
+        const auto shown = [&](const std::string& list, const char* otherwise) {
+            return list.empty() ? otherwise : NameOfGroup(list, field);
+        };
+        return {shown(*successes, "success"), shown(*rest, "other")};
+    }
     std::vector<std::string> classes;
     if (field == nullptr) return classes;
-    for (const ResultCategory& category : field->categories) classes.push_back(name + ": " + category.Shown());
+    for (const ResultCategory& category : field->categories) classes.push_back(category.Shown());
     return classes;
 }
 
 /// The table "CategoryFieldsComparison": how often the classes of two fields met, the first field in the rows.
-void ReadCrossTable(const TestResult& test, const ResultTable& fields, const ResultTable& cells,
-                    const ResultDocument& document, TestReading& reading) {
+void ReadCrossTable(const ResultTable& fields, const ResultTable& cells, const ResultDocument& document,
+                    TestReading& reading) {
+    const auto fieldOf = [&](const std::string& side) { return document.FieldAt(fields.Value(side + "Names")); };
+    const auto classes = [&](const std::string& side) {
+        return ClassesOf(fieldOf(side), fields.Find(side + "SuccessList"), fields.Find(side + "FailList"));
+    };
+    if (fieldOf("Row") != nullptr && fieldOf("Column") != nullptr) {
+        reading.counts.corner = fieldOf("Row")->name + " \\ " + fieldOf("Column")->name;
+    }
     reading.counts.rows = cells.lines;
-    reading.counts.rowTitles = ClassesOf(test, document.FieldAt(fields.Value("RowNames")));
-    reading.counts.columnTitles = ClassesOf(test, document.FieldAt(fields.Value("ColumnNames")));
+    reading.counts.rowTitles = classes("Row");
+    reading.counts.columnTitles = classes("Column");
 }
 
 void ReadCounts(const TestResult& test, const ResultDocument& document, TestReading& reading) {
@@ -317,7 +335,7 @@ void ReadCounts(const TestResult& test, const ResultDocument& document, TestRead
     if (content != nullptr) ReadClasses(test, *content, document, reading);
     const ResultTable* const fields = test.content.Table("CategoryFieldsComparison");
     const ResultTable* const cells = fields == nullptr ? nullptr : fields->Table("Content");
-    if (cells != nullptr) ReadCrossTable(test, *fields, *cells, document, reading);
+    if (cells != nullptr) ReadCrossTable(*fields, *cells, document, reading);
 }
 
 // ---- Fields ----

@@ -80,6 +80,7 @@ struct HomogeneousSubset {
 
 /// A table of counts, of two classes or of two fields.
 struct CountTable {
+    std::string corner;  ///< what the rows and the columns are; "" where that is plain
     std::vector<std::string> columnTitles;
     std::vector<std::string> rowTitles;
     std::vector<std::vector<std::string>> rows;

@@ -128,7 +128,7 @@ class Block {
 
     TextTable Counts() const {
         const CountTable& counts = reading_.counts;
-        std::vector<TextTable::ColumnHead> heads{{""}};
+        std::vector<TextTable::ColumnHead> heads{{counts.corner}};
         std::size_t columns = 0;
         for (const auto& row : counts.rows) columns = std::max(columns, row.size());
         for (std::size_t i = 0; i < columns; ++i) {

@@ -137,8 +137,37 @@ TEST(TestReading, NamesTheClassesOfACrossTable) {
         Condition("AllDistinctValuesUsed_R_MarginalHomogeneity_2", {"2", "2"}) +
             Table("CategoryFieldsComparison", Row("RowNames", "2") + Row("ColumnNames", "2") +
                                                   SimpleTable("Content", "", "", {"1;2;3", "4;5;6", "7;8;9"}))));
-    EXPECT_EQ(reading.counts.rowTitles, (Strings{"arm: old", "arm: new", "arm: 3"}));
+    EXPECT_EQ(reading.counts.corner, "arm \\ arm");
+    EXPECT_EQ(reading.counts.rowTitles, (Strings{"old", "new", "3"}));
+    EXPECT_EQ(reading.counts.columnTitles, reading.counts.rowTitles);
     EXPECT_EQ(reading.counts.rows[1], (Strings{"4", "5", "6"}));
+}
+
+TEST(TestReading, NamesTheSuccessesOfAFourfoldTableWhereTheyAreListed) {
+    const auto titles = [](const std::string& success, const std::string& fail) {
+        return ReadingOf(TestElement("RMcNemar", "Related_Samples", "retain",
+                                     Condition("CategoryListsAreSpecified_R_McNemar_2", {"2", "2"}) +
+                                         Table("CategoryFieldsComparison",
+                                               Row("RowNames", "2") + Row("RowSuccessList", success) +
+                                                   Row("RowFailList", fail) + Row("ColumnNames", "2") +
+                                                   Row("ColumnSuccessList", success) + Row("ColumnFailList", fail) +
+                                                   SimpleTable("Content", "", "", {"1;2", "3;4"}))))
+            .counts.rowTitles;
+    };
+    EXPECT_EQ(titles("1", "0;2"), (Strings{"new", "old, 3"}));
+    EXPECT_EQ(titles("", ""), (Strings{"success", "other"}));
+}
+
+// The columns of the table are categories, not success and failure.
+TEST(TestReading, NamesTheClassesOfCochransTable) {
+    const auto titles = [](const std::string& field) {
+        return ReadingOf(TestElement(
+                             "RCochransQ", "Related_Samples", "retain",
+                             Condition("DefaultAllDistinctValuesUsed_R_CochransQ_1", {field}) +
+                                 Table("TwoClassComparison", SimpleTable("Content", field, "0;1", {"35;65", "42;58"}))))
+            .counts.columnTitles;
+    };
+    EXPECT_EQ(titles("2"), (Strings{"first class %", "second class %"})) << "the field has three categories";
 }
 
 TEST(TestReading, AFailedTestHasItsErrorAlone) {
