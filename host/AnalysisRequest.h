@@ -43,8 +43,4 @@ std::span<const std::string_view> DistributionNames();
 /// Throws an `InputError` that says what to change.
 nlohmann::ordered_json BuildRequest(const AnalysisOptions& options, const Table& table);
 
-/// The median of a column over the records whose weight is above 0 and, `listwise`, that miss none of `fields`: the
-/// middle value, or the mean of the two in the middle. None without a record.
-std::optional<double> MedianOf(const Table& table, int column, const std::vector<int>& fields, bool listwise);
-
 }  // namespace tarn

@@ -106,18 +106,18 @@ unsigned MemoryContainer::PutString(void* handle, const char* text, std::size_t 
 }
 
 /// One run: the functions that the component calls, over what they answer with.
-class Session {
+class HostedRun {
  public:
-    Session(const EngineLibrary& engine, const Table& table, const EngineRun& run);
-    Session(const Session&) = delete;
-    Session& operator=(const Session&) = delete;
-    ~Session();
+    HostedRun(const EngineLibrary& engine, const Table& table, const EngineRun& run);
+    HostedRun(const HostedRun&) = delete;
+    HostedRun& operator=(const HostedRun&) = delete;
+    ~HostedRun();
 
     EngineOutcome Run();
 
  private:
     void Execute();
-    static Session& Of(void* handle) { return *static_cast<Session*>(handle); }
+    static HostedRun& Of(void* handle) { return *static_cast<HostedRun*>(handle); }
 
     // The functions of the host, the context and the progress.
     static unsigned GetInformation(void* handle, int item, char* buffer, std::size_t size, std::size_t* needed, int*);
@@ -147,7 +147,7 @@ class Session {
     void* component_ = nullptr;
 };
 
-Session::Session(const EngineLibrary& engine, const Table& table, const EngineRun& run)
+HostedRun::HostedRun(const EngineLibrary& engine, const Table& table, const EngineRun& run)
     : engine_(engine), table_(table), run_(run), sourceModel_(MakeDataModel(table)) {
     host_.handle = this;
     host_.interfaceVersion = HX_INTERFACE_VERSION;
@@ -164,14 +164,14 @@ Session::Session(const EngineLibrary& engine, const Table& table, const EngineRu
     progress_.Report = &ReportProgress;
 }
 
-Session::~Session() {
+HostedRun::~HostedRun() {
     if (component_ == nullptr) return;
     int errorCode = 0;
     engine_.endExecution(component_, &errorCode);
     engine_.destroyComponent(component_);
 }
 
-EngineOutcome Session::Run() {
+EngineOutcome HostedRun::Run() {
     int errorCode = 0;
     engine_.initialise(&host_);
     if (engine_.createComponent(&context_, nullptr, &component_, &errorCode) != HX_OK) {
@@ -189,7 +189,7 @@ EngineOutcome Session::Run() {
     return std::move(outcome_);
 }
 
-void Session::Execute() {
+void HostedRun::Execute() {
     // The engine is busy on this thread until it is done, so another one watches for the user.
     std::jthread watcher;
     if (run_.isCancelled) {
@@ -209,25 +209,25 @@ void Session::Execute() {
     outcome_.succeeded = engine_.beginExecution(component_, &progress_, &errorCode) == HX_OK;
 }
 
-unsigned Session::GetInformation(void* handle, int item, char* buffer, std::size_t size, std::size_t* needed, int*) {
+unsigned HostedRun::GetInformation(void* handle, int item, char* buffer, std::size_t size, std::size_t* needed, int*) {
     const EngineRun& run = Of(handle).run_;
     if (item == HX_APPLICATION_NAME) return GiveText(run.applicationName, buffer, size, needed);
     if (item == HX_APPLICATION_VERSION) return GiveText(run.applicationVersion, buffer, size, needed);
     return GiveText("", buffer, size, needed);
 }
 
-unsigned Session::GetSettings(void* handle, char* buffer, std::size_t size, std::size_t* needed, int*) {
+unsigned HostedRun::GetSettings(void* handle, char* buffer, std::size_t size, std::size_t* needed, int*) {
     return GiveText(Of(handle).run_.settingsDocument, buffer, size, needed);
 }
 
-unsigned Session::GetDataModel(void* handle, int, int stage, char* buffer, std::size_t size, std::size_t* needed,
-                               int*) {
-    const Session& session = Of(handle);
-    return GiveText(stage == HX_MODEL_OF_SOURCE ? session.sourceModel_ : session.executionModel_, buffer, size, needed);
+unsigned HostedRun::GetDataModel(void* handle, int, int stage, char* buffer, std::size_t size, std::size_t* needed,
+                                 int*) {
+    const HostedRun& hosted = Of(handle);
+    return GiveText(stage == HX_MODEL_OF_SOURCE ? hosted.sourceModel_ : hosted.executionModel_, buffer, size, needed);
 }
 
-unsigned Session::TakeMessage(void* handle, int type, int code, const char* const* parameters,
-                              std::size_t parameterCount, int* errorCode) {
+unsigned HostedRun::TakeMessage(void* handle, int type, int code, const char* const* parameters,
+                                std::size_t parameterCount, int* errorCode) {
     try {
         Of(handle).outcome_.messages.push_back(
             {type == HX_MESSAGE_ERROR, code, std::vector<std::string>(parameters, parameters + parameterCount)});
@@ -238,22 +238,22 @@ unsigned Session::TakeMessage(void* handle, int type, int code, const char* cons
     return HX_OK;
 }
 
-unsigned Session::GetModelId(void*, int* id, int*) {
+unsigned HostedRun::GetModelId(void*, int* id, int*) {
     *id = 0;
     return HX_OK;
 }
 
-unsigned Session::GetInputIterator(void* handle, int, HXIterator** iterator, int*) {
+unsigned HostedRun::GetInputIterator(void* handle, int, HXIterator** iterator, int*) {
     *iterator = Of(handle).records_.Functions();
     return HX_OK;
 }
 
-unsigned Session::OpenOutputContainer(void* handle, const char*, int, HXContainer** container, int*) {
+unsigned HostedRun::OpenOutputContainer(void* handle, const char*, int, HXContainer** container, int*) {
     *container = Of(handle).container_.Functions();
     return HX_OK;
 }
 
-unsigned Session::ReportProgress(void* handle, double step, double total, int, int*) {
+unsigned HostedRun::ReportProgress(void* handle, double step, double total, int, int*) {
     const EngineRun& run = Of(handle).run_;
     if (run.onProgress && total > 0) run.onProgress(step / total * 100);
     return HX_OK;
@@ -262,7 +262,7 @@ unsigned Session::ReportProgress(void* handle, double step, double total, int, i
 }  // namespace
 
 EngineOutcome RunInEngine(const EngineLibrary& engine, const Table& table, const EngineRun& run) {
-    return Session(engine, table, run).Run();
+    return HostedRun(engine, table, run).Run();
 }
 
 std::string ModuleInformation(const EngineLibrary& engine) {

@@ -229,6 +229,15 @@ std::string JoinList(const std::vector<std::string>& parts, std::string_view sep
     return joined;
 }
 
+std::string CategoryNames(const std::string& indices, const ResultField* field) {
+    std::string name;
+    for (const std::string& index : SplitList(indices)) {
+        const std::string* const shown = field == nullptr ? nullptr : field->CategoryAt(index);
+        name += (name.empty() ? "" : ", ") + (shown ? *shown : index);
+    }
+    return name;
+}
+
 std::string ShortNumber(const std::string& text) {
     double number = 0;
     if (!ReadNumber(text, number)) return text;

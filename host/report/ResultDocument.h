@@ -87,6 +87,10 @@ struct ResultDocument {
     const ResultField* FieldAt(std::string_view index) const;
 };
 
+/// Categories by what a reader is shown for them, joined by commas. `indices` as the document writes a list of them;
+/// one that `field`, which may be null, doesn't have stays as it is.
+std::string CategoryNames(const std::string& indices, const ResultField* field);
+
 /// Reads a document. Throws an `InputError` if it is none; `name` stands for it in the message.
 ResultDocument ReadResult(const std::string& document, const std::string& name = "the result document");
 

@@ -163,15 +163,6 @@ constexpr std::array kSampleRows{SampleRow{"N", "N"}, SampleRow{"MeanOfRank", "m
 constexpr std::array<std::string_view, 5> kBoxLabels{"whisker low", "lower hinge", "median", "upper hinge",
                                                      "whisker high"};
 
-std::string NameOfGroup(const std::string& indices, const ResultField* group) {
-    std::string name;
-    for (const std::string& index : SplitList(indices)) {
-        const std::string* const shown = group == nullptr ? nullptr : group->CategoryAt(index);
-        name += (name.empty() ? "" : ", ") + (shown ? *shown : index);
-    }
-    return name;
-}
-
 Sample ReadSample(const ResultTable& table, std::string name) {
     Sample sample{std::move(name), {}};
     for (const SampleRow& row : kSampleRows) {
@@ -198,7 +189,7 @@ void ReadSamples(const TestResult& test, const ResultTable& parent, const Result
     for (const ResultTable& table : parent.tables) {
         const std::string* const index = table.Find("GroupIndex");
         if (index == nullptr) continue;
-        std::string name = NameOfGroup(*index, group);
+        std::string name = CategoryNames(*index, group);
         if (NumbersItsGroups(test)) name = *index == "0" ? "first group" : "second group";
         const ResultField* const field =
             table.name.starts_with("VariableInformation") ? document.FieldAt(*index) : nullptr;
@@ -215,7 +206,7 @@ std::vector<std::string> SampleNames(const ResultTable* info, const ResultDocume
     std::vector<std::string> names = info->lines.front();
     for (std::string& name : names) {
         const ResultField* const field = group == nullptr ? document.FieldAt(name) : nullptr;
-        name = field ? field->name : NameOfGroup(name, group);
+        name = field ? field->name : CategoryNames(name, group);
     }
     return names;
 }
@@ -240,7 +231,7 @@ void ReadPairs(const ResultTable& table, const ResultDocument& document, const R
     // Fields are told by their place in the list, groups by the index of their category.
     const std::vector<std::string> names = SampleNames(table.Table("PairwiseInfo"), document, group);
     const auto nameOf = [&](const std::string& sample) {
-        return group == nullptr ? NameAt(names, sample) : NameOfGroup(sample, group);
+        return group == nullptr ? NameAt(names, sample) : CategoryNames(sample, group);
     };
     for (const auto& line : content->lines) {
         if (line.size() <= kSecond) continue;
@@ -266,76 +257,6 @@ void ReadSubsets(const ResultTable& table, const ResultDocument& document, const
         }
         reading.subsets.push_back(std::move(subset));
     }
-}
-
-// ---- Counts ----
-
-/// The table "TwoClassComparison": two classes observed and expected, categories, or fields.
-void ReadClasses(const TestResult& test, const ResultTable& content, const ResultDocument& document,
-                 TestReading& reading) {
-    CountTable& counts = reading.counts;
-    counts.rows = content.lines;
-    counts.rowTitles = content.lineNames;
-    if (test.name == "OBinomial") {
-        counts.rowTitles = {"observed %", "expected %"};
-        counts.columnTitles = {"first class", "second class"};
-    } else if (test.name == "OChiSquare") {
-        const ResultField* const field = test.parameters.empty() ? nullptr : document.FieldAt(test.parameters.front());
-        for (std::string& title : counts.rowTitles) {
-            if (const std::string* shown = field ? field->CategoryAt(title) : nullptr) title = *shown;
-        }
-        counts.columnTitles = {"observed", "expected"};
-    } else {
-        // The columns are the first category and what isn't of its class, whichever is the success.
-        const ResultField* const first = counts.rowTitles.empty() ? nullptr : document.FieldAt(counts.rowTitles[0]);
-        constexpr std::size_t kClasses = 2;
-        const bool areTwo = first != nullptr && first->categories.size() == kClasses;
-        counts.columnTitles = {areTwo ? first->categories[0].Shown() + " %" : "first class %",
-                               areTwo ? first->categories[1].Shown() + " %" : "second class %"};
-        for (std::string& title : counts.rowTitles) {
-            if (const ResultField* const field = document.FieldAt(title)) title = field->name;
-        }
-    }
-}
-
-/// The classes of one side of a cross table: those of the success and of the rest where the document lists them, or
-/// the categories of the field.
-std::vector<std::string> ClassesOf(const ResultField* field, const std::string* successes, const std::string* rest) {
-    if (successes != nullptr && rest != nullptr) {
-        // Where the success is that of the first record, the lists are empty.
-        const auto shown = [&](const std::string& list, const char* otherwise) {
-            return list.empty() ? otherwise : NameOfGroup(list, field);
-        };
-        return {shown(*successes, "success"), shown(*rest, "other")};
-    }
-    std::vector<std::string> classes;
-    if (field == nullptr) return classes;
-    for (const ResultCategory& category : field->categories) classes.push_back(category.Shown());
-    return classes;
-}
-
-/// The table "CategoryFieldsComparison": how often the classes of two fields met, the first field in the rows.
-void ReadCrossTable(const ResultTable& fields, const ResultTable& cells, const ResultDocument& document,
-                    TestReading& reading) {
-    const auto fieldOf = [&](const std::string& side) { return document.FieldAt(fields.Value(side + "Names")); };
-    const auto classes = [&](const std::string& side) {
-        return ClassesOf(fieldOf(side), fields.Find(side + "SuccessList"), fields.Find(side + "FailList"));
-    };
-    if (fieldOf("Row") != nullptr && fieldOf("Column") != nullptr) {
-        reading.counts.corner = fieldOf("Row")->name + " \\ " + fieldOf("Column")->name;
-    }
-    reading.counts.rows = cells.lines;
-    reading.counts.rowTitles = classes("Row");
-    reading.counts.columnTitles = classes("Column");
-}
-
-void ReadCounts(const TestResult& test, const ResultDocument& document, TestReading& reading) {
-    const ResultTable* const classes = test.content.Table("TwoClassComparison");
-    const ResultTable* const content = classes == nullptr ? nullptr : classes->Table("Content");
-    if (content != nullptr) ReadClasses(test, *content, document, reading);
-    const ResultTable* const fields = test.content.Table("CategoryFieldsComparison");
-    const ResultTable* const cells = fields == nullptr ? nullptr : fields->Table("Content");
-    if (cells != nullptr) ReadCrossTable(*fields, *cells, document, reading);
 }
 
 // ---- Fields ----
@@ -421,7 +342,7 @@ TestReading ReadTest(const TestResult& test, const ResultDocument& document, con
         }
     }
     ReadSamples(test, test.content, document, group, reading);
-    ReadCounts(test, document, reading);
+    reading.counts = ReadCounts(test, document);
     reading.limits = LimitsPassed(reading, document);
     return reading;
 }

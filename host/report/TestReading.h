@@ -4,6 +4,7 @@
 #include <string_view>
 #include <vector>
 
+#include "host/report/CountTable.h"
 #include "host/report/EngineLimits.h"
 #include "host/report/MessageCatalogue.h"
 #include "host/report/ResultDocument.h"
@@ -76,14 +77,6 @@ struct HomogeneousSubset {
     std::string statistic;
     std::string p;
     std::string adjustedP;
-};
-
-/// A table of counts, of two classes or of two fields.
-struct CountTable {
-    std::string corner;  ///< what the rows and the columns are; "" where that is plain
-    std::vector<std::string> columnTitles;
-    std::vector<std::string> rowTitles;
-    std::vector<std::vector<std::string>> rows;
 };
 
 struct TestReading {

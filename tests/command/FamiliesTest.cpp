@@ -1,9 +1,11 @@
-// `tarn analyze` on the example table, by test name: what an analyst reads of a comparison of groups. Reference values:
-// scipy 1.17 on the same columns (kruskal; median_test with ties="below", correction=False); pairs of values in
-// ascending order counted for the trend.
+// `tarn analyze` on the example table: what an analyst reads of a comparison of groups, and all families in one run.
+// Reference values: scipy 1.17 on the same columns (kruskal; median_test with ties="below", correction=False); pairs of
+// values in ascending order counted for the trend.
 
 #include <gtest/gtest.h>
 
+#include <map>
+#include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -13,6 +15,9 @@
 namespace {
 
 using Lines = std::vector<std::string>;
+
+/// A statistic whose definition no library shares.
+constexpr double kNotCompared = -1;
 
 /// The table that one test of hours of sleep by a nominal field shows.
 Lines TableOf(const std::string& test, const std::string& group, const std::string& comparison) {
@@ -120,6 +125,51 @@ TEST(GroupTests, MedianFindsSubsetsByName) {
     EXPECT_EQ(RowOf(subsets, "adjusted p"), Lines{".183"});
     const Lines apart = TableOf("median", "quality", "stepwise");
     EXPECT_EQ(NamesInSubsets(apart), (Lines{"poor", "fair", "good", "very good"}));
+}
+
+// ---- All families at once ----
+
+// Twelve fields of all levels with a user-missing code, missing cells, a weight and a case-ID. Numbers of cases and
+// statistics: pandas and SciPy 1.17 on the rows repeated by their weight (chisquare, friedmanchisquare, kruskal; the
+// count of the first class for the binomial test).
+TEST(RealTable, GoesThroughAllFamiliesInOneRun) {
+    const harness::CommandResult result =
+        harness::RunTarn({"analyze", harness::SourcePath("examples/sleep_clinic.csv"), "--fields",
+                          harness::SourcePath("examples/sleep_clinic.fields.json"), "--one-sample",
+                          "age,sex,quality,latency,relapse,wakings", "--related",
+                          "hours_before,hours_after,hours_followup", "--independent", "latency,hours_after,wakings",
+                          "--group", "arm", "--weight", "visits", "--case-id", "patient", "--format", "json"});
+    ASSERT_EQ(result.exitStatus, 0) << result.err;
+    const nlohmann::json told = nlohmann::json::parse(result.out);
+    EXPECT_EQ(told.at("counts").at("totalFreq"), 521);
+    EXPECT_EQ(told.at("fields").size(), 12u);
+
+    struct Expected {
+        int n;
+        double statistic;
+    };
+    const std::map<std::string, Expected> expected{
+        {"OBinomial sex", {510, 264}},
+        {"OBinomial relapse", {521, 379}},
+        {"OChiSquare quality", {516, 32.01550387596899}},
+        {"OKolmogorovSmirnov age", {521, kNotCompared}},
+        {"OKolmogorovSmirnov latency", {501, kNotCompared}},
+        {"OKolmogorovSmirnov wakings", {521, kNotCompared}},
+        {"RFriedmansTwoWayByRanks hours_before", {456, 101.631430186546}},
+        {"IKruskalWallis latency", {501, 1.024959333095728}},
+        {"IKruskalWallis hours_after", {496, 18.389279876465316}},
+        {"IKruskalWallis wakings", {521, 9.846269262616243}},
+    };
+    ASSERT_EQ(told.at("tests").size(), expected.size());
+    for (const nlohmann::json& test : told.at("tests")) {
+        const std::string name = test.at("test").get<std::string>() + " " + test.at("fields").at(0).get<std::string>();
+        ASSERT_TRUE(expected.contains(name)) << name;
+        EXPECT_EQ(test.at("n"), expected.at(name).n) << name;
+        const double statistic = test.at("statistics").at(0).at("statistic");
+        if (expected.at(name).statistic != kNotCompared) {
+            EXPECT_NEAR(statistic, expected.at(name).statistic, 1e-12 * statistic) << name;
+        }
+    }
 }
 
 }  // namespace
