@@ -67,7 +67,7 @@ class Options {
     }
     /// An option with one of the words that stand in `argument` between bars.
     void Choice(const char* name, const char* argument, const char* help,
-                std::function<void(const std::string&)> take) {
+                const std::function<void(const std::string&)>& take) {
         app_.add_option_function<std::string>(name, take, help)
             ->check(CLI::IsMember(Split(argument, '|')))
             ->option_text(argument)
@@ -86,7 +86,7 @@ void AddArgument(CLI::App& app, const char* name, T& value, const char* help) {
     app.add_option(name, value, help)->required()->option_text("(required)");
 }
 
-void DescribeTable(CLI::App& app, TableOptions& table, std::function<void(std::string)> takeCaseId) {
+void DescribeTable(CLI::App& app, TableOptions& table, const std::function<void(std::string)>& takeCaseId) {
     Options options(app, kTable);
     options.One("--fields", table.fieldsPath, "FILE", "What the columns are: a table descriptor in JSON");
     options.One("--weight", table.weightField, "FIELD", "The field with the frequency weights");
@@ -99,7 +99,7 @@ void DescribeTable(CLI::App& app, TableOptions& table, std::function<void(std::s
 }
 
 /// Hands the chosen format to `take`.
-void AddFormat(Options& options, const char* help, std::function<void(ReportFormat)> take) {
+void AddFormat(Options& options, const char* help, const std::function<void(ReportFormat)>& take) {
     options.Choice("--format", "text|json|csv|xml", help, [take](const std::string& name) {
         const auto& names = FormatNames();
         take(static_cast<ReportFormat>(std::ranges::find(names, name) - names.begin()));

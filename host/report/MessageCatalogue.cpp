@@ -87,7 +87,7 @@ class TextFiller {
         const std::string_view rest = placeholder.substr(colon + 1);
         if (kind == "named") return Named(rest);
         if (kind == "category") return Category(rest);
-        const std::optional<std::string> value = Positional(rest);
+        std::optional<std::string> value = Positional(rest);
         if (!value) return value;
         if (kind == "field") return FieldName(*value);
         if (kind == "fields") {

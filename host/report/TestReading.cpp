@@ -252,8 +252,8 @@ void ReadSubsets(const ResultTable& table, const ResultDocument& document, const
         double last = 0;
         if (line.size() <= kSecond || !ReadNumber(line[kFirst], first) || !ReadNumber(line[kSecond], last)) continue;
         HomogeneousSubset subset{{}, Cell(line, kStatistic), Cell(line, kP), Cell(line, kAdjustedP)};
-        for (double position = first; position <= last; ++position) {
-            subset.members.push_back(NameAt(names, std::to_string(static_cast<long>(position))));
+        for (auto position = static_cast<long>(first); position <= static_cast<long>(last); ++position) {
+            subset.members.push_back(NameAt(names, std::to_string(position)));
         }
         reading.subsets.push_back(std::move(subset));
     }

@@ -20,7 +20,7 @@ QKCatVar::QKCatVar(std::string name, std::string label, bool ordinal, std::vecto
       kind_(FieldKind::kNumericCategories),
       ordinal_(ordinal) {
     for (NumericCategory& category : categories) {
-        const int index = GetCategoryCount();
+        const int index = QKCatVar::GetCategoryCount();
         indexByValue_.emplace(category.value, index);
         values_.push_back(category.value);
         texts_.push_back(QKXML::ReplaceSep(category.value, "%.15g"));
@@ -37,7 +37,7 @@ QKCatVar::QKCatVar(std::string name, std::string label, bool ordinal, std::vecto
       kind_(FieldKind::kStringCategories),
       ordinal_(ordinal) {
     for (StringCategory& category : categories) {
-        indexByText_.emplace(category.value, GetCategoryCount());
+        indexByText_.emplace(category.value, QKCatVar::GetCategoryCount());
         texts_.push_back(std::move(category.value));
         labels_.push_back(std::move(category.label));
     }

@@ -34,13 +34,13 @@ std::optional<double> Cuts(double n1, double first, double n2, double second) {
 /// The arrangements with exactly that many runs.
 std::optional<double> Arrangements(std::int32_t runs, double n1, double n2) {
     if (runs % 2 == 0) {
-        const double cuts = runs / 2 - 1;
+        const std::int32_t cuts = runs / 2 - 1;
         const std::optional<double> ways = Cuts(n1, cuts, n2, cuts);
         if (!ways) return std::nullopt;
         return 2 * *ways;
     }
-    const double more = (runs - 1) / 2;
-    const double fewer = (runs - 3) / 2;
+    const std::int32_t more = (runs - 1) / 2;
+    const std::int32_t fewer = (runs - 3) / 2;
     const std::optional<double> firstHasMore = Cuts(n1, more, n2, fewer);
     const std::optional<double> secondHasMore = Cuts(n1, fewer, n2, more);
     if (!firstHasMore || !secondHasMore) return std::nullopt;

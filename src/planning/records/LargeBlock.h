@@ -20,7 +20,8 @@ inline std::unique_ptr<double[]> MakeLargeBlock(std::size_t count) {
     const auto begin = reinterpret_cast<std::uintptr_t>(block.get());
     const std::uintptr_t firstPage = (begin + kPageSize - 1) / kPageSize * kPageSize;
     const std::uintptr_t lastPage = (begin + count * sizeof(double)) / kPageSize * kPageSize;
-    if (firstPage < lastPage) madvise(reinterpret_cast<void*>(firstPage), lastPage - firstPage, MADV_HUGEPAGE);
+    if (firstPage < lastPage)
+        madvise(reinterpret_cast<char*>(block.get()) + (firstPage - begin), lastPage - firstPage, MADV_HUGEPAGE);
 #endif
     return block;
 }
