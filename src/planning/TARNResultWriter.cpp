@@ -42,7 +42,7 @@ void AddUnlessEmpty(XMLElement& element, std::string_view name, std::string_view
 TARNResultWriter::TARNResultWriter(const QKVarList& fields, UnivariateResults results, Elements testElements,
                                    const TARNRunParameters& runParameters)
     : varList(&fields),
-      univariateResults(results),
+      univariateResults(std::move(results)),
       elements(std::move(testElements)),
       parameters(runParameters),
       variableInfo(fields) {}

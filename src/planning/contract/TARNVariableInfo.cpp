@@ -26,7 +26,7 @@ bool TARNVariableInfo::HaveSameKind(int first, int second) const {
 std::string TARNVariableInfo::GetCategoryDisplayText(int field, int category) const {
     const IQKVariable* variable = Find(field);
     if (variable == nullptr) return {};
-    const std::string text = variable->GetCategoryText(category);
+    std::string text = variable->GetCategoryText(category);
     if (variable->GetKind() != FieldKind::kStringCategories) return text;
     std::string escaped;
     for (const char character : text) {

@@ -103,6 +103,7 @@ TarnMemoIterator InitialDataReader::Begin() {
 }
 
 TarnMemoIterator& TarnMemoIterator::operator=(const TarnMemoIterator& other) {
+    if (this == &other) return *this;
     index = other.index;
     store = other.store;
     state = other.state;
