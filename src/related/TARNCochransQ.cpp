@@ -55,7 +55,7 @@ std::vector<int> PlanFields(TARNPlanBuilder& builder, const QKVarList& varList) 
         builder.Fail(kNamesMissing);
         return {};
     }
-    const std::vector<int> indices = builder.ResolveFields(names, kUnknownField);
+    std::vector<int> indices = builder.ResolveFields(names, kUnknownField);
     AddVecSetting(builder.TestSettings(), SettingKey::kVariableIndex, indices, false);
     for (std::size_t i = 0; builder.IsOK() && i < indices.size(); ++i) {
         if (!FieldKind::IsCategorical(varList.GetVarAt(indices[i])->GetKind())) {

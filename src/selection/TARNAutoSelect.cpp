@@ -30,7 +30,7 @@ QKSettings Propose(const char* test) {
 void Append(QKSettings proposal, Proposals& proposals) {
     auto owned = std::make_unique<QKSettings>(std::move(proposal));
     proposals.push_back(owned.get());
-    owned.release();
+    static_cast<void>(owned.release());
 }
 
 }  // namespace
@@ -179,9 +179,12 @@ void SelectRelated(const Names& fields, const QKVarList& varList, Proposals& pro
 
 }  // namespace
 
+// Callers of the library know the fields by value.
+// NOLINTBEGIN(performance-unnecessary-value-param)
 std::vector<std::string> TARNAutoSelect::SelectTests(std::vector<QKSettings*>& proposals, const std::string& family,
                                                      const QKVarList& varList, std::vector<std::string> fields,
                                                      const std::string& groupField) const {
+    // NOLINTEND(performance-unnecessary-value-param)
     if (family == FamilyName::kOneSample) return SelectOneSample(fields, varList, proposals);
     if (family == FamilyName::kIndependentSamples) return SelectIndependent(fields, groupField, varList, proposals);
     if (family == FamilyName::kRelatedSamples) SelectRelated(fields, varList, proposals);

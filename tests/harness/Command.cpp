@@ -43,9 +43,10 @@ CommandResult RunTarn(const std::vector<std::string>& arguments, const std::stri
 }
 
 CommandResult RunTarnInterrupted(const std::vector<std::string>& arguments, double seconds) {
-    // SIGINT is the second bit of the mask of the signals that a process catches.
+    // Until it is `tarn`, the process is still the shell. SIGINT is the second bit of the mask of caught signals.
     return RunInShell(arguments, "",
-                      " & p=$!; until grep -q 'SigCgt:.*[2367abef]$' /proc/$p/status; do sleep 0.02; done; sleep " +
+                      " & p=$!; until grep -qx tarn /proc/$p/comm && grep -q 'SigCgt:.*[2367abef]$' /proc/$p/status; "
+                      "do sleep 0.02; done; sleep " +
                           std::to_string(seconds) + "; kill -INT $p; wait $p");
 }
 
