@@ -3,6 +3,7 @@
 #include <pugixml.hpp>
 #include <string_view>
 
+#include "platform/common/FieldTypeText.h"
 #include "runtime/common/XmlCharacters.h"
 
 namespace {
@@ -21,32 +22,12 @@ void AddUnlessEmpty(pugi::xml_node node, const char* name, std::string_view valu
     if (!value.empty()) AddAttribute(node, name, value);
 }
 
-std::string_view DataType(const IQKVariable& field) {
-    switch (field.GetDateType()) {
-        case DateType::kDate:
-            return "dateDaysSince[1970]";
-        case DateType::kTime:
-            return "timeSeconds";
-        case DateType::kDateTime:
-            return "dateTimeSecondsSince[1970]";
-        case DateType::kNone:
-            break;
-    }
-    return field.GetKind() == FieldKind::kStringCategories ? "string" : "double";
-}
-
-std::string_view OpType(const IQKVariable& field) {
-    if (!FieldKind::IsCategorical(field.GetKind())) return "continuous";
-    const auto* categorical = dynamic_cast<const QKCatVar*>(&field);
-    return categorical != nullptr && categorical->GetOrdinalFlag() ? "ordinal" : "categorical";
-}
-
 void AddField(pugi::xml_node dictionary, const IQKVariable& field) {
     pugi::xml_node element = dictionary.append_child("DataField");
     AddAttribute(element, "name", field.GetName());
     AddUnlessEmpty(element, "displayName", field.GetLabel());
-    AddAttribute(element, "optype", OpType(field));
-    AddAttribute(element, "dataType", DataType(field));
+    AddAttribute(element, "optype", FieldTypeText::OpType(field));
+    AddAttribute(element, "dataType", FieldTypeText::DataType(field));
     for (int category = 0; category < field.GetCategoryCount(); ++category) {
         pugi::xml_node value = element.append_child("Value");
         AddAttribute(value, "value", field.GetCategoryText(category));

@@ -4,6 +4,7 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/common/FieldTypeText.h"
 #include "support/FieldInfos.h"
 #include "support/TextMakers.h"
 
@@ -17,21 +18,6 @@ constexpr const char* kSchemaInstance = "http://www.w3.org/2001/XMLSchema-instan
 constexpr const char* kExtender = "tarn";
 constexpr const char* kCopyright = "TARN";
 constexpr const char* kApplication = "NonparametricTests";
-
-/// The type of a field's values: dates and times have names of their own.
-std::string_view DataType(const IQKVariable& variable) {
-    switch (variable.GetDateType()) {
-        case DateType::kDate:
-            return "dateDaysSince[1970]";
-        case DateType::kTime:
-            return "timeSeconds";
-        case DateType::kDateTime:
-            return "dateTimeSecondsSince[1970]";
-        case DateType::kNone:
-            break;
-    }
-    return variable.GetKind() == FieldKind::kStringCategories ? "string" : "double";
-}
 
 void AddUnlessEmpty(XMLElement& element, std::string_view name, std::string_view value) {
     if (!value.empty()) element.AddAttribute(name, value);
@@ -107,16 +93,13 @@ TARNResultWriter::ElementPointer TARNResultWriter::MakeDataDictionary() const {
 
 TARNResultWriter::ElementPointer TARNResultWriter::MakeDataField(int field) const {
     const IQKVariable& variable = *varList->GetVarAt(field);
-    const bool categorical = FieldKind::IsCategorical(variable.GetKind());
-    const char* const categoricalType = variableInfo.IsOrdinal(field) ? "ordinal" : "categorical";
-
     auto element = XMLElement::Create("DataField");
     element->AddAttribute("index", IntToString(field));
     element->AddAttribute("name", variableInfo.GetName(field));
     AddUnlessEmpty(*element, "displayName", variableInfo.GetLabel(field));
-    element->AddAttribute("optype", categorical ? categoricalType : "continuous");
-    element->AddAttribute("dataType", DataType(variable));
-    if (!categorical) return element;
+    element->AddAttribute("optype", FieldTypeText::OpType(variable));
+    element->AddAttribute("dataType", FieldTypeText::DataType(variable));
+    if (!FieldKind::IsCategorical(variable.GetKind())) return element;
 
     for (int category = 0; category < variable.GetCategoryCount(); ++category) {
         XMLElement& value = element->AddChildElement(XMLElement::Create("Value"));
