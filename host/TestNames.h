@@ -16,8 +16,8 @@ struct TestName {
     std::string_view name;
     /// The key of the test in a request.
     std::string_view requestKey;
-    /// One line: what the test asks.
-    std::string_view question;
+    /// Its name in the result document, by which the texts know it.
+    std::string_view resultName = requestKey;
 };
 
 /// All tests, family by family, in the order in which a request lists them.

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "apps/tarn/Interrupt.h"
+#include "apps/tarn/Presentation.h"
 #include "apps/tarn/ProgressBar.h"
 #include "apps/tarn/RequestRun.h"
 #include "host/SettingsDocument.h"
@@ -39,7 +40,8 @@ ExitStatus ListTests() {
         std::cout << FamilyTitle(family) << "\n";
         TextTable table({{""}, {""}});
         for (const TestName& test : TestNames()) {
-            if (test.family == family) table.AddRow({"  " + std::string(test.name), std::string(test.question)});
+            if (test.family != family) continue;
+            table.AddRow({"  " + std::string(test.name), Texts().Test(test.resultName)->question});
         }
         std::cout << table.ToText();
     }

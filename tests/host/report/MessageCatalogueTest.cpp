@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "host/TestNames.h"
 #include "tests/harness/Command.h"
 #include "tests/host/InputErrorOf.h"
 #include "tests/host/report/ResultTexts.h"
@@ -128,6 +129,14 @@ TEST(EnglishMessages, TellEveryTestOfTheEngine) {
                                         &about->chosen, &about->decides, &about->source}) {
             EXPECT_FALSE(text->empty()) << name;
         }
+    }
+}
+
+TEST(EnglishMessages, TellEveryTestByTheNameThatAUserGivesIt) {
+    for (const TestName& test : TestNames()) {
+        const TestTexts* const about = MessageCatalogue::English().Test(test.resultName);
+        ASSERT_NE(about, nullptr) << test.resultName;
+        EXPECT_EQ(about->name, test.name) << test.resultName;
     }
 }
 
