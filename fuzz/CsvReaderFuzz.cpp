@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "host/CsvReader.h"
 #include "host/InputError.h"
-#include "host/TableLoader.h"
+#include "host/table/CsvReader.h"
+#include "host/table/TableLoader.h"
 
 namespace {
 

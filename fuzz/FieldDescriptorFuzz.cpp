@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <string>
 
-#include "host/FieldDescriptor.h"
 #include "host/InputError.h"
-#include "host/TableLoader.h"
+#include "host/table/FieldDescriptor.h"
+#include "host/table/TableLoader.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string text(reinterpret_cast<const char*>(data), size);

@@ -8,10 +8,10 @@
 #include "apps/tarn/Presentation.h"
 #include "apps/tarn/ProgressBar.h"
 #include "apps/tarn/RequestRun.h"
-#include "host/SettingsDocument.h"
 #include "host/TestNames.h"
 #include "host/TextTable.h"
 #include "host/WholeFile.h"
+#include "host/engine/SettingsDocument.h"
 
 namespace tarn {
 

@@ -2,7 +2,7 @@
 
 #include "apps/tarn/Command.h"
 #include "apps/tarn/TableOptions.h"
-#include "host/AnalysisRequest.h"
+#include "host/engine/AnalysisRequest.h"
 
 namespace tarn {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/Table.h"
+#include "host/table/Table.h"
 #include "platform/common/QKVarList.h"
 #include "platform/common/Record.h"
 

@@ -6,7 +6,7 @@
 #include "apps/tarn/PlanSettings.h"
 #include "apps/tarn/ProgressBar.h"
 #include "apps/tarn/RunOutcome.h"
-#include "host/Table.h"
+#include "host/table/Table.h"
 
 namespace tarn {
 

@@ -5,7 +5,7 @@
 
 #include "host/InputError.h"
 #include "host/JsonDocument.h"
-#include "host/SettingShape.h"
+#include "host/engine/SettingShape.h"
 #include "support/QKVecValue.h"
 
 namespace tarn {

@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "apps/tarn/Presentation.h"
-#include "host/EmbeddedHost.h"
-#include "host/EngineLibrary.h"
+#include "host/engine/EmbeddedHost.h"
+#include "host/engine/EngineLibrary.h"
 
 namespace tarn {
 

@@ -5,7 +5,7 @@
 #include "apps/tarn/Interrupt.h"
 #include "apps/tarn/ProgressBar.h"
 #include "apps/tarn/RunOutcome.h"
-#include "host/Table.h"
+#include "host/table/Table.h"
 
 namespace tarn {
 

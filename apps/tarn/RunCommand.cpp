@@ -11,8 +11,8 @@
 #include "host/ByteSource.h"
 #include "host/InputError.h"
 #include "host/JsonDocument.h"
-#include "host/SettingsDocument.h"
 #include "host/WholeFile.h"
+#include "host/engine/SettingsDocument.h"
 
 namespace tarn {
 

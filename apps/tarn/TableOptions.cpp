@@ -1,8 +1,8 @@
 #include "apps/tarn/TableOptions.h"
 
 #include "host/ByteSource.h"
-#include "host/FieldDescriptor.h"
-#include "host/TableLoader.h"
+#include "host/table/FieldDescriptor.h"
+#include "host/table/TableLoader.h"
 
 namespace tarn {
 

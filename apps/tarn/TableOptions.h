@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "host/Table.h"
+#include "host/table/Table.h"
 
 namespace tarn {
 

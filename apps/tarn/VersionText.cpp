@@ -1,7 +1,7 @@
 #include "apps/tarn/VersionText.h"
 
-#include "host/EmbeddedHost.h"
-#include "host/EngineLibrary.h"
+#include "host/engine/EmbeddedHost.h"
+#include "host/engine/EngineLibrary.h"
 
 namespace tarn {
 

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "host/TableLoader.h"
+#include "host/table/TableLoader.h"
 
 namespace {
 

@@ -1,0 +1,316 @@
+#include "host/engine/AnalysisRequest.h"
+
+#include <algorithm>
+#include <array>
+#include <span>
+#include <string_view>
+#include <utility>
+
+#include "host/InputError.h"
+#include "host/TestNames.h"
+#include "host/table/TableMedian.h"
+
+namespace tarn {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr std::array<std::string_view, 4> kDistributionNames{"normal", "uniform", "poisson", "exponential"};
+constexpr std::string_view kOneSampleKs = "OKolmogorovSmirnov";
+
+std::string Joined(std::span<const std::string_view> names) {
+    std::string text;
+    for (const std::string_view name : names) text += (text.empty() ? "" : ", ") + std::string(name);
+    return text;
+}
+
+/// "; did you mean ...?", or the names that there are.
+std::string Hint(std::string_view name, std::span<const std::string_view> known) {
+    const std::vector<std::string_view> nearest = NearestNames(name, known);
+    return nearest.empty() ? "; expected one of " + Joined(known) : "; did you mean " + Joined(nearest) + "?";
+}
+
+class Builder {
+ public:
+    Builder(const AnalysisOptions& options, const Table& table) : options_(options), table_(table) {}
+
+    Json Build() {
+        CheckFields();
+        AddCommonKeys();
+        AddFamily(TestFamily::kOneSample, options_.oneSample, "isAutomaticallyOneSample");
+        AddFamily(TestFamily::kRelated, options_.related, "isAutomaticallyRelated");
+        AddFamily(TestFamily::kIndependent, options_.independent, "isAutomaticallyIndependent");
+        // A family that ends with the tree issues no warnings.
+        request_["end"] = true;
+        return std::move(request_);
+    }
+
+ private:
+    void CheckFields() const {
+        if (options_.oneSample.empty() && options_.related.empty() && options_.independent.empty()) {
+            throw InputError("no field to analyse; expected --one-sample, --related or --independent with --group");
+        }
+        for (const auto* list : {&options_.oneSample, &options_.related, &options_.independent}) {
+            for (const std::string& field : *list) CheckField(field);
+        }
+        if (options_.independent.empty() != options_.group.empty()) {
+            throw InputError(options_.group.empty()
+                                 ? "--independent: no groups; expected --group with the field that tells them"
+                                 : "--group: no fields to compare; expected --independent with the test fields");
+        }
+        if (!options_.group.empty()) CheckField(options_.group);
+        for (const std::string& test : options_.tests) CheckTest(test);
+        CheckParameters();
+        for (const std::string& name : options_.distributions) {
+            if (std::ranges::find(kDistributionNames, name) == std::end(kDistributionNames)) {
+                throw InputError("--distribution: " + Quoted(name) + Hint(name, kDistributionNames));
+            }
+        }
+    }
+
+    void CheckField(const std::string& field) const {
+        if (table_.FindColumn(field) != Table::kNoColumn) return;
+        std::vector<std::string_view> names;
+        for (const Column& column : table_.Columns()) names.push_back(column.name);
+        throw InputError("the table has no field " + Quoted(field) + Hint(field, names));
+    }
+
+    bool IsAsked(TestFamily family) const {
+        switch (family) {
+            case TestFamily::kOneSample:
+                return !options_.oneSample.empty();
+            case TestFamily::kRelated:
+                return !options_.related.empty();
+            case TestFamily::kIndependent:
+                return !options_.independent.empty();
+        }
+        return false;
+    }
+
+    /// A test has to belong to a family that has fields.
+    void CheckTest(const std::string& name) const {
+        std::vector<std::string_view> known;
+        for (const TestName& test : TestNames()) {
+            if (IsAsked(test.family)) known.push_back(test.name);
+            if (IsAsked(test.family) && test.name == name) return;
+        }
+        for (const TestName& test : TestNames()) {
+            if (test.name != name) continue;
+            throw InputError("--tests: " + Quoted(name) + " is a test of " + std::string(FamilyTitle(test.family)) +
+                             ", which no fields are named for; expected one of " + Joined(known));
+        }
+        throw InputError("--tests: there is no test " + Quoted(name) + Hint(name, known));
+    }
+
+    /// A parameter that no test of the request takes would be lost without a word: only named tests take any.
+    void CheckParameters() const {
+        struct Parameter {
+            const char* option;
+            bool isGiven;
+            std::vector<std::string_view> requestKeys;  ///< of the tests that take it
+        };
+        const Parameter parameters[] = {
+            {"--test-value", options_.testValue.has_value(), {"OWilcoxonSignedRanks", "IKMedian"}},
+            {"--cut-point", options_.cutPoint.has_value(), {"OBinomial", "ORuns"}},
+            {"--probability", options_.probability.has_value(), {"OBinomial"}},
+            {"--success", !options_.success.empty(), {"OBinomial", "ORuns", "RMcNemar", "RCochransQ"}},
+            {"--distribution", !options_.distributions.empty(), {kOneSampleKs}},
+            {"--outliers", options_.outliers.has_value(), {"IMoses"}},
+            {"--descending", options_.descending, {"IJonckheereTerpstra"}},
+        };
+        for (const Parameter& parameter : parameters) {
+            std::vector<std::string_view> takers;
+            bool isTaken = !parameter.isGiven;
+            for (const TestName& test : TestNames()) {
+                if (std::ranges::find(parameter.requestKeys, test.requestKey) == parameter.requestKeys.end()) continue;
+                takers.push_back(test.name);
+                const bool isNamed = std::ranges::find(options_.tests, test.name) != options_.tests.end();
+                isTaken = isTaken || (isNamed && IsAsked(test.family));
+            }
+            if (isTaken) continue;
+            throw InputError(std::string(parameter.option) +
+                             ": no test of the request takes it; expected --tests with " +
+                             (takers.size() > 1 ? "one of " : "") + Joined(takers));
+        }
+    }
+
+    void AddCommonKeys() {
+        request_["missingTreatment"] = options_.listwise ? "listwise" : "analysis";
+        request_["sigLevel"] = options_.alpha;
+        request_["confidenceLevel"] = options_.confidence;
+        request_["userMissing"] = options_.includeUserMissing ? "include" : "exclude";
+        if (!options_.caseId.empty()) request_["caseIDField"] = options_.caseId;
+        request_["oneSampleVariables"] = options_.oneSample;
+        request_["relatedVariables"] = options_.related;
+        request_["independentVariables"] = options_.independent;
+        if (!options_.group.empty()) request_["groupVariable"] = Json::array({options_.group});
+    }
+
+    void AddFamily(TestFamily family, const std::vector<std::string>& fields, const char* automaticKey) {
+        if (fields.empty()) return;
+        std::vector<std::string> named;
+        for (const std::string& name : options_.tests) {
+            if (FindTestName(family, name) != nullptr) named.push_back(name);
+        }
+        if (named.empty() && options_.compare == "stepwise") named = ChooseForSteps(family);
+        if (named.empty() && family == TestFamily::kIndependent) named = ChooseForGroups();
+        request_[automaticKey] = named.empty();
+        for (const TestName& test : TestNames()) {
+            if (test.family == family) AddTest(test, std::ranges::find(named, test.name) != named.end());
+        }
+    }
+
+    /// The automatic choice looks at the groups alone and hands fields that are no numbers to tests of numbers. Where
+    /// there is such a field the test is named here, by the same rule, and the engine then finds the fitting form.
+    std::vector<std::string> ChooseForGroups() const {
+        const bool allContinuous = std::ranges::all_of(
+            options_.independent, [&](const std::string& field) { return !ColumnOf(field).IsCategorical(); });
+        const std::size_t groups = ColumnOf(options_.group).categories.size();
+        if (allContinuous || groups < 2) return {};
+        return {groups == 2 ? "mann-whitney" : "kruskal-wallis"};
+    }
+
+    /// The automatic choice compares all pairs of samples. Where steps are asked for, the test that it would choose for
+    /// three samples and more is named here; none if there is no such test.
+    std::vector<std::string> ChooseForSteps(TestFamily family) const {
+        constexpr std::size_t kFewestSamples = 3;
+        constexpr std::size_t kClasses = 2;
+        if (family == TestFamily::kIndependent && ColumnOf(options_.group).categories.size() >= kFewestSamples) {
+            return {"kruskal-wallis"};
+        }
+        if (family != TestFamily::kRelated || options_.related.size() < kFewestSamples) return {};
+        const FieldLevel level = ColumnOf(options_.related.front()).level;
+        const bool areOfOneKind = std::ranges::all_of(options_.related, [&](const std::string& field) {
+            return ColumnOf(field).level == level && ColumnOf(field).categories.size() <= kClasses;
+        });
+        if (!areOfOneKind) return {};
+        return {level == FieldLevel::kContinuous ? "friedman" : "cochran"};
+    }
+
+    void AddTest(const TestName& test, bool isSelected) {
+        if (test.requestKey == kOneSampleKs) {
+            AddKolmogorovSmirnov(isSelected);
+            return;
+        }
+        Json entry{{"isSelected", isSelected}};
+        if (isSelected) AddParameters(test, entry);
+        request_[std::string(test.requestKey)] = std::move(entry);
+    }
+
+    void AddKolmogorovSmirnov(bool isSelected) {
+        for (const std::string_view name : kDistributionNames) {
+            const bool isAsked = options_.distributions.empty()
+                                     ? name == "normal"
+                                     : std::ranges::find(options_.distributions, name) != options_.distributions.end();
+            std::string key(name);
+            key[0] = static_cast<char>(key[0] - 'a' + 'A');
+            request_[std::string(kOneSampleKs) + key] = {{"isSelected", isSelected && isAsked}, {"isUseSample", true}};
+        }
+        hasSortedTest_ = isSelected;
+    }
+
+    void AddParameters(const TestName& test, Json& entry) {
+        const std::string_view key = test.requestKey;
+        if (key == "OBinomial") AddBinomial(entry);
+        if (key == "OChiSquare") entry["classFormation"] = "getFromData";
+        if (key == "ORuns") AddRuns(entry);
+        if (key == "OWilcoxonSignedRanks") AddTestValue(entry);
+        if (key == "RMcNemar") AddSuccess(entry, "classFormation", "categoriesList");
+        if (key == "RCochransQ") AddSuccess(entry, "classFormation", "successCategoryList");
+        if (key == "IMoses" && options_.outliers) {
+            entry["userSpecifyNumberOfOutliers"] = true;
+            entry["NumberOfOutliers"] = *options_.outliers;
+        }
+        if (key == "IJonckheereTerpstra") {
+            entry["orderOfHypotheses"] = options_.descending ? "orderLargestToSmallest" : "orderSmallestToLargest";
+        }
+        if (key == "IKMedian" && options_.testValue) {
+            entry["userSpecifyMedian"] = true;
+            entry["median"] = *options_.testValue;
+        }
+        if (options_.compare == "pairwise") entry["typeOfMultipleComparison"] = "pairWise";
+        if (options_.compare == "stepwise") entry["typeOfMultipleComparison"] = "stepWise";
+    }
+
+    void AddBinomial(Json& entry) const {
+        entry["testProbability"] = options_.probability.value_or(0.5);
+        AddSuccess(entry, "catVarClassFormation", "givenCategoryList");
+        entry["contVarClassFormation"] = options_.cutPoint ? "givenCutPoint" : "sampleMidPoint";
+        if (options_.cutPoint) entry["givenCutPoint"] = *options_.cutPoint;
+        for (const char* interval : {"isDoClopperPearson", "isDoJeffreys", "isDoProfileLikelihood"}) {
+            entry[interval] = true;
+        }
+    }
+
+    void AddSuccess(Json& entry, const char* formationKey, const char* listKey) const {
+        entry[formationKey] = options_.success.empty() ? "getFromData" : "givenCategoryList";
+        if (!options_.success.empty()) entry[listKey] = options_.success;
+    }
+
+    void AddTestValue(Json& entry) const {
+        if (!options_.testValue) {
+            throw InputError("--tests wilcoxon of one sample: no value to test against; expected --test-value");
+        }
+        entry["userSpecifyTestValue"] = true;
+        entry["testValue"] = *options_.testValue;
+    }
+
+    void AddRuns(Json& entry) const {
+        AddSuccess(entry, "catVarClassFormation", "givenCategoryList");
+        // The engine has the median of a field only if it was asked for a sorted test before.
+        if (!options_.cutPoint && hasSortedTest_) {
+            entry["contVarClassFormation"] = "cutPointMedian";
+            return;
+        }
+        const std::optional<double> cut = options_.cutPoint ? options_.cutPoint : MedianOfOneField();
+        if (!cut) return;
+        entry["contVarClassFormation"] = "cutPointValue";
+        entry["cutPointValue"] = *cut;
+    }
+
+    /// None if there is no continuous field, or no value in it.
+    std::optional<double> MedianOfOneField() const {
+        std::vector<std::string> continuous;
+        for (const std::string& field : options_.oneSample) {
+            if (!ColumnOf(field).IsCategorical()) continuous.push_back(field);
+        }
+        if (continuous.empty()) return std::nullopt;
+        if (continuous.size() > 1) {
+            throw InputError("--tests runs: one request cuts all fields at one value, and each of " +
+                             std::to_string(continuous.size()) +
+                             " continuous fields has a median of its own; expected one of them, or --cut-point");
+        }
+        return MedianOf(table_, table_.FindColumn(continuous.front()), RequestedColumns(), options_.listwise);
+    }
+
+    std::vector<int> RequestedColumns() const {
+        std::vector<int> columns;
+        for (const auto* list : {&options_.oneSample, &options_.related, &options_.independent}) {
+            for (const std::string& field : *list) columns.push_back(table_.FindColumn(field));
+        }
+        if (!options_.group.empty()) columns.push_back(table_.FindColumn(options_.group));
+        return columns;
+    }
+
+    const Column& ColumnOf(const std::string& field) const {
+        return table_.Columns()[static_cast<std::size_t>(table_.FindColumn(field))];
+    }
+
+    const AnalysisOptions& options_;
+    const Table& table_;
+    Json request_ = Json::object();
+    bool hasSortedTest_ = false;
+};
+
+}  // namespace
+
+std::span<const std::string_view> DistributionNames() {
+    return kDistributionNames;
+}
+
+Json BuildRequest(const AnalysisOptions& options, const Table& table) {
+    return Builder(options, table).Build();
+}
+
+}  // namespace tarn

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/table/Table.h"
+
+namespace tarn {
+
+/// What a user asks of an analysis, in words of the command line.
+struct AnalysisOptions {
+    std::vector<std::string> oneSample;
+    std::vector<std::string> related;
+    std::vector<std::string> independent;
+    std::string group;
+    /// Names of tests; a family of which none is named is left to the automatic choice.
+    std::vector<std::string> tests;
+    std::string compare;  ///< "pairwise", "stepwise" or empty
+    std::optional<double> testValue;
+    std::optional<double> cutPoint;
+    std::optional<double> probability;
+    std::vector<std::string> success;  ///< categories of the first class
+    std::vector<std::string> distributions;
+    std::optional<double> outliers;
+    bool descending = false;  ///< of the groups' order that the Jonckheere test expects
+    double alpha = 0.05;
+    double confidence = 95;
+    bool listwise = false;
+    bool includeUserMissing = false;
+    std::string caseId;
+};
+
+/// The names that `distributions` may hold.
+std::span<const std::string_view> DistributionNames();
+
+/// Builds the request for the engine: every test of a family in order, and a last key behind them, so that no family
+/// is passed over and every warning is issued. Where the engine's automatic choice would hand a field to a test that
+/// can't take it, or a test would miss what only the table tells, the request names the test or the value itself.
+/// Throws an `InputError` that says what to change.
+nlohmann::ordered_json BuildRequest(const AnalysisOptions& options, const Table& table);
+
+}  // namespace tarn

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "host/engine/Requirements.h"
+#include "host/table/Table.h"
+
+namespace tarn {
+
+/// What became of the records.
+struct RecordCounts {
+    std::uint64_t totalCount = 0;  ///< records of the table
+    double totalFreq = 0;          ///< sum of their weights as used; 1 each without a weight field
+    std::uint64_t droppedCount = 0;
+    double droppedFreq = 0;
+    std::uint64_t badWeightCount = 0;  ///< weights as used that are missing, negative or 0
+};
+
+/// A field of the execution: a column of the table under its own or another name, in the form the engine reads.
+struct PreparedField {
+    std::string name;
+    const Column* column = nullptr;  ///< borrowed from the table
+    /// A continuous field has the numbers of its cells, those of the categories where the column is categorical.
+    FieldLevel level = FieldLevel::kContinuous;
+    bool isWeight = false;
+};
+
+/// The records as the engine's requirements ask for them.
+struct PreparedData {
+    std::vector<PreparedField> fields;
+    std::vector<double> values;  ///< one record after the other, a value for each field
+    std::size_t recordCount = 0;
+    RecordCounts counts;
+};
+
+/// Weighs, drops and encodes the records of a table. The result borrows the table's columns. A required field that
+/// the table lacks is left out.
+PreparedData PrepareData(const Table& table, const Requirements& requirements);
+
+}  // namespace tarn

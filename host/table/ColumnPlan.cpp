@@ -1,0 +1,163 @@
+#include "host/table/ColumnPlan.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+
+#include "host/InputError.h"
+#include "host/table/CellValue.h"
+#include "host/table/CodeTable.h"
+
+namespace tarn {
+
+namespace {
+
+// Finds columns by name, and knows what to say about a name that none has.
+class ColumnFinder {
+ public:
+    ColumnFinder(const std::string& sourceName, const std::vector<std::string>& names)
+        : sourceName_(sourceName), names_(names.begin(), names.end()) {
+        for (std::size_t i = 0; i < names.size(); ++i) indexByName_.emplace(names[i], i);
+    }
+
+    // `where`: the option or key that names the column.
+    std::size_t Find(const std::string& name, const std::string& where) const {
+        const auto found = indexByName_.find(name);
+        if (found != indexByName_.end()) return found->second;
+        throw InputError(where + ": " + Quoted(name) + "; expected a field of " + sourceName_ + ": " +
+                         Alternatives(names_));
+    }
+
+    std::optional<std::size_t> FindIfAny(const std::string& name) const {
+        const auto found = indexByName_.find(name);
+        return found == indexByName_.end() ? std::nullopt : std::optional(found->second);
+    }
+
+ private:
+    const std::string& sourceName_;
+    std::vector<std::string_view> names_;
+    std::unordered_map<std::string_view, std::size_t> indexByName_;
+};
+
+bool HoldsTexts(const std::vector<DescribedValue>& values) {
+    return std::any_of(values.begin(), values.end(),
+                       [](const DescribedValue& value) { return !NumberOf(value, FieldType::kNumber); });
+}
+
+void Describe(ColumnPlan& column, const FieldDescriptor& field, bool excludeUserMissing) {
+    column.title = field.title;
+    column.type = field.type;
+    column.categories = field.categories.value_or(std::vector<DescribedValue>{});
+    if (!column.type && HoldsTexts(column.categories)) column.type = FieldType::kString;
+    column.level = field.level;
+    if (!column.level && field.categoriesOrdered) column.level = FieldLevel::kOrdinal;
+    if (!column.level && field.categories) column.level = FieldLevel::kNominal;
+    if (excludeUserMissing) column.userMissing = field.missingValues;
+}
+
+void OverrideLevels(std::vector<ColumnPlan>& columns, const ColumnFinder& finder, const LoadOptions& options) {
+    struct LevelList {
+        std::string option;
+        FieldLevel level;
+        const std::vector<std::string>& names;
+    };
+    const LevelList lists[] = {{"--nominal", FieldLevel::kNominal, options.nominal},
+                               {"--ordinal", FieldLevel::kOrdinal, options.ordinal},
+                               {"--continuous", FieldLevel::kContinuous, options.continuous}};
+    std::unordered_map<std::size_t, const LevelList*> listOf;
+    for (const LevelList& list : lists) {
+        for (const std::string& name : list.names) {
+            const std::size_t column = finder.Find(name, list.option);
+            const LevelList& first = *listOf.emplace(column, &list).first->second;
+            if (first.level != list.level) {
+                throw InputError(list.option + ": " + Quoted(name) + " is in " + first.option +
+                                 " too; expected one level for a field");
+            }
+            columns[column].level = list.level;
+        }
+    }
+}
+
+int FindWeight(const ColumnFinder& finder, const TableDescriptor& descriptor, const LoadOptions& options) {
+    if (options.weightField) return static_cast<int>(finder.Find(*options.weightField, "--weight"));
+    if (!descriptor.weightField) return Table::kNoColumn;
+    return static_cast<int>(finder.Find(*descriptor.weightField, descriptor.sourceName + ": weightField"));
+}
+
+}  // namespace
+
+FieldLevel ColumnPlan::LevelAs(FieldType someType) const {
+    if (level) return *level;
+    const bool isNominal = someType == FieldType::kString || someType == FieldType::kBoolean;
+    return isNominal ? FieldLevel::kNominal : FieldLevel::kContinuous;
+}
+
+TablePlan PlanTable(const std::string& sourceName, const std::vector<std::string>& names,
+                    const TableDescriptor& descriptor, const LoadOptions& options) {
+    const ColumnFinder finder(sourceName, names);
+    TablePlan plan;
+    plan.descriptorName = descriptor.sourceName;
+    for (const std::string& name : names) plan.columns.emplace_back().name = name;
+    for (std::size_t i = 0; i < descriptor.fields.size(); ++i) {
+        const FieldDescriptor& field = descriptor.fields[i];
+        const std::string key = descriptor.sourceName + ": fields[" + std::to_string(i) + "].name";
+        Describe(plan.columns[finder.Find(field.name, key)], field, options.excludeUserMissing);
+    }
+    OverrideLevels(plan.columns, finder, options);
+    if (options.nominalByDefault) {
+        const std::optional<std::size_t> column = finder.FindIfAny(*options.nominalByDefault);
+        if (column && !plan.columns[*column].level) plan.columns[*column].level = FieldLevel::kNominal;
+    }
+    plan.weightIndex = FindWeight(finder, descriptor, options);
+    if (plan.weightIndex != Table::kNoColumn) plan.columns[plan.weightIndex].level = FieldLevel::kContinuous;
+
+    for (const ColumnPlan& column : plan.columns) {
+        if (!column.type) continue;
+        if (column.type == FieldType::kString && column.level == FieldLevel::kContinuous) {
+            const bool isWeight = &column - plan.columns.data() == plan.weightIndex;
+            throw InputError(sourceName + ": column " + Quoted(column.name) + ": a string field as " +
+                             (isWeight ? "weight" : "continuous") + "; expected a field with numbers");
+        }
+        ListedCategories(column, *column.type, plan.descriptorName);
+    }
+    return plan;
+}
+
+std::optional<double> NumberOf(const DescribedValue& value, FieldType type) {
+    return value.number ? value.number : ParseCell(type, TrimBlanks(value.text));
+}
+
+std::vector<Category> ListedCategories(const ColumnPlan& plan, FieldType type, const std::string& descriptorName) {
+    const bool isText = type == FieldType::kString;
+    const auto fail = [&](const DescribedValue& value, const std::string& what) {
+        throw InputError(descriptorName + ": field " + Quoted(plan.name) + ": category " + Quoted(value.text) + what);
+    };
+    const auto toCategory = [&](const DescribedValue& value) -> std::optional<Category> {
+        if (isText) return Category{0, value.text, value.label};
+        const std::optional<double> number = NumberOf(value, type);
+        // Adding 0 makes -0 the 0 that it equals.
+        return number ? std::optional(Category{*number + 0.0, {}, value.label}) : std::nullopt;
+    };
+
+    std::vector<Category> listed;
+    TextCodes texts;
+    NumberCodes numbers;
+    for (const DescribedValue& value : plan.categories) {
+        const std::optional<Category> category = toCategory(value);
+        if (!category) fail(value, "; expected " + std::string(ExpectedText(type)));
+        const int code = isText ? texts.CodeOf(category->text) : numbers.CodeOf(category->number);
+        if (code != std::ssize(listed)) fail(value, " stands twice; expected once");
+        listed.push_back(*category);
+    }
+    for (const DescribedValue& value : plan.userMissing) {
+        const std::optional<Category> missing = toCategory(value);
+        std::erase_if(listed, [&](const Category& category) {
+            return missing && category.number == missing->number && category.text == missing->text;
+        });
+    }
+    return listed;
+}
+
+}  // namespace tarn

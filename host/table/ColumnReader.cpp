@@ -1,0 +1,90 @@
+#include "host/table/ColumnReader.h"
+
+#include <algorithm>
+#include <deque>
+#include <optional>
+#include <unordered_map>
+#include <utility>
+
+namespace tarn {
+
+namespace {
+
+// Appends those of `values`, in ascending order, that `categories` doesn't hold yet, and tells for each value the
+// index of its category. `valueOf` is the member of a category that holds a value.
+template <typename Value>
+std::vector<double> AppendUnlisted(const std::deque<Value>& values, Value Category::*valueOf,
+                                   std::vector<Category>& categories) {
+    std::unordered_map<Value, std::size_t> indexByValue;
+    for (const Category& category : categories) indexByValue.emplace(category.*valueOf, indexByValue.size());
+
+    std::vector<const Value*> ascending;
+    for (const Value& value : values) {
+        if (!indexByValue.contains(value)) ascending.push_back(&value);
+    }
+    std::ranges::sort(ascending, [](const Value* a, const Value* b) { return *a < *b; });
+    for (const Value* value : ascending) {
+        indexByValue.emplace(*value, categories.size());
+        categories.emplace_back().*valueOf = *value;
+    }
+
+    std::vector<double> indexByCode;
+    indexByCode.reserve(values.size());
+    for (const Value& value : values) indexByCode.push_back(static_cast<double>(indexByValue.at(value)));
+    return indexByCode;
+}
+
+}  // namespace
+
+ColumnReader::ColumnReader(const ColumnPlan& plan, const MissingTexts& missingTexts)
+    : plan_(plan),
+      missingTexts_(missingTexts),
+      type_(plan.type.value_or(FieldType::kNumber)),
+      isText_(type_ == FieldType::kString),
+      isCategorical_(plan.LevelAs(type_) != FieldLevel::kContinuous) {
+    if (isText_) return;
+    for (const DescribedValue& value : plan.userMissing) {
+        if (const std::optional<double> number = NumberOf(value, type_)) userMissingNumbers_.push_back(*number);
+    }
+}
+
+bool ColumnReader::IsUserMissing(std::string_view text) const {
+    return std::ranges::any_of(plan_.userMissing, [&](const DescribedValue& value) { return value.text == text; });
+}
+
+double ColumnReader::ReadText(std::string_view cell) {
+    const bool isMissing = missingTexts_.Contains(TrimBlanks(cell)) || IsUserMissing(cell);
+    return isMissing ? kMissingNumber : textCodes_.CodeOf(cell);
+}
+
+bool ColumnReader::ReadTyped(std::string_view cell, double& value) const {
+    const std::optional<double> number = ParseCell(type_, cell);
+    value = number.value_or(value);
+    return number.has_value();
+}
+
+// A column of numbers may still have a text as its user-missing value, like "refused".
+bool ColumnReader::ReadUnusual(std::string_view cell, double& value) {
+    if (!IsUserMissing(cell)) return false;
+    hasValues_ = true;
+    value = kMissingNumber;
+    return true;
+}
+
+void ColumnReader::BecomeText() {
+    type_ = FieldType::kString;
+    isText_ = true;
+    isCategorical_ = true;
+}
+
+std::vector<double> ColumnReader::Finish(const std::string& descriptorName, Column& column) const {
+    column.title = plan_.title;
+    column.type = type_;
+    column.level = plan_.LevelAs(type_);
+    if (!isCategorical_) return {};
+    column.categories = ListedCategories(plan_, type_, descriptorName);
+    return isText_ ? AppendUnlisted(textCodes_.Values(), &Category::text, column.categories)
+                   : AppendUnlisted(numberCodes_.Values(), &Category::number, column.categories);
+}
+
+}  // namespace tarn

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/ByteSource.h"
+#include "host/table/CsvScanner.h"
+
+namespace tarn {
+
+/// Reads comma-separated values (RFC 4180) row by row: fields in double quotes or bare, "" for a quote within quotes,
+/// LF or CRLF at the end of a row, UTF-8 with or without a byte order mark. Any other CR is data.
+///
+/// Reads on from where `source` stands, block by block, and borrows it. The cells of a row are views into the block;
+/// none is copied. Throws an `InputError` with the line for what breaks these rules, for a NUL byte and for what is no
+/// UTF-8.
+class CsvReader {
+ public:
+    static constexpr std::size_t kDefaultBlockSize = std::size_t{1} << 20;
+
+    /// `blockSize`: bytes that are read at a time, at least 1. A longer row makes the reader's block grow.
+    explicit CsvReader(ByteSource& source, std::size_t blockSize = kDefaultBlockSize);
+
+    /// Goes to the next row; false at the end of the input.
+    bool Next();
+    /// Goes to the next row if the block holds all of it; false if `Next` has to read more first.
+    bool NextInBlock();
+
+    /// The cells of the row without their quotes, at least one. Valid until the next call but one of `Next`, also when
+    /// `NextInBlock` went to other rows meanwhile: while a block is parsed, somebody may still read the one before.
+    std::span<const std::string_view> Cells() const { return cells_; }
+    /// Whether the row is an empty line, which `Cells` shows as one empty cell.
+    bool IsEmptyLine() const { return isEmptyLine_; }
+    /// The number of the line on which the row starts, from 1.
+    std::size_t Line() const { return line_; }
+
+ private:
+    // A row that the block holds only in part is parsed anew once more bytes are there.
+    enum class Outcome { kRow, kNeedsBytes };
+    // What ends a cell.
+    enum class Border { kComma, kRowEnd, kNeedsBytes };
+
+    void SkipByteOrderMark();
+    void TurnToOtherBuffer();
+    void Fill();
+    Outcome ParseRow();
+    Border ParseQuoted(const char* quote);
+    Border ParseBorder(const char* closingQuote);
+    void FinishRow();
+    void UnescapeCells();
+    void CheckEncoding(const char* last) const;
+    std::size_t LineOf(const char* position) const;
+    [[noreturn]] void Fail(const char* position, const std::string& what) const;
+
+    ByteSource& source_;
+    std::vector<char> buffer_;       // followed by the padding of the scanner
+    std::vector<char> otherBuffer_;  // holds the rows before the last call of `Next`
+    const char* begin_;              // of the row to be parsed next
+    const char* end_;                // of the bytes that were read
+    bool isComplete_ = false;        // whether end_ is the end of the input
+    CsvScanner scanner_;             // stands at begin_ between two rows
+
+    std::vector<std::string_view> cells_;
+    std::vector<std::size_t> escapedCells_;  // those that hold ""
+    const char* next_ = nullptr;             // where the cell or row after the parsed one begins
+    bool hasQuotedCell_ = false;
+    bool isEmptyLine_ = false;
+    std::size_t line_ = 0;
+    std::size_t nextLine_ = 1;
+};
+
+}  // namespace tarn

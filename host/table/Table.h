@@ -1,0 +1,82 @@
+#pragma once
+
+#include <cstddef>
+#include <limits>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "host/table/FieldType.h"
+
+namespace tarn {
+
+/// The value of a missing cell of a continuous column.
+inline constexpr double kMissingNumber = -std::numeric_limits<double>::max();
+/// The value of a missing cell of a categorical column.
+inline constexpr double kMissingCategory = -1;
+
+/// One category of a categorical column: `text` is its value in a string column, `number` in any other.
+struct Category {
+    double number = 0;
+    std::string text;
+    std::string label;  ///< what a reader is shown in place of the value; may be empty
+
+    friend bool operator==(const Category&, const Category&) = default;
+};
+
+/// One column of a table. A string column is always categorical.
+struct Column {
+    std::string name;
+    std::string title;  ///< what a reader is shown in place of the name; may be empty
+    FieldType type = FieldType::kNumber;
+    FieldLevel level = FieldLevel::kContinuous;
+    std::vector<Category> categories;  ///< in their order; empty for a continuous column
+
+    bool IsText() const { return type == FieldType::kString; }
+    bool IsCategorical() const { return level != FieldLevel::kContinuous; }
+};
+
+/// A table in memory, one double per cell: the number of a continuous column (`kMissingNumber` if missing), the index
+/// into `Column::categories` of a categorical one (`kMissingCategory` if missing).
+///
+/// The cells of a row stand side by side, and rows follow one another in blocks of some megabytes: a pass in file
+/// order walks through memory, and a growing table moves nothing.
+class Table {
+ public:
+    static constexpr int kNoColumn = -1;
+
+    Table() = default;
+    /// An empty table; the names of the columns are unique.
+    explicit Table(std::vector<Column> columns);
+
+    const std::vector<Column>& Columns() const { return columns_; }
+    /// For the one who fills the table; the name stays as it is.
+    Column& ColumnAt(std::size_t column) { return columns_[column]; }
+    std::size_t ColumnCount() const { return columns_.size(); }
+    /// The position of the column with that name, `kNoColumn` for none.
+    int FindColumn(std::string_view name) const;
+
+    /// The position of the column that holds the frequency weights, `kNoColumn` for none. It is continuous.
+    int WeightIndex() const { return weightIndex_; }
+    void SetWeightIndex(int column) { weightIndex_ = column; }
+
+    std::size_t RowCount() const { return rowCount_; }
+    /// The `ColumnCount()` cells of a row, valid as long as the table.
+    double* Row(std::size_t row) { return blocks_[row >> blockShift_].get() + (row & blockMask_) * columns_.size(); }
+    const double* Row(std::size_t row) const { return const_cast<Table*>(this)->Row(row); }
+    /// Adds a row, whose cells the caller sets.
+    double* AppendRow();
+
+ private:
+    std::vector<Column> columns_;
+    std::unordered_map<std::string, int> indexByName_;
+    int weightIndex_ = kNoColumn;
+    std::vector<std::unique_ptr<double[]>> blocks_;  // each of 2^blockShift_ rows
+    unsigned blockShift_ = 0;
+    std::size_t blockMask_ = 0;
+    std::size_t rowCount_ = 0;
+};
+
+}  // namespace tarn

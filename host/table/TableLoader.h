@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/ByteSource.h"
+#include "host/table/CsvReader.h"
+#include "host/table/FieldDescriptor.h"
+#include "host/table/Table.h"
+
+namespace tarn {
+
+/// What a request says about the reading of a table. The levels and the weight beat those of the descriptor.
+struct LoadOptions {
+    /// Whether the user-missing values of the fields count as missing; otherwise they are values like any other.
+    bool excludeUserMissing = false;
+    std::vector<std::string> nominal;
+    std::vector<std::string> ordinal;
+    std::vector<std::string> continuous;
+    /// The field with the frequency weights, which is read as continuous whatever its level.
+    std::optional<std::string> weightField;
+    /// A field that is nominal unless its level is given elsewhere. It may be missing from the table.
+    std::optional<std::string> nominalByDefault;
+    /// Bytes that are read at a time.
+    std::size_t blockSize = CsvReader::kDefaultBlockSize;
+};
+
+/// Reads a table of comma-separated values, with a second pass over `source` if a column shows late to hold texts.
+///
+/// Categories stand in the order of the descriptor, followed by the other values of the column in ascending order.
+/// Throws an `InputError` for anything that makes the table unreadable, and for names that it has no field for.
+Table LoadTable(ByteSource& source, const TableDescriptor& descriptor, const LoadOptions& options);
+
+}  // namespace tarn
