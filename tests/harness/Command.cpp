@@ -43,10 +43,11 @@ CommandResult RunTarn(const std::vector<std::string>& arguments, const std::stri
 }
 
 CommandResult RunTarnInterrupted(const std::vector<std::string>& arguments, double seconds) {
-    // Until it is `tarn`, the process is still the shell. SIGINT is the second bit of the mask of caught signals.
+    // Until it is `tarn`, the process is still the shell. SIGINT is the second bit of the mask of caught signals. A
+    // command that never catches it is not waited for beyond 20 seconds.
     return RunInShell(arguments, "",
-                      " & p=$!; until grep -qx tarn /proc/$p/comm && grep -q 'SigCgt:.*[2367abef]$' /proc/$p/status; "
-                      "do sleep 0.02; done; sleep " +
+                      " & p=$!; n=0; until grep -qx tarn /proc/$p/comm && grep -q 'SigCgt:.*[2367abef]$' "
+                      "/proc/$p/status || [ $((n+=1)) -gt 1000 ]; do sleep 0.02; done; sleep " +
                           std::to_string(seconds) + "; kill -INT $p; wait $p");
 }
 
