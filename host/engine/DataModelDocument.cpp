@@ -3,7 +3,7 @@
 #include <pugixml.hpp>
 #include <sstream>
 
-#include "host/engine/NumberText.h"
+#include "host/NumberText.h"
 #include "platform/hx/HXDocuments.h"
 
 namespace tarn {

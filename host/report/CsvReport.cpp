@@ -2,20 +2,23 @@
 
 #include <array>
 #include <map>
+#include <optional>
 #include <span>
 #include <string_view>
 
+#include "host/NumberText.h"
+#include "host/report/AdjustedPValues.h"
 #include "host/report/TestReading.h"
 
 namespace tarn {
 
 namespace {
 
-constexpr std::array<std::string_view, 26> kColumns{
-    "row",       "number",     "test",     "name",     "family",       "fields",    "group",
-    "part",      "sample1",    "sample2",  "n",        "statistic",    "std_error", "z",
-    "df",        "p_value",    "p_kind",   "p_tails",  "adj_p_value",  "estimate",  "conf_low",
-    "conf_high", "conf_level", "decision", "messages", "beyond_range",
+constexpr std::array<std::string_view, 30> kColumns{
+    "row",      "number",       "test",        "name",      "family",    "fields",    "group",      "part",
+    "sample1",  "sample2",      "n",           "statistic", "std_error", "z",         "df",         "p_value",
+    "p_kind",   "p_tails",      "adj_p_value", "estimate",  "conf_low",  "conf_high", "conf_level", "decision",
+    "messages", "beyond_range", "n_total",     "direction", "p_holm",    "p_bh",
 };
 
 using Row = std::map<std::string_view, std::string>;
@@ -50,7 +53,7 @@ Row CommonCells(const TestReading& reading, std::size_t number, const TestTexts*
 
 void SetStatistics(Row& row, const StatisticSet& set, const PValue* p) {
     row["part"] = set.name;
-    row["statistic"] = set.statistic;
+    row["statistic"] = p == nullptr ? set.statistic : set.StatisticOf(*p);
     row["std_error"] = set.standardError;
     row["z"] = set.standardized;
     row["df"] = set.df;
@@ -98,10 +101,17 @@ void MarkBeyondRange(Row& row, const TestReading& reading, std::span<const Touch
     row["beyond_range"] = JoinList(touched, ";");
 }
 
-void AppendTest(std::string& text, const Row& common, const TestReading& reading, const ResultDocument& document) {
+void AppendTest(std::string& text, const Row& common, const TestReading& reading,
+                const std::optional<TestFamilyPValues::Adjusted>& adjusted, const ResultDocument& document) {
     Row row = common;
     row["row"] = "test";
     row["n"] = reading.n;
+    row["n_total"] = reading.totalN;
+    row["direction"] = reading.direction.Text();
+    if (adjusted) {
+        row["p_holm"] = ExactText(adjusted->holm);
+        row["p_bh"] = ExactText(adjusted->benjaminiHochberg);
+    }
     row["decision"] = reading.decision;
     std::vector<std::string> codes;
     for (const TestReading::Note& note : reading.notes) codes.push_back(std::to_string(note.code));
@@ -164,12 +174,12 @@ std::string CsvReport(const ResultDocument& document, const MessageCatalogue& te
     std::string text;
     for (const std::string_view column : kColumns) text += (text.empty() ? "" : ",") + std::string(column);
     text += '\n';
-    std::size_t number = 0;
-    for (const TestResult& test : document.tests) {
-        const TestReading reading = ReadTest(test, document, texts);
-        const Row common = CommonCells(reading, ++number, texts.Test(test.name));
-        AppendTest(text, common, reading, document);
-        AppendComparisons(text, common, reading);
+    const std::vector<TestReading> readings = ReadTests(document, texts);
+    const TestFamilyPValues family = AdjustTogether(readings);
+    for (std::size_t i = 0; i < readings.size(); ++i) {
+        const Row common = CommonCells(readings[i], i + 1, texts.Test(readings[i].name));
+        AppendTest(text, common, readings[i], family.tests[i], document);
+        AppendComparisons(text, common, readings[i]);
     }
     return text;
 }

@@ -50,8 +50,9 @@ double FigureOf(const std::vector<Figure>& figures, std::string_view key) {
 
 // ---- One function per limit ----
 
-bool CountsWrap(const TestReading&, const ResultDocument& document) {
-    return WeightOf(document) > kLargestInt32;
+/// Too many cases, or a count that a negative or missing weight has turned round.
+bool CountsWrap(const TestReading& test, const ResultDocument& document) {
+    return WeightOf(document) > kLargestInt32 || Number(test.n) < 0;
 }
 
 /// n (n + 1) in 32 bits.

@@ -4,7 +4,9 @@
 #include <cmath>
 #include <cstdint>
 #include <nlohmann/json.hpp>
+#include <optional>
 
+#include "host/report/AdjustedPValues.h"
 #include "host/report/TestReading.h"
 
 namespace tarn {
@@ -68,6 +70,7 @@ Json StatisticsJson(const TestReading& reading) {
     Json sets = Json::array();
     for (const StatisticSet& set : reading.statistics) {
         Json json{{"name", NameOrNull(set.name)},
+                  {"label", NameOrNull(set.label)},
                   {"statistic", ValueOf(set.statistic)},
                   {"standard_error", ValueOf(set.standardError)},
                   {"standardized", ValueOf(set.standardized)},
@@ -76,6 +79,7 @@ Json StatisticsJson(const TestReading& reading) {
         for (const PValue& p : set.pValues) {
             json["p_values"].push_back({{"kind", NameOf(p.kind)},
                                         {"tails", p.tails},
+                                        {"statistic", ValueOf(set.StatisticOf(p))},
                                         {"value", ValueOf(p.value)},
                                         {"is_lower_bound", p.isBound},
                                         {"decides", p.decides}});
@@ -121,7 +125,23 @@ Json LimitsJson(const TestReading& reading, const MessageCatalogue& texts) {
     return json;
 }
 
-Json TestJson(const TestResult& test, const TestReading& reading, const MessageCatalogue& texts) {
+Json ScalesJson(const TestReading& reading) {
+    Json json = Json::array();
+    for (const Scale& scale : reading.scales) {
+        Json scores = Json::array();
+        for (const std::string& score : scale.scores) scores.push_back(ValueOf(score));
+        json.push_back({{"field", scale.field}, {"categories", scale.categories}, {"scores", std::move(scores)}});
+    }
+    return json;
+}
+
+Json AdjustedJson(const std::optional<TestFamilyPValues::Adjusted>& adjusted) {
+    if (!adjusted) return nullptr;
+    return {{"holm", adjusted->holm}, {"benjamini_hochberg", adjusted->benjaminiHochberg}};
+}
+
+Json TestJson(const TestResult& test, const TestReading& reading,
+              const std::optional<TestFamilyPValues::Adjusted>& adjusted, const MessageCatalogue& texts) {
     const TestTexts* const about = texts.Test(test.name);
     Json json{{"test", test.name},
               {"name", about == nullptr ? Json(nullptr) : Json(about->name)},
@@ -132,12 +152,17 @@ Json TestJson(const TestResult& test, const TestReading& reading, const MessageC
               {"condition", {{"key", test.conditionKey}, {"parameters", test.parameters}, {"text", reading.statement}}},
               {"decision", NameOrNull(reading.decision)},
               {"n", ValueOf(reading.n)},
+              {"n_total", ValueOf(reading.totalN)},
+              {"direction", NameOrNull(reading.direction.Text())},
+              {"scales", ScalesJson(reading)},
+              {"adjusted_p", AdjustedJson(adjusted)},
               {"statistics", StatisticsJson(reading)},
               {"intervals", Json::array()},
               {"figures", FiguresJson(reading.figures)},
               {"samples", Json::array()},
               {"comparisons", ComparisonsJson(reading)},
               {"messages", Json::array()},
+              {"remarks", reading.remarks},
               {"limits", LimitsJson(reading, texts)},
               {"tables", Json::array()}};
     for (const Interval& interval : reading.intervals) {
@@ -163,20 +188,24 @@ Json TestJson(const TestResult& test, const TestReading& reading, const MessageC
 
 }  // namespace
 
-std::string JsonReport(const ResultDocument& document, const MessageCatalogue& texts) {
-    Json json{{"format", "tarn-result-1"},
+std::string JsonReport(const ResultDocument& document, const MessageCatalogue& texts,
+                       const std::vector<std::string>& notes) {
+    Json json{{"format", "tarn-result-2"},
               {"application", {{"name", document.application}, {"version", NameOrNull(document.applicationVersion)}}},
               {"significance_level", ValueOf(document.sigLevel)},
               {"confidence_level", ValueOf(document.confidenceLevel)},
               {"missing", document.missingTreatment},
               {"counts", Json::object()},
+              {"notes", notes},
               {"fields", Json::array()},
               {"tests", Json::array()},
               {"descriptives", Json::array()}};
     for (const auto& [name, count] : document.counts) json["counts"][name] = ValueOf(count);
     for (const ResultField& field : document.fields) json["fields"].push_back(FieldJson(field));
-    for (const TestResult& test : document.tests) {
-        json["tests"].push_back(TestJson(test, ReadTest(test, document, texts), texts));
+    const std::vector<TestReading> readings = ReadTests(document, texts);
+    const TestFamilyPValues family = AdjustTogether(readings);
+    for (std::size_t i = 0; i < readings.size(); ++i) {
+        json["tests"].push_back(TestJson(document.tests[i], readings[i], family.tests[i], texts));
     }
     for (const ResultTable& table : document.descriptives) {
         const ResultField* const field = document.FieldAt(table.Value("varIndex"));

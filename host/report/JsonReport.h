@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "host/report/MessageCatalogue.h"
 #include "host/report/ResultDocument.h"
@@ -8,7 +9,8 @@
 namespace tarn {
 
 /// Everything of a document as JSON, numbers as numbers and fields and categories by their names. docs/result-json.md
-/// tells its keys, docs/result.schema.json checks them.
-std::string JsonReport(const ResultDocument& document, const MessageCatalogue& texts);
+/// tells its keys, docs/result.schema.json checks them. `notes` are sentences on the whole run.
+std::string JsonReport(const ResultDocument& document, const MessageCatalogue& texts,
+                       const std::vector<std::string>& notes = {});
 
 }  // namespace tarn

@@ -180,6 +180,7 @@ void MessageCatalogue::Add(const std::string& text, const std::string& name) {
         ReadTexts(catalogue, "status", status_);
         ReadTexts(catalogue, "condition", conditions_);
         ReadTexts(catalogue, "limits", limits_);
+        ReadTexts(catalogue, "remarks", remarks_);
         const auto tests = catalogue.find("tests");
         if (tests == catalogue.end()) return;
         for (const auto& [test, texts] : tests->items()) {
@@ -210,6 +211,10 @@ const std::string* MessageCatalogue::Condition(std::string_view key) const {
 
 const std::string* MessageCatalogue::Limit(std::string_view key) const {
     return FindText(limits_, key);
+}
+
+const std::string* MessageCatalogue::Remark(std::string_view key) const {
+    return FindText(remarks_, key);
 }
 
 const TestTexts* MessageCatalogue::Test(std::string_view name) const {

@@ -220,15 +220,6 @@ std::vector<std::string> SplitList(std::string_view joined) {
     }
 }
 
-std::string JoinList(const std::vector<std::string>& parts, std::string_view separator) {
-    std::string joined;
-    for (std::size_t i = 0; i < parts.size(); ++i) {
-        if (i > 0) joined += separator;
-        joined += parts[i];
-    }
-    return joined;
-}
-
 std::string CategoryNames(const std::string& indices, const ResultField* field) {
     std::string name;
     for (const std::string& index : SplitList(indices)) {

@@ -5,6 +5,8 @@
 #include <utility>
 #include <vector>
 
+#include "host/TextList.h"
+
 namespace tarn {
 
 /// A result document as read from its XML: everything that it holds, under the names that it has there, and numbers
@@ -96,9 +98,6 @@ ResultDocument ReadResult(const std::string& document, const std::string& name =
 
 /// The parts of a list that are joined by semicolons; none for the empty text.
 std::vector<std::string> SplitList(std::string_view joined);
-
-/// The parts of a list in one text.
-std::string JoinList(const std::vector<std::string>& parts, std::string_view separator = ", ");
 
 /// A number of the document in a width for reading: six digits, or all those before the point up to 1e15; another text
 /// as it stands.

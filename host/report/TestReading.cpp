@@ -2,6 +2,12 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
+
+#include "host/NumberText.h"
+#include "host/report/Direction.h"
+#include "host/report/Remarks.h"
+#include "host/report/Scales.h"
 
 namespace tarn {
 
@@ -44,7 +50,7 @@ bool ExactDecides(std::string_view test) {
 
 void AddPValue(StatisticSet& set, PValueKind kind, int tails, const std::string& value) {
     const bool isBound = value.starts_with('>');
-    set.pValues.push_back({kind, tails, Known(isBound ? value.substr(1) : value), isBound, false});
+    set.pValues.push_back({kind, tails, Known(isBound ? value.substr(1) : value), isBound, false, std::nullopt});
 }
 
 StatisticSet ReadStatistics(const ResultTable& table, std::string name) {
@@ -59,6 +65,10 @@ StatisticSet ReadStatistics(const ResultTable& table, std::string name) {
     }
     if (const ResultTable* const corrected = table.Table("YatesContinuityCorrection")) {
         AddPValue(set, PValueKind::kContinuityCorrected, 2, corrected->Value("AsymptoticSig2Tailed"));
+        set.pValues.back().ownStatistic = KnownRow(*corrected, "ChiSquare");
+    }
+    for (PValue& p : set.pValues) {
+        if (p.kind == PValueKind::kFisher) p.ownStatistic = "";  // a probability of the table itself
     }
     return set;
 }
@@ -164,7 +174,7 @@ constexpr std::array<std::string_view, 5> kBoxLabels{"whisker low", "lower hinge
                                                      "whisker high"};
 
 Sample ReadSample(const ResultTable& table, std::string name) {
-    Sample sample{std::move(name), {}};
+    Sample sample{std::move(name), {}, {}};
     for (const SampleRow& row : kSampleRows) {
         if (table.Find(row.row) == nullptr) continue;
         sample.figures.push_back({std::string(row.row), std::string(row.label), KnownRow(table, row.row)});
@@ -274,6 +284,33 @@ void ReadFields(const TestResult& test, const ResultDocument& document, TestRead
     if (reading.family == "independent" && test.parameters.size() > 1) reading.group = nameAt(test.parameters[1]);
 }
 
+// ---- Cases ----
+
+/// Whether a test sees all records but those that miss a value. The others take the cases of some categories or values
+/// only, or count weights without their fractions.
+bool TakesAllThatMissNothing(const TestResult& test, double total) {
+    constexpr std::array kOutOfRange{220311L, 220314L};
+    const bool hasRange = std::ranges::any_of(test.messages, [&](const ResultMessage& message) {
+        return std::ranges::find(kOutOfRange, message.code) != kOutOfRange.end();
+    });
+    // Two groups of lists. The median test says by such a key that its median is given; it takes all groups.
+    const bool hasGroupLists = test.conditionKey.starts_with("CategoryListsAreSpecified_I_") && test.name != "IMedian";
+    const bool hasLists = hasGroupLists || test.conditionKey.starts_with("UserSpecifiesProbabilities");
+    return !hasRange && !hasLists && total == std::floor(total);
+}
+
+void ReadCases(const TestResult& test, const ResultDocument& document, TestReading& reading) {
+    const auto found = std::ranges::find(document.counts, "totalFreq", [](const auto& count) { return count.first; });
+    double n = 0;
+    double total = 0;
+    const bool areKnown =
+        found != document.counts.end() && ReadNumber(reading.n, n) && ReadNumber(found->second, total);
+    if (!areKnown || total < n) return;
+    reading.totalN = found->second;
+    if (total > n) reading.leftOut = ExactText(total - n);
+    reading.isMissing = TakesAllThatMissNothing(test, total);
+}
+
 std::string FamilyOf(const std::string& classification) {
     if (classification == "One_Sample") return "one-sample";
     return classification == "Related_Samples" ? "related" : "independent";
@@ -313,6 +350,13 @@ bool TestReading::IsBeyondRange(Quantity quantity) const {
     return std::ranges::any_of(limits, [&](const EngineLimit* limit) { return limit->Touches(quantity); });
 }
 
+std::vector<TestReading> ReadTests(const ResultDocument& document, const MessageCatalogue& texts) {
+    std::vector<TestReading> readings;
+    readings.reserve(document.tests.size());
+    for (const TestResult& test : document.tests) readings.push_back(ReadTest(test, document, texts));
+    return readings;
+}
+
 TestReading ReadTest(const TestResult& test, const ResultDocument& document, const MessageCatalogue& texts) {
     TestReading reading;
     reading.name = test.name;
@@ -342,8 +386,13 @@ TestReading ReadTest(const TestResult& test, const ResultDocument& document, con
         }
     }
     ReadSamples(test, test.content, document, group, reading);
+    ReadCases(test, document, reading);
     reading.counts = ReadCounts(test, document);
+    reading.scales = ScalesOf(test, document);
     reading.limits = LimitsPassed(reading, document);
+    if (reading.IsBeyondRange(Quantity::kPValue)) reading.decision.clear();
+    reading.remarks = RemarksOn(reading, texts);
+    TurnToOneDirection(test, document, reading);
     return reading;
 }
 

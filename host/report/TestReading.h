@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -25,11 +26,14 @@ struct PValue {
     std::string value;
     bool isBound = false;  ///< the value is the smallest that the significance can be; the document has a ">" there
     bool decides = false;  ///< whether the decision of the test rests on it
+    /// The statistic that it belongs to, where that is not the one of its set; "" for a significance without one.
+    std::optional<std::string> ownStatistic;
 };
 
 /// The statistics of a test; some tests have two sets of them, of which `name` tells which one this is.
 struct StatisticSet {
-    std::string name;  ///< "minimum runs", "all cases"; mostly ""
+    std::string name;   ///< "minimum runs", "all cases"; mostly ""
+    std::string label;  ///< what the statistic counts: "U of placebo"; mostly ""
     std::string statistic;
     std::string standardError;
     std::string standardized;
@@ -38,6 +42,8 @@ struct StatisticSet {
 
     /// The one that decides, or the first one; null for none.
     const PValue* Leading() const;
+    /// The statistic that a significance of the set belongs to; "" for none.
+    const std::string& StatisticOf(const PValue& p) const { return p.ownStatistic ? *p.ownStatistic : statistic; }
 };
 
 struct Interval {
@@ -57,6 +63,7 @@ struct Figure {
 /// One of the groups or fields that a test compares.
 struct Sample {
     std::string name;
+    std::string role = {};  ///< "control" in the test that has such a group
     std::vector<Figure> figures;
 };
 
@@ -79,6 +86,24 @@ struct HomogeneousSubset {
     std::string adjustedP;
 };
 
+/// The two samples of a test's signed numbers: above 0 where `first` is the larger. All tests of a run count the groups
+/// of a field in one direction, that of the field's categories, whatever the document does.
+struct Direction {
+    std::string first;
+    std::string second;
+
+    bool IsEmpty() const { return first.empty(); }
+    /// "placebo minus drug", "" for none.
+    std::string Text() const { return IsEmpty() ? "" : first + " minus " + second; }
+};
+
+/// The order of a field's categories, where a number of the test depends on it.
+struct Scale {
+    std::string field;
+    std::vector<std::string> categories;  ///< from the lowest to the highest, as a reader is shown them
+    std::vector<std::string> scores;      ///< the number that stands for each; none where the order alone counts
+};
+
 struct TestReading {
     std::string name;  ///< as in the document
     std::string title;
@@ -88,7 +113,13 @@ struct TestReading {
     std::vector<std::string> fields;
     std::string group;  ///< the field of the groups; "" for none
     std::string n;
-    std::string decision;  ///< "reject", "retain", "unknown"; "" for an estimate
+    std::string totalN;     ///< sum of the weights of all records; "" where `n` is
+    std::string leftOut;    ///< the difference of the two; "" where there is none
+    bool isMissing = true;  ///< whether all that was left out misses a value of a field
+    /// "reject", "retain", "unknown"; "" for an estimate, and where the significance is beyond the engine's range.
+    std::string decision;
+    Direction direction;
+    std::vector<Scale> scales;
     std::vector<StatisticSet> statistics;
     std::vector<Interval> intervals;
     std::vector<Figure> figures;
@@ -104,6 +135,7 @@ struct TestReading {
         std::string text;
     };
     std::vector<Note> notes;
+    std::vector<std::string> remarks;        ///< what the host has to say about the numbers, as sentences
     std::vector<const EngineLimit*> limits;  ///< that the test passes; they stay with the program
 
     /// The set whose significance decides, or the first one; null for none.
@@ -114,5 +146,8 @@ struct TestReading {
 };
 
 TestReading ReadTest(const TestResult& test, const ResultDocument& document, const MessageCatalogue& texts);
+
+/// All tests of a document, in its order.
+std::vector<TestReading> ReadTests(const ResultDocument& document, const MessageCatalogue& texts);
 
 }  // namespace tarn

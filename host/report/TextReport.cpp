@@ -6,7 +6,9 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "host/NumberText.h"
 #include "host/TextTable.h"
+#include "host/report/AdjustedPValues.h"
 
 namespace tarn {
 
@@ -53,13 +55,16 @@ class Block {
     std::string Text(std::size_t number) const {
         std::string text =
             Heading(number) + kIndent + (reading_.isEstimate ? "" : NullHypothesis()) + reading_.statement + "\n";
+        if (!reading_.n.empty()) text += kIndent + ("N: " + Joined(Cases(), Remark(Quantity::kN))) + "\n";
         text += Indented(Results().ToText());
         if (!reading_.isEstimate) text += std::string(kIndent) + "Decision: " + Decision() + "\n";
         text += Section("", Counts());
         text += Section("", Samples());
         text += Section(PairsTitle(), Pairs());
         text += Section("Homogeneous subsets", Subsets());
+        for (const Scale& scale : reading_.scales) text += ScaleLine(scale);
         for (const TestReading::Note& note : reading_.notes) text += kIndent + NoteLine(note) + "\n";
+        for (const std::string& remark : reading_.remarks) text += kIndent + ("Note: " + remark) + "\n";
         for (const EngineLimit* limit : reading_.limits) text += kIndent + LimitLine(*limit, texts_) + "\n";
         return text;
     }
@@ -77,16 +82,45 @@ class Block {
         const std::string at = " at the level " + ShortNumber(document_.sigLevel);
         if (reading_.decision == "reject") return "reject the null hypothesis" + at;
         if (reading_.decision == "retain") return "retain the null hypothesis" + at;
-        return "none";
+        return reading_.IsBeyondRange(Quantity::kPValue) ? "none, as p is " + std::string(kBeyondRange) : "none";
+    }
+
+    /// "27 of 40 cases (13 missing)"
+    std::string Cases() const {
+        if (reading_.totalN.empty()) return NumberText(reading_.n);
+        std::string text = ShortNumber(reading_.n) + " of " + ShortNumber(reading_.totalN) + " cases";
+        if (reading_.leftOut.empty()) return text;
+        return text + " (" + ShortNumber(reading_.leftOut) +
+               (reading_.isMissing ? " missing)" : " missing or left out)");
+    }
+
+    /// "Order of dose: low < high", or "Scores of quality: poor 1, good 2"; of many categories the first and the last.
+    static std::string ScaleLine(const Scale& scale) {
+        constexpr std::size_t kMostShown = 12;
+        constexpr std::size_t kShownOfMany = 5;
+        const bool hasScores = !scale.scores.empty();
+        // Numbers that stand for themselves need no line.
+        if (scale.categories.empty() || scale.categories == scale.scores) return "";
+        std::vector<std::string> parts;
+        for (std::size_t i = 0; i < scale.categories.size(); ++i) {
+            if (scale.categories.size() > kMostShown && i == kShownOfMany) {
+                parts.emplace_back("...");
+                i = scale.categories.size() - 1;
+            }
+            parts.push_back(scale.categories[i] + (hasScores ? " " + ShortNumber(scale.scores[i]) : ""));
+        }
+        return kIndent + ((hasScores ? "Scores of " : "Order of ") + scale.field) + ": " +
+               JoinList(parts, hasScores ? ", " : " < ") + "\n";
     }
 
     TextTable Results() const {
         TextTable table({{""}, {""}, {""}});
-        if (!reading_.n.empty()) table.AddRow({"N", reading_.n, Remark(Quantity::kN)});
         for (const StatisticSet& set : reading_.statistics) AddSet(set, table);
         for (const Interval& interval : reading_.intervals) {
             const double percent = 100 * std::strtod(document_.confidenceLevel.c_str(), nullptr);
-            table.AddRow({"Estimate", NumberText(interval.estimate), interval.method});
+            const bool hasDirection = interval.method.empty() && !reading_.direction.IsEmpty();
+            table.AddRow({"Estimate", NumberText(interval.estimate),
+                          hasDirection ? reading_.direction.Text() : interval.method});
             table.AddRow({ShortNumber(std::to_string(percent)) + "% interval",
                           NumberText(interval.lower) + " to " + NumberText(interval.upper),
                           Remark(Quantity::kInterval, interval.method)});
@@ -94,31 +128,52 @@ class Block {
         for (const Figure& figure : reading_.figures) {
             std::string label = figure.label;
             label[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(label[0])));
-            table.AddRow({label, NumberText(figure.value), ""});
+            table.AddRow({label, NumberText(figure.value), WhichDifferences(figure.key)});
         }
         return table;
     }
 
+    /// "after above before" beside the number of positive differences.
+    std::string WhichDifferences(std::string_view key) const {
+        const Direction& direction = reading_.direction;
+        const char* const relation = key == "PositiveDifferences"   ? " above "
+                                     : key == "NegativeDifferences" ? " below "
+                                                                    : nullptr;
+        return relation == nullptr || direction.IsEmpty() ? "" : direction.first + relation + direction.second;
+    }
+
     void AddSet(const StatisticSet& set, TextTable& table) const {
-        const auto add = [&](const char* title, const std::string& value, Quantity quantity) {
-            table.AddRow({title, NumberText(value), Remark(quantity, set.name)});
+        const auto add = [&](const char* title, const std::string& value, Quantity quantity, const std::string& what) {
+            table.AddRow({title, NumberText(value), Remark(quantity, Joined(what, set.name))});
         };
-        add("Statistic", set.statistic, Quantity::kStatistic);
-        if (!set.standardError.empty()) add("Standard error", set.standardError, Quantity::kStandardError);
-        if (!set.standardized.empty()) add("Standardized", set.standardized, Quantity::kStandardized);
+        // Where a test has two statistics, each says which it is.
+        const bool hasOwn =
+            std::ranges::any_of(set.pValues, [](const PValue& p) { return p.ownStatistic.has_value(); });
+        add("Statistic", set.statistic, Quantity::kStatistic, hasOwn ? "Pearson's chi-square" : set.label);
+        if (!set.standardError.empty()) add("Standard error", set.standardError, Quantity::kStandardError, "");
+        if (!set.standardized.empty()) {
+            add("Standardized", set.standardized, Quantity::kStandardized, reading_.direction.Text());
+        }
         if (!set.df.empty()) table.AddRow({"Degrees of freedom", set.df, set.name});
         for (const PValue& p : set.pValues) {
-            std::string remark = KindText(p);
-            if (!set.name.empty()) remark += ", " + set.name;
+            if (p.ownStatistic && !p.ownStatistic->empty()) {
+                add("Statistic", *p.ownStatistic, Quantity::kStatistic, KindText(p) + " chi-square");
+            }
+            std::string remark = Joined(KindText(p), set.name);
+            if (hasOwn && !p.ownStatistic) remark += ", of Pearson's chi-square";
             if (p.decides) remark += ", decides";
             table.AddRow({"p", PText(p.value, p.isBound), Remark(Quantity::kPValue, remark)});
         }
     }
 
+    static std::string Joined(const std::string& first, const std::string& second) {
+        return first + (first.empty() || second.empty() ? "" : ", ") + second;
+    }
+
     /// What stands beside a number: what it is, and whether it is to be trusted.
     std::string Remark(Quantity quantity, const std::string& kind = "") const {
         if (!reading_.IsBeyondRange(quantity)) return kind;
-        return kind + (kind.empty() ? "" : ", ") + kBeyondRange;
+        return Joined(kind, kBeyondRange);
     }
 
     static std::string Section(const std::string& title, const TextTable& table) {
@@ -152,7 +207,7 @@ class Block {
         }
         TextTable table(heads);
         for (const Sample& sample : reading_.samples) {
-            std::vector<std::string> cells{sample.name};
+            std::vector<std::string> cells{sample.name + (sample.role.empty() ? "" : " (" + sample.role + ")")};
             for (const Figure& figure : sample.figures) cells.push_back(NumberText(figure.value));
             cells.resize(heads.size());
             table.AddRow(std::move(cells));
@@ -176,8 +231,10 @@ class Block {
                          {"standardized", Alignment::kRight},
                          {"p", Alignment::kRight},
                          {"adjusted p", Alignment::kRight}});
+        // The count of an ordered pair is of the cases in which the later group has the larger value.
+        const char* const separator = reading_.name == "IJonckheereTerpstra" ? " < " : " - ";
         for (const PairComparison& pair : reading_.pairs) {
-            table.AddRow({pair.first + " - " + pair.second, CellText(pair.statistic), CellText(pair.standardError),
+            table.AddRow({pair.first + separator + pair.second, CellText(pair.statistic), CellText(pair.standardError),
                           CellText(pair.standardized), CellP(pair.p), CellP(pair.adjustedP)});
         }
         return table;
@@ -222,6 +279,69 @@ class Block {
 };
 
 constexpr const char* kNoTest = "No test of the request is known.\n";
+/// From so many tests on a chance result is likely enough that significances are shown adjusted for their number.
+constexpr std::size_t kFewestForSummary = 5;
+
+std::string NumberedTitle(std::size_t number, const TestReading& reading) {
+    return std::to_string(number) + " " + reading.title;
+}
+
+std::string DecisionText(const TestReading& reading) {
+    return reading.IsBeyondRange(Quantity::kPValue) ? kBeyondRange : reading.decision;
+}
+
+/// How many of a family have a significance below the level, before and after adjustment, and how many would have by
+/// chance.
+std::string FamilyLine(const TestFamilyPValues& family, const std::string& level) {
+    double alpha = 0;
+    if (family.count == 0 || !ReadNumber(level, alpha)) return "";
+    std::size_t before = 0;
+    std::size_t afterHolm = 0;
+    std::size_t afterBenjaminiHochberg = 0;
+    for (const auto& test : family.tests) {
+        if (!test) continue;
+        before += test->p < alpha ? 1 : 0;
+        afterHolm += test->holm < alpha ? 1 : 0;
+        afterBenjaminiHochberg += test->benjaminiHochberg < alpha ? 1 : 0;
+    }
+    const std::string shown = ShortNumber(level);
+    return std::to_string(before) + " of " + std::to_string(family.count) + " tests with p below " + shown +
+           " before adjustment (" + ShortNumber(ExactText(alpha * static_cast<double>(family.count))) +
+           " expected by chance if every null hypothesis holds); " + std::to_string(afterHolm) +
+           " after Holm's adjustment, " + std::to_string(afterBenjaminiHochberg) + " after Benjamini and Hochberg's\n";
+}
+
+/// A line for each test, and from five tests on the significances adjusted for their number.
+std::string Summary(const std::vector<TestReading>& readings, const ResultDocument& document) {
+    const bool isFamily = readings.size() >= kFewestForSummary;
+    std::vector<TextTable::ColumnHead> heads{
+        {"Test"}, {"Fields"}, {"N", Alignment::kRight}, {"Statistic", Alignment::kRight}, {"p", Alignment::kRight}};
+    if (isFamily) heads.insert(heads.end(), {{"p Holm", Alignment::kRight}, {"p BH", Alignment::kRight}});
+    heads.insert(heads.end(), {{"kind"}, {"Decision"}});
+    TextTable table(heads);
+    const TestFamilyPValues family = AdjustTogether(readings);
+    for (std::size_t i = 0; i < readings.size(); ++i) {
+        const TestReading& reading = readings[i];
+        const StatisticSet* const set = reading.Leading();
+        const PValue* const p = set == nullptr ? nullptr : set->Leading();
+        std::string statistic = set == nullptr ? "" : NumberText(p ? set->StatisticOf(*p) : set->statistic);
+        if (p != nullptr && set->StatisticOf(*p).empty() && p->ownStatistic) statistic.clear();
+        if (!reading.intervals.empty()) statistic = NumberText(reading.intervals.front().estimate);
+        std::string fields = JoinList(reading.fields);
+        if (!reading.group.empty()) fields += " by " + reading.group;
+        std::vector<std::string> cells{NumberedTitle(i + 1, reading), fields, reading.n, statistic,
+                                       p ? PText(p->value, p->isBound) : ""};
+        if (isFamily) {
+            const auto& adjusted = family.tests[i];
+            cells.push_back(adjusted ? PText(ExactText(adjusted->holm)) : "");
+            cells.push_back(adjusted ? PText(ExactText(adjusted->benjaminiHochberg)) : "");
+        }
+        cells.push_back(p ? std::string(NameOf(p->kind)) : "");
+        cells.push_back(DecisionText(reading));
+        table.AddRow(std::move(cells));
+    }
+    return table.ToText() + (isFamily ? FamilyLine(family, document.sigLevel) : "");
+}
 
 }  // namespace
 
@@ -238,43 +358,35 @@ std::string PText(const std::string& value, bool isBound) {
     return isBound ? "> " + text : text;
 }
 
-std::string TextReport(const ResultDocument& document, const MessageCatalogue& texts, const TextStyle& style) {
+std::string TextReport(const ResultDocument& document, const MessageCatalogue& texts, const TextStyle& style,
+                       const std::vector<std::string>& notes) {
+    const std::vector<TestReading> readings = ReadTests(document, texts);
+    if (readings.empty()) return kNoTest;
     std::string text;
+    if (readings.size() >= kFewestForSummary) text = Summary(readings, document) + "\n";
     std::size_t number = 0;
-    for (const TestResult& test : document.tests) {
-        const TestReading reading = ReadTest(test, document, texts);
-        text += (text.empty() ? "" : "\n") + Block(reading, document, texts, style).Text(++number);
+    for (const TestReading& reading : readings) {
+        text += (number == 0 ? "" : "\n") + Block(reading, document, texts, style).Text(number + 1);
+        ++number;
     }
-    return text.empty() ? kNoTest : text;
+    for (const std::string& note : notes) text += (&note == &notes.front() ? "\nNote: " : "Note: ") + note + "\n";
+    return text;
 }
 
 std::string ShortReport(const ResultDocument& document, const MessageCatalogue& texts) {
-    TextTable table({{"Test"},
-                     {"Fields"},
-                     {"N", Alignment::kRight},
-                     {"Statistic", Alignment::kRight},
-                     {"p", Alignment::kRight},
-                     {"kind"},
-                     {"Decision"}});
+    const std::vector<TestReading> readings = ReadTests(document, texts);
+    if (readings.empty()) return kNoTest;
     std::string notes;
     std::size_t number = 0;
-    for (const TestResult& test : document.tests) {
-        const TestReading reading = ReadTest(test, document, texts);
-        const std::string name = std::to_string(++number) + " " + reading.title;
-        const StatisticSet* const set = reading.Leading();
-        const PValue* const p = set == nullptr ? nullptr : set->Leading();
-        std::string statistic = set == nullptr ? "" : NumberText(set->statistic);
-        if (!reading.intervals.empty()) statistic = NumberText(reading.intervals.front().estimate);
-        std::string fields = JoinList(reading.fields);
-        if (!reading.group.empty()) fields += " by " + reading.group;
-        table.AddRow({name, fields, reading.n, statistic, p ? PText(p->value, p->isBound) : "",
-                      p ? std::string(NameOf(p->kind)) : "", reading.decision});
+    for (const TestReading& reading : readings) {
+        const std::string name = NumberedTitle(++number, reading) + ": ";
         for (const TestReading::Note& note : reading.notes) {
-            notes += name + ": " + note.text + " (" + std::to_string(note.code) + ")\n";
+            notes += name + note.text + " (" + std::to_string(note.code) + ")\n";
         }
-        for (const EngineLimit* limit : reading.limits) notes += name + ": " + LimitLine(*limit, texts) + "\n";
+        for (const std::string& remark : reading.remarks) notes += name + remark + "\n";
+        for (const EngineLimit* limit : reading.limits) notes += name + LimitLine(*limit, texts) + "\n";
     }
-    return number == 0 ? kNoTest : table.ToText() + notes;
+    return Summary(readings, document) + notes;
 }
 
 }  // namespace tarn

@@ -131,7 +131,7 @@ TEST(EngineLimits, CochransPairsByTheSquareOfTheCases) {
     EXPECT_NE(TextReport(document, MessageCatalogue::English(), {})
                   .find("   Pairs, standard errors and p beyond the engine's range\n"),
               std::string::npos);
-    EXPECT_NE(CsvReport(document, MessageCatalogue::English()).find(",std_error;z;p_value;adj_p_value\n"),
+    EXPECT_NE(CsvReport(document, MessageCatalogue::English()).find(",std_error;z;p_value;adj_p_value,"),
               std::string::npos);
 }
 
@@ -164,6 +164,14 @@ TEST(EngineLimits, EveryTestByTheSumOfTheWeights) {
     EXPECT_EQ(KeysOf(WeightedDocument(SignTest(), "2147483648")), Strings{"case-counts"});
 }
 
+// A negative weight is subtracted from the counts of a plan's run.
+TEST(EngineLimits, CountsBelowZeroAreNone) {
+    std::string test = SignTest();
+    const std::string n = Row("TotalN", "12");
+    test.replace(test.find(n), n.size(), Row("TotalN", "-3"));
+    EXPECT_EQ(KeysOf(WeightedDocument(test)), Strings{"case-counts"});
+}
+
 TEST(EngineLimits, ATestThatWasNotDoneHasNoNumberToDoubt) {
     const std::string failed =
         TestElement("RSign", "Related_Samples", "unknown",
@@ -187,15 +195,15 @@ TEST(EngineLimits, StandBesideTheNumberInTheText) {
     EXPECT_EQ(TextReport(document, texts, {}),
               "1. RWilcoxonSignedRanks: u, v\n"
               "   H0: R_WilcoxonSignedRanks_2\n"
-              "   N                     100000\n"
+              "   N: 100000\n"
               "   Statistic             536865735\n"
               "   Standard error        undefined  beyond the engine's range\n"
-              "   Standardized          undefined  beyond the engine's range\n"
+              "   Standardized          undefined  v minus u, beyond the engine's range\n"
               "   p                     undefined  asymptotic, decides, beyond the engine's range\n"
-              "   Positive differences  9000\n"
-              "   Negative differences  90000\n"
+              "   Positive differences  9000       v above u\n"
+              "   Negative differences  90000      v below u\n"
               "   Ties                  90000\n"
-              "   Decision: retain the null hypothesis at the level 0.05\n"
+              "   Decision: none, as p is beyond the engine's range\n"
               "   Beyond the engine's range: it wraps\n");
     EXPECT_TRUE(ShortReport(document, texts).ends_with("1 RWilcoxonSignedRanks: Beyond the engine's range: it wraps\n"))
         << ShortReport(document, texts);
@@ -208,7 +216,11 @@ TEST(EngineLimits, AreToldInJsonAndCsv) {
     EXPECT_EQ(limit.at("key"), "wilcoxon-pairs");
     EXPECT_EQ(limit.at("touches"), (nlohmann::json{"standard_error", "standardized", "p_value"}));
     EXPECT_EQ(limit.at("text"), *MessageCatalogue::English().Limit("wilcoxon-pairs"));
-    EXPECT_TRUE(CsvReport(document, MessageCatalogue::English()).ends_with(",std_error;z;p_value\n"));
+    EXPECT_EQ(told.at("tests").at(0).at("decision"), nullptr);
+    EXPECT_EQ(told.at("tests").at(0).at("adjusted_p"), nullptr);
+    // Neither a decision in front of the messages nor an adjusted significance behind the direction.
+    const std::string csv = CsvReport(document, MessageCatalogue::English());
+    EXPECT_TRUE(csv.ends_with(",,,,,,,,std_error;z;p_value,,v minus u,,\n")) << csv;
 }
 
 }  // namespace

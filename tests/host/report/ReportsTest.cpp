@@ -52,14 +52,14 @@ TEST(TextReport, TellsATestInABlock) {
     EXPECT_EQ(TextReport(ReadResult(DocumentOf(SignTest())), Sentences(), {}),
               "1. Sign test: v, u\n"
               "   H0: Signs of v and u agree.\n"
-              "   N                     12\n"
+              "   N: 12\n"
               "   Statistic             8\n"
               "   Standard error        1.73205\n"
-              "   Standardized          0.866025\n"
+              "   Standardized          0.866025  u minus v\n"
               "   p                     .386      asymptotic\n"
               "   p                     .388      exact, decides\n"
-              "   Positive differences  8\n"
-              "   Negative differences  4\n"
+              "   Positive differences  8         u above v\n"
+              "   Negative differences  4         u below v\n"
               "   Ties                  0\n"
               "   Decision: retain the null hypothesis at the level 0.05\n"
               "   Note: few cases (220916)\n");
@@ -69,7 +69,7 @@ TEST(TextReport, TellsSamplesPairsAndSubsets) {
     EXPECT_EQ(TextReport(ReadResult(DocumentOf(KruskalWallisTest())), Sentences(), {}),
               "1. Kruskal-Wallis: u by arm\n"
               "   H0: Groups of arm agree.\n"
-              "   N                   12\n"
+              "   N: 12\n"
               "   Statistic           9.26923\n"
               "   Degrees of freedom  2\n"
               "   p                   .010     asymptotic, decides\n"
@@ -117,16 +117,18 @@ TEST(CsvReport, HasARowForEachTestPairAndSubset) {
     EXPECT_EQ(
         CsvReport(ReadResult(DocumentOf(SignTest() + KruskalWallisTest())), Sentences()),
         "row,number,test,name,family,fields,group,part,sample1,sample2,n,statistic,std_error,z,df,p_value,p_kind,"
-        "p_tails,adj_p_value,estimate,conf_low,conf_high,conf_level,decision,messages,beyond_range\n"
+        "p_tails,adj_p_value,estimate,conf_low,conf_high,conf_level,decision,messages,beyond_range,"
+        "n_total,direction,p_holm,p_bh\n"
         "test,1,RSign,sign,related,v;u,,,,,12,8,1.73205080756888,0.866025403784439,,0.38769531250000,exact,2,,,,,,"
-        "retain,220916,\n"
-        "p,1,RSign,sign,related,v;u,,,,,,8,1.73205080756888,0.866025403784439,,0.38647623077123,asymptotic,2,,,,,,,,\n"
+        "retain,220916,,,u minus v,0.3876953125,0.3876953125\n"
+        "p,1,RSign,sign,related,v;u,,,,,,8,1.73205080756888,0.866025403784439,,0.38647623077123,asymptotic,2,,,,,,,,,,,"
+        ",\n"
         "test,2,IKruskalWallis,kruskal-wallis,independent,u,arm,,,,12,9.26923076923077,,,2,0.0097,asymptotic,2,,,,,,"
-        "reject,220013,\n"
+        "reject,220013,,,,0.0194,0.0194\n"
         "pair,2,IKruskalWallis,kruskal-wallis,independent,u,arm,,old,3,,-5.5,2.54,-2.16535433070866,,0.0303,,,0.0303,"
-        ",,,,,,\n"
-        "subset,2,IKruskalWallis,kruskal-wallis,independent,u,arm,,3;old,,,1.25,,,,0.26,,,0.2612,,,,,,,\n"
-        "subset,2,IKruskalWallis,kruskal-wallis,independent,u,arm,,old,,,,,,,,,,,,,,,,,\n");
+        ",,,,,,,,,,\n"
+        "subset,2,IKruskalWallis,kruskal-wallis,independent,u,arm,,3;old,,,1.25,,,,0.26,,,0.2612,,,,,,,,,,,\n"
+        "subset,2,IKruskalWallis,kruskal-wallis,independent,u,arm,,old,,,,,,,,,,,,,,,,,,,,,\n");
 }
 
 TEST(CsvReport, QuotesWhatHoldsACommaOrAQuote) {
@@ -137,7 +139,7 @@ TEST(CsvReport, QuotesWhatHoldsACommaOrAQuote) {
 
 TEST(JsonReport, HoldsNamesAndNumbers) {
     const json result = json::parse(JsonReport(ReadResult(DocumentOf(KruskalWallisTest())), Sentences()));
-    EXPECT_EQ(result.at("format"), "tarn-result-1");
+    EXPECT_EQ(result.at("format"), "tarn-result-2");
     EXPECT_EQ(result.at("significance_level"), 0.05);
     EXPECT_EQ(result.at("counts").at("totalFreq"), 9.5);
     EXPECT_EQ(result.at("fields").at(2).at("categories").at(0), (json{{"value", 1}, {"label", "old"}}));

@@ -87,7 +87,7 @@ TEST(ResultDocument, ReadsListsAndNumbers) {
     EXPECT_EQ(SplitList(""), Texts{});
     EXPECT_EQ(SplitList("a"), Texts{"a"});
     EXPECT_EQ(SplitList("a;;b;"), (Texts{"a", "", "b", ""}));
-    EXPECT_EQ(JoinList({"a", "", "b"}, ";"), "a;;b");
+    EXPECT_EQ(JoinList(Texts{"a", "", "b"}, ";"), "a;;b");
     double number = 0;
     EXPECT_TRUE(ReadNumber("-1.5e-3", number));
     EXPECT_EQ(number, -1.5e-3);

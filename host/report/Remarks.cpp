@@ -1,0 +1,60 @@
+#include "host/report/Remarks.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <optional>
+
+namespace tarn {
+
+namespace {
+
+constexpr const char* kMosesBelowSmallest = "moses-below-smallest";
+
+std::optional<double> NumberOf(const std::vector<Figure>& figures, std::string_view key) {
+    const auto found = std::ranges::find(figures, key, &Figure::key);
+    double number = 0;
+    if (found == figures.end() || !ReadNumber(found->value, number)) return std::nullopt;
+    return number;
+}
+
+/// The logarithm of n over k.
+double LogBinomial(double n, double k) {
+    return std::lgamma(n + 1) - std::lgamma(k + 1) - std::lgamma(n - k + 1);
+}
+
+/// The chance that no other case lies within the span of m control cases without h at each end: the n others fall into
+/// the h + 1 gaps at either end (Moses, 1952, Psychometrika 17, 239-247).
+double SmallestMosesSignificance(double m, double n, double h) {
+    return std::exp(LogBinomial(n + 2 * h + 1, n) - LogBinomial(m + n, m));
+}
+
+/// The engine counts a span without any other case in it as impossible. Ties make spans that are shorter still.
+void RemarkOnMoses(const TestReading& reading, const MessageCatalogue& texts, std::vector<std::string>& remarks) {
+    constexpr std::size_t kTwo = 2;
+    const std::string* const text = texts.Remark(kMosesBelowSmallest);
+    double total = 0;
+    if (text == nullptr || reading.samples.size() != kTwo || !ReadNumber(reading.n, total)) return;
+    const double control = NumberOf(reading.samples.front().figures, "N").value_or(0);
+    for (const StatisticSet& set : reading.statistics) {
+        const bool isTrimmed = &set == &reading.statistics.back();
+        const double trimmed = isTrimmed ? NumberOf(reading.figures, "OutliersTrimmedFromEachEnd").value_or(0) : 0;
+        const double left = control - 2 * trimmed;
+        double span = 0;
+        if (left < kTwo || !ReadNumber(set.statistic, span) || span > left) continue;
+        char smallest[32];
+        std::snprintf(smallest, sizeof smallest, "%.3g", SmallestMosesSignificance(control, total - control, trimmed));
+        const std::vector<std::string> parameters{set.name, set.statistic, ShortNumber(std::to_string(left)), smallest};
+        remarks.push_back(FillIn(*text, {&parameters}));
+    }
+}
+
+}  // namespace
+
+std::vector<std::string> RemarksOn(const TestReading& reading, const MessageCatalogue& texts) {
+    std::vector<std::string> remarks;
+    if (reading.name == "IMoses" && !reading.HasError()) RemarkOnMoses(reading, texts, remarks);
+    return remarks;
+}
+
+}  // namespace tarn

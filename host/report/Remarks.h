@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/report/MessageCatalogue.h"
+#include "host/report/TestReading.h"
+
+namespace tarn {
+
+/// What a reader has to know of a test's numbers and the engine doesn't say, as sentences of the catalogue. The test is
+/// read otherwise, before its numbers are turned to one direction.
+std::vector<std::string> RemarksOn(const TestReading& reading, const MessageCatalogue& texts);
+
+}  // namespace tarn
