@@ -51,14 +51,17 @@ std::string Quoted(std::string_view text, std::size_t maxLength) {
     return quoted + '"';
 }
 
-std::string Alternatives(std::span<const std::string_view> texts) {
+std::string Alternatives(std::span<const std::string_view> texts, std::string_view last) {
     const std::size_t count = std::min(texts.size(), kMaxAlternatives);
     std::string list;
     for (std::size_t i = 0; i < count; ++i) {
-        if (i > 0) list += i + 1 == texts.size() ? " or " : ", ";
+        if (i > 0) list += i + 1 == texts.size() ? last : ", ";
         list += Quoted(texts[i]);
     }
-    if (count < texts.size()) list += " or one of " + std::to_string(texts.size() - count) + " more";
+    if (count < texts.size()) {
+        const bool isChoice = last == " or ";
+        list += std::string(last) + (isChoice ? "one of " : "") + std::to_string(texts.size() - count) + " more";
+    }
     return list;
 }
 

@@ -21,6 +21,7 @@ class InputError : public std::runtime_error {
 std::string Quoted(std::string_view text, std::size_t maxLength = 40);
 
 /// The texts as alternatives for a message: "a", "b" or "c"; of many only the first ones, and how many more there are.
-std::string Alternatives(std::span<const std::string_view> texts);
+/// `last` stands before the last one.
+std::string Alternatives(std::span<const std::string_view> texts, std::string_view last = " or ");
 
 }  // namespace tarn

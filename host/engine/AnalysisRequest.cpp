@@ -7,7 +7,11 @@
 #include <utility>
 
 #include "host/InputError.h"
+#include "host/NumberText.h"
 #include "host/TestNames.h"
+#include "host/TextList.h"
+#include "host/engine/OrderedScores.h"
+#include "host/table/CellValue.h"
 #include "host/table/TableMedian.h"
 
 namespace tarn {
@@ -19,16 +23,26 @@ using Json = nlohmann::ordered_json;
 constexpr std::array<std::string_view, 4> kDistributionNames{"normal", "uniform", "poisson", "exponential"};
 constexpr std::string_view kOneSampleKs = "OKolmogorovSmirnov";
 
-std::string Joined(std::span<const std::string_view> names) {
-    std::string text;
-    for (const std::string_view name : names) text += (text.empty() ? "" : ", ") + std::string(name);
-    return text;
-}
-
 /// "; did you mean ...?", or the names that there are.
 std::string Hint(std::string_view name, std::span<const std::string_view> known) {
     const std::vector<std::string_view> nearest = NearestNames(name, known);
-    return nearest.empty() ? "; expected one of " + Joined(known) : "; did you mean " + Joined(nearest) + "?";
+    return nearest.empty() ? "; expected one of " + JoinList(known) : "; did you mean " + JoinList(nearest) + "?";
+}
+
+constexpr double kPercent = 100;
+
+/// A level that is written as a share up to 1, or in percent above it.
+double ShareOf(const char* option, double level) {
+    const double share = level > 1 ? level / kPercent : level;
+    if (share > 0 && share < 1) return share;
+    throw InputError(std::string(option) + ": " + ExactText(level) +
+                     (level == 1 ? ", which is a share of 100 percent" : "") +
+                     "; expected a share between 0 and 1, like 0.05, or percent above 1, like 5");
+}
+
+/// The same in percent, without the rounding of a division where it is written so.
+double PercentOf(const char* option, double level) {
+    return level > 1 && level < kPercent ? level : ShareOf(option, level) * kPercent;
 }
 
 class Builder {
@@ -37,6 +51,8 @@ class Builder {
 
     Json Build() {
         CheckFields();
+        CheckOrders();
+        CheckCategories();
         AddCommonKeys();
         AddFamily(TestFamily::kOneSample, options_.oneSample, "isAutomaticallyOneSample");
         AddFamily(TestFamily::kRelated, options_.related, "isAutomaticallyRelated");
@@ -76,17 +92,7 @@ class Builder {
         throw InputError("the table has no field " + Quoted(field) + Hint(field, names));
     }
 
-    bool IsAsked(TestFamily family) const {
-        switch (family) {
-            case TestFamily::kOneSample:
-                return !options_.oneSample.empty();
-            case TestFamily::kRelated:
-                return !options_.related.empty();
-            case TestFamily::kIndependent:
-                return !options_.independent.empty();
-        }
-        return false;
-    }
+    bool IsAsked(TestFamily family) const { return !FieldsOf(family).empty(); }
 
     /// A test has to belong to a family that has fields.
     void CheckTest(const std::string& name) const {
@@ -98,9 +104,137 @@ class Builder {
         for (const TestName& test : TestNames()) {
             if (test.name != name) continue;
             throw InputError("--tests: " + Quoted(name) + " is a test of " + std::string(FamilyTitle(test.family)) +
-                             ", which no fields are named for; expected one of " + Joined(known));
+                             ", which no fields are named for; expected one of " + JoinList(known));
         }
         throw InputError("--tests: there is no test " + Quoted(name) + Hint(name, known));
+    }
+
+    // ---- Orders ----
+
+    /// Texts stand in the order of the alphabet unless another one is told. A test whose numbers rest on the order of
+    /// texts is not done in that order.
+    void CheckOrders() const {
+        for (const TestFamily family : {TestFamily::kOneSample, TestFamily::kRelated, TestFamily::kIndependent}) {
+            if (!IsAsked(family)) continue;
+            for (const std::string& test : TestsOf(family)) CheckOrdersFor(*FindTestName(family, test));
+        }
+        if (IsAsked(TestFamily::kIndependent)) CheckRankable();
+    }
+
+    void CheckOrdersFor(const TestName& test) const {
+        if (test.requestKey == "IJonckheereTerpstra") {
+            const Column& group = ColumnOf(options_.group);
+            if (group.IsText() && !group.IsOrderTold()) FailWithoutOrder(test.name, " needs the order of ", group);
+        }
+        const bool scores = test.requestKey == "RMarginalHomogeneity";
+        if (!scores && !RanksValues(test)) return;
+        for (const std::string& field : FieldsOf(test.family)) {
+            const Column& column = ColumnOf(field);
+            if (!column.IsText() || column.IsOrderTold()) continue;
+            if (scores) FailWithoutOrder(test.name, " scores the categories of ", column);
+            if (column.level == FieldLevel::kOrdinal) FailWithoutOrder(test.name, " ranks ", column);
+        }
+    }
+
+    /// Whether a test takes an ordinal field by the numbers of its categories.
+    static bool RanksValues(const TestName& test) {
+        constexpr std::array<std::string_view, 6> kTakeCategories{"OBinomial", "OChiSquare", "ORuns",
+                                                                  "RMcNemar",  "RCochransQ", "RMarginalHomogeneity"};
+        return std::ranges::find(kTakeCategories, test.requestKey) == kTakeCategories.end();
+    }
+
+    /// With nothing but words among the fields no test of groups is left.
+    void CheckRankable() const {
+        const auto isWords = [&](const std::string& field) {
+            return ColumnOf(field).IsText() && !ColumnOf(field).IsOrderTold();
+        };
+        if (!std::ranges::all_of(options_.independent, isWords)) return;
+        const std::vector<std::string> tests = TestsOf(TestFamily::kIndependent);
+        FailWithoutOrder(tests.empty() ? "--independent" : tests.front(), " ranks ",
+                         ColumnOf(options_.independent.front()));
+    }
+
+    [[noreturn]] static void FailWithoutOrder(std::string_view test, const char* does, const Column& column) {
+        std::vector<std::string_view> words;
+        for (const Category& category : column.categories) words.emplace_back(category.text);
+        throw InputError(std::string(test) + does + column.name + ", and " + Alternatives(words, " and ") +
+                         " are words: tell their order from the lowest to the highest, " + OrderOptionFor(column));
+    }
+
+    // ---- Categories ----
+
+    /// Every category that the user names has to be one of the fields that take it.
+    void CheckCategories() const {
+        if (options_.success.empty()) return;
+        std::vector<const Column*> columns = ColumnsOfSuccess();
+        if (columns.empty())
+            throw InputError("--success: no field of the request has categories; expected a nominal or ordinal one");
+        for (const std::string& word : options_.success) {
+            if (std::ranges::any_of(columns, [&](const Column* column) { return FindCategory(*column, word); }))
+                continue;
+            FailAtCategory(word, columns);
+        }
+        // Each field of one sample is tested by itself and has to have a first class.
+        for (const std::string& field : options_.oneSample) {
+            const Column& column = ColumnOf(field);
+            if (!column.IsCategorical() || !IsSelected("OBinomial", "ORuns")) continue;
+            const auto isOfField = [&](const std::string& word) { return FindCategory(column, word) != nullptr; };
+            if (std::ranges::none_of(options_.success, isOfField)) FailAtCategory(options_.success.front(), {&column});
+        }
+    }
+
+    bool IsSelected(std::string_view first, std::string_view second) const {
+        return std::ranges::any_of(TestNames(), [&](const TestName& test) {
+            const bool isMeant = test.requestKey == first || test.requestKey == second;
+            return isMeant && std::ranges::find(options_.tests, test.name) != options_.tests.end();
+        });
+    }
+
+    /// The categorical fields of the tests that take a first class.
+    std::vector<const Column*> ColumnsOfSuccess() const {
+        std::vector<const Column*> columns;
+        const auto add = [&](const std::vector<std::string>& fields) {
+            for (const std::string& field : fields) {
+                if (ColumnOf(field).IsCategorical()) columns.push_back(&ColumnOf(field));
+            }
+        };
+        if (IsSelected("OBinomial", "ORuns")) add(options_.oneSample);
+        if (IsSelected("RMcNemar", "RCochransQ")) add(options_.related);
+        return columns;
+    }
+
+    [[noreturn]] static void FailAtCategory(const std::string& word, const std::vector<const Column*>& columns) {
+        std::vector<std::string> known;
+        std::vector<std::string> names;
+        for (const Column* const column : columns) {
+            names.push_back(column->name);
+            for (const Category& category : column->categories) {
+                std::string shown = ShownCategory(*column, category);
+                if (std::ranges::find(known, shown) == known.end()) known.push_back(std::move(shown));
+            }
+        }
+        const std::vector<std::string_view> views(known.begin(), known.end());
+        throw InputError("--success: no category " + Quoted(word) + " in " + JoinList(names) + Hint(word, views));
+    }
+
+    /// The values of the categories that the user named, as the engine compares them.
+    std::vector<std::string> SuccessValues() const {
+        std::vector<std::string> values;
+        for (const Column* const column : ColumnsOfSuccess()) {
+            for (const std::string& word : options_.success) {
+                const Category* const category = FindCategory(*column, word);
+                if (category == nullptr) continue;
+                std::string value = column->IsText() ? category->text : ExactText(category->number);
+                if (std::ranges::find(values, value) == values.end()) values.push_back(std::move(value));
+            }
+        }
+        return values;
+    }
+
+    const std::vector<std::string>& FieldsOf(TestFamily family) const {
+        return family == TestFamily::kOneSample ? options_.oneSample
+               : family == TestFamily::kRelated ? options_.related
+                                                : options_.independent;
     }
 
     /// A parameter that no test of the request takes would be lost without a word: only named tests take any.
@@ -131,14 +265,14 @@ class Builder {
             if (isTaken) continue;
             throw InputError(std::string(parameter.option) +
                              ": no test of the request takes it; expected --tests with " +
-                             (takers.size() > 1 ? "one of " : "") + Joined(takers));
+                             (takers.size() > 1 ? "one of " : "") + JoinList(takers));
         }
     }
 
     void AddCommonKeys() {
         request_["missingTreatment"] = options_.listwise ? "listwise" : "analysis";
-        request_["sigLevel"] = options_.alpha;
-        request_["confidenceLevel"] = options_.confidence;
+        request_["sigLevel"] = ShareOf("--alpha", options_.alpha);
+        request_["confidenceLevel"] = PercentOf("--confidence", options_.confidence);
         request_["userMissing"] = options_.includeUserMissing ? "include" : "exclude";
         if (!options_.caseId.empty()) request_["caseIDField"] = options_.caseId;
         request_["oneSampleVariables"] = options_.oneSample;
@@ -149,16 +283,33 @@ class Builder {
 
     void AddFamily(TestFamily family, const std::vector<std::string>& fields, const char* automaticKey) {
         if (fields.empty()) return;
+        const std::vector<std::string> named = TestsOf(family);
+        request_[automaticKey] = named.empty();
+        for (const TestName& test : TestNames()) {
+            if (test.family == family) AddTest(test, std::ranges::find(named, test.name) != named.end());
+        }
+    }
+
+    /// The tests of a family by their names; none where the engine chooses.
+    std::vector<std::string> TestsOf(TestFamily family) const {
         std::vector<std::string> named;
         for (const std::string& name : options_.tests) {
             if (FindTestName(family, name) != nullptr) named.push_back(name);
         }
         if (named.empty() && options_.compare == "stepwise") named = ChooseForSteps(family);
+        if (named.empty() && family == TestFamily::kRelated) named = ChooseForOrdered();
         if (named.empty() && family == TestFamily::kIndependent) named = ChooseForGroups();
-        request_[automaticKey] = named.empty();
-        for (const TestName& test : TestNames()) {
-            if (test.family == family) AddTest(test, std::ranges::find(named, test.name) != named.end());
-        }
+        return named;
+    }
+
+    /// The automatic choice has no test for ordinal fields of more than two categories, whose ranks can be compared.
+    std::vector<std::string> ChooseForOrdered() const {
+        constexpr std::size_t kClasses = 2;
+        const auto isOrdered = [&](const std::string& field) {
+            return ColumnOf(field).level == FieldLevel::kOrdinal && ColumnOf(field).categories.size() > kClasses;
+        };
+        if (options_.related.size() < 2 || !std::ranges::all_of(options_.related, isOrdered)) return {};
+        return {options_.related.size() == 2 ? "wilcoxon" : "friedman"};
     }
 
     /// The automatic choice looks at the groups alone and hands fields that are no numbers to tests of numbers. Where
@@ -229,7 +380,9 @@ class Builder {
             entry["userSpecifyMedian"] = true;
             entry["median"] = *options_.testValue;
         }
-        if (options_.compare == "pairwise") entry["typeOfMultipleComparison"] = "pairWise";
+        // As the automatic choice does it.
+        const bool isChosen = key == "RFriedmansTwoWayByRanks" && options_.compare.empty() && options_.tests.empty();
+        if (options_.compare == "pairwise" || isChosen) entry["typeOfMultipleComparison"] = "pairWise";
         if (options_.compare == "stepwise") entry["typeOfMultipleComparison"] = "stepWise";
     }
 
@@ -245,7 +398,7 @@ class Builder {
 
     void AddSuccess(Json& entry, const char* formationKey, const char* listKey) const {
         entry[formationKey] = options_.success.empty() ? "getFromData" : "givenCategoryList";
-        if (!options_.success.empty()) entry[listKey] = options_.success;
+        if (!options_.success.empty()) entry[listKey] = SuccessValues();
     }
 
     void AddTestValue(Json& entry) const {

@@ -23,11 +23,11 @@ struct AnalysisOptions {
     std::optional<double> testValue;
     std::optional<double> cutPoint;
     std::optional<double> probability;
-    std::vector<std::string> success;  ///< categories of the first class
+    std::vector<std::string> success;  ///< categories of the first class, by value or by label
     std::vector<std::string> distributions;
     std::optional<double> outliers;
     bool descending = false;  ///< of the groups' order that the Jonckheere test expects
-    double alpha = 0.05;
+    double alpha = 0.05;      ///< a share up to 1, percent above it, as `confidence`
     double confidence = 95;
     bool listwise = false;
     bool includeUserMissing = false;
@@ -40,7 +40,8 @@ std::span<const std::string_view> DistributionNames();
 /// Builds the request for the engine: every test of a family in order, and a last key behind them, so that no family
 /// is passed over and every warning is issued. Where the engine's automatic choice would hand a field to a test that
 /// can't take it, or a test would miss what only the table tells, the request names the test or the value itself.
-/// Throws an `InputError` that says what to change.
+/// Throws an `InputError` that says what to change, a category that no field has and an order of words that nobody told
+/// among them.
 nlohmann::ordered_json BuildRequest(const AnalysisOptions& options, const Table& table);
 
 }  // namespace tarn

@@ -9,6 +9,7 @@
 #include "host/InputError.h"
 #include "host/table/CellValue.h"
 #include "host/table/CodeTable.h"
+#include "runtime/common/DecimalNumber.h"
 
 namespace tarn {
 
@@ -80,6 +81,36 @@ void OverrideLevels(std::vector<ColumnPlan>& columns, const ColumnFinder& finder
     }
 }
 
+/// A word of an order: a category that the descriptor lists, which keeps its label, or a value of its own.
+DescribedValue CategoryToldAs(const std::string& word, const std::vector<DescribedValue>& described) {
+    const auto isMeant = [&](const DescribedValue& value) { return value.text == word || value.label == word; };
+    const auto found = std::ranges::find_if(described, isMeant);
+    return found == described.end() ? DescribedValue{word, ParseDecimal(TrimBlanks(word)), {}} : *found;
+}
+
+void TakeOrders(std::vector<ColumnPlan>& columns, const ColumnFinder& finder, const LoadOptions& options) {
+    for (const FieldOrder& order : options.orders) {
+        ColumnPlan& column = columns[finder.Find(order.field, kOrderOption)];
+        for (const auto& [option, names] :
+             {std::pair<const char*, const std::vector<std::string>&>{"--nominal", options.nominal},
+              {"--continuous", options.continuous}}) {
+            if (std::ranges::find(names, order.field) == names.end()) continue;
+            throw InputError(std::string(kOrderOption) + ": " + Quoted(order.field) + " is in " + option +
+                             " too; expected one level for a field");
+        }
+        if (column.hasToldOrder) {
+            throw InputError(std::string(kOrderOption) + ": " + Quoted(order.field) +
+                             " a second time; expected one order");
+        }
+        std::vector<DescribedValue> told;
+        for (const std::string& word : order.categories) told.push_back(CategoryToldAs(word, column.categories));
+        column.categories = std::move(told);
+        column.level = FieldLevel::kOrdinal;
+        column.hasToldOrder = true;
+        if (!column.type && HoldsTexts(column.categories)) column.type = FieldType::kString;
+    }
+}
+
 int FindWeight(const ColumnFinder& finder, const TableDescriptor& descriptor, const LoadOptions& options) {
     if (options.weightField) return static_cast<int>(finder.Find(*options.weightField, "--weight"));
     if (!descriptor.weightField) return Table::kNoColumn;
@@ -106,6 +137,7 @@ TablePlan PlanTable(const std::string& sourceName, const std::vector<std::string
         Describe(plan.columns[finder.Find(field.name, key)], field, options.excludeUserMissing);
     }
     OverrideLevels(plan.columns, finder, options);
+    TakeOrders(plan.columns, finder, options);
     if (options.nominalByDefault) {
         const std::optional<std::size_t> column = finder.FindIfAny(*options.nominalByDefault);
         if (column && !plan.columns[*column].level) plan.columns[*column].level = FieldLevel::kNominal;
@@ -132,7 +164,8 @@ std::optional<double> NumberOf(const DescribedValue& value, FieldType type) {
 std::vector<Category> ListedCategories(const ColumnPlan& plan, FieldType type, const std::string& descriptorName) {
     const bool isText = type == FieldType::kString;
     const auto fail = [&](const DescribedValue& value, const std::string& what) {
-        throw InputError(descriptorName + ": field " + Quoted(plan.name) + ": category " + Quoted(value.text) + what);
+        throw InputError((plan.hasToldOrder ? kOrderOption : descriptorName) + ": field " + Quoted(plan.name) +
+                         ": category " + Quoted(value.text) + what);
     };
     const auto toCategory = [&](const DescribedValue& value) -> std::optional<Category> {
         if (isText) return Category{0, value.text, value.label};

@@ -18,6 +18,7 @@ struct ColumnPlan {
     std::optional<FieldType> type;            ///< none: number or string, as the cells show
     std::optional<FieldLevel> level;          ///< none: what is usual for the type
     std::vector<DescribedValue> categories;   ///< the listed ones
+    bool hasToldOrder = false;                ///< the list came with the request and has to be complete
     std::vector<DescribedValue> userMissing;  ///< the values that count as missing
 
     FieldLevel LevelAs(FieldType someType) const;
@@ -43,5 +44,8 @@ std::optional<double> NumberOf(const DescribedValue& value, FieldType type);
 /// The listed categories of a column of that type, without those that count as missing.
 /// Throws an `InputError` for one that is no value of the type or stands twice.
 std::vector<Category> ListedCategories(const ColumnPlan& plan, FieldType type, const std::string& descriptorName);
+
+/// The option by which a user tells the order of a field's categories.
+inline constexpr const char* kOrderOption = "--order";
 
 }  // namespace tarn

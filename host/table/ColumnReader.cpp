@@ -3,8 +3,12 @@
 #include <algorithm>
 #include <deque>
 #include <optional>
+#include <span>
 #include <unordered_map>
 #include <utility>
+
+#include "host/InputError.h"
+#include "host/TestNames.h"
 
 namespace tarn {
 
@@ -77,14 +81,45 @@ void ColumnReader::BecomeText() {
     isCategorical_ = true;
 }
 
+/// Refuses an order that leaves out a category of the data.
+void ColumnReader::CheckToldOrder(const Column& column) const {
+    if (!plan_.hasToldOrder || column.listedCount == column.categories.size()) return;
+    const std::span<const Category> listed(column.categories.data(), column.listedCount);
+    std::vector<std::string> left;
+    for (std::size_t i = column.listedCount; i < column.categories.size(); ++i) {
+        left.push_back(ShownCategory(column, column.categories[i]));
+    }
+    const std::vector<std::string_view> leftNames(left.begin(), left.end());
+    const std::string where = std::string(kOrderOption) + ": ";
+    for (const Category& category : listed) {
+        const std::string word = ShownCategory(column, category);
+        if (Occurs(category)) continue;
+        const std::vector<std::string_view> nearest = NearestNames(word, leftNames);
+        if (nearest.empty()) continue;
+        throw InputError(where + "no category " + Quoted(word) + " in " + column.name + "; did you mean " +
+                         std::string(nearest.front()) + "?");
+    }
+    throw InputError(where + column.name + " has " + Alternatives(leftNames, " and ") +
+                     " too; expected all of its categories, from the lowest to the highest");
+}
+
+bool ColumnReader::Occurs(const Category& category) const {
+    if (isText_) return std::ranges::find(textCodes_.Values(), category.text) != textCodes_.Values().end();
+    return std::ranges::find(numberCodes_.Values(), category.number) != numberCodes_.Values().end();
+}
+
 std::vector<double> ColumnReader::Finish(const std::string& descriptorName, Column& column) const {
     column.title = plan_.title;
     column.type = type_;
     column.level = plan_.LevelAs(type_);
     if (!isCategorical_) return {};
     column.categories = ListedCategories(plan_, type_, descriptorName);
-    return isText_ ? AppendUnlisted(textCodes_.Values(), &Category::text, column.categories)
-                   : AppendUnlisted(numberCodes_.Values(), &Category::number, column.categories);
+    column.listedCount = column.categories.size();
+    std::vector<double> indexByCode = isText_
+                                          ? AppendUnlisted(textCodes_.Values(), &Category::text, column.categories)
+                                          : AppendUnlisted(numberCodes_.Values(), &Category::number, column.categories);
+    CheckToldOrder(column);
+    return indexByCode;
 }
 
 }  // namespace tarn

@@ -49,6 +49,8 @@ class ColumnReader {
     bool IsUserMissing(std::string_view text) const;
     bool ReadTyped(std::string_view cell, double& value) const;
     bool ReadUnusual(std::string_view cell, double& value);
+    void CheckToldOrder(const Column& column) const;
+    bool Occurs(const Category& category) const;
 
     const ColumnPlan& plan_;
     const MissingTexts& missingTexts_;

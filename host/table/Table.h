@@ -33,10 +33,22 @@ struct Column {
     FieldType type = FieldType::kNumber;
     FieldLevel level = FieldLevel::kContinuous;
     std::vector<Category> categories;  ///< in their order; empty for a continuous column
+    std::size_t listedCount = 0;       ///< so many of them, the first ones, were listed; the others occur beside them
 
     bool IsText() const { return type == FieldType::kString; }
     bool IsCategorical() const { return level != FieldLevel::kContinuous; }
+    /// Whether somebody said in which order the categories stand. Otherwise texts stand in that of the alphabet, which
+    /// means nothing.
+    bool IsOrderTold() const {
+        return level == FieldLevel::kOrdinal && !categories.empty() && listedCount == categories.size();
+    }
 };
+
+/// What a reader is shown for a category of a column: its label, or its value.
+std::string ShownCategory(const Column& column, const Category& category);
+
+/// The category that a user means by a word: the one of that value, or else of that label; null for none.
+const Category* FindCategory(const Column& column, std::string_view word);
 
 /// A table in memory, one double per cell: the number of a continuous column (`kMissingNumber` if missing), the index
 /// into `Column::categories` of a categorical one (`kMissingCategory` if missing).

@@ -12,6 +12,12 @@
 
 namespace tarn {
 
+/// The categories of a field from the lowest to the highest, as a user told them: by value or by label.
+struct FieldOrder {
+    std::string field;
+    std::vector<std::string> categories;
+};
+
 /// What a request says about the reading of a table. The levels and the weight beat those of the descriptor.
 struct LoadOptions {
     /// Whether the user-missing values of the fields count as missing; otherwise they are values like any other.
@@ -19,6 +25,8 @@ struct LoadOptions {
     std::vector<std::string> nominal;
     std::vector<std::string> ordinal;
     std::vector<std::string> continuous;
+    /// Makes these fields ordinal. All categories that occur have to be told.
+    std::vector<FieldOrder> orders;
     /// The field with the frequency weights, which is read as continuous whatever its level.
     std::optional<std::string> weightField;
     /// A field that is nominal unless its level is given elsewhere. It may be missing from the table.
