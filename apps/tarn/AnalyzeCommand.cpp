@@ -1,8 +1,10 @@
 #include "apps/tarn/AnalyzeCommand.h"
 
+#include <algorithm>
 #include <iostream>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "apps/tarn/Interrupt.h"
 #include "apps/tarn/Presentation.h"
@@ -11,28 +13,91 @@
 #include "host/TestNames.h"
 #include "host/TextTable.h"
 #include "host/WholeFile.h"
+#include "host/engine/InputNotes.h"
+#include "host/engine/OrderedScores.h"
 #include "host/engine/SettingsDocument.h"
+#include "host/report/ResultOrder.h"
 
 namespace tarn {
 
-ExitStatus Analyze(const AnalyzeOptions& options) {
-    Interrupt interrupt;
+namespace {
+
+const std::vector<std::string>& FieldsOf(TestFamily family, const AnalysisOptions& analysis) {
+    return family == TestFamily::kOneSample ? analysis.oneSample
+           : family == TestFamily::kRelated ? analysis.related
+                                            : analysis.independent;
+}
+
+/// What was typed, in its order, in the words of the document.
+AskedOrder OrderOf(const AnalyzeOptions& options) {
+    AskedOrder order;
+    for (const TestFamily family : options.familyOrder) {
+        const char* const classification = family == TestFamily::kOneSample ? "One_Sample"
+                                           : family == TestFamily::kRelated ? "Related_Samples"
+                                                                            : "Independent_Samples";
+        order.families.push_back({classification, FieldsOf(family, options.analysis)});
+    }
+    for (const std::string& name : options.analysis.tests) {
+        for (const TestName& test : TestNames()) {
+            if (test.name == name) order.tests.emplace_back(test.resultName);
+        }
+    }
+    return order;
+}
+
+/// The table as the tests are to see it: fields with an order of words as numbers.
+Table LoadTableFor(const AnalyzeOptions& options) {
     const AnalysisOptions& analysis = options.analysis;
     const auto group = analysis.group.empty() ? std::nullopt : std::optional(analysis.group);
-    const Table table = LoadTableOf(options.table, !analysis.includeUserMissing, group);
-    const std::string request = MakeSettingsDocument(BuildRequest(analysis, table), "request");
+    Table table = LoadTableOf(options.table, !analysis.includeUserMissing, group);
+    CheckOneOrder(table, analysis.related);
+    for (const auto* fields : {&analysis.oneSample, &analysis.related, &analysis.independent}) {
+        ScoreOrderedFields(table, *fields);
+    }
+    return table;
+}
+
+std::vector<std::string> NotesOn(const Table& table, const AnalyzeOptions& options) {
+    const AnalysisOptions& analysis = options.analysis;
+    std::vector<std::string> asIndependent = analysis.independent;
+    asIndependent.insert(asIndependent.end(), analysis.oneSample.begin(), analysis.oneSample.end());
+    std::vector<std::string> notes = UnusedCategoryNotes(table, options.table.orders);
+    for (const std::string& note :
+         {WeightNote(table, WeightRule::kRounded), RepeatedCasesNote(table, analysis.caseId, asIndependent)}) {
+        if (!note.empty()) notes.push_back(note);
+    }
+    return notes;
+}
+
+bool IsNoneDone(const ResultDocument& result) {
+    return std::ranges::all_of(result.tests, [](const TestResult& test) { return test.HasError(); });
+}
+
+}  // namespace
+
+ExitStatus Analyze(const AnalyzeOptions& options) {
+    Interrupt interrupt;
+    const Table table = LoadTableFor(options);
+    const std::string request = MakeSettingsDocument(BuildRequest(options.analysis, table), "request");
     const RunOutcome outcome = [&] {
         ProgressBar progress(!options.output.quiet);
         return RunRequest(request, table, interrupt, progress);
     }();
-    if (outcome.succeeded && !options.output.outPath.empty()) {
-        WriteWholeFile(options.output.outPath, outcome.document);
-    }
     const ExitStatus status = TellRemarks(outcome);
-    const ReportFormat format = options.output.format.value_or(ReportFormat::kText);
-    const bool isTable = format == ReportFormat::kText;
-    if (outcome.succeeded && !(isTable && options.output.quiet)) PrintResult(Present(outcome.document, format));
-    return status;
+    if (!outcome.succeeded) return status;
+
+    const OutputOptions& output = options.output;
+    if (!output.outPath.empty()) WriteWholeFile(output.outPath, outcome.document);
+    ResultDocument result = ReadResult(outcome.document);
+    PutInOrder(result, OrderOf(options));
+    const std::vector<std::string> notes = NotesOn(table, options);
+    const ReportFormat format = output.format.value_or(ReportFormat::kText);
+    const bool isShown = format != ReportFormat::kText || !output.quiet;
+    // Text and JSON have a place for notes.
+    if (!isShown || format == ReportFormat::kCsv || format == ReportFormat::kXml) TellNotes(notes);
+    if (isShown) PrintResult(format == ReportFormat::kXml ? outcome.document : Present(result, format, notes));
+    if (!IsNoneDone(result)) return status;
+    return TellMistake("no test could be done; each says why", ExitStatus::kRunFailed);
 }
 
 ExitStatus ListTests() {

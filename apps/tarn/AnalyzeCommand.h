@@ -1,7 +1,10 @@
 #pragma once
 
+#include <vector>
+
 #include "apps/tarn/Command.h"
 #include "apps/tarn/TableOptions.h"
+#include "host/TestNames.h"
 #include "host/engine/AnalysisRequest.h"
 
 namespace tarn {
@@ -11,10 +14,13 @@ struct AnalyzeOptions {
     TableOptions table;
     OutputOptions output;
     AnalysisOptions analysis;
+    /// The families of tests in the order in which their fields were typed.
+    std::vector<TestFamily> familyOrder;
 };
 
 /// `tarn analyze`: builds the request for the user, hands it to the engine as a host does, and tells the result as a
-/// table. Throws an `InputError` for an input that can't be read or a wish that can't be met.
+/// table. Fails, with the results shown, where no test could be done. Throws an `InputError` for an input that can't be
+/// read or a wish that can't be met.
 ExitStatus Analyze(const AnalyzeOptions& options);
 
 /// `tarn tests`: the names of the tests, a line each.

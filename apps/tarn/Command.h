@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "apps/tarn/Presentation.h"
 #include "apps/tarn/RunOutcome.h"
@@ -23,6 +24,9 @@ void PrintResult(const std::string& text);
 
 /// Tells on standard error, in one line, what went wrong; gives back `status`.
 ExitStatus TellMistake(const std::string& mistake, ExitStatus status);
+
+/// Says on standard error, a line each, what a reader of the results should know of the data.
+void TellNotes(const std::vector<std::string>& notes);
 
 /// Tells the remarks of a run on standard error, and how the command ends.
 ExitStatus TellRemarks(const RunOutcome& outcome);

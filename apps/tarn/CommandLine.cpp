@@ -16,6 +16,7 @@
 #include "apps/tarn/VersionText.h"
 #include "host/InputError.h"
 #include "host/TestNames.h"
+#include "host/table/ColumnPlan.h"
 
 namespace tarn {
 
@@ -79,6 +80,18 @@ class Options {
     CLI::App& app_;
     const char* heading_;
 };
+
+/// "dose,again=low,high": one order for one field or several.
+void AddOrder(const std::string& typed, std::vector<FieldOrder>& orders) {
+    const std::size_t sign = typed.find('=');
+    if (sign == std::string::npos || sign == 0 || sign + 1 == typed.size()) {
+        throw InputError(std::string(kOrderOption) + ": " + Quoted(typed) +
+                         "; expected a field and its categories from the lowest to the highest, like dose=low,high");
+    }
+    for (std::string& field : Split(typed.substr(0, sign), ',')) {
+        orders.push_back({std::move(field), Split(typed.substr(sign + 1), ',')});
+    }
+}
 
 /// An argument that stands by its place.
 template <typename T>
@@ -155,10 +168,10 @@ void DescribeAnalyze(CLI::App& app, AnalyzeOptions& analyze) {
              "For kolmogorov-smirnov of one sample: normal, uniform, poisson, exponential");
     how.One("--outliers", analysis.outliers, "NUMBER", "How many extreme values the moses test trims");
     how.Flag("--descending", analysis.descending, "The jonckheere test expects values to fall with the groups");
-    how.One("--alpha", analysis.alpha, "NUMBER", "The significance level, 0.05 if not told")
-        ->check(CLI::Range(0.0, 1.0));
-    how.One("--confidence", analysis.confidence, "NUMBER", "The confidence level in percent, 95 if not told")
-        ->check(CLI::Range(0.0, 100.0));
+    how.One("--alpha", analysis.alpha, "NUMBER",
+            "The significance level, 0.05 if not told: a share up to 1, percent above it");
+    how.One("--confidence", analysis.confidence, "NUMBER",
+            "The confidence level, 95 if not told: a share up to 1, percent above it");
     how.Choice("--missing", "analysis|listwise",
                "Which records miss a test: those that miss its own fields, or any field",
                [&](const std::string& missing) { analysis.listwise = missing == "listwise"; });
@@ -166,6 +179,15 @@ void DescribeAnalyze(CLI::App& app, AnalyzeOptions& analyze) {
                [&](const std::string& user) { analysis.includeUserMissing = user == "include"; });
 
     DescribeTable(app, analyze.table, [&](std::string field) { analysis.caseId = std::move(field); });
+    app.add_option_function<std::vector<std::string>>(
+           kOrderOption,
+           [&](const std::vector<std::string>& orders) {
+               for (const std::string& order : orders) AddOrder(order, analyze.table.orders);
+           },
+           "The categories of a field from the lowest to the highest, which makes it ordinal; may be given again")
+        ->allow_extra_args(false)
+        ->option_text("FIELD=CATEGORY,..")
+        ->group(kTable);
     DescribeOutput(app, analyze.output, "Write the result document there as well");
 }
 
@@ -180,9 +202,8 @@ class CommandLine {
             "tarn analyze DATA.csv --one-sample FIELD is the shortest way to a result.\n"
             "tarn COMMAND --help tells what a command takes.");
 
-        DescribeAnalyze(
-            Add("analyze", "Test fields of a table and show the results", [this] { return Analyze(analyze_); }),
-            analyze_);
+        DescribeAnalyze(Add("analyze", "Test fields of a table and show the results", [this] { return RunAnalyze(); }),
+                        analyze_);
         DescribeRun(Add("run", "Run tests on a table and write the result document", [this] { return Run(run_); }),
                     run_);
         Add("tests", "List the names of the tests", ListTests);
@@ -237,6 +258,18 @@ class CommandLine {
         CLI::App* const command = app_.add_subcommand(name, help);
         actions_.emplace_back(command, std::move(action));
         return *command;
+    }
+
+    ExitStatus RunAnalyze() {
+        const CLI::App& command = *app_.get_subcommand("analyze");
+        for (const CLI::Option* const option : command.parse_order()) {
+            for (const auto& [name, family] :
+                 {std::pair{"--one-sample", TestFamily::kOneSample}, std::pair{"--related", TestFamily::kRelated},
+                  std::pair{"--independent", TestFamily::kIndependent}}) {
+                if (option->get_name() == name) analyze_.familyOrder.push_back(family);
+            }
+        }
+        return Analyze(analyze_);
     }
 
     static OptionDescription Describe(const CLI::Option& option) {

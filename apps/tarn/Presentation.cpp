@@ -65,18 +65,23 @@ const MessageCatalogue& Texts() {
 }
 
 std::string Present(const std::string& document, ReportFormat format, const std::string& name) {
-    const ResultDocument result = ReadResult(document, name);
+    if (format != ReportFormat::kXml) return Present(ReadResult(document, name), format, {});
+    static_cast<void>(ReadResult(document, name));  // throws for what is none
+    return document;
+}
+
+std::string Present(const ResultDocument& result, ReportFormat format, const std::vector<std::string>& notes) {
     switch (format) {
         case ReportFormat::kText:
-            return TextReport(result, Texts(), StyleOfTerminal());
+            return TextReport(result, Texts(), StyleOfTerminal(), notes);
         case ReportFormat::kJson:
-            return JsonReport(result, Texts());
+            return JsonReport(result, Texts(), notes);
         case ReportFormat::kCsv:
             return CsvReport(result, Texts());
         case ReportFormat::kXml:
             break;
     }
-    return document;
+    return "";
 }
 
 std::string PresentShortly(const std::string& document) {

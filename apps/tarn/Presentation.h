@@ -21,6 +21,10 @@ const MessageCatalogue& Texts();
 /// document in an `InputError`, which is thrown if it is none.
 std::string Present(const std::string& document, ReportFormat format, const std::string& name = "the result document");
 
+/// The same of a document that is read already, with notes on the whole run. Not for `kXml`, which is the document
+/// itself.
+std::string Present(const ResultDocument& result, ReportFormat format, const std::vector<std::string>& notes);
+
 /// The short table of a result document.
 std::string PresentShortly(const std::string& document);
 

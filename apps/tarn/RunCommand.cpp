@@ -12,6 +12,7 @@
 #include "host/InputError.h"
 #include "host/JsonDocument.h"
 #include "host/WholeFile.h"
+#include "host/engine/InputNotes.h"
 #include "host/engine/SettingsDocument.h"
 
 namespace tarn {
@@ -24,6 +25,10 @@ constexpr const char* kRequestCaseId = "caseIDField";
 constexpr const char* kUserMissing = "userMissing";
 constexpr const char* kExclude = "exclude";
 
+void TellWeights(const Table& table, WeightRule rule) {
+    if (const std::string note = WeightNote(table, rule); !note.empty()) TellNotes({note});
+}
+
 RunOutcome RunPlanFile(const RunOptions& options, Interrupt& interrupt) {
     ByteSource source(options.planPath);
     PlanSettings plan = ReadPlan(source);
@@ -32,6 +37,7 @@ RunOutcome RunPlanFile(const RunOptions& options, Interrupt& interrupt) {
         plan.settings.AddSetting(kPlanCaseId, *options.caseIdField);
     }
     Table table = LoadTableOf(options.table, true);
+    TellWeights(table, WeightRule::kCut);
     ProgressBar progress(!options.output.quiet);
     return RunPlan(plan, table, interrupt, progress);
 }
@@ -44,6 +50,7 @@ RunOutcome RunSettingsFile(const RunOptions& options, Interrupt& interrupt) {
     const std::string document = MakeSettingsDocument(request, source.Name());
     const auto userMissing = request.find(kUserMissing);
     const Table table = LoadTableOf(options.table, userMissing != request.end() && *userMissing == kExclude);
+    TellWeights(table, WeightRule::kRounded);
     ProgressBar progress(!options.output.quiet);
     return RunRequest(document, table, interrupt, progress);
 }

@@ -24,6 +24,7 @@ Table LoadTableOf(const TableOptions& options, bool excludeUserMissing,
     load.nominal = options.nominal;
     load.ordinal = options.ordinal;
     load.continuous = options.continuous;
+    load.orders = options.orders;
     load.weightField = options.weightField;
     load.nominalByDefault = nominalByDefault;
     ByteSource source(options.dataPath);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "host/table/Table.h"
+#include "host/table/TableLoader.h"
 
 namespace tarn {
 
@@ -16,6 +17,7 @@ struct TableOptions {
     std::vector<std::string> nominal;
     std::vector<std::string> ordinal;
     std::vector<std::string> continuous;
+    std::vector<FieldOrder> orders;
 };
 
 /// Reads the table. `excludeUserMissing`: whether the user-missing values of its fields are missing.

@@ -43,7 +43,7 @@ TEST_F(Analyze, ShowsTheTableOnStandardOutput) {
     const CommandResult result = Run({"--related", "before,after", "--tests", "sign"});
     EXPECT_EQ(result.exitStatus, 0) << result.err;
     EXPECT_TRUE(result.out.starts_with("1. Sign test: before, after\n   H0: ")) << result.out;
-    EXPECT_NE(result.out.find("   N                     5\n"), std::string::npos) << result.out;
+    EXPECT_NE(result.out.find("   N: 5 of 6 cases (1 missing)\n"), std::string::npos) << result.out;
     EXPECT_NE(result.out.find("   p                     .375      exact, decides\n"), std::string::npos) << result.out;
     EXPECT_NE(result.out.find("   Decision: retain the null hypothesis at the level 0.05\n"), std::string::npos);
     EXPECT_NE(result.out.find("(220916)\n"), std::string::npos) << result.out;

@@ -19,11 +19,16 @@ using Lines = std::vector<std::string>;
 /// A statistic whose definition no library shares.
 constexpr double kNotCompared = -1;
 
-/// The table that one test of hours of sleep by a nominal field shows.
-Lines TableOf(const std::string& test, const std::string& group, const std::string& comparison) {
-    const harness::CommandResult result =
-        harness::RunTarn({"analyze", harness::SourcePath("examples/sleep_clinic.csv"), "--independent", "hours_after",
-                          "--group", group, "--tests", test, "--compare", comparison});
+/// The table that one test of hours of sleep by a field of words shows; with the order of the words, where it counts.
+Lines TableOf(const std::string& test, const std::string& group, const std::string& comparison,
+              const std::string& order = "") {
+    std::vector<std::string> arguments{"analyze",       harness::SourcePath("examples/sleep_clinic.csv"),
+                                       "--independent", "hours_after",
+                                       "--group",       group,
+                                       "--tests",       test,
+                                       "--compare",     comparison};
+    if (!order.empty()) arguments.insert(arguments.end(), {"--order", group + "=" + order});
+    const harness::CommandResult result = harness::RunTarn(arguments);
     EXPECT_EQ(result.exitStatus, 0) << result.err;
     EXPECT_TRUE(result.out.starts_with("1. ")) << result.out;
     EXPECT_EQ(result.out.find("\n2. "), std::string::npos) << result.out;
@@ -67,7 +72,7 @@ Lines NamesInSubsets(const Lines& table) {
 
 TEST(GroupTests, KruskalWallisComparesPairsByName) {
     const Lines table = TableOf("kruskal-wallis", "arm", "pairwise");
-    EXPECT_EQ(RowOf(table, "N"), Lines{"303"});
+    EXPECT_EQ(RowOf(table, "N:"), (Lines{"303", "of", "320", "cases", "(17", "missing)"}));
     EXPECT_EQ(RowOf(table, "Statistic"), Lines{"12.8788"});
     EXPECT_EQ(RowOf(table, "p").front(), ".002");
     EXPECT_EQ(RowOf(table, "high").front(), "175.843");  // rankdata
@@ -88,23 +93,23 @@ TEST(GroupTests, KruskalWallisFindsSubsetsByName) {
 }
 
 TEST(GroupTests, JonckheereComparesPairsByName) {
-    const Lines table = TableOf("jonckheere", "arm", "pairwise");
+    const Lines table = TableOf("jonckheere", "arm", "pairwise", "high,low,placebo");
     EXPECT_EQ(RowOf(table, "Statistic"), Lines{"12296.5"});
     const Lines pairs = Below(table, "Pairs");
-    EXPECT_EQ(RowOf(pairs, "high - low").front(), "4106");
-    EXPECT_EQ(RowOf(pairs, "high - placebo").front(), "3631.5");
-    EXPECT_EQ(RowOf(pairs, "low - placebo").front(), "4559");
+    EXPECT_EQ(RowOf(pairs, "high < low").front(), "4106");
+    EXPECT_EQ(RowOf(pairs, "high < placebo").front(), "3631.5");
+    EXPECT_EQ(RowOf(pairs, "low < placebo").front(), "4559");
 }
 
 TEST(GroupTests, JonckheereFindsSubsetsByName) {
-    const Lines table = TableOf("jonckheere", "quality", "stepwise");
+    const Lines table = TableOf("jonckheere", "quality", "stepwise", "fair,good,poor,very good");
     EXPECT_EQ(RowOf(table, "Statistic"), Lines{"21538"});
     EXPECT_EQ(NamesInSubsets(table), (Lines{"fair", "good", "poor", "very good"}));  // in the order of the groups
 }
 
 TEST(GroupTests, MedianComparesPairsByName) {
     const Lines table = TableOf("median", "arm", "pairwise");
-    EXPECT_EQ(RowOf(table, "N"), Lines{"303"});
+    EXPECT_EQ(RowOf(table, "N:"), (Lines{"303", "of", "320", "cases", "(17", "missing)"}));
     EXPECT_EQ(RowOf(table, "Statistic"), Lines{"9.21352"});
     EXPECT_EQ(RowOf(table, "p").front(), ".010");
     EXPECT_EQ(RowOf(table, "Median of all"), Lines{"6.1"});

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/table/Table.h"
+#include "host/table/TableLoader.h"
+
+namespace tarn {
+
+/// What becomes of frequency weights: rounded to the nearest whole number on the way of a request, cut towards zero by
+/// the engine itself on that of a plan.
+enum class WeightRule { kRounded, kCut };
+
+/// How many records have weights that were changed or don't count, and what the weights add up to before and after; ""
+/// where every weight counts as it stands, or where there are none.
+std::string WeightNote(const Table& table, WeightRule rule);
+
+/// That case identifiers occur more than once while the records are tested as independent ones; "" where they don't.
+/// `fields` are those that are tested so.
+std::string RepeatedCasesNote(const Table& table, const std::string& caseIdField,
+                              const std::vector<std::string>& fields);
+
+/// A note for each told order with categories that never occur.
+std::vector<std::string> UnusedCategoryNotes(const Table& table, const std::vector<FieldOrder>& orders);
+
+}  // namespace tarn
