@@ -118,7 +118,6 @@ class Builder {
             if (!IsAsked(family)) continue;
             for (const std::string& test : TestsOf(family)) CheckOrdersFor(*FindTestName(family, test));
         }
-        if (IsAsked(TestFamily::kIndependent)) CheckRankable();
     }
 
     void CheckOrdersFor(const TestName& test) const {
@@ -128,11 +127,18 @@ class Builder {
         }
         const bool scores = test.requestKey == "RMarginalHomogeneity";
         if (!scores && !RanksValues(test)) return;
-        for (const std::string& field : FieldsOf(test.family)) {
-            const Column& column = ColumnOf(field);
-            if (!column.IsText() || column.IsOrderTold()) continue;
-            if (scores) FailWithoutOrder(test.name, " scores the categories of ", column);
-            if (column.level == FieldLevel::kOrdinal) FailWithoutOrder(test.name, " ranks ", column);
+        const std::vector<std::string>& fields = FieldsOf(test.family);
+        const auto isWords = [&](const std::string& field) {
+            return ColumnOf(field).IsText() && !ColumnOf(field).IsOrderTold();
+        };
+        // A test of related fields needs all of them. Of the others the engine leaves out a nominal field of words with
+        // a warning, so that the rest is tested.
+        const bool needsAll = test.family == TestFamily::kRelated || std::ranges::all_of(fields, isWords);
+        for (const std::string& field : fields) {
+            const bool isMeant = needsAll || ColumnOf(field).level == FieldLevel::kOrdinal;
+            if (isMeant && isWords(field)) {
+                FailWithoutOrder(test.name, scores ? " scores the categories of " : " ranks ", ColumnOf(field));
+            }
         }
     }
 
@@ -141,17 +147,6 @@ class Builder {
         constexpr std::array<std::string_view, 6> kTakeCategories{"OBinomial", "OChiSquare", "ORuns",
                                                                   "RMcNemar",  "RCochransQ", "RMarginalHomogeneity"};
         return std::ranges::find(kTakeCategories, test.requestKey) == kTakeCategories.end();
-    }
-
-    /// With nothing but words among the fields no test of groups is left.
-    void CheckRankable() const {
-        const auto isWords = [&](const std::string& field) {
-            return ColumnOf(field).IsText() && !ColumnOf(field).IsOrderTold();
-        };
-        if (!std::ranges::all_of(options_.independent, isWords)) return;
-        const std::vector<std::string> tests = TestsOf(TestFamily::kIndependent);
-        FailWithoutOrder(tests.empty() ? "--independent" : tests.front(), " ranks ",
-                         ColumnOf(options_.independent.front()));
     }
 
     [[noreturn]] static void FailWithoutOrder(std::string_view test, const char* does, const Column& column) {

@@ -107,6 +107,9 @@ TEST_F(Misreadings, AnOrderOfWordsIsNotTakenFromTheAlphabet) {
     EXPECT_TRUE(Holds(Refusal({"--independent", "answer,breaks", "--group", "Survived", "--ordinal", "answer"}),
                       "mann-whitney ranks answer"));
     EXPECT_TRUE(Holds(Refusal({"--independent", "answer", "--group", "Survived"}), "mann-whitney ranks answer"));
+    EXPECT_TRUE(Holds(Refusal({"--related", "score,answer", "--tests", "sign"}), "sign ranks answer"));
+    EXPECT_TRUE(
+        Holds(Refusal({"--one-sample", "answer", "--tests", "kolmogorov-smirnov"}), "kolmogorov-smirnov ranks answer"));
     EXPECT_TRUE(Holds(Refusal({"--related", "answer,after", "--ordinal", "answer,after", "--tests", "wilcoxon"}),
                       "wilcoxon ranks answer"));
 }
