@@ -16,9 +16,12 @@ std::string ExplainTest(const TestTexts& test) {
     TextTable table({{""}, {""}});
     const std::pair<const char*, const std::string&> lines[] = {
         {"Named", test.name},    {"Family", test.family},   {"Question", test.question}, {"Assumes", test.assumes},
-        {"Chosen", test.chosen}, {"Decides", test.decides}, {"Source", test.source},
+        {"Chosen", test.chosen}, {"Decides", test.decides}, {"Method", test.method},     {"Pairs", test.pairs},
+        {"Subsets", test.steps}, {"Source", test.source},
     };
-    for (const auto& [title, text] : lines) table.AddRow({title, text});
+    for (const auto& [title, text] : lines) {
+        if (!text.empty()) table.AddRow({title, text});
+    }
     return test.title + "\n" + table.ToText();
 }
 

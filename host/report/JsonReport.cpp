@@ -96,7 +96,10 @@ Json FiguresJson(const std::vector<Figure>& figures) {
 }
 
 Json ComparisonsJson(const TestReading& reading) {
-    Json json{{"pairs", Json::array()}, {"subsets", Json::array()}};
+    Json json{{"pairs_method", NameOrNull(reading.pairsMethod)},
+              {"pairs", Json::array()},
+              {"subsets_method", NameOrNull(reading.subsetsMethod)},
+              {"subsets", Json::array()}};
     for (const PairComparison& pair : reading.pairs) {
         json["pairs"].push_back({{"first", pair.first},
                                  {"second", pair.second},
@@ -151,6 +154,7 @@ Json TestJson(const TestResult& test, const TestReading& reading,
               {"group", NameOrNull(reading.group)},
               {"condition", {{"key", test.conditionKey}, {"parameters", test.parameters}, {"text", reading.statement}}},
               {"decision", NameOrNull(reading.decision)},
+              {"method", NameOrNull(reading.method)},
               {"n", ValueOf(reading.n)},
               {"n_total", ValueOf(reading.totalN)},
               {"direction", NameOrNull(reading.direction.Text())},

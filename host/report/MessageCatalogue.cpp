@@ -189,7 +189,8 @@ void MessageCatalogue::Add(const std::string& text, const std::string& name) {
             const std::pair<const char*, std::string TestTexts::*> members[] = {
                 {"title", &TestTexts::title},       {"name", &TestTexts::name},       {"family", &TestTexts::family},
                 {"question", &TestTexts::question}, {"assumes", &TestTexts::assumes}, {"chosen", &TestTexts::chosen},
-                {"decides", &TestTexts::decides},   {"source", &TestTexts::source},
+                {"decides", &TestTexts::decides},   {"method", &TestTexts::method},   {"pairs", &TestTexts::pairs},
+                {"steps", &TestTexts::steps},       {"source", &TestTexts::source},
             };
             for (const auto& [key, member] : members) {
                 const auto found = described.find(key);

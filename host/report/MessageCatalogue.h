@@ -19,6 +19,9 @@ struct TestTexts {
     std::string assumes;
     std::string chosen;   ///< when the automatic choice takes it
     std::string decides;  ///< which significance decides
+    std::string method;   ///< the convention of its numbers, one line
+    std::string pairs;    ///< how it compares pairs of samples; "" for a test that doesn't
+    std::string steps;    ///< how it searches for homogeneous subsets; "" for a test that doesn't
     std::string source;   ///< author and year
 };
 

@@ -311,6 +311,14 @@ void ReadCases(const TestResult& test, const ResultDocument& document, TestReadi
     reading.isMissing = TakesAllThatMissNothing(test, total);
 }
 
+/// A convention is told beside the numbers that follow it, and not where a test ended without them.
+void ReadMethods(const TestTexts* about, TestReading& reading) {
+    if (about == nullptr) return;
+    if (!reading.statistics.empty() || !reading.intervals.empty()) reading.method = about->method;
+    if (!reading.pairs.empty()) reading.pairsMethod = about->pairs;
+    if (!reading.subsets.empty()) reading.subsetsMethod = about->steps;
+}
+
 std::string FamilyOf(const std::string& classification) {
     if (classification == "One_Sample") return "one-sample";
     return classification == "Related_Samples" ? "related" : "independent";
@@ -389,6 +397,7 @@ TestReading ReadTest(const TestResult& test, const ResultDocument& document, con
     ReadCases(test, document, reading);
     reading.counts = ReadCounts(test, document);
     reading.scales = ScalesOf(test, document);
+    ReadMethods(about, reading);
     reading.limits = LimitsPassed(reading, document);
     if (reading.IsBeyondRange(Quantity::kPValue)) reading.decision.clear();
     reading.remarks = RemarksOn(reading, texts);

@@ -107,8 +107,11 @@ struct Scale {
 struct TestReading {
     std::string name;  ///< as in the document
     std::string title;
-    std::string family;     ///< "one-sample", "related" or "independent"
-    std::string statement;  ///< the null hypothesis, or what is estimated
+    std::string family;         ///< "one-sample", "related" or "independent"
+    std::string statement;      ///< the null hypothesis, or what is estimated
+    std::string method;         ///< the convention of the numbers; "" for a test that has none to show
+    std::string pairsMethod;    ///< that of the pairs; "" where none are compared
+    std::string subsetsMethod;  ///< that of the subsets; "" where there are none
     bool isEstimate = false;
     std::vector<std::string> fields;
     std::string group;  ///< the field of the groups; "" for none

@@ -63,6 +63,8 @@ class Block {
         text += Section(PairsTitle(), Pairs());
         text += Section("Homogeneous subsets", Subsets());
         for (const Scale& scale : reading_.scales) text += ScaleLine(scale);
+        text += MethodLine("Method", reading_.method) + MethodLine("Pairs", reading_.pairsMethod) +
+                MethodLine("Subsets", reading_.subsetsMethod);
         for (const TestReading::Note& note : reading_.notes) text += kIndent + NoteLine(note) + "\n";
         for (const std::string& remark : reading_.remarks) text += kIndent + ("Note: " + remark) + "\n";
         for (const EngineLimit* limit : reading_.limits) text += kIndent + LimitLine(*limit, texts_) + "\n";
@@ -265,6 +267,10 @@ class Block {
         std::vector<std::string> cells{title};
         for (const HomogeneousSubset& subset : reading_.subsets) cells.push_back(cellOf(subset));
         table.AddRow(std::move(cells));
+    }
+
+    static std::string MethodLine(const char* title, const std::string& method) {
+        return method.empty() ? "" : kIndent + std::string(title) + ": " + method + "\n";
     }
 
     static std::string NoteLine(const TestReading::Note& note) {

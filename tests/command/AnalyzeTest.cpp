@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "host/report/MessageCatalogue.h"
 #include "tests/harness/Command.h"
 #include "tests/harness/Document.h"
 
@@ -232,6 +233,18 @@ TEST(Tests, AreListedWithAQuestionEach) {
     EXPECT_EQ(result.exitStatus, 0);
     EXPECT_EQ(std::count(result.out.begin(), result.out.end(), '?'), 21);
     EXPECT_NE(result.out.find("  sign "), std::string::npos);
+}
+
+TEST(Tests, AreExplainedWithTheMethodOfTheirNumbers) {
+    const tarn::TestTexts& about = *tarn::MessageCatalogue::English().Test("RCochransQ");
+    const CommandResult cochran = RunTarn({"explain", "cochran"});
+    for (const std::string& text :
+         {"Method    " + about.method, "Pairs     " + about.pairs, "Subsets   " + about.steps}) {
+        EXPECT_NE(cochran.out.find("\n" + text + "\n"), std::string::npos) << cochran.out;
+    }
+    const CommandResult sign = RunTarn({"explain", "sign"});
+    EXPECT_NE(sign.out.find("\nMethod"), std::string::npos) << sign.out;
+    EXPECT_EQ(sign.out.find("\nPairs"), std::string::npos) << sign.out;
 }
 
 }  // namespace

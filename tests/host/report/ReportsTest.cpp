@@ -30,8 +30,9 @@ const MessageCatalogue& Sentences() {
             R"({"status": {"220916": "few cases", "220013": "subset {named:group} is single", "220903": "no {0}"},
                           "condition": {"R_Sign_2": "Signs of {field:0} and {field:1} agree.",
                                         "DefaultAllDistinctValuesUsed_I_KruskalWallis_2": "Groups of {field:1} agree."},
-                          "tests": {"RSign": {"title": "Sign test", "name": "sign"},
-                                    "IKruskalWallis": {"title": "Kruskal-Wallis", "name": "kruskal-wallis"}}})",
+                          "tests": {"RSign": {"title": "Sign test", "name": "sign", "method": "binomial"},
+                                    "IKruskalWallis": {"title": "Kruskal-Wallis", "name": "kruskal-wallis",
+                                                       "method": "ranks", "pairs": "two", "steps": "down"}}})",
             "the texts of the tests");
         return catalogue;
     }();
@@ -62,6 +63,7 @@ TEST(TextReport, TellsATestInABlock) {
               "   Negative differences  4         u below v\n"
               "   Ties                  0\n"
               "   Decision: retain the null hypothesis at the level 0.05\n"
+              "   Method: binomial\n"
               "   Note: few cases (220916)\n");
 }
 
@@ -87,6 +89,9 @@ TEST(TextReport, TellsSamplesPairsAndSubsets) {
               "   statistic   1.25\n"
               "   p           .260\n"
               "   adjusted p  .261\n"
+              "   Method: ranks\n"
+              "   Pairs: two\n"
+              "   Subsets: down\n"
               "   Warning: subset 0, 0 is single (220013)\n");
 }
 
@@ -146,6 +151,9 @@ TEST(JsonReport, HoldsNamesAndNumbers) {
     const json& test = result.at("tests").at(0);
     EXPECT_EQ(test.at("name"), "kruskal-wallis");
     EXPECT_EQ(test.at("condition").at("text"), "Groups of arm agree.");
+    EXPECT_EQ(test.at("method"), "ranks");
+    EXPECT_EQ(test.at("comparisons").at("pairs_method"), "two");
+    EXPECT_EQ(test.at("comparisons").at("subsets_method"), "down");
     EXPECT_EQ(test.at("n"), 12);
     EXPECT_EQ(test.at("statistics").at(0).at("statistic"), 9.26923076923077);
     EXPECT_EQ(test.at("statistics").at(0).at("p_values").at(0).at("decides"), true);
