@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <regex>
 #include <set>
@@ -126,9 +127,38 @@ TEST(EnglishMessages, TellEveryTestOfTheEngine) {
         const TestTexts* const about = MessageCatalogue::English().Test(name);
         ASSERT_NE(about, nullptr) << name;
         for (const std::string* text : {&about->title, &about->name, &about->family, &about->question, &about->assumes,
-                                        &about->chosen, &about->decides, &about->source}) {
+                                        &about->chosen, &about->decides, &about->method, &about->source}) {
             EXPECT_FALSE(text->empty()) << name;
         }
+    }
+}
+
+TEST(EnglishMessages, TellHowTheTestsOfSeveralSamplesCompareThem) {
+    std::set<std::string> comparing;
+    for (const auto& [name, about] : MessageCatalogue::English().Tests()) {
+        EXPECT_EQ(about.pairs.empty(), about.steps.empty()) << name;
+        if (!about.pairs.empty()) comparing.insert(name);
+    }
+    // Those that src/support/MultipleComparison.h has rules for.
+    EXPECT_EQ(comparing, (std::set<std::string>{"IJonckheereTerpstra", "IKruskalWallis", "IMedian", "RCochransQ",
+                                                "RFriedmansTwoWayByRanks", "RKendallsCoefficient"}));
+}
+
+/// The part of a page from a heading with the name of a test to the next heading; "" for none.
+std::string SectionOf(const std::string& page, const std::string& test) {
+    const std::size_t start = page.find("(`" + test + "`)\n");
+    return start == std::string::npos ? "" : page.substr(start, page.find("\n#", start) - start);
+}
+
+// What the outputs say of a test is what the page tells and `make conventions` checks.
+TEST(EnglishMessages, StandOnThePageOfTheConventionsWordByWord) {
+    const std::string page = harness::ReadFile(harness::SourcePath("docs/conventions.md"));
+    for (const auto& [name, about] : MessageCatalogue::English().Tests()) {
+        const std::string section = SectionOf(page, name);
+        std::string lines = "\n\nMethod: " + about.method + "\n";
+        if (!about.pairs.empty()) lines += "\nPairs: " + about.pairs + "\n\nSubsets: " + about.steps + "\n";
+        EXPECT_EQ(section.substr(std::min(section.find("\n\n"), section.size()), lines.size()), lines) << name;
+        EXPECT_NE(section.find("```check\n"), std::string::npos) << name;
     }
 }
 
