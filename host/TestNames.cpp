@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <numeric>
-#include <utility>
 
 namespace tarn {
 
@@ -36,21 +34,6 @@ constexpr std::array kNames{
     TestName{kIndependent, "median", "IKMedian", "IMedian"},
 };
 
-/// The number of letters to change, add or drop (Levenshtein, 1966, Soviet Physics Doklady 10, 707-710).
-std::size_t EditDistance(std::string_view a, std::string_view b) {
-    std::vector<std::size_t> row(b.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        std::size_t diagonal = std::exchange(row[0], i + 1);
-        for (std::size_t j = 0; j < b.size(); ++j) {
-            const std::size_t changed = diagonal + (a[i] == b[j] ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({changed, row[j] + 1, diagonal + 1});
-        }
-    }
-    return row.back();
-}
-
 }  // namespace
 
 std::span<const TestName> TestNames() {
@@ -73,22 +56,6 @@ const TestName* FindTestName(TestFamily family, std::string_view name) {
     const auto found = std::find_if(kNames.begin(), kNames.end(),
                                     [&](const TestName& test) { return test.family == family && test.name == name; });
     return found == kNames.end() ? nullptr : &*found;
-}
-
-std::vector<std::string_view> NearestNames(std::string_view name, std::span<const std::string_view> known) {
-    constexpr std::size_t kAtMost = 3;
-    std::vector<std::string_view> nearest;
-    std::size_t smallest = name.size();  // a name of which nothing is kept is not near
-    for (const std::string_view candidate : known) {
-        const std::size_t distance = EditDistance(name, candidate);
-        if (distance > smallest || distance >= name.size()) continue;
-        if (distance < smallest) nearest.clear();
-        smallest = distance;
-        if (nearest.size() < kAtMost && std::find(nearest.begin(), nearest.end(), candidate) == nearest.end()) {
-            nearest.push_back(candidate);
-        }
-    }
-    return nearest;
 }
 
 }  // namespace tarn

@@ -1,10 +1,9 @@
 #pragma once
 
-#include <optional>
 #include <span>
-#include <string>
 #include <string_view>
-#include <vector>
+
+#include "host/NearestNames.h"  // for those who look for a test and find none of the name
 
 namespace tarn {
 
@@ -28,8 +27,5 @@ std::string_view FamilyTitle(TestFamily family);
 
 /// The test of that name in that family; null for none. Borrowed for the life of the process.
 const TestName* FindTestName(TestFamily family, std::string_view name);
-
-/// The names among `known` that are spelt most like `name`, at most three.
-std::vector<std::string_view> NearestNames(std::string_view name, std::span<const std::string_view> known);
 
 }  // namespace tarn

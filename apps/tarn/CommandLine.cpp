@@ -308,16 +308,29 @@ class CommandLine {
         // An argument that nothing takes is the likelier mistake than the one that it leaves missing.
         const std::vector<std::string> unknown = app_.remaining(true);
         if (unknown.empty()) return Mistake(error.what());
+        const std::string& typed = unknown.front();
+        const std::string name = typed.substr(0, typed.find('='));
+        std::string help = "tarn --help";
         std::vector<std::string> names;
-        for (const auto& [command, action] : actions_) {
-            names.push_back(command->get_name());
-            if (!command->parsed()) continue;
-            for (const CLI::Option* option : command->get_options()) names.push_back(option->get_name());
+        for (const CLI::Option* option : app_.get_options()) {
+            for (const std::string& own : Describe(*option).names) names.push_back(own);
+        }
+        for (const CommandDescription& command : Describe()) {
+            if (app_.get_subcommand_ptr(command.name)->parsed()) {
+                help = "tarn " + command.name + " --help";
+                names.clear();
+                for (const OptionDescription& option : command.options) {
+                    names.insert(names.end(), option.names.begin(), option.names.end());
+                }
+                break;
+            }
+            names.push_back(command.name);
         }
         const std::vector<std::string_view> known(names.begin(), names.end());
-        const std::vector<std::string_view> nearest = NearestNames(unknown.front(), known);
-        return Mistake("unknown argument " + Quoted(unknown.front()) +
-                       (nearest.empty() ? "" : ", did you mean " + std::string(nearest.front()) + "?"));
+        const std::vector<std::string_view> nearest = NearestNames(name, known);
+        return TellMistake("unknown argument " + Quoted(typed) +
+                               (nearest.empty() ? "; " + help + " tells what can be typed" : DidYouMean(nearest)),
+                           ExitStatus::kWrongUsage);
     }
 
     CLI::App app_;

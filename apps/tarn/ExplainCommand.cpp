@@ -47,9 +47,8 @@ ExitStatus ExplainTopic(const std::string& topic) {
     }
     if (found.empty()) {
         const std::vector<std::string_view> nearest = NearestNames(topic, names);
-        throw InputError(
-            Quoted(topic) + " is neither a code nor a test; " +
-            (nearest.empty() ? "tarn tests lists the tests" : "did you mean " + std::string(nearest.front()) + "?"));
+        throw InputError(Quoted(topic) + " is neither a code nor a test" +
+                         (nearest.empty() ? "; tarn tests lists the tests" : DidYouMean(nearest)));
     }
     PrintResult(found);
     return ExitStatus::kDone;

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "host/InputError.h"
+#include "host/NearestNames.h"
 #include "host/table/CellValue.h"
 #include "host/table/CodeTable.h"
 #include "runtime/common/DecimalNumber.h"
@@ -27,8 +28,9 @@ class ColumnFinder {
     std::size_t Find(const std::string& name, const std::string& where) const {
         const auto found = indexByName_.find(name);
         if (found != indexByName_.end()) return found->second;
-        throw InputError(where + ": " + Quoted(name) + "; expected a field of " + sourceName_ + ": " +
-                         Alternatives(names_));
+        const std::string near = DidYouMean(NearestNames(name, names_));
+        throw InputError(where + ": " + Quoted(name) + "; expected a field of " + sourceName_ +
+                         (near.empty() ? ": " + Alternatives(names_) : near));
     }
 
     std::optional<std::size_t> FindIfAny(const std::string& name) const {

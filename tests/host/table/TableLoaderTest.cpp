@@ -362,7 +362,7 @@ TEST(TableLoader, ReadsTheWeightAsContinuous) {
 
 TEST(TableLoader, TellsTheNamesThatTheTableLacks) {
     EXPECT_EQ(ErrorOf("a,b\n", R"({"fields": [{"name": "a"}, {"name": "A"}]})"),
-              R"(fields.json: fields[1].name: "A"; expected a field of data.csv: "a" or "b")");
+              R"(fields.json: fields[1].name: "A"; expected a field of data.csv; did you mean a?)");
     EXPECT_EQ(ErrorOf("a,b\n", R"({"weightField": "n"})"),
               R"(fields.json: weightField: "n"; expected a field of data.csv: "a" or "b")");
     LoadOptions options;
