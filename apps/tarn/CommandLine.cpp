@@ -138,6 +138,8 @@ void DescribeRun(CLI::App& app, RunOptions& run) {
         ->add_option("--settings", run.settingsPath, "A request in the user's terms, as a host hands it to the engine")
         ->option_text("FILE");
     request->require_option(1);
+    Options(app, kHowToTest)
+        .Flag("--strict", run.strict, "Run nothing if the engine would pass over anything in the plan or the request");
     DescribeTable(app, run.table, [&](std::string field) { run.caseIdField = std::move(field); });
     DescribeOutput(app, run.output, "Write the result document there instead of to standard output");
 }

@@ -2,7 +2,6 @@
 
 #include <memory>
 #include <sstream>
-#include <string_view>
 #include <utility>
 
 #include "apps/tarn/PlanData.h"
@@ -39,18 +38,6 @@ RunOutcome Failed(const QKStatus& status) {
     return {false, "", {DescribeMessage(true, status.GetErrorCode(), {})}};
 }
 
-/// A test that the engine does not know is passed over without a word there; its user should hear of it.
-void RemarkUnknownTests(std::size_t requested, RunOutcome& outcome) {
-    // Each test has one element. The document may be large, so it is not read for that.
-    constexpr std::string_view kElement = "<Algorithm ";
-    std::size_t known = 0;
-    for (std::size_t at = 0; (at = outcome.document.find(kElement, at)) != std::string::npos; ++at) ++known;
-    if (known >= requested) return;
-    const std::size_t unknown = requested - known;
-    outcome.remarks.push_back(std::to_string(unknown) + (unknown == 1 ? " requested test is" : " requested tests are") +
-                              " unknown to the engine and left out");
-}
-
 }  // namespace
 
 RunOutcome RunPlan(PlanSettings& plan, Table& table, Interrupt& interrupt, ProgressBar& progress) {
@@ -70,9 +57,7 @@ RunOutcome RunPlan(PlanSettings& plan, Table& table, Interrupt& interrupt, Progr
     std::ostringstream document;
     status = algorithm->WriteResults(document, {"tarn", TARN_VERSION, ""});
     if (status.IsError()) return Failed(status);
-    RunOutcome outcome{true, std::move(document).str(), {}};
-    RemarkUnknownTests(plan.requestedTests, outcome);
-    return outcome;
+    return {true, std::move(document).str(), {}};
 }
 
 }  // namespace tarn

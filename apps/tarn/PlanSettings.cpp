@@ -5,6 +5,9 @@
 
 #include "host/InputError.h"
 #include "host/JsonDocument.h"
+#include "host/engine/KnownKeys.h"
+#include "host/engine/PassedOver.h"
+#include "host/engine/PlanTestNames.h"
 #include "host/engine/SettingShape.h"
 #include "support/QKVecValue.h"
 
@@ -13,8 +16,6 @@ namespace tarn {
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-constexpr const char* kTests = "tests";
 
 /// Turns JSON values into settings and knows where it stands, for its messages.
 class Converter {
@@ -62,6 +63,10 @@ class Converter {
         }
     }
 
+    std::string PlanTest(const std::string& name, const Json& entry, const std::string& path) const {
+        return PlanTestName(name, entry, source_, path);
+    }
+
     [[noreturn]] void Fail(const std::string& path, const std::string& expected) const {
         FailAtKey(source_, path, expected);
     }
@@ -79,16 +84,16 @@ class Converter {
 
 void AddTests(PlanSettings& plan, const Json& tests, const Converter& convert) {
     constexpr const char* kOneTest = "an object with the test's name as its one key";
-    if (!tests.is_array()) convert.Fail(kTests, std::string("an array of tests, each ") + kOneTest);
+    if (!tests.is_array()) convert.Fail(kPlanTests, std::string("an array of tests, each ") + kOneTest);
     for (std::size_t i = 0; i < tests.size(); ++i) {
-        const std::string path = std::string(kTests) + "[" + std::to_string(i) + "]";
+        const std::string path = std::string(kPlanTests) + "[" + std::to_string(i) + "]";
         const Json& test = tests[i];
         if (!test.is_object() || test.size() != 1) convert.Fail(path, kOneTest);
         const std::string name = test.begin().key();
         const std::string inner = path + "." + name;
         if (!test.begin()->is_object()) convert.Fail(inner, "an object with the keys of the test");
-        plan.settings.AddSetting(name, convert.Object(*test.begin(), inner + "."));
-        ++plan.requestedTests;
+        plan.settings.AddSetting(convert.PlanTest(name, *test.begin(), inner),
+                                 convert.Object(*test.begin(), inner + "."));
     }
 }
 
@@ -100,12 +105,13 @@ PlanSettings ReadPlan(ByteSource& source) {
     const Converter convert(source.Name());
     PlanSettings plan;
     for (const auto& [key, value] : document.items()) {
-        if (key == kTests) {
+        if (key == kPlanTests) {
             if (!value.is_null()) AddTests(plan, value, convert);
         } else {
             convert.Add(plan.settings, key, value, key);
         }
     }
+    plan.passedOver = PassedOverInPlan(document, source.Name());
     return plan;
 }
 

@@ -1,21 +1,23 @@
 #pragma once
 
-#include <cstddef>
+#include <string>
+#include <vector>
 
 #include "host/ByteSource.h"
 #include "platform/common/QKSettings.h"
 
 namespace tarn {
 
-/// The execution settings of a plan document, with the number of tests that it asks for.
+/// The execution settings of a plan document.
 struct PlanSettings {
     QKSettings settings;
-    std::size_t requestedTests = 0;
+    /// What the document says and the engine passes over, a line each.
+    std::vector<std::string> passedOver;
 };
 
 /// Reads a plan: a JSON object whose keys become settings in the order written. Its key "tests" holds an array of
-/// objects with one key each, the tests in their order. Throws an `InputError` that names the key and what it should
-/// hold.
+/// objects with one key each, the tests in their order, by their names in the engine or by those of `tarn tests`.
+/// Throws an `InputError` that names the key and what it should hold.
 PlanSettings ReadPlan(ByteSource& source);
 
 }  // namespace tarn

@@ -15,6 +15,7 @@ struct RunOptions {
     std::string planPath;  ///< either this or the next one
     std::string settingsPath;
     std::optional<std::string> caseIdField;
+    bool strict = false;  ///< what the engine would pass over is a mistake, and nothing is run
 };
 
 /// `tarn run`: runs a plan or a request on a table and stores the document. Throws an `InputError` for an input that

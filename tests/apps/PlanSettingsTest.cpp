@@ -108,10 +108,25 @@ TEST(PlanSettings, KeysAndTestsKeepTheirOrder) {
     const tarn::PlanSettings plan = tarn::ReadPlan(source);
     EXPECT_EQ(plan.settings.GetSettingNames(),
               (std::vector<std::string>{"sigLevel", "RSign", "OBinomial", "RSign", "missingTreatment"}));
-    EXPECT_EQ(plan.requestedTests, 3u);
     const auto& entry = static_cast<const QKSettingListValue&>(plan.settings.GetSettingAt(1).GetValue());
     EXPECT_EQ(entry.GetKind(), static_cast<int>(SettingKind::kNestedList));
     EXPECT_EQ(entry.GetListValue().GetSettingNames(), (std::vector<std::string>{"b", "a"}));
+}
+
+TEST(PlanSettings, TestsOfTheListedNamesGoToTheEngineUnderItsOwn) {
+    const QKSettings settings =
+        Read(R"({"tests": [{"sign": {}}, {"wilcoxon": {"variableName": ["a", "b"]}}, {"RSign": {}},
+                                                   {"kolmogorov-smirnov-uniform": {}}, {"nonsense": {}}]})");
+    EXPECT_EQ(settings.GetSettingNames(), (std::vector<std::string>{"RSign", "RWilcoxonSignedRanks", "RSign",
+                                                                    "OKolmogorovSmirnovUniform", "nonsense"}));
+}
+
+TEST(PlanSettings, TellWhatTheEnginePassesOver) {
+    tarn::ByteSource source =
+        tarn::ByteSource::FromMemory("plan.json", R"({"siglevel": 0.1, "tests": [{"RSing": {}}]})");
+    EXPECT_EQ(tarn::ReadPlan(source).passedOver,
+              (std::vector<std::string>{"plan.json: siglevel: unknown key, passed over; did you mean sigLevel?",
+                                        "plan.json: tests[0].RSing: unknown test, passed over; did you mean RSign?"}));
 }
 
 TEST(PlanSettings, TruthValuesInAnArrayAreRefused) {

@@ -33,7 +33,8 @@ class Cases : public testing::TestWithParam<std::string> {
     std::vector<std::string> Arguments(const std::string& out) const {
         const std::string request = Has("plan.json") ? "plan" : "settings";
         std::vector<std::string> arguments{
-            "run", "--data", Path("data.csv"), "--" + request, Path(request + ".json"), "--quiet", "--out", out};
+            "run",     "--strict", "--data", Path("data.csv"), "--" + request, Path(request + ".json"),
+            "--quiet", "--out",    out};
         if (Has("fields.json")) arguments.insert(arguments.end(), {"--fields", Path("fields.json")});
         return arguments;
     }

@@ -193,7 +193,80 @@ TEST_F(RunPlan, UnknownTestAloneGivesADocumentWithoutTests) {
     const CommandResult result = Run({}, kData, R"({"tests": [{"RSing": {"variableName": ["before", "after"]}}]})");
     EXPECT_EQ(result.exitStatus, 0);
     EXPECT_EQ(Document(result.out).TestCount(), 0);
-    EXPECT_NE(result.err.find("1 requested test is unknown to the engine"), std::string::npos) << result.err;
+    EXPECT_NE(result.err.find("plan.json: tests[0].RSing: unknown test, passed over; did you mean RSign?\n"),
+              std::string::npos)
+        << result.err;
+}
+
+// ---- What the engine passes over ----
+
+constexpr const char* kMisspelt =
+    R"({"siglevel": 0.1, "tests": [{"RSign": {"variableName": ["before", "after"], "originVariableName": "arm"}}]})";
+
+TEST_F(RunPlan, WhatIsPassedOverIsToldAndTheRunGoesOn) {
+    const CommandResult plain = Run({"--quiet"});
+    const CommandResult result = Run({"--quiet"}, kData, kMisspelt);
+    EXPECT_EQ(result.exitStatus, 0);
+    EXPECT_EQ(result.out, plain.out);
+    const std::string plan = "tarn: " + folder.Path("plan.json") + ": ";
+    EXPECT_EQ(result.err, plan + "siglevel: unknown key, passed over; did you mean sigLevel?\n" + plan +
+                              "tests[0].RSign.originVariableName: \"arm\", passed over; "
+                              "expected a list of texts or numbers\n");
+    EXPECT_EQ(plain.err, "");
+}
+
+TEST_F(RunPlan, StrictRunsNothingIfAnythingWouldBePassedOver) {
+    const CommandResult result = Run({"--strict", "--out", Out()}, kData, kMisspelt);
+    EXPECT_EQ(result.exitStatus, 2);
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 2) << result.err;
+    EXPECT_EQ(folder.Files(), (std::vector<std::string>{"data.csv", "plan.json"}));
+    EXPECT_EQ(Run({"--strict", "--quiet"}).exitStatus, 0);
+}
+
+TEST_F(RunPlan, RequestsAreHeldToTheSame) {
+    const auto run = [&](const std::string& request, const std::vector<std::string>& more) {
+        std::vector<std::string> arguments{
+            "run",    "--data", folder.Write("data.csv", kData), "--settings", folder.Write("settings.json", request),
+            "--quiet"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return RunTarn(arguments);
+    };
+    const std::string tests = R"("relatedVariables": ["before", "after"], "isAutomaticallyRelated": false,
+                                 "RSign": {"isSelected": true}})";
+    const CommandResult plain = run("{" + tests, {"--strict"});
+    EXPECT_EQ(plain.exitStatus, 0) << plain.err;
+    const CommandResult result = run(R"({"siglevel": 0.1, )" + tests, {});
+    EXPECT_EQ(result.exitStatus, 0);
+    EXPECT_EQ(result.out, plain.out);
+    EXPECT_NE(result.err.find("settings.json: siglevel: unknown key, passed over; did you mean sigLevel?\n"),
+              std::string::npos)
+        << result.err;
+    const CommandResult strict = run(R"({"siglevel": 0.1, )" + tests, {"--strict"});
+    EXPECT_EQ(strict.exitStatus, 2);
+    EXPECT_EQ(strict.out, "");
+}
+
+// ---- The names of tarn tests ----
+
+TEST_F(RunPlan, TheListedNamesGiveTheSameDocument) {
+    const CommandResult listed = Run({"--strict", "--quiet"}, kData,
+                                     R"({"tests": [{"sign": {"variableName": ["before", "after"]}},
+                          {"kolmogorov-smirnov": {"variableName": "before", "groupVariableName": "arm"}}]})");
+    const CommandResult named = Run({"--strict", "--quiet"}, kData,
+                                    R"({"tests": [{"RSign": {"variableName": ["before", "after"]}},
+                          {"IKolmogorovSmirnov": {"variableName": "before", "groupVariableName": "arm"}}]})");
+    EXPECT_EQ(listed.exitStatus, 0) << listed.err;
+    EXPECT_EQ(Document(listed.out).TestCount(), 2);
+    EXPECT_EQ(listed.out, named.out);
+}
+
+TEST_F(RunPlan, AListedNameThatStandsForSeveralTestsIsRefused) {
+    EXPECT_EQ(Refusal({}, kData, R"({"tests": [{"wilcoxon": {}}]})"),
+              "tarn: " + folder.Path("plan.json") +
+                  ": tests[0].wilcoxon: several tests have this name, and its keys don't say which is meant; "
+                  "expected OWilcoxonSignedRanks with one field as variableName or "
+                  "RWilcoxonSignedRanks with a list as variableName\n");
 }
 
 TEST_F(RunPlan, InterruptEndsWithStatus1AndNoFile) {

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+namespace tarn {
+
+// What a plan or a request says and the engine passes over without a word: unknown keys and tests, values of a shape
+// that isn't read, tests of a request that stand where none are looked for. A line each with `source`, the place, what
+// is wrong and what was expected, in the order of the document, which is a JSON object.
+
+/// For a plan. Throws an `InputError` for a test whose name stands for several.
+std::vector<std::string> PassedOverInPlan(const nlohmann::ordered_json& plan, const std::string& source);
+
+/// For a request.
+std::vector<std::string> PassedOverInRequest(const nlohmann::ordered_json& request, const std::string& source);
+
+}  // namespace tarn
