@@ -99,6 +99,15 @@ constexpr std::array kNamedSets{
     NamedSet{"TrimmedControlGroup", "trimmed"},
 };
 
+/// The rows of this test say two tails, and its significance is that of the lower one: few runs alone speak against the
+/// hypothesis.
+void CorrectTails(TestReading& reading) {
+    if (reading.name != "IWaldWolfowitzRuns") return;
+    for (StatisticSet& set : reading.statistics) {
+        for (PValue& p : set.pValues) p.tails = 1;
+    }
+}
+
 void ReadStatisticSets(const ResultTable& table, TestReading& reading) {
     for (const NamedSet& named : kNamedSets) {
         const ResultTable* const set = table.Table(named.table);
@@ -107,6 +116,7 @@ void ReadStatisticSets(const ResultTable& table, TestReading& reading) {
     if (reading.statistics.empty() && table.Find("TestStatistic") != nullptr) {
         reading.statistics.push_back(ReadStatistics(table, ""));
     }
+    CorrectTails(reading);
     if (!reading.statistics.empty() && !reading.isEstimate) MarkDeciding(reading.statistics.back(), reading.name);
 }
 

@@ -192,7 +192,9 @@ TEST(PassedOverInRequest, AreTestsOfIndependentSamplesThatEndTheRequest) {
 
 TEST(PassedOverInRequest, IsNothingOfWhatTheAnalysisAsksFor) {
     tarn::ByteSource data = tarn::ByteSource::FromMemory("data.csv", "x,y,arm\n1,2,a\n2,1,b\n");
-    const tarn::Table table = tarn::LoadTable(data, tarn::TableDescriptor(), tarn::LoadOptions());
+    tarn::LoadOptions load;
+    load.orders = {{"arm", {"a", "b"}}};  // the Jonckheere test needs it
+    const tarn::Table table = tarn::LoadTable(data, tarn::TableDescriptor(), load);
     tarn::AnalysisOptions options;
     options.oneSample = {"x", "arm"};
     options.related = {"x", "y"};
