@@ -11,9 +11,11 @@ namespace {
 /// Where the value of a field comes from.
 struct FieldSource {
     std::size_t column;
-    /// By category index the number that stands for it; empty where the cell goes over as it is.
-    std::vector<double> numberByCategory;
     bool isWeight;
+    /// Whether the cell is a category whose number goes over. A field without any category has such cells, too: all
+    /// of them are missing, which is another number there than here.
+    bool takesNumber;
+    std::vector<double> numberByCategory;
 };
 
 bool IsMissing(const Column& column, double cell) {
@@ -53,11 +55,12 @@ class Preparation {
         const Column& source = table_.Columns()[column];
         PreparedField prepared{field.rename.empty() ? field.name : field.rename, &source, LevelOf(field, source),
                                index == weightColumn_};
-        std::vector<double> numberByCategory;
-        if (prepared.level == FieldLevel::kContinuous) {
-            for (const Category& category : source.categories) numberByCategory.push_back(category.number);
+        FieldSource from{column, prepared.isWeight, source.IsCategorical() && prepared.level == FieldLevel::kContinuous,
+                         {}};
+        if (from.takesNumber) {
+            for (const Category& category : source.categories) from.numberByCategory.push_back(category.number);
         }
-        sources_.push_back({column, std::move(numberByCategory), prepared.isWeight});
+        sources_.push_back(std::move(from));
         data_.fields.push_back(std::move(prepared));
     }
 
@@ -92,7 +95,7 @@ class Preparation {
 
     static double ValueOf(const FieldSource& source, double cell, double weight) {
         if (source.isWeight) return weight;
-        if (source.numberByCategory.empty()) return cell;
+        if (!source.takesNumber) return cell;
         return cell == kMissingCategory ? kMissingNumber : source.numberByCategory[static_cast<std::size_t>(cell)];
     }
 

@@ -76,6 +76,18 @@ TEST_F(Analyze, OrdinalFieldTakesPartByItsNumbersAndIsTold) {
     EXPECT_STREQ(document.Output().child("DataDictionary").attribute("numberOfFields").value(), "2");
 }
 
+TEST_F(Analyze, OrdinalFieldOfUserMissingValuesAloneLeavesNoCase) {
+    const std::string data = folder.Write("nines.csv", "before,grade\n1,9\n2,9\n3,9\n");
+    const std::string fields =
+        folder.Write("fields.json", R"({"fields": [{"name": "grade", "type": "integer", "missingValues": [9]}]})");
+    const CommandResult result =
+        RunTarn({"analyze", data, "--fields", fields, "--related", "before,grade", "--ordinal", "grade", "--tests",
+                 "sign", "--quiet", "--out", folder.Path("result.xml")});
+    ASSERT_EQ(result.exitStatus, 0) << result.err;
+    const Document document(harness::ReadFile(folder.Path("result.xml")));
+    EXPECT_EQ(harness::MessagesOf(document.Test(0)), std::vector<std::string>{"220003 error"});
+}
+
 TEST_F(Analyze, ListwiseTreatmentDropsRecordsThatMissAnyRequiredField) {
     const Document document =
         Result({"--related", "before,after", "--tests", "sign", "--missing", "listwise", "--alpha", "0.1"});
