@@ -136,10 +136,10 @@ unsigned TARNComponentBuilder::ExpandSettings(int* errorCode) {
     TARNSettingsExpansion expansion(modelSettings.get(), &inputAdapter->GetVarList(), executionSettings.get(),
                                     &renamedFields);
     const QKStatus status = expansion.Expand();
+    // A host that takes no further warning has heard enough; whether the run goes on is up to the status alone.
     for (std::size_t i = 0; i < expansion.warningCodes.size(); ++i) {
-        const unsigned answer =
-            CollectMsgs(kWarning, expansion.warningCodes[i].GetErrorCode(), expansion.warningArguments[i], errorCode);
-        if (answer != HX_OK) return answer;
+        const long code = expansion.warningCodes[i].GetErrorCode();
+        if (CollectMsgs(kWarning, code, expansion.warningArguments[i], errorCode) != HX_OK) break;
     }
     return status.IsError() ? ReportError(status.GetErrorCode(), errorCode, HX_FAILED) : unsigned{HX_OK};
 }

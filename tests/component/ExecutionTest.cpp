@@ -308,18 +308,26 @@ class Warnings : public HostedComponent {
  protected:
     Warnings() {
         GivePair();
-        Give(
+        Give(Asking({"RSign"}));
+    }
+
+    /// A request for a chi-square test, which takes none of the two continuous fields and is warned of with 220021,
+    /// and for these tests of the pair.
+    static std::string Asking(const std::vector<std::string>& pairTests) {
+        const auto selected = [](const std::string& test) {
+            return "<Setting name='" + test +
+                   "' kind='list'><Setting name='isSelected' kind='bool' value='true'/></Setting>";
+        };
+        std::string text =
             "<Settings>"
             "<Setting name='oneSampleVariables' kind='stringVector'><Element value='before'/><Element value='after'/>"
             "</Setting>"
             "<Setting name='relatedVariables' kind='stringVector'><Element value='before'/><Element value='after'/>"
             "</Setting>"
-            "<Setting name='isAutomaticallyOneSample' kind='bool' value='false'/>"
-            "<Setting name='OChiSquare' kind='list'><Setting name='isSelected' kind='bool' value='true'/></Setting>"
-            "<Setting name='isAutomaticallyRelated' kind='bool' value='false'/>"
-            "<Setting name='RSign' kind='list'><Setting name='isSelected' kind='bool' value='true'/></Setting>"
-            "<Setting name='done' kind='bool' value='true'/>"
-            "</Settings>");
+            "<Setting name='isAutomaticallyOneSample' kind='bool' value='false'/>" +
+            selected("OChiSquare") + "<Setting name='isAutomaticallyRelated' kind='bool' value='false'/>";
+        for (const std::string& test : pairTests) text += selected(test);
+        return text + "<Setting name='done' kind='bool' value='true'/></Settings>";
     }
 };
 
@@ -331,9 +339,44 @@ TEST_F(Warnings, GoToTheHostWithTheirArgumentsAndStopNothing) {
               std::string::npos);
 }
 
-TEST_F(Warnings, EndTheExecutionWhereTheHostAnswersSo) {
+TEST_F(Warnings, OfOneComponentStayWhenAnotherOneRuns) {
+    ASSERT_EQ(RunAll(), HX_OK);
+    const std::string told = Messages();
+    ASSERT_NE(told.find("220021"), std::string::npos);
+    void* other = nullptr;
+    ASSERT_EQ(library.create(&host.context, nullptr, &other, &errorCode), HX_OK);
+    ASSERT_EQ(library.configure(other, &errorCode), HX_OK);
+    ASSERT_EQ(library.beginExecution(other, &host.progress, &errorCode), HX_OK);
+    EXPECT_EQ(Messages(), told);
+    EXPECT_EQ(library.endExecution(other, &errorCode), HX_OK);
+    EXPECT_EQ(library.destroy(other), HX_OK);
+}
+
+TEST_F(Warnings, AreStoppedByTheHostsAnswerWhileTheRunGoesOn) {
+    // McNemar's test is of categorical fields: 220020.
+    Give(Asking({"RSign", "RMcNemar"}));
+    ASSERT_EQ(RunAll(), HX_OK);
+    ASSERT_STREQ(host.messages, "2 220021 [before ,after]\n2 220020 [McNemar]\n");
+    const std::string document = Document();
+
+    host.messages[0] = '\0';
+    host.messageAnswer = 42;
+    EXPECT_EQ(Begin(), HX_OK);
+    EXPECT_STREQ(host.messages, "2 220021 [before ,after]\n");
+    EXPECT_EQ(Document(), document);
+}
+
+TEST_F(Warnings, AreFollowedByTheErrorOfTheRequestWhateverTheHostAnswered) {
+    Give(Asking({"RMcNemar"}));
     host.messageAnswer = 42;
     EXPECT_EQ(RunAll(), 42u);
+    EXPECT_STREQ(host.messages, "2 220021 [before ,after]\n3 220001\n");
+
+    // A host that answers to warnings alone leaves the failure of the error.
+    host.context.TakeMessage = [](void*, int type, int, const char* const*, size_t, int*) {
+        return type == HX_MESSAGE_WARNING ? 42u : 0u;
+    };
+    EXPECT_EQ(Begin(), HX_FAILED);
     EXPECT_EQ(Document(), "(none)");
 }
 

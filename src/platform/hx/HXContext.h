@@ -47,8 +47,8 @@ typedef struct HXContext {
 
     /// 3: takes a message. `type` is an `HXMessageType`, `code` the whole message, for which the host has the text.
     /// `parameters` are `parameterCount` texts, owned by the component and valid during the call. A result other than
-    /// HX_OK becomes the result of the operation that failed. May be null: messages then stay with
-    /// `hx_component_getMessages`.
+    /// HX_OK becomes, of an error, the result of the operation that failed; of a warning, it says that the host wants
+    /// no further one, and stops nothing else. May be null: messages then stay with `hx_component_getMessages`.
     unsigned (*TakeMessage)(void* handle, int type, int code, const char* const* parameters, size_t parameterCount,
                             int* errorCode);
 
