@@ -64,11 +64,11 @@ bool DataHelper::nextBlock(Block& block, int* errorCode) const {
     Block next;
     std::size_t width = fieldCount_;
     if (CallHost(iterator_, &HXIterator::NextBlock, &next.values, &next.recordCount, &width, errorCode) != HX_OK) {
+        block = Block();
         return false;
     }
-    if (next.recordCount > 0 && (next.values == nullptr || width != fieldCount_)) return false;
     block = next;
-    return true;
+    return next.recordCount == 0 || (next.values != nullptr && width == fieldCount_);
 }
 
 }  // namespace HxCppHelperV1

@@ -36,14 +36,18 @@ int QKPeerIterator::Rewind() {
 bool QKPeerIterator::FetchBlock() {
     if (state_ != kReading) return false;
     DataHelper::Block block;
-    if (!dataHelper_.nextBlock(block, &errorCode_)) return Fail();
+    if (!dataHelper_.nextBlock(block, &errorCode_)) {
+        // Records that don't fit came all the same, and to have none is another failure than theirs.
+        if (block.recordCount > 0) hasDelivered_ = true;
+        return Fail();
+    }
     if (block.recordCount == 0 || fieldCount_ == 0) return EndPass();
 
+    hasDelivered_ = true;
     passSize_ += block.recordCount;
     if (isFirstPass_ ? !HasKnownCategories(block) : passSize_ > firstPassSize_) return Fail();
     next_ = block.values;
     end_ = next_ + block.recordCount * fieldCount_;
-    hasDelivered_ = true;
     return true;
 }
 

@@ -235,10 +235,61 @@ TEST_F(Execution, ALaterPassWithOtherRecordsFailsTheRun) {
     EXPECT_EQ(Document(), first);
 }
 
-TEST_F(Execution, RecordsOfAnotherWidthAreNoRecords) {
+TEST_F(Execution, RecordsOfAnotherWidthDontFitTheModel) {
     GiveRows({{1, 2, 3}, {4, 5, 6}});
     EXPECT_EQ(RunAll(), HX_FAILED);
+    EXPECT_EQ(errorCode, 240038);
+    EXPECT_STREQ(host.messages, "3 240038\n");
+    EXPECT_EQ(Document(), "(none)");
+}
+
+TEST_F(Execution, AnUnknownCategoryInTheFirstBlockDoesntFitTheModel) {
+    GiveExecution(
+        ModelText().Continuous("before").Continuous("after").Categories("c", "nominal", {"a", "b"}, "string").Build());
+    GiveRows({{1, 2, 2}, {1, 2, 1}});
+    EXPECT_EQ(RunAll(), HX_FAILED);
+    EXPECT_EQ(errorCode, 240038);
+    EXPECT_STREQ(host.messages, "3 240038\n");
+}
+
+TEST_F(Execution, RecordsWithoutValuesDontFitTheModel) {
+    host.iterator.NextBlock = [](void*, const double** values, size_t* recordCount, size_t*, int*) {
+        *values = nullptr;
+        *recordCount = 2;
+        return unsigned{HX_OK};
+    };
+    EXPECT_EQ(RunAll(), HX_FAILED);
+    EXPECT_EQ(errorCode, 240038);
+}
+
+TEST_F(Execution, ACodeThatTheHostGaveWithRecordsThatDontFitIsTheReason) {
+    GiveRows({{1, 2, 3}, {4, 5, 6}});
+    host.iterator.NextBlock = [](void* handle, const double** values, size_t* recordCount, size_t* fieldCount,
+                                 int* code) {
+        const auto* tiny = static_cast<const TinyHost*>(handle);
+        *values = tiny->values;
+        *recordCount = tiny->recordCount;
+        *fieldCount = tiny->fieldCount;
+        *code = TINY_FAILURE_CODE;
+        return unsigned{HX_OK};
+    };
+    EXPECT_EQ(RunAll(), HX_FAILED);
+    EXPECT_EQ(errorCode, TINY_FAILURE_CODE);
+}
+
+TEST_F(Execution, ACallThatFailsBeforeAnyRecordDeliversNoneWhateverItGave) {
+    host.iterator.NextBlock = [](void* handle, const double** values, size_t* recordCount, size_t* fieldCount,
+                                 int* code) {
+        const auto* tiny = static_cast<const TinyHost*>(handle);
+        *values = tiny->values;
+        *recordCount = tiny->recordCount;
+        *fieldCount = tiny->fieldCount;
+        *code = TINY_FAILURE_CODE;
+        return unsigned{TINY_FAILURE_RESULT};
+    };
+    EXPECT_EQ(RunAll(), HX_FAILED);
     EXPECT_EQ(errorCode, 240037);
+    EXPECT_STREQ(host.messages, "3 240037\n");
 }
 
 TEST_F(Execution, ACategoryThatTheModelLacksFailsTheRun) {

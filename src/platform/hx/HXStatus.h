@@ -15,14 +15,15 @@ enum HXStatus {
 };
 
 /// What an `errorCode` says. A host may put codes of its own into the `errorCode` of its functions; they come back
-/// to it unchanged. The codes of messages (220001 and above) are told with the messages.
+/// to it unchanged, that of an iterator which fails before any record apart. The codes of messages (220001 and above)
+/// are told with the messages.
 enum HXError {
     HX_ERROR_NO_COMPONENT = 240001,     ///< the component could not be made
     HX_ERROR_SETTINGS = 240002,         ///< the settings document can't be had or is none
     HX_ERROR_DATA_MODEL = 240003,       ///< the data model can't be had or is none
     HX_ERROR_FIELDS = 240004,           ///< the data model describes fields that can't be
     HX_ERROR_NO_REQUIREMENTS = 240005,  ///< asked for the requirements of a component that is not configured
-    HX_ERROR_NO_RECORD = 240037,        ///< the input iterator delivered no record
-    HX_ERROR_RECORDS = 240038,          ///< the input iterator failed, or its records don't fit the data model
+    HX_ERROR_NO_RECORD = 240037,        ///< the input iterator delivered no record, or failed before the first one
+    HX_ERROR_RECORDS = 240038,          ///< the input iterator failed later, or its records don't fit the data model
     HX_ERROR_OUT_OF_MEMORY = 220012
 };

@@ -66,8 +66,8 @@ class DataHelper {
 
     /// Whether the iterator went back to the first record.
     bool rewind(int* errorCode) const;
-    /// Gives the next block, without records at the end. False where the iterator fails or a record has another
-    /// number of values.
+    /// Gives the next block, without records at the end. False where the iterator fails, and `block` is then empty, or
+    /// where a record has another number of values, and `block` then tells the records that came.
     bool nextBlock(Block& block, int* errorCode) const;
 
  private:

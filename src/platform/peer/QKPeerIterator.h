@@ -24,7 +24,7 @@ class QKPeerIterator : public MultiPassRecordIter {
     int GetState() override { return state_; }
     int Rewind() override;
 
-    /// Whether any record was delivered.
+    /// Whether any record was delivered, one that does not fit among them.
     bool HasDelivered() const { return hasDelivered_; }
     bool HasFailed() const { return state_ == kFailed; }
     /// Why the stream failed.
