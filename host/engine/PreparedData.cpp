@@ -4,6 +4,8 @@
 #include <cmath>
 #include <optional>
 
+#include "host/InputError.h"
+
 namespace tarn {
 
 namespace {
@@ -35,6 +37,7 @@ class Preparation {
     Preparation(const Table& table, const Requirements& requirements)
         : table_(table), requirements_(requirements), weightColumn_(table.FindColumn(requirements.weightField)) {
         for (const RequiredField& field : requirements.fields) AddField(field);
+        CheckNames();
         for (const std::string& name : requirements.listwiseDelete) {
             const int column = table.FindColumn(name);
             if (column != Table::kNoColumn) deleteColumns_.push_back(static_cast<std::size_t>(column));
@@ -62,6 +65,19 @@ class Preparation {
         }
         sources_.push_back(std::move(from));
         data_.fields.push_back(std::move(prepared));
+    }
+
+    /// The engine gives the copy of a field a name that is free, but takes that of the first column for free, too.
+    void CheckNames() const {
+        for (const RequiredField& field : requirements_.fields) {
+            if (field.rename.empty() || table_.FindColumn(field.rename) == Table::kNoColumn) continue;
+            const auto bearers = std::count_if(data_.fields.begin(), data_.fields.end(),
+                                               [&](const PreparedField& other) { return other.name == field.rename; });
+            if (bearers < 2) continue;
+            throw InputError("the first column of the table, " + Quoted(field.rename) +
+                             ": the engine gives that name to the numbers of the ordinal field " + Quoted(field.name) +
+                             "; expected another name, or another column in front");
+        }
     }
 
     void AddRecord(const double* cells) {

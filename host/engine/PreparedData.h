@@ -37,7 +37,8 @@ struct PreparedData {
 };
 
 /// Weighs, drops and encodes the records of a table. The result borrows the table's columns. A required field that
-/// the table lacks is left out.
+/// the table lacks is left out. Throws an `InputError` for a table in which a field bears the name that the engine
+/// gives to the copy of another one.
 PreparedData PrepareData(const Table& table, const Requirements& requirements);
 
 }  // namespace tarn

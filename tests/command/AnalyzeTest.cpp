@@ -88,6 +88,39 @@ TEST_F(Analyze, OrdinalFieldOfUserMissingValuesAloneLeavesNoCase) {
     EXPECT_EQ(harness::MessagesOf(document.Test(0)), std::vector<std::string>{"220003 error"});
 }
 
+TEST_F(Analyze, FirstColumnWithTheNameOfACopyIsToldInOneLine) {
+    const std::string data = folder.Write("data.csv", "$_o,o\n1,2\n3,1\n2,3\n");
+    const std::string settings = folder.Write("settings.json",
+                                              R"({"relatedVariables": ["$_o", "o"], "isAutomaticallyRelated": false,
+                                                  "RSign": {"isSelected": true}, "done": true})");
+    const std::string out = folder.Path("result.xml");
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"analyze", data, "--related", "$_o,o", "--ordinal", "o", "--tests", "sign", "--out",
+                                   out},
+          {"run", "--data", data, "--ordinal", "o", "--settings", settings, "--out", out}}) {
+        const CommandResult result = RunTarn(arguments);
+        EXPECT_EQ(result.exitStatus, 2) << arguments.front();
+        EXPECT_EQ(result.err,
+                  "tarn: the first column of the table, \"$_o\": the engine gives that name to the numbers of the "
+                  "ordinal field \"o\"; expected another name, or another column in front\n");
+    }
+    EXPECT_EQ(folder.Files(), (std::vector<std::string>{"data.csv", "settings.json"}));
+}
+
+TEST_F(Analyze, LaterColumnWithTheNameOfACopyIsAFieldLikeAnyOther) {
+    // By hand: $_o - o is -1, 2 and -1.
+    for (const char* table : {"o,$_o\n2,1\n1,3\n3,2\n", "x,$_o,o\n0,1,2\n0,3,1\n0,2,3\n"}) {
+        const CommandResult result =
+            RunTarn({"analyze", folder.Write("data.csv", table), "--related", "$_o,o", "--ordinal", "o", "--tests",
+                     "sign", "--quiet", "--out", folder.Path("result.xml")});
+        ASSERT_EQ(result.exitStatus, 0) << result.err;
+        const Document document(harness::ReadFile(folder.Path("result.xml")));
+        // The copy stands first in the pair, so that a difference is $_o - o.
+        EXPECT_EQ(document.Test(0).Sub("ContinuousDistribution").Row("PositiveDifferences"), "1");
+        EXPECT_EQ(document.Test(0).Sub("ContinuousDistribution").Row("NegativeDifferences"), "2");
+    }
+}
+
 TEST_F(Analyze, ListwiseTreatmentDropsRecordsThatMissAnyRequiredField) {
     const Document document =
         Result({"--related", "before,after", "--tests", "sign", "--missing", "listwise", "--alpha", "0.1"});

@@ -9,6 +9,8 @@
 #include <utility>
 #include <vector>
 
+#include "tests/host/InputErrorOf.h"
+
 namespace tarn {
 namespace {
 
@@ -50,6 +52,17 @@ TEST(PreparedData, ACopyOfAFieldWithoutAnyCategoryMissesAll) {
     const PreparedData data = PrepareData(table, WithCopy("o", "$_o"));
     EXPECT_EQ(data.values,
               (std::vector<double>{kMissingCategory, kMissingNumber, kMissingCategory, kMissingNumber}));
+}
+
+TEST(PreparedData, AFieldThatBearsTheNameOfACopyIsToldInOneLine) {
+    const Table table = TableOf({ContinuousColumn("$_o"), OrdinalColumn("o", {{3, "", ""}})}, {{7, 0}});
+    Requirements requirements = WithCopy("o", "$_o");
+    EXPECT_EQ(PrepareData(table, requirements).values, (std::vector<double>{0, 3})) << "the column itself has no part";
+
+    requirements.fields.push_back({"$_o", FieldEncoding::kNone, ""});
+    EXPECT_EQ(InputErrorOf([&] { PrepareData(table, requirements); }),
+              "the first column of the table, \"$_o\": the engine gives that name to the numbers of the ordinal field "
+              "\"o\"; expected another name, or another column in front");
 }
 
 TEST(PreparedData, AContinuousFieldGoesOverAsItIs) {
