@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <pugixml.hpp>
 
-#include "runtime/common/XmlCharacters.h"
+#include "runtime/common/XmlNodes.h"
 
 namespace QKXML {
 
@@ -60,16 +60,13 @@ namespace {
 
 void Copy(const XMLElement& element, pugi::xml_node target) {
     for (const auto& [name, value] : element.GetAttributes()) {
-        target.append_attribute(name.c_str()) = WithXmlCharactersOnly(value).c_str();
+        XmlNodes::AppendAttribute(target, name.c_str(), value);
     }
     for (const auto& child : element.GetChildren()) {
         if (const XMLElement* childElement = child->AsElement()) {
-            Copy(*childElement, target.append_child(childElement->GetName().c_str()));
+            Copy(*childElement, XmlNodes::AppendElement(target, childElement->GetName().c_str()));
         } else {
-            const auto& text = static_cast<const XMLString&>(*child).GetText();
-            if (!text.empty()) {
-                target.append_child(pugi::node_pcdata).set_value(WithXmlCharactersOnly(text).c_str());
-            }
+            XmlNodes::AppendText(target, static_cast<const XMLString&>(*child).GetText());
         }
     }
 }
@@ -77,14 +74,10 @@ void Copy(const XMLElement& element, pugi::xml_node target) {
 }  // namespace
 
 void WriteTree(std::ostream& out, const char* docType, const XMLElement* root, int flag) {
+    if (flag != 0) out << XmlNodes::kDeclaration;
+    if (docType != nullptr) out << "<!DOCTYPE " << docType << ">";
     pugi::xml_document document;
-    if (flag != 0) {
-        pugi::xml_node declaration = document.append_child(pugi::node_declaration);
-        declaration.append_attribute("version") = "1.0";
-        declaration.append_attribute("encoding") = "UTF-8";
-    }
-    if (docType != nullptr) document.append_child(pugi::node_doctype).set_value(docType);
-    Copy(*root, document.append_child(root->GetName().c_str()));
+    Copy(*root, XmlNodes::AppendElement(document, root->GetName().c_str()));
     document.save(out, "", pugi::format_raw | pugi::format_no_declaration, pugi::encoding_utf8);
 }
 

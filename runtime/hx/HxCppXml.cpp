@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <new>
 #include <pugixml.hpp>
 #include <utility>
 
-#include "runtime/common/XmlCharacters.h"
+#include "runtime/common/XmlNodes.h"
 
 namespace HxCppHelperV1 {
 
@@ -56,7 +57,7 @@ XMLElement XMLElement::findChild(const std::string& name) const {
 }
 
 void XMLElement::addAttribute(const std::string& name, const std::string& value) {
-    NodeOf(node_).append_attribute(name.c_str()) = WithXmlCharactersOnly(value).c_str();
+    XmlNodes::AppendAttribute(NodeOf(node_), name.c_str(), value);
 }
 
 void XMLElement::removeAttribute(const std::string& name) {
@@ -64,15 +65,15 @@ void XMLElement::removeAttribute(const std::string& name) {
 }
 
 XMLElement XMLElement::addChild(const std::string& name) {
-    return XMLElement(DataOf(NodeOf(node_).append_child(name.c_str())));
+    return XMLElement(DataOf(XmlNodes::AppendElement(NodeOf(node_), name.c_str())));
 }
 
 XMLElement XMLElement::addCopy(const XMLElement& source) {
-    return XMLElement(DataOf(NodeOf(node_).append_copy(NodeOf(source.node_))));
+    return XMLElement(DataOf(XmlNodes::AppendCopy(NodeOf(node_), NodeOf(source.node_))));
 }
 
 void XMLElement::addText(const std::string& text) {
-    if (!text.empty()) NodeOf(node_).append_child(pugi::node_pcdata).set_value(WithXmlCharactersOnly(text).c_str());
+    XmlNodes::AppendText(NodeOf(node_), text);
 }
 
 void XMLElement::setText(const std::string& text) {
@@ -86,14 +87,9 @@ void XMLElement::removeChildren(const std::string& name) {
 }
 
 std::string XMLElement::doc2string(const XMLDocument& document) {
-    pugi::xml_document declared;
-    pugi::xml_node declaration = declared.append_child(pugi::node_declaration);
-    declaration.append_attribute("version") = "1.0";
-    declaration.append_attribute("encoding") = "UTF-8";
-    constexpr unsigned kFlags = pugi::format_raw | pugi::format_no_declaration;
     StringWriter writer;
-    declared.save(writer, "", kFlags, pugi::encoding_utf8);
-    NodeOf(document.getRoot().node_).print(writer, "", kFlags, pugi::encoding_utf8);
+    writer.text = XmlNodes::kDeclaration;
+    NodeOf(document.getRoot().node_).print(writer, "", pugi::format_raw, pugi::encoding_utf8);
     return std::move(writer.text);
 }
 
@@ -103,7 +99,7 @@ XMLDocument XMLDocument::WithRoot(const std::string& name) {
     XMLDocument document;
     if (name.empty()) return document;
     document.content_ = std::make_shared<XMLContent>();
-    document.content_->document.append_child(name.c_str());
+    XmlNodes::AppendElement(document.content_->document, name.c_str());
     return document;
 }
 
@@ -113,6 +109,7 @@ XMLDocument XMLDocument::FromText(const std::string& text) {
     // A text of blanks alone is a text where it is all that an element holds.
     constexpr unsigned kFlags = pugi::parse_default | pugi::parse_ws_pcdata_single;
     const auto parsed = content->document.load_buffer(text.data(), text.size(), kFlags, pugi::encoding_utf8);
+    if (parsed.status == pugi::status_out_of_memory) throw std::bad_alloc();
     // The parser takes several roots; XML does not.
     const auto isElement = [](const pugi::xml_node& node) { return node.type() == pugi::node_element; };
     if (parsed && std::count_if(content->document.begin(), content->document.end(), isElement) == 1) {

@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "platform/common/FieldTypeText.h"
-#include "runtime/common/XmlCharacters.h"
+#include "runtime/common/XmlNodes.h"
 
 namespace {
 
@@ -14,25 +14,24 @@ constexpr const char* kPmmlNamespace = "http://www.dmg.org/PMML-4_4";
 /// The reason of an export that did not come about; it stays inside.
 constexpr long kNotExported = 1;
 
-void AddAttribute(pugi::xml_node node, const char* name, std::string_view value) {
-    node.append_attribute(name) = WithXmlCharactersOnly(value).c_str();
-}
+using XmlNodes::AppendAttribute;
+using XmlNodes::AppendElement;
 
 void AddUnlessEmpty(pugi::xml_node node, const char* name, std::string_view value) {
-    if (!value.empty()) AddAttribute(node, name, value);
+    if (!value.empty()) AppendAttribute(node, name, value);
 }
 
 void AddField(pugi::xml_node dictionary, const IQKVariable& field) {
-    pugi::xml_node element = dictionary.append_child("DataField");
-    AddAttribute(element, "name", field.GetName());
+    pugi::xml_node element = AppendElement(dictionary, "DataField");
+    AppendAttribute(element, "name", field.GetName());
     AddUnlessEmpty(element, "displayName", field.GetLabel());
-    AddAttribute(element, "optype", FieldTypeText::OpType(field));
-    AddAttribute(element, "dataType", FieldTypeText::DataType(field));
+    AppendAttribute(element, "optype", FieldTypeText::OpType(field));
+    AppendAttribute(element, "dataType", FieldTypeText::DataType(field));
     for (int category = 0; category < field.GetCategoryCount(); ++category) {
-        pugi::xml_node value = element.append_child("Value");
-        AddAttribute(value, "value", field.GetCategoryText(category));
+        pugi::xml_node value = AppendElement(element, "Value");
+        AppendAttribute(value, "value", field.GetCategoryText(category));
         AddUnlessEmpty(value, "displayValue", field.GetCategoryLabel(category));
-        AddAttribute(value, "property", "valid");
+        AppendAttribute(value, "property", "valid");
     }
 }
 
@@ -42,11 +41,11 @@ std::ostream* QKPMMLExporter::ExportDataModel(const QKVarList& varList, const st
                                               ExportFormat format, std::ostream* stream) {
     status_ = QKStatus(kNotExported);
     pugi::xml_document document;
-    pugi::xml_node root = document.append_child("PMML");
-    AddAttribute(root, "version", kPmmlVersion);
-    AddAttribute(root, "xmlns", kPmmlNamespace);
-    pugi::xml_node dictionary = root.append_child("DataDictionary");
-    AddAttribute(dictionary, "numberOfFields", std::to_string(indices.size()));
+    pugi::xml_node root = AppendElement(document, "PMML");
+    AppendAttribute(root, "version", kPmmlVersion);
+    AppendAttribute(root, "xmlns", kPmmlNamespace);
+    pugi::xml_node dictionary = AppendElement(root, "DataDictionary");
+    AppendAttribute(dictionary, "numberOfFields", std::to_string(indices.size()));
     for (const int index : indices) {
         const IQKVariable* field = varList.GetVarAt(index);
         if (field == nullptr || (queryCancel_ != nullptr && queryCancel_->IsCancelled())) return nullptr;

@@ -42,10 +42,11 @@ void DocumentRewriter::Rewrite(const std::string& text, const XMLDocument& docum
     WriteOutput(source.findChild("Extension"), root);
 }
 
-/// A failure leaves the document without this part.
+/// A failure, but for exhausted memory, leaves the document without this part.
 void DocumentRewriter::ExportDataModel(XMLElement root) const {
     QKPMMLExporter exporter(nullptr);
     std::ostringstream stream;
+    stream.exceptions(std::ios::badbit);  // or a stream that runs out of memory would keep it for itself
     const std::ostream* exported =
         exporter.ExportDataModel(varList_, fields_.OriginalIndices(), ExportFormat::kCompact, &stream);
     if (exporter.GetStatus().IsError() || exported == nullptr) return;

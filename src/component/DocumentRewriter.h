@@ -14,7 +14,8 @@ class DocumentRewriter {
                      const ExecutionRequirements::RenamedFields& renamed)
         : helper_(helper), varList_(varList), fields_(varList, renamed) {}
 
-    /// Writes the planner's text into a document whose root is empty. What the text lacks, the document lacks.
+    /// Writes the planner's text into a document whose root is empty. What the text lacks, the document lacks. Throws a
+    /// `std::bad_alloc` where no memory is left for the whole of it.
     void Rewrite(const std::string& text, const HxCppHelperV1::XMLDocument& document) const;
 
  private:

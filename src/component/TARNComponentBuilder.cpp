@@ -1,5 +1,6 @@
 #include "component/TARNComponentBuilder.h"
 
+#include <new>
 #include <sstream>
 #include <utility>
 
@@ -178,9 +179,18 @@ unsigned TARNComponentBuilder::WriteDocument(int* errorCode) {
     QKOutputParameters parameters;
     GetHostInformation(parameters);
     std::ostringstream text;
+    text.exceptions(std::ios::badbit);  // or a stream that runs out of memory would end the text and say nothing
     const QKStatus written = algorithm->WriteResults(text, parameters);
     if (written.IsError()) return ReportError(written.GetErrorCode(), errorCode, HX_FAILED);
-    return StoreDocument(RewriteDocument(std::move(text).str()), errorCode);
+    std::string document;
+    try {
+        document = RewriteDocument(std::move(text).str());
+    } catch (const std::bad_alloc&) {
+        // What the second stage held is given back by now, so that there is room to tell of it.
+        *errorCode = HX_ERROR_OUT_OF_MEMORY;
+        return ReportError(HX_ERROR_OUT_OF_MEMORY, errorCode, HX_FAILED);
+    }
+    return StoreDocument(document, errorCode);
 }
 
 std::string TARNComponentBuilder::RewriteDocument(const std::string& text) const {

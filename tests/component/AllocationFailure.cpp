@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <new>
+#include <pugixml.hpp>
 
 namespace {
 
@@ -19,6 +20,13 @@ bool FailsNow() {
     if (!failsForGood) successesLeft = kNever;
     return hasFailed = true;
 }
+
+/// The XML library has allocations of its own, and answers to a failed one with null.
+void* AllocateForXml(std::size_t size) {
+    return FailsNow() ? nullptr : std::malloc(size);
+}
+
+[[maybe_unused]] const bool isXmlIncluded = (pugi::set_memory_management_functions(AllocateForXml, std::free), true);
 
 }  // namespace
 

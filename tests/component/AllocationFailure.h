@@ -1,6 +1,6 @@
 #pragma once
 
-/// Makes allocations of the whole program fail, the library's included.
+/// Makes allocations of the whole program fail, those of the library and of the XML library included.
 namespace component_test {
 
 /// While it lives, the allocation after the next `successes` ones fails, and with `andAllAfter` all that follow.

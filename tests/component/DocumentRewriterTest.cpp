@@ -5,12 +5,14 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <new>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "component/DocumentRewriter.h"
 #include "component/FieldReferences.h"
+#include "tests/component/AllocationFailure.h"
 
 namespace component_test {
 
@@ -271,6 +273,38 @@ TEST_F(Rewriting, BlanksAndSignsInTextsSurvive) {
     EXPECT_EQ(inner.findChild("Attribute").getAttribute("value"), "a <b> & \"c\"\n\td  e");
     EXPECT_EQ(inner.findChild("SimpleTable").findChild("RowNames").getText(), " ");
     EXPECT_EQ(inner.findChild("SimpleTable").findChild("Row").getText(), " x  y ");
+}
+
+TEST_F(Rewriting, ADocumentThatFindsNoMemoryIsNone) {
+    // Long texts make the XML library ask for memory at every place of the way.
+    const std::string longText(9000, 'x');
+    const std::string text = "<Tabulon><PMMLModel modelID=\"" + longText +
+                             "\"/><Extension><TARNOutput><DataDictionary>" + DataField("0", "a") +
+                             "</DataDictionary><NonParametricTests>" +
+                             Algorithm("RCochransQ", Condition(Row("%0", "1;2;3;4") + Row("n", longText)) +
+                                                         TableOf("PairwiseResult",
+                                                                 Simple("PairwiseInfo", longText, {"0;1", longText}))) +
+                             "</NonParametricTests><FieldInfos>" + FieldInfo("0") +
+                             "</FieldInfos></TARNOutput></Extension></Tabulon>";
+    const std::string whole = Rewritten(text);
+    int failures = 0;
+    for (bool failed = true; failed; ++failures) {
+        SCOPED_TRACE(failures);
+        std::string rewritten;
+        bool threw = false;
+        {
+            const AllocationFailure failure(failures);
+            try {
+                rewritten = Rewritten(text);
+            } catch (const std::bad_alloc&) {
+                threw = true;
+            }
+            failed = AllocationFailure::HasFailed();
+        }
+        EXPECT_EQ(threw, failed);
+        EXPECT_EQ(rewritten, threw ? "" : whole);
+    }
+    EXPECT_GT(failures, 50);
 }
 
 TEST_F(Rewriting, ATextThatIsNoDocumentLeavesTheRestEmpty) {

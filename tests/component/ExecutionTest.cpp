@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/component/AllocationFailure.h"
 #include "tests/component/HostedComponent.h"
 #include "tests/harness/Document.h"
 
@@ -351,6 +352,31 @@ TEST_F(Execution, FunctionsThatTheHostLacksAreCallsThatFailed) {
     EXPECT_EQ(Configure(), HX_BAD_HANDLE);
     host.context.GetInputIterator = nullptr;
     EXPECT_EQ(Begin(), HX_BAD_HANDLE);
+}
+
+TEST_F(Execution, MemoryExhaustedByTheSecondStageIsToldAndStoresNoDocument) {
+    ASSERT_EQ(RunAll(), HX_OK);
+    const std::string whole = Document();
+    bool reachedTheEnd = false;
+    int toldFailures = 0;
+    for (long successes = 0; !reachedTheEnd; ++successes) {
+        SCOPED_TRACE(successes);
+        tiny_host_free(&host);
+        host.messages[0] = host.calls[0] = '\0';
+        ASSERT_EQ(End(), HX_OK);
+        unsigned result = HX_OK;
+        {
+            const AllocationFailure failure(successes);
+            result = Begin();
+            reachedTheEnd = !AllocationFailure::HasFailed();
+        }
+        if (result == HX_OK) continue;
+        EXPECT_EQ(result, HX_FAILED);
+        EXPECT_EQ(Document(), "(none)");
+        if (host.messages == std::string("3 220012\n") && errorCode == HX_ERROR_OUT_OF_MEMORY) ++toldFailures;
+    }
+    EXPECT_GT(toldFailures, 20);
+    EXPECT_EQ(Document(), whole);
 }
 
 // ---- What the expansion leaves out ----

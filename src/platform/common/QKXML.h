@@ -58,7 +58,8 @@ class XMLElement : public XMLNode {
     std::vector<std::shared_ptr<const XMLNode>> children_;
 };
 
-/// Writes the tree under `root` as a document in UTF-8, without any white space of its own.
+/// Writes the tree under `root` as a document in UTF-8, without any white space of its own. Throws a `std::bad_alloc`
+/// where no memory is left; a stream keeps one of its own to itself unless it is told to throw.
 /// `docType`: name of a document type to declare, or null. `flag`: not 0 puts the XML declaration in front.
 void WriteTree(std::ostream& out, const char* docType, const XMLElement* root, int flag);
 

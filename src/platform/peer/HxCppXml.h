@@ -12,7 +12,8 @@ class XMLDocument;
 /// An element of an `XMLDocument`: a view, valid as long as the document and the element in it are. Reading from an
 /// element that is not valid gives empty texts and further such elements; writing to it does nothing.
 ///
-/// Texts are UTF-8; what XML can't hold (control characters, broken UTF-8) is written as U+FFFD.
+/// Texts are UTF-8; what XML can't hold (control characters, broken UTF-8) is written as U+FFFD. Where no memory is
+/// left, writing throws a `std::bad_alloc`, so that a document is whole or is none.
 class XMLElement {
  public:
     XMLElement() = default;
@@ -60,7 +61,8 @@ class XMLDocument {
 
     /// A new document with an empty root; without a root where that can't be its name.
     static XMLDocument WithRoot(const std::string& name);
-    /// The document of a text; without a root where the text is not well formed.
+    /// The document of a text; without a root where the text is not well formed. Both throw a `std::bad_alloc` where no
+    /// memory is left.
     static XMLDocument FromText(const std::string& text);
 
     XMLElement getRoot() const&;

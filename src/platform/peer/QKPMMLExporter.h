@@ -23,7 +23,8 @@ class QKPMMLExporter {
     explicit QKPMMLExporter(QKQueryCancel* queryCancel) : queryCancel_(queryCancel) {}
 
     /// Writes the fields with these indices, in this order, into `stream`, and returns it; null where nothing was
-    /// written: the query said to stop, or an index is in no field's place.
+    /// written: the query said to stop, or an index is in no field's place. Throws a `std::bad_alloc` where no
+    /// memory is left.
     std::ostream* ExportDataModel(const QKVarList& varList, const std::vector<int>& indices, ExportFormat format,
                                   std::ostream* stream);
     /// The outcome of the last export.
