@@ -6,6 +6,7 @@
 #include <mutex>
 #include <stdexcept>
 #include <thread>
+#include <utility>
 
 #include "host/engine/DataModelDocument.h"
 #include "host/engine/PreparedData.h"
@@ -105,6 +106,29 @@ unsigned MemoryContainer::PutString(void* handle, const char* text, std::size_t 
     return HX_OK;
 }
 
+// ---- The host of the process ----
+
+/// The run that this thread is in, null outside one.
+thread_local const EngineRun* runOfThread = nullptr;
+
+/// What the application tells of itself. The library asks on the thread of the run; outside one nothing is told.
+unsigned GetInformation(void*, int item, char* buffer, std::size_t size, std::size_t* needed, int*) {
+    const EngineRun* const run = runOfThread;
+    if (run == nullptr) return GiveText("", buffer, size, needed);
+    if (item == HX_APPLICATION_NAME) return GiveText(run->applicationName, buffer, size, needed);
+    if (item == HX_APPLICATION_VERSION) return GiveText(run->applicationVersion, buffer, size, needed);
+    return GiveText("", buffer, size, needed);
+}
+
+/// Gives the library its host. It keeps the pointer for good, and runs on other threads take it from there: so there is
+/// one host that outlives them all, and what belongs to a run is found by the thread.
+void Initialise(const EngineLibrary& engine) {
+    static HXHost host{nullptr, HX_INTERFACE_VERSION, &GetInformation};
+    engine.initialise(&host);
+}
+
+// ---- A run ----
+
 /// One run: the functions that the component calls, over what they answer with.
 class HostedRun {
  public:
@@ -119,8 +143,7 @@ class HostedRun {
     void Execute();
     static HostedRun& Of(void* handle) { return *static_cast<HostedRun*>(handle); }
 
-    // The functions of the host, the context and the progress.
-    static unsigned GetInformation(void* handle, int item, char* buffer, std::size_t size, std::size_t* needed, int*);
+    // The functions of the context and the progress.
     static unsigned GetSettings(void* handle, char* buffer, std::size_t size, std::size_t* needed, int*);
     static unsigned GetDataModel(void* handle, int, int stage, char* buffer, std::size_t size, std::size_t* needed,
                                  int*);
@@ -141,17 +164,19 @@ class HostedRun {
     RecordStream records_{data_};
     MemoryContainer container_;
     EngineOutcome outcome_;
-    HXHost host_{};
     HXContext context_{};
     HXProgress progress_{};
     void* component_ = nullptr;
+    /// A progress report may begin another run on this thread, which is over when it returns.
+    const EngineRun* outerRun_;
 };
 
 HostedRun::HostedRun(const EngineLibrary& engine, const Table& table, const EngineRun& run)
-    : engine_(engine), table_(table), run_(run), sourceModel_(MakeDataModel(table)) {
-    host_.handle = this;
-    host_.interfaceVersion = HX_INTERFACE_VERSION;
-    host_.GetInformation = &GetInformation;
+    : engine_(engine),
+      table_(table),
+      run_(run),
+      sourceModel_(MakeDataModel(table)),
+      outerRun_(std::exchange(runOfThread, &run)) {
     context_.handle = this;
     context_.GetSettings = &GetSettings;
     context_.GetDataModel = &GetDataModel;
@@ -165,6 +190,7 @@ HostedRun::HostedRun(const EngineLibrary& engine, const Table& table, const Engi
 }
 
 HostedRun::~HostedRun() {
+    runOfThread = outerRun_;
     if (component_ == nullptr) return;
     int errorCode = 0;
     engine_.endExecution(component_, &errorCode);
@@ -173,7 +199,7 @@ HostedRun::~HostedRun() {
 
 EngineOutcome HostedRun::Run() {
     int errorCode = 0;
-    engine_.initialise(&host_);
+    Initialise(engine_);
     if (engine_.createComponent(&context_, nullptr, &component_, &errorCode) != HX_OK) {
         throw std::runtime_error("the engine made no component, code " + std::to_string(errorCode));
     }
@@ -207,13 +233,6 @@ void HostedRun::Execute() {
     }
     int errorCode = 0;
     outcome_.succeeded = engine_.beginExecution(component_, &progress_, &errorCode) == HX_OK;
-}
-
-unsigned HostedRun::GetInformation(void* handle, int item, char* buffer, std::size_t size, std::size_t* needed, int*) {
-    const EngineRun& run = Of(handle).run_;
-    if (item == HX_APPLICATION_NAME) return GiveText(run.applicationName, buffer, size, needed);
-    if (item == HX_APPLICATION_VERSION) return GiveText(run.applicationVersion, buffer, size, needed);
-    return GiveText("", buffer, size, needed);
 }
 
 unsigned HostedRun::GetSettings(void* handle, char* buffer, std::size_t size, std::size_t* needed, int*) {
@@ -266,9 +285,7 @@ EngineOutcome RunInEngine(const EngineLibrary& engine, const Table& table, const
 }
 
 std::string ModuleInformation(const EngineLibrary& engine) {
-    HXHost host{};
-    host.interfaceVersion = HX_INTERFACE_VERSION;
-    engine.initialise(&host);
+    Initialise(engine);
     std::string text = TakeText([&](auto... arguments) { return engine.getModuleInformation(arguments...); });
     if (text.empty()) throw std::runtime_error("the engine tells no module information");
     return text;

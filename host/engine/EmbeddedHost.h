@@ -37,7 +37,8 @@ struct EngineRun {
 };
 
 /// Runs a request on a table the whole way of a host: makes a component, hands it settings and data model, prepares
-/// the data as its requirements say, executes it, and takes the document out of its container. Throws a
+/// the data as its requirements say, executes it, and takes the document out of its container. Runs may go on at the
+/// same time, each on a thread of its own. Throws an `InputError` for a table that the engine can't be given, and a
 /// `std::runtime_error` if the engine breaks a rule of the interface.
 EngineOutcome RunInEngine(const EngineLibrary& engine, const Table& table, const EngineRun& run);
 

@@ -20,7 +20,7 @@ unsigned putText(const std::string& text, char* buffer, std::size_t size, std::s
 
 std::unique_ptr<HostHelper> HostHelper::create(HXHost* host) {
     if (host == nullptr || host->interfaceVersion != HX_INTERFACE_VERSION) return nullptr;
-    return std::unique_ptr<HostHelper>(new HostHelper(host));
+    return std::unique_ptr<HostHelper>(new HostHelper(*host));
 }
 
 XMLDocument HostHelper::createNew(const std::string& rootName) const {
@@ -34,7 +34,7 @@ XMLDocument HostHelper::createFromContents(const std::string& text) const {
 std::string HostHelper::getInformation(HXInformation item) const {
     int ignored = 0;
     const auto ask = [&](char* buffer, std::size_t size, std::size_t* needed) {
-        return CallHost(host_, &HXHost::GetInformation, static_cast<int>(item), buffer, size, needed, &ignored);
+        return CallHost(&host_, &HXHost::GetInformation, static_cast<int>(item), buffer, size, needed, &ignored);
     };
     return FetchText(ask).value_or("");
 }

@@ -1,6 +1,7 @@
 // The functions that a host binds by name. Each checks its component, hands the call on and answers with a number;
 // nothing is thrown across this line.
 
+#include <atomic>
 #include <new>
 #include <string>
 
@@ -13,8 +14,9 @@
 
 namespace {
 
-/// The host of the process, null until `hx_initialise`.
-HXHost* host = nullptr;
+/// The host of the process, null until `hx_initialise`. A component takes from it what it needs when it is made, and
+/// never comes back here; atomic, since a host with several threads may be making components while it is told again.
+std::atomic<HXHost*> host = nullptr;
 
 constexpr int kOnlyInput = 0;
 constexpr int kOutputs[] = {HX_OUTPUT_STATISTICS_DOCUMENT};
@@ -61,7 +63,8 @@ unsigned hx_getModuleInformation(char* buffer, size_t bufferSize, size_t* needed
 
 unsigned hx_create_component(HXContext* context, void*, void** component, int* errorCode) {
     TARNComponentFactory factory;
-    TARNComponentBuilder* const builder = factory.MakeBuilder(context, host);
+    HXHost* hostOfComponent = host;
+    TARNComponentBuilder* const builder = factory.MakeBuilder(context, hostOfComponent);
     if (builder == nullptr) {
         if (errorCode != nullptr) *errorCode = HX_ERROR_NO_COMPONENT;
         return HX_FAILED;

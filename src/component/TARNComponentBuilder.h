@@ -21,7 +21,7 @@
 /// that is 0 with a fixed value.
 class TARNComponentBuilder : public QKPeer {
  public:
-    /// Borrows both; they may be null.
+    /// Borrows the context and the host's handle; both may be null.
     TARNComponentBuilder(HXContext* context, HXHost* host);
     ~TARNComponentBuilder() override;
 

@@ -150,6 +150,24 @@ TEST_F(Execution, TwoComponentsGiveTheSameDocument) {
     EXPECT_EQ(library.destroy(other), HX_OK);
 }
 
+TEST_F(Execution, AComponentStaysWithTheHostForWhichItWasMade) {
+    host.applicationName = "made for";
+    TinyHost later;
+    tiny_host_init(&later);
+    later.applicationName = "told of later";
+    HXHost given = host.host;
+    ASSERT_EQ(library.initialise(&given), HX_OK);
+    ASSERT_EQ(Create(), HX_OK);
+    ASSERT_EQ(library.initialise(&later.host), HX_OK);
+    given = HXHost{};  // as it is with a host whose memory went back
+    ASSERT_EQ(Configure(), HX_OK);
+    ASSERT_EQ(Begin(), HX_OK);
+    const harness::Document document(Document());
+    const pugi::xml_node application = document.Output().child("Header").child("Application");
+    EXPECT_STREQ(application.attribute("name").value(), "made for");
+    tiny_host_free(&later);
+}
+
 // ---- Failures, in their order ----
 
 TEST_F(Execution, AComponentThatIsNotConfiguredHasNoTest) {

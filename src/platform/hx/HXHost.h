@@ -9,7 +9,8 @@
 enum HXInformation { HX_APPLICATION_NAME = 0, HX_APPLICATION_VERSION = 1, HX_APPLICATION_COPYRIGHT = 2 };
 
 /// The host of a process: made and owned by the host, borrowed by the library from `hx_initialise` on, and valid until
-/// the library is unloaded.
+/// the library is unloaded or is told of another one. A component copies it when it is made: from then on it needs the
+/// handle and the functions alone, which are valid until the component is destroyed.
 ///
 /// Every text that crosses the boundary in either direction is UTF-8 and goes into a buffer of whoever asks for it:
 /// `*needed` becomes the length of the text with its terminating zero, in every case; if that is at most `size`, the

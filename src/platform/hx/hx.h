@@ -36,7 +36,8 @@ extern "C" {
 typedef unsigned (*HXGetModuleInformation)(char* buffer, size_t bufferSize, size_t* neededSize, int* errorCode);
 #endif
 
-/// Keeps the host for the process. Borrowed for good.
+/// Keeps the host for the process. Borrowed for good, or until the next call. A component keeps the host for which it
+/// was made.
 HX_EXPORT unsigned hx_initialise(HXHost* host);
 /// The last call; there is nothing to give back.
 HX_EXPORT unsigned hx_cleanup(void);

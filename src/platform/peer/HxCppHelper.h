@@ -14,7 +14,8 @@ namespace HxCppHelperV1 {
 /// Puts a text into a buffer of the host by the rule that stands at `HXHost`. `needed` may be null.
 unsigned putText(const std::string& text, char* buffer, std::size_t size, std::size_t* needed);
 
-/// The services of a host. Borrows the host.
+/// The services of a host. Keeps the host's functions and handle for itself: a component stays with the host for which
+/// it was made, whatever host the library is told of later.
 class HostHelper {
  public:
     /// Null for no host and for one whose structures are of another version.
@@ -28,9 +29,9 @@ class HostHelper {
     std::string getInformation(HXInformation item) const;
 
  private:
-    explicit HostHelper(HXHost* host) : host_(host) {}
+    explicit HostHelper(const HXHost& host) : host_(host) {}
 
-    HXHost* host_;
+    HXHost host_;
 };
 
 /// One output container. Borrows it.

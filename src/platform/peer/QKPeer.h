@@ -21,7 +21,8 @@
 /// text goes into a buffer by the rule that stands at `HXHost`; `needed` may be null.
 class QKPeer {
  public:
-    /// Borrows both; they may be null, and the component then can't be configured.
+    /// Borrows the context; of the host it keeps a copy, whose handle it borrows. Both may be null, and the component
+    /// then can't be configured.
     QKPeer(HXContext* context, HXHost* host);
     QKPeer(const QKPeer&) = delete;
     QKPeer& operator=(const QKPeer&) = delete;
