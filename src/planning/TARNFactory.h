@@ -18,7 +18,7 @@ class TARN_EXPORT TARNFactory : public IQKFactory {
     IQKAlgorithm* CreateQKAlgorithm(QKSettings& settings, QKVarList& varList) override;
     /// The outcome of the last creation.
     QKStatus GetStatus() override;
-    /// A copy of the warnings of the process.
+    /// A copy of the warnings of the process, those of the calling thread's runs.
     std::vector<QKStatus> GetWarnings() const;
 
  private:
