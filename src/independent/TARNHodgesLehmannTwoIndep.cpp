@@ -29,6 +29,8 @@ namespace {
 
 constexpr const char* kTestName = "IHodgesLehmannEstimateGroups";
 constexpr const char* kConditionKey = "AllDistinctValuesUsed_I_HodgesLehman_2";
+/// Of the vocabulary; groups can't be given, so that nothing writes it.
+[[maybe_unused]] constexpr const char* kConditionOfLists = "CategoryListsAreSpecified_I_HodgesLehman_2";
 
 constexpr long kWrongKind = 222504;
 constexpr GroupedFieldsCodes kFieldCodes{.testNameMissing = 222510,

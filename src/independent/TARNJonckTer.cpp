@@ -27,6 +27,8 @@ namespace {
 
 constexpr const char* kTestName = "IJonckheereTerpstra";
 constexpr const char* kConditionKey = "DefaultAllDistinctValuesUsed_I_JonckheereTerpstra_2";
+/// Of the vocabulary, its blank included; groups can't be given, so that nothing writes it.
+[[maybe_unused]] constexpr const char* kConditionOfLists = "CategoryListsAreSpecified_I_JonckheereTerpstra_2 ";
 
 constexpr const char* kOrderOfHypotheses = "orderOfHypotheses";
 constexpr const char* kSmallestToLargest = "orderSmallestToLargest";

@@ -32,6 +32,8 @@ namespace {
 
 constexpr const char* kTestName = "IKruskalWallis";
 constexpr const char* kConditionKey = "DefaultAllDistinctValuesUsed_I_KruskalWallis_2";
+/// Of the vocabulary; groups can't be given, so that nothing writes it.
+[[maybe_unused]] constexpr const char* kConditionOfLists = "CategoryListsAreSpecified_I_KruskalWallis_2";
 constexpr const char* kNumberOfCategories = "numberOfCategories";
 
 constexpr long kComparisonMissing = 222101;

@@ -32,6 +32,8 @@ constexpr const char* kTestName = "OKolmogorovSmirnov";
 constexpr long kNameMissing = 220303;
 constexpr long kFieldNotContinuous = 220304;
 constexpr long kExponentFailed = 220305;
+/// Of a single value, whose record is passed over: no message bears it, as the element tells of all of them at once.
+[[maybe_unused]] constexpr long kValueOutsideRange = 220308;
 constexpr long kNormalApproximation = 220309;
 constexpr long kNoValueInUniformRange = 220310;
 constexpr long kUniformOutliers = 220311;

@@ -26,7 +26,7 @@ constexpr const char* kCaseIdName = "caseIDVariableName";
 }  // namespace
 
 TARNPlanner::TARNPlanner(QKSettings& executionSettings, QKVarList& fields, TestFinder finder)
-    : findTest(finder), settings(&executionSettings), varList(&fields) {}
+    : findTest(finder), settings(&executionSettings), varList(&fields), variableInfo(fields) {}
 
 TARNPlanner::~TARNPlanner() = default;
 
@@ -73,6 +73,7 @@ void TARNPlanner::Release() {
 }
 
 void TARNPlanner::ReadCommonSettings() {
+    settingNames = settings->GetSettingNames();
     std::string missingTreatment;
     if (settings->GetSettingValByName(kMissingTreatment, missingTreatment)) {
         analysisMissing = missingTreatment == kAnalysisTreatment;
@@ -109,13 +110,13 @@ void TARNPlanner::MakeStores() {
 void TARNPlanner::PlanTests() {
     if (status.IsError()) return;
     int requested = 0;
-    for (std::size_t i = 0; i < settings->Size(); ++i) {
-        const QKSetting& setting = settings->GetSettingAt(i);
-        if (setting.GetValue().GetKind() != static_cast<int>(SettingKind::kNestedList)) continue;
+    for (std::size_t i = 0; i < settingNames.size(); ++i) {
+        const IQKSettingValue& value = settings->GetSettingAt(i).GetValue();
+        if (value.GetKind() != static_cast<int>(SettingKind::kNestedList)) continue;
         ++requested;
-        const TARNTestRow* row = findTest(setting.GetName());
+        const TARNTestRow* row = findTest(settingNames[i]);
         if (row == nullptr) continue;
-        row->plan(static_cast<const QKSettingListValue&>(setting.GetValue()).GetListValue(), *this);
+        row->plan(static_cast<const QKSettingListValue&>(value).GetListValue(), *this);
     }
     if (requested == 0) status = QKStatus(StatusCode::kNoTestRequested);
 }
@@ -188,7 +189,8 @@ QKStatus TARNPlanner::WriteResults(std::ostream& out, const QKOutputParameters& 
         }
         TARNRunParameters parameters{0, analysisMissing, sigLevel, confidenceLevel, weightIndex, caseIdIndex};
         settings->GetSettingValByName(SettingKey::kModelId, parameters.modelId);
-        TARNResultWriter(*varList, UnivariateResults(*univariates), std::move(elements), parameters).Write(out, output);
+        TARNResultWriter(*varList, variableInfo, UnivariateResults(*univariates), std::move(elements), parameters)
+            .Write(out, output);
     } catch (const std::exception&) {
         return QKStatus(StatusCode::kAllocationFailed);
     }

@@ -8,6 +8,7 @@
 #include "planning/TARNTestCatalog.h"
 #include "planning/TARNTestWorker.h"
 #include "planning/contract/TARNPlan.h"
+#include "planning/contract/TARNVariableInfo.h"
 #include "planning/records/InitialDataReader.h"
 #include "planning/records/TARNSortedDataSet.h"
 #include "platform/common/IQKAlgorithm.h"
@@ -68,6 +69,7 @@ class TARNPlanner : public IQKAlgorithm, private TARNPlan {
     TestFinder findTest;
     QKSettings* settings;
     ProgressListener* progressListener = nullptr;
+    std::vector<std::string> settingNames;  // of the top level, in its order
     QKVarList* varList;
     std::unique_ptr<UnivariateCollector> univariates;
     MultiPassRecordIter* dataIterator = nullptr;
@@ -88,4 +90,5 @@ class TARNPlanner : public IQKAlgorithm, private TARNPlan {
     bool analysisMissing = true;
     double sigLevel = 0.05;
     double confidenceLevel = 0.95;
+    TARNVariableInfo variableInfo;
 };

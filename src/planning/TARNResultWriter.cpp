@@ -25,13 +25,13 @@ void AddUnlessEmpty(XMLElement& element, std::string_view name, std::string_view
 
 }  // namespace
 
-TARNResultWriter::TARNResultWriter(const QKVarList& fields, UnivariateResults results, Elements testElements,
-                                   const TARNRunParameters& runParameters)
+TARNResultWriter::TARNResultWriter(const QKVarList& fields, const TARNVariableInfo& info, UnivariateResults results,
+                                   Elements testElements, const TARNRunParameters& runParameters)
     : varList(&fields),
       univariateResults(std::move(results)),
       elements(std::move(testElements)),
       parameters(runParameters),
-      variableInfo(fields) {}
+      variableInfo(info) {}
 
 void TARNResultWriter::Write(std::ostream& out, const QKOutputParameters& output) const {
     auto root = XMLElement::Create("Tabulon");

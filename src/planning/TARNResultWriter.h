@@ -28,8 +28,8 @@ class TARNResultWriter {
     using Elements = std::vector<std::shared_ptr<QKXML::XMLElement>>;
 
     /// Borrows the fields; shares the elements.
-    TARNResultWriter(const QKVarList& varList, UnivariateResults results, Elements elements,
-                     const TARNRunParameters& parameters);
+    TARNResultWriter(const QKVarList& varList, const TARNVariableInfo& variableInfo, UnivariateResults results,
+                     Elements elements, const TARNRunParameters& parameters);
 
     /// Writes the document and flushes the stream.
     void Write(std::ostream& out, const QKOutputParameters& output) const;

@@ -191,7 +191,7 @@ void TARNTestWorker::ReportProgress() {
 QKStatus TARNTestWorker::CollectResults() {
     try {
         for (const auto& test : tests) {
-            resultElements.push_back(std::shared_ptr<QKXML::XMLElement>(test->MakeResultElement()));
+            results.push_back(std::shared_ptr<QKXML::XMLElement>(test->MakeResultElement()));
         }
     } catch (const std::exception&) {
         return QKStatus(StatusCode::kOutOfMemory);

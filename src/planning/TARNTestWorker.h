@@ -33,7 +33,7 @@ class TARNTestWorker {
 
     /// Reads the records in the order of that field from now on. The views are borrowed.
     void SetSorted(int field, const TARNSortedDataSet& views);
-    void SetUnivariateResults(std::unique_ptr<UnivariateResults> results) { univariateResults = std::move(results); }
+    void SetUnivariateResults(std::unique_ptr<UnivariateResults> view) { univariateResults = std::move(view); }
     void AddTest(std::unique_ptr<TARNTest> test) { tests.push_back(std::move(test)); }
 
     int SortField() const { return sortField; }
@@ -45,7 +45,7 @@ class TARNTestWorker {
 
     /// Keeps each test's element, in test order. 220012 if no memory was left for them.
     QKStatus CollectResults();
-    const std::vector<std::shared_ptr<QKXML::XMLElement>>& Results() const { return resultElements; }
+    const std::vector<std::shared_ptr<QKXML::XMLElement>>& Results() const { return results; }
 
  private:
     /// A test in the current pass.
@@ -67,7 +67,7 @@ class TARNTestWorker {
     std::vector<std::unique_ptr<TARNTest>> tests;
     MultiPassRecordIter* iterator;
     const QKTarn::RecordFlags* incompleteRecords;
-    std::vector<std::shared_ptr<QKXML::XMLElement>> resultElements;
+    std::vector<std::shared_ptr<QKXML::XMLElement>> results;
     std::unique_ptr<UnivariateResults> univariateResults;
     int sortField = kNotSorted;
     const TARNSortedDataSet* sortedData = nullptr;

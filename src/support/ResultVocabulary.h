@@ -9,6 +9,8 @@ inline constexpr const char* kAlgorithm = "Algorithm";
 inline constexpr const char* kAttribute = "Attribute";
 inline constexpr const char* kStructuredTable = "StructuredTable";
 inline constexpr const char* kSimpleTable = "SimpleTable";
+/// Of the vocabulary, though no test writes one.
+inline constexpr const char* kComplexTable = "ComplexTable";
 inline constexpr const char* kRowNames = "RowNames";
 inline constexpr const char* kColumnNames = "ColumnNames";
 inline constexpr const char* kRow = "Row";

@@ -116,7 +116,8 @@ std::shared_ptr<QKXML::XMLElement> Algorithm(const char* name) {
 
 std::string Written(const QKVarList& fields, const UnivariateCollector& univariates,
                     const TARNResultWriter::Elements& elements, const TARNRunParameters& parameters) {
-    const TARNResultWriter writer(fields, UnivariateResults(univariates), elements, parameters);
+    const TARNResultWriter writer(fields, TARNVariableInfo(fields), UnivariateResults(univariates), elements,
+                                  parameters);
     std::ostringstream out;
     writer.Write(out, {"Studio", "", "\"us\" & <them>"});
     return out.str();

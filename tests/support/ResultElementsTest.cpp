@@ -180,6 +180,10 @@ TEST(StructuredTable, WithoutUnknownCategoriesThereIsNoTableOfThem) {
     EXPECT_NE(TextOf(element).find(R"(<StructuredTable name="T"/>)"), std::string::npos);
 }
 
+TEST(Vocabulary, HasATableThatNoTestWrites) {
+    EXPECT_STREQ(Element::kComplexTable, "ComplexTable");  // presenting programs know it beside the two others
+}
+
 TEST(SimpleTable, HoldsItsNamesThenItsRows) {
     const auto table = MakeSimpleTable("Content", "a;b", "");
     EXPECT_EQ(TextOf(*table), R"(<SimpleTable name="Content"><RowNames>a;b</RowNames><ColumnNames/></SimpleTable>)");

@@ -53,6 +53,7 @@ void TARNSortedDataSet::ExpectReader(int field) {
 }
 
 QKStatus TARNSortedDataSet::Build() {
+    status = QKStatus();
     try {
         for (const int field : fields) {
             if (!fieldsWithReader.contains(field)) continue;
@@ -64,9 +65,9 @@ QKStatus TARNSortedDataSet::Build() {
                 std::make_unique<TARNSortedIterator>(*store, QKTarn::AscendingOrder(values), field);
         }
     } catch (const std::exception&) {
-        return QKStatus(StatusCode::kOutOfMemory);
+        status = QKStatus(StatusCode::kOutOfMemory);
     }
-    return QKStatus();
+    return status;
 }
 
 TARNSortedIterator* TARNSortedDataSet::IteratorOf(int field) const {

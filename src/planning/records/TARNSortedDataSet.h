@@ -62,5 +62,6 @@ class TARNSortedDataSet {
     int width;
     std::vector<std::unique_ptr<TARNSortedIterator>> iterators;
     std::vector<int> fields;
+    QKStatus status;  // of the last making
     std::set<int> fieldsWithReader;
 };

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <nlohmann/json.hpp>
 #include <regex>
 #include <set>
 #include <string>
@@ -118,6 +119,14 @@ TEST(EnglishMessages, HaveASentenceForEveryConditionOfTheEngine) {
         ASSERT_NE(text, nullptr) << key;
         EXPECT_TRUE(text->ends_with('.')) << key;
     }
+}
+
+TEST(EnglishMessages, HaveNoSentenceForWhatTheEngineDoesntName) {
+    const auto texts = nlohmann::json::parse(harness::ReadFile(harness::SourcePath("host/messages/en.json")));
+    const std::set<std::string> codes = InSources(R"(\b([0-9]+)\b)");
+    for (const auto& [code, text] : texts.at("status").items()) EXPECT_TRUE(codes.contains(code)) << code;
+    const std::set<std::string> literals = InSources(R"re("([A-Za-z0-9_ ]+)")re");
+    for (const auto& [key, text] : texts.at("condition").items()) EXPECT_TRUE(literals.contains(key)) << key;
 }
 
 TEST(EnglishMessages, TellEveryTestOfTheEngine) {
