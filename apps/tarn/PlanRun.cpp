@@ -55,6 +55,7 @@ RunOutcome RunPlan(PlanSettings& plan, Table& table, Interrupt& interrupt, Progr
     if (status.IsError()) return Failed(status);
 
     std::ostringstream document;
+    document.exceptions(std::ios::badbit);  // or memory that runs out would end the text and no more
     status = algorithm->WriteResults(document, {"tarn", TARN_VERSION, ""});
     if (status.IsError()) return Failed(status);
     return {true, std::move(document).str(), {}};
