@@ -12,8 +12,8 @@
 #include <vector>
 
 #include "bench/BenchData.h"
+#include "catalogue/TARNFactory.h"
 #include "onesample/TheoreticalDistribution.h"
-#include "planning/TARNFactory.h"
 #include "platform/common/QKSettings.h"
 
 namespace {

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "bench/BenchData.h"
+#include "catalogue/TARNFactory.h"
 #include "onesample/ProportionIntervals.h"
-#include "planning/TARNFactory.h"
 #include "support/QKVecValue.h"
 
 namespace {

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "bench/BenchData.h"
-#include "planning/TARNFactory.h"
+#include "catalogue/TARNFactory.h"
 #include "related/TARNHodgesLehmannPairs.h"
 #include "support/QKVecValue.h"
 #include "support/WeightedOrder.h"

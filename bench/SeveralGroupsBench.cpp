@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "bench/BenchData.h"
+#include "catalogue/TARNFactory.h"
 #include "independent/JonckheereSubset.h"
-#include "planning/TARNFactory.h"
 #include "platform/common/QKSettings.h"
 
 namespace {

@@ -10,10 +10,10 @@
 #include <vector>
 
 #include "bench/BenchData.h"
-#include "planning/TARNFactory.h"
+#include "catalogue/TARNFactory.h"
 #include "planning/TARNTestWorker.h"
-#include "planning/records/InitialDataReader.h"
-#include "planning/records/SortOrder.h"
+#include "records/InitialDataReader.h"
+#include "records/SortOrder.h"
 #include "related/TARNSign.h"
 #include "support/QKVecValue.h"
 

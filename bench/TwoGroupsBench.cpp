@@ -13,9 +13,9 @@
 #include <vector>
 
 #include "bench/BenchData.h"
+#include "catalogue/TARNFactory.h"
 #include "independent/MosesSignificance.h"
 #include "independent/TARNHodgesLehmannTwoIndep.h"
-#include "planning/TARNFactory.h"
 
 namespace {
 

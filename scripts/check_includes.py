@@ -3,7 +3,8 @@
 
 usage: check_includes.py [ROOT]
 
-Prints a line for each arrow that goes up and exits 1 if there is any.
+Walks every C++ source of the project, tests and benchmarks too. Prints a line for each arrow that goes up and exits 1 if
+there is any.
 """
 import os
 import re
@@ -11,24 +12,34 @@ import sys
 
 # From the top floor to the lowest one. Folders on one line are neighbours, which don't include one another.
 FLOORS = [
-    ["apps/tarn"],
+    ["apps/tarn", "python"],
+    ["host/analysis"],
     ["host/report", "host/engine"],
     ["host/table"],
     ["host"],
     ["src/component"],
-    ["src/selection"],
-    ["src/planning"],
-    ["src/onesample", "src/related", "src/independent"],
-    ["src/planning/contract"],
+    ["src/catalogue"],
+    ["src/planning", "src/onesample", "src/related", "src/independent", "src/selection"],
+    ["src/contract"],
     ["src/support"],
-    ["src/planning/records"],
-    ["src/platform"],
+    ["src/records"],
+    ["src/platform", "src/vocabulary"],
 ]
+TOPS = ("apps", "host", "src", "runtime", "tests", "bench", "fuzz", "python")
 # Headers that include nothing of the project, open to all floors.
-OPEN_HEADERS = {"src/planning/StatusCodes.h", "src/planning/records/LargeBlock.h"}
-# What a folder may include beside its floors: the runtime implements the declarations of the platform.
-HOST_MAY_USE = ("src/platform/hx", "runtime/common/DecimalNumber.h", "runtime/common/XmlCharacters.h")
-RUNTIME_MAY_USE = ("runtime", "src/platform")
+OPEN_HEADERS = {"src/records/LargeBlock.h"}
+# What the host may include of what is below it: the words, and what a host in C sees of the engine.
+HOST_MAY_USE = ("src/vocabulary/", "src/platform/hx/", "runtime/common/DecimalNumber.h", "runtime/common/XmlCharacters.h")
+# The runtime implements the declarations of the platform.
+RUNTIME_MAY_USE = ("runtime/", "src/platform/")
+# Declarations that few may see: the base of a component, and the interface to a host.
+GUARDED = {
+    "src/platform/peer/": ("src/component/", "src/platform/peer/", "runtime/", "tests/component/", "tests/runtime/"),
+    "src/platform/hx/": ("src/component/", "src/platform/", "runtime/", "host/engine/", "tests/component/",
+                         "tests/runtime/"),
+}
+# Programs that may use everything below them; of one another, tests use the harness alone.
+PROGRAMS = ("tests/", "bench/", "fuzz/")
 
 INCLUDE = re.compile(r'^\s*#include\s+"([^"]+)"')
 
@@ -52,14 +63,34 @@ def resolve(root, include):
     return None
 
 
+def complaint_of_program(path, target):
+    if not target.startswith(PROGRAMS):
+        return None
+    if target.startswith("tests/harness/") or os.path.dirname(target) == os.path.dirname(path):
+        return None
+    room = "/".join(path.split("/")[:2])
+    if path.startswith("tests/") and target.startswith(room + "/") and not path.startswith("tests/harness/"):
+        return None
+    return "a test shares with another folder what stands in tests/harness alone"
+
+
 def complaint(path, target):
+    for guarded, allowed in GUARDED.items():
+        if target.startswith(guarded) and not path.startswith(allowed):
+            return "only %s may see it" % ", ".join(allowed)
+    if path.startswith(PROGRAMS):
+        return complaint_of_program(path, target)
+    if target.startswith(PROGRAMS):
+        return "what users get doesn't include what tests it"
     if target in OPEN_HEADERS:
         return None
     if path.startswith("runtime/"):
         return None if target.startswith(RUNTIME_MAY_USE) else "the runtime includes the platform's declarations alone"
     if path.startswith("host/") and not target.startswith("host/"):
-        return None if target.startswith(HOST_MAY_USE) else "the host knows the engine by its C functions alone"
-    if target.startswith(("runtime/", "tests/")):
+        return None if target.startswith(HOST_MAY_USE) else "the host knows the engine by its C functions and its words alone"
+    if path.startswith("python/") and not target.startswith(("python/", "host/")):
+        return "the package stands on the host alone"
+    if target.startswith("runtime/"):
         return "only declarations are included, never the runtime"
     source, destination = floor_of(path), floor_of(target)
     if source is None or destination is None:
@@ -74,7 +105,7 @@ def complaint(path, target):
 def main():
     root = sys.argv[1] if len(sys.argv) > 1 else os.path.join(os.path.dirname(os.path.abspath(__file__)), "..")
     found, files = [], 0
-    for top in ("apps", "host", "src", "runtime"):
+    for top in TOPS:
         for folder, _, names in os.walk(os.path.join(root, top)):
             for name in sorted(names):
                 if not name.endswith((".h", ".cpp", ".c")):

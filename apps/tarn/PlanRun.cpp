@@ -6,7 +6,7 @@
 
 #include "apps/tarn/PlanData.h"
 #include "apps/tarn/Presentation.h"
-#include "planning/TARNFactory.h"
+#include "catalogue/TARNFactory.h"
 #include "planning/TARNReporter.h"
 
 namespace tarn {

@@ -7,7 +7,7 @@
 
 #include "host/NumberText.h"
 #include "host/table/CellValue.h"
-#include "planning/records/LargeBlock.h"
+#include "records/LargeBlock.h"
 
 namespace tarn {
 

@@ -6,8 +6,8 @@
 
 #include "component/FieldReferences.h"
 #include "platform/peer/QKPMMLExporter.h"
-#include "support/ResultVocabulary.h"
 #include "support/TextMakers.h"
+#include "vocabulary/ResultVocabulary.h"
 
 using HxCppHelperV1::XMLDocument;
 using HxCppHelperV1::XMLElement;

@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "platform/peer/HxCppConstants.h"
-#include "selection/RequestKeys.h"
+#include "vocabulary/RequestKeys.h"
 
 using HxCppHelperV1::XMLElement;
 namespace XMLAttributes = HxCppHelperV1::XMLAttributes;

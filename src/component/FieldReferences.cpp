@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "support/ResultVocabulary.h"
+#include "vocabulary/ResultVocabulary.h"
 
 using HxCppHelperV1::XMLElement;
 using HxCppHelperV1::XMLElementIterator;

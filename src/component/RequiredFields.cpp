@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "selection/RequestKeys.h"
+#include "vocabulary/RequestKeys.h"
 
 namespace {
 

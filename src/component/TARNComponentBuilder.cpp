@@ -4,9 +4,8 @@
 #include <sstream>
 #include <utility>
 
+#include "catalogue/TARNFactory.h"
 #include "component/DocumentRewriter.h"
-#include "planning/TARNFactory.h"
-#include "planning/contract/SettingKeys.h"
 #include "platform/hx/HXDocuments.h"
 #include "platform/hx/HXStatus.h"
 #include "platform/peer/HostCall.h"
@@ -14,6 +13,7 @@
 #include "platform/peer/QKPeerIterator.h"
 #include "platform/peer/QKSettingsFactory.h"
 #include "selection/TARNSettingsExpansion.h"
+#include "vocabulary/SettingKeys.h"
 
 using HxCppHelperV1::ContainerHelper;
 using HxCppHelperV1::DataHelper;

@@ -3,11 +3,11 @@
 #include <cstddef>
 #include <string>
 
-#include "planning/StatusCodes.h"
-#include "planning/contract/SettingKeys.h"
 #include "platform/common/Truncation.h"
 #include "support/Int32.h"
 #include "support/UnivariateResults.h"
+#include "vocabulary/SettingKeys.h"
+#include "vocabulary/StatusCodes.h"
 
 namespace {
 

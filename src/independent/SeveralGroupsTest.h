@@ -5,9 +5,9 @@
 #include <memory>
 #include <vector>
 
+#include "contract/TARNTest.h"
 #include "independent/GroupBoxPlot.h"
 #include "independent/TwoGroups.h"
-#include "planning/contract/TARNTest.h"
 #include "support/MultipleComparison.h"
 #include "support/ResultElements.h"
 

@@ -17,13 +17,13 @@
 #include <limits>
 #include <new>
 
-#include "planning/StatusCodes.h"
-#include "planning/contract/SettingKeys.h"
-#include "planning/contract/TARNPlanBuilder.h"
+#include "contract/TARNPlanBuilder.h"
 #include "platform/common/QKDistFun.h"
 #include "support/CaseWeight.h"
 #include "support/Int32.h"
 #include "support/ResultElements.h"
+#include "vocabulary/SettingKeys.h"
+#include "vocabulary/StatusCodes.h"
 
 namespace {
 

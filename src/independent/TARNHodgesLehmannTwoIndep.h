@@ -5,9 +5,9 @@
 #include <memory>
 #include <vector>
 
+#include "contract/TARNPlan.h"
+#include "contract/TARNTest.h"
 #include "independent/TwoGroups.h"
-#include "planning/contract/TARNPlan.h"
-#include "planning/contract/TARNTest.h"
 #include "support/WeightedOrder.h"
 
 /// The Hodges-Lehmann estimate of the shift of two independent groups, setting "IHodgesLehmannEstimateGroups".

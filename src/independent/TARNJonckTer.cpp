@@ -16,12 +16,12 @@
 #include <algorithm>
 #include <cmath>
 
-#include "planning/StatusCodes.h"
-#include "planning/contract/SettingKeys.h"
-#include "planning/contract/TARNPlanBuilder.h"
+#include "contract/TARNPlanBuilder.h"
 #include "platform/common/QKDistFun.h"
 #include "support/CaseWeight.h"
 #include "support/Significance.h"
+#include "vocabulary/SettingKeys.h"
+#include "vocabulary/StatusCodes.h"
 
 namespace {
 

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "contract/TARNPlan.h"
 #include "independent/JonckheereSubset.h"
 #include "independent/SeveralGroupsTest.h"
-#include "planning/contract/TARNPlan.h"
 #include "support/TARNRank.h"
 
 /// The Jonckheere-Terpstra test of ordered independent groups, setting "IJonckheereTerpstra", with its comparisons and

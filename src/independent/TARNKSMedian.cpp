@@ -15,11 +15,11 @@
 #include <algorithm>
 #include <utility>
 
-#include "planning/StatusCodes.h"
-#include "planning/contract/SettingKeys.h"
-#include "planning/contract/TARNPlanBuilder.h"
+#include "contract/TARNPlanBuilder.h"
 #include "support/CaseWeight.h"
 #include "support/Significance.h"
+#include "vocabulary/SettingKeys.h"
+#include "vocabulary/StatusCodes.h"
 
 namespace {
 

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "contract/TARNPlan.h"
 #include "independent/MedianSubset.h"
 #include "independent/SeveralGroupsTest.h"
-#include "planning/contract/TARNPlan.h"
 
 /// The median test of several independent groups, setting "IMedian", with its comparisons and the box plots of the
 /// groups. In the second and third phase passes for the medians of the subsets alternate with those that count; with a

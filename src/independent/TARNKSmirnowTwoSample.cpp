@@ -16,10 +16,10 @@
 #include <cmath>
 #include <string>
 
-#include "planning/contract/SettingKeys.h"
-#include "planning/contract/TARNPlanBuilder.h"
+#include "contract/TARNPlanBuilder.h"
 #include "support/CaseWeight.h"
 #include "support/ResultElements.h"
+#include "vocabulary/SettingKeys.h"
 
 namespace {
 

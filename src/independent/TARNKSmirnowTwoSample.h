@@ -6,10 +6,10 @@
 #include <memory>
 #include <vector>
 
+#include "contract/TARNPlan.h"
+#include "contract/TARNTest.h"
 #include "independent/GroupHistogram.h"
 #include "independent/TwoGroups.h"
-#include "planning/contract/TARNPlan.h"
-#include "planning/contract/TARNTest.h"
 #include "platform/common/QKMV.h"
 #include "support/KolmogorovSignificance.h"
 

@@ -19,14 +19,14 @@
 #include <exception>
 #include <utility>
 
+#include "contract/TARNPlanBuilder.h"
 #include "independent/TwoGroups.h"
-#include "planning/StatusCodes.h"
-#include "planning/contract/SettingKeys.h"
-#include "planning/contract/TARNPlanBuilder.h"
 #include "platform/common/Truncation.h"
 #include "support/CaseWeight.h"
 #include "support/Int32.h"
 #include "support/Significance.h"
+#include "vocabulary/SettingKeys.h"
+#include "vocabulary/StatusCodes.h"
 
 namespace {
 

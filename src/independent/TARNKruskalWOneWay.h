@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "contract/TARNPlan.h"
+#include "contract/TARNTest.h"
 #include "independent/GroupBoxPlot.h"
-#include "planning/contract/TARNPlan.h"
-#include "planning/contract/TARNTest.h"
 #include "platform/common/QKMV.h"
 #include "support/MultipleComparison.h"
 #include "support/QKUnivariateVariable.h"

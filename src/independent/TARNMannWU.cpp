@@ -17,14 +17,14 @@
 #include <cmath>
 #include <string>
 
+#include "contract/TARNPlanBuilder.h"
 #include "independent/MannWhitneyExact.h"
-#include "planning/StatusCodes.h"
-#include "planning/contract/SettingKeys.h"
-#include "planning/contract/TARNPlanBuilder.h"
 #include "support/CaseWeight.h"
 #include "support/Int32.h"
 #include "support/ResultElements.h"
 #include "support/Significance.h"
+#include "vocabulary/SettingKeys.h"
+#include "vocabulary/StatusCodes.h"
 
 namespace {
 

@@ -14,13 +14,13 @@
 #include <algorithm>
 #include <cmath>
 
+#include "contract/TARNPlanBuilder.h"
 #include "independent/MosesSignificance.h"
-#include "planning/StatusCodes.h"
-#include "planning/contract/SettingKeys.h"
-#include "planning/contract/TARNPlanBuilder.h"
 #include "support/CaseWeight.h"
 #include "support/Int32.h"
 #include "support/ResultElements.h"
+#include "vocabulary/SettingKeys.h"
+#include "vocabulary/StatusCodes.h"
 
 namespace {
 

@@ -5,10 +5,10 @@
 #include <memory>
 #include <vector>
 
+#include "contract/TARNPlan.h"
+#include "contract/TARNTest.h"
 #include "independent/GroupBoxPlot.h"
 #include "independent/TwoGroups.h"
-#include "planning/contract/TARNPlan.h"
-#include "planning/contract/TARNTest.h"
 #include "support/TARNRank.h"
 
 /// The Moses test of extreme reactions of two independent groups, setting "IMoses". The first group is the control

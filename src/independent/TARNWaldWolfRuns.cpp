@@ -15,13 +15,13 @@
 
 #include <string>
 
+#include "contract/TARNPlanBuilder.h"
 #include "independent/RunsSignificance.h"
-#include "planning/StatusCodes.h"
-#include "planning/contract/SettingKeys.h"
-#include "planning/contract/TARNPlanBuilder.h"
 #include "platform/common/QKDistFun.h"
 #include "support/CaseWeight.h"
 #include "support/Int32.h"
+#include "vocabulary/SettingKeys.h"
+#include "vocabulary/StatusCodes.h"
 
 namespace {
 

@@ -5,11 +5,11 @@
 #include <memory>
 #include <vector>
 
+#include "contract/TARNPlan.h"
+#include "contract/TARNTest.h"
 #include "independent/GroupHistogram.h"
 #include "independent/RunCounter.h"
 #include "independent/TwoGroups.h"
-#include "planning/contract/TARNPlan.h"
-#include "planning/contract/TARNTest.h"
 #include "support/ResultElements.h"
 
 /// The Wald-Wolfowitz runs test of two independent groups, setting "IWaldWolfowitzRuns".

@@ -6,12 +6,12 @@
 #include <unordered_set>
 #include <utility>
 
-#include "planning/contract/SettingKeys.h"
-#include "planning/contract/TARNVariableInfo.h"
+#include "contract/TARNVariableInfo.h"
 #include "support/QKUnivariateVariable.h"
 #include "support/QKVecValue.h"
-#include "support/ResultVocabulary.h"
 #include "support/TextMakers.h"
+#include "vocabulary/ResultVocabulary.h"
+#include "vocabulary/SettingKeys.h"
 
 namespace {
 

@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
-#include "planning/contract/TARNPlan.h"
-#include "planning/contract/TARNPlanBuilder.h"
+#include "contract/TARNPlan.h"
+#include "contract/TARNPlanBuilder.h"
 #include "platform/common/QKSettings.h"
 #include "platform/common/QKStatus.h"
 #include "platform/common/Truncation.h"

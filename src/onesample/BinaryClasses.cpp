@@ -2,14 +2,14 @@
 
 #include <utility>
 
+#include "contract/TARNVariableInfo.h"
 #include "onesample/GivenCategories.h"
-#include "onesample/OneSampleKeys.h"
-#include "planning/contract/SettingKeys.h"
-#include "planning/contract/TARNVariableInfo.h"
 #include "platform/common/QKVarList.h"
 #include "support/CaseWeight.h"
 #include "support/QKUnivariateVariable.h"
 #include "support/QKVecValue.h"
+#include "vocabulary/OneSampleKeys.h"
+#include "vocabulary/SettingKeys.h"
 
 namespace {
 

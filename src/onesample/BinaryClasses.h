@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "contract/TARNPlan.h"
+#include "contract/TARNPlanBuilder.h"
 #include "onesample/CategorySet.h"
-#include "planning/contract/TARNPlan.h"
-#include "planning/contract/TARNPlanBuilder.h"
 #include "platform/common/QKMV.h"
 #include "platform/common/QKSettings.h"
 #include "platform/common/QKStatus.h"

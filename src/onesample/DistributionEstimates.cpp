@@ -2,8 +2,8 @@
 
 #include <new>
 
-#include "planning/StatusCodes.h"
 #include "platform/common/QKMV.h"
+#include "vocabulary/StatusCodes.h"
 
 QKStatus DistributionEstimates::Choose(const TheoreticalDistribution& distribution, int variableIndex, int weightIndex,
                                        bool hasError) {

@@ -1,7 +1,7 @@
 #include "onesample/GivenCategories.h"
 
-#include "onesample/OneSampleKeys.h"
-#include "planning/contract/TARNVariableInfo.h"
+#include "contract/TARNVariableInfo.h"
+#include "vocabulary/OneSampleKeys.h"
 
 std::vector<std::string> ReadGivenCategories(const TARNPlanBuilder& builder) {
     std::vector<std::string> texts;

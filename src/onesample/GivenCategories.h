@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "planning/contract/TARNPlanBuilder.h"
+#include "contract/TARNPlanBuilder.h"
 #include "platform/common/QKVarList.h"
 
 /// The list of categories that an entry gives for a field, under "givenCategoryList".

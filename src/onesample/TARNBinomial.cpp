@@ -15,16 +15,16 @@
 #include <algorithm>
 #include <cmath>
 
-#include "onesample/OneSampleKeys.h"
-#include "planning/StatusCodes.h"
-#include "planning/contract/SettingKeys.h"
-#include "planning/contract/TARNPlanBuilder.h"
+#include "contract/TARNPlanBuilder.h"
 #include "platform/common/QKDistFun.h"
 #include "platform/common/QKMV.h"
 #include "platform/common/QKPower.h"
 #include "support/Int32.h"
 #include "support/ResultElements.h"
 #include "support/Significance.h"
+#include "vocabulary/OneSampleKeys.h"
+#include "vocabulary/SettingKeys.h"
+#include "vocabulary/StatusCodes.h"
 
 namespace {
 

@@ -5,9 +5,9 @@
 #include <memory>
 #include <vector>
 
+#include "contract/TARNPlan.h"
+#include "contract/TARNTest.h"
 #include "onesample/BinaryClasses.h"
-#include "planning/contract/TARNPlan.h"
-#include "planning/contract/TARNTest.h"
 
 /// The binomial test of one field, setting "OBinomial".
 class TARNBinomial : public TARNTest {

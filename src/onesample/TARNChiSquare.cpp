@@ -13,17 +13,17 @@
 #include <limits>
 #include <map>
 
-#include "onesample/OneSampleKeys.h"
-#include "planning/StatusCodes.h"
-#include "planning/contract/SettingKeys.h"
-#include "planning/contract/TARNPlanBuilder.h"
-#include "planning/contract/TARNVariableInfo.h"
+#include "contract/TARNPlanBuilder.h"
+#include "contract/TARNVariableInfo.h"
 #include "platform/common/QKVarList.h"
 #include "platform/common/Truncation.h"
 #include "support/Int32.h"
 #include "support/QKUnivariateVariable.h"
 #include "support/QKVecValue.h"
 #include "support/Significance.h"
+#include "vocabulary/OneSampleKeys.h"
+#include "vocabulary/SettingKeys.h"
+#include "vocabulary/StatusCodes.h"
 
 namespace {
 

@@ -11,11 +11,11 @@
 
 #include <optional>
 
-#include "onesample/OneSampleKeys.h"
-#include "planning/StatusCodes.h"
-#include "planning/contract/SettingKeys.h"
-#include "planning/contract/TARNPlanBuilder.h"
+#include "contract/TARNPlanBuilder.h"
 #include "support/ResultElements.h"
+#include "vocabulary/OneSampleKeys.h"
+#include "vocabulary/SettingKeys.h"
+#include "vocabulary/StatusCodes.h"
 
 namespace {
 

@@ -3,10 +3,10 @@
 #include <memory>
 #include <vector>
 
+#include "contract/TARNPlan.h"
+#include "contract/TARNTest.h"
 #include "onesample/BinaryClasses.h"
 #include "onesample/ProportionIntervals.h"
-#include "planning/contract/TARNPlan.h"
-#include "planning/contract/TARNTest.h"
 
 /// Confidence intervals for the share of the first of two classes of a field, setting "OEstimateConfidenceInterval".
 class TARNEstimateCI : public TARNTest {

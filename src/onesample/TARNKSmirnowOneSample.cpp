@@ -16,14 +16,14 @@
 #include <array>
 #include <cmath>
 
+#include "contract/TARNPlanBuilder.h"
 #include "onesample/LillieforsSignificance.h"
-#include "onesample/OneSampleKeys.h"
-#include "planning/StatusCodes.h"
-#include "planning/contract/SettingKeys.h"
-#include "planning/contract/TARNPlanBuilder.h"
 #include "platform/common/QKPower.h"
 #include "support/CaseWeight.h"
 #include "support/Int32.h"
+#include "vocabulary/OneSampleKeys.h"
+#include "vocabulary/SettingKeys.h"
+#include "vocabulary/StatusCodes.h"
 
 namespace {
 

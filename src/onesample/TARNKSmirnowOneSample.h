@@ -6,11 +6,11 @@
 #include <string>
 #include <vector>
 
+#include "contract/TARNPlan.h"
+#include "contract/TARNTest.h"
 #include "onesample/DifferenceWalk.h"
 #include "onesample/DistributionEstimates.h"
 #include "onesample/TheoreticalDistribution.h"
-#include "planning/contract/TARNPlan.h"
-#include "planning/contract/TARNTest.h"
 #include "support/ResultElements.h"
 
 /// The Kolmogorov-Smirnov test of one continuous field against a distribution, settings "OKolmogorovSmirnovNormal",

@@ -12,11 +12,9 @@
 
 #include <cmath>
 
+#include "contract/TARNPlanBuilder.h"
+#include "contract/TARNVariableInfo.h"
 #include "onesample/GivenCategories.h"
-#include "onesample/OneSampleKeys.h"
-#include "planning/contract/SettingKeys.h"
-#include "planning/contract/TARNPlanBuilder.h"
-#include "planning/contract/TARNVariableInfo.h"
 #include "platform/common/QKDistFun.h"
 #include "platform/common/QKVarList.h"
 #include "platform/common/Truncation.h"
@@ -25,6 +23,8 @@
 #include "support/QKUnivariateVariable.h"
 #include "support/QKVecValue.h"
 #include "support/Significance.h"
+#include "vocabulary/OneSampleKeys.h"
+#include "vocabulary/SettingKeys.h"
 
 namespace {
 

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "contract/TARNPlan.h"
+#include "contract/TARNTest.h"
 #include "onesample/CategorySet.h"
-#include "planning/contract/TARNPlan.h"
-#include "planning/contract/TARNTest.h"
 #include "platform/common/QKMV.h"
 #include "support/ResultElements.h"
 

@@ -17,13 +17,13 @@
 #include <cmath>
 #include <string>
 
-#include "onesample/OneSampleKeys.h"
-#include "planning/StatusCodes.h"
-#include "planning/contract/SettingKeys.h"
-#include "planning/contract/TARNPlanBuilder.h"
+#include "contract/TARNPlanBuilder.h"
 #include "support/CaseWeight.h"
 #include "support/Int32.h"
 #include "support/Significance.h"
+#include "vocabulary/OneSampleKeys.h"
+#include "vocabulary/SettingKeys.h"
+#include "vocabulary/StatusCodes.h"
 
 namespace {
 

@@ -4,12 +4,12 @@
 #include <numeric>
 #include <utility>
 
-#include "planning/StatusCodes.h"
 #include "planning/TARNResultWriter.h"
 #include "planning/TARNWarning.h"
 #include "planning/TARNWorkerSequence.h"
-#include "planning/contract/SettingKeys.h"
 #include "support/QKUnivariateVariable.h"
+#include "vocabulary/SettingKeys.h"
+#include "vocabulary/StatusCodes.h"
 
 namespace {
 

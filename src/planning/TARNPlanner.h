@@ -5,15 +5,15 @@
 #include <string>
 #include <vector>
 
-#include "planning/TARNTestCatalog.h"
+#include "contract/TARNPlan.h"
+#include "contract/TARNTestRow.h"
+#include "contract/TARNVariableInfo.h"
 #include "planning/TARNTestWorker.h"
-#include "planning/contract/TARNPlan.h"
-#include "planning/contract/TARNVariableInfo.h"
-#include "planning/records/InitialDataReader.h"
-#include "planning/records/TARNSortedDataSet.h"
 #include "platform/common/IQKAlgorithm.h"
 #include "platform/common/QKSettings.h"
 #include "platform/common/QKVarList.h"
+#include "records/InitialDataReader.h"
+#include "records/TARNSortedDataSet.h"
 #include "support/UnivariateCollector.h"
 
 /// The engine's algorithm: turns the execution settings into tests, divides them among workers, runs the passes,
@@ -25,7 +25,7 @@
 class TARNPlanner : public IQKAlgorithm, private TARNPlan {
  public:
     /// Borrows both until it is destroyed.
-    TARNPlanner(QKSettings& executionSettings, QKVarList& fields, TestFinder finder = FindTest);
+    TARNPlanner(QKSettings& executionSettings, QKVarList& fields, TestFinder finder);
     ~TARNPlanner() override;
 
     QKStatus Run(RecordIterator& data) override;

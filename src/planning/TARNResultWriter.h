@@ -4,7 +4,7 @@
 #include <ostream>
 #include <vector>
 
-#include "planning/contract/TARNVariableInfo.h"
+#include "contract/TARNVariableInfo.h"
 #include "platform/common/IQKAlgorithm.h"
 #include "platform/common/QKStatus.h"
 #include "platform/common/QKVarList.h"

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <exception>
 
-#include "planning/StatusCodes.h"
 #include "planning/TARNReporter.h"
+#include "vocabulary/StatusCodes.h"
 
 namespace {
 

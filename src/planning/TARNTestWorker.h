@@ -3,13 +3,13 @@
 #include <memory>
 #include <vector>
 
+#include "contract/TARNTest.h"
 #include "planning/CancelState.h"
-#include "planning/contract/TARNTest.h"
-#include "planning/records/InitialDataReader.h"
-#include "planning/records/MissingMarkers.h"
-#include "planning/records/TARNSortedDataSet.h"
 #include "platform/common/Progress.h"
 #include "platform/common/QKVarList.h"
+#include "records/InitialDataReader.h"
+#include "records/MissingMarkers.h"
+#include "records/TARNSortedDataSet.h"
 
 /// Drives a group of tests through as many passes over one view of the data as any of them wants, decides record by
 /// record which test may see which record, and reports progress. The only place that calls tests, and the one guard

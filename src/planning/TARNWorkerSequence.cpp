@@ -1,6 +1,6 @@
 #include "planning/TARNWorkerSequence.h"
 
-#include "planning/StatusCodes.h"
+#include "vocabulary/StatusCodes.h"
 
 QKStatus TARNWorkerSequence::Run(const CancelState& cancel) {
     QKStatus result;

@@ -3,8 +3,8 @@
 #include <cmath>
 #include <string>
 
-#include "planning/contract/SettingKeys.h"
 #include "support/QKVecValue.h"
+#include "vocabulary/SettingKeys.h"
 
 namespace {
 

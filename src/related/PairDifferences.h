@@ -4,8 +4,8 @@
 #include <limits>
 #include <vector>
 
-#include "planning/contract/TARNPlan.h"
-#include "planning/contract/TARNPlanBuilder.h"
+#include "contract/TARNPlan.h"
+#include "contract/TARNPlanBuilder.h"
 #include "platform/common/QKSettings.h"
 #include "platform/common/Record.h"
 #include "support/Histogram.h"

@@ -3,13 +3,13 @@
 #include <cmath>
 #include <string>
 
-#include "planning/StatusCodes.h"
-#include "planning/contract/SettingKeys.h"
 #include "support/CaseWeight.h"
 #include "support/Int32.h"
 #include "support/QKUnivariateVariable.h"
 #include "support/QKVecValue.h"
 #include "support/Significance.h"
+#include "vocabulary/SettingKeys.h"
+#include "vocabulary/StatusCodes.h"
 
 // ---- Formulas ----
 

@@ -4,9 +4,9 @@
 #include <memory>
 #include <vector>
 
-#include "planning/contract/TARNPlan.h"
-#include "planning/contract/TARNPlanBuilder.h"
-#include "planning/contract/TARNTest.h"
+#include "contract/TARNPlan.h"
+#include "contract/TARNPlanBuilder.h"
+#include "contract/TARNTest.h"
 #include "related/RowRanks.h"
 #include "support/MultipleComparison.h"
 #include "support/ResultElements.h"

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "planning/contract/TARNPlan.h"
-#include "planning/contract/TARNTest.h"
+#include "contract/TARNPlan.h"
+#include "contract/TARNTest.h"
 #include "related/SuccessClasses.h"
 #include "related/SuccessCounts.h"
 #include "support/MultipleComparison.h"

@@ -5,8 +5,8 @@
 #include <memory>
 #include <vector>
 
-#include "planning/contract/TARNPlan.h"
-#include "planning/contract/TARNTest.h"
+#include "contract/TARNPlan.h"
+#include "contract/TARNTest.h"
 #include "related/PairDifferences.h"
 
 /// The Hodges-Lehmann estimate of one pair of continuous fields, setting "RHodgesLehmannEstimatePairs".

@@ -14,15 +14,15 @@
 #include <cmath>
 #include <string>
 
-#include "planning/StatusCodes.h"
-#include "planning/contract/SettingKeys.h"
-#include "planning/contract/TARNPlanBuilder.h"
+#include "contract/TARNPlanBuilder.h"
 #include "platform/common/QKDistFun.h"
 #include "platform/common/Truncation.h"
 #include "support/CaseWeight.h"
 #include "support/Int32.h"
 #include "support/QKUnivariateVariable.h"
 #include "support/ResultElements.h"
+#include "vocabulary/SettingKeys.h"
+#include "vocabulary/StatusCodes.h"
 
 namespace {
 

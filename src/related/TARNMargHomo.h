@@ -4,8 +4,8 @@
 #include <memory>
 #include <vector>
 
-#include "planning/contract/TARNPlan.h"
-#include "planning/contract/TARNTest.h"
+#include "contract/TARNPlan.h"
+#include "contract/TARNTest.h"
 #include "platform/common/QKVarList.h"
 
 /// The categories of fields that mean the same: a row per category of the field that was added first, in its order.

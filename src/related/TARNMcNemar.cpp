@@ -14,9 +14,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "planning/contract/SettingKeys.h"
-#include "planning/contract/TARNPlanBuilder.h"
-#include "planning/contract/TARNVariableInfo.h"
+#include "contract/TARNPlanBuilder.h"
+#include "contract/TARNVariableInfo.h"
 #include "platform/common/QKDistFun.h"
 #include "support/CaseWeight.h"
 #include "support/Int32.h"
@@ -24,6 +23,7 @@
 #include "support/QKVecValue.h"
 #include "support/ResultElements.h"
 #include "support/Significance.h"
+#include "vocabulary/SettingKeys.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 #include <memory>
 #include <vector>
 
-#include "planning/contract/TARNPlan.h"
-#include "planning/contract/TARNTest.h"
+#include "contract/TARNPlan.h"
+#include "contract/TARNTest.h"
 #include "related/PairDifferences.h"
 
 /// The Wilcoxon signed rank test of one pair of continuous fields, setting "RWilcoxonSignedRanks".

@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <iterator>
 
-#include "planning/contract/SettingKeys.h"
-#include "selection/EntryVocabulary.h"
-#include "selection/RequestKeys.h"
 #include "selection/TARNAutoSelect.h"
 #include "selection/TARNSettingsExpansion.h"
+#include "vocabulary/EntryVocabulary.h"
+#include "vocabulary/RequestKeys.h"
+#include "vocabulary/SettingKeys.h"
 
 namespace {
 

@@ -4,12 +4,12 @@
 #include <span>
 #include <string_view>
 
-#include "onesample/OneSampleKeys.h"
-#include "planning/contract/SettingKeys.h"
-#include "selection/EntryVocabulary.h"
-#include "selection/RequestKeys.h"
 #include "selection/TARNAutoSelect.h"
 #include "selection/TARNSettingsExpansion.h"
+#include "vocabulary/EntryVocabulary.h"
+#include "vocabulary/OneSampleKeys.h"
+#include "vocabulary/RequestKeys.h"
+#include "vocabulary/SettingKeys.h"
 
 namespace {
 

@@ -2,12 +2,12 @@
 
 #include <algorithm>
 
-#include "planning/contract/SettingKeys.h"
-#include "selection/EntryVocabulary.h"
-#include "selection/RequestKeys.h"
 #include "selection/TARNAutoSelect.h"
 #include "selection/TARNSettingsExpansion.h"
 #include "support/QKVecValue.h"
+#include "vocabulary/EntryVocabulary.h"
+#include "vocabulary/RequestKeys.h"
+#include "vocabulary/SettingKeys.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 
 #include <vector>
 
-#include "selection/RequestKeys.h"
 #include "support/QKVecValue.h"
+#include "vocabulary/RequestKeys.h"
 
 namespace {
 

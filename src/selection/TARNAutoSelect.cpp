@@ -6,11 +6,11 @@
 #include <utility>
 #include <variant>
 
-#include "onesample/OneSampleKeys.h"
-#include "planning/contract/SettingKeys.h"
-#include "planning/contract/TARNVariableInfo.h"
-#include "selection/EntryVocabulary.h"
+#include "contract/TARNVariableInfo.h"
 #include "support/QKVecValue.h"
+#include "vocabulary/EntryVocabulary.h"
+#include "vocabulary/OneSampleKeys.h"
+#include "vocabulary/SettingKeys.h"
 
 namespace {
 

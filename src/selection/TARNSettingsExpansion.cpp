@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <utility>
 
-#include "planning/StatusCodes.h"
-#include "planning/contract/SettingKeys.h"
-#include "planning/contract/TARNVariableInfo.h"
-#include "selection/EntryVocabulary.h"
-#include "selection/RequestKeys.h"
+#include "contract/TARNVariableInfo.h"
 #include "selection/TARNAutoSelect.h"
 #include "support/QKVecValue.h"
+#include "vocabulary/EntryVocabulary.h"
+#include "vocabulary/RequestKeys.h"
+#include "vocabulary/SettingKeys.h"
+#include "vocabulary/StatusCodes.h"
 
 namespace {
 

@@ -4,9 +4,9 @@
 #include <cmath>
 #include <initializer_list>
 
-#include "planning/StatusCodes.h"
 #include "support/Int32.h"
 #include "support/Significance.h"
+#include "vocabulary/StatusCodes.h"
 
 // ---- Request ----
 

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cmath>
 
-#include "planning/StatusCodes.h"
-#include "planning/records/TARNSortedDataSet.h"
+#include "records/TARNSortedDataSet.h"
 #include "support/CaseWeight.h"
 #include "support/Int32.h"
+#include "vocabulary/StatusCodes.h"
 
 // ---- Continuous fields ----
 

@@ -10,9 +10,9 @@
 #include "platform/common/QKStatus.h"
 #include "platform/common/QKXML.h"
 #include "support/Histogram.h"
-#include "support/ResultVocabulary.h"
 #include "support/TestMessage.h"
 #include "support/TextMakers.h"
+#include "vocabulary/ResultVocabulary.h"
 
 /// Makers of result elements. A test's element is "Algorithm" with rows ("Attribute"), structured tables and simple
 /// tables in it, and nothing else; what a test writes with these makers reads like the element that comes out.

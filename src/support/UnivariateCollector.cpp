@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "planning/records/TARNSortedDataSet.h"
+#include "records/TARNSortedDataSet.h"
 
 UnivariateCollector::UnivariateCollector(const QKTarn::TarnMemoIterator& memoIterator, const QKVarList& fields)
     : memo(memoIterator), varList(&fields) {}

@@ -3,9 +3,9 @@
 #include <map>
 #include <memory>
 
-#include "planning/records/InitialDataReader.h"
 #include "platform/common/QKStatus.h"
 #include "platform/common/QKVarList.h"
+#include "records/InitialDataReader.h"
 #include "support/QKUnivariateVariable.h"
 
 class TARNSortedDataSet;

@@ -12,7 +12,7 @@
 
 #include "component/DocumentRewriter.h"
 #include "component/FieldReferences.h"
-#include "tests/component/AllocationFailure.h"
+#include "tests/harness/AllocationFailure.h"
 
 namespace component_test {
 
@@ -278,14 +278,12 @@ TEST_F(Rewriting, BlanksAndSignsInTextsSurvive) {
 TEST_F(Rewriting, ADocumentThatFindsNoMemoryIsNone) {
     // Long texts make the XML library ask for memory at every place of the way.
     const std::string longText(9000, 'x');
-    const std::string text = "<Tabulon><PMMLModel modelID=\"" + longText +
-                             "\"/><Extension><TARNOutput><DataDictionary>" + DataField("0", "a") +
-                             "</DataDictionary><NonParametricTests>" +
-                             Algorithm("RCochransQ", Condition(Row("%0", "1;2;3;4") + Row("n", longText)) +
-                                                         TableOf("PairwiseResult",
-                                                                 Simple("PairwiseInfo", longText, {"0;1", longText}))) +
-                             "</NonParametricTests><FieldInfos>" + FieldInfo("0") +
-                             "</FieldInfos></TARNOutput></Extension></Tabulon>";
+    const std::string text =
+        "<Tabulon><PMMLModel modelID=\"" + longText + "\"/><Extension><TARNOutput><DataDictionary>" +
+        DataField("0", "a") + "</DataDictionary><NonParametricTests>" +
+        Algorithm("RCochransQ", Condition(Row("%0", "1;2;3;4") + Row("n", longText)) +
+                                    TableOf("PairwiseResult", Simple("PairwiseInfo", longText, {"0;1", longText}))) +
+        "</NonParametricTests><FieldInfos>" + FieldInfo("0") + "</FieldInfos></TARNOutput></Extension></Tabulon>";
     const std::string whole = Rewritten(text);
     int failures = 0;
     for (bool failed = true; failed; ++failures) {

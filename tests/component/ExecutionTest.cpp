@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/component/AllocationFailure.h"
 #include "tests/component/HostedComponent.h"
+#include "tests/harness/AllocationFailure.h"
 #include "tests/harness/Document.h"
 
 namespace component_test {

@@ -4,7 +4,7 @@
 #include <sstream>
 #include <utility>
 
-#include "planning/TARNFactory.h"
+#include "catalogue/TARNFactory.h"
 #include "support/QKVecValue.h"
 
 namespace harness {

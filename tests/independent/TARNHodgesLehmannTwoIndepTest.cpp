@@ -12,9 +12,9 @@
 #include <random>
 
 #include "support/TextMakers.h"
-#include "tests/component/AllocationFailure.h"
+#include "tests/harness/AllocationFailure.h"
+#include "tests/harness/PlainWeightedList.h"
 #include "tests/independent/GroupRun.h"
-#include "tests/support/PlainWeightedList.h"
 
 namespace {
 

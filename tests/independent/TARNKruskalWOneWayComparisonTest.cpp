@@ -7,7 +7,7 @@
 #include <cmath>
 
 #include "independent/TARNKruskalWOneWay.h"
-#include "tests/component/AllocationFailure.h"
+#include "tests/harness/AllocationFailure.h"
 #include "tests/independent/SeveralGroupsRun.h"
 
 namespace {

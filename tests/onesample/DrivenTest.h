@@ -6,7 +6,7 @@
 #include <pugixml.hpp>
 #include <sstream>
 
-#include "planning/contract/TARNTest.h"
+#include "contract/TARNTest.h"
 #include "platform/common/QKXML.h"
 #include "tests/harness/Document.h"
 

@@ -6,7 +6,7 @@
 #include <new>
 
 #include "onesample/TARNKSmirnowOneSample.h"
-#include "tests/component/AllocationFailure.h"
+#include "tests/harness/AllocationFailure.h"
 #include "tests/onesample/KSmirnowRun.h"
 
 namespace {

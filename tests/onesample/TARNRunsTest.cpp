@@ -9,9 +9,9 @@
 #include <memory>
 
 #include "support/QKVecValue.h"
+#include "tests/harness/CollectorRig.h"
 #include "tests/harness/EntryRun.h"
 #include "tests/onesample/DrivenTest.h"
-#include "tests/support/CollectorRig.h"
 
 namespace {
 

@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "planning/contract/TARNTest.h"
+#include "contract/TARNTest.h"
 
 /// A test that answers by a script and notes every call. A call is named in short, with the number of the pass that
 /// the test itself has counted: "results", "begin1", "used1", "rec1:20" (20 is the value of field 0), "end1",

@@ -6,9 +6,9 @@
 #include <utility>
 #include <vector>
 
-#include "planning/TARNFactory.h"
+#include "catalogue/TARNFactory.h"
 #include "support/QKVecValue.h"
-#include "tests/component/AllocationFailure.h"
+#include "tests/harness/AllocationFailure.h"
 #include "tests/planning/WorkerRig.h"
 
 using harness::AddListTest;

@@ -7,11 +7,11 @@
 #include <string>
 #include <vector>
 
-#include "planning/TARNFactory.h"
+#include "catalogue/TARNFactory.h"
 #include "planning/TARNResultWriter.h"
 #include "support/QKVecValue.h"
+#include "tests/harness/CollectorRig.h"
 #include "tests/harness/TestRun.h"
-#include "tests/support/CollectorRig.h"
 
 namespace {
 

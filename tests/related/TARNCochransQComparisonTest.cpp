@@ -11,9 +11,9 @@
 
 #include "platform/common/QKDistFun.h"
 #include "related/TARNCochransQ.h"
+#include "tests/harness/CollectorRig.h"
+#include "tests/harness/PlainStepwise.h"
 #include "tests/related/RankedRun.h"
-#include "tests/support/CollectorRig.h"
-#include "tests/support/PlainStepwise.h"
 
 namespace {
 

@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "platform/common/QKDistFun.h"
+#include "tests/harness/PlainStepwise.h"
 #include "tests/related/RankedRun.h"
-#include "tests/support/PlainStepwise.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include <memory>
 
 #include "platform/common/QKDistFun.h"
-#include "tests/component/AllocationFailure.h"
+#include "tests/harness/AllocationFailure.h"
 #include "tests/related/RankedRun.h"
 
 namespace {

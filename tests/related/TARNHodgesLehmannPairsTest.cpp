@@ -10,9 +10,9 @@
 #include <random>
 
 #include "support/TextMakers.h"
-#include "tests/component/AllocationFailure.h"
+#include "tests/harness/AllocationFailure.h"
+#include "tests/harness/PlainWeightedList.h"
 #include "tests/related/PairRun.h"
-#include "tests/support/PlainWeightedList.h"
 
 namespace {
 

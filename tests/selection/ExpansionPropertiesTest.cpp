@@ -4,7 +4,7 @@
 #include <rapidcheck.h>
 #include <rapidcheck/gtest.h>
 
-#include "planning/TARNTestCatalog.h"
+#include "catalogue/TARNTestCatalog.h"
 #include "tests/selection/Selection.h"
 
 namespace selection {

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/CollectorRig.h"
+#include "tests/harness/CollectorRig.h"
 
 namespace {
 

@@ -14,7 +14,7 @@
 #include <utility>
 #include <vector>
 
-#include "tests/support/PlainStepwise.h"
+#include "tests/harness/PlainStepwise.h"
 
 namespace {
 

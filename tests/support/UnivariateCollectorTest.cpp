@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "support/UnivariateResults.h"
-#include "tests/support/CollectorRig.h"
+#include "tests/harness/CollectorRig.h"
 
 namespace {
 

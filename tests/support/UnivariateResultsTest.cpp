@@ -6,7 +6,7 @@
 #include <map>
 #include <vector>
 
-#include "tests/support/CollectorRig.h"
+#include "tests/harness/CollectorRig.h"
 
 namespace {
 

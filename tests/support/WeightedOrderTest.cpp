@@ -6,7 +6,7 @@
 #include <limits>
 #include <random>
 
-#include "tests/support/PlainWeightedList.h"
+#include "tests/harness/PlainWeightedList.h"
 
 namespace {
 

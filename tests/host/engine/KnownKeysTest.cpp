@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "planning/TARNTestCatalog.h"
+#include "catalogue/TARNTestCatalog.h"
 #include "selection/TARNSettingsExpansion.h"
 #include "support/QKVecValue.h"
 #include "tests/harness/Command.h"

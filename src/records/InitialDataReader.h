@@ -3,10 +3,10 @@
 #include <memory>
 #include <vector>
 
-#include "planning/records/MissingMarkers.h"
 #include "platform/common/QKStatus.h"
 #include "platform/common/QKVarList.h"
 #include "platform/common/Record.h"
+#include "records/MissingMarkers.h"
 
 namespace QKTarn {
 

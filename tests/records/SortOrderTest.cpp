@@ -1,4 +1,4 @@
-#include "planning/records/SortOrder.h"
+#include "records/SortOrder.h"
 
 #include <gtest/gtest.h>
 

@@ -1,11 +1,11 @@
-#include "planning/records/TARNSortedDataSet.h"
+#include "records/TARNSortedDataSet.h"
 
 #include <algorithm>
 #include <exception>
 #include <utility>
 
-#include "planning/StatusCodes.h"
-#include "planning/records/SortOrder.h"
+#include "records/SortOrder.h"
+#include "vocabulary/StatusCodes.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "planning/contract/TARNVariableInfo.h"
+#include "contract/TARNVariableInfo.h"
 
 #include <gtest/gtest.h>
 

@@ -1,11 +1,11 @@
-#include "planning/TARNFactory.h"
+#include "catalogue/TARNFactory.h"
 
 #include <gtest/gtest.h>
 
 #include <memory>
 #include <vector>
 
-#include "tests/component/AllocationFailure.h"
+#include "tests/harness/AllocationFailure.h"
 #include "tests/harness/TestRun.h"
 
 TEST(TARNFactoryTest, MakesAnAlgorithmThatTheCallerOwns) {

@@ -1,4 +1,4 @@
-#include "planning/records/TARNSortedDataSet.h"
+#include "records/TARNSortedDataSet.h"
 
 #include <gtest/gtest.h>
 

@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-#include "planning/records/TARNSortedDataSet.h"
+#include "records/TARNSortedDataSet.h"
 #include "support/UnivariateCollector.h"
 #include "tests/harness/TestRun.h"
 

@@ -1,4 +1,4 @@
-#include "planning/contract/TARNPlanBuilder.h"
+#include "contract/TARNPlanBuilder.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "planning/records/InitialDataReader.h"
+#include "records/InitialDataReader.h"
 #include "tests/harness/TestRun.h"
 
 using QKTarn::InitialDataReader;

@@ -1,11 +1,12 @@
-#include "planning/TARNFactory.h"
+#include "catalogue/TARNFactory.h"
 
 #include <exception>
 #include <memory>
 
-#include "planning/StatusCodes.h"
+#include "catalogue/TARNTestCatalog.h"
 #include "planning/TARNPlanner.h"
 #include "planning/TARNWarning.h"
+#include "vocabulary/StatusCodes.h"
 
 TARNFactory::TARNFactory() = default;
 TARNFactory::~TARNFactory() = default;
@@ -16,7 +17,7 @@ IQKAlgorithm* TARNFactory::CreateQKAlgorithm(QKSettings& settings, QKVarList& va
     status = QKStatus();
     std::unique_ptr<TARNPlanner> planner;
     try {
-        planner = std::make_unique<TARNPlanner>(settings, varList);
+        planner = std::make_unique<TARNPlanner>(settings, varList, FindTest);
     } catch (const std::exception&) {
         status = QKStatus(StatusCode::kOutOfMemory);
     }

@@ -1,4 +1,4 @@
-#include "tests/component/AllocationFailure.h"
+#include "tests/harness/AllocationFailure.h"
 
 #include <cstdlib>
 #include <new>

@@ -1,4 +1,4 @@
-#include "planning/records/InitialDataReader.h"
+#include "records/InitialDataReader.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "planning/TARNTestCatalog.h"
+#include "catalogue/TARNTestCatalog.h"
 
 #include <algorithm>
 #include <array>

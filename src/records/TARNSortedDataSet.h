@@ -4,9 +4,9 @@
 #include <set>
 #include <vector>
 
-#include "planning/records/InitialDataReader.h"
 #include "platform/common/QKStatus.h"
 #include "platform/common/Record.h"
+#include "records/InitialDataReader.h"
 
 /// The records of the memory store in the ascending order of one field: a permutation of 32-bit positions, read at
 /// random from the store. Borrows the store.

@@ -1,4 +1,4 @@
-#include "planning/contract/TARNTest.h"
+#include "contract/TARNTest.h"
 
 #include <gtest/gtest.h>
 

@@ -1,11 +1,11 @@
-#include "planning/records/InitialDataReader.h"
+#include "records/InitialDataReader.h"
 
 #include <algorithm>
 #include <new>
 #include <stdexcept>
 
-#include "planning/StatusCodes.h"
-#include "planning/records/LargeBlock.h"
+#include "records/LargeBlock.h"
+#include "vocabulary/StatusCodes.h"
 
 namespace QKTarn {
 

@@ -5,10 +5,10 @@
 #include <utility>
 #include <vector>
 
-#include "planning/contract/SettingKeys.h"
-#include "planning/contract/TARNPlan.h"
+#include "contract/TARNPlan.h"
 #include "platform/common/QKSettings.h"
 #include "platform/common/QKStatus.h"
+#include "vocabulary/SettingKeys.h"
 
 /// What a test has under "originVariableName": the name of one field, or a list of names.
 enum class Origins { kOne, kSeveral };

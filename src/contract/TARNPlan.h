@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "planning/contract/TARNTest.h"
+#include "contract/TARNTest.h"
 #include "platform/common/QKStatus.h"
 #include "platform/common/QKVarList.h"
 

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <span>
+#include <string_view>
+
+#include "contract/TARNTestRow.h"
+
+/// The one list of the tests: a row for each setting name, in the order of dispatch.
+std::span<const TARNTestRow> TestCatalog();
+
+/// The row of a setting name, null for an unknown one. Borrowed for the life of the process.
+const TARNTestRow* FindTest(std::string_view settingName);
