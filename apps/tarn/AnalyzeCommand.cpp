@@ -45,12 +45,27 @@ AskedOrder OrderOf(const AnalyzeOptions& options) {
     return order;
 }
 
+/// The fields of all families and the groups, each once.
+std::vector<std::string> FieldsAsked(const AnalysisOptions& analysis) {
+    std::vector<std::string> fields;
+    for (const auto* list : {&analysis.oneSample, &analysis.related, &analysis.independent}) {
+        fields.insert(fields.end(), list->begin(), list->end());
+    }
+    if (!analysis.group.empty()) fields.push_back(analysis.group);
+    std::vector<std::string> once;
+    for (const std::string& field : fields) {
+        if (std::ranges::find(once, field) == once.end()) once.push_back(field);
+    }
+    return once;
+}
+
 /// The table as the tests are to see it: fields with an order of words as numbers.
 Table LoadTableFor(const AnalyzeOptions& options) {
     const AnalysisOptions& analysis = options.analysis;
     const auto group = analysis.group.empty() ? std::nullopt : std::optional(analysis.group);
     Table table = LoadTableOf(options.table, !analysis.includeUserMissing, group);
     CheckOneOrder(table, analysis.related);
+    LabelBooleans(table);
     for (const auto* fields : {&analysis.oneSample, &analysis.related, &analysis.independent}) {
         ScoreOrderedFields(table, *fields);
     }
@@ -62,6 +77,28 @@ std::vector<std::string> NotesOn(const Table& table, const AnalyzeOptions& optio
     std::vector<std::string> asIndependent = analysis.independent;
     asIndependent.insert(asIndependent.end(), analysis.oneSample.begin(), analysis.oneSample.end());
     std::vector<std::string> notes = UnusedCategoryNotes(table, options.table.orders);
+    for (const std::string& field : FieldsAsked(analysis)) {
+        const int index = table.FindColumn(field);
+        if (index == Table::kNoColumn) continue;
+        for (std::string& note : CategoryNotes(table.Columns()[static_cast<std::size_t>(index)])) {
+            notes.push_back(std::move(note));
+        }
+    }
+    const auto isNamed = [&](const char* test) {
+        return std::ranges::find(analysis.tests, test) != analysis.tests.end();
+    };
+    for (const std::string& field : analysis.independent) {
+        const std::string note = isNamed("moses") ? TiesNote(table, field, "moses") : "";
+        if (!note.empty()) notes.push_back(note);
+    }
+    if (analysis.descending && !analysis.compare.empty()) {
+        notes.emplace_back(
+            "--descending is for the pairs and subsets of jonckheere, whose significances are those of falling values; "
+            "that of the whole test is two-tailed");
+    } else if (analysis.descending) {
+        notes.emplace_back(
+            "--descending changes nothing without --compare: the significance of jonckheere is two-tailed");
+    }
     for (const std::string& note :
          {WeightNote(table, WeightRule::kRounded), RepeatedCasesNote(table, analysis.caseId, asIndependent)}) {
         if (!note.empty()) notes.push_back(note);

@@ -161,10 +161,10 @@ void DescribeAnalyze(CLI::App& app, AnalyzeOptions& analyze) {
     how.Choice("--compare", "pairwise|stepwise", "Compare more than two samples with one another",
                [&](const std::string& compare) { analysis.compare = compare; });
     how.One("--test-value", analysis.testValue, "NUMBER", "The median that the wilcoxon and median tests test against");
-    how.One("--cut-point", analysis.cutPoint, "NUMBER", "Where the binomial and runs tests cut a continuous field");
+    how.One("--cut-point", analysis.cutPoint, "NUMBER",
+            "Where the binomial and runs tests cut a continuous field; else between its ends, and at its median");
     how.One("--probability", analysis.probability, "NUMBER",
-            "The share that the binomial test expects, 0.5 if not told")
-        ->check(CLI::Range(0.0, 1.0));
+            "The share of the first class that the binomial test expects, 0.5 if not told");
     how.List("--success", analysis.success, "CATEGORY,..", "The categories that count as the first class");
     how.List("--distribution", analysis.distributions, "NAME,..",
              "For kolmogorov-smirnov of one sample: normal, uniform, poisson, exponential");

@@ -10,6 +10,7 @@
 #include "host/NumberText.h"
 #include "host/TestNames.h"
 #include "host/TextList.h"
+#include "host/engine/InputNotes.h"
 #include "host/engine/OrderedScores.h"
 #include "host/table/CellValue.h"
 #include "host/table/TableMedian.h"
@@ -31,18 +32,35 @@ std::string Hint(std::string_view name, std::span<const std::string_view> known)
 
 constexpr double kPercent = 100;
 
-/// A level that is written as a share up to 1, or in percent above it.
-double ShareOf(const char* option, double level) {
+/// A level is written as a share up to 1, or in percent above it. One on the wrong side of a half is the other one.
+struct LevelOption {
+    const char* name;
+    const char* like;
+    bool isAboveHalf;
+    const char* other;
+};
+constexpr LevelOption kAlpha{"--alpha", "a share below 1, like 0.05, or percent above 1, like 5", false,
+                             "--confidence"};
+constexpr LevelOption kConfidence{"--confidence", "a share below 1, like 0.95, or percent above 1, like 95", true,
+                                  "--alpha"};
+
+double ShareOf(const LevelOption& option, double level) {
+    constexpr double kHalf = 0.5;
     const double share = level > 1 ? level / kPercent : level;
-    if (share > 0 && share < 1) return share;
-    throw InputError(std::string(option) + ": " + ExactText(level) +
-                     (level == 1 ? ", which is a share of 100 percent" : "") +
-                     "; expected a share between 0 and 1, like 0.05, or percent above 1, like 5");
+    const std::string text = std::string(option.name) + ": " + ExactText(level);
+    if (!(share > 0 && share < 1)) {
+        throw InputError(text + (level == 1 ? ", which is a share of 100 percent" : "") + "; expected " + option.like);
+    }
+    if (share != kHalf && (share > kHalf) != option.isAboveHalf) {
+        throw InputError(text + "; did you mean " + option.other + "? Expected " + option.like);
+    }
+    return share;
 }
 
 /// The same in percent, without the rounding of a division where it is written so.
-double PercentOf(const char* option, double level) {
-    return level > 1 && level < kPercent ? level : ShareOf(option, level) * kPercent;
+double PercentOf(const LevelOption& option, double level) {
+    const double share = ShareOf(option, level);
+    return level > 1 ? level : share * kPercent;
 }
 
 class Builder {
@@ -75,7 +93,22 @@ class Builder {
                                  ? "--independent: no groups; expected --group with the field that tells them"
                                  : "--group: no fields to compare; expected --independent with the test fields");
         }
+        for (const auto& [option, list] :
+             {std::pair<const char*, const std::vector<std::string>&>{"--one-sample", options_.oneSample},
+              {"--related", options_.related},
+              {"--independent", options_.independent}}) {
+            for (auto field = list.begin(); field != list.end(); ++field) {
+                if (std::find(list.begin(), field, *field) == field) continue;
+                throw InputError(std::string(option) + ": " + Quoted(*field) +
+                                 " stands twice; expected every field once");
+            }
+        }
         if (!options_.group.empty()) CheckField(options_.group);
+        if (std::ranges::find(options_.independent, options_.group) != options_.independent.end() &&
+            !options_.group.empty()) {
+            throw InputError("--group: " + Quoted(options_.group) +
+                             " is among the fields of --independent; expected another field");
+        }
         for (const std::string& test : options_.tests) CheckTest(test);
         CheckParameters();
         for (const std::string& name : options_.distributions) {
@@ -150,6 +183,14 @@ class Builder {
     }
 
     [[noreturn]] static void FailWithoutOrder(std::string_view test, const char* does, const Column& column) {
+        if (const std::vector<std::string> among = WordsAmongNumbers(column); !among.empty()) {
+            const std::vector<std::string> first(among.begin(),
+                                                 among.begin() + std::min<std::ptrdiff_t>(3, std::ssize(among)));
+            throw InputError(std::string(test) + does + column.name +
+                             ", which is read as words and not as numbers, since it has " + JoinList(first) +
+                             (first.size() < among.size() ? ", .." : "") +
+                             "; if they stand for missing values, name them in the missingValues of --fields");
+        }
         std::vector<std::string_view> words;
         for (const Category& category : column.categories) words.emplace_back(category.text);
         throw InputError(std::string(test) + does + column.name + ", and " + Alternatives(words, " and ") +
@@ -160,7 +201,20 @@ class Builder {
 
     /// Every category that the user names has to be one of the fields that take it.
     void CheckCategories() const {
-        if (options_.success.empty()) return;
+        if (options_.probability && !(*options_.probability > 0 && *options_.probability < 1)) {
+            throw InputError("--probability: " + ExactText(*options_.probability) +
+                             "; expected a share between 0 and 1");
+        }
+        if (options_.success.empty()) {
+            // The engine takes the category of the first record for the first class.
+            for (const std::string& field : options_.oneSample) {
+                if (!options_.probability || !ColumnOf(field).IsCategorical()) continue;
+                throw InputError(
+                    "--probability: is the share of the first class, and it is not said which category of " + field +
+                    " that is; expected --success with it");
+            }
+            return;
+        }
         std::vector<const Column*> columns = ColumnsOfSuccess();
         if (columns.empty())
             throw InputError("--success: no field of the request has categories; expected a nominal or ordinal one");
@@ -168,6 +222,15 @@ class Builder {
             if (std::ranges::any_of(columns, [&](const Column* column) { return FindCategory(*column, word); }))
                 continue;
             FailAtCategory(word, columns);
+        }
+        const auto isNamed = [&](const Column& column, const Category& category) {
+            return std::ranges::any_of(
+                options_.success, [&](const std::string& word) { return FindCategory(column, word) == &category; });
+        };
+        for (const Column* const column : columns) {
+            const auto isOfColumn = [&](const Category& category) { return isNamed(*column, category); };
+            if (!std::ranges::all_of(column->categories, isOfColumn) || column->categories.size() < 2) continue;
+            throw InputError("--success: names all categories of " + column->name + "; expected some of them");
         }
         // Each field of one sample is tested by itself and has to have a first class.
         for (const std::string& field : options_.oneSample) {
@@ -266,8 +329,8 @@ class Builder {
 
     void AddCommonKeys() {
         request_["missingTreatment"] = options_.listwise ? "listwise" : "analysis";
-        request_["sigLevel"] = ShareOf("--alpha", options_.alpha);
-        request_["confidenceLevel"] = PercentOf("--confidence", options_.confidence);
+        request_["sigLevel"] = ShareOf(kAlpha, options_.alpha);
+        request_["confidenceLevel"] = PercentOf(kConfidence, options_.confidence);
         request_["userMissing"] = options_.includeUserMissing ? "include" : "exclude";
         if (!options_.caseId.empty()) request_["caseIDField"] = options_.caseId;
         request_["oneSampleVariables"] = options_.oneSample;

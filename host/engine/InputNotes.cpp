@@ -1,11 +1,17 @@
 #include "host/engine/InputNotes.h"
 
+#include <cctype>
 #include <cmath>
 #include <cstddef>
 #include <cstdio>
+#include <map>
+#include <string_view>
 #include <unordered_map>
 
+#include "host/InputError.h"
 #include "host/TextList.h"
+#include "host/table/CellValue.h"
+#include "runtime/common/DecimalNumber.h"
 
 namespace tarn {
 
@@ -119,6 +125,79 @@ std::vector<std::string> UnusedCategoryNotes(const Table& table, const std::vect
                         ", which the order of its categories names");
     }
     return notes;
+}
+
+namespace {
+
+/// A text by which texts are equal that a reader takes for one.
+std::string Folded(std::string_view text) {
+    std::string folded(TrimBlanks(text));
+    for (char& c : folded) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return folded;
+}
+
+/// The first few of many.
+std::string Few(const std::vector<std::string>& texts) {
+    constexpr std::size_t kMost = 6;
+    if (texts.size() <= kMost) return JoinList(texts);
+    const std::vector<std::string> first(texts.begin(), texts.begin() + kMost);
+    return JoinList(first) + " and " + std::to_string(texts.size() - kMost) + " more";
+}
+
+}  // namespace
+
+std::vector<std::string> WordsAmongNumbers(const Column& column) {
+    std::vector<std::string> words;
+    if (!column.IsText() || !column.isInferred) return words;
+    for (const Category& category : column.categories) {
+        if (!ParseDecimal(TrimBlanks(category.text))) words.push_back(Quoted(category.text));
+    }
+    constexpr std::size_t kHalf = 2;
+    const bool areFew = words.size() * kHalf < column.categories.size();
+    return areFew ? words : std::vector<std::string>();
+}
+
+std::vector<std::string> CategoryNotes(const Column& column) {
+    std::vector<std::string> notes;
+    const std::vector<std::string> words = WordsAmongNumbers(column);
+    if (!words.empty()) {
+        notes.push_back(column.name + " is read as words and not as numbers, since it has " + Few(words) +
+                        "; if they stand for missing values, name them in the missingValues of --fields");
+    }
+    std::map<std::string, std::vector<std::string>> alike;
+    for (const Category& category : column.categories) {
+        if (column.IsText()) alike[Folded(category.text)].push_back(Quoted(category.text));
+    }
+    for (const auto& [folded, texts] : alike) {
+        if (texts.size() < 2) continue;
+        notes.push_back(Few(texts) + " of " + column.name +
+                        " differ in nothing but case or blanks and count as different categories");
+    }
+    std::vector<std::string> unlisted;
+    for (std::size_t i = column.listedCount; i < column.categories.size(); ++i) {
+        unlisted.push_back(ShownCategory(column, column.categories[i]));
+    }
+    if (column.listedCount > 0 && !unlisted.empty()) {
+        notes.push_back(column.name + " has " + Few(unlisted) +
+                        ", which its description doesn't list; they count as categories behind the listed ones");
+    }
+    return notes;
+}
+
+std::string TiesNote(const Table& table, const std::string& field, const std::string& test) {
+    const int index = table.FindColumn(field);
+    if (index == Table::kNoColumn) return "";
+    const bool isCategorical = table.Columns()[static_cast<std::size_t>(index)].IsCategorical();
+    std::unordered_map<double, std::size_t> recordsOf;
+    for (std::size_t row = 0; row < table.RowCount(); ++row) {
+        const double value = table.Row(row)[index];
+        if (value != (isCategorical ? kMissingCategory : kMissingNumber)) ++recordsOf[value];
+    }
+    std::size_t tied = 0;
+    for (const auto& [value, count] : recordsOf) tied += count > 1 ? count : 0;
+    if (tied == 0) return "";
+    return Records(tied) + " of " + field + " share their value with another one, while the significance of " + test +
+           " holds for different values only; equal values can make it far too small";
 }
 
 }  // namespace tarn

@@ -24,4 +24,15 @@ std::string RepeatedCasesNote(const Table& table, const std::string& caseIdField
 /// A note for each told order with categories that never occur.
 std::vector<std::string> UnusedCategoryNotes(const Table& table, const std::vector<FieldOrder>& orders);
 
+/// What may be wrong with the categories of a field: some that differ only in case or blanks, some that its description
+/// doesn't list, words among numbers.
+std::vector<std::string> CategoryNotes(const Column& column);
+
+/// The words of a column that is read as words because of them, most of its values being numbers; empty for any other.
+std::vector<std::string> WordsAmongNumbers(const Column& column);
+
+/// That values of a field occur more than once, where a test's exact significance holds for different values only; ""
+/// where none does.
+std::string TiesNote(const Table& table, const std::string& field, const std::string& test);
+
 }  // namespace tarn

@@ -82,19 +82,35 @@ void ScoreOrderedFields(Table& table, const std::vector<std::string>& fields) {
     }
 }
 
+void LabelBooleans(Table& table) {
+    for (std::size_t i = 0; i < table.ColumnCount(); ++i) {
+        Column& column = table.ColumnAt(i);
+        if (column.type != FieldType::kBoolean) continue;
+        for (Category& category : column.categories) {
+            if (category.label.empty()) category.label = category.number == 0 ? "false" : "true";
+        }
+    }
+}
+
 void CheckOneOrder(const Table& table, const std::vector<std::string>& related) {
-    const Column* first = nullptr;
+    std::vector<const Column*> ordered;
+    bool areScored = false;
     for (const std::string& field : related) {
         const int index = table.FindColumn(field);
-        if (index == Table::kNoColumn || !NeedsScores(table.Columns()[static_cast<std::size_t>(index)])) continue;
+        if (index == Table::kNoColumn) continue;
         const Column& column = table.Columns()[static_cast<std::size_t>(index)];
-        if (first == nullptr) first = &column;
-        const std::vector<std::string> one = ShownCategories(*first);
-        const std::vector<std::string> other = ShownCategories(column);
-        if (one == other) continue;
-        throw InputError("--related: " + first->name + " has the order " + JoinList(one, " < ") + ", " + column.name +
-                         " " + JoinList(other, " < ") + "; expected one order with all the words of both: " +
-                         kOrderOption + " " + first->name + "," + column.name + "=..,..");
+        if (column.level == FieldLevel::kOrdinal) ordered.push_back(&column);
+        areScored = areScored || NeedsScores(column);
+    }
+    if (!areScored) return;  // numbers that count by their values need no common list
+    const std::vector<std::string> first = ShownCategories(*ordered.front());
+    for (const Column* const column : ordered) {
+        const std::vector<std::string> other = ShownCategories(*column);
+        if (first == other) continue;
+        throw InputError("--related: " + ordered.front()->name + " has the order " + JoinList(first, " < ") + ", " +
+                         column->name + " " + JoinList(other, " < ") +
+                         "; expected one order with all the words of both: " + kOrderOption + " " +
+                         ordered.front()->name + "," + column->name + "=..,..");
     }
 }
 

@@ -16,6 +16,9 @@ void ScoreOrderedFields(Table& table, const std::vector<std::string>& fields);
 /// count unlike answers as equal.
 void CheckOneOrder(const Table& table, const std::vector<std::string>& related);
 
+/// Gives the categories of booleans, which are the numbers 1 and 0, the words of the file as labels.
+void LabelBooleans(Table& table);
+
 /// The option by which the order of a field's categories can be told, ready to copy where the words are of a scale that
 /// is known: "--order dose=low,medium,high"; otherwise with dots in the place of the words.
 std::string OrderOptionFor(const Column& column);

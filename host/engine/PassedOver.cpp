@@ -11,6 +11,7 @@
 #include "host/NearestNames.h"
 #include "host/TestNames.h"
 #include "host/engine/KnownKeys.h"
+#include "host/engine/KnownValues.h"
 #include "host/engine/PlanTestNames.h"
 #include "runtime/common/DecimalNumber.h"
 
@@ -110,17 +111,18 @@ class Remarks {
         Add(path, what + std::string(kPassedOver) + hint);
     }
 
-    void CheckValue(const std::string& path, const Json& value, const KnownKey& key) {
+    void CheckValue(const std::string& path, const Json& value, const KnownKey& key, KeyForm form) {
         if (value.is_null()) return;
         if (!HasShape(value, key.shape)) {
             Add(path, Shown(value) + kPassedOver + "; expected " + Expected(key.shape));
             return;
         }
+        if (const std::string why = WhyNotMeant(key.name, value, form); !why.empty()) Add(path, why);
         if (key.ofObjects.empty()) return;
         Names names;
         for (const KnownKey& inner : key.ofObjects) names.push_back(inner.name);
         for (std::size_t i = 0; i < value.size(); ++i) {
-            CheckKeys(path + "[" + std::to_string(i) + "]", value[i], names, [&](std::string_view name) {
+            CheckKeys(path + "[" + std::to_string(i) + "]", value[i], names, form, [&](std::string_view name) {
                 const auto found = std::ranges::find(key.ofObjects, name, &KnownKey::name);
                 return found == key.ofObjects.end() ? nullptr : &*found;
             });
@@ -129,25 +131,25 @@ class Remarks {
 
     void CheckTest(const std::string& path, const Json& entry, const KnownTest& test, KeyForm form) {
         if (!entry.is_object()) {
-            CheckValue(path, entry, {test.planName, KeyShape::kObject});
+            CheckValue(path, entry, {test.planName, KeyShape::kObject}, form);
             return;
         }
         Names names;
         for (const KnownKey& key : test.keys) {
             if (StandsIn(key, form) && key.form != KeyForm::kWritten) names.push_back(key.name);
         }
-        CheckKeys(path, entry, names, [&](std::string_view name) { return test.Find(name, form); });
+        CheckKeys(path, entry, names, form, [&](std::string_view name) { return test.Find(name, form); });
     }
 
     std::vector<std::string> Take() { return std::move(lines_); }
 
  private:
     template <typename Find>
-    void CheckKeys(const std::string& path, const Json& object, const Names& names, Find find) {
+    void CheckKeys(const std::string& path, const Json& object, const Names& names, KeyForm form, Find find) {
         for (const auto& [name, value] : object.items()) {
             const std::string place = path + "." + name;
             if (const KnownKey* const key = find(name)) {
-                CheckValue(place, value, *key);
+                CheckValue(place, value, *key, form);
             } else {
                 AddUnknown(place, kUnknownKey, name, names, names);
             }
@@ -249,7 +251,7 @@ class RequestCheck {
 
     void Check(const std::string& name, const Json& value) {
         if (const KnownKey* const key = FindTopKey(name, KeyForm::kRequest)) {
-            remarks_.CheckValue(name, value, *key);
+            remarks_.CheckValue(name, value, *key, KeyForm::kRequest);
         } else if (const KnownTest* const test = FindKnownTest(name, KeyForm::kRequest)) {
             CheckTest(name, value, *test);
         } else {
@@ -306,7 +308,7 @@ std::vector<std::string> PassedOverInPlan(const Json& plan, const std::string& s
                 CheckPlanTest(value[i], name + "[" + std::to_string(i) + "]", source, remarks);
             }
         } else if (const KnownKey* const key = FindTopKey(name, KeyForm::kPlan)) {
-            remarks.CheckValue(name, value, *key);
+            remarks.CheckValue(name, value, *key, KeyForm::kPlan);
         } else if (test != nullptr) {
             // The engine knows a test by its name wherever it stands.
             remarks.CheckTest(name, value, *test, KeyForm::kPlan);

@@ -7,8 +7,9 @@
 namespace tarn {
 
 // What a plan or a request says and the engine passes over without a word: unknown keys and tests, values of a shape
-// that isn't read, tests of a request that stand where none are looked for. A line each with `source`, the place, what
-// is wrong and what was expected, in the order of the document, which is a JSON object.
+// that isn't read, words that a key doesn't have and levels out of their range, tests of a request that stand where
+// none are looked for. A line each with `source`, the place, what is wrong and what was expected, in the order of the
+// document, which is a JSON object.
 
 /// For a plan. Throws an `InputError` for a test whose name stands for several.
 std::vector<std::string> PassedOverInPlan(const nlohmann::ordered_json& plan, const std::string& source);

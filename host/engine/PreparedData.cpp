@@ -58,8 +58,8 @@ class Preparation {
         const Column& source = table_.Columns()[column];
         PreparedField prepared{field.rename.empty() ? field.name : field.rename, &source, LevelOf(field, source),
                                index == weightColumn_};
-        FieldSource from{column, prepared.isWeight, source.IsCategorical() && prepared.level == FieldLevel::kContinuous,
-                         {}};
+        FieldSource from{
+            column, prepared.isWeight, source.IsCategorical() && prepared.level == FieldLevel::kContinuous, {}};
         if (from.takesNumber) {
             for (const Category& category : source.categories) from.numberByCategory.push_back(category.number);
         }

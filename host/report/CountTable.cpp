@@ -19,7 +19,9 @@ CountTable ReadClasses(const TestResult& test, const ResultTable& content, const
         }
         counts.columnTitles = {"observed", "expected"};
     } else {
-        // The columns are the first category and what isn't of its class, whichever is the success.
+        // The columns are the first category and what isn't of its class, whichever is the success. The document cuts
+        // the success' share to a whole number and takes the other one from 100.
+        counts.corner = "whole percent";
         const ResultField* const first = counts.rowTitles.empty() ? nullptr : document.FieldAt(counts.rowTitles[0]);
         constexpr std::size_t kClasses = 2;
         const bool areTwo = first != nullptr && first->categories.size() == kClasses;
@@ -37,8 +39,11 @@ CountTable ReadClasses(const TestResult& test, const ResultTable& content, const
 std::vector<std::string> ClassesOf(const ResultField* field, const std::string* successes, const std::string* rest) {
     if (successes != nullptr && rest != nullptr) {
         // Where the success is that of the first record, the lists are empty.
+        // A listed category that the other field alone has is -1 here.
         const auto shown = [&](const std::string& list, const char* otherwise) {
-            return list.empty() ? otherwise : CategoryNames(list, field);
+            std::vector<std::string> own = SplitList(list);
+            std::erase(own, "-1");
+            return own.empty() ? otherwise : CategoryNames(JoinList(own, ";"), field);
         };
         return {shown(*successes, "success"), shown(*rest, "other")};
     }

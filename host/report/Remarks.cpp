@@ -10,12 +10,19 @@ namespace tarn {
 namespace {
 
 constexpr const char* kMosesBelowSmallest = "moses-below-smallest";
+constexpr const char* kMannWhitneyTies = "mann-whitney-ties";
+constexpr const char* kCochranSubsets = "cochran-subsets";
 
 std::optional<double> NumberOf(const std::vector<Figure>& figures, std::string_view key) {
     const auto found = std::ranges::find(figures, key, &Figure::key);
     double number = 0;
     if (found == figures.end() || !ReadNumber(found->value, number)) return std::nullopt;
     return number;
+}
+
+double NumberIn(const std::string& text) {
+    double number = 0;
+    return ReadNumber(text, number) ? number : 0;
 }
 
 /// The logarithm of n over k.
@@ -49,10 +56,42 @@ void RemarkOnMoses(const TestReading& reading, const MessageCatalogue& texts, st
     }
 }
 
+/// Ties make the standard error smaller than sqrt(n1 n2 (N + 1) / 12).
+bool ExactDecidesOverTies(const TestReading& reading) {
+    constexpr double kRounding = 1e-12;
+    const StatisticSet* const set = reading.Leading();
+    const PValue* const p = set == nullptr ? nullptr : set->Leading();
+    double standardError = 0;
+    if (p == nullptr || p->kind != PValueKind::kExact || reading.samples.size() != 2) return false;
+    if (!ReadNumber(set->standardError, standardError)) return false;
+    const double n1 = NumberOf(reading.samples[0].figures, "N").value_or(0);
+    const double n2 = NumberOf(reading.samples[1].figures, "N").value_or(0);
+    return standardError < std::sqrt(n1 * n2 * (n1 + n2 + 1) / 12) * (1 - kRounding);
+}
+
 }  // namespace
 
-std::vector<std::string> RemarksOn(const TestReading& reading, const MessageCatalogue& texts) {
+// The search goes through the fields in the order of their successes, while a statistic takes its two parts from the
+// fields in the order of the request.
+bool MixesFields(const TestResult& test) {
+    if (test.name != "RCochransQ") return false;
+    const ResultTable* const subsets = test.content.Table("StepwiseResult");
+    const ResultTable* const info = subsets == nullptr ? nullptr : subsets->Table("StepwiseInfo");
+    if (info == nullptr || info->lines.empty()) return false;
+    const std::vector<std::string>& order = info->lines.front();
+    for (std::size_t i = 0; i < order.size(); ++i) {
+        if (i > 0 && NumberIn(order[i]) < NumberIn(order[i - 1])) return true;
+    }
+    return false;
+}
+
+std::vector<std::string> RemarksOn(const TestResult& test, const TestReading& reading, const MessageCatalogue& texts) {
     std::vector<std::string> remarks;
+    const auto add = [&](const char* key) {
+        if (const std::string* const text = texts.Remark(key)) remarks.push_back(*text);
+    };
+    if (reading.name == "IMannWhitneyU" && ExactDecidesOverTies(reading)) add(kMannWhitneyTies);
+    if (MixesFields(test)) add(kCochranSubsets);
     if (reading.name == "IMoses" && !reading.HasError()) RemarkOnMoses(reading, texts, remarks);
     return remarks;
 }

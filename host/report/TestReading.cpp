@@ -329,6 +329,21 @@ void ReadMethods(const TestTexts* about, TestReading& reading) {
     if (!reading.subsets.empty()) reading.subsetsMethod = about->steps;
 }
 
+/// Whether the significance that decides is no number, as for differences that are all zero. The document retains then.
+bool IsUndefined(const TestReading& reading) {
+    const StatisticSet* const set = reading.Leading();
+    const PValue* const p = set == nullptr ? nullptr : set->Leading();
+    return !reading.isEstimate && p != nullptr && p->value == "nan";
+}
+
+/// In the median test the row tells the one that was given, where one was.
+void NameGivenMedian(const TestResult& test, TestReading& reading) {
+    if (test.conditionKey != "CategoryListsAreSpecified_I_Median_2") return;
+    for (Figure& figure : reading.figures) {
+        if (figure.key == "Median") figure.label = "median that was given";
+    }
+}
+
 std::string FamilyOf(const std::string& classification) {
     if (classification == "One_Sample") return "one-sample";
     return classification == "Related_Samples" ? "related" : "independent";
@@ -409,8 +424,10 @@ TestReading ReadTest(const TestResult& test, const ResultDocument& document, con
     reading.scales = ScalesOf(test, document);
     ReadMethods(about, reading);
     reading.limits = LimitsPassed(reading, document);
-    if (reading.IsBeyondRange(Quantity::kPValue)) reading.decision.clear();
-    reading.remarks = RemarksOn(reading, texts);
+    if (reading.IsBeyondRange(Quantity::kPValue) || IsUndefined(reading)) reading.decision.clear();
+    NameGivenMedian(test, reading);
+    reading.remarks = RemarksOn(test, reading, texts);
+    if (MixesFields(test)) reading.subsets.clear();
     TurnToOneDirection(test, document, reading);
     return reading;
 }

@@ -119,7 +119,8 @@ struct TestReading {
     std::string totalN;     ///< sum of the weights of all records; "" where `n` is
     std::string leftOut;    ///< the difference of the two; "" where there is none
     bool isMissing = true;  ///< whether all that was left out misses a value of a field
-    /// "reject", "retain", "unknown"; "" for an estimate, and where the significance is beyond the engine's range.
+    /// "reject", "retain", "unknown"; "" for an estimate, and where the significance is undefined or beyond the
+    /// engine's range.
     std::string decision;
     Direction direction;
     std::vector<Scale> scales;

@@ -84,7 +84,8 @@ class Block {
         const std::string at = " at the level " + ShortNumber(document_.sigLevel);
         if (reading_.decision == "reject") return "reject the null hypothesis" + at;
         if (reading_.decision == "retain") return "retain the null hypothesis" + at;
-        return reading_.IsBeyondRange(Quantity::kPValue) ? "none, as p is " + std::string(kBeyondRange) : "none";
+        if (reading_.IsBeyondRange(Quantity::kPValue)) return "none, as p is " + std::string(kBeyondRange);
+        return reading_.decision.empty() ? "none, as p is undefined" : "none";
     }
 
     /// "27 of 40 cases (13 missing)"
@@ -128,6 +129,7 @@ class Block {
                           Remark(Quantity::kInterval, interval.method)});
         }
         for (const Figure& figure : reading_.figures) {
+            if (figure.value.empty()) continue;
             std::string label = figure.label;
             label[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(label[0])));
             table.AddRow({label, NumberText(figure.value), WhichDifferences(figure.key)});
@@ -293,6 +295,7 @@ std::string NumberedTitle(std::size_t number, const TestReading& reading) {
 }
 
 std::string DecisionText(const TestReading& reading) {
+    if (reading.HasError()) return "not done";
     return reading.IsBeyondRange(Quantity::kPValue) ? kBeyondRange : reading.decision;
 }
 
@@ -339,8 +342,9 @@ std::string Summary(const std::vector<TestReading>& readings, const ResultDocume
                                        p ? PText(p->value, p->isBound) : ""};
         if (isFamily) {
             const auto& adjusted = family.tests[i];
-            cells.push_back(adjusted ? PText(ExactText(adjusted->holm)) : "");
-            cells.push_back(adjusted ? PText(ExactText(adjusted->benjaminiHochberg)) : "");
+            const bool isBound = p != nullptr && p->isBound;
+            cells.push_back(adjusted ? PText(ExactText(adjusted->holm), isBound) : "");
+            cells.push_back(adjusted ? PText(ExactText(adjusted->benjaminiHochberg), isBound) : "");
         }
         cells.push_back(p ? std::string(NameOf(p->kind)) : "");
         cells.push_back(DecisionText(reading));

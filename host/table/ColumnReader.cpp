@@ -111,6 +111,7 @@ bool ColumnReader::Occurs(const Category& category) const {
 std::vector<double> ColumnReader::Finish(const std::string& descriptorName, Column& column) const {
     column.title = plan_.title;
     column.type = type_;
+    column.isInferred = !plan_.type;
     column.level = plan_.LevelAs(type_);
     if (!isCategorical_) return {};
     column.categories = ListedCategories(plan_, type_, descriptorName);

@@ -34,6 +34,7 @@ struct Column {
     FieldLevel level = FieldLevel::kContinuous;
     std::vector<Category> categories;  ///< in their order; empty for a continuous column
     std::size_t listedCount = 0;       ///< so many of them, the first ones, were listed; the others occur beside them
+    bool isInferred = false;           ///< whether its cells alone say what the type is
 
     bool IsText() const { return type == FieldType::kString; }
     bool IsCategorical() const { return level != FieldLevel::kContinuous; }

@@ -75,13 +75,29 @@ testing::AssertionResult Holds(const std::string& text, const std::string& part)
 TEST_F(Misreadings, AWordThatIsNoCategoryIsRefusedWithTheNearOne) {
     EXPECT_EQ(Refusal({"--one-sample", "Survived", "--tests", "binomial", "--success", "yes"}),
               "tarn: --success: no category \"yes\" in Survived; did you mean Yes?\n");
-    EXPECT_TRUE(Holds(Refusal({"--related", "Survived,Survived", "--tests", "mcnemar", "--success", "perhaps"}),
-                      "no category \"perhaps\" in Survived"));
+    EXPECT_TRUE(Holds(Refusal({"--related", "Survived,answer", "--tests", "cochran", "--success", "perhaps"}),
+                      "no category \"perhaps\" in Survived, answer"));
+    EXPECT_TRUE(Holds(Refusal({"--one-sample", "Survived", "--tests", "binomial", "--success", "Yes,No"}),
+                      "names all categories of Survived"));
     EXPECT_TRUE(Holds(Refusal({"--one-sample", "breaks", "--tests", "binomial", "--success", "30"}),
                       "no field of the request has categories"));
     // A word of one field is none of the other, which would have no first class.
     EXPECT_TRUE(Holds(Refusal({"--one-sample", "Survived,tension", "--tests", "binomial", "--success", "Yes"}),
                       "no category \"Yes\" in tension"));
+}
+
+// The first class would be that of the first record.
+TEST_F(Misreadings, AShareIsOfACategoryThatIsNamed) {
+    EXPECT_TRUE(Holds(Refusal({"--one-sample", "Survived", "--tests", "binomial", "--probability", "0.7"}),
+                      "expected --success with it"));
+    EXPECT_TRUE(Holds(Refusal({"--one-sample", "breaks", "--tests", "binomial", "--probability", "70"}),
+                      "--probability: 70; expected a share between 0 and 1"));
+}
+
+TEST_F(Misreadings, AFieldStandsOnce) {
+    EXPECT_TRUE(Holds(Refusal({"--related", "score,score"}), "--related: \"score\" stands twice"));
+    EXPECT_TRUE(Holds(Refusal({"--independent", "breaks,level", "--group", "level"}),
+                      "--group: \"level\" is among the fields of --independent"));
 }
 
 TEST_F(Misreadings, ACategoryCanBeNamedByItsLabel) {
@@ -192,6 +208,8 @@ TEST_F(Misreadings, ALevelIsAShareUpToOneAndPercentAbove) {
     EXPECT_EQ(with({"--confidence", "0.9"})["confidence_level"], 0.9);
     EXPECT_EQ(with({"--alpha", "5"}), with({"--alpha", "0.05"}));
     EXPECT_EQ(with({"--alpha", "1.5"})["significance_level"], 0.015);
+    EXPECT_TRUE(Holds(Refusal({"--related", "score,again", "--alpha", "95"}), "did you mean --confidence?"));
+    EXPECT_TRUE(Holds(Refusal({"--related", "score,again", "--confidence", "0.05"}), "did you mean --alpha?"));
     for (const char* wrong : {"0", "1", "100", "-5", "1000"}) {
         EXPECT_TRUE(Holds(Refusal({"--related", "score,again", "--alpha", wrong}), "--alpha: ")) << wrong;
         EXPECT_TRUE(Holds(Refusal({"--related", "score,again", "--confidence", wrong}), "--confidence: ")) << wrong;
@@ -227,6 +245,66 @@ TEST_F(Misreadings, TheWeightsOfAPlanAreCountedAsTheEngineCutsThem) {
               "negative weight, which is subtracted, 1 record without a weight, which the engine takes for "
               "-2147483648, so that no count with it is right, of 9 in all; the weights add up to 4.7 and count "
               "as 4\n"));
+}
+
+TEST_F(Misreadings, WordsAmongNumbersAreNamed) {
+    const std::string data = folder.Write("mixed.csv", "x,g\n1,a\n2,b\nn/a,a\n4,b\n5,a\n6,b\n7,A\n");
+    const CommandResult ranked = RunTarn({"analyze", data, "--independent", "x", "--group", "g"});
+    EXPECT_EQ(ranked.exitStatus, 2);
+    EXPECT_TRUE(Holds(ranked.err, "x, which is read as words and not as numbers, since it has \"n/a\""));
+    const CommandResult counted = RunTarn({"analyze", data, "--one-sample", "x"});
+    EXPECT_TRUE(Holds(counted.out, "Note: x is read as words and not as numbers, since it has \"n/a\""));
+    const CommandResult cases = RunTarn({"analyze", data, "--one-sample", "g"});
+    EXPECT_TRUE(Holds(cases.out, "Note: \"A\", \"a\" of g differ in nothing but case or blanks"));
+}
+
+TEST_F(Misreadings, ValuesThatADescriptionDoesNotListAreNamed) {
+    const std::string fields = folder.Write(
+        "fields.json", R"({"fields": [{"name": "score", "categories": [1, 2, 3], "categoriesOrdered": true}]})");
+    EXPECT_TRUE(Holds(Text({"--fields", fields, "--one-sample", "score"}),
+                      "Note: score has 4, which its description doesn't list"));
+}
+
+TEST_F(Misreadings, TiesAreNamedWhereTheSignificanceTakesNoAccountOfThem) {
+    const std::string text = Text({"--independent", "score", "--group", "Survived", "--tests", "mann-whitney,moses"});
+    EXPECT_TRUE(
+        Holds(text, "Note: there are equal values, of which the exact significance that decides takes no account"));
+    EXPECT_TRUE(Holds(text, "Note: 8 records of score share their value with another one"));
+    // 26 occurs twice in breaks; without it no value does.
+    const std::string data = folder.Write("apart.csv", "x,g\n1,a\n2,b\n3,a\n4,b\n");
+    const CommandResult apart =
+        RunTarn({"analyze", data, "--independent", "x", "--group", "g", "--tests", "mann-whitney"});
+    EXPECT_FALSE(Holds(apart.out, "equal values"));
+}
+
+TEST_F(Misreadings, BooleansAreShownByTheirWords) {
+    const std::string data = folder.Write("b.csv", "x,g\n1,true\n2,false\n3,true\n4,false\n");
+    const std::string fields = folder.Write("b.json", R"({"fields": [{"name": "g", "type": "boolean"}]})");
+    const CommandResult result = RunTarn({"analyze", data, "--fields", fields, "--independent", "x", "--group", "g"});
+    EXPECT_TRUE(Holds(result.out, "false minus true"));
+}
+
+// By hand: relief_a, relief_b and relief_c have 59, 53 and 35 successes among the complete records, so that their order
+// is the opposite one of the fields.
+TEST_F(Misreadings, SubsetsThatMixFieldsAreNotShown) {
+    const auto run = [](const char* related) {
+        return RunTarn({"analyze", harness::SourcePath("examples/headache.csv"), "--fields",
+                        harness::SourcePath("examples/headache.fields.json"), "--related", related, "--tests",
+                        "cochran", "--success", "yes", "--compare", "stepwise"})
+            .out;
+    };
+    const std::string descending = run("relief_a,relief_b,relief_c");
+    EXPECT_TRUE(Holds(descending, "Note: homogeneous subsets are not shown"));
+    EXPECT_FALSE(Holds(descending, "   Homogeneous subsets\n"));
+    const std::string ascending = run("relief_c,relief_b,relief_a");
+    EXPECT_TRUE(Holds(ascending, "   Homogeneous subsets\n"));
+    EXPECT_FALSE(Holds(ascending, "are not shown"));
+}
+
+TEST_F(Misreadings, WithoutASignificanceNothingIsDecided) {
+    const std::string data = folder.Write("same.csv", "x,y\n1,1\n2,2\n3,3\n");
+    const CommandResult result = RunTarn({"analyze", data, "--related", "x,y", "--tests", "wilcoxon"});
+    EXPECT_TRUE(Holds(result.out, "   Decision: none, as p is undefined\n"));
 }
 
 TEST_F(Misreadings, CasesThatOccurTwiceAreNotIndependent) {

@@ -168,7 +168,7 @@ TEST(PassedOverInRequest, IsASelectedTestToWhichTheEngineDoesNotCome) {
     EXPECT_EQ(InRequest(Request(R"("RSign": {"isSelected": true}, "isAutomaticallyRelated": false)").c_str()), behind);
     EXPECT_EQ(InRequest(Request(R"("RSign": {"isSelected": "1"})").c_str()), behind);
     EXPECT_EQ(
-        InRequest(Request(R"("isAutomaticallyRelated": 0, "sigLevel": 1, "RSign": {"isSelected": true})").c_str()),
+        InRequest(Request(R"("isAutomaticallyRelated": 0, "sigLevel": 0.1, "RSign": {"isSelected": true})").c_str()),
         behind);
     EXPECT_EQ(InRequest(Request(R"("RSign": {"isSelected": false})").c_str()), Lines{});
     // A host may select every test and leave it to the fields which of them have any.
@@ -208,6 +208,29 @@ TEST(PassedOverInRequest, IsNothingOfWhatTheAnalysisAsksFor) {
     options.success = {"a"};
     options.caseId = "y";
     EXPECT_EQ(tarn::PassedOverInRequest(tarn::BuildRequest(options, table), "r"), Lines{});
+}
+
+// ---- Values ----
+
+TEST(PassedOver, NamesWordsThatAKeyDoesNotHave) {
+    EXPECT_EQ(
+        InPlan(R"({"missingTreatment": "listwse", "tests": [{"RFriedmansTwoWayByRanks":
+                         {"variableName": ["a", "b"], "typeOfMultipleComparison": "pairwise"}}]})"),
+        (Lines{"p: missingTreatment: \"listwse\"; did you mean listwise?",
+               "p: tests[0].RFriedmansTwoWayByRanks.typeOfMultipleComparison: \"pairwise\"; did you mean pairWise?"}));
+    EXPECT_EQ(InRequest(R"({"userMissing": "drop"})"),
+              Lines{"r: userMissing: \"drop\"; expected \"exclude\" or \"include\""});
+}
+
+// A plan has both levels as shares, a request the confidence level in percent.
+TEST(PassedOver, NamesLevelsOutOfTheirRange) {
+    EXPECT_EQ(InPlan(R"({"sigLevel": 5, "confidenceLevel": 95})"),
+              (Lines{"p: sigLevel: 5; expected a share between 0 and 1, like 0.05",
+                     "p: confidenceLevel: 95; expected a share between 0 and 1, like 0.95"}));
+    EXPECT_EQ(InRequest(R"({"sigLevel": 5, "confidenceLevel": 0.95})"),
+              (Lines{"r: sigLevel: 5; expected a share between 0 and 1, like 0.05",
+                     "r: confidenceLevel: 0.95; expected percent between 1 and 100, like 95"}));
+    EXPECT_EQ(InPlan(R"({"sigLevel": 0.05, "confidenceLevel": "0.99"})"), Lines{});
 }
 
 // ---- Names of tests in a plan ----

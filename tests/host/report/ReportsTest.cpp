@@ -112,7 +112,7 @@ TEST(ShortReport, HasALineForEachTest) {
               "Test              Fields     N  Statistic     p  kind        Decision\n"
               "1 Sign test       v, u      12          8  .388  exact       retain\n"
               "2 Kruskal-Wallis  u by arm  12    9.26923  .010  asymptotic  reject\n"
-              "3 Sign test       ?, ?                                       unknown\n"
+              "3 Sign test       ?, ?                                       not done\n"
               "1 Sign test: few cases (220916)\n"
               "2 Kruskal-Wallis: subset 0, 0 is single (220013)\n"
               "3 Sign test: no w (220903)\n");
