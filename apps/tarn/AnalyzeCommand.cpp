@@ -91,6 +91,15 @@ std::vector<std::string> NotesOn(const Table& table, const AnalyzeOptions& optio
         const std::string note = isNamed("moses") ? TiesNote(table, field, "moses") : "";
         if (!note.empty()) notes.push_back(note);
     }
+    const auto isCategorical = [&](const std::string& field) {
+        const int index = table.FindColumn(field);
+        return index != Table::kNoColumn && table.Columns()[static_cast<std::size_t>(index)].IsCategorical();
+    };
+    if (analysis.probability && analysis.success.empty() && std::ranges::any_of(analysis.oneSample, isCategorical)) {
+        notes.emplace_back(
+            "--probability is taken for the share of the category of the first record, as the null hypothesis says; "
+            "--success names another one");
+    }
     if (analysis.descending && !analysis.compare.empty()) {
         notes.emplace_back(
             "--descending is for the pairs and subsets of jonckheere, whose significances are those of falling values; "

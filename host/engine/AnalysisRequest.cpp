@@ -205,16 +205,7 @@ class Builder {
             throw InputError("--probability: " + ExactText(*options_.probability) +
                              "; expected a share between 0 and 1");
         }
-        if (options_.success.empty()) {
-            // The engine takes the category of the first record for the first class.
-            for (const std::string& field : options_.oneSample) {
-                if (!options_.probability || !ColumnOf(field).IsCategorical()) continue;
-                throw InputError(
-                    "--probability: is the share of the first class, and it is not said which category of " + field +
-                    " that is; expected --success with it");
-            }
-            return;
-        }
+        if (options_.success.empty()) return;
         std::vector<const Column*> columns = ColumnsOfSuccess();
         if (columns.empty())
             throw InputError("--success: no field of the request has categories; expected a nominal or ordinal one");

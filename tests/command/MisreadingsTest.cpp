@@ -88,8 +88,9 @@ TEST_F(Misreadings, AWordThatIsNoCategoryIsRefusedWithTheNearOne) {
 
 // The first class would be that of the first record.
 TEST_F(Misreadings, AShareIsOfACategoryThatIsNamed) {
-    EXPECT_TRUE(Holds(Refusal({"--one-sample", "Survived", "--tests", "binomial", "--probability", "0.7"}),
-                      "expected --success with it"));
+    const std::string text = Text({"--one-sample", "Survived", "--tests", "binomial", "--probability", "0.7"});
+    EXPECT_TRUE(Holds(text, "The categories Yes and No of Survived occur with the probabilities 0.7 and 0.3."));
+    EXPECT_TRUE(Holds(text, "Note: --probability is taken for the share of the category of the first record"));
     EXPECT_TRUE(Holds(Refusal({"--one-sample", "breaks", "--tests", "binomial", "--probability", "70"}),
                       "--probability: 70; expected a share between 0 and 1"));
 }
