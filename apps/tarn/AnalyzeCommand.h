@@ -1,10 +1,7 @@
 #pragma once
 
-#include <vector>
-
 #include "apps/tarn/Command.h"
 #include "apps/tarn/TableOptions.h"
-#include "host/TestNames.h"
 #include "host/engine/AnalysisRequest.h"
 
 namespace tarn {
@@ -14,8 +11,6 @@ struct AnalyzeOptions {
     TableOptions table;
     OutputOptions output;
     AnalysisOptions analysis;
-    /// The families of tests in the order in which their fields were typed.
-    std::vector<TestFamily> familyOrder;
 };
 
 /// `tarn analyze`: builds the request for the user, hands it to the engine as a host does, and tells the result as a

@@ -21,7 +21,7 @@ void TellNotes(const std::vector<std::string>& notes) {
     for (const std::string& note : notes) std::cerr << "tarn: note: " << InputError(note).what() << "\n";
 }
 
-ExitStatus TellRemarks(const RunOutcome& outcome) {
+ExitStatus TellRemarks(const AnalysisOutcome& outcome) {
     for (const std::string& remark : outcome.remarks) std::cerr << "tarn: " << remark << "\n";
     return outcome.succeeded ? ExitStatus::kDone : ExitStatus::kRunFailed;
 }

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "apps/tarn/Presentation.h"
-#include "apps/tarn/RunOutcome.h"
+#include "host/analysis/Analysis.h"
 
 namespace tarn {
 
@@ -29,6 +29,6 @@ ExitStatus TellMistake(const std::string& mistake, ExitStatus status);
 void TellNotes(const std::vector<std::string>& notes);
 
 /// Tells the remarks of a run on standard error, and how the command ends.
-ExitStatus TellRemarks(const RunOutcome& outcome);
+ExitStatus TellRemarks(const AnalysisOutcome& outcome);
 
 }  // namespace tarn

@@ -109,6 +109,7 @@ void DescribeTable(CLI::App& app, TableOptions& table, const std::function<void(
     options.List("--nominal", table.nominal, "FIELD,..", "Fields that are nominal");
     options.List("--ordinal", table.ordinal, "FIELD,..", "Fields that are ordinal");
     options.List("--continuous", table.continuous, "FIELD,..", "Fields that are continuous");
+    options.One("--threads", table.threads, "NUMBER", "How many threads may work at a time; no result depends on it");
 }
 
 /// Hands the chosen format to `take`.
@@ -184,7 +185,7 @@ void DescribeAnalyze(CLI::App& app, AnalyzeOptions& analyze) {
     app.add_option_function<std::vector<std::string>>(
            kOrderOption,
            [&](const std::vector<std::string>& orders) {
-               for (const std::string& order : orders) AddOrder(order, analyze.table.orders);
+               for (const std::string& order : orders) AddOrder(order, analysis.orders);
            },
            "The categories of a field from the lowest to the highest, which makes it ordinal; may be given again")
         ->allow_extra_args(false)
@@ -268,7 +269,7 @@ class CommandLine {
             for (const auto& [name, family] :
                  {std::pair{"--one-sample", TestFamily::kOneSample}, std::pair{"--related", TestFamily::kRelated},
                   std::pair{"--independent", TestFamily::kIndependent}}) {
-                if (option->get_name() == name) analyze_.familyOrder.push_back(family);
+                if (option->get_name() == name) analyze_.analysis.familyOrder.push_back(family);
             }
         }
         return Analyze(analyze_);

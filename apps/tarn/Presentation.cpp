@@ -3,10 +3,9 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <filesystem>
 #include <string_view>
-#include <system_error>
 
+#include "apps/tarn/CommandEnvironment.h"
 #include "host/report/CsvReport.h"
 #include "host/report/JsonReport.h"
 #include "host/report/TextReport.h"
@@ -39,9 +38,7 @@ std::string Language() {
 std::vector<std::string> MessageFolders() {
     std::vector<std::string> folders;
     if (const std::string folder = Environment("TARN_MESSAGES"); !folder.empty()) folders.push_back(folder);
-    std::error_code unreadable;
-    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", unreadable);
-    if (!unreadable) folders.push_back((program.parent_path() / "messages").string());
+    if (const std::string folder = ProgramFolder(); !folder.empty()) folders.push_back(folder + "/messages");
     return folders;
 }
 
@@ -86,14 +83,6 @@ std::string Present(const ResultDocument& result, ReportFormat format, const std
 
 std::string PresentShortly(const std::string& document) {
     return ShortReport(ReadResult(document), Texts());
-}
-
-std::string DescribeMessage(bool isError, long code, const std::vector<std::string>& parameters) {
-    std::string line = isError ? "the run failed with code " : "warning ";
-    line += std::to_string(code) + ": " + Texts().Sentence(code, parameters);
-    const std::string* const text = Texts().Status(code);
-    const bool tellsThem = text != nullptr && text->find('{') != std::string::npos;
-    return tellsThem || parameters.empty() ? line : line + " (" + JoinList(parameters, "; ") + ")";
 }
 
 }  // namespace tarn

@@ -28,7 +28,4 @@ std::string Present(const ResultDocument& result, ReportFormat format, const std
 /// The short table of a result document.
 std::string PresentShortly(const std::string& document);
 
-/// A message of the engine about a run as one line: whether the run failed, the code, and what it means.
-std::string DescribeMessage(bool isError, long code, const std::vector<std::string>& parameters);
-
 }  // namespace tarn

@@ -6,19 +6,18 @@
 #include <string>
 #include <vector>
 
+#include "apps/tarn/CommandEnvironment.h"
 #include "apps/tarn/Interrupt.h"
-#include "apps/tarn/PlanRun.h"
-#include "apps/tarn/PlanSettings.h"
 #include "apps/tarn/ProgressBar.h"
-#include "apps/tarn/RequestRun.h"
 #include "host/ByteSource.h"
 #include "host/InputError.h"
 #include "host/JsonDocument.h"
 #include "host/WholeFile.h"
-#include "host/engine/InputNotes.h"
+#include "host/analysis/Analysis.h"
 #include "host/engine/KnownKeys.h"
 #include "host/engine/PassedOver.h"
 #include "host/engine/SettingsDocument.h"
+#include "host/plan/PlanSettings.h"
 
 namespace tarn {
 
@@ -26,10 +25,6 @@ namespace {
 
 constexpr const char* kUserMissing = "userMissing";
 constexpr const char* kExclude = "exclude";
-
-void TellWeights(const Table& table, WeightRule rule) {
-    if (const std::string note = WeightNote(table, rule); !note.empty()) TellNotes({note});
-}
 
 /// Tells what the engine will pass over, each in a line; false if there is such a thing and it is a mistake.
 bool TellPassedOver(const std::vector<std::string>& lines, bool strict) {
@@ -39,7 +34,7 @@ bool TellPassedOver(const std::vector<std::string>& lines, bool strict) {
 
 // Each gives nothing if nothing was run.
 
-std::optional<RunOutcome> RunPlanFile(const RunOptions& options, Interrupt& interrupt) {
+std::optional<AnalysisOutcome> RunPlanFile(const RunOptions& options, Interrupt& interrupt) {
     ByteSource source(options.planPath);
     PlanSettings plan = ReadPlan(source);
     if (!TellPassedOver(plan.passedOver, options.strict)) return std::nullopt;
@@ -48,34 +43,34 @@ std::optional<RunOutcome> RunPlanFile(const RunOptions& options, Interrupt& inte
         plan.settings.AddSetting(kPlanCaseId, *options.caseIdField);
     }
     Table table = LoadTableOf(options.table, true);
-    TellWeights(table, WeightRule::kCut);
     ProgressBar progress(!options.output.quiet);
-    return RunPlan(plan, table, interrupt, progress);
+    return RunPlan(plan, table, EnvironmentOf(interrupt, progress, options.table.threads));
 }
 
-std::optional<RunOutcome> RunSettingsFile(const RunOptions& options, Interrupt& interrupt) {
+std::optional<AnalysisOutcome> RunSettingsFile(const RunOptions& options, Interrupt& interrupt) {
     ByteSource source(options.settingsPath);
     nlohmann::ordered_json request = ReadJson(source);
     if (!request.is_object()) throw InputError(source.Name() + ": expected a JSON object with the keys of a request");
     const std::vector<std::string> passedOver = PassedOverInRequest(request, source.Name());
     if (options.caseIdField) request[kRequestCaseId] = *options.caseIdField;
-    const std::string document = MakeSettingsDocument(request, source.Name());
+    static_cast<void>(
+        MakeSettingsDocument(request, source.Name()));  // a shape that no setting has, before the table is read
     if (!TellPassedOver(passedOver, options.strict)) return std::nullopt;
     const auto userMissing = request.find(kUserMissing);
     const Table table = LoadTableOf(options.table, userMissing != request.end() && *userMissing == kExclude);
-    TellWeights(table, WeightRule::kRounded);
     ProgressBar progress(!options.output.quiet);
-    return RunRequest(document, table, interrupt, progress);
+    return RunRequest(request, source.Name(), table, EnvironmentOf(interrupt, progress, options.table.threads));
 }
 
 }  // namespace
 
 ExitStatus Run(const RunOptions& options) {
     Interrupt interrupt;  // from the start, so that one that comes while the table is read counts as well
-    const std::optional<RunOutcome> ran =
+    const std::optional<AnalysisOutcome> ran =
         options.planPath.empty() ? RunSettingsFile(options, interrupt) : RunPlanFile(options, interrupt);
     if (!ran) return ExitStatus::kWrongUsage;
-    const RunOutcome& outcome = *ran;
+    const AnalysisOutcome& outcome = *ran;
+    TellNotes(outcome.notes);
     const OutputOptions& output = options.output;
     const bool isStored = !output.outPath.empty();
     if (outcome.succeeded && isStored) WriteWholeFile(output.outPath, outcome.document);

@@ -17,14 +17,15 @@ TableDescriptor LoadDescriptor(const std::string& path) {
 }  // namespace
 
 Table LoadTableOf(const TableOptions& options, bool excludeUserMissing,
-                  const std::optional<std::string>& nominalByDefault) {
+                  const std::optional<std::string>& nominalByDefault, const std::vector<FieldOrder>& orders) {
     const TableDescriptor descriptor = LoadDescriptor(options.fieldsPath);
     LoadOptions load;
     load.excludeUserMissing = excludeUserMissing;
     load.nominal = options.nominal;
     load.ordinal = options.ordinal;
     load.continuous = options.continuous;
-    load.orders = options.orders;
+    load.orders = orders;
+    load.threads = options.threads;
     load.weightField = options.weightField;
     load.nominalByDefault = nominalByDefault;
     ByteSource source(options.dataPath);

@@ -17,12 +17,13 @@ struct TableOptions {
     std::vector<std::string> nominal;
     std::vector<std::string> ordinal;
     std::vector<std::string> continuous;
-    std::vector<FieldOrder> orders;
+    unsigned threads = 0;  ///< that may work at a time; 0: as many as the machine has
 };
 
 /// Reads the table. `excludeUserMissing`: whether the user-missing values of its fields are missing.
 /// `nominalByDefault`: a field that is nominal unless its level is told. Throws an `InputError`.
 Table LoadTableOf(const TableOptions& options, bool excludeUserMissing,
-                  const std::optional<std::string>& nominalByDefault = std::nullopt);
+                  const std::optional<std::string>& nominalByDefault = std::nullopt,
+                  const std::vector<FieldOrder>& orders = {});
 
 }  // namespace tarn

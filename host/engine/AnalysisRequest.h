@@ -7,7 +7,9 @@
 #include <string_view>
 #include <vector>
 
+#include "host/TestNames.h"
 #include "host/table/Table.h"
+#include "host/table/TableLoader.h"
 
 namespace tarn {
 
@@ -32,6 +34,10 @@ struct AnalysisOptions {
     bool listwise = false;
     bool includeUserMissing = false;
     std::string caseId;
+    /// The told orders of categories, which the table was read with.
+    std::vector<FieldOrder> orders;
+    /// The families in the order in which their fields were named; those that are missing come last.
+    std::vector<TestFamily> familyOrder;
 };
 
 /// The names that `distributions` may hold.

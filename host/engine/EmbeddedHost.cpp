@@ -5,6 +5,7 @@
 #include <cstring>
 #include <mutex>
 #include <stdexcept>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -219,7 +220,7 @@ void HostedRun::Execute() {
     // The engine is busy on this thread until it is done, so another one watches for the user.
     std::jthread watcher;
     if (run_.isCancelled) {
-        watcher = std::jthread([this](const std::stop_token& done) {
+        const auto watch = [this](const std::stop_token& done) {
             constexpr std::chrono::milliseconds kPause(10);
             std::mutex mutex;
             std::condition_variable_any pause;
@@ -229,7 +230,12 @@ void HostedRun::Execute() {
                 if (run_.isCancelled()) engine_.cancelExecution(component_, &errorCode);
                 pause.wait_for(lock, done, kPause, [] { return false; });
             }
-        });
+        };
+        try {
+            watcher = std::jthread(watch);
+        } catch (const std::system_error&) {
+            // There is no other thread to be had: the run goes on and can't be stopped.
+        }
     }
     int errorCode = 0;
     outcome_.succeeded = engine_.beginExecution(component_, &progress_, &errorCode) == HX_OK;

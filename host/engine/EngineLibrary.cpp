@@ -2,7 +2,6 @@
 
 #include <dlfcn.h>
 
-#include <filesystem>
 #include <stdexcept>
 
 namespace tarn {
@@ -11,18 +10,18 @@ namespace {
 
 constexpr const char* kLibraryName = "libtarn.so";
 
-void* Open() {
-    std::error_code unreadable;
-    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", unreadable);
-    const std::string beside = (program.parent_path() / kLibraryName).string();
-    if (void* library = dlopen(beside.c_str(), RTLD_NOW | RTLD_LOCAL)) return library;
+void* Open(const std::vector<std::string>& folders) {
+    for (const std::string& folder : folders) {
+        const std::string path = folder + "/" + kLibraryName;
+        if (void* library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)) return library;
+    }
     if (void* library = dlopen(kLibraryName, RTLD_NOW | RTLD_LOCAL)) return library;
     throw std::runtime_error("the engine can't be loaded: " + std::string(dlerror()));
 }
 
 }  // namespace
 
-EngineLibrary::EngineLibrary() : library_(Open()) {
+EngineLibrary::EngineLibrary(const std::vector<std::string>& folders) : library_(Open(folders)) {
     Bind(initialise, "hx_initialise");
     Bind(cleanup, "hx_cleanup");
     Bind(getModuleInformation, HX_MODULE_INFORMATION_SYMBOL);

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "platform/hx/hx.h"
 
@@ -11,9 +12,9 @@ namespace tarn {
 /// the engine.
 class EngineLibrary {
  public:
-    /// Loads `libtarn.so` from the folder of the running program, or from where the system looks for libraries.
+    /// Loads `libtarn.so` from the first of `folders` that has it, or from where the system looks for libraries.
     /// Throws a `std::runtime_error` that names the library or the function that is missing.
-    EngineLibrary();
+    explicit EngineLibrary(const std::vector<std::string>& folders = {});
     EngineLibrary(const EngineLibrary&) = delete;
     EngineLibrary& operator=(const EngineLibrary&) = delete;
 

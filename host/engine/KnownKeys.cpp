@@ -19,6 +19,7 @@ constexpr std::array kTopKeys{
     KnownKey{"missingTreatment", kText},
     KnownKey{"sigLevel", kNumber},
     KnownKey{"confidenceLevel", kNumber},
+    KnownKey{kThreads, kNumber},
     KnownKey{kPlanCaseId, kText, kPlan},
     KnownKey{"TarnTabulonModelID", kNumber, kPlan},
     KnownKey{kPlanTests, kObjects, kPlan},

@@ -82,6 +82,8 @@ std::span<const FamilyKeys> KeysOfFamilies();
 inline constexpr const char* kGroupField = "groupVariable";
 /// Whether a test of a request is selected.
 inline constexpr const char* kIsSelected = "isSelected";
+/// How many threads may work at a time, the calling one among them; absent: as many as the machine has.
+inline constexpr const char* kThreads = "threads";
 /// A key behind the last test of a request.
 inline constexpr const char* kDone = "done";
 

@@ -32,7 +32,8 @@ class TableLoader {
           numbersMayBeMissing_(std::ranges::any_of(missingTexts_.Texts(),
                                                    [](const auto& text) { return ParseDecimal(text).has_value(); })),
           batch_(rows_.Names().size()),
-          gathered_(rows_.Names().size()) {
+          gathered_(rows_.Names().size()),
+          secondThread_(options.threads) {
         std::vector<Column> columns;
         for (const ColumnPlan& column : plan_.columns) {
             readers_.emplace_back(column, missingTexts_);

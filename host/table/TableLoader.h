@@ -31,6 +31,8 @@ struct LoadOptions {
     std::optional<std::string> weightField;
     /// A field that is nominal unless its level is given elsewhere. It may be missing from the table.
     std::optional<std::string> nominalByDefault;
+    /// How many threads may work at a time, the calling one among them; 0: as many as the machine has.
+    unsigned threads = 0;
     /// Bytes that are read at a time.
     std::size_t blockSize = CsvReader::kDefaultBlockSize;
 };

@@ -97,6 +97,8 @@ void TARNPlanner::MakeStores() {
     memoIterator = reader->Begin();
     sortedData = std::make_unique<TARNSortedDataSet>(memoIterator);
     univariates = std::make_unique<UnivariateCollector>(memoIterator, *varList);
+    int threads = 0;
+    if (settings->GetSettingValByName(SettingKey::kThreads, threads)) univariates->SetThreads(threads);
     weightIndex = varList->GetFreqWeightIndex();
     if (weightIndex != QKVarList::kNoWeight) {
         hasWeight = true;

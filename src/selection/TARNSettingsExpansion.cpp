@@ -63,6 +63,9 @@ void TARNSettingsExpansion::ReadGlobalKey(const std::string& key) {
         std::string text;
         if (!modelSettings->GetSettingValByName(key, text)) return;
         executionSettings->AddSetting(key == RequestKey::kCaseIdField ? EntryKey::kCaseIdVariableName : key, text);
+    } else if (key == SettingKey::kThreads) {
+        int threads = 0;
+        if (modelSettings->GetSettingValByName(key, threads)) executionSettings->AddSetting(key, threads);
     } else if (key == SettingKey::kSigLevel) {
         double level = kDefaultSigLevel;
         modelSettings->GetSettingValByName(key, level);

@@ -95,7 +95,8 @@ QKStatus UnivariateCollector::RunPass() {
     }
     std::span<const FieldVariable> mine = needing;
     std::future<QKStatus> others;
-    if (needing.size() > 1 && needing.size() * static_cast<std::size_t>(memo.Store()->Count()) >= kSharedFromValues) {
+    const std::size_t values = needing.size() * static_cast<std::size_t>(memo.Store()->Count());
+    if (threads > 1 && needing.size() > 1 && values >= kSharedFromValues) {
         // No variable sees another one, so a second thread may take half of them.
         const std::span<const FieldVariable> half = mine.subspan(mine.size() / 2);
         try {

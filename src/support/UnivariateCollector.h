@@ -29,6 +29,9 @@ class UnivariateCollector {
     /// Where quantiles find sorted views; borrowed, needed until `Compute` is over.
     void SetSortedData(TARNSortedDataSet* views) { sortedData = views; }
 
+    /// How many threads may work at a time; one, the calling one, at least. Without a word it is as many as there are.
+    void SetThreads(int count) { threads = count; }
+
     /// Fills all records. A field whose record ends in an error stops the others.
     QKStatus Compute();
 
@@ -48,4 +51,5 @@ class UnivariateCollector {
     const QKVarList* varList;
     std::map<int, std::unique_ptr<QKUnivariateVariable>> variables;
     TARNSortedDataSet* sortedData = nullptr;
+    int threads = 2;  // more are never used
 };

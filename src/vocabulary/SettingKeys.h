@@ -5,6 +5,9 @@ namespace SettingKey {
 
 // Of the execution settings, at the top level.
 inline constexpr const char* kModelId = "TarnTabulonModelID";
+/// How many threads may work at a time, the calling one among them. Absent: as many as the machine has. No result
+/// depends on it.
+inline constexpr const char* kThreads = "threads";
 
 // Of a test's entry in the execution settings.
 inline constexpr const char* kVariableName = "variableName";

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <functional>
 #include <latch>
 #include <string>
@@ -12,10 +13,16 @@
 #include <utility>
 #include <vector>
 
+#include "tests/harness/Command.h"
 #include "tests/harness/Document.h"
 
 namespace tarn {
 namespace {
+
+/// The library stands beside the command.
+std::vector<std::string> LibraryFolders() {
+    return {std::filesystem::path(harness::CommandPath()).parent_path().string()};
+}
 
 Table PairTable(const std::vector<std::vector<double>>& rows) {
     std::vector<Column> columns(2);
@@ -34,12 +41,11 @@ EngineRun SignTest(const std::string& applicationName) {
     };
     const std::string pair = "kind='stringVector'><Element value='before'/><Element value='after'/></Setting>";
     EngineRun run;
-    run.settingsDocument = "<Settings><Setting name='oneSampleVariables' " + pair +
-                           "<Setting name='relatedVariables' " + pair +
-                           "<Setting name='isAutomaticallyOneSample' kind='bool' value='false'/>" +
-                           selected("OChiSquare") +
-                           "<Setting name='isAutomaticallyRelated' kind='bool' value='false'/>" + selected("RSign") +
-                           "<Setting name='done' kind='bool' value='true'/></Settings>";
+    run.settingsDocument =
+        "<Settings><Setting name='oneSampleVariables' " + pair + "<Setting name='relatedVariables' " + pair +
+        "<Setting name='isAutomaticallyOneSample' kind='bool' value='false'/>" + selected("OChiSquare") +
+        "<Setting name='isAutomaticallyRelated' kind='bool' value='false'/>" + selected("RSign") +
+        "<Setting name='done' kind='bool' value='true'/></Settings>";
     run.applicationName = applicationName;
     run.applicationVersion = "1";
     return run;
@@ -59,7 +65,7 @@ const std::vector<std::vector<double>> kSmallRows{{1, 2}, {2, 4}, {3, 2}, {4, 4}
 const std::vector<std::vector<double>> kOtherRows{{5, 1}, {6, 2}, {7, 3}};
 
 TEST(EmbeddedHost, RunsAtTheSameTimeGiveTheDocumentsOfRunsAlone) {
-    const EngineLibrary engine;
+    const EngineLibrary engine(LibraryFolders());
     const Table tables[] = {PairTable(kSmallRows), PairTable(kOtherRows)};
     EngineRun runs[] = {SignTest("first"), SignTest("second")};
     std::string alone[2];
@@ -96,7 +102,7 @@ unsigned CreateAfterwards(HXContext* context, void* unused, void** component, in
 
 TEST(EmbeddedHost, ARunThatBeginsAndEndsBeforeTheComponentIsMadeLeavesItsHost) {
     const Table table = PairTable(kSmallRows);
-    EngineLibrary engine;
+    EngineLibrary engine(LibraryFolders());
     createComponent = std::exchange(engine.createComponent, &CreateAfterwards);
     EngineOutcome first;
     beforeCreation = [&] {
@@ -109,7 +115,7 @@ TEST(EmbeddedHost, ARunThatBeginsAndEndsBeforeTheComponentIsMadeLeavesItsHost) {
 }
 
 TEST(EmbeddedHost, TheLibraryHasAHostWhenAllRunsAreOver) {
-    const EngineLibrary engine;
+    const EngineLibrary engine(LibraryFolders());
     std::jthread([&] { RunInEngine(engine, PairTable(kSmallRows), SignTest("first")); }).join();
     std::size_t needed = 0;
     int errorCode = 0;

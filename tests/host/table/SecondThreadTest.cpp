@@ -11,7 +11,7 @@ namespace tarn {
 namespace {
 
 TEST(SecondThread, DoesOneJobAfterAnotherOnItsOwnThread) {
-    SecondThread second;
+    SecondThread second(2);
     std::thread::id first;
     int done = 0;
     for (int job = 0; job < 1000; ++job) {
@@ -29,20 +29,25 @@ TEST(SecondThread, DoesOneJobAfterAnotherOnItsOwnThread) {
 }
 
 TEST(SecondThread, HandsOnWhatAJobThrows) {
-    SecondThread second;
+    SecondThread second(2);
     std::future<void> failed = second.Start([] { throw std::runtime_error("no"); });
     EXPECT_THROW(failed.get(), std::runtime_error);
     second.Start([] {}).get();
 }
 
+TEST(SecondThread, LeavesTheJobToItsCallerWithinABudgetOfOne) {
+    SecondThread second(1);
+    EXPECT_FALSE(second.Start([] { FAIL() << "a second thread works"; }).valid());
+}
+
 TEST(SecondThread, EndsWithoutAnyJob) {
-    EXPECT_NO_THROW(SecondThread{});
+    EXPECT_NO_THROW(SecondThread{2});
 }
 
 TEST(SecondThread, ItsEndWaitsForTheJob) {
     bool isDone = false;
     {
-        SecondThread second;
+        SecondThread second(2);
         static_cast<void>(second.Start([&] {
             std::this_thread::sleep_for(std::chrono::milliseconds(20));
             isDone = true;

@@ -1,4 +1,4 @@
-#include "apps/tarn/PlanSettings.h"
+#include "host/plan/PlanSettings.h"
 
 #include <string>
 #include <vector>

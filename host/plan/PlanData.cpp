@@ -1,4 +1,4 @@
-#include "apps/tarn/PlanData.h"
+#include "host/plan/PlanData.h"
 
 #include <memory>
 #include <utility>

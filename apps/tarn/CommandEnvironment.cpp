@@ -1,0 +1,31 @@
+#include "apps/tarn/CommandEnvironment.h"
+
+#include <filesystem>
+#include <system_error>
+
+#include "apps/tarn/Presentation.h"
+
+namespace tarn {
+
+std::string ProgramFolder() {
+    std::error_code unreadable;
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", unreadable);
+    return unreadable ? "" : program.parent_path().string();
+}
+
+std::vector<std::string> LibraryFolders() {
+    return {ProgramFolder()};
+}
+
+AnalysisEnvironment EnvironmentOf(Interrupt& interrupt, ProgressBar& progress, unsigned threads) {
+    AnalysisEnvironment environment;
+    environment.applicationVersion = TARN_VERSION;
+    environment.libraryFolders = LibraryFolders();
+    environment.texts = &Texts();
+    environment.threads = threads;
+    environment.onProgress = [&progress](double percent) { progress.Show(static_cast<int>(percent)); };
+    environment.isCancelled = [&interrupt] { return interrupt.IsAsked(); };
+    return environment;
+}
+
+}  // namespace tarn

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+
+#include "apps/tarn/Interrupt.h"
+#include "apps/tarn/ProgressBar.h"
+#include "host/analysis/AnalysisEnvironment.h"
+
+namespace tarn {
+
+/// The folder of the running program; empty where the system doesn't say.
+std::string ProgramFolder();
+
+/// Where the engine's library is looked for: beside the program.
+std::vector<std::string> LibraryFolders();
+
+/// What an analysis of the command needs: the language of the user, Ctrl-C and the progress bar, both borrowed, and how
+/// many threads may work.
+AnalysisEnvironment EnvironmentOf(Interrupt& interrupt, ProgressBar& progress, unsigned threads);
+
+}  // namespace tarn

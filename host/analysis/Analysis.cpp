@@ -1,0 +1,102 @@
+#include "host/analysis/Analysis.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "host/analysis/AnalysisNotes.h"
+#include "host/engine/EmbeddedHost.h"
+#include "host/engine/EngineLibrary.h"
+#include "host/engine/InputNotes.h"
+#include "host/engine/KnownKeys.h"
+#include "host/engine/OrderedScores.h"
+#include "host/engine/SettingsDocument.h"
+#include "host/plan/PlanRun.h"
+#include "host/report/ResultOrder.h"
+
+namespace tarn {
+
+namespace {
+
+constexpr const char* kAnalysis = "request";
+
+/// A message of the engine about a run as one line: whether the run failed, the code, and what it means.
+std::string DescribeMessage(const EngineMessage& message, const MessageCatalogue& texts) {
+    std::string line = message.isError ? "the run failed with code " : "warning ";
+    line += std::to_string(message.code) + ": " + texts.Sentence(message.code, message.parameters);
+    const std::string* const text = texts.Status(message.code);
+    const bool tellsThem = text != nullptr && text->find('{') != std::string::npos;
+    return tellsThem || message.parameters.empty() ? line : line + " (" + JoinList(message.parameters, "; ") + ")";
+}
+
+AnalysisOutcome OutcomeOf(EngineOutcome result, const MessageCatalogue& texts) {
+    AnalysisOutcome outcome{result.succeeded, std::move(result.document), {}, {}};
+    for (const EngineMessage& message : result.messages) outcome.remarks.push_back(DescribeMessage(message, texts));
+    if (!outcome.succeeded && outcome.remarks.empty()) outcome.remarks.emplace_back("the run failed without a message");
+    return outcome;
+}
+
+/// The thread budget crosses the boundary within the request. Without one the engine takes what the machine has.
+void AddBudget(nlohmann::ordered_json& request, unsigned threads) {
+    if (threads == 0 || request.contains(kThreads)) return;
+    // In front: the tests of a family end with the request or with a key that is none of theirs.
+    nlohmann::ordered_json whole = nlohmann::ordered_json::object();
+    whole[kThreads] = threads;
+    for (auto& [key, value] : request.items()) whole[key] = std::move(value);
+    request = std::move(whole);
+}
+
+}  // namespace
+
+void PrepareTable(Table& table, const AnalysisOptions& options) {
+    CheckOneOrder(table, options.related);
+    LabelBooleans(table);
+    for (const auto* fields : {&options.oneSample, &options.related, &options.independent}) {
+        ScoreOrderedFields(table, *fields);
+    }
+}
+
+AnalysisOutcome Analyze(const Table& table, const AnalysisOptions& options, const AnalysisEnvironment& environment) {
+    AnalysisOutcome outcome = RunRequest(BuildRequest(options, table), kAnalysis, table, environment);
+    outcome.notes = NotesOn(table, options);
+    return outcome;
+}
+
+ResultDocument ReadAnalysis(const AnalysisOutcome& outcome, const AnalysisOptions& options) {
+    ResultDocument result = ReadResult(outcome.document);
+    PutInOrder(result, OrderOf(options));
+    return result;
+}
+
+bool IsNoneDone(const ResultDocument& result) {
+    return std::ranges::all_of(result.tests, [](const TestResult& test) { return test.HasError(); });
+}
+
+AnalysisOutcome RunRequest(const nlohmann::ordered_json& request, const std::string& source, const Table& table,
+                           const AnalysisEnvironment& environment) {
+    nlohmann::ordered_json budgeted = request;
+    AddBudget(budgeted, environment.threads);
+    EngineRun run;
+    run.settingsDocument = MakeSettingsDocument(budgeted, source);
+    run.applicationName = environment.applicationName;
+    run.applicationVersion = environment.applicationVersion;
+    run.onProgress = environment.onProgress;
+    run.isCancelled = environment.isCancelled;
+    const EngineLibrary engine(environment.libraryFolders);
+    AnalysisOutcome outcome = OutcomeOf(RunInEngine(engine, table, run), *environment.texts);
+    if (const std::string note = WeightNote(table, WeightRule::kRounded); !note.empty()) outcome.notes.push_back(note);
+    return outcome;
+}
+
+AnalysisOutcome RunPlan(PlanSettings& plan, Table& table, const AnalysisEnvironment& environment) {
+    PlanRun run;
+    run.applicationName = environment.applicationName;
+    run.applicationVersion = environment.applicationVersion;
+    run.threads = environment.threads;
+    run.onProgress = environment.onProgress;
+    run.isCancelled = environment.isCancelled;
+    AnalysisOutcome outcome = OutcomeOf(RunInFactory(plan, table, run), *environment.texts);
+    if (const std::string note = WeightNote(table, WeightRule::kCut); !note.empty()) outcome.notes.push_back(note);
+    return outcome;
+}
+
+}  // namespace tarn

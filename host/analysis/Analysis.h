@@ -1,0 +1,51 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "host/analysis/AnalysisEnvironment.h"
+#include "host/engine/AnalysisRequest.h"
+#include "host/plan/PlanSettings.h"
+#include "host/report/ResultDocument.h"
+#include "host/table/Table.h"
+
+namespace tarn {
+
+// The one door of every client, from a table and what is asked of it to a result. Nothing here prints, and several
+// analyses may go on in one process at the same time, each with a table of its own.
+
+/// What an analysis left.
+struct AnalysisOutcome {
+    /// Whether there is a document.
+    bool succeeded = false;
+    std::string document;
+    /// What the engine says of the run, a line each: why it failed, or warnings of one that did not.
+    std::vector<std::string> remarks;
+    /// What a reader of the results should know of the data, as sentences.
+    std::vector<std::string> notes;
+};
+
+/// Makes of a table what the tests of an analysis are to see: words with a told order as numbers with labels. Throws an
+/// `InputError` for orders that contradict one another.
+void PrepareTable(Table& table, const AnalysisOptions& options);
+
+/// Runs what a user asks for in the words of the command line, on a table that `PrepareTable` has prepared. Throws an
+/// `InputError` for a wish that can't be met, a `std::runtime_error` if the engine can't be had.
+AnalysisOutcome Analyze(const Table& table, const AnalysisOptions& options, const AnalysisEnvironment& environment);
+
+/// Reads the document of such an analysis, with its tests in the order in which they were asked for.
+ResultDocument ReadAnalysis(const AnalysisOutcome& outcome, const AnalysisOptions& options);
+
+/// Whether all tests of a document ended in an error of their own.
+bool IsNoneDone(const ResultDocument& result);
+
+/// Runs a request in the user's terms, the way of a host. `source` stands for the request in the `InputError` that is
+/// thrown for a value of a shape that no setting has.
+AnalysisOutcome RunRequest(const nlohmann::ordered_json& request, const std::string& source, const Table& table,
+                           const AnalysisEnvironment& environment);
+
+/// Runs a plan, straight through the engine's C++ factory.
+AnalysisOutcome RunPlan(PlanSettings& plan, Table& table, const AnalysisEnvironment& environment);
+
+}  // namespace tarn

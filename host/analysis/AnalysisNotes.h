@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/engine/AnalysisRequest.h"
+#include "host/report/ResultOrder.h"
+#include "host/table/Table.h"
+
+namespace tarn {
+
+/// What a reader of an analysis should know of its data and of its options beside the results, as sentences.
+std::vector<std::string> NotesOn(const Table& table, const AnalysisOptions& options);
+
+/// The order in which an analysis asks for its tests, in the words of the document.
+AskedOrder OrderOf(const AnalysisOptions& options);
+
+}  // namespace tarn

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "host/engine/EmbeddedHost.h"
+#include "host/plan/PlanSettings.h"
+#include "host/table/Table.h"
+
+namespace tarn {
+
+/// What a run of a plan needs beside its table.
+struct PlanRun {
+    std::string applicationName;
+    std::string applicationVersion;
+    unsigned threads = 0;  ///< that may work at a time; 0: as many as the machine has
+    /// Called with 0 to 100, on the thread of the run. May be empty.
+    std::function<void(double percent)> onProgress;
+    /// Asked once per record, on the thread of the run; true stops it. May be empty.
+    std::function<bool()> isCancelled;
+};
+
+/// The library path: hands the execution settings of a plan and the whole table straight to the engine's factory, as
+/// a program would that links the library. This room is the one place of the host that uses the engine's own types.
+EngineOutcome RunInFactory(PlanSettings& plan, Table& table, const PlanRun& run);
+
+}  // namespace tarn
