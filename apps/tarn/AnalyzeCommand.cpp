@@ -30,16 +30,16 @@ Table LoadTableFor(const AnalyzeOptions& options) {
 ExitStatus Analyze(const AnalyzeOptions& options) {
     Interrupt interrupt;
     const Table table = LoadTableFor(options);
-    const AnalysisOutcome outcome = [&] {
-        ProgressBar progress(!options.output.quiet);
-        return Analyze(table, options.analysis, EnvironmentOf(interrupt, progress, options.table.threads));
-    }();
+    std::optional<ProgressBar> progress(!options.output.quiet);
+    const AnalysisEnvironment environment = EnvironmentOf(interrupt, *progress, options.table.threads);
+    const AnalysisOutcome outcome = Analyze(table, options.analysis, environment);
+    progress.reset();  // nothing of it is left on the line when results are shown
     const ExitStatus status = TellRemarks(outcome);
     if (!outcome.succeeded) return status;
 
     const OutputOptions& output = options.output;
     if (!output.outPath.empty()) WriteWholeFile(output.outPath, outcome.document);
-    const ResultDocument result = ReadAnalysis(outcome, options.analysis);
+    const ResultReading result = ReadAnalysis(outcome, options.analysis, environment);
     const ReportFormat format = output.format.value_or(ReportFormat::kText);
     const bool isShown = format != ReportFormat::kText || !output.quiet;
     // Text and JSON have a place for notes.

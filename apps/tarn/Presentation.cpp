@@ -62,12 +62,12 @@ const MessageCatalogue& Texts() {
 }
 
 std::string Present(const std::string& document, ReportFormat format, const std::string& name) {
-    if (format != ReportFormat::kXml) return Present(ReadResult(document, name), format, {});
+    if (format != ReportFormat::kXml) return Present(ReadAll(ReadResult(document, name), Texts()), format, {});
     static_cast<void>(ReadResult(document, name));  // throws for what is none
     return document;
 }
 
-std::string Present(const ResultDocument& result, ReportFormat format, const std::vector<std::string>& notes) {
+std::string Present(const ResultReading& result, ReportFormat format, const std::vector<std::string>& notes) {
     switch (format) {
         case ReportFormat::kText:
             return TextReport(result, Texts(), StyleOfTerminal(), notes);
@@ -82,7 +82,7 @@ std::string Present(const ResultDocument& result, ReportFormat format, const std
 }
 
 std::string PresentShortly(const std::string& document) {
-    return ShortReport(ReadResult(document), Texts());
+    return ShortReport(ReadAll(ReadResult(document), Texts()), Texts());
 }
 
 }  // namespace tarn

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "host/report/MessageCatalogue.h"
+#include "host/report/ResultReading.h"
 
 namespace tarn {
 
@@ -23,7 +24,7 @@ std::string Present(const std::string& document, ReportFormat format, const std:
 
 /// The same of a document that is read already, with notes on the whole run. Not for `kXml`, which is the document
 /// itself.
-std::string Present(const ResultDocument& result, ReportFormat format, const std::vector<std::string>& notes);
+std::string Present(const ResultReading& result, ReportFormat format, const std::vector<std::string>& notes);
 
 /// The short table of a result document.
 std::string PresentShortly(const std::string& document);

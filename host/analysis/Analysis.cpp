@@ -61,14 +61,15 @@ AnalysisOutcome Analyze(const Table& table, const AnalysisOptions& options, cons
     return outcome;
 }
 
-ResultDocument ReadAnalysis(const AnalysisOutcome& outcome, const AnalysisOptions& options) {
-    ResultDocument result = ReadResult(outcome.document);
-    PutInOrder(result, OrderOf(options));
-    return result;
+ResultReading ReadAnalysis(const AnalysisOutcome& outcome, const AnalysisOptions& options,
+                           const AnalysisEnvironment& environment) {
+    ResultDocument document = ReadResult(outcome.document);
+    PutInOrder(document, OrderOf(options));
+    return ReadAll(std::move(document), *environment.texts);
 }
 
-bool IsNoneDone(const ResultDocument& result) {
-    return std::ranges::all_of(result.tests, [](const TestResult& test) { return test.HasError(); });
+bool IsNoneDone(const ResultReading& result) {
+    return std::ranges::all_of(result.tests, [](const TestReading& test) { return test.HasError(); });
 }
 
 AnalysisOutcome RunRequest(const nlohmann::ordered_json& request, const std::string& source, const Table& table,

@@ -7,7 +7,7 @@
 #include "host/analysis/AnalysisEnvironment.h"
 #include "host/engine/AnalysisRequest.h"
 #include "host/plan/PlanSettings.h"
-#include "host/report/ResultDocument.h"
+#include "host/report/ResultReading.h"
 #include "host/table/Table.h"
 
 namespace tarn {
@@ -35,10 +35,11 @@ void PrepareTable(Table& table, const AnalysisOptions& options);
 AnalysisOutcome Analyze(const Table& table, const AnalysisOptions& options, const AnalysisEnvironment& environment);
 
 /// Reads the document of such an analysis, with its tests in the order in which they were asked for.
-ResultDocument ReadAnalysis(const AnalysisOutcome& outcome, const AnalysisOptions& options);
+ResultReading ReadAnalysis(const AnalysisOutcome& outcome, const AnalysisOptions& options,
+                           const AnalysisEnvironment& environment);
 
 /// Whether all tests of a document ended in an error of their own.
-bool IsNoneDone(const ResultDocument& result);
+bool IsNoneDone(const ResultReading& result);
 
 /// Runs a request in the user's terms, the way of a host. `source` stands for the request in the `InputError` that is
 /// thrown for a value of a shape that no setting has.

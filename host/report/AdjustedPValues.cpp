@@ -20,8 +20,8 @@ std::vector<std::size_t> Ascending(const std::vector<double>& pValues) {
 std::optional<double> DecidingP(const TestReading& reading) {
     const StatisticSet* const set = reading.Leading();
     const PValue* const p = set == nullptr ? nullptr : set->Leading();
-    double value = 0;
-    const bool isKnown = p != nullptr && p->decides && ReadNumber(p->value, value) && !std::isnan(value);
+    const double value = p == nullptr ? 0 : p->value.value;
+    const bool isKnown = p != nullptr && p->decides && !std::isnan(value);
     const bool isTrusted = !reading.HasError() && !reading.IsBeyondRange(Quantity::kPValue);
     return isKnown && isTrusted ? std::optional(value) : std::nullopt;
 }

@@ -7,8 +7,6 @@
 #include <string_view>
 
 #include "host/NumberText.h"
-#include "host/report/AdjustedPValues.h"
-#include "host/report/TestReading.h"
 
 namespace tarn {
 
@@ -58,7 +56,7 @@ void SetStatistics(Row& row, const StatisticSet& set, const PValue* p) {
     row["z"] = set.standardized;
     row["df"] = set.df;
     if (p == nullptr) return;
-    row["p_value"] = (p->isBound ? ">" : "") + p->value;
+    row["p_value"] = (p->isBound ? ">" : "") + p->value.text;
     row["p_kind"] = NameOf(p->kind);
     row["p_tails"] = std::to_string(p->tails);
 }
@@ -170,15 +168,14 @@ void AppendComparisons(std::string& text, const Row& common, const TestReading& 
 
 }  // namespace
 
-std::string CsvReport(const ResultDocument& document, const MessageCatalogue& texts) {
+std::string CsvReport(const ResultReading& result, const MessageCatalogue& texts) {
     std::string text;
     for (const std::string_view column : kColumns) text += (text.empty() ? "" : ",") + std::string(column);
     text += '\n';
-    const std::vector<TestReading> readings = ReadTests(document, texts);
-    const TestFamilyPValues family = AdjustTogether(readings);
+    const std::vector<TestReading>& readings = result.tests;
     for (std::size_t i = 0; i < readings.size(); ++i) {
         const Row common = CommonCells(readings[i], i + 1, texts.Test(readings[i].name));
-        AppendTest(text, common, readings[i], family.tests[i], document);
+        AppendTest(text, common, readings[i], result.family.tests[i], result.document);
         AppendComparisons(text, common, readings[i]);
     }
     return text;

@@ -3,12 +3,12 @@
 #include <string>
 
 #include "host/report/MessageCatalogue.h"
-#include "host/report/ResultDocument.h"
+#include "host/report/ResultReading.h"
 
 namespace tarn {
 
 /// The tests of a document as tidy comma-separated values (RFC 4180): a row for each test, and below it one for each
 /// further set of statistics, interval, pair and subset. Numbers are those of the document, digit by digit.
-std::string CsvReport(const ResultDocument& document, const MessageCatalogue& texts);
+std::string CsvReport(const ResultReading& result, const MessageCatalogue& texts);
 
 }  // namespace tarn

@@ -22,6 +22,11 @@ double NumberOf(const std::string& text) {
     return ReadNumber(text, number) ? number : 0;
 }
 
+/// A label of the catalogue with the names of samples in it.
+std::string LabelOf(std::string_view key, const std::vector<std::string>& samples, const MessageCatalogue& texts) {
+    return FillIn(texts.Label(key), {&samples});
+}
+
 Figure* FindFigure(std::vector<Figure>& figures, std::string_view key) {
     const auto found = std::ranges::find(figures, key, &Figure::key);
     return found == figures.end() ? nullptr : &*found;
@@ -48,7 +53,7 @@ bool AreSwapped(const TestResult& test) {
 
 /// The document's U counts the pairs in which the second of its groups has the larger value, and its W is the sum of
 /// that group's ranks.
-void TurnMannWhitney(TestReading& reading) {
+void TurnMannWhitney(const MessageCatalogue& texts, TestReading& reading) {
     if (reading.statistics.empty()) return;
     StatisticSet& set = reading.statistics.front();
     const std::string counted = reading.samples[1].name;
@@ -58,19 +63,19 @@ void TurnMannWhitney(TestReading& reading) {
     std::snprintf(other, sizeof other, "%.15g",
                   NumberOf(SizeOf(reading.samples[0])) * NumberOf(SizeOf(reading.samples[1])) - NumberOf(pairs));
     const std::string complement = pairs.empty() ? "" : other;
-    set.label = "U of " + reading.direction.first;
+    set.label = LabelOf("uOf", {reading.direction.first}, texts);
     set.statistic = isOfFirst ? pairs : complement;
     if (!isOfFirst) set.standardized = Negated(set.standardized);
     if (Figure* const u = FindFigure(reading.figures, "MannWhitneyU")) {
-        u->label = "U of " + reading.direction.second;
+        u->label = LabelOf("uOf", {reading.direction.second}, texts);
         u->value = isOfFirst ? complement : pairs;
     }
-    if (Figure* const w = FindFigure(reading.figures, "WilcoxonW")) w->label = "rank sum of " + counted;
+    if (Figure* const w = FindFigure(reading.figures, "WilcoxonW")) w->label = LabelOf("rankSumOf", {counted}, texts);
 }
 
 /// The document takes the distribution function of the smaller group from that of the larger one, of the second of two
 /// equal groups from that of the first.
-void TurnKolmogorovSmirnov(TestReading& reading) {
+void TurnKolmogorovSmirnov(const MessageCatalogue& texts, TestReading& reading) {
     Figure* const positive = FindFigure(reading.figures, "Positive");
     Figure* const negative = FindFigure(reading.figures, "Negative");
     if (positive == nullptr || negative == nullptr) return;
@@ -81,9 +86,9 @@ void TurnKolmogorovSmirnov(TestReading& reading) {
         positive->value = Negated(positive->value);
         negative->value = Negated(negative->value);
     }
-    const std::string functions = "F(" + reading.direction.first + ") - F(" + reading.direction.second + ")";
-    positive->label = "largest " + functions;
-    negative->label = "smallest " + functions;
+    const std::vector<std::string> groups{reading.direction.first, reading.direction.second};
+    positive->label = LabelOf("largestDifferenceOf", groups, texts);
+    negative->label = LabelOf("smallestDifferenceOf", groups, texts);
 }
 
 /// The two categories of the group field that occur, in their order; the document of this estimate names no groups.
@@ -107,7 +112,8 @@ std::vector<std::string> OccurringGroups(const TestResult& test, const ResultDoc
 
 }  // namespace
 
-void TurnToOneDirection(const TestResult& test, const ResultDocument& document, TestReading& reading) {
+void TurnToOneDirection(const TestResult& test, const ResultDocument& document, const MessageCatalogue& texts,
+                        TestReading& reading) {
     if (reading.HasError()) return;
     if (test.name == "RSign" || test.name == "RWilcoxonSignedRanks" || test.name == "RHodgesLehmannEstimatePairs") {
         if (reading.fields.size() == kTwo) reading.direction = {reading.fields[1], reading.fields[0]};
@@ -126,15 +132,16 @@ void TurnToOneDirection(const TestResult& test, const ResultDocument& document, 
         const bool areSwapped = AreSwapped(test);
         reading.direction = {reading.samples[areSwapped ? 1 : 0].name, reading.samples[areSwapped ? 0 : 1].name};
         if (test.name == "IMannWhitneyU") {
-            TurnMannWhitney(reading);
+            TurnMannWhitney(texts, reading);
         } else {
-            TurnKolmogorovSmirnov(reading);
+            TurnKolmogorovSmirnov(texts, reading);
             reading.direction = {};  // its numbers are of distribution functions, which fall where values rise
         }
         if (areSwapped) std::swap(reading.samples[0], reading.samples[1]);
     } else if (test.name == "IMoses" && !reading.samples.empty()) {
-        for (StatisticSet& set : reading.statistics) set.label = "span of " + reading.samples.front().name;
-        reading.samples.front().role = "control";
+        for (StatisticSet& set : reading.statistics)
+            set.label = LabelOf("spanOf", {reading.samples.front().name}, texts);
+        reading.samples.front().role = texts.Label("controlGroup");
     }
 }
 

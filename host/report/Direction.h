@@ -9,6 +9,7 @@ namespace tarn {
 /// the other way round: U, z and differences of distributions of two groups become those of the first group less the
 /// second, in the order of the group field's categories, or of the lists of a plan. The engine's own directions differ
 /// from test to test.
-void TurnToOneDirection(const TestResult& test, const ResultDocument& document, TestReading& reading);
+void TurnToOneDirection(const TestResult& test, const ResultDocument& document, const MessageCatalogue& texts,
+                        TestReading& reading);
 
 }  // namespace tarn

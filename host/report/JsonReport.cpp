@@ -6,9 +6,6 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 
-#include "host/report/AdjustedPValues.h"
-#include "host/report/TestReading.h"
-
 namespace tarn {
 
 namespace {
@@ -192,8 +189,9 @@ Json TestJson(const TestResult& test, const TestReading& reading,
 
 }  // namespace
 
-std::string JsonReport(const ResultDocument& document, const MessageCatalogue& texts,
+std::string JsonReport(const ResultReading& result, const MessageCatalogue& texts,
                        const std::vector<std::string>& notes) {
+    const ResultDocument& document = result.document;
     Json json{{"format", "tarn-result-2"},
               {"application", {{"name", document.application}, {"version", NameOrNull(document.applicationVersion)}}},
               {"significance_level", ValueOf(document.sigLevel)},
@@ -206,10 +204,8 @@ std::string JsonReport(const ResultDocument& document, const MessageCatalogue& t
               {"descriptives", Json::array()}};
     for (const auto& [name, count] : document.counts) json["counts"][name] = ValueOf(count);
     for (const ResultField& field : document.fields) json["fields"].push_back(FieldJson(field));
-    const std::vector<TestReading> readings = ReadTests(document, texts);
-    const TestFamilyPValues family = AdjustTogether(readings);
-    for (std::size_t i = 0; i < readings.size(); ++i) {
-        json["tests"].push_back(TestJson(document.tests[i], readings[i], family.tests[i], texts));
+    for (std::size_t i = 0; i < result.tests.size(); ++i) {
+        json["tests"].push_back(TestJson(document.tests[i], result.tests[i], result.family.tests[i], texts));
     }
     for (const ResultTable& table : document.descriptives) {
         const ResultField* const field = document.FieldAt(table.Value("varIndex"));

@@ -4,13 +4,13 @@
 #include <vector>
 
 #include "host/report/MessageCatalogue.h"
-#include "host/report/ResultDocument.h"
+#include "host/report/ResultReading.h"
 
 namespace tarn {
 
 /// Everything of a document as JSON, numbers as numbers and fields and categories by their names. docs/result-json.md
 /// tells its keys, docs/result.schema.json checks them. `notes` are sentences on the whole run.
-std::string JsonReport(const ResultDocument& document, const MessageCatalogue& texts,
+std::string JsonReport(const ResultReading& result, const MessageCatalogue& texts,
                        const std::vector<std::string>& notes = {});
 
 }  // namespace tarn

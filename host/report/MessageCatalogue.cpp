@@ -181,6 +181,7 @@ void MessageCatalogue::Add(const std::string& text, const std::string& name) {
         ReadTexts(catalogue, "condition", conditions_);
         ReadTexts(catalogue, "limits", limits_);
         ReadTexts(catalogue, "remarks", remarks_);
+        ReadTexts(catalogue, "labels", labels_);
         const auto tests = catalogue.find("tests");
         if (tests == catalogue.end()) return;
         for (const auto& [test, texts] : tests->items()) {
@@ -216,6 +217,11 @@ const std::string* MessageCatalogue::Limit(std::string_view key) const {
 
 const std::string* MessageCatalogue::Remark(std::string_view key) const {
     return FindText(remarks_, key);
+}
+
+std::string MessageCatalogue::Label(std::string_view key) const {
+    const std::string* const text = FindText(labels_, key);
+    return text == nullptr ? std::string(key) : *text;
 }
 
 const TestTexts* MessageCatalogue::Test(std::string_view name) const {

@@ -43,6 +43,8 @@ class MessageCatalogue {
     const std::string* Condition(std::string_view key) const;
     const std::string* Limit(std::string_view key) const;
     const std::string* Remark(std::string_view key) const;
+    /// What a reader is shown for a figure of a test, by its name in the document; the name itself without a text.
+    std::string Label(std::string_view key) const;
     /// What there is to tell about a test; null for none. `name` as in the document.
     const TestTexts* Test(std::string_view name) const;
     const std::map<std::string, TestTexts, std::less<>>& Tests() const { return tests_; }
@@ -59,6 +61,7 @@ class MessageCatalogue {
     std::map<std::string, std::string, std::less<>> conditions_;
     std::map<std::string, std::string, std::less<>> limits_;
     std::map<std::string, std::string, std::less<>> remarks_;
+    std::map<std::string, std::string, std::less<>> labels_;
     std::map<std::string, TestTexts, std::less<>> tests_;
 };
 

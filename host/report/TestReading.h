@@ -8,12 +8,13 @@
 #include "host/report/CountTable.h"
 #include "host/report/EngineLimits.h"
 #include "host/report/MessageCatalogue.h"
+#include "host/report/Number.h"
 #include "host/report/ResultDocument.h"
 
 namespace tarn {
 
-/// What an analyst reads from one test of a document: the same facts in the same places whatever the test. Numbers
-/// stay the texts of the document; "" where a test has none, and none is shown for a value that was never computed.
+/// What an analyst reads from one test of a document: the same facts in the same places whatever the test. A number has
+/// the text of the document; none is shown for a value that was never computed.
 
 enum class PValueKind { kAsymptotic, kExact, kFisher, kContinuityCorrected };
 
@@ -23,41 +24,67 @@ std::string_view NameOf(PValueKind kind);
 struct PValue {
     PValueKind kind = PValueKind::kAsymptotic;
     int tails = 2;  ///< 1 or 2; 0 where the test has no sides
-    std::string value;
+    Number value;
     bool isBound = false;  ///< the value is the smallest that the significance can be; the document has a ">" there
     bool decides = false;  ///< whether the decision of the test rests on it
     /// The statistic that it belongs to, where that is not the one of its set; "" for a significance without one.
-    std::optional<std::string> ownStatistic;
+    std::optional<Number> ownStatistic;
 };
 
 /// The statistics of a test; some tests have two sets of them, of which `name` tells which one this is.
 struct StatisticSet {
     std::string name;   ///< "minimum runs", "all cases"; mostly ""
     std::string label;  ///< what the statistic counts: "U of placebo"; mostly ""
-    std::string statistic;
-    std::string standardError;
-    std::string standardized;
-    std::string df;
+    Number statistic;
+    Number standardError;
+    Number standardized;
+    Number df;
     std::vector<PValue> pValues;
 
     /// The one that decides, or the first one; null for none.
     const PValue* Leading() const;
     /// The statistic that a significance of the set belongs to; "" for none.
-    const std::string& StatisticOf(const PValue& p) const { return p.ownStatistic ? *p.ownStatistic : statistic; }
+    const Number& StatisticOf(const PValue& p) const { return p.ownStatistic ? *p.ownStatistic : statistic; }
 };
 
 struct Interval {
     std::string method;  ///< "" where there is one method only
-    std::string estimate;
-    std::string lower;
-    std::string upper;
+    Number estimate;
+    Number lower;
+    Number upper;
 };
 
 /// Something else that a test tells: "Mann-Whitney U", "largest difference".
 struct Figure {
     std::string key;    ///< stable, as in the document
     std::string label;  ///< for a reader
-    std::string value;
+    Number value;
+};
+
+/// How often values occur: `counts` beside the `values`, or beside the means of the intervals into which many values
+/// are put; those of categories are their indices. Both are of one length.
+struct DataHistogram {
+    std::vector<double> counts;
+    std::vector<double> values;
+
+    bool IsEmpty() const { return counts.empty(); }
+};
+
+/// The box plot of a sample. Empty numbers for a sample without.
+struct BoxPlot {
+    struct Outlier {
+        double value;
+        std::string caseId;  ///< the identifier of the case, or its position
+    };
+
+    Number lowerWhisker;
+    Number lowerHinge;
+    Number median;
+    Number upperHinge;
+    Number upperWhisker;
+    std::vector<Outlier> outliers;
+
+    bool IsEmpty() const { return median.empty(); }
 };
 
 /// One of the groups or fields that a test compares.
@@ -65,25 +92,27 @@ struct Sample {
     std::string name;
     std::string role = {};  ///< "control" in the test that has such a group
     std::vector<Figure> figures;
+    BoxPlot box;
+    DataHistogram histogram;
 };
 
 /// Two samples beside one another.
 struct PairComparison {
     std::string first;
     std::string second;
-    std::string statistic;
-    std::string standardError;
-    std::string standardized;
-    std::string p;
-    std::string adjustedP;
+    Number statistic;
+    Number standardError;
+    Number standardized;
+    Number p;
+    Number adjustedP;
 };
 
 /// Samples that don't differ among one another.
 struct HomogeneousSubset {
     std::vector<std::string> members;
-    std::string statistic;
-    std::string p;
-    std::string adjustedP;
+    Number statistic;
+    Number p;
+    Number adjustedP;
 };
 
 /// The two samples of a test's signed numbers: above 0 where `first` is the larger. All tests of a run count the groups
@@ -115,9 +144,9 @@ struct TestReading {
     bool isEstimate = false;
     std::vector<std::string> fields;
     std::string group;  ///< the field of the groups; "" for none
-    std::string n;
-    std::string totalN;     ///< sum of the weights of all records; "" where `n` is
-    std::string leftOut;    ///< the difference of the two; "" where there is none
+    Number n;
+    Number totalN;          ///< sum of the weights of all records; "" where `n` is
+    Number leftOut;         ///< the difference of the two; "" where there is none
     bool isMissing = true;  ///< whether all that was left out misses a value of a field
     /// "reject", "retain", "unknown"; "" for an estimate, and where the significance is undefined or beyond the
     /// engine's range.
@@ -128,6 +157,7 @@ struct TestReading {
     std::vector<Interval> intervals;
     std::vector<Figure> figures;
     std::vector<Sample> samples;
+    DataHistogram histogram;  ///< of the differences of a pair, or of the field of one sample
     CountTable counts;
     std::vector<PairComparison> pairs;
     std::vector<std::string> orderedSamples;  ///< those of the subsets, from the lowest to the highest
@@ -150,8 +180,5 @@ struct TestReading {
 };
 
 TestReading ReadTest(const TestResult& test, const ResultDocument& document, const MessageCatalogue& texts);
-
-/// All tests of a document, in its order.
-std::vector<TestReading> ReadTests(const ResultDocument& document, const MessageCatalogue& texts);
 
 }  // namespace tarn

@@ -48,9 +48,9 @@ std::string KindText(const PValue& p) {
 /// A block, in the making.
 class Block {
  public:
-    Block(const TestReading& reading, const ResultDocument& document, const MessageCatalogue& texts,
+    Block(const TestReading& reading, const ResultReading& result, const MessageCatalogue& texts,
           const TextStyle& style)
-        : reading_(reading), document_(document), texts_(texts), style_(style) {}
+        : reading_(reading), result_(result), texts_(texts), style_(style) {}
 
     std::string Text(std::size_t number) const {
         std::string text =
@@ -81,7 +81,7 @@ class Block {
     std::string NullHypothesis() const { return style_.hasUnicode ? "H\u2080: " : "H0: "; }
 
     std::string Decision() const {
-        const std::string at = " at the level " + ShortNumber(document_.sigLevel);
+        const std::string at = " at the level " + ShortNumber(result_.sigLevel);
         if (reading_.decision == "reject") return "reject the null hypothesis" + at;
         if (reading_.decision == "retain") return "retain the null hypothesis" + at;
         if (reading_.IsBeyondRange(Quantity::kPValue)) return "none, as p is " + std::string(kBeyondRange);
@@ -120,7 +120,7 @@ class Block {
         TextTable table({{""}, {""}, {""}});
         for (const StatisticSet& set : reading_.statistics) AddSet(set, table);
         for (const Interval& interval : reading_.intervals) {
-            const double percent = 100 * std::strtod(document_.confidenceLevel.c_str(), nullptr);
+            const double percent = 100 * result_.confidenceLevel.value;
             const bool hasDirection = interval.method.empty() && !reading_.direction.IsEmpty();
             table.AddRow({"Estimate", NumberText(interval.estimate),
                           hasDirection ? reading_.direction.Text() : interval.method});
@@ -281,7 +281,7 @@ class Block {
     }
 
     const TestReading& reading_;
-    const ResultDocument& document_;
+    const ResultReading& result_;
     const MessageCatalogue& texts_;
     const TextStyle& style_;
 };
@@ -301,9 +301,9 @@ std::string DecisionText(const TestReading& reading) {
 
 /// How many of a family have a significance below the level, before and after adjustment, and how many would have by
 /// chance.
-std::string FamilyLine(const TestFamilyPValues& family, const std::string& level) {
-    double alpha = 0;
-    if (family.count == 0 || !ReadNumber(level, alpha)) return "";
+std::string FamilyLine(const TestFamilyPValues& family, const Number& level) {
+    const double alpha = level.value;
+    if (family.count == 0 || std::isnan(alpha)) return "";
     std::size_t before = 0;
     std::size_t afterHolm = 0;
     std::size_t afterBenjaminiHochberg = 0;
@@ -321,14 +321,14 @@ std::string FamilyLine(const TestFamilyPValues& family, const std::string& level
 }
 
 /// A line for each test, and from five tests on the significances adjusted for their number.
-std::string Summary(const std::vector<TestReading>& readings, const ResultDocument& document) {
+std::string Summary(const ResultReading& result) {
+    const std::vector<TestReading>& readings = result.tests;
     const bool isFamily = readings.size() >= kFewestForSummary;
     std::vector<TextTable::ColumnHead> heads{
         {"Test"}, {"Fields"}, {"N", Alignment::kRight}, {"Statistic", Alignment::kRight}, {"p", Alignment::kRight}};
     if (isFamily) heads.insert(heads.end(), {{"p Holm", Alignment::kRight}, {"p BH", Alignment::kRight}});
     heads.insert(heads.end(), {{"kind"}, {"Decision"}});
     TextTable table(heads);
-    const TestFamilyPValues family = AdjustTogether(readings);
     for (std::size_t i = 0; i < readings.size(); ++i) {
         const TestReading& reading = readings[i];
         const StatisticSet* const set = reading.Leading();
@@ -341,7 +341,7 @@ std::string Summary(const std::vector<TestReading>& readings, const ResultDocume
         std::vector<std::string> cells{NumberedTitle(i + 1, reading), fields, reading.n, statistic,
                                        p ? PText(p->value, p->isBound) : ""};
         if (isFamily) {
-            const auto& adjusted = family.tests[i];
+            const auto& adjusted = result.family.tests[i];
             const bool isBound = p != nullptr && p->isBound;
             cells.push_back(adjusted ? PText(ExactText(adjusted->holm), isBound) : "");
             cells.push_back(adjusted ? PText(ExactText(adjusted->benjaminiHochberg), isBound) : "");
@@ -350,7 +350,7 @@ std::string Summary(const std::vector<TestReading>& readings, const ResultDocume
         cells.push_back(DecisionText(reading));
         table.AddRow(std::move(cells));
     }
-    return table.ToText() + (isFamily ? FamilyLine(family, document.sigLevel) : "");
+    return table.ToText() + (isFamily ? FamilyLine(result.family, result.sigLevel) : "");
 }
 
 }  // namespace
@@ -368,23 +368,23 @@ std::string PText(const std::string& value, bool isBound) {
     return isBound ? "> " + text : text;
 }
 
-std::string TextReport(const ResultDocument& document, const MessageCatalogue& texts, const TextStyle& style,
+std::string TextReport(const ResultReading& result, const MessageCatalogue& texts, const TextStyle& style,
                        const std::vector<std::string>& notes) {
-    const std::vector<TestReading> readings = ReadTests(document, texts);
+    const std::vector<TestReading>& readings = result.tests;
     if (readings.empty()) return kNoTest;
     std::string text;
-    if (readings.size() >= kFewestForSummary) text = Summary(readings, document) + "\n";
+    if (readings.size() >= kFewestForSummary) text = Summary(result) + "\n";
     std::size_t number = 0;
     for (const TestReading& reading : readings) {
-        text += (number == 0 ? "" : "\n") + Block(reading, document, texts, style).Text(number + 1);
+        text += (number == 0 ? "" : "\n") + Block(reading, result, texts, style).Text(number + 1);
         ++number;
     }
     for (const std::string& note : notes) text += (&note == &notes.front() ? "\nNote: " : "Note: ") + note + "\n";
     return text;
 }
 
-std::string ShortReport(const ResultDocument& document, const MessageCatalogue& texts) {
-    const std::vector<TestReading> readings = ReadTests(document, texts);
+std::string ShortReport(const ResultReading& result, const MessageCatalogue& texts) {
+    const std::vector<TestReading>& readings = result.tests;
     if (readings.empty()) return kNoTest;
     std::string notes;
     std::size_t number = 0;
@@ -396,7 +396,7 @@ std::string ShortReport(const ResultDocument& document, const MessageCatalogue& 
         for (const std::string& remark : reading.remarks) notes += name + remark + "\n";
         for (const EngineLimit* limit : reading.limits) notes += name + LimitLine(*limit, texts) + "\n";
     }
-    return Summary(readings, document) + notes;
+    return Summary(result) + notes;
 }
 
 }  // namespace tarn

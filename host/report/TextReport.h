@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "host/report/TestReading.h"
+#include "host/report/ResultReading.h"
 
 namespace tarn {
 
@@ -16,11 +16,11 @@ struct TextStyle {
 /// A block for each test as an analyst would paste it into a report: its question, what it found, how sure that is,
 /// and what it remarks. From five tests on a table of all of them stands in front, with significances adjusted for
 /// their number. `notes` are sentences on the whole run, which stand last.
-std::string TextReport(const ResultDocument& document, const MessageCatalogue& texts, const TextStyle& style,
+std::string TextReport(const ResultReading& result, const MessageCatalogue& texts, const TextStyle& style,
                        const std::vector<std::string>& notes = {});
 
 /// One line for each test in one table, adjusted significances from five tests on, then what the tests remark.
-std::string ShortReport(const ResultDocument& document, const MessageCatalogue& texts);
+std::string ShortReport(const ResultReading& result, const MessageCatalogue& texts);
 
 /// A significance as analysts write it: ".023", "< .001", "> .200" for a bound, "undefined" for what is no number,
 /// "not computed" for "".

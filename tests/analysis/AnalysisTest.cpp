@@ -15,13 +15,12 @@ namespace {
 
 using namespace analysis_test;
 using tarn::AnalysisOutcome;
-using tarn::ResultDocument;
+using tarn::ResultReading;
 
-std::vector<std::string> NamesOf(const ResultDocument& result) {
+std::vector<std::string> NamesOf(const ResultReading& result) {
     std::vector<std::string> names;
-    for (const tarn::TestResult& test : result.tests) {
-        names.push_back(test.name + " " + result.FieldAt(test.parameters.front().substr(0, 1))->name);
-    }
+    for (const tarn::TestReading& test : result.tests) names.push_back(test.name + " " + test.fields.front());
+
     return names;
 }
 
@@ -30,7 +29,7 @@ TEST(Analysis, GivesADocumentAndItsReadingInTheOrderAsked) {
     const AnalysisOutcome outcome = tarn::Analyze(table, GroupTests(), Environment());
     ASSERT_TRUE(outcome.succeeded);
     EXPECT_EQ(outcome.remarks, std::vector<std::string>{});
-    const ResultDocument result = tarn::ReadAnalysis(outcome, GroupTests());
+    const ResultReading result = tarn::ReadAnalysis(outcome, GroupTests(), Environment());
     EXPECT_EQ(NamesOf(result),
               (std::vector<std::string>{"IMannWhitneyU y", "IKolmogorovSmirnov y", "IHodgesLehmannEstimateGroups y",
                                         "IMedian y", "IMannWhitneyU x", "IKolmogorovSmirnov x",
@@ -53,8 +52,8 @@ TEST(Analysis, NamesItsApplicationAndPutsNotesBesideTheDocument) {
     EXPECT_EQ(outcome.notes,
               std::vector<std::string>{"weights of y: 1 record rounded to whole numbers, of 4 in all; the "
                                        "weights add up to 5.5 and count as 6"});
-    const ResultDocument result = tarn::ReadAnalysis(outcome, options);
-    EXPECT_EQ(result.application + " " + result.applicationVersion, "a notebook 7");
+    const ResultReading result = tarn::ReadAnalysis(outcome, options, environment);
+    EXPECT_EQ(result.document.application + " " + result.document.applicationVersion, "a notebook 7");
 }
 
 TEST(Analysis, ThrowsForAWishThatCantBeMet) {
@@ -86,7 +85,7 @@ TEST(Analysis, RunsAPlan) {
     tarn::Table table = TableOf("x,y\n1,2\n2,4\n3,2\n4,5\n");
     const AnalysisOutcome outcome = tarn::RunPlan(plan, table, Environment());
     ASSERT_TRUE(outcome.succeeded);
-    const ResultDocument result = tarn::ReadResult(outcome.document);
+    const tarn::ResultDocument result = tarn::ReadResult(outcome.document);
     EXPECT_EQ(result.tests.at(0).content.Table("ContinuousDistribution")->Value("PositiveDifferences"), "3");
 }
 

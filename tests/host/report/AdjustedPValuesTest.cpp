@@ -4,6 +4,7 @@
 
 #include <vector>
 
+#include "host/report/ResultReading.h"
 #include "tests/host/report/ResultTexts.h"
 
 namespace tarn {
@@ -38,7 +39,7 @@ TEST(AdjustedPValues, LeaveOutWhatHasNoSignificance) {
         TestElement("RSign", "Related_Samples", "unknown",
                     Condition("R_Sign_2", {"0", "1"}) + Table("WarningMessages", Message("220903", "error", {"w"})));
     const ResultDocument document = ReadResult(DocumentOf(SignTest() + failed + KruskalWallisTest()));
-    const TestFamilyPValues family = AdjustTogether(ReadTests(document, MessageCatalogue::English()));
+    const TestFamilyPValues family = AdjustTogether(ReadAll(document, MessageCatalogue::English()).tests);
     EXPECT_EQ(family.count, 2u);
     ASSERT_EQ(family.tests.size(), 3u);
     EXPECT_FALSE(family.tests[1].has_value());

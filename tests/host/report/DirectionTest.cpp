@@ -41,8 +41,8 @@ TEST(Direction, OfMannWhitneyIsTheFirstCategoryLessTheSecond) {
     EXPECT_EQ(reading.statistics[0].label, "U of old");
     EXPECT_EQ(reading.statistics[0].statistic, "12.5");  // 6 * 7 - 29.5
     EXPECT_EQ(reading.statistics[0].standardized, "-1.25");
-    EXPECT_EQ(reading.figures[0].label + " " + reading.figures[0].value, "U of new 29.5");
-    EXPECT_EQ(reading.figures[1].label + " " + reading.figures[1].value, "rank sum of new 57.5");
+    EXPECT_EQ(reading.figures[0].label + " " + reading.figures[0].value.text, "U of new 29.5");
+    EXPECT_EQ(reading.figures[1].label + " " + reading.figures[1].value.text, "rank sum of new 57.5");
     EXPECT_EQ(reading.samples[0].name, "old");
 }
 
@@ -53,8 +53,8 @@ TEST(Direction, OfMannWhitneyStaysWhereTheDocumentHasTheGroupsInAnotherOrder) {
     EXPECT_EQ(reading.statistics[0].label, "U of old");
     EXPECT_EQ(reading.statistics[0].statistic, "29.5");
     EXPECT_EQ(reading.statistics[0].standardized, "1.25");
-    EXPECT_EQ(reading.figures[0].label + " " + reading.figures[0].value, "U of new 12.5");
-    EXPECT_EQ(reading.figures[1].label + " " + reading.figures[1].value, "rank sum of old 57.5");
+    EXPECT_EQ(reading.figures[0].label + " " + reading.figures[0].value.text, "U of new 12.5");
+    EXPECT_EQ(reading.figures[1].label + " " + reading.figures[1].value.text, "rank sum of old 57.5");
     EXPECT_EQ(reading.samples[0].name, "old");
 }
 
@@ -77,8 +77,8 @@ TestReading KolmogorovSmirnov(const std::string& firstSize, const std::string& s
 }
 
 std::string Differences(const TestReading& reading) {
-    return reading.figures[1].label + " " + reading.figures[1].value + ", " + reading.figures[2].label + " " +
-           reading.figures[2].value;
+    return reading.figures[1].label + " " + reading.figures[1].value.text + ", " + reading.figures[2].label + " " +
+           reading.figures[2].value.text;
 }
 
 // The document takes the smaller group from the larger one; of equal groups the second from the first.

@@ -128,10 +128,11 @@ TEST(EngineLimits, CochransPairsByTheSquareOfTheCases) {
     const ResultDocument document = WeightedDocument(Cochran("65536", alike, pairs));
     EXPECT_EQ(KeysOf(document), Strings{"cochran-pairs"});
     EXPECT_EQ(KeysOf(WeightedDocument(Cochran("65536", alike))), Strings{}) << "there are no pairs";
-    EXPECT_NE(TextReport(document, MessageCatalogue::English(), {})
+    EXPECT_NE(TextReport(ReadAll(document, MessageCatalogue::English()), MessageCatalogue::English(), {})
                   .find("   Pairs, standard errors and p beyond the engine's range\n"),
               std::string::npos);
-    EXPECT_NE(CsvReport(document, MessageCatalogue::English()).find(",std_error;z;p_value;adj_p_value,"),
+    EXPECT_NE(CsvReport(ReadAll(document, MessageCatalogue::English()), MessageCatalogue::English())
+                  .find(",std_error;z;p_value;adj_p_value,"),
               std::string::npos);
 }
 
@@ -190,9 +191,12 @@ TEST(EngineLimits, EachHasASentence) {
 
 TEST(EngineLimits, StandBesideTheNumberInTheText) {
     MessageCatalogue texts;
-    texts.Add(R"({"limits": {"wilcoxon-pairs": "it wraps"}})", "the texts of the tests");
+    texts.Add(R"({"limits": {"wilcoxon-pairs": "it wraps"},
+                  "labels": {"PositiveDifferences": "positive differences",
+                             "NegativeDifferences": "negative differences", "Ties": "ties"}})",
+              "the texts of the tests");
     const ResultDocument document = WeightedDocument(WilcoxonPairs("9000", "90000"));
-    EXPECT_EQ(TextReport(document, texts, {}),
+    EXPECT_EQ(TextReport(ReadAll(document, texts), texts, {}),
               "1. RWilcoxonSignedRanks: u, v\n"
               "   H0: R_WilcoxonSignedRanks_2\n"
               "   N: 100000\n"
@@ -205,13 +209,15 @@ TEST(EngineLimits, StandBesideTheNumberInTheText) {
               "   Ties                  90000\n"
               "   Decision: none, as p is beyond the engine's range\n"
               "   Beyond the engine's range: it wraps\n");
-    EXPECT_TRUE(ShortReport(document, texts).ends_with("1 RWilcoxonSignedRanks: Beyond the engine's range: it wraps\n"))
-        << ShortReport(document, texts);
+    EXPECT_TRUE(ShortReport(ReadAll(document, texts), texts)
+                    .ends_with("1 RWilcoxonSignedRanks: Beyond the engine's range: it wraps\n"))
+        << ShortReport(ReadAll(document, texts), texts);
 }
 
 TEST(EngineLimits, AreToldInJsonAndCsv) {
     const ResultDocument document = WeightedDocument(WilcoxonPairs("9000", "90000"));
-    const nlohmann::json told = nlohmann::json::parse(JsonReport(document, MessageCatalogue::English()));
+    const nlohmann::json told =
+        nlohmann::json::parse(JsonReport(ReadAll(document, MessageCatalogue::English()), MessageCatalogue::English()));
     const nlohmann::json& limit = told.at("tests").at(0).at("limits").at(0);
     EXPECT_EQ(limit.at("key"), "wilcoxon-pairs");
     EXPECT_EQ(limit.at("touches"), (nlohmann::json{"standard_error", "standardized", "p_value"}));
@@ -219,7 +225,7 @@ TEST(EngineLimits, AreToldInJsonAndCsv) {
     EXPECT_EQ(told.at("tests").at(0).at("decision"), nullptr);
     EXPECT_EQ(told.at("tests").at(0).at("adjusted_p"), nullptr);
     // Neither a decision in front of the messages nor an adjusted significance behind the direction.
-    const std::string csv = CsvReport(document, MessageCatalogue::English());
+    const std::string csv = CsvReport(ReadAll(document, MessageCatalogue::English()), MessageCatalogue::English());
     EXPECT_TRUE(csv.ends_with(",,,,,,,,std_error;z;p_value,,v minus u,,\n")) << csv;
 }
 

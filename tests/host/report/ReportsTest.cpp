@@ -30,6 +30,11 @@ const MessageCatalogue& Sentences() {
             R"({"status": {"220916": "few cases", "220013": "subset {named:group} is single", "220903": "no {0}"},
                           "condition": {"R_Sign_2": "Signs of {field:0} and {field:1} agree.",
                                         "DefaultAllDistinctValuesUsed_I_KruskalWallis_2": "Groups of {field:1} agree."},
+                          "labels": {"PositiveDifferences": "positive differences",
+                                     "NegativeDifferences": "negative differences", "Ties": "ties",
+                                     "MeanOfRank": "mean rank", "smallestNonOutlier": "whisker low",
+                                     "25perc": "lower hinge", "50perc": "median", "75perc": "upper hinge",
+                                     "largestNonOutlier": "whisker high"},
                           "tests": {"RSign": {"title": "Sign test", "name": "sign", "method": "binomial"},
                                     "IKruskalWallis": {"title": "Kruskal-Wallis", "name": "kruskal-wallis",
                                                        "method": "ranks", "pairs": "two", "steps": "down"}}})",
@@ -50,7 +55,7 @@ TEST(PText, IsWrittenAsAnalystsDo) {
 }
 
 TEST(TextReport, TellsATestInABlock) {
-    EXPECT_EQ(TextReport(ReadResult(DocumentOf(SignTest())), Sentences(), {}),
+    EXPECT_EQ(TextReport(ReadAll(ReadResult(DocumentOf(SignTest())), Sentences()), Sentences(), {}),
               "1. Sign test: v, u\n"
               "   H0: Signs of v and u agree.\n"
               "   N: 12\n"
@@ -68,7 +73,7 @@ TEST(TextReport, TellsATestInABlock) {
 }
 
 TEST(TextReport, TellsSamplesPairsAndSubsets) {
-    EXPECT_EQ(TextReport(ReadResult(DocumentOf(KruskalWallisTest())), Sentences(), {}),
+    EXPECT_EQ(TextReport(ReadAll(ReadResult(DocumentOf(KruskalWallisTest())), Sentences()), Sentences(), {}),
               "1. Kruskal-Wallis: u by arm\n"
               "   H0: Groups of arm agree.\n"
               "   N: 12\n"
@@ -96,19 +101,22 @@ TEST(TextReport, TellsSamplesPairsAndSubsets) {
 }
 
 TEST(TextReport, UsesWhatTheTerminalCanShow) {
-    const std::string text = TextReport(ReadResult(DocumentOf(SignTest())), Sentences(), {true, true});
+    const std::string text =
+        TextReport(ReadAll(ReadResult(DocumentOf(SignTest())), Sentences()), Sentences(), {true, true});
     EXPECT_TRUE(text.starts_with("\033[1m1. Sign test: v, u\033[0m\n   H\u2080: ")) << text;
 }
 
 TEST(TextReport, TellsThatNoTestIsThere) {
-    EXPECT_EQ(TextReport(ReadResult(DocumentOf("")), Sentences(), {}), "No test of the request is known.\n");
+    EXPECT_EQ(TextReport(ReadAll(ReadResult(DocumentOf("")), Sentences()), Sentences(), {}),
+              "No test of the request is known.\n");
 }
 
 TEST(ShortReport, HasALineForEachTest) {
     const std::string failed = TestElement(
         "RSign", "Related_Samples", "unknown",
         Condition("R_Sign_2", {"__MISSING__", "7"}) + Table("WarningMessages", Message("220903", "error", {"w"})));
-    EXPECT_EQ(ShortReport(ReadResult(DocumentOf(SignTest() + KruskalWallisTest() + failed)), Sentences()),
+    EXPECT_EQ(ShortReport(ReadAll(ReadResult(DocumentOf(SignTest() + KruskalWallisTest() + failed)), Sentences()),
+                          Sentences()),
               "Test              Fields     N  Statistic     p  kind        Decision\n"
               "1 Sign test       v, u      12          8  .388  exact       retain\n"
               "2 Kruskal-Wallis  u by arm  12    9.26923  .010  asymptotic  reject\n"
@@ -120,7 +128,7 @@ TEST(ShortReport, HasALineForEachTest) {
 
 TEST(CsvReport, HasARowForEachTestPairAndSubset) {
     EXPECT_EQ(
-        CsvReport(ReadResult(DocumentOf(SignTest() + KruskalWallisTest())), Sentences()),
+        CsvReport(ReadAll(ReadResult(DocumentOf(SignTest() + KruskalWallisTest())), Sentences()), Sentences()),
         "row,number,test,name,family,fields,group,part,sample1,sample2,n,statistic,std_error,z,df,p_value,p_kind,"
         "p_tails,adj_p_value,estimate,conf_low,conf_high,conf_level,decision,messages,beyond_range,"
         "n_total,direction,p_holm,p_bh\n"
@@ -139,11 +147,13 @@ TEST(CsvReport, HasARowForEachTestPairAndSubset) {
 TEST(CsvReport, QuotesWhatHoldsACommaOrAQuote) {
     std::string document = DocumentOf(SignTest());
     document.replace(document.find("name=\"u\""), 8, "name=\"a,&quot;b\"");
-    EXPECT_NE(CsvReport(ReadResult(document), Sentences()).find(",\"v;a,\"\"b\","), std::string::npos);
+    EXPECT_NE(CsvReport(ReadAll(ReadResult(document), Sentences()), Sentences()).find(",\"v;a,\"\"b\","),
+              std::string::npos);
 }
 
 TEST(JsonReport, HoldsNamesAndNumbers) {
-    const json result = json::parse(JsonReport(ReadResult(DocumentOf(KruskalWallisTest())), Sentences()));
+    const json result =
+        json::parse(JsonReport(ReadAll(ReadResult(DocumentOf(KruskalWallisTest())), Sentences()), Sentences()));
     EXPECT_EQ(result.at("format"), "tarn-result-2");
     EXPECT_EQ(result.at("significance_level"), 0.05);
     EXPECT_EQ(result.at("counts").at("totalFreq"), 9.5);
@@ -183,7 +193,8 @@ testing::AssertionResult FitsTheSchema(const json& document) {
 }
 
 TEST(JsonReport, FitsItsSchema) {
-    const json result = json::parse(JsonReport(ReadResult(DocumentOf(SignTest() + KruskalWallisTest())), Sentences()));
+    const json result = json::parse(
+        JsonReport(ReadAll(ReadResult(DocumentOf(SignTest() + KruskalWallisTest())), Sentences()), Sentences()));
     EXPECT_TRUE(FitsTheSchema(result));
     json worse = result;
     worse["tests"][0].erase("statistics");
@@ -198,7 +209,7 @@ TEST(JsonReport, FitsItsSchema) {
 
 // Every number of the document stands in the JSON again, digit by digit.
 TEST(JsonReport, KeepsEveryDigit) {
-    const json result = json::parse(JsonReport(ReadResult(DocumentOf(SignTest())), Sentences()));
+    const json result = json::parse(JsonReport(ReadAll(ReadResult(DocumentOf(SignTest())), Sentences()), Sentences()));
     const json& rows = result.at("tests").at(0).at("tables").at(1).at("rows");
     for (const auto& [name, text] :
          {std::pair{"StandardError", "1.73205080756888"}, std::pair{"AsymptoticSig2Tailed", "0.38647623077123"}}) {
@@ -235,7 +246,8 @@ std::size_t CompareNumbers(const ResultTable& table, const json& told) {
 
 TEST(JsonReport, OfAllTestsFitsTheSchemaAndKeepsEveryNumber) {
     const ResultDocument document = RunOfAllTests();
-    const json told = json::parse(JsonReport(document, MessageCatalogue::English()));
+    const json told =
+        json::parse(JsonReport(ReadAll(document, MessageCatalogue::English()), MessageCatalogue::English()));
     EXPECT_TRUE(FitsTheSchema(told));
     ASSERT_EQ(told.at("tests").size(), document.tests.size());
     std::size_t count = 0;
@@ -251,7 +263,7 @@ TEST(JsonReport, OfAllTestsFitsTheSchemaAndKeepsEveryNumber) {
 // What the tidy table holds of a test stands in the document digit by digit.
 TEST(CsvReport, OfAllTestsKeepsEveryNumber) {
     const ResultDocument document = RunOfAllTests();
-    const std::string csv = CsvReport(document, MessageCatalogue::English());
+    const std::string csv = CsvReport(ReadAll(document, MessageCatalogue::English()), MessageCatalogue::English());
     std::size_t count = 0;
     for (const TestResult& test : document.tests) {
         const ResultTable* const statistics = test.content.Table("StatisticsResult");
@@ -268,7 +280,8 @@ TEST(CsvReport, OfAllTestsKeepsEveryNumber) {
 }
 
 TEST(TextReport, OfAllTestsNamesEverything) {
-    const std::string text = TextReport(RunOfAllTests(), MessageCatalogue::English(), {});
+    const std::string text =
+        TextReport(ReadAll(RunOfAllTests(), MessageCatalogue::English()), MessageCatalogue::English(), {});
     for (const char* unresolved : {"?", "{", "}", "__MISSING__", "-1.797", "code 2", "_O_", "_R_", "_I_"}) {
         EXPECT_EQ(text.find(unresolved), std::string::npos) << unresolved;
     }

@@ -32,12 +32,12 @@ TEST(TestReading, ReadsATestOfAPair) {
     const TestReading reading = ReadingOf(SignTest());
     EXPECT_EQ(reading.fields, (Strings{"v", "u"}));
     EXPECT_EQ(reading.group, "");
-    EXPECT_EQ(reading.family + " " + reading.n + " " + reading.decision, "related 12 retain");
+    EXPECT_EQ(reading.family + " " + reading.n.text + " " + reading.decision, "related 12 retain");
     ASSERT_EQ(reading.statistics.size(), 1u);
     EXPECT_EQ(reading.statistics[0].statistic, "8");
     EXPECT_EQ(reading.statistics[0].standardized, "0.866025403784439");
     ASSERT_EQ(reading.figures.size(), 3u);
-    EXPECT_EQ(reading.figures[0].key + "=" + reading.figures[0].value, "PositiveDifferences=8");
+    EXPECT_EQ(reading.figures[0].key + "=" + reading.figures[0].value.text, "PositiveDifferences=8");
     ASSERT_EQ(reading.notes.size(), 1u);
     EXPECT_EQ(reading.notes[0].code, 220916);
 }
@@ -90,8 +90,8 @@ TEST(TestReading, NamesSamplesPairsAndSubsets) {
     EXPECT_EQ(reading.statistics[0].df, "2");
     ASSERT_EQ(reading.samples.size(), 2u);
     EXPECT_EQ(reading.samples[0].name + reading.samples[1].name, "old3");
-    EXPECT_EQ(reading.samples[0].figures[0].label + reading.samples[0].figures[0].value, "mean rank2.5");
-    EXPECT_EQ(reading.samples[0].figures[3].label + reading.samples[0].figures[3].value, "median3");
+    EXPECT_EQ(reading.samples[0].figures[0].label + reading.samples[0].figures[0].value.text, "mean rank2.5");
+    EXPECT_EQ(reading.samples[0].figures[3].label + reading.samples[0].figures[3].value.text, "median3");
     ASSERT_EQ(reading.pairs.size(), 1u);
     EXPECT_EQ(reading.pairs[0].first + " " + reading.pairs[0].second, "old 3");
     EXPECT_EQ(reading.pairs[0].adjustedP, "0.0303");
@@ -128,7 +128,7 @@ TEST(TestReading, ReadsEveryIntervalOfAProportion) {
     EXPECT_EQ(reading.fields, Strings{"u"});
     ASSERT_EQ(reading.intervals.size(), 2u);
     EXPECT_EQ(reading.intervals[0].method + "," + reading.intervals[1].method, "Clopper-Pearson,profile likelihood");
-    EXPECT_EQ(reading.intervals[1].lower + " " + reading.intervals[1].upper, "0.25 0.75");
+    EXPECT_EQ(reading.intervals[1].lower.text + " " + reading.intervals[1].upper.text, "0.25 0.75");
 }
 
 TEST(TestReading, NamesTheClassesOfACrossTable) {
