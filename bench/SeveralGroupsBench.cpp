@@ -65,6 +65,7 @@ void WholeRunOfGroups(benchmark::State& state, const char* test, int groups, Sha
 
 constexpr const char* kKruskal = "IKruskalWallis";
 constexpr const char* kJonckheere = "IJonckheereTerpstra";
+constexpr const char* kMedian = "IMedian";
 
 #define TARN_GROUPS_BENCHMARK(name, ...) \
     BENCHMARK_CAPTURE(WholeRunOfGroups, name, __VA_ARGS__)->Unit(benchmark::kMillisecond)
@@ -78,6 +79,9 @@ TARN_GROUPS_BENCHMARK(JonckheereTerpstra20, kJonckheere, 20, Shape::kContinuous,
 TARN_GROUPS_BENCHMARK(JonckheereTerpstra20Tied, kJonckheere, 20, Shape::kTied, "none");
 TARN_GROUPS_BENCHMARK(JonckheereTerpstra20Pairs, kJonckheere, 20, Shape::kContinuous, "pairWise");
 TARN_GROUPS_BENCHMARK(JonckheereTerpstra20Steps, kJonckheere, 20, Shape::kContinuous, "stepWise");
+TARN_GROUPS_BENCHMARK(Median5, kMedian, 5, Shape::kContinuous, "none");
+TARN_GROUPS_BENCHMARK(Median5Pairs, kMedian, 5, Shape::kContinuous, "pairWise");
+TARN_GROUPS_BENCHMARK(Median5Steps, kMedian, 5, Shape::kContinuous, "stepWise");
 
 /// J of all groups, from records that are in order.
 void JonckheereStatistic(benchmark::State& state) {
