@@ -8,8 +8,10 @@
 #include "contract/TARNTest.h"
 #include "independent/GroupBoxPlot.h"
 #include "independent/TwoGroups.h"
-#include "support/MultipleComparison.h"
+#include "support/ComparisonRequest.h"
+#include "support/ComparisonTables.h"
 #include "support/ResultElements.h"
+#include "support/StepwiseComparison.h"
 
 /// What the Jonckheere-Terpstra and the median test share.
 

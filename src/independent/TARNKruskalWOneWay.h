@@ -10,9 +10,11 @@
 #include "contract/TARNTest.h"
 #include "independent/GroupBoxPlot.h"
 #include "platform/common/QKMV.h"
-#include "support/MultipleComparison.h"
+#include "support/ComparisonTables.h"
+#include "support/PairwiseComparison.h"
 #include "support/QKUnivariateVariable.h"
 #include "support/ResultElements.h"
+#include "support/StepwiseComparison.h"
 #include "support/TARNRank.h"
 
 /// The Kruskal-Wallis test of several independent groups, setting "IKruskalWallis", with its comparisons and the box

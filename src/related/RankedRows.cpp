@@ -4,6 +4,7 @@
 #include <string>
 
 #include "support/CaseWeight.h"
+#include "support/ComparisonTables.h"
 #include "support/Int32.h"
 #include "support/QKUnivariateVariable.h"
 #include "support/QKVecValue.h"

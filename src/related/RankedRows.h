@@ -8,8 +8,10 @@
 #include "contract/TARNPlanBuilder.h"
 #include "contract/TARNTest.h"
 #include "related/RowRanks.h"
-#include "support/MultipleComparison.h"
+#include "support/ComparisonRequest.h"
+#include "support/PairwiseComparison.h"
 #include "support/ResultElements.h"
+#include "support/StepwiseComparison.h"
 
 /// What tells the two tests of ranked rows apart, beside the statistic that they show.
 struct RankedRowsTest {

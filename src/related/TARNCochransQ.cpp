@@ -14,6 +14,7 @@
 
 #include "contract/TARNPlanBuilder.h"
 #include "support/CaseWeight.h"
+#include "support/ComparisonTables.h"
 #include "support/Int32.h"
 #include "support/QKUnivariateVariable.h"
 #include "support/QKVecValue.h"

@@ -9,8 +9,10 @@
 #include "contract/TARNTest.h"
 #include "related/SuccessClasses.h"
 #include "related/SuccessCounts.h"
-#include "support/MultipleComparison.h"
+#include "support/ComparisonRequest.h"
+#include "support/PairwiseComparison.h"
 #include "support/ResultElements.h"
+#include "support/StepwiseComparison.h"
 
 /// Cochran's Q test of k categorical fields, setting "RCochransQ".
 class TARNCochransQ : public TARNTest {

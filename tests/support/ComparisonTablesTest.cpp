@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "support/MultipleComparison.h"
+#include "support/ComparisonTables.h"
 
 namespace {
 

@@ -148,7 +148,7 @@ TEST(EnglishMessages, TellHowTheTestsOfSeveralSamplesCompareThem) {
         EXPECT_EQ(about.pairs.empty(), about.steps.empty()) << name;
         if (!about.pairs.empty()) comparing.insert(name);
     }
-    // Those that src/support/MultipleComparison.h has rules for.
+    // Those that src/support/ComparisonRules.h has rules for.
     EXPECT_EQ(comparing, (std::set<std::string>{"IJonckheereTerpstra", "IKruskalWallis", "IMedian", "RCochransQ",
                                                 "RFriedmansTwoWayByRanks", "RKendallsCoefficient"}));
 }
