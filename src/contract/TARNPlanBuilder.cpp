@@ -1,5 +1,6 @@
 #include "contract/TARNPlanBuilder.h"
 
+#include "support/ComparisonRequest.h"
 #include "support/QKUnivariateVariable.h"
 
 TARNPlanBuilder::TARNPlanBuilder(const QKSettings& entry, TARNPlan& plan, CommonSettings common)
@@ -53,5 +54,16 @@ void TARNPlanBuilder::RequestOriginFrequencies(Origins origins) {
     for (const std::string& name : names) {
         const int field = plan_.GetVarList().FindVariable(name);
         if (field >= 0) plan_.Request(field, Statistic::kFrequencies);
+    }
+}
+
+void TARNPlanBuilder::ReadComparison(const ComparisonRules& rules, long unsaid) {
+    if (const auto request = ComparisonRequest::OfEntry(entry_)) {
+        request->AddTo(*settings, rules.wanted);
+    } else if (rules.unsaid == Unsaid::kFailsToo) {
+        Fail(unsaid);
+        EndMessage();
+    } else if (rules.unsaid == Unsaid::kFails && IsOK()) {
+        Fail(unsaid);
     }
 }

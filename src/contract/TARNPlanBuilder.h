@@ -8,6 +8,7 @@
 #include "contract/TARNPlan.h"
 #include "platform/common/QKSettings.h"
 #include "platform/common/QKStatus.h"
+#include "support/ComparisonRules.h"
 #include "vocabulary/SettingKeys.h"
 
 /// What a test has under "originVariableName": the name of one field, or a list of names.
@@ -45,6 +46,11 @@ class TARNPlanBuilder {
     /// Requests the frequencies of the fields under "originVariableName", from which the test's fields were made, so
     /// that the document can show them. Unknown names, and a setting of the other shape, are passed over.
     void RequestOriginFrequencies(Origins origins);
+
+    /// Reads which comparison of its samples the entry asks for, and writes it into the test's settings, where
+    /// `ComparisonRequest` finds it. `unsaid`: the code of an entry that doesn't say, where the rules make that a
+    /// failure.
+    void ReadComparison(const ComparisonRules& rules, long unsaid = 0);
 
     /// Makes the test over its settings, and over what else its constructor takes, and gives it to the worker in file
     /// order.

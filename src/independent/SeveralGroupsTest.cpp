@@ -16,14 +16,11 @@ constexpr std::size_t kFewestToCompare = 3;
 
 }  // namespace
 
-GroupedFields PlanSeveralGroups(TARNPlanBuilder& builder, TARNPlan& plan, const GroupedFieldsCodes& codes) {
+GroupedFields PlanSeveralGroups(TARNPlanBuilder& builder, TARNPlan& plan, const GroupedFieldsCodes& codes,
+                                const ComparisonRules& rules) {
     const GroupedFields fields = PlanGroupedFields(builder, plan, codes, AfterFailedTestField::kStop);
     builder.RequestOriginFrequencies(Origins::kOne);
-    std::string type = MultipleComparisonType::kNone;
-    builder.Read(SettingKey::kTypeOfMultipleComparison, type);
-    QKSettings& settings = builder.TestSettings();
-    settings.AddSetting(SettingKey::kPairWise, type == MultipleComparisonType::kPairWise ? 1.0 : 0.0);
-    settings.AddSetting(SettingKey::kStepWise, type == MultipleComparisonType::kStepWise ? 1.0 : 0.0);
+    builder.ReadComparison(rules);
     return fields;
 }
 
@@ -55,8 +52,7 @@ void SeveralGroupsTest::ReadCommonSettings() {
     settings->GetSettingValByName(SettingKey::kGroupVariableIndex, groupVariableIndex);
     settings->GetSettingValByName(SettingKey::kWeightVariableIndex, weightIndex);
     settings->GetSettingValByName(SettingKey::kSigLevel, sigLevel);
-    settings->GetSettingValByName(SettingKey::kPairWise, wanted.pairwise);
-    settings->GetSettingValByName(SettingKey::kStepWise, wanted.stepwise);
+    wanted = ComparisonRequest::OfTest(*settings, steps.Rules().wanted);
     if (univariateResults == nullptr) {
         AddStatusMessage(QKStatus(codes_.noUnivariateResults), MessageKind::kError);
         return;

@@ -102,6 +102,7 @@ class SeveralGroupsTest : public TARNTest {
     bool stepwiseDone = false;
 };
 
-/// Resolves the fields as `PlanGroupedFields` does, requests the frequencies of "originVariableName", and writes
-/// "typeOfMultipleComparison" as the two switches that a `SeveralGroupsTest` reads.
-GroupedFields PlanSeveralGroups(TARNPlanBuilder& builder, TARNPlan& plan, const GroupedFieldsCodes& codes);
+/// Resolves the fields as `PlanGroupedFields` does, requests the frequencies of "originVariableName", and reads
+/// "typeOfMultipleComparison".
+GroupedFields PlanSeveralGroups(TARNPlanBuilder& builder, TARNPlan& plan, const GroupedFieldsCodes& codes,
+                                const ComparisonRules& rules);

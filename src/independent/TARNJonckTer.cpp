@@ -57,7 +57,7 @@ PairRecord RecordOf(const JonckheereSubset& pair) {
 
 void PlanJonckTer(const QKSettings& entry, TARNPlan& plan) {
     TARNPlanBuilder builder(entry, plan, CommonSettings::kSigLevel);
-    const GroupedFields fields = PlanSeveralGroups(builder, plan, kFieldCodes);
+    const GroupedFields fields = PlanSeveralGroups(builder, plan, kFieldCodes, ComparisonRulesOf::kJonckTer);
     std::string order = kSmallestToLargest;
     builder.Read(kOrderOfHypotheses, order);
     builder.TestSettings().AddSetting(kOrderOfHypotheses, order);

@@ -53,7 +53,7 @@ constexpr double kMostCasesOfExactTest = 30;
 
 void PlanKSMedian(const QKSettings& entry, TARNPlan& plan) {
     TARNPlanBuilder builder(entry, plan, CommonSettings::kSigLevel);
-    const GroupedFields fields = PlanSeveralGroups(builder, plan, kFieldCodes);
+    const GroupedFields fields = PlanSeveralGroups(builder, plan, kFieldCodes, ComparisonRulesOf::kKSMedian);
     bool isGiven = false;
     double median = 0;
     builder.Read(kUserSpecifyMedian, isGiven);

@@ -81,15 +81,6 @@ int FieldUnder(TARNPlanBuilder& builder, const QKVarList& varList, const char* n
     return field;
 }
 
-void CopyComparison(TARNPlanBuilder& builder) {
-    std::string comparison;
-    if (builder.Read(SettingKey::kTypeOfMultipleComparison, comparison)) {
-        builder.TestSettings().AddSetting(SettingKey::kTypeOfMultipleComparison, comparison);
-    } else {
-        FailAlone(builder, kComparisonMissing);
-    }
-}
-
 }  // namespace
 
 /// Each failure of the plan is told, not one of them, and a field that passes its check is asked for whatever else
@@ -111,7 +102,7 @@ void PlanKruskalWOneWay(const QKSettings& entry, TARNPlan& plan) {
         FailAlone(builder, kGroupNotCategorical);
     }
     builder.RequestOriginFrequencies(Origins::kOne);
-    CopyComparison(builder);
+    builder.ReadComparison(ComparisonRulesOf::kKruskalWOneWay, kComparisonMissing);
     if (group >= 0) {
         // A field of another kind has no categories, and so fails here, too.
         const int categoryCount = varList.GetVarAt(group)->GetCategoryCount();
@@ -147,12 +138,11 @@ void TARNKruskalWOneWay::BeginRanking() {
     settings->GetSettingValByName(SettingKey::kSigLevel, sigLevel);
     int categoryCount = 0;
     settings->GetSettingValByName(kNumberOfCategories, categoryCount);
-    std::string comparison = MultipleComparisonType::kNone;
-    settings->GetSettingValByName(SettingKey::kTypeOfMultipleComparison, comparison);
+    const ComparisonRequest wanted = ComparisonRequest::OfTest(*settings, steps.Rules().wanted);
 
     groupCounts.assign(static_cast<std::size_t>(categoryCount), 0);
-    pairwiseActive = comparison == MultipleComparisonType::kPairWise;
-    stepwiseActive = comparison == MultipleComparisonType::kStepWise;
+    pairwiseActive = wanted.pairwise;
+    stepwiseActive = wanted.stepwise;
     if (stepwiseActive) passesRemaining += categoryCount - 2;
 }
 

@@ -10,6 +10,7 @@
 #include "contract/TARNTest.h"
 #include "independent/GroupBoxPlot.h"
 #include "platform/common/QKMV.h"
+#include "support/ComparisonRequest.h"
 #include "support/ComparisonTables.h"
 #include "support/PairwiseComparison.h"
 #include "support/QKUnivariateVariable.h"

@@ -86,12 +86,7 @@ void RequestDescriptives(const TARNPlanBuilder& builder, TARNPlan& plan) {
 
 void PlanRankedRows(TARNPlanBuilder& builder, TARNPlan& plan, const RankedRowsTest& test) {
     PlanFields(builder, plan.GetVarList(), test);
-    std::string type;
-    if (!builder.Read(SettingKey::kTypeOfMultipleComparison, type)) {
-        if (builder.IsOK()) builder.Fail(test.comparisonMissing);
-    } else if (type == MultipleComparisonType::kPairWise || type == MultipleComparisonType::kStepWise) {
-        builder.TestSettings().AddSetting(SettingKey::kTypeOfMultipleComparison, type);
-    }
+    builder.ReadComparison(test.rules, test.comparisonMissing);
     if (builder.IsOK()) RequestDescriptives(builder, plan);
     builder.RequestOriginFrequencies(Origins::kSeveral);
 }
@@ -124,10 +119,7 @@ void RankedRows::ReadSettings() {
     settings->GetSettingValByName(SettingKey::kSigLevel, sigLevel);
     settings->GetSettingValByName(SettingKey::kVariableIndex, variableIndices);
     settings->GetSettingValByName(SettingKey::kWeightVariableIndex, weightVariableIndex);
-    std::string type = MultipleComparisonType::kNone;
-    settings->GetSettingValByName(SettingKey::kTypeOfMultipleComparison, type);
-    comparison.pairwise = type == MultipleComparisonType::kPairWise;
-    comparison.stepwise = type == MultipleComparisonType::kStepWise;
+    comparison = ComparisonRequest::OfTest(*settings, kind.rules.wanted);
 }
 
 void RankedRows::GetUsedVariables(std::vector<int>& fieldIndices) {

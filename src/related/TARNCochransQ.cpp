@@ -28,8 +28,6 @@ constexpr const char* kTestName = "RCochransQ";
 constexpr const char* kConditionOfData = "DefaultAllDistinctValuesUsed_R_CochransQ_1";
 constexpr const char* kConditionOfList = "CategoryListsAreSpecified_R_CochransQ_1";
 
-constexpr double kRequested = 1.0;
-
 constexpr long kUnknownField = 221203;
 constexpr long kNoUnivariateResults = 221206;
 constexpr long kCategoriesUnusable = 221209;
@@ -93,20 +91,13 @@ void PlanSuccess(TARNPlanBuilder& builder, const QKVarList& varList, const std::
     }
 }
 
-void PlanComparison(TARNPlanBuilder& builder) {
-    std::string type = MultipleComparisonType::kNone;
-    builder.Read(SettingKey::kTypeOfMultipleComparison, type);
-    if (type == MultipleComparisonType::kPairWise) builder.TestSettings().AddSetting(SettingKey::kPairWise, kRequested);
-    if (type == MultipleComparisonType::kStepWise) builder.TestSettings().AddSetting(SettingKey::kStepWise, kRequested);
-}
-
 }  // namespace
 
 void PlanCochransQ(const QKSettings& entry, TARNPlan& plan) {
     TARNPlanBuilder builder(entry, plan, CommonSettings::kSigLevel);
     const std::vector<int> indices = PlanFields(builder, plan.GetVarList());
     PlanSuccess(builder, plan.GetVarList(), indices);
-    PlanComparison(builder);
+    builder.ReadComparison(ComparisonRulesOf::kCochransQ);
     if (builder.IsOK()) {
         for (const int field : indices) plan.Request(field, Statistic::kFrequencies);
     }
@@ -138,11 +129,7 @@ void TARNCochransQ::ReadSettings() {
     settings->GetSettingValByName(SettingKey::kUserSpecifyGroupList, userSpecifyGroupList);
     settings->GetSettingValByName(SettingKey::kSuccessCategoryListNum, successListNum);
     settings->GetSettingValByName(SettingKey::kSuccessCategoryListStr, successListStr);
-    double pairWise = 0;
-    double stepWise = 0;
-    settings->GetSettingValByName(SettingKey::kPairWise, pairWise);
-    settings->GetSettingValByName(SettingKey::kStepWise, stepWise);
-    comparison = {pairWise == kRequested, stepWise == kRequested};
+    comparison = ComparisonRequest::OfTest(*settings, steps.Rules().wanted);
 }
 
 void TARNCochransQ::PrepareCategories() {

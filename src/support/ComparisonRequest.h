@@ -1,7 +1,10 @@
 #pragma once
 
+#include <optional>
 #include <vector>
 
+#include "platform/common/QKSettings.h"
+#include "support/ComparisonRules.h"
 #include "support/TestMessage.h"
 
 /// The codes of the warnings by which a comparison is refused.
@@ -14,6 +17,12 @@ struct RefusalCodes {
 struct ComparisonRequest {
     bool pairwise = false;
     bool stepwise = false;
+
+    /// As an entry asks; nothing if it doesn't say. A type that is none of ours asks for none.
+    static std::optional<ComparisonRequest> OfEntry(const QKSettings& entry);
+    /// As a test's own settings ask, in which `AddTo` has written it.
+    static ComparisonRequest OfTest(const QKSettings& testSettings, Wanted wanted);
+    void AddTo(QKSettings& testSettings, Wanted wanted) const;
 
     /// Withdraws what is asked for; the warnings that say so, all pairs first.
     [[nodiscard]] std::vector<TestMessage> Refuse(const RefusalCodes& codes);

@@ -4,6 +4,17 @@
 /// this table: which comparison is asked for (`ComparisonRequest`), all pairs (`PairwiseComparison`), the search for
 /// homogeneous subsets (`StepwiseComparison`), and the tables of results (`ComparisonTables`).
 
+/// An entry without "typeOfMultipleComparison", or with something in its place that is no text.
+enum class Unsaid {
+    kMeansNone,
+    kFails,    ///< unless something has failed before
+    kFailsToo  ///< with a message of its own, beside those of other failures
+};
+/// How a test's own settings say which comparison is wanted.
+enum class Wanted {
+    kByType,     ///< as entries do
+    kBySwitches  ///< "pairWise" and "stepWise", each of which is on at exactly 1
+};
 /// Which significance says whether a subset is homogeneous. They differ at a significance that is not a number, too:
 /// it makes a subset homogeneous by the first rule and not by the second.
 enum class Decides {
@@ -33,6 +44,8 @@ enum class Labels { kOnRows, kOnColumns };
 enum class Errors { kOfPairs, kOfBoth, kNone };
 
 struct ComparisonRules {
+    Unsaid unsaid;
+    Wanted wanted;
     Decides decides;
     LastSample lastSample;
     Followers followers;
@@ -44,8 +57,11 @@ struct ComparisonRules {
     const char* endOfLoneRow;  ///< behind the row of a single sample
 };
 
-/// The differences are part of the tests: documents depend on each, so none of them is to be evened out.
+/// The differences are part of the tests: documents depend on each, so none of them is to be evened out. On `wanted`
+/// depends who makes a test without its plan builder.
 namespace ComparisonRulesOf {
+using enum Unsaid;
+using enum Wanted;
 using enum Decides;
 using enum LastSample;
 using enum Followers;
@@ -55,12 +71,25 @@ using enum Labels;
 using enum Errors;
 // clang-format off
 inline constexpr ComparisonRules
-    //                 decides  lastSample  followers   contained   leftOver     pairwise    stepwise    errors
-    kFriedman       {kAdjSig, kIsFound,   kEndWithIt, kIsTested,  kIsTidied,   kOnRows,    kOnRows,    kOfPairs, ""},
-    kKendallsW      {kAdjSig, kIsFound,   kEndWithIt, kIsTested,  kIsTidied,   kOnRows,    kOnRows,    kOfPairs, ""},
-    kCochransQ      {kAdjSig, kIsDropped, kEndWithIt, kIsTested,  kIsWarnedOf, kOnColumns, kOnColumns, kOfPairs, ""},
-    kJonckTer       {kAdjSig, kIsDropped, kEndWithIt, kIsTested,  kIsWarnedOf, kOnColumns, kOnColumns, kOfBoth,  ""},
-    kKSMedian       {kAdjSig, kIsDropped, kEndWithIt, kIsTested,  kIsWarnedOf, kOnColumns, kOnColumns, kNone,    ""},
-    kKruskalWOneWay {kSig,    kIsDropped, kGoOn,      kIsSkipped, kIsWarnedOf, kOnColumns, kOnRows,    kOfPairs, ";"};
+    //  unsaid      wanted       decides   lastSample   followers    contained    leftOver
+    //                           pairwise     stepwise     errors
+    kFriedman{
+        kFails,     kByType,     kAdjSig,  kIsFound,    kEndWithIt,  kIsTested,   kIsTidied,
+                                 kOnRows,     kOnRows,     kOfPairs,  ""},
+    kKendallsW{
+        kFails,     kByType,     kAdjSig,  kIsFound,    kEndWithIt,  kIsTested,   kIsTidied,
+                                 kOnRows,     kOnRows,     kOfPairs,  ""},
+    kCochransQ{
+        kMeansNone, kBySwitches, kAdjSig,  kIsDropped,  kEndWithIt,  kIsTested,   kIsWarnedOf,
+                                 kOnColumns,  kOnColumns,  kOfPairs,  ""},
+    kJonckTer{
+        kMeansNone, kBySwitches, kAdjSig,  kIsDropped,  kEndWithIt,  kIsTested,   kIsWarnedOf,
+                                 kOnColumns,  kOnColumns,  kOfBoth,   ""},
+    kKSMedian{
+        kMeansNone, kBySwitches, kAdjSig,  kIsDropped,  kEndWithIt,  kIsTested,   kIsWarnedOf,
+                                 kOnColumns,  kOnColumns,  kNone,     ""},
+    kKruskalWOneWay{
+        kFailsToo,  kByType,     kSig,     kIsDropped,  kGoOn,       kIsSkipped,  kIsWarnedOf,
+                                 kOnColumns,  kOnRows,     kOfPairs,  ";"};
 // clang-format on
 }  // namespace ComparisonRulesOf

@@ -195,6 +195,46 @@ TEST(TARNPlanBuilderTest, ReadsTheEntryAndLeavesTheOutputOfAnAbsentKey) {
     EXPECT_EQ(number, 5);
 }
 
+/// The messages of a plan of which one part fails before the entry is found not to name a comparison.
+std::vector<TestMessage> MessagesWithoutAComparison(const ComparisonRules& rules, bool failsBefore) {
+    NotingPlan plan;
+    const QKSettings entry;
+    TARNPlanBuilder builder(entry, plan, CommonSettings::kSigLevel);
+    if (failsBefore) builder.Fail(222003, "nowhere");
+    builder.ReadComparison(rules, 222101);
+    builder.AddToMainWorker<PlannedTest>();
+    return plan.test->messages;
+}
+
+// Ranked rows tell it where nothing else failed, the Kruskal-Wallis test always, and the rest compares nothing then.
+TEST(TARNPlanBuilderTest, AnEntryThatNamesNoComparisonFailsAsTheRulesSay) {
+    const TestMessage unsaid{QKStatus(222101), MessageKind::kError, {}, {}};
+    const TestMessage before{QKStatus(222003), MessageKind::kError, {"nowhere"}, {}};
+    using Messages = std::vector<TestMessage>;
+    EXPECT_EQ(MessagesWithoutAComparison(ComparisonRulesOf::kFriedman, false), Messages{unsaid});
+    EXPECT_EQ(MessagesWithoutAComparison(ComparisonRulesOf::kFriedman, true), Messages{before});
+    EXPECT_EQ(MessagesWithoutAComparison(ComparisonRulesOf::kKruskalWOneWay, false), Messages{unsaid});
+    EXPECT_EQ(MessagesWithoutAComparison(ComparisonRulesOf::kJonckTer, false), Messages{});
+    EXPECT_EQ(MessagesWithoutAComparison(ComparisonRulesOf::kJonckTer, true), Messages{before});
+}
+
+TEST(TARNPlanBuilderTest, TheTestsSettingsGetTheComparisonInTheFormOfItsRules) {
+    QKSettings entry;
+    entry.AddSetting("typeOfMultipleComparison", "stepWise");
+    for (const ComparisonRules& rules : {ComparisonRulesOf::kKruskalWOneWay, ComparisonRulesOf::kKSMedian}) {
+        NotingPlan plan;
+        TARNPlanBuilder builder(entry, plan, CommonSettings::kSigLevel);
+        builder.ReadComparison(rules, 222101);
+        builder.AddToMainWorker<PlannedTest>();
+        std::string type;
+        double stepwise = 0;
+        EXPECT_EQ(plan.test->settings->GetSettingValByName("typeOfMultipleComparison", type),
+                  rules.wanted == Wanted::kByType);
+        EXPECT_EQ(plan.test->settings->GetSettingValByName("stepWise", stepwise), rules.wanted == Wanted::kBySwitches);
+        EXPECT_TRUE(plan.test->messages.empty());
+    }
+}
+
 TEST(TARNPlanBuilderTest, RequestsTheFrequenciesOfTheOriginFieldsPassingOverUnknownNames) {
     QKSettings entry;
     AddVecSetting(entry, "originVariableName", std::vector<std::string>{"g", "nowhere", "x"}, false);
