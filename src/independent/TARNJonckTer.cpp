@@ -80,7 +80,7 @@ constexpr SeveralGroupsCodes kCodes{.noUnivariateResults = 222206,
 }  // namespace
 
 TARNJonckTer::TARNJonckTer(std::unique_ptr<QKSettings> testSettings)
-    : SeveralGroupsTest(std::move(testSettings), kCodes, ComparisonRulesOf::kJonckTer) {}
+    : SeveralGroups(std::move(testSettings), kCodes, ComparisonRulesOf::kJonckTer) {}
 
 QKStatus TARNJonckTer::BeginPass() {
     if (status.IsError()) return status;

@@ -7,12 +7,12 @@
 
 #include "contract/TARNPlan.h"
 #include "independent/JonckheereSubset.h"
-#include "independent/SeveralGroupsTest.h"
+#include "independent/SeveralGroups.h"
 #include "support/TARNRank.h"
 
 /// The Jonckheere-Terpstra test of ordered independent groups, setting "IJonckheereTerpstra", with its comparisons and
 /// the box plots of the groups.
-class TARNJonckTer : public SeveralGroupsTest {
+class TARNJonckTer : public SeveralGroups {
  public:
     /// Reads from its settings "variableIndex", "groupVariableIndex", "weightVariableIndex", "sigLevel",
     /// "orderOfHypotheses", "pairWise" and "stepWise".

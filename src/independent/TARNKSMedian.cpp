@@ -81,7 +81,7 @@ constexpr SeveralGroupsCodes kCodes{.noUnivariateResults = 222306,
 }  // namespace
 
 TARNKSMedian::TARNKSMedian(std::unique_ptr<QKSettings> testSettings)
-    : SeveralGroupsTest(std::move(testSettings), kCodes, ComparisonRulesOf::kKSMedian) {}
+    : SeveralGroups(std::move(testSettings), kCodes, ComparisonRulesOf::kKSMedian) {}
 
 QKStatus TARNKSMedian::BeginPass() {
     if (status.IsError()) return status;

@@ -7,12 +7,12 @@
 
 #include "contract/TARNPlan.h"
 #include "independent/MedianSubset.h"
-#include "independent/SeveralGroupsTest.h"
+#include "independent/SeveralGroups.h"
 
 /// The median test of several independent groups, setting "IMedian", with its comparisons and the box plots of the
 /// groups. In the second and third phase passes for the medians of the subsets alternate with those that count; with a
 /// given median all of them count.
-class TARNKSMedian : public SeveralGroupsTest {
+class TARNKSMedian : public SeveralGroups {
  public:
     /// Reads from its settings "variableIndex", "groupVariableIndex", "weightVariableIndex", "sigLevel",
     /// "userSpecifyMedian", "median", "pairWise" and "stepWise".

@@ -38,7 +38,7 @@ struct SeveralGroupsCodes {
 /// A test of several groups on records in ascending order of the test field, that goes through three phases: overall,
 /// then all pairs if they are wanted, then homogeneous subsets if they are. It gathers the sizes of the groups in its
 /// first pass and a box plot of each in the next two. What a pass does with a record is up to the test.
-class SeveralGroupsTest : public TARNTest {
+class SeveralGroups : public TARNTest {
  public:
     void SetUnivariateResults(UnivariateResults* results) override { univariateResults = results; }
     bool NeedsAnotherPass() override;
@@ -50,8 +50,8 @@ class SeveralGroupsTest : public TARNTest {
     static constexpr int kOverallPasses = 3;
 
     /// `codes` is borrowed for the life of the test.
-    SeveralGroupsTest(std::unique_ptr<QKSettings> testSettings, const SeveralGroupsCodes& codes,
-                      const ComparisonRules& rules)
+    SeveralGroups(std::unique_ptr<QKSettings> testSettings, const SeveralGroupsCodes& codes,
+                  const ComparisonRules& rules)
         : TARNTest(std::move(testSettings)), codes_(codes), steps(rules) {}
 
     /// Reads the settings that both tests have, and the number of categories, which has to be 2 at least.

@@ -1,4 +1,4 @@
-#include "independent/SeveralGroupsTest.h"
+#include "independent/SeveralGroups.h"
 
 #include <cstddef>
 #include <string>
@@ -47,7 +47,7 @@ std::vector<std::int32_t> GroupSizes::WithCases(std::int32_t categoryCount) cons
 
 // ---- Passes ----
 
-void SeveralGroupsTest::ReadCommonSettings() {
+void SeveralGroups::ReadCommonSettings() {
     settings->GetSettingValByName(SettingKey::kVariableIndex, variableIndex);
     settings->GetSettingValByName(SettingKey::kGroupVariableIndex, groupVariableIndex);
     settings->GetSettingValByName(SettingKey::kWeightVariableIndex, weightIndex);
@@ -61,17 +61,17 @@ void SeveralGroupsTest::ReadCommonSettings() {
     if (categoryCount < kFewestCategories) AddStatusMessage(QKStatus(codes_.tooFewCategories), MessageKind::kError);
 }
 
-void SeveralGroupsTest::GetUsedVariables(std::vector<int>& fieldIndices) {
+void SeveralGroups::GetUsedVariables(std::vector<int>& fieldIndices) {
     fieldIndices.push_back(variableIndex);
     fieldIndices.push_back(groupVariableIndex);
 }
 
-std::int32_t SeveralGroupsTest::CategoryOf(const Record& record) const {
+std::int32_t SeveralGroups::CategoryOf(const Record& record) const {
     const std::int32_t category = TruncateToInt32(record[static_cast<std::size_t>(groupVariableIndex)]);
     return category >= 0 && category < categoryCount ? category : -1;
 }
 
-void SeveralGroupsTest::BeginBoxes() {
+void SeveralGroups::BeginBoxes() {
     activeGroups = groupSizes.WithCases(categoryCount);
     for (const std::int32_t group : activeGroups) {
         groupBoxes.emplace_back(groupSizes.Of(group), variableIndex, weightIndex, GroupBoxPlot::kNoCaseId);
@@ -79,7 +79,7 @@ void SeveralGroupsTest::BeginBoxes() {
     if (activeGroups.empty()) AddStatusMessage(QKStatus(StatusCode::kNoRecords), MessageKind::kError);
 }
 
-bool SeveralGroupsTest::NeedsAnotherPass() {
+bool SeveralGroups::NeedsAnotherPass() {
     const bool pairsAreOpen = wanted.pairwise && !pairwiseDone;
     const bool stepsAreOpen = wanted.stepwise && !stepwiseDone;
     const bool isOpen = !overallDone || pairsAreOpen || stepsAreOpen;
@@ -87,7 +87,7 @@ bool SeveralGroupsTest::NeedsAnotherPass() {
     return isOpen && !status.IsError();
 }
 
-void SeveralGroupsTest::EndOverallPhase(bool overallSignificant) {
+void SeveralGroups::EndOverallPhase(bool overallSignificant) {
     overallDone = true;
     if (!overallSignificant) {
         Refuse(codes_.notSignificant);
@@ -97,17 +97,17 @@ void SeveralGroupsTest::EndOverallPhase(bool overallSignificant) {
     phase = wanted.pairwise ? Phase::kPairs : wanted.stepwise ? Phase::kSteps : Phase::kFinished;
 }
 
-void SeveralGroupsTest::Refuse(const RefusalCodes& refusal) {
+void SeveralGroups::Refuse(const RefusalCodes& refusal) {
     AddMessages(wanted.Refuse(refusal));
     passesRemaining = 0;
 }
 
-void SeveralGroupsTest::EndPairsPhase() {
+void SeveralGroups::EndPairsPhase() {
     pairwiseDone = true;
     phase = wanted.stepwise ? Phase::kSteps : Phase::kFinished;
 }
 
-void SeveralGroupsTest::EndStepsPhase() {
+void SeveralGroups::EndStepsPhase() {
     if (!steps.IsDone()) return;
     stepwiseDone = true;
     phase = Phase::kFinished;
@@ -115,8 +115,8 @@ void SeveralGroupsTest::EndStepsPhase() {
 
 // ---- Element ----
 
-void SeveralGroupsTest::AddBoxes(ResultElement& element, const std::function<void(StructuredTable&)>& addOverall,
-                                 const std::function<void(StructuredTable&, std::size_t place)>& addGroup) const {
+void SeveralGroups::AddBoxes(ResultElement& element, const std::function<void(StructuredTable&)>& addOverall,
+                             const std::function<void(StructuredTable&, std::size_t place)>& addGroup) const {
     StructuredTable boxes = element.AddTable(TableName::kBoxPlotInfo);
     boxes.Row(RowName::kGroupFieldIndex, groupVariableIndex);
     boxes.Row(RowName::kGroupCount, static_cast<std::int32_t>(groupBoxes.size()));
@@ -129,7 +129,7 @@ void SeveralGroupsTest::AddBoxes(ResultElement& element, const std::function<voi
     }
 }
 
-void SeveralGroupsTest::AddSteps(ResultElement& element, const ComparedSamples& samples) const {
+void SeveralGroups::AddSteps(ResultElement& element, const ComparedSamples& samples) const {
     // The search has told of the groups that stand alone; writing them adds no word to that.
     static_cast<void>(AddStepwiseResult(element, steps, samples));
 }
