@@ -57,6 +57,14 @@ MedianSubset::ExpectedCells MedianSubset::ComputeChiSquare() {
     return cells;
 }
 
+FourfoldSignificance MedianSubset::CompareTwoGroups() const {
+    constexpr double kMostCasesOfExactTest = 30;
+    const FourfoldTable table{counts[kNotAbove][0], counts[kNotAbove][1], counts[kAbove][0], counts[kAbove][1]};
+    if (totalN <= kMostCasesOfExactTest) return {true, 0, FisherExactSignificance(table)};
+    const double corrected = YatesChiSquare(table);
+    return {false, corrected, ChiSquareSig(corrected, 1)};
+}
+
 double FisherExactSignificance(const FourfoldTable& table) {
     constexpr double kTolerance = 1e-14;
     const auto [a, b, c, d] = table;

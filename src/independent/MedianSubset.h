@@ -6,6 +6,13 @@
 
 #include "support/QKUnivariateVariable.h"
 
+/// What decides between two groups in place of Pearson's chi-square.
+struct FourfoldSignificance {
+    bool isExact;      ///< Fisher's, for few cases; else of the chi-square corrected for continuity
+    double chiSquare;  ///< the corrected one
+    double sig;
+};
+
 /// Some of the groups of a median test: their common median, the table of cases above it and not above it, and what
 /// comes out of the table.
 class MedianSubset {
@@ -48,6 +55,8 @@ class MedianSubset {
     };
     /// Pearson's chi-square of the table and its significance.
     ExpectedCells ComputeChiSquare();
+    /// Of a subset of two groups.
+    FourfoldSignificance CompareTwoGroups() const;
 
     std::vector<std::int32_t> members;  ///< the categories of a pair or of the overall test
     bool degenerate = false;

@@ -1,7 +1,6 @@
 #include "independent/SeveralGroups.h"
 
 #include <cstddef>
-#include <string>
 
 #include "platform/common/Truncation.h"
 #include "support/Int32.h"
@@ -13,6 +12,7 @@ namespace {
 
 constexpr std::int32_t kFewestCategories = 2;
 constexpr std::size_t kFewestToCompare = 3;
+constexpr int kOverallPasses = 3;
 
 }  // namespace
 
@@ -37,28 +37,114 @@ std::int32_t GroupSizes::Of(std::int32_t category) const {
     return index < sizes.size() ? sizes[index] : 0;
 }
 
-std::vector<std::int32_t> GroupSizes::WithCases(std::int32_t categoryCount) const {
-    std::vector<std::int32_t> categories;
-    for (std::int32_t category = 0; category < categoryCount; ++category) {
-        if (Of(category) > 0) categories.push_back(category);
+// ---- What comes next ----
+
+QKStatus SeveralGroups::BeginPass() {
+    const bool isFirstPass = phase == Phase::kOverall && overallPass == kSizesPass;
+    if (isFirstPass && rules_.failedPlan == FailedPlan::kShowsFields) ReadFields();
+    if (status.IsError()) return status;
+    if (isFirstPass) {
+        BeginSizes();
+    } else if (phase == Phase::kOverall && overallPass == kQuantilesPass) {
+        BeginOverall();
     }
-    return categories;
+    if (isPrepared || status.IsError()) return status;
+    if (phase == Phase::kPairs) {
+        BeginPairs();
+        isPreparing = preparesComparisons;
+    } else if (IsStepping()) {
+        stepsBegun ? BeginNextStep() : BeginSteps();
+        stepsBegun = true;
+        isPreparing = preparesComparisons;
+    }
+    return status;
 }
 
-// ---- Passes ----
+QKStatus SeveralGroups::EndPass() {
+    if (status.IsError()) return status;
+    --passesRemaining;
+    const bool endsStep = IsStepping();
+    if (phase == Phase::kOverall) {
+        if (overallPass == kSizesPass) FindGroups();
+        if (overallPass == kQuantilesPass) {
+            for (GroupBoxPlot& box : groupBoxes) box.Finish();
+        }
+        EndOverallPass();
+        ++overallPass;
+    }
+    if (isPreparing) {
+        EndPreparation();
+    } else if (phase == Phase::kPairs) {
+        EndPairs();
+        pairwiseDone = true;
+    } else if (endsStep) {
+        EndStep();
+    }
+    isPrepared = isPreparing;
+    isPreparing = false;
+    phase = NextPhase();
+    return status;
+}
 
-void SeveralGroups::ReadCommonSettings() {
+SeveralGroups::Phase SeveralGroups::NextPhase() const {
+    if (overallPass < kOverallPasses) return Phase::kOverall;
+    if (wanted.pairwise && !pairwiseDone) return Phase::kPairs;
+    if (wanted.stepwise && !steps.IsDone()) return Phase::kSteps;
+    return Phase::kFinished;
+}
+
+bool SeveralGroups::IsStepping() const {
+    const bool isEarly = rules_.firstStep == FirstStep::kWithTheOutliers && phase == Phase::kOverall &&
+                         overallPass == kOutliersPass && wanted.stepwise;
+    return isEarly || phase == Phase::kSteps;
+}
+
+bool SeveralGroups::NeedsAnotherPass() {
+    const bool isOpen = phase != Phase::kFinished;
+    if (rules_.foretold == Foretold::kOnceOnly && (isOpen || status.IsError())) passesRemaining = 0;
+    return isOpen && !status.IsError();
+}
+
+void SeveralGroups::Settle(bool isSignificant) {
+    if (isSignificant && activeGroups.size() >= kFewestToCompare) return;
+    for (const TestMessage& warning : wanted.Refuse(isSignificant ? rules_.tooFewGroups : rules_.notSignificant)) {
+        AddStatusMessage(warning.status, warning.kind);
+    }
+    passesRemaining = kOverallPasses - 1 - overallPass;
+}
+
+void SeveralGroups::EndStep() {
+    AddMessages(steps.EndPass(sigLevel, [this](SubsetRecord& range) { return ComputeStep(range); }));
+}
+
+// ---- Settings, groups and their boxes ----
+
+void SeveralGroups::ReadFields() {
     settings->GetSettingValByName(SettingKey::kVariableIndex, variableIndex);
     settings->GetSettingValByName(SettingKey::kGroupVariableIndex, groupVariableIndex);
+}
+
+void SeveralGroups::BeginSizes() {
+    ReadFields();
+    ReadOwnSettings();
     settings->GetSettingValByName(SettingKey::kWeightVariableIndex, weightIndex);
     settings->GetSettingValByName(SettingKey::kSigLevel, sigLevel);
     wanted = ComparisonRequest::OfTest(*settings, steps.Rules().wanted);
+    CountCategories();
+    if (status.IsError()) return;
+    passesRemaining = kOverallPasses + (wanted.pairwise ? rules_.passesOfPairs : 0);
+    if (wanted.stepwise) passesRemaining += rules_.passesOfStep * (categoryCount - 2);
+}
+
+void SeveralGroups::CountCategories() {
     if (univariateResults == nullptr) {
-        AddStatusMessage(QKStatus(codes_.noUnivariateResults), MessageKind::kError);
+        AddStatusMessage(QKStatus(rules_.noUnivariateResults), MessageKind::kError);
         return;
     }
     categoryCount = univariateResults->GetCategoryCount(groupVariableIndex);
-    if (categoryCount < kFewestCategories) AddStatusMessage(QKStatus(codes_.tooFewCategories), MessageKind::kError);
+    if (categoryCount < kFewestCategories) {
+        AddStatusMessage(QKStatus(rules_.tooFewCategories), MessageKind::kError);
+    }
 }
 
 void SeveralGroups::GetUsedVariables(std::vector<int>& fieldIndices) {
@@ -71,65 +157,40 @@ std::int32_t SeveralGroups::CategoryOf(const Record& record) const {
     return category >= 0 && category < categoryCount ? category : -1;
 }
 
+void SeveralGroups::FindGroups() {
+    for (std::int32_t category = 0; category < categoryCount; ++category) {
+        const std::int32_t size = groupSizes.Of(category);
+        if (rules_.groups == GroupsAre::kOfPositiveSize ? size > 0 : size != 0) activeGroups.push_back(category);
+    }
+}
+
 void SeveralGroups::BeginBoxes() {
-    activeGroups = groupSizes.WithCases(categoryCount);
     for (const std::int32_t group : activeGroups) {
         groupBoxes.emplace_back(groupSizes.Of(group), variableIndex, weightIndex, GroupBoxPlot::kNoCaseId);
     }
     if (activeGroups.empty()) AddStatusMessage(QKStatus(StatusCode::kNoRecords), MessageKind::kError);
 }
 
-bool SeveralGroups::NeedsAnotherPass() {
-    const bool pairsAreOpen = wanted.pairwise && !pairwiseDone;
-    const bool stepsAreOpen = wanted.stepwise && !stepwiseDone;
-    const bool isOpen = !overallDone || pairsAreOpen || stepsAreOpen;
-    if (isOpen || status.IsError()) passesRemaining = 0;
-    return isOpen && !status.IsError();
-}
-
-void SeveralGroups::EndOverallPhase(bool overallSignificant) {
-    overallDone = true;
-    if (!overallSignificant) {
-        Refuse(codes_.notSignificant);
-    } else if (activeGroups.size() < kFewestToCompare) {
-        Refuse(codes_.tooFewGroups);
-    }
-    phase = wanted.pairwise ? Phase::kPairs : wanted.stepwise ? Phase::kSteps : Phase::kFinished;
-}
-
-void SeveralGroups::Refuse(const RefusalCodes& refusal) {
-    AddMessages(wanted.Refuse(refusal));
-    passesRemaining = 0;
-}
-
-void SeveralGroups::EndPairsPhase() {
-    pairwiseDone = true;
-    phase = wanted.stepwise ? Phase::kSteps : Phase::kFinished;
-}
-
-void SeveralGroups::EndStepsPhase() {
-    if (!steps.IsDone()) return;
-    stepwiseDone = true;
-    phase = Phase::kFinished;
-}
-
 // ---- Element ----
 
 void SeveralGroups::AddBoxes(ResultElement& element, const std::function<void(StructuredTable&)>& addOverall,
                              const std::function<void(StructuredTable&, std::size_t place)>& addGroup) const {
+    const bool byCategory = rules_.boxes == BoxesAre::kByCategory;
     StructuredTable boxes = element.AddTable(TableName::kBoxPlotInfo);
     boxes.Row(RowName::kGroupFieldIndex, groupVariableIndex);
-    boxes.Row(RowName::kGroupCount, static_cast<std::int32_t>(groupBoxes.size()));
+    boxes.Row(RowName::kGroupCount, byCategory ? categoryCount : static_cast<std::int32_t>(groupBoxes.size()));
     if (addOverall) addOverall(boxes);
     for (std::size_t place = 0; place < groupBoxes.size(); ++place) {
-        StructuredTable table = boxes.Table(GroupTableName(place));
-        table.Row(RowName::kGroupIndex, activeGroups[place]);
+        const std::int32_t group = activeGroups[place];
+        StructuredTable table = boxes.Table(GroupTableName(byCategory ? static_cast<std::size_t>(group) : place));
+        table.Row(RowName::kGroupIndex, group);
         if (addGroup) addGroup(table, place);
         groupBoxes[place].AddTables(table);
     }
 }
 
 void SeveralGroups::AddSteps(ResultElement& element, const ComparedSamples& samples) const {
+    if (!steps.IsDone()) return;
     // The search has told of the groups that stand alone; writing them adds no word to that.
     static_cast<void>(AddStepwiseResult(element, steps, samples));
 }

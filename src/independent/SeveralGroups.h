@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "contract/TARNTest.h"
@@ -13,73 +14,127 @@
 #include "support/ResultElements.h"
 #include "support/StepwiseComparison.h"
 
-/// What the Jonckheere-Terpstra and the median test share.
+/// What the tests of several groups share: Kruskal-Wallis, Jonckheere-Terpstra and median.
 
-/// The weighted size of each category that had a record, and those of them that have cases.
+/// The weighted size of each category that had a record.
 class GroupSizes {
  public:
     void Add(std::int32_t category, std::int32_t weight);
     std::int32_t Of(std::int32_t category) const;
-    /// The categories 0 .. `categoryCount` - 1 with a size above 0, in ascending order.
-    std::vector<std::int32_t> WithCases(std::int32_t categoryCount) const;
 
  private:
     std::vector<std::int32_t> sizes;
 };
 
-/// The status codes of a test for what its base class finds.
-struct SeveralGroupsCodes {
-    long noUnivariateResults;
-    long tooFewCategories;
+/// Which categories are groups of the test. A sum of weights that has wrapped around may lie below 0.
+enum class GroupsAre { kOfPositiveSize, kOfAnySizeBut0 };
+/// What the boxes of the groups are named and counted by: the groups with cases, or all categories.
+enum class BoxesAre { kByPlace, kByCategory };
+/// When the first step of the search for subsets takes place.
+enum class FirstStep { kInAPassOfItsOwn, kWithTheOutliers };
+/// What progress is told of the passes to come: it is right, or good for the first pass only, since it is dropped to 0
+/// whenever another pass is needed.
+enum class Foretold { kToTheEnd, kOnceOnly };
+/// Whether the condition shows the fields of a test that its plan builder failed.
+enum class FailedPlan { kHidesFields, kShowsFields };
+
+/// What tells the tests apart beside their statistics. Documents and progress depend on each of it.
+struct SeveralGroupsRules {
+    // The codes of what the base class finds; the first two of a test that asks the descriptives for its categories.
+    long noUnivariateResults = 0;
+    long tooFewCategories = 0;
     RefusalCodes tooFewGroups;
     RefusalCodes notSignificant;
+
+    // The passes that are foretold for a comparison of all pairs, and for each step.
+    int passesOfPairs;
+    int passesOfStep;
+    FirstStep firstStep = FirstStep::kInAPassOfItsOwn;
+    Foretold foretold = Foretold::kOnceOnly;
+    FailedPlan failedPlan = FailedPlan::kHidesFields;
+    GroupsAre groups = GroupsAre::kOfPositiveSize;
+    BoxesAre boxes = BoxesAre::kByPlace;
 };
 
 /// A test of several groups on records in ascending order of the test field, that goes through three phases: overall,
-/// then all pairs if they are wanted, then homogeneous subsets if they are. It gathers the sizes of the groups in its
-/// first pass and a box plot of each in the next two. What a pass does with a record is up to the test.
+/// then all pairs if they are wanted, then homogeneous subsets if they are. The first phase has three passes: sizes of
+/// the groups, quantiles of their box plots, outliers. This class decides what comes next; a test says, in the
+/// operations below, what it does then. What a pass does with a record is up to the test, too.
 class SeveralGroups : public TARNTest {
  public:
     void SetUnivariateResults(UnivariateResults* results) override { univariateResults = results; }
-    bool NeedsAnotherPass() override;
+    QKStatus BeginPass() final;
+    QKStatus EndPass() final;
+    bool NeedsAnotherPass() final;
     void GetUsedVariables(std::vector<int>& fieldIndices) override;
 
  protected:
     enum class Phase { kOverall, kPairs, kSteps, kFinished };
-    /// Passes of the first phase: sizes, quantiles of the boxes, outliers.
-    static constexpr int kOverallPasses = 3;
 
-    /// `codes` is borrowed for the life of the test.
-    SeveralGroups(std::unique_ptr<QKSettings> testSettings, const SeveralGroupsCodes& codes,
-                  const ComparisonRules& rules)
-        : TARNTest(std::move(testSettings)), codes_(codes), steps(rules) {}
+    /// `rules` is borrowed for the life of the test.
+    SeveralGroups(std::unique_ptr<QKSettings> testSettings, const SeveralGroupsRules& rules,
+                  const ComparisonRules& comparisonRules)
+        : TARNTest(std::move(testSettings)), rules_(rules), steps(comparisonRules) {}
 
-    /// Reads the settings that both tests have, and the number of categories, which has to be 2 at least.
-    void ReadCommonSettings();
+    // ---- What a test does, in the order in which it is called ----
+
+    /// In the first pass, before the settings that all tests have.
+    virtual void ReadOwnSettings() {}
+    /// Sets `categoryCount`. By default it comes from the descriptives, and has to be 2 at least.
+    virtual void CountCategories();
+    /// Before the second pass, when the groups are known. Calls `BeginBoxes`.
+    virtual void BeginOverall() = 0;
+    /// After each pass of the first phase, of which `overallPass` is the number. One of them calls `Settle`.
+    virtual void EndOverallPass() = 0;
+    virtual void BeginPairs() {}
+    virtual void EndPairs() {}
+    virtual void BeginSteps() = 0;
+    /// Before each step but the first one: every candidate has lost its last group.
+    virtual void BeginNextStep() {}
+    /// After a pass that prepares a comparison.
+    virtual void EndPreparation() {}
+    /// Computes a candidate at the end of a step.
+    virtual StepwiseComparison::Outcome ComputeStep(SubsetRecord& range) = 0;
+    virtual void EndStep();
+
+    // ---- What it calls ----
+
     /// The category of a record, -1 for one that takes no part.
     std::int32_t CategoryOf(const Record& record) const;
-    /// Once the sizes are known: the groups with cases, of which there has to be one, and their boxes.
+    /// Makes the boxes of the groups, of which there has to be one.
     void BeginBoxes();
-
-    /// After the last pass of the first phase: what comes next. Comparisons need a significant overall test of three
-    /// groups at least.
-    void EndOverallPhase(bool overallSignificant);
-    void EndPairsPhase();
-    /// Ends the phase if the search is done.
-    void EndStepsPhase();
-    bool HasPairsToShow() const { return wanted.pairwise && pairwiseDone; }
+    /// Takes a record of a group in the second and the third pass.
+    void AddToBox(const Record& record, std::int32_t place) {
+        GroupBoxPlot& box = groupBoxes[static_cast<std::size_t>(place)];
+        if (overallPass == kQuantilesPass) {
+            box.AddToQuantiles(record);
+        } else {
+            box.AddToOutliers(record);
+        }
+    }
+    /// Ends the overall test. Comparisons need a significant one of three groups at least.
+    void Settle(bool isSignificant);
 
     /// The boxes of the groups. `addOverall` adds what stands in front of them, `addGroup` what a group has beside its
-    /// box, by its place among the groups with cases; both may be empty.
+    /// box, by its place among the groups; both may be empty.
     void AddBoxes(ResultElement& element, const std::function<void(StructuredTable&)>& addOverall,
                   const std::function<void(StructuredTable&, std::size_t place)>& addGroup) const;
-    /// Adds the homogeneous subsets that the search has found.
+    bool HasPairsToShow() const { return wanted.pairwise && pairwiseDone; }
+    /// Adds the homogeneous subsets, if the search has found them.
     void AddSteps(ResultElement& element, const ComparedSamples& samples) const;
 
- private:
-    void Refuse(const RefusalCodes& refusal);
+    static constexpr int kSizesPass = 0;
+    static constexpr int kQuantilesPass = 1;
+    static constexpr int kOutliersPass = 2;
 
-    const SeveralGroupsCodes& codes_;
+ private:
+    void ReadFields();
+    void BeginSizes();
+    void FindGroups();
+    bool IsStepping() const;
+    Phase NextPhase() const;
+
+    const SeveralGroupsRules& rules_;
 
  protected:
     int weightIndex = -1;
@@ -88,18 +143,21 @@ class SeveralGroups : public TARNTest {
     double sigLevel = 0.05;
     std::int32_t categoryCount = 0;
     Phase phase = Phase::kOverall;
-    int overallPass = 0;
+    int overallPass = kSizesPass;
     ComparisonRequest wanted;
+    bool pairwiseDone = false;  // a test whose pairs need no pass sets it when they are compared
+    /// Whether each comparison takes a pass in front of the one that it ends with, and whether this is such a pass.
+    bool preparesComparisons = false;
+    bool isPreparing = false;
     GroupSizes groupSizes;
-    std::vector<std::int32_t> activeGroups;  // categories with cases, in their order
+    std::vector<std::int32_t> activeGroups;  // categories that are groups, in their order
     std::vector<GroupBoxPlot> groupBoxes;    // theirs
     StepwiseComparison steps;
 
  private:
     UnivariateResults* univariateResults = nullptr;
-    bool overallDone = false;
-    bool pairwiseDone = false;
-    bool stepwiseDone = false;
+    bool isPrepared = false;
+    bool stepsBegun = false;
 };
 
 /// Resolves the fields as `PlanGroupedFields` does, requests the frequencies of "originVariableName", and reads

@@ -13,8 +13,7 @@
 
 #include "independent/TARNJonckTer.h"
 
-#include <algorithm>
-#include <cmath>
+#include <utility>
 
 #include "contract/TARNPlanBuilder.h"
 #include "platform/common/QKDistFun.h"
@@ -38,6 +37,12 @@ constexpr GroupedFieldsCodes kFieldCodes{.testNameMissing = 222215,
                                          .unknownField = 222203,
                                          .testNotContinuous = 222218,
                                          .groupNotCategorical = 222217};
+constexpr SeveralGroupsRules kRules{.noUnivariateResults = 222206,
+                                    .tooFewCategories = 222220,
+                                    .tooFewGroups = {.pairwise = 222223, .stepwise = 222221},
+                                    .notSignificant = {.pairwise = 222224, .stepwise = 222222},
+                                    .passesOfPairs = 1,
+                                    .passesOfStep = 1};
 constexpr long kEmptyGroup = 222210;
 
 PairRecord RecordOf(const JonckheereSubset& pair) {
@@ -70,49 +75,12 @@ void PlanJonckTer(const QKSettings& entry, TARNPlan& plan) {
 
 // ---- Passes ----
 
-namespace {
-
-constexpr SeveralGroupsCodes kCodes{.noUnivariateResults = 222206,
-                                    .tooFewCategories = 222220,
-                                    .tooFewGroups = {.pairwise = 222223, .stepwise = 222221},
-                                    .notSignificant = {.pairwise = 222224, .stepwise = 222222}};
-
-}  // namespace
-
 TARNJonckTer::TARNJonckTer(std::unique_ptr<QKSettings> testSettings)
-    : SeveralGroups(std::move(testSettings), kCodes, ComparisonRulesOf::kJonckTer) {}
+    : SeveralGroups(std::move(testSettings), kRules, ComparisonRulesOf::kJonckTer) {}
 
-QKStatus TARNJonckTer::BeginPass() {
-    if (status.IsError()) return status;
-    switch (phase) {
-        case Phase::kOverall:
-            if (overallPass == 0) BeginSizes();
-            if (overallPass == 1) BeginOverall();
-            break;
-        case Phase::kPairs:
-            BeginPairs();
-            break;
-        case Phase::kSteps:
-            if (stepwisePass == 0) {
-                BeginSteps();
-            } else {
-                ShrinkSubsets();
-            }
-            break;
-        case Phase::kFinished:
-            break;
-    }
-    return status;
-}
-
-void TARNJonckTer::BeginSizes() {
+void TARNJonckTer::ReadOwnSettings() {
     orderOfHypotheses = kSmallestToLargest;
     settings->GetSettingValByName(kOrderOfHypotheses, orderOfHypotheses);
-    ReadCommonSettings();
-    if (status.IsError()) return;
-    passesRemaining = kOverallPasses + (wanted.pairwise ? 1 : 0);
-    if (wanted.stepwise) passesRemaining += categoryCount - 2;
-    wholeRank.Reset();
 }
 
 void TARNJonckTer::BeginOverall() {
@@ -155,8 +123,7 @@ void TARNJonckTer::BeginSteps() {
     }
 }
 
-/// Each of them has lost its last group.
-void TARNJonckTer::ShrinkSubsets() {
+void TARNJonckTer::BeginNextStep() {
     for (const SubsetRecord& range : steps.Candidates()) {
         JonckheereSubset& subset = stepSubsets[range.firstPosition];
         subset.positionOf[range.lastPosition + 1] = JonckheereSubset::kNotInside;
@@ -171,7 +138,7 @@ QKStatus TARNJonckTer::ProcessRecord(Record& record) {
     const std::int32_t weight = CaseWeight(record, weightIndex);
     const std::int32_t group = CategoryOf(record);
     if (group < 0) return status;
-    if (phase == Phase::kOverall && overallPass == 0) {
+    if (phase == Phase::kOverall && overallPass == kSizesPass) {
         groupSizes.Add(group, weight);
         return wholeRank.AddValue(value, weight, group);
     }
@@ -180,12 +147,10 @@ QKStatus TARNJonckTer::ProcessRecord(Record& record) {
         if (place >= 0) subset.Add(value, weight, static_cast<std::size_t>(place));
         return place;
     };
-    if (phase == Phase::kOverall && overallPass == 1) {
-        const std::int32_t place = addTo(overall);
-        if (place >= 0) groupBoxes[static_cast<std::size_t>(place)].AddToQuantiles(record);
-    } else if (phase == Phase::kOverall) {
-        const std::int32_t place = overall.positionOf[static_cast<std::size_t>(group)];
-        if (place >= 0) groupBoxes[static_cast<std::size_t>(place)].AddToOutliers(record);
+    if (phase == Phase::kOverall) {
+        const std::int32_t place =
+            overallPass == kQuantilesPass ? addTo(overall) : overall.positionOf[static_cast<std::size_t>(group)];
+        if (place >= 0) AddToBox(record, place);
     } else if (phase == Phase::kPairs) {
         for (JonckheereSubset& pair : pairSubsets) addTo(pair);
     } else {
@@ -194,41 +159,18 @@ QKStatus TARNJonckTer::ProcessRecord(Record& record) {
     return status;
 }
 
-QKStatus TARNJonckTer::EndPass() {
-    if (status.IsError()) return status;
-    --passesRemaining;
-    switch (phase) {
-        case Phase::kOverall:
-            EndOverall();
-            break;
-        case Phase::kPairs:
-            EndPairs();
-            break;
-        case Phase::kSteps:
-            EndStep();
-            break;
-        case Phase::kFinished:
-            break;
-    }
-    return status;
-}
-
-void TARNJonckTer::EndOverall() {
-    if (overallPass == 0) {
+void TARNJonckTer::EndOverallPass() {
+    if (overallPass == kSizesPass) {
         wholeRank.CloseTieRun();
         for (std::int32_t group = 0; group < categoryCount; ++group) {
             rankSums.push_back(wholeRank.GroupRanks(group).sumOfRanks);
         }
         wholeRank = TARNRank();  // it holds every rank, and tests live as long as the document
-    } else if (overallPass == 1) {
+    } else if (overallPass == kQuantilesPass) {
         overallSignificant = Judge(overall);
-        if (!overall.degenerate) {
-            for (GroupBoxPlot& box : groupBoxes) box.Finish();
-        }
     } else {
-        EndOverallPhase(overallSignificant);
+        Settle(overallSignificant);
     }
-    ++overallPass;
 }
 
 void TARNJonckTer::EndPairs() {
@@ -236,24 +178,17 @@ void TARNJonckTer::EndPairs() {
         Judge(pair);
         if (!pair.degenerate) pair.adjustedSig = AdjustByPairCount(pair.sigDirected, categoryCount);
     }
-    EndPairsPhase();
 }
 
-void TARNJonckTer::EndStep() {
+StepwiseComparison::Outcome TARNJonckTer::ComputeStep(SubsetRecord& range) {
     using Outcome = StepwiseComparison::Outcome;
-    const auto compute = [&](SubsetRecord& range) {
-        JonckheereSubset& subset = stepSubsets[range.firstPosition];
-        Judge(subset);
-        if (status.IsError()) return Outcome::kFailed;
-        range.statistic = subset.j;
-        range.standardError = subset.standardError;
-        range.standardTestStatistic = subset.z;
-        range.sig = subset.sigDirected;
-        return subset.degenerate ? Outcome::kUntestable : Outcome::kComputed;
-    };
-    AddMessages(steps.EndPass(sigLevel, compute));
-    ++stepwisePass;
-    EndStepsPhase();
+    JonckheereSubset& subset = stepSubsets[range.firstPosition];
+    Judge(subset);
+    range.statistic = subset.j;
+    range.standardError = subset.standardError;
+    range.standardTestStatistic = subset.z;
+    range.sig = subset.sigDirected;
+    return subset.degenerate ? Outcome::kUntestable : Outcome::kComputed;
 }
 
 /// Whether the groups of the subset differ at the level; a subset that can't be tested counts as one whose groups do.
@@ -298,7 +233,7 @@ QKXML::XMLElement* TARNJonckTer::MakeResultElement() {
         for (const JonckheereSubset& pair : pairSubsets) pairs.push_back(RecordOf(pair));
         AddPairwiseResult(element, steps.Rules(), Samples(), pairs);
     }
-    if (steps.IsDone()) AddSteps(element, Samples());
+    AddSteps(element, Samples());
     return element.Release();
 }
 

@@ -18,27 +18,24 @@ class TARNJonckTer : public SeveralGroups {
     /// "orderOfHypotheses", "pairWise" and "stepWise".
     explicit TARNJonckTer(std::unique_ptr<QKSettings> testSettings);
 
-    QKStatus BeginPass() override;
     QKStatus ProcessRecord(Record& record) override;
-    QKStatus EndPass() override;
     QKXML::XMLElement* MakeResultElement() override;
 
  private:
-    void BeginSizes();
-    void BeginOverall();
-    void BeginPairs();
-    void BeginSteps();
-    void ShrinkSubsets();
-    void EndOverall();
-    void EndPairs();
-    void EndStep();
+    void ReadOwnSettings() override;
+    void BeginOverall() override;
+    void EndOverallPass() override;
+    void BeginPairs() override;
+    void EndPairs() override;
+    void BeginSteps() override;
+    void BeginNextStep() override;
+    StepwiseComparison::Outcome ComputeStep(SubsetRecord& range) override;
     bool Judge(JonckheereSubset& subset);
     double SizeOf(std::int32_t category) const { return groupSizes.Of(category); }
 
     ComparedSamples Samples() const;
 
     std::string orderOfHypotheses;
-    int stepwisePass = 0;
     TARNRank wholeRank;
     std::vector<double> rankSums;  // per category
     JonckheereSubset overall;

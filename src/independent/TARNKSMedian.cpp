@@ -12,12 +12,10 @@
 
 #include "independent/TARNKSMedian.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "contract/TARNPlanBuilder.h"
 #include "support/CaseWeight.h"
-#include "support/Significance.h"
 #include "vocabulary/SettingKeys.h"
 #include "vocabulary/StatusCodes.h"
 
@@ -38,6 +36,14 @@ constexpr GroupedFieldsCodes kFieldCodes{.testNameMissing = 222315,
                                          .groupNotCategorical = 222317,
                                          // Documents show this code without a parameter, unlike its neighbours.
                                          .tellsTestField = false};
+constexpr SeveralGroupsRules kRules{.noUnivariateResults = 222306,
+                                    .tooFewCategories = 222320,
+                                    .tooFewGroups = {.pairwise = 222337, .stepwise = 222335},
+                                    .notSignificant = {.pairwise = 222338, .stepwise = 222336},
+                                    // Foretold with a given median, too, though half of them are not made then.
+                                    .passesOfPairs = 2,
+                                    .passesOfStep = 2};
+
 constexpr long kMedianMissing = 222322;
 constexpr long kExpectedBelowOne = 222326;
 constexpr long kManyExpectedBelowFive = 222327;
@@ -47,7 +53,16 @@ constexpr long kNoneAbove[] = {222325, 222329, 222332};
 constexpr long kAllAbove[] = {222324, 222328, 222331};
 constexpr long kTooFewGroupsWithCases[] = {222319, 222333, 222334};
 
-constexpr double kMostCasesOfExactTest = 30;
+PairRecord RecordOf(const MedianSubset& pair) {
+    PairRecord record;
+    record.sample1 = pair.members[0];
+    record.sample2 = pair.members[1];
+    record.testStatistic = pair.chiSquare;
+    record.sig = pair.sig;
+    record.adjSig = pair.adjustedSig;
+    record.untestable = pair.degenerate;
+    return record;
+}
 
 }  // namespace
 
@@ -71,48 +86,13 @@ void PlanKSMedian(const QKSettings& entry, TARNPlan& plan) {
 
 // ---- Passes ----
 
-namespace {
-
-constexpr SeveralGroupsCodes kCodes{.noUnivariateResults = 222306,
-                                    .tooFewCategories = 222320,
-                                    .tooFewGroups = {.pairwise = 222337, .stepwise = 222335},
-                                    .notSignificant = {.pairwise = 222338, .stepwise = 222336}};
-
-}  // namespace
-
 TARNKSMedian::TARNKSMedian(std::unique_ptr<QKSettings> testSettings)
-    : SeveralGroups(std::move(testSettings), kCodes, ComparisonRulesOf::kKSMedian) {}
+    : SeveralGroups(std::move(testSettings), kRules, ComparisonRulesOf::kKSMedian) {}
 
-QKStatus TARNKSMedian::BeginPass() {
-    if (status.IsError()) return status;
-    switch (phase) {
-        case Phase::kOverall:
-            if (overallPass == 0) BeginSizes();
-            if (overallPass == 1) BeginOverall();
-            break;
-        case Phase::kPairs:
-            if (pairSubsets.empty()) BeginPairs();
-            break;
-        case Phase::kSteps:
-            if (sortedGroups.empty()) {
-                BeginSteps();
-            } else if (hasStepped) {
-                ShrinkSubsets();
-            }
-            break;
-        case Phase::kFinished:
-            break;
-    }
-    return status;
-}
-
-void TARNKSMedian::BeginSizes() {
+void TARNKSMedian::ReadOwnSettings() {
     settings->GetSettingValByName(kUserSpecifyMedian, userSpecifyMedian);
     if (userSpecifyMedian) settings->GetSettingValByName(kMedian, givenMedian);
-    ReadCommonSettings();
-    if (status.IsError()) return;
-    passesRemaining = kOverallPasses + (wanted.pairwise ? 2 : 0);
-    if (wanted.stepwise) passesRemaining += 2 * categoryCount - 4;
+    preparesComparisons = !userSpecifyMedian;
 }
 
 void TARNKSMedian::BeginOverall() {
@@ -138,7 +118,6 @@ void TARNKSMedian::BeginPairs() {
             pairSubsets.push_back(MakeSubset({activeGroups[i], activeGroups[j]}));
         }
     }
-    findsMedians = !userSpecifyMedian;
 }
 
 void TARNKSMedian::BeginSteps() {
@@ -148,21 +127,16 @@ void TARNKSMedian::BeginSteps() {
         sortedGroups.push_back(activeGroups[static_cast<std::size_t>(sample.sample)]);
     }
     steps.Begin(sortedGroups.size(), activeGroups.size());
-    for (const SubsetRecord& range : steps.Candidates()) {
-        stepSubsets.push_back(
-            MakeSubset({sortedGroups.begin() + range.firstPosition, sortedGroups.begin() + range.lastPosition + 1}));
-    }
-    findsMedians = !userSpecifyMedian;
+    stepSubsets.assign(steps.Candidates().size(), MedianSubset(variableIndex, weightIndex));
+    BeginNextStep();
 }
 
-/// Each of them has lost its last group, and gets a median of its own again.
-void TARNKSMedian::ShrinkSubsets() {
+/// In each step every candidate gets a median of its own again.
+void TARNKSMedian::BeginNextStep() {
     for (const SubsetRecord& range : steps.Candidates()) {
         stepSubsets[range.firstPosition] =
             MakeSubset({sortedGroups.begin() + range.firstPosition, sortedGroups.begin() + range.lastPosition + 1});
     }
-    findsMedians = !userSpecifyMedian;
-    hasStepped = false;
 }
 
 QKStatus TARNKSMedian::ProcessRecord(Record& record) {
@@ -183,113 +157,77 @@ QKStatus TARNKSMedian::ProcessRecord(Record& record) {
 }
 
 void TARNKSMedian::CountOverall(const Record& record, double value, std::int32_t weight, std::int32_t category) {
-    if (overallPass == 0) {
+    if (overallPass == kSizesPass) {
         groupSizes.Add(category, weight);
         return;
     }
     const std::int32_t place = overall.PlaceOf(category);
     if (place == MedianSubset::kNotInside) return;
-    GroupBoxPlot& box = groupBoxes[static_cast<std::size_t>(place)];
-    if (overallPass == 1) {
-        box.AddToQuantiles(record);
-        if (!userSpecifyMedian) overall.AddToMedian(value, weight);
-    } else {
-        box.AddToOutliers(record);
+    AddToBox(record, place);
+    if (overallPass == kOutliersPass) {
         overall.Count(value, weight, place);
+    } else if (!userSpecifyMedian) {
+        overall.AddToMedian(value, weight);
     }
 }
 
 void TARNKSMedian::AddToSubset(MedianSubset& subset, double value, std::int32_t weight, std::int32_t category) const {
     const std::int32_t place = subset.PlaceOf(category);
     if (place == MedianSubset::kNotInside) return;
-    if (findsMedians) {
+    if (isPreparing) {
         subset.AddToMedian(value, weight);
     } else {
         subset.Count(value, weight, place);
     }
 }
 
-QKStatus TARNKSMedian::EndPass() {
-    if (status.IsError()) return status;
-    --passesRemaining;
-    if (phase == Phase::kOverall) {
-        EndOverall();
-    } else if (findsMedians) {
-        for (MedianSubset& subset : phase == Phase::kPairs ? pairSubsets : stepSubsets) subset.FinishMedian();
-        findsMedians = false;
-    } else if (phase == Phase::kPairs) {
-        EndPairs();
-    } else if (phase == Phase::kSteps) {
-        EndStep();
-    }
-    return status;
-}
-
-void TARNKSMedian::EndOverall() {
-    if (overallPass == 1) {
-        for (GroupBoxPlot& box : groupBoxes) box.Finish();
+void TARNKSMedian::EndOverallPass() {
+    if (overallPass == kQuantilesPass) {
         if (!userSpecifyMedian) overall.FinishMedian();
-    } else if (overallPass == 2) {
+    } else if (overallPass == kOutliersPass) {
+        Judge(overall, Mode::kOverall, {});
+        if (!overall.degenerate && overall.GroupCount() == 2) ofTwoGroups = overall.CompareTwoGroups();
         // A table that can't be tested counts as significant, so that two groups are told that they are too few as
         // well.
-        EndOverallPhase(Judge(overall, Mode::kOverall, {}));
+        Settle(overall.degenerate || sigLevel > DecidingSig());
     }
-    ++overallPass;
+}
+
+void TARNKSMedian::EndPreparation() {
+    for (MedianSubset& subset : phase == Phase::kPairs ? pairSubsets : stepSubsets) subset.FinishMedian();
 }
 
 void TARNKSMedian::EndPairs() {
-    for (MedianSubset& pair : pairSubsets) Judge(pair, Mode::kPair, pair.members);
-    EndPairsPhase();
+    const auto groupCount = static_cast<std::int32_t>(activeGroups.size());
+    for (MedianSubset& pair : pairSubsets) {
+        Judge(pair, Mode::kPair, pair.members);
+        if (!pair.degenerate) pair.adjustedSig = AdjustByPairCount(pair.sig, groupCount);
+    }
 }
 
-void TARNKSMedian::EndStep() {
+StepwiseComparison::Outcome TARNKSMedian::ComputeStep(SubsetRecord& range) {
     using Outcome = StepwiseComparison::Outcome;
-    const auto compute = [&](SubsetRecord& range) {
-        MedianSubset& subset = stepSubsets[range.firstPosition];
-        Judge(subset, Mode::kStep,
-              {static_cast<std::int32_t>(range.firstPosition), static_cast<std::int32_t>(range.lastPosition)});
-        range.statistic = subset.chiSquare;
-        range.sig = subset.sig;
-        return subset.degenerate ? Outcome::kUntestable : Outcome::kComputed;
-    };
-    AddMessages(steps.EndPass(sigLevel, compute));
-    hasStepped = true;
-    EndStepsPhase();
+    MedianSubset& subset = stepSubsets[range.firstPosition];
+    Judge(subset, Mode::kStep,
+          {static_cast<std::int32_t>(range.firstPosition), static_cast<std::int32_t>(range.lastPosition)});
+    range.statistic = subset.chiSquare;
+    range.sig = subset.sig;
+    return subset.degenerate ? Outcome::kUntestable : Outcome::kComputed;
 }
 
-/// Whether the groups of the subset differ at the level; a subset that can't be tested counts as one whose groups do.
-/// `named`: what a warning names the subset by.
-bool TARNKSMedian::Judge(MedianSubset& subset, Mode mode, const std::vector<std::int32_t>& named) {
+/// Computes what comes out of a subset, or says why nothing can. `named`: what a warning names the subset by.
+void TARNKSMedian::Judge(MedianSubset& subset, Mode mode, const std::vector<std::int32_t>& named) {
     const bool hasAbove = subset.RowTotal(MedianSubset::kAbove) != 0;
     const bool hasNotAbove = subset.RowTotal(MedianSubset::kNotAbove) != 0;
     if (!hasAbove || !hasNotAbove) {
         MakeDegenerate(subset, mode, hasAbove ? kAllAbove : kNoneAbove, named);
-        return true;
-    }
-    if (subset.GroupsWithCases() < 2) {
+    } else if (subset.GroupsWithCases() < 2) {
         MakeDegenerate(subset, mode, kTooFewGroupsWithCases, named);
-        return true;
+    } else {
+        const MedianSubset::ExpectedCells cells = subset.ComputeChiSquare();
+        if (cells.anyBelowOne) AddStatusMessage(QKStatus(kExpectedBelowOne), MessageKind::kWarning);
+        if (cells.manyBelowFive) AddStatusMessage(QKStatus(kManyExpectedBelowFive), MessageKind::kWarning);
     }
-    const MedianSubset::ExpectedCells cells = subset.ComputeChiSquare();
-    if (cells.anyBelowOne) AddStatusMessage(QKStatus(kExpectedBelowOne), MessageKind::kWarning);
-    if (cells.manyBelowFive) AddStatusMessage(QKStatus(kManyExpectedBelowFive), MessageKind::kWarning);
-    if (mode == Mode::kPair) {
-        subset.adjustedSig = AdjustByPairCount(subset.sig, static_cast<std::int32_t>(activeGroups.size()));
-        return sigLevel > subset.adjustedSig;
-    }
-    if (mode == Mode::kStep) return false;  // the search adjusts and compares
-    if (subset.GroupCount() == 2) {
-        const FourfoldTable table = TableOf(subset);
-        fisherComputed = subset.TotalN() <= kMostCasesOfExactTest;
-        yatesComputed = !fisherComputed;
-        if (fisherComputed) {
-            fisherSig = FisherExactSignificance(table);
-        } else {
-            yatesChiSquare = YatesChiSquare(table);
-            yatesSig = ChiSquareSig(yatesChiSquare, 1);
-        }
-    }
-    return sigLevel > DecidingSig();
 }
 
 void TARNKSMedian::MakeDegenerate(MedianSubset& subset, Mode mode, const long (&codes)[3],
@@ -303,15 +241,9 @@ void TARNKSMedian::MakeDegenerate(MedianSubset& subset, Mode mode, const long (&
     }
 }
 
-FourfoldTable TARNKSMedian::TableOf(const MedianSubset& subset) const {
-    const std::vector<double>& notAbove = subset.Counts(MedianSubset::kNotAbove);
-    const std::vector<double>& above = subset.Counts(MedianSubset::kAbove);
-    return {notAbove[0], notAbove[1], above[0], above[1]};
-}
-
 double TARNKSMedian::DecidingSig() const {
     if (overall.GroupCount() == 0) return 1;  // no pass has been made
-    return fisherComputed ? fisherSig : yatesComputed ? yatesSig : overall.sig;
+    return ofTwoGroups ? ofTwoGroups->sig : overall.sig;
 }
 
 // ---- Element ----
@@ -324,21 +256,18 @@ QKXML::XMLElement* TARNKSMedian::MakeResultElement() {
     if (element.EndsWithMessages(messages, status)) return element.Release();
 
     AddStatistics(element);
-    AddMedianBoxes(element);
+    const auto addGrandMedian = [&](StructuredTable& boxes) { boxes.Row(RowName::kGrandMedian, overall.Median()); };
+    const auto addCounts = [&](StructuredTable& group, std::size_t place) {
+        group.Row(RowName::kGreaterThanMedian, overall.Counts(MedianSubset::kAbove)[place]);
+        group.Row(RowName::kNotGreaterThanMedian, overall.Counts(MedianSubset::kNotAbove)[place]);
+    };
+    AddBoxes(element, addGrandMedian, addCounts);
     if (HasPairsToShow() && !pairSubsets.empty()) {
         std::vector<PairRecord> pairs;
-        for (const MedianSubset& pair : pairSubsets) {
-            PairRecord& record = pairs.emplace_back();
-            record.sample1 = pair.members[0];
-            record.sample2 = pair.members[1];
-            record.testStatistic = pair.chiSquare;
-            record.sig = pair.sig;
-            record.adjSig = pair.adjustedSig;
-            record.untestable = pair.degenerate;
-        }
+        for (const MedianSubset& pair : pairSubsets) pairs.push_back(RecordOf(pair));
         AddPairwiseResult(element, steps.Rules(), Samples(activeGroups), pairs);
     }
-    if (steps.IsDone()) AddSteps(element, Samples(sortedGroups));
+    AddSteps(element, Samples(sortedGroups));
     return element.Release();
 }
 
@@ -350,21 +279,12 @@ void TARNKSMedian::AddStatistics(ResultElement& element) const {
     statistics.Row(RowName::kTestStatistic, overall.chiSquare);
     statistics.Row(RowName::kDegreeOfFreedom, df);
     statistics.Row(RowName::kAsymptoticSig2Tailed, overall.sig);
-    if (fisherComputed) statistics.Row(RowName::kFisherExactSig, fisherSig);
-    if (!yatesComputed) return;
+    if (ofTwoGroups && ofTwoGroups->isExact) statistics.Row(RowName::kFisherExactSig, ofTwoGroups->sig);
+    if (!ofTwoGroups || ofTwoGroups->isExact) return;
     StructuredTable corrected = statistics.Table(TableName::kYatesContinuityCorrection);
-    corrected.Row(RowName::kChiSquare, yatesChiSquare);
+    corrected.Row(RowName::kChiSquare, ofTwoGroups->chiSquare);
     corrected.Row(RowName::kDegreeOfFreedom, df);
-    corrected.Row(RowName::kAsymptoticSig2Tailed, yatesSig);
-}
-
-void TARNKSMedian::AddMedianBoxes(ResultElement& element) const {
-    const auto addGrandMedian = [&](StructuredTable& boxes) { boxes.Row(RowName::kGrandMedian, overall.Median()); };
-    const auto addCounts = [&](StructuredTable& group, std::size_t place) {
-        group.Row(RowName::kGreaterThanMedian, overall.Counts(MedianSubset::kAbove)[place]);
-        group.Row(RowName::kNotGreaterThanMedian, overall.Counts(MedianSubset::kNotAbove)[place]);
-    };
-    AddBoxes(element, addGrandMedian, addCounts);
+    corrected.Row(RowName::kAsymptoticSig2Tailed, ofTwoGroups->sig);
 }
 
 /// Groups by their categories, with their medians.

@@ -20,8 +20,6 @@
 #include <utility>
 
 #include "contract/TARNPlanBuilder.h"
-#include "independent/TwoGroups.h"
-#include "platform/common/Truncation.h"
 #include "support/CaseWeight.h"
 #include "support/Int32.h"
 #include "support/Significance.h"
@@ -43,14 +41,18 @@ constexpr long kGroupNotCategorical = 222110;
 constexpr long kStatisticComputed = 222111;
 constexpr long kTooFewGroupsWithCases = 222112;
 constexpr long kTooFewCategories = 222115;
-constexpr long kTooFewGroupsToStep = 222116;
-constexpr long kNotSignificantToStep = 222117;
-constexpr long kTooFewGroupsToPair = 222118;
-constexpr long kNotSignificantToPair = 222119;
 
-/// Ranking, box plots, their outliers.
-constexpr int kPasses = 3;
-constexpr std::size_t kSmallestComparison = 3;
+constexpr SeveralGroupsRules kRules{.tooFewGroups = {.pairwise = 222118, .stepwise = 222116},
+                                    .notSignificant = {.pairwise = 222119, .stepwise = 222117},
+                                    .passesOfPairs = 0,
+                                    .passesOfStep = 1,
+                                    .firstStep = FirstStep::kWithTheOutliers,
+                                    .foretold = Foretold::kToTheEnd,
+                                    .failedPlan = FailedPlan::kShowsFields,
+                                    .groups = GroupsAre::kOfAnySizeBut0,
+                                    .boxes = BoxesAre::kByCategory};
+
+constexpr std::int32_t kNoGroup = -1;
 
 /// A number of the element that may have no value.
 std::string TextOrEmpty(double value) {
@@ -117,57 +119,41 @@ void PlanKruskalWOneWay(const QKSettings& entry, TARNPlan& plan) {
 
 // ---- Passes ----
 
-QKStatus TARNKruskalWOneWay::BeginPass() {
-    if (passCounter == 0) {
-        BeginRanking();
-    } else if (passCounter == 1 && !status.IsError()) {
-        BeginBoxes();
-    } else if (passCounter == 2 && !status.IsError() && stepwiseActive) {
-        PlanStepping();
-    }
-    return status;
-}
+TARNKruskalWOneWay::TARNKruskalWOneWay(std::unique_ptr<QKSettings> testSettings)
+    : SeveralGroups(std::move(testSettings), kRules, ComparisonRulesOf::kKruskalWOneWay) {}
 
-/// A test that its plan builder failed still reads its fields, so that its condition can show them.
-void TARNKruskalWOneWay::BeginRanking() {
-    settings->GetSettingValByName(SettingKey::kVariableIndex, variableIndex);
-    settings->GetSettingValByName(SettingKey::kGroupVariableIndex, groupVariableIndex);
-    if (status.IsError()) return;
-    passesRemaining = kPasses;
-    settings->GetSettingValByName(SettingKey::kWeightVariableIndex, weightIndex);
-    settings->GetSettingValByName(SettingKey::kSigLevel, sigLevel);
-    int categoryCount = 0;
+/// The plan builder has counted them.
+void TARNKruskalWOneWay::CountCategories() {
     settings->GetSettingValByName(kNumberOfCategories, categoryCount);
-    const ComparisonRequest wanted = ComparisonRequest::OfTest(*settings, steps.Rules().wanted);
-
-    groupCounts.assign(static_cast<std::size_t>(categoryCount), 0);
-    pairwiseActive = wanted.pairwise;
-    stepwiseActive = wanted.stepwise;
-    if (stepwiseActive) passesRemaining += categoryCount - 2;
 }
 
-void TARNKruskalWOneWay::BeginBoxes() {
+void TARNKruskalWOneWay::BeginOverall() {
     try {
-        for (const std::int32_t count : groupCounts) {
-            if (stepwiseActive) groupUnivariates.emplace_back(variableIndex, weightIndex);
-            groupBoxes.emplace_back(count, variableIndex, weightIndex, GroupBoxPlot::kNoCaseId);
-        }
+        BeginBoxes();
+        placeOf.assign(static_cast<std::size_t>(categoryCount), kNoGroup);
     } catch (const std::exception&) {
         AddStatusMessage(QKStatus(StatusCode::kAllocationFailed), MessageKind::kError);
+        return;
+    }
+    for (std::size_t place = 0; place < activeGroups.size(); ++place) {
+        placeOf[static_cast<std::size_t>(activeGroups[place])] = static_cast<std::int32_t>(place);
     }
 }
 
 /// The groups in ascending order of their mean ranks, those of equal ones in ascending order of their medians.
-void TARNKruskalWOneWay::PlanStepping() {
-    sortedGroups = mainGroups;
-    const auto key = [&](std::size_t group) { return std::pair(MeanRank(group), groupUnivariates[group].GetMedian()); };
+void TARNKruskalWOneWay::BeginSteps() {
+    sortedGroups = activeGroups;
+    const auto key = [&](std::int32_t group) {
+        const std::int32_t place = placeOf[static_cast<std::size_t>(group)];
+        return std::pair(MeanRank(group), groupBoxes[static_cast<std::size_t>(place)].Median());
+    };
     std::stable_sort(sortedGroups.begin(), sortedGroups.end(),
-                     [&](std::size_t a, std::size_t b) { return key(a) < key(b); });
-    positions.assign(groupCounts.size(), sortedGroups.size());
+                     [&](std::int32_t a, std::int32_t b) { return key(a) < key(b); });
+    positionOf.assign(static_cast<std::size_t>(categoryCount), sortedGroups.size());
     for (std::size_t position = 0; position < sortedGroups.size(); ++position) {
-        positions[sortedGroups[position]] = position;
+        positionOf[static_cast<std::size_t>(sortedGroups[position])] = position;
     }
-    steps.Begin(sortedGroups.size(), groupCounts.size());
+    steps.Begin(sortedGroups.size(), static_cast<std::size_t>(categoryCount));
     stepRanks.resize(sortedGroups.size());
 }
 
@@ -179,89 +165,54 @@ void TARNKruskalWOneWay::GetUsedVariables(std::vector<int>& fieldIndices) {
 QKStatus TARNKruskalWOneWay::ProcessRecord(Record& record) {
     const double value = record[static_cast<std::size_t>(variableIndex)];
     const std::int32_t weight = CaseWeight(record, weightIndex);
-    const double category = record[static_cast<std::size_t>(groupVariableIndex)];
-    const auto group = static_cast<std::size_t>(TruncateToInt32(category));
-    if (group >= groupCounts.size()) return status;
-    if (passCounter == 0) {
-        groupCounts[group] = Add32(groupCounts[group], weight);
-        return mainRank.AddValue(value, weight, static_cast<double>(group));
+    const std::int32_t group = CategoryOf(record);
+    if (group < 0) return status;
+    if (phase == Phase::kOverall && overallPass == kSizesPass) {
+        groupSizes.Add(group, weight);
+        return wholeRank.AddValue(value, weight, group);
     }
-    if (passCounter == 1) {
-        groupBoxes[group].AddToQuantiles(record);
-        if (stepwiseActive) groupUnivariates[group].QuantileStep(value, weight, groupCounts[group]);
-        return status;
+    if (phase == Phase::kOverall) {
+        const std::int32_t place = placeOf[static_cast<std::size_t>(group)];
+        if (place != kNoGroup) AddToBox(record, place);
     }
-    if (passCounter == 2) groupBoxes[group].AddToOutliers(record);
-    if (!stepwiseActive) return status;
-    const std::size_t position = positions[group];
+    if (positionOf.empty()) return status;  // no step has begun
+    const std::size_t position = positionOf[static_cast<std::size_t>(group)];
     for (const SubsetRecord& subset : steps.Candidates()) {
         if (position < subset.firstPosition || position > subset.lastPosition) continue;
-        const QKStatus added = stepRanks[subset.firstPosition].AddValue(value, weight, static_cast<double>(group));
+        const QKStatus added = stepRanks[subset.firstPosition].AddValue(value, weight, group);
         if (added.IsError()) return added;
     }
     return status;
 }
 
-QKStatus TARNKruskalWOneWay::EndPass() {
-    if (passCounter == 0) {
-        EndRanking();
-        --passesRemaining;
-        if (!status.IsError()) ++passCounter;
-        return status;
-    }
-    if (passCounter == 1) {
-        for (GroupBoxPlot& box : groupBoxes) box.Finish();
-        for (QKContUnivariateVariable& univariate : groupUnivariates) univariate.CloseQuantiles();
-    } else if (stepwiseActive) {
-        EndStep();
-    }
-    --passesRemaining;
-    ++passCounter;
-    return status;
-}
-
-bool TARNKruskalWOneWay::NeedsAnotherPass() {
-    return !status.IsError() && (passCounter < kPasses || stepwiseActive || pairwiseActive);
-}
-
-void TARNKruskalWOneWay::EndRanking() {
-    const auto withCases = std::count_if(groupCounts.begin(), groupCounts.end(), [](auto count) { return count > 0; });
+void TARNKruskalWOneWay::EndOverallPass() {
+    if (overallPass != kSizesPass) return;
+    const auto withCases = std::count_if(activeGroups.begin(), activeGroups.end(),
+                                         [this](std::int32_t group) { return groupSizes.Of(group) > 0; });
     if (withCases < 2) {
         AddStatusMessage(QKStatus(kTooFewGroupsWithCases), MessageKind::kError);
         return;
     }
-    for (std::size_t group = 0; group < groupCounts.size(); ++group) {
-        if (groupCounts[group] != 0) mainGroups.push_back(group);
+    overall = ComputeH(activeGroups, wholeRank);
+    for (std::int32_t group = 0; group < categoryCount; ++group) {
+        rankSums.push_back(wholeRank.GroupRanks(group).sumOfRanks);
     }
-    mainResult = ComputeH(mainGroups, mainRank);
-    for (std::size_t group = 0; group < groupCounts.size(); ++group) {
-        rankSums.push_back(mainRank.GroupRanks(static_cast<double>(group)).sumOfRanks);
-    }
-    tieSum = mainRank.TieCorrectionSum();
-    mainRank = TARNRank();  // it holds every rank, and tests live as long as the document
-
-    const bool isSignificant = mainResult.sig < sigLevel;
-    if (!isSignificant || mainGroups.size() < kSmallestComparison) {
-        const long pairCode = isSignificant ? kTooFewGroupsToPair : kNotSignificantToPair;
-        const long stepCode = isSignificant ? kTooFewGroupsToStep : kNotSignificantToStep;
-        if (pairwiseActive) AddStatusMessage(QKStatus(pairCode), MessageKind::kWarning);
-        if (stepwiseActive) AddStatusMessage(QKStatus(stepCode), MessageKind::kWarning);
-        pairwiseActive = stepwiseActive = false;
-        passesRemaining = kPasses;
-    }
-    if (pairwiseActive) ComparePairs();
+    tieSum = wholeRank.TieCorrectionSum();
+    wholeRank = TARNRank();  // it holds every rank, and tests live as long as the document
+    Settle(overall.sig < sigLevel);
+    if (wanted.pairwise) ComparePairs();
 }
 
 /// The statistic of some groups over their own ranks. Its remark goes out each time, whether there are ties or not.
-TARNKruskalWOneWay::Result TARNKruskalWOneWay::ComputeH(const std::vector<std::size_t>& groups, TARNRank& rank) {
+TARNKruskalWOneWay::Result TARNKruskalWOneWay::ComputeH(const std::vector<std::int32_t>& groups, TARNRank& rank) {
     rank.CloseTieRun();
     Result result;
     double sum = 0;
-    for (std::size_t group = groupCounts.size(); group-- > 0;) {
+    for (std::int32_t group = categoryCount; group-- > 0;) {
         if (std::find(groups.begin(), groups.end(), group) == groups.end()) continue;
-        const double sumOfRanks = rank.GroupRanks(static_cast<double>(group)).sumOfRanks;
-        result.totalN = Add32(result.totalN, groupCounts[group]);
-        sum += sumOfRanks * sumOfRanks / groupCounts[group];
+        const double sumOfRanks = rank.GroupRanks(group).sumOfRanks;
+        result.totalN = Add32(result.totalN, groupSizes.Of(group));
+        sum += sumOfRanks * sumOfRanks / groupSizes.Of(group);
     }
     const double n = result.totalN;
     const double next = Add32(result.totalN, 1);
@@ -276,84 +227,71 @@ TARNKruskalWOneWay::Result TARNKruskalWOneWay::ComputeH(const std::vector<std::s
 }
 
 void TARNKruskalWOneWay::ComparePairs() {
-    for (std::size_t i = 0; i < mainGroups.size(); ++i) {
-        for (std::size_t j = i + 1; j < mainGroups.size(); ++j) {
-            pairSubsets.push_back(Compare(mainGroups[i], mainGroups[j]));
+    for (std::size_t i = 0; i < activeGroups.size(); ++i) {
+        for (std::size_t j = i + 1; j < activeGroups.size(); ++j) {
+            pairs.push_back(Compare(activeGroups[i], activeGroups[j]));
         }
     }
-    pairwiseActive = false;
+    pairwiseDone = true;
 }
 
 /// Categories without cases count among the samples that the significance is adjusted for.
-PairRecord TARNKruskalWOneWay::Compare(std::size_t a, std::size_t b) const {
-    const double n = mainResult.totalN;
+PairRecord TARNKruskalWOneWay::Compare(std::int32_t a, std::int32_t b) const {
+    const double n = overall.totalN;
     const double standardError =
-        std::sqrt((1.0 / groupCounts[b] + 1.0 / groupCounts[a]) * ((n + 1) * n / 12 - tieSum / (12 * (n - 1))));
-    return MakeNormalPair(static_cast<std::int32_t>(a), static_cast<std::int32_t>(b), MeanRank(a) - MeanRank(b),
-                          standardError, groupCounts.size());
+        std::sqrt((1.0 / groupSizes.Of(b) + 1.0 / groupSizes.Of(a)) * ((n + 1) * n / 12 - tieSum / (12 * (n - 1))));
+    return MakeNormalPair(a, b, MeanRank(a) - MeanRank(b), standardError, static_cast<std::size_t>(categoryCount));
+}
+
+StepwiseComparison::Outcome TARNKruskalWOneWay::ComputeStep(SubsetRecord& range) {
+    const std::vector<std::int32_t> groups(sortedGroups.begin() + range.firstPosition,
+                                           sortedGroups.begin() + range.lastPosition + 1);
+    const Result result = ComputeH(groups, stepRanks[range.firstPosition]);
+    range.statistic = result.statistic;
+    range.sig = result.sig;
+    return StepwiseComparison::Outcome::kComputed;
 }
 
 void TARNKruskalWOneWay::EndStep() {
-    const auto compute = [&](SubsetRecord& subset) {
-        const std::vector<std::size_t> groups(sortedGroups.begin() + subset.firstPosition,
-                                              sortedGroups.begin() + subset.lastPosition + 1);
-        const Result result = ComputeH(groups, stepRanks[subset.firstPosition]);
-        subset.statistic = result.statistic;
-        subset.sig = result.sig;
-        return StepwiseComparison::Outcome::kComputed;
-    };
-    AddMessages(steps.EndPass(sigLevel, compute));
+    SeveralGroups::EndStep();
     for (TARNRank& rank : stepRanks) rank.Reset();
-    if (steps.IsDone()) stepwiseActive = false;
 }
 
 // ---- Element ----
 
 QKXML::XMLElement* TARNKruskalWOneWay::MakeResultElement() {
     ResultElement element(kTestName, ResultType::kHypothesisTest, TestFamily::kIndependentSamples,
-                          Decide(status, sigLevel, mainResult.sig));
+                          Decide(status, sigLevel, overall.sig));
     element.AddCondition(kConditionKey, {IntToString(variableIndex), IntToString(groupVariableIndex)});
     if (element.EndsWithMessages(messages, status)) return element.Release();
 
     StructuredTable statistics = element.AddTable(TableName::kStatisticsResult);
-    statistics.Row(RowName::kTotalN, mainResult.totalN);
-    statistics.Row(RowName::kTestStatistic, TextOrEmpty(mainResult.statistic));
-    statistics.Row(RowName::kDegreeOfFreedom, TextOrEmpty(mainResult.degreesOfFreedom));
-    statistics.Row(RowName::kAsymptoticSig2Tailed, TextOrEmpty(mainResult.sig));
-    AddBoxes(element);
-    if (!pairSubsets.empty()) AddPairwiseResult(element, steps.Rules(), PairedSamples(), pairSubsets);
-    // The search has told of the groups that stand alone; writing them adds no word to that.
-    if (steps.IsDone()) static_cast<void>(AddStepwiseResult(element, steps, Samples(sortedGroups)));
+    statistics.Row(RowName::kTotalN, overall.totalN);
+    statistics.Row(RowName::kTestStatistic, TextOrEmpty(overall.statistic));
+    statistics.Row(RowName::kDegreeOfFreedom, TextOrEmpty(overall.degreesOfFreedom));
+    statistics.Row(RowName::kAsymptoticSig2Tailed, TextOrEmpty(overall.sig));
+    AddBoxes(element, {}, [this](StructuredTable& group, std::size_t place) {
+        group.Row(RowName::kMeanOfRank, MeanRank(activeGroups[place]));
+    });
+    if (HasPairsToShow()) AddPairwiseResult(element, steps.Rules(), PairedSamples(), pairs);
+    AddSteps(element, Samples(sortedGroups));
     return element.Release();
 }
 
-void TARNKruskalWOneWay::AddBoxes(ResultElement& element) const {
-    StructuredTable boxes = element.AddTable(TableName::kBoxPlotInfo);
-    boxes.Row(RowName::kGroupFieldIndex, groupVariableIndex);
-    boxes.Row(RowName::kGroupCount, static_cast<std::int32_t>(groupCounts.size()));
-    for (std::size_t group = 0; group < groupBoxes.size(); ++group) {
-        if (groupCounts[group] == 0) continue;
-        StructuredTable table = boxes.Table(GroupTableName(group));
-        table.Row(RowName::kGroupIndex, static_cast<std::int32_t>(group));
-        table.Row(RowName::kMeanOfRank, MeanRank(group));
-        groupBoxes[group].AddTables(table);
-    }
-}
-
 /// Groups by their categories, with their mean ranks.
-ComparedSamples TARNKruskalWOneWay::Samples(const std::vector<std::size_t>& groups) const {
+ComparedSamples TARNKruskalWOneWay::Samples(const std::vector<std::int32_t>& groups) const {
     std::vector<double> meanRanks;
-    for (const std::size_t group : groups) meanRanks.push_back(MeanRank(group));
-    return {groupVariableIndex, JoinValues(std::vector<double>(groups.begin(), groups.end())), JoinValues(meanRanks)};
+    for (const std::int32_t group : groups) meanRanks.push_back(MeanRank(group));
+    return {groupVariableIndex, JoinValues(groups), JoinValues(meanRanks)};
 }
 
 /// The same of the groups whose pairs are compared; one of negative weight has no mean rank here.
 ComparedSamples TARNKruskalWOneWay::PairedSamples() const {
-    ComparedSamples samples = Samples(mainGroups);
+    ComparedSamples samples = Samples(activeGroups);
     samples.orderValues.clear();
-    for (const std::size_t group : mainGroups) {
-        if (group != mainGroups.front()) samples.orderValues += ";";
-        if (groupCounts[group] > 0) samples.orderValues += DoubleToString(MeanRank(group));
+    for (const std::int32_t group : activeGroups) {
+        if (group != activeGroups.front()) samples.orderValues += ";";
+        if (groupSizes.Of(group) > 0) samples.orderValues += DoubleToString(MeanRank(group));
     }
     return samples;
 }
