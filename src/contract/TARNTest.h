@@ -9,6 +9,7 @@
 #include "platform/common/Record.h"
 #include "support/TestMessage.h"
 #include "support/UnivariateResults.h"
+#include "vocabulary/DefaultLevels.h"
 
 /// The base of all tests: one object per requested test and its fields. A worker drives it through passes over the
 /// data in this order: `SetUnivariateResults`; then per pass `BeginPass`, `GetUsedVariables`, `ProcessRecord` for

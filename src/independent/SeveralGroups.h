@@ -140,7 +140,7 @@ class SeveralGroups : public TARNTest {
     int weightIndex = -1;
     int variableIndex = -1;
     int groupVariableIndex = -1;
-    double sigLevel = 0.05;
+    double sigLevel = kDefaultSigLevel;
     std::int32_t categoryCount = 0;
     Phase phase = Phase::kOverall;
     int overallPass = kSizesPass;

@@ -31,7 +31,7 @@ class TARNHodgesLehmannTwoIndep : public TARNTest {
     QKStatus Estimate();
 
     UnivariateResults* univariateResults = nullptr;
-    double confidenceLevel = 0.95;
+    double confidenceLevel = kDefaultConfidenceLevel;
     TwoGroups groups;
     int variableIndex = -1;
     int groupVariableIndex = -1;

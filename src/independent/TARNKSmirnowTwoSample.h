@@ -49,7 +49,7 @@ class TARNKSmirnowTwoSample : public TARNTest {
     int groupVariableIndex = -1;
     TwoGroups groups{{0}, {1}};
     bool userSpecifyGroupList = false;
-    double sigLevel = 0.05;
+    double sigLevel = kDefaultSigLevel;
     std::array<Sample, 2> samples;
     ExtremeDifferences extremes;
     /// Of the run in hand.

@@ -33,7 +33,7 @@ class TARNMannWU : public TARNTest {
     int variableIndex = -1;
     int groupVariableIndex = -1;
     TwoGroups groups;
-    double sigLevel = 0.05;
+    double sigLevel = kDefaultSigLevel;
     UnivariateResults* univariateResults = nullptr;
     int passCounter = 0;
     TARNRank rank;

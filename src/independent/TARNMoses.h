@@ -42,7 +42,7 @@ class TARNMoses : public TARNTest {
     int groupVariableIndex = -1;
     UnivariateResults* univariateResults = nullptr;
     TwoGroups groups;
-    double sigLevel = 0.05;
+    double sigLevel = kDefaultSigLevel;
     bool userSpecifyNumberOfOutliers = false;
     int passCounter = 0;
     TARNRank rank;

@@ -50,7 +50,7 @@ class TARNWaldWolfRuns : public TARNTest {
     void AddResult(StructuredTable& statistics, const char* name, const RunsResult& result) const;
 
     UnivariateResults* univariateResults = nullptr;
-    double sigLevel = 0.05;
+    double sigLevel = kDefaultSigLevel;
     bool twoCategoryLists = false;
     TwoGroups groups;
     int variableIndex = -1;

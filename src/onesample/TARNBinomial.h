@@ -33,7 +33,7 @@ class TARNBinomial : public TARNTest {
     void AddCondition(ResultElement& element) const;
 
     UnivariateResults* univariateResults = nullptr;
-    double sigLevel = 0.05;
+    double sigLevel = kDefaultSigLevel;
     double testProbability = 0.5;
     BinaryClasses classes;
     std::int32_t firstCount = 0;

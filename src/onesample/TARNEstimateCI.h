@@ -33,7 +33,7 @@ class TARNEstimateCI : public TARNTest {
     bool isDoClopperPearson = false;
     bool isDoJeffreys = false;
     bool isDoProfileLikelihood = false;
-    double confidenceLevel = 0.95;
+    double confidenceLevel = kDefaultConfidenceLevel;
     ProportionCounts counts;
     ProportionInterval clopperPearson;
     ProportionInterval jeffreys;

@@ -48,7 +48,7 @@ class TARNKSmirnowOneSample : public TARNTest {
     /// Of the values refused in the first pass: whether there is any, and their weight.
     bool hasOutliers = false;
     std::int32_t outlierWeight = 0;
-    double sigLevel = 0.05;
+    double sigLevel = kDefaultSigLevel;
     DistributionEstimates estimates;
     std::int32_t totalN = 0;
     DifferenceWalk walk;

@@ -54,7 +54,7 @@ class TARNRuns : public TARNTest {
     int weightVariableIndex = -1;
     double standardTestStatistic = 0;
     double asymptoticSig = 0;
-    double sigLevel = 0.05;
+    double sigLevel = kDefaultSigLevel;
     double standardError = QKMV::Missing();
     std::int32_t totalN = 0;
 };

@@ -39,7 +39,7 @@ class TARNWilcoxonSR : public TARNTest {
     /// The hypothesized median.
     double testValue = 0;
     double observedMedian = 0;
-    double sigLevel = 0.05;
+    double sigLevel = kDefaultSigLevel;
     UnivariateResults* univariateResults = nullptr;
     QKContUnivariateVariable values{-1, -1};
     double minValue = std::numeric_limits<double>::max();

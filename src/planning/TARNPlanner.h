@@ -15,6 +15,7 @@
 #include "records/InitialDataReader.h"
 #include "records/TARNSortedDataSet.h"
 #include "support/UnivariateCollector.h"
+#include "vocabulary/DefaultLevels.h"
 
 /// The engine's algorithm: turns the execution settings into tests, divides them among workers, runs the passes,
 /// keeps the result elements and writes the result document. `Run` is the main sequence of the engine and reads
@@ -88,7 +89,7 @@ class TARNPlanner : public IQKAlgorithm, private TARNPlan {
     int weightIndex = -1;
     bool hasWeight = false;
     bool analysisMissing = true;
-    double sigLevel = 0.05;
-    double confidenceLevel = 0.95;
+    double sigLevel = kDefaultSigLevel;
+    double confidenceLevel = kDefaultConfidenceLevel;
     TARNVariableInfo variableInfo;
 };

@@ -74,7 +74,7 @@ class RankedRows : public TARNTest {
     void AddFields(ResultElement& element) const;
 
     const RankedRowsTest& kind;
-    double sigLevel = 0.05;
+    double sigLevel = kDefaultSigLevel;
     std::vector<int> variableIndices;
     int weightVariableIndex = -1;
     std::vector<double> row;

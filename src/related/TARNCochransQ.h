@@ -48,7 +48,7 @@ class TARNCochransQ : public TARNTest {
     std::vector<int> variableIndices;
     std::vector<double> successListNum;
     std::vector<std::string> successListStr;
-    double sigLevel = 0.05;
+    double sigLevel = kDefaultSigLevel;
     ComparisonRequest comparison;
     bool pairwiseDone = false;
     bool userSpecifyGroupList = false;

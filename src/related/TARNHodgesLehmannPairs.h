@@ -31,7 +31,7 @@ class TARNHodgesLehmannPairs : public TARNTest {
     int weightVariableIndex = -1;
     int firstVariableIndex = -1;
     int secondVariableIndex = -1;
-    double confidenceLevel = 0.95;
+    double confidenceLevel = kDefaultConfidenceLevel;
     std::int32_t positiveCount = 0;
     std::int32_t negativeCount = 0;
     std::int32_t tieCount = 0;

@@ -63,7 +63,7 @@ class TARNMargHomo : public TARNTest {
     std::vector<double> scores;
     /// Joint counts: a row per category of the first field, a column per the same category of the second.
     std::vector<std::vector<std::int32_t>> cells;
-    double sigLevel = 0.05;
+    double sigLevel = kDefaultSigLevel;
     double testStatistic = 0;
     double expectedStatistic = 0;
     double variance = 0;

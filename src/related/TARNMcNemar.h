@@ -44,7 +44,7 @@ class TARNMcNemar : public TARNTest {
     int weightVariableIndex = -1;
     int firstVariableIndex = -1;
     int secondVariableIndex = -1;
-    double sigLevel = 0.05;
+    double sigLevel = kDefaultSigLevel;
     std::int32_t failSuccessCount = 0;
     std::int32_t successFailCount = 0;
     std::int32_t bothSuccessCount = 0;

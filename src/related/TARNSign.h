@@ -30,7 +30,7 @@ class TARNSign : public TARNTest {
     int weightVariableIndex = -1;
     int firstVariableIndex = -1;
     int secondVariableIndex = -1;
-    double sigLevel = 0.05;
+    double sigLevel = kDefaultSigLevel;
     std::int32_t totalN = 0;
     std::int32_t positiveCount = 0;
     std::int32_t negativeCount = 0;

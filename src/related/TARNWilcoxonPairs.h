@@ -28,7 +28,7 @@ class TARNWilcoxonPairs : public TARNTest {
     void EndRanking();
     std::int32_t TotalN() const;
 
-    double sigLevel = 0.05;
+    double sigLevel = kDefaultSigLevel;
     int weightVariableIndex = -1;
     int firstVariableIndex = -1;
     int secondVariableIndex = -1;

@@ -6,6 +6,7 @@
 #include "contract/TARNVariableInfo.h"
 #include "selection/TARNAutoSelect.h"
 #include "support/QKVecValue.h"
+#include "vocabulary/DefaultLevels.h"
 #include "vocabulary/EntryVocabulary.h"
 #include "vocabulary/RequestKeys.h"
 #include "vocabulary/SettingKeys.h"
@@ -13,8 +14,6 @@
 
 namespace {
 
-constexpr double kDefaultSigLevel = 0.05;
-constexpr double kDefaultConfidenceLevel = 0.95;
 constexpr double kPercent = 100;
 
 /// The one chooser of the component's life; it keeps nothing between calls.
@@ -72,7 +71,7 @@ void TARNSettingsExpansion::ReadGlobalKey(const std::string& key) {
         executionSettings->AddSetting(key, level);
     } else if (key == SettingKey::kConfidenceLevel) {
         // The default is divided like a percentage, so a level that is no number becomes 0.0095. Requests without the
-        // key never come here: the planner's own default is 0.95.
+        // key never come here: the planner takes the default as it is.
         double percentage = kDefaultConfidenceLevel;
         modelSettings->GetSettingValByName(key, percentage);
         executionSettings->AddSetting(key, percentage / kPercent);
