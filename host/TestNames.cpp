@@ -9,30 +9,18 @@ namespace {
 
 using enum TestFamily;
 
-// Tests that want their field sorted come first in a family: the engine has a median only once one of them is planned.
-constexpr std::array kNames{
-    TestName{kOneSample, "kolmogorov-smirnov", "OKolmogorovSmirnov"},
-    TestName{kOneSample, "binomial", "OBinomial"},
-    TestName{kOneSample, "chi-square", "OChiSquare"},
-    TestName{kOneSample, "runs", "ORuns"},
-    TestName{kOneSample, "wilcoxon", "OWilcoxonSignedRanks"},
-    TestName{kRelated, "sign", "RSign"},
-    TestName{kRelated, "wilcoxon", "RWilcoxonSignedRanks"},
-    TestName{kRelated, "hodges-lehmann", "RHodgesLehmannEstimatePairs"},
-    TestName{kRelated, "friedman", "RFriedmansTwoWayByRanks"},
-    TestName{kRelated, "kendall", "RKendallsCoefficient"},
-    TestName{kRelated, "mcnemar", "RMcNemar"},
-    TestName{kRelated, "cochran", "RCochransQ"},
-    TestName{kRelated, "marginal-homogeneity", "RMarginalHomogeneity"},
-    TestName{kIndependent, "mann-whitney", "IMannWhitneyU"},
-    TestName{kIndependent, "kolmogorov-smirnov", "IKolmogorovSmirnov"},
-    TestName{kIndependent, "wald-wolfowitz", "IWaldWolfowitzRuns"},
-    TestName{kIndependent, "moses", "IMoses"},
-    TestName{kIndependent, "hodges-lehmann", "IHodgesLehmannEstimateIndependent", "IHodgesLehmannEstimateGroups"},
-    TestName{kIndependent, "kruskal-wallis", "IKruskalWallis"},
-    TestName{kIndependent, "jonckheere", "IJonckheereTerpstra"},
-    TestName{kIndependent, "median", "IKMedian", "IMedian"},
-};
+constexpr bool HasName(const TestFacts* test) {
+    return !test->userName.empty();
+}
+
+constexpr auto kNames = [] {
+    std::array<TestName, std::ranges::count_if(Tests::kAll, HasName)> names{};
+    auto name = names.begin();
+    for (const TestFacts* const test : Tests::kAll) {
+        if (HasName(test)) *name++ = {test->family, test->userName, test->requestName, test->resultName};
+    }
+    return names;
+}();
 
 }  // namespace
 

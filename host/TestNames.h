@@ -4,22 +4,23 @@
 #include <string_view>
 
 #include "host/NearestNames.h"  // for those who look for a test and find none of the name
+#include "vocabulary/TestFacts.h"
 
 namespace tarn {
 
-enum class TestFamily { kOneSample, kRelated, kIndependent };
+using ::TestFamily;
 
 /// One test as a user names it. A name may stand in two families ("wilcoxon"); the fields then tell which is meant.
 struct TestName {
     TestFamily family;
     std::string_view name;
-    /// The key of the test in a request.
+    /// The key of the test in a request; of a test with several how they begin.
     std::string_view requestKey;
     /// Its name in the result document, by which the texts know it.
-    std::string_view resultName = requestKey;
+    std::string_view resultName;
 };
 
-/// All tests, family by family, in the order in which a request lists them.
+/// All tests that a user can name, family by family, in the order in which a request lists them.
 std::span<const TestName> TestNames();
 
 /// The name of a family as a heading.

@@ -77,10 +77,7 @@ std::vector<std::string> NotesOn(const Table& table, const AnalysisOptions& opti
 AskedOrder OrderOf(const AnalysisOptions& options) {
     AskedOrder order;
     for (const TestFamily family : options.familyOrder) {
-        const char* const classification = family == TestFamily::kOneSample ? "One_Sample"
-                                           : family == TestFamily::kRelated ? "Related_Samples"
-                                                                            : "Independent_Samples";
-        order.families.push_back({classification, FieldsOf(family, options)});
+        order.families.push_back({FamilyNameOf(family), FieldsOf(family, options)});
     }
     for (const std::string& name : options.tests) {
         for (const TestName& test : TestNames()) {

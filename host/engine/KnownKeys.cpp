@@ -100,8 +100,6 @@ constexpr std::string_view kStdDev = "stdDev";
 constexpr std::string_view kMin = "min";
 constexpr std::string_view kMax = "max";
 constexpr std::array kAnyDistribution{
-    kVariableName,
-    kOrigin,
     KnownKey{"isUseSample", kFlag},
     KnownKey{"distributionFunction", kText, kWritten},
 };
@@ -142,24 +140,66 @@ constexpr std::array kMedian{
 
 using Keys = std::span<const KnownKey>;
 
-/// The names of a test for a user and in a request stand in `TestNames`. The four tests that share one entry there have
-/// the name of their distribution at the end of their own.
-KnownTest Test(std::string_view planName, Keys fields, Keys own = {}, Keys more = {}) {
-    KnownTest test{planName, "", "", TestFamily::kOneSample, {}};
-    const auto names = TestNames();
-    const auto name = std::ranges::find_if(
-        names, [&](const TestName& candidate) { return planName.starts_with(candidate.resultName); });
-    if (name != names.end()) {
-        const std::string_view distribution = planName.substr(name->resultName.size());
-        test.requestName = distribution.empty() ? name->requestKey : planName;
-        test.userName = name->name;
-        if (!distribution.empty()) test.userName += '-';
-        for (const char c : distribution) test.userName += static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
-        test.family = name->family;
+/// The keys of a test that its family doesn't have. Where it compares samples the key of that is among them.
+struct OwnKeys {
+    std::string_view setting;
+    Keys keys;
+    Keys more = {};
+};
+constexpr std::array kOwnKeys{
+    OwnKeys{Tests::kBinomial.Setting(), kTwoClasses, kBinomial},
+    OwnKeys{Tests::kProportionIntervals.Setting(), kTwoClasses, kConfidenceIntervals},
+    OwnKeys{Tests::kChiSquare.Setting(), kChiSquare},
+    OwnKeys{Tests::kRuns.Setting(), kTwoClasses, kRuns},
+    OwnKeys{KolmogorovSmirnovSetting::kNormal, kAnyDistribution, kNormal},
+    OwnKeys{KolmogorovSmirnovSetting::kUniform, kAnyDistribution, kUniform},
+    OwnKeys{KolmogorovSmirnovSetting::kPoisson, kAnyDistribution, kMeanAlone},
+    OwnKeys{KolmogorovSmirnovSetting::kExponential, kAnyDistribution, kMeanAlone},
+    OwnKeys{Tests::kWilcoxonOneSample.Setting(), kWilcoxonOneSample},
+    OwnKeys{Tests::kMcNemar.Setting(), kMcNemar},
+    OwnKeys{Tests::kCochran.Setting(), kCochran},
+    OwnKeys{Tests::kMannWhitney.Setting(), kMannWhitney},
+    OwnKeys{Tests::kWaldWolfowitz.Setting(), kWaldWolfowitz},
+    OwnKeys{Tests::kMoses.Setting(), kMoses},
+    OwnKeys{Tests::kJonckheereTerpstra.Setting(), kJonckheere},
+    OwnKeys{Tests::kMedian.Setting(), kMedian},
+};
+
+/// The keys by which an entry of the family names its fields. A field of numbers may be the copy of another one.
+Keys FieldKeysOf(const TestFacts& facts) {
+    const bool mayBeCopy = facts.takes == FieldsTaken::kNumbers;
+    switch (facts.family) {
+        case TestFamily::kOneSample:
+            return mayBeCopy ? Keys(kOneFieldOrCopy) : Keys(kOneField);
+        case TestFamily::kRelated:
+            return mayBeCopy ? Keys(kFieldsOrCopies) : Keys(kFields);
+        case TestFamily::kIndependent:
+            return kFieldAndGroup;
     }
-    for (const Keys keys : {fields, own, more, Keys(kEveryTest)}) {
-        test.keys.insert(test.keys.end(), keys.begin(), keys.end());
+    return {};
+}
+
+/// A test with several settings, one for each distribution, has the name of that behind its own in each of them.
+KnownTest KnownTestOf(const TestFacts& facts, std::string_view setting) {
+    const bool isOneOfSeveral = !facts.severalSettings.empty();
+    KnownTest test{
+        setting, isOneOfSeveral ? setting : facts.requestName, std::string(facts.userName), facts.family, {}};
+    if (isOneOfSeveral) {
+        test.userName += '-';
+        for (const char c : setting.substr(facts.resultName.size())) {
+            test.userName += static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
+        }
     }
+    const auto add = [&](Keys keys) { test.keys.insert(test.keys.end(), keys.begin(), keys.end()); };
+    add(FieldKeysOf(facts));
+    const auto own = std::ranges::find(kOwnKeys, setting, &OwnKeys::setting);
+    if (own != kOwnKeys.end()) {
+        add(own->keys);
+        add(own->more);
+    } else if (facts.comparesSamples) {
+        add(kComparison);
+    }
+    add(kEveryTest);
     return test;
 }
 
@@ -176,33 +216,13 @@ std::span<const KnownKey> KnownTopKeys() {
 }
 
 std::span<const KnownTest> KnownTests() {
-    static const std::vector<KnownTest> kTests{
-        Test("OBinomial", kOneField, kTwoClasses, kBinomial),
-        Test("OEstimateConfidenceInterval", kOneField, kTwoClasses, kConfidenceIntervals),
-        Test("OChiSquare", kOneField, kChiSquare),
-        Test("ORuns", kOneField, kTwoClasses, kRuns),
-        Test("OKolmogorovSmirnovNormal", kAnyDistribution, kNormal),
-        Test("OKolmogorovSmirnovUniform", kAnyDistribution, kUniform),
-        Test("OKolmogorovSmirnovPoisson", kAnyDistribution, kMeanAlone),
-        Test("OKolmogorovSmirnovExponential", kAnyDistribution, kMeanAlone),
-        Test("OWilcoxonSignedRanks", kOneFieldOrCopy, kWilcoxonOneSample),
-        Test("RSign", kFieldsOrCopies),
-        Test("RWilcoxonSignedRanks", kFieldsOrCopies),
-        Test("RHodgesLehmannEstimatePairs", kFieldsOrCopies),
-        Test("RFriedmansTwoWayByRanks", kFieldsOrCopies, kComparison),
-        Test("RKendallsCoefficient", kFieldsOrCopies, kComparison),
-        Test("RMcNemar", kFields, kMcNemar),
-        Test("RCochransQ", kFields, kCochran),
-        Test("RMarginalHomogeneity", kFields),
-        Test("IMannWhitneyU", kFieldAndGroup, kMannWhitney),
-        Test("IKolmogorovSmirnov", kFieldAndGroup),
-        Test("IWaldWolfowitzRuns", kFieldAndGroup, kWaldWolfowitz),
-        Test("IMoses", kFieldAndGroup, kMoses),
-        Test("IHodgesLehmannEstimateGroups", kFieldAndGroup),
-        Test("IKruskalWallis", kFieldAndGroup, kComparison),
-        Test("IJonckheereTerpstra", kFieldAndGroup, kJonckheere),
-        Test("IMedian", kFieldAndGroup, kMedian),
-    };
+    static const std::vector<KnownTest> kTests = [] {
+        std::vector<KnownTest> tests;
+        for (const TestFacts* const facts : Tests::kAll) {
+            for (const std::string_view setting : facts->Settings()) tests.push_back(KnownTestOf(*facts, setting));
+        }
+        return tests;
+    }();
     return kTests;
 }
 

@@ -25,36 +25,50 @@
 #include "related/TARNMcNemar.h"
 #include "related/TARNSign.h"
 #include "related/TARNWilcoxonPairs.h"
+#include "vocabulary/TestFacts.h"
 
 namespace {
 
 constexpr std::array kCatalog{
-    TARNTestRow{"ORuns", PlanRuns},
-    TARNTestRow{"OChiSquare", PlanChiSquare},
-    TARNTestRow{"OKolmogorovSmirnovNormal", PlanKSmirnowNormal},
-    TARNTestRow{"OKolmogorovSmirnovUniform", PlanKSmirnowUniform},
-    TARNTestRow{"OKolmogorovSmirnovPoisson", PlanKSmirnowPoisson},
-    TARNTestRow{"OKolmogorovSmirnovExponential", PlanKSmirnowExponential},
-    TARNTestRow{"IMannWhitneyU", PlanMannWU},
-    TARNTestRow{"OWilcoxonSignedRanks", PlanWilcoxonSR},
-    TARNTestRow{"RSign", PlanSign},
-    TARNTestRow{"RWilcoxonSignedRanks", PlanWilcoxonPairs},
-    TARNTestRow{"IMoses", PlanMoses},
-    TARNTestRow{"RCochransQ", PlanCochransQ},
-    TARNTestRow{"OBinomial", PlanBinomial},
-    TARNTestRow{"IWaldWolfowitzRuns", PlanWaldWolfRuns},
-    TARNTestRow{"OEstimateConfidenceInterval", PlanEstimateCI},
-    TARNTestRow{"RMcNemar", PlanMcNemar},
-    TARNTestRow{"RMarginalHomogeneity", PlanMargHomo},
-    TARNTestRow{"RFriedmansTwoWayByRanks", PlanFriedman},
-    TARNTestRow{"RKendallsCoefficient", PlanKendallsW},
-    TARNTestRow{"IKolmogorovSmirnov", PlanKSmirnowTwoSample},
-    TARNTestRow{"IKruskalWallis", PlanKruskalWOneWay},
-    TARNTestRow{"IJonckheereTerpstra", PlanJonckTer},
-    TARNTestRow{"IMedian", PlanKSMedian},
-    TARNTestRow{"RHodgesLehmannEstimatePairs", PlanHodgesLehmannPairs},
-    TARNTestRow{"IHodgesLehmannEstimateGroups", PlanHodgesLehmannTwoIndep},
+    TARNTestRow{Tests::kRuns.Setting(), PlanRuns},
+    TARNTestRow{Tests::kChiSquare.Setting(), PlanChiSquare},
+    TARNTestRow{KolmogorovSmirnovSetting::kNormal, PlanKSmirnowNormal},
+    TARNTestRow{KolmogorovSmirnovSetting::kUniform, PlanKSmirnowUniform},
+    TARNTestRow{KolmogorovSmirnovSetting::kPoisson, PlanKSmirnowPoisson},
+    TARNTestRow{KolmogorovSmirnovSetting::kExponential, PlanKSmirnowExponential},
+    TARNTestRow{Tests::kMannWhitney.Setting(), PlanMannWU},
+    TARNTestRow{Tests::kWilcoxonOneSample.Setting(), PlanWilcoxonSR},
+    TARNTestRow{Tests::kSign.Setting(), PlanSign},
+    TARNTestRow{Tests::kWilcoxonPairs.Setting(), PlanWilcoxonPairs},
+    TARNTestRow{Tests::kMoses.Setting(), PlanMoses},
+    TARNTestRow{Tests::kCochran.Setting(), PlanCochransQ},
+    TARNTestRow{Tests::kBinomial.Setting(), PlanBinomial},
+    TARNTestRow{Tests::kWaldWolfowitz.Setting(), PlanWaldWolfRuns},
+    TARNTestRow{Tests::kProportionIntervals.Setting(), PlanEstimateCI},
+    TARNTestRow{Tests::kMcNemar.Setting(), PlanMcNemar},
+    TARNTestRow{Tests::kMarginalHomogeneity.Setting(), PlanMargHomo},
+    TARNTestRow{Tests::kFriedman.Setting(), PlanFriedman},
+    TARNTestRow{Tests::kKendall.Setting(), PlanKendallsW},
+    TARNTestRow{Tests::kKolmogorovSmirnovTwoSample.Setting(), PlanKSmirnowTwoSample},
+    TARNTestRow{Tests::kKruskalWallis.Setting(), PlanKruskalWOneWay},
+    TARNTestRow{Tests::kJonckheereTerpstra.Setting(), PlanJonckTer},
+    TARNTestRow{Tests::kMedian.Setting(), PlanKSMedian},
+    TARNTestRow{Tests::kHodgesLehmannPairs.Setting(), PlanHodgesLehmannPairs},
+    TARNTestRow{Tests::kHodgesLehmannGroups.Setting(), PlanHodgesLehmannTwoIndep},
 };
+
+/// Whether each setting of each test has one row, and no row stands for anything else.
+consteval bool HasEachSettingOnce() {
+    std::size_t settings = 0;
+    for (const TestFacts* const test : Tests::kAll) {
+        for (const std::string_view setting : test->Settings()) {
+            ++settings;
+            if (std::ranges::count(kCatalog, setting, &TARNTestRow::settingName) != 1) return false;
+        }
+    }
+    return settings == kCatalog.size();
+}
+static_assert(HasEachSettingOnce(), "the dispatch table and the facts of the tests differ");
 
 }  // namespace
 

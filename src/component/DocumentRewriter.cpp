@@ -7,7 +7,7 @@
 #include "component/FieldReferences.h"
 #include "platform/peer/QKPMMLExporter.h"
 #include "support/TextMakers.h"
-#include "vocabulary/ResultVocabulary.h"
+#include "vocabulary/ResultKeys.h"
 
 using HxCppHelperV1::XMLDocument;
 using HxCppHelperV1::XMLElement;

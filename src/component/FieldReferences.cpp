@@ -1,11 +1,11 @@
 #include "component/FieldReferences.h"
 
-#include <algorithm>
 #include <span>
 #include <string>
 #include <vector>
 
-#include "vocabulary/ResultVocabulary.h"
+#include "vocabulary/ResultKeys.h"
+#include "vocabulary/TestFacts.h"
 
 using HxCppHelperV1::XMLElement;
 using HxCppHelperV1::XMLElementIterator;
@@ -39,45 +39,29 @@ constexpr Place kPairwiseSamples{PlaceKind::kRecordPositions, TableName::kPairwi
 constexpr Place kStepwiseSamples{PlaceKind::kRecordPositions, TableName::kStepwiseResult, TableName::kStepwiseInfo};
 constexpr Place kClassesOfSamples{PlaceKind::kRowNames, TableName::kTwoClassComparison, TableName::kContent};
 
-constexpr Place kMosesPlaces[] = {kBoxPlots};
-constexpr Place kGroupsPlaces[] = {kBoxPlots, kPairwiseField, kStepwiseField};
+constexpr Place kGroupsPlaces[] = {kBoxPlots};
+constexpr Place kComparedGroupsPlaces[] = {kBoxPlots, kPairwiseField, kStepwiseField};
 constexpr Place kPairPlaces[] = {kComparedRows, kComparedColumns};
 constexpr Place kRelatedPlaces[] = {kSamples, kPairwiseSamples, kStepwiseSamples};
-constexpr Place kCochranPlaces[] = {kSamples, kPairwiseSamples, kStepwiseSamples, kClassesOfSamples};
+constexpr Place kRelatedClassesPlaces[] = {kSamples, kPairwiseSamples, kStepwiseSamples, kClassesOfSamples};
 
-constexpr const char* kFirstParameter[] = {"%0"};
-constexpr const char* kTwoParameters[] = {"%0", "%1"};
+std::span<const Place> PlacesOf(const TestFacts& test) {
+    if (test.family == TestFamily::kIndependent) {
+        if (!test.hasBoxPlots) return {};
+        return test.comparesSamples ? std::span<const Place>(kComparedGroupsPlaces) : kGroupsPlaces;
+    }
+    if (test.family != TestFamily::kRelated) return {};
+    if (test.fieldCount == FieldCount::kPair) return kPairPlaces;
+    return test.takes == FieldsTaken::kNumbers ? std::span<const Place>(kRelatedPlaces) : kRelatedClassesPlaces;
+}
 
-struct Algorithm {
-    const char* name;
-    std::span<const char* const> conditionRows;
-    std::span<const Place> places;
-};
-
-// The proportion intervals are not here: documents show their indices as the execution counts the fields.
-const Algorithm kAlgorithms[] = {
-    {"OKolmogorovSmirnov", kFirstParameter, {}},
-    {"OWilcoxonSignedRanks", kFirstParameter, {}},
-    {"OBinomial", kFirstParameter, {}},
-    {"OChiSquare", kFirstParameter, {}},
-    {"ORuns", kFirstParameter, {}},
-    {"IMannWhitneyU", kTwoParameters, {}},
-    {"IKolmogorovSmirnov", kTwoParameters, {}},
-    {"IWaldWolfowitzRuns", kTwoParameters, {}},
-    {"IMoses", kTwoParameters, kMosesPlaces},
-    {"IHodgesLehmannEstimateGroups", kTwoParameters, {}},
-    {"IKruskalWallis", kTwoParameters, kGroupsPlaces},
-    {"IJonckheereTerpstra", kTwoParameters, kGroupsPlaces},
-    {"IMedian", kTwoParameters, kGroupsPlaces},
-    {"RSign", kTwoParameters, kPairPlaces},
-    {"RWilcoxonSignedRanks", kTwoParameters, kPairPlaces},
-    {"RHodgesLehmannEstimatePairs", kTwoParameters, kPairPlaces},
-    {"RMcNemar", kTwoParameters, kPairPlaces},
-    {"RMarginalHomogeneity", kTwoParameters, kPairPlaces},
-    {"RFriedmansTwoWayByRanks", kFirstParameter, kRelatedPlaces},
-    {"RKendallsCoefficient", kFirstParameter, kRelatedPlaces},
-    {"RCochransQ", kFirstParameter, kCochranPlaces},
-};
+std::vector<int> FieldParametersOf(const TestFacts& test) {
+    std::vector<int> positions{test.condition.fields};
+    for (const int position : {test.condition.secondField, test.condition.groupField}) {
+        if (position != ConditionParameters::kNone) positions.push_back(position);
+    }
+    return positions;
+}
 
 // ---- Replacing ----
 
@@ -142,10 +126,11 @@ void RenumberPlace(const XMLElement& algorithm, const Place& place, const Public
     }
 }
 
-void RenumberCondition(XMLElement condition, std::span<const char* const> rows, const PublicFields& fields) {
+void RenumberCondition(XMLElement condition, const TestFacts& test, const PublicFields& fields) {
     std::string copies;
-    for (const char* row : rows) {
-        const std::string more = RenumberRow(condition, row, fields);
+    for (const int position : FieldParametersOf(test)) {
+        const std::string row = "%" + std::to_string(position);
+        const std::string more = RenumberRow(condition, row.c_str(), fields);
         if (!more.empty()) copies += (copies.empty() ? "" : ";") + more;
     }
     if (copies.empty()) return;
@@ -157,12 +142,11 @@ void RenumberCondition(XMLElement condition, std::span<const char* const> rows, 
 }  // namespace
 
 void RenumberReferences(XMLElement algorithm, const PublicFields& fields) {
-    const std::string name = algorithm.getAttribute(ElementAttribute::kName);
-    const auto* known = std::find_if(std::begin(kAlgorithms), std::end(kAlgorithms),
-                                     [&](const Algorithm& candidate) { return name == candidate.name; });
-    if (known == std::end(kAlgorithms)) return;
+    const TestFacts* const test = Tests::OfResult(algorithm.getAttribute(ElementAttribute::kName));
+    // Of the proportion intervals documents show the indices as the execution counts the fields.
+    if (test == nullptr || test == &Tests::kProportionIntervals) return;
     for (const XMLElement& condition : ChildrenNamed(algorithm, Element::kStructuredTable, TableName::kCondition)) {
-        RenumberCondition(condition, known->conditionRows, fields);
+        RenumberCondition(condition, *test, fields);
     }
-    for (const Place& place : known->places) RenumberPlace(algorithm, place, fields);
+    for (const Place& place : PlacesOf(*test)) RenumberPlace(algorithm, place, fields);
 }

@@ -24,10 +24,10 @@
 #include "support/ResultElements.h"
 #include "vocabulary/SettingKeys.h"
 #include "vocabulary/StatusCodes.h"
+#include "vocabulary/TestFacts.h"
 
 namespace {
 
-constexpr const char* kTestName = "IHodgesLehmannEstimateGroups";
 constexpr const char* kConditionKey = "AllDistinctValuesUsed_I_HodgesLehman_2";
 /// Of the vocabulary; groups can't be given, so that nothing writes it.
 [[maybe_unused]] constexpr const char* kConditionOfLists = "CategoryListsAreSpecified_I_HodgesLehman_2";
@@ -162,8 +162,7 @@ QKStatus TARNHodgesLehmannTwoIndep::Estimate() {
 // ---- Element ----
 
 QKXML::XMLElement* TARNHodgesLehmannTwoIndep::MakeResultElement() {
-    ResultElement element(kTestName, ResultType::kConfidenceInterval, TestFamily::kIndependentSamples,
-                          Decision::kUnknown);
+    ResultElement element(Tests::kHodgesLehmannGroups, Decision::kUnknown);
     element.AddCondition(kConditionKey, {IntToString(variableIndex), IntToString(groupVariableIndex)});
     if (element.EndsWithMessages(messages, status)) return element.Release();
 

@@ -21,10 +21,10 @@
 #include "support/Significance.h"
 #include "vocabulary/SettingKeys.h"
 #include "vocabulary/StatusCodes.h"
+#include "vocabulary/TestFacts.h"
 
 namespace {
 
-constexpr const char* kTestName = "IJonckheereTerpstra";
 constexpr const char* kConditionKey = "DefaultAllDistinctValuesUsed_I_JonckheereTerpstra_2";
 /// Of the vocabulary, its blank included; groups can't be given, so that nothing writes it.
 [[maybe_unused]] constexpr const char* kConditionOfLists = "CategoryListsAreSpecified_I_JonckheereTerpstra_2 ";
@@ -215,8 +215,7 @@ bool TARNJonckTer::Judge(JonckheereSubset& subset) {
 // ---- Element ----
 
 QKXML::XMLElement* TARNJonckTer::MakeResultElement() {
-    ResultElement element(kTestName, ResultType::kHypothesisTest, TestFamily::kIndependentSamples,
-                          Decide(status, sigLevel, overall.sigTwoTail));
+    ResultElement element(Tests::kJonckheereTerpstra, Decide(status, sigLevel, overall.sigTwoTail));
     element.AddCondition(kConditionKey, {IntToString(variableIndex), IntToString(groupVariableIndex)});
     if (element.EndsWithMessages(messages, status)) return element.Release();
 

@@ -18,10 +18,10 @@
 #include "support/CaseWeight.h"
 #include "vocabulary/SettingKeys.h"
 #include "vocabulary/StatusCodes.h"
+#include "vocabulary/TestFacts.h"
 
 namespace {
 
-constexpr const char* kTestName = "IMedian";
 constexpr const char* kConditionOfData = "DefaultAllDistinctValuesUsed_I_Median_2";
 constexpr const char* kConditionOfGivenMedian = "CategoryListsAreSpecified_I_Median_2";
 
@@ -249,8 +249,7 @@ double TARNKSMedian::DecidingSig() const {
 // ---- Element ----
 
 QKXML::XMLElement* TARNKSMedian::MakeResultElement() {
-    ResultElement element(kTestName, ResultType::kHypothesisTest, TestFamily::kIndependentSamples,
-                          Decide(status, sigLevel, DecidingSig()));
+    ResultElement element(Tests::kMedian, Decide(status, sigLevel, DecidingSig()));
     element.AddCondition(userSpecifyMedian ? kConditionOfGivenMedian : kConditionOfData,
                          {IntToString(variableIndex), IntToString(groupVariableIndex)});
     if (element.EndsWithMessages(messages, status)) return element.Release();

@@ -20,10 +20,10 @@
 #include "support/CaseWeight.h"
 #include "support/ResultElements.h"
 #include "vocabulary/SettingKeys.h"
+#include "vocabulary/TestFacts.h"
 
 namespace {
 
-constexpr const char* kTestName = "IKolmogorovSmirnov";
 constexpr const char* kConditionOfData = "DefaultAllDistinctValuesUsed_I_KolmogorovSmirnov_2";
 constexpr const char* kConditionOfLists = "CategoryListsAreSpecified_I_KolmogorovSmirnov_2";
 
@@ -187,8 +187,7 @@ void TARNKSmirnowTwoSample::ComputeSignificance() {
 // ---- Element ----
 
 QKXML::XMLElement* TARNKSmirnowTwoSample::MakeResultElement() {
-    ResultElement element(kTestName, ResultType::kHypothesisTest, TestFamily::kIndependentSamples,
-                          Decide(status, sigLevel, sig));
+    ResultElement element(Tests::kKolmogorovSmirnovTwoSample, Decide(status, sigLevel, sig));
     element.AddCondition(userSpecifyGroupList ? kConditionOfLists : kConditionOfData,
                          {IntToString(variableIndex), IntToString(groupVariableIndex)});
     if (element.EndsWithMessages(messages, status)) return element.Release();

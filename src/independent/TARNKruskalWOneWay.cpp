@@ -25,10 +25,10 @@
 #include "support/Significance.h"
 #include "vocabulary/SettingKeys.h"
 #include "vocabulary/StatusCodes.h"
+#include "vocabulary/TestFacts.h"
 
 namespace {
 
-constexpr const char* kTestName = "IKruskalWallis";
 constexpr const char* kConditionKey = "DefaultAllDistinctValuesUsed_I_KruskalWallis_2";
 /// Of the vocabulary; groups can't be given, so that nothing writes it.
 [[maybe_unused]] constexpr const char* kConditionOfLists = "CategoryListsAreSpecified_I_KruskalWallis_2";
@@ -260,8 +260,7 @@ void TARNKruskalWOneWay::EndStep() {
 // ---- Element ----
 
 QKXML::XMLElement* TARNKruskalWOneWay::MakeResultElement() {
-    ResultElement element(kTestName, ResultType::kHypothesisTest, TestFamily::kIndependentSamples,
-                          Decide(status, sigLevel, overall.sig));
+    ResultElement element(Tests::kKruskalWallis, Decide(status, sigLevel, overall.sig));
     element.AddCondition(kConditionKey, {IntToString(variableIndex), IntToString(groupVariableIndex)});
     if (element.EndsWithMessages(messages, status)) return element.Release();
 

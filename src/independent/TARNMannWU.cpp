@@ -25,10 +25,10 @@
 #include "support/Significance.h"
 #include "vocabulary/SettingKeys.h"
 #include "vocabulary/StatusCodes.h"
+#include "vocabulary/TestFacts.h"
 
 namespace {
 
-constexpr const char* kTestName = "IMannWhitneyU";
 constexpr const char* kConditionOfData = "DefaultAllDistinctValuesUsed_I_MannWhitneyU_2";
 constexpr const char* kConditionOfLists = "CategoryListsAreSpecified_I_MannWhitneyU_2";
 
@@ -163,8 +163,7 @@ void TARNMannWU::EndRanking() {
 // ---- Element ----
 
 QKXML::XMLElement* TARNMannWU::MakeResultElement() {
-    ResultElement element(kTestName, ResultType::kHypothesisTest, TestFamily::kIndependentSamples,
-                          Decide(status, sigLevel, exactComputed ? exactSig : asymptoticSig));
+    ResultElement element(Tests::kMannWhitney, Decide(status, sigLevel, exactComputed ? exactSig : asymptoticSig));
     element.AddCondition(groups.AreListed() ? kConditionOfLists : kConditionOfData,
                          {IntToString(variableIndex), IntToString(groupVariableIndex)});
     if (element.EndsWithMessages(messages, status)) return element.Release();

@@ -21,10 +21,10 @@
 #include "support/ResultElements.h"
 #include "vocabulary/SettingKeys.h"
 #include "vocabulary/StatusCodes.h"
+#include "vocabulary/TestFacts.h"
 
 namespace {
 
-constexpr const char* kTestName = "IMoses";
 constexpr const char* kConditionOfData = "DefaultAllDistinctValuesUsed_I_Moses_2";
 constexpr const char* kConditionOfLists = "CategoryListsAreSpecified_I_Moses_2";
 
@@ -222,8 +222,7 @@ void TARNMoses::ChooseNumberOfOutliers() {
 
 QKXML::XMLElement* TARNMoses::MakeResultElement() {
     // The trimmed span decides alone.
-    ResultElement element(kTestName, ResultType::kHypothesisTest, TestFamily::kIndependentSamples,
-                          Decide(status, sigLevel, trimmedSig));
+    ResultElement element(Tests::kMoses, Decide(status, sigLevel, trimmedSig));
     element.AddCondition(groups.AreListed() ? kConditionOfLists : kConditionOfData,
                          {IntToString(variableIndex), IntToString(groupVariableIndex)});
     if (element.EndsWithMessages(messages, status)) return element.Release();

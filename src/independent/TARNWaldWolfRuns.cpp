@@ -22,10 +22,10 @@
 #include "support/Int32.h"
 #include "vocabulary/SettingKeys.h"
 #include "vocabulary/StatusCodes.h"
+#include "vocabulary/TestFacts.h"
 
 namespace {
 
-constexpr const char* kTestName = "IWaldWolfowitzRuns";
 constexpr const char* kConditionOfData = "DefaultAllDistinctValuesUsed_I_WaldWolfowitzRuns_2";
 constexpr const char* kConditionOfLists = "CategoryListsAreSpecified_I_WaldWolfowitzRuns_2";
 constexpr const char* kTwoCategoryLists = "twoCategoryLists";
@@ -173,8 +173,7 @@ std::int32_t TARNWaldWolfRuns::TotalN() const {
 
 QKXML::XMLElement* TARNWaldWolfRuns::MakeResultElement() {
     // The largest number of runs decides, and by its asymptotic significance where there is an exact one as well.
-    ResultElement element(kTestName, ResultType::kHypothesisTest, TestFamily::kIndependentSamples,
-                          Decide(status, sigLevel, maximum.sig));
+    ResultElement element(Tests::kWaldWolfowitz, Decide(status, sigLevel, maximum.sig));
     element.AddCondition(twoCategoryLists ? kConditionOfLists : kConditionOfData,
                          {IntToString(variableIndex), IntToString(groupVariableIndex)});
     if (element.EndsWithMessages(messages, status)) return element.Release();

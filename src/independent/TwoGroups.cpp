@@ -10,7 +10,7 @@
 #include "support/QKUnivariateVariable.h"
 #include "support/QKVecValue.h"
 #include "support/TextMakers.h"
-#include "vocabulary/ResultVocabulary.h"
+#include "vocabulary/ResultKeys.h"
 #include "vocabulary/SettingKeys.h"
 
 namespace {

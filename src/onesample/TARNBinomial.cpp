@@ -25,10 +25,10 @@
 #include "vocabulary/OneSampleKeys.h"
 #include "vocabulary/SettingKeys.h"
 #include "vocabulary/StatusCodes.h"
+#include "vocabulary/TestFacts.h"
 
 namespace {
 
-constexpr const char* kTestName = "OBinomial";
 constexpr BinaryConditionKeys kConditionKeys{
     .fromData = "ABinaryTestVariableIsSpecified_O_Binomial_5",
     .givenList = "CategoryListsAreSpecified_O_Binomial_5",
@@ -178,8 +178,7 @@ void TARNBinomial::AddCondition(ResultElement& element) const {
 QKXML::XMLElement* TARNBinomial::MakeResultElement() {
     // The asymptotic significance decides, also where an exact one is shown. Other tests of ours differ; documents
     // depend on both.
-    ResultElement element(kTestName, ResultType::kHypothesisTest, TestFamily::kOneSample,
-                          Decide(status, sigLevel, asymptoticSig));
+    ResultElement element(Tests::kBinomial, Decide(status, sigLevel, asymptoticSig));
     AddCondition(element);
     if (element.EndsWithMessages(messages, status)) return element.Release();
 

@@ -24,10 +24,10 @@
 #include "vocabulary/OneSampleKeys.h"
 #include "vocabulary/SettingKeys.h"
 #include "vocabulary/StatusCodes.h"
+#include "vocabulary/TestFacts.h"
 
 namespace {
 
-constexpr const char* kTestName = "OChiSquare";
 constexpr const char* kConditionOfData = "DefaultEqualProbabilities_O_ChiSquare_1";
 constexpr const char* kConditionOfList = "UserSpecifiesProbabilities_O_ChiSquare_1";
 
@@ -267,8 +267,7 @@ void TARNChiSquare::AddComparison(ResultElement& element) const {
 }
 
 QKXML::XMLElement* TARNChiSquare::MakeResultElement() {
-    ResultElement element(kTestName, ResultType::kHypothesisTest, TestFamily::kOneSample,
-                          Decide(status, sigLevel, asymptoticSig));
+    ResultElement element(Tests::kChiSquare, Decide(status, sigLevel, asymptoticSig));
     // Only classes from the data clear the flag: a list without expected values shows the key of given ones, and so
     // does a test that failed before.
     element.AddCondition(useDefaultCategories ? kConditionOfList : kConditionOfData, {IntToString(variableIndex)});

@@ -16,10 +16,10 @@
 #include "vocabulary/OneSampleKeys.h"
 #include "vocabulary/SettingKeys.h"
 #include "vocabulary/StatusCodes.h"
+#include "vocabulary/TestFacts.h"
 
 namespace {
 
-constexpr const char* kTestName = "OEstimateConfidenceInterval";
 constexpr const char* kClopperPearson = "ClopperPearson";
 constexpr const char* kJeffreys = "Jeffreys";
 constexpr const char* kProfileLikelihood = "ProfileLikelihood";
@@ -121,7 +121,7 @@ void TARNEstimateCI::AddMethod(ResultElement& element, const char* name, const P
 }
 
 QKXML::XMLElement* TARNEstimateCI::MakeResultElement() {
-    ResultElement element(kTestName, ResultType::kConfidenceInterval, TestFamily::kOneSample, Decision::kUnknown);
+    ResultElement element(Tests::kProportionIntervals, Decision::kUnknown);
     element.AddCondition(classes.ConditionKey(kConditionKeys),
                          {classes.FieldParameter(), classes.FirstClassParameter()});
     classes.AddUnknownCategories(element);

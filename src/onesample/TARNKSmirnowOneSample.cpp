@@ -24,10 +24,9 @@
 #include "vocabulary/OneSampleKeys.h"
 #include "vocabulary/SettingKeys.h"
 #include "vocabulary/StatusCodes.h"
+#include "vocabulary/TestFacts.h"
 
 namespace {
-
-constexpr const char* kTestName = "OKolmogorovSmirnov";
 
 constexpr long kNameMissing = 220303;
 constexpr long kFieldNotContinuous = 220304;
@@ -252,8 +251,7 @@ void TARNKSmirnowOneSample::ComputeSignificance() {
 
 QKXML::XMLElement* TARNKSmirnowOneSample::MakeResultElement() {
     // A sample too small for a significance has the missing value there, which lies below every level: it rejects.
-    ResultElement element(kTestName, ResultType::kHypothesisTest, TestFamily::kOneSample,
-                          Decide(status, sigLevel, asymptoticSig));
+    ResultElement element(Tests::kKolmogorovSmirnov, Decide(status, sigLevel, asymptoticSig));
     AddCondition(element);
     WarnOfRefusedValues();
     if (element.EndsWithMessages(messages, status)) return element.Release();

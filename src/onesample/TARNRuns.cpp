@@ -25,10 +25,10 @@
 #include "support/Significance.h"
 #include "vocabulary/OneSampleKeys.h"
 #include "vocabulary/SettingKeys.h"
+#include "vocabulary/TestFacts.h"
 
 namespace {
 
-constexpr const char* kTestName = "ORuns";
 constexpr const char* kConditionOfData = "ABinaryTestVariableIsSpecified_O_Runs_3";
 constexpr const char* kConditionOfCut = "ACutPointIsSpecified_O_Runs_2";
 constexpr const char* kConditionOfLists = "CategoryListsAreSpecified_O_Runs_3";
@@ -280,8 +280,7 @@ void TARNRuns::AddCondition(ResultElement& element) const {
 }
 
 QKXML::XMLElement* TARNRuns::MakeResultElement() {
-    ResultElement element(kTestName, ResultType::kHypothesisTest, TestFamily::kOneSample,
-                          Decide(status, sigLevel, asymptoticSig));
+    ResultElement element(Tests::kRuns, Decide(status, sigLevel, asymptoticSig));
     AddCondition(element);
     element.AddUnknownCategories(std::vector<double>(invalidCategories.size(), kMissingCategory), invalidCategories);
     if (element.EndsWithMessages(messages, status)) return element.Release();

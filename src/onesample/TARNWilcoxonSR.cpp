@@ -24,10 +24,10 @@
 #include "vocabulary/OneSampleKeys.h"
 #include "vocabulary/SettingKeys.h"
 #include "vocabulary/StatusCodes.h"
+#include "vocabulary/TestFacts.h"
 
 namespace {
 
-constexpr const char* kTestName = "OWilcoxonSignedRanks";
 constexpr const char* kConditionKey = "O_WilcoxonSignedRanks_2";
 
 constexpr long kTestValueMissing = 220801;
@@ -187,8 +187,7 @@ QKStatus TARNWilcoxonSR::RankDifferences() {
 // ---- Element ----
 
 QKXML::XMLElement* TARNWilcoxonSR::MakeResultElement() {
-    ResultElement element(kTestName, ResultType::kHypothesisTest, TestFamily::kOneSample,
-                          Decide(status, sigLevel, asymptoticSig));
+    ResultElement element(Tests::kWilcoxonOneSample, Decide(status, sigLevel, asymptoticSig));
     element.AddCondition(kConditionKey, {IntToString(variableIndex),
                                          testValueReady ? DoubleToString(testValue) : Literal::kMissingParameter});
     if (element.EndsWithMessages(messages, status)) return element.Release();

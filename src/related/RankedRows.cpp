@@ -218,8 +218,7 @@ void RankedRows::EndStep() {
 // ---- Element ----
 
 QKXML::XMLElement* RankedRows::MakeResultElement() {
-    ResultElement element(kind.name, ResultType::kHypothesisTest, TestFamily::kRelatedSamples,
-                          Decide(status, sigLevel, sig));
+    ResultElement element(kind.facts, Decide(status, sigLevel, sig));
     element.AddCondition(kind.conditionKey, {JoinValues(variableIndices)});
     if (status.IsError() && element.EndsWithMessages(messages, status)) return element.Release();
 

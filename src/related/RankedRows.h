@@ -12,10 +12,11 @@
 #include "support/PairwiseComparison.h"
 #include "support/ResultElements.h"
 #include "support/StepwiseComparison.h"
+#include "vocabulary/TestFacts.h"
 
 /// What tells the two tests of ranked rows apart, beside the statistic that they show.
 struct RankedRowsTest {
-    const char* name;
+    const TestFacts& facts;
     const char* conditionKey;
     long namesMissing;
     long unknownField;

@@ -21,10 +21,10 @@
 #include "support/Significance.h"
 #include "vocabulary/SettingKeys.h"
 #include "vocabulary/StatusCodes.h"
+#include "vocabulary/TestFacts.h"
 
 namespace {
 
-constexpr const char* kTestName = "RCochransQ";
 constexpr const char* kConditionOfData = "DefaultAllDistinctValuesUsed_R_CochransQ_1";
 constexpr const char* kConditionOfList = "CategoryListsAreSpecified_R_CochransQ_1";
 
@@ -256,8 +256,7 @@ void TARNCochransQ::EndStep() {
 // ---- Element ----
 
 QKXML::XMLElement* TARNCochransQ::MakeResultElement() {
-    ResultElement element(kTestName, ResultType::kHypothesisTest, TestFamily::kRelatedSamples,
-                          Decide(status, sigLevel, sig));
+    ResultElement element(Tests::kCochran, Decide(status, sigLevel, sig));
     element.AddCondition(userSpecifyGroupList ? kConditionOfList : kConditionOfData, {JoinValues(variableIndices)});
     if (element.EndsWithMessages(messages, status)) return element.Release();
 

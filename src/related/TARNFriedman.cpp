@@ -11,10 +11,12 @@
 
 #include "related/TARNFriedman.h"
 
+#include "vocabulary/TestFacts.h"
+
 namespace {
 
 constexpr RankedRowsTest kFriedman{
-    .name = "RFriedmansTwoWayByRanks",
+    .facts = Tests::kFriedman,
     .conditionKey = "R_FriedmansTwoWayByRanks_1",
     .namesMissing = 221811,
     .unknownField = 221803,

@@ -20,10 +20,10 @@
 #include "support/ResultElements.h"
 #include "vocabulary/SettingKeys.h"
 #include "vocabulary/StatusCodes.h"
+#include "vocabulary/TestFacts.h"
 
 namespace {
 
-constexpr const char* kTestName = "RHodgesLehmannEstimatePairs";
 constexpr const char* kConditionKey = "R_HodgesLehman_2";
 
 constexpr PairCodes kCodes{
@@ -130,7 +130,7 @@ void TARNHodgesLehmannPairs::ComputeInterval(const WeightedOrder& averages) {
 // ---- Element ----
 
 QKXML::XMLElement* TARNHodgesLehmannPairs::MakeResultElement() {
-    ResultElement element(kTestName, ResultType::kConfidenceInterval, TestFamily::kRelatedSamples, Decision::kUnknown);
+    ResultElement element(Tests::kHodgesLehmannPairs, Decision::kUnknown);
     element.AddCondition(kConditionKey, {IntToString(firstVariableIndex), IntToString(secondVariableIndex)});
     if (element.EndsWithMessages(messages, status)) return element.Release();
 

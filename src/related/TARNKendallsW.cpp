@@ -9,12 +9,14 @@
 
 #include "related/TARNKendallsW.h"
 
+#include "vocabulary/TestFacts.h"
+
 #include "support/Int32.h"
 
 namespace {
 
 constexpr RankedRowsTest kKendallsW{
-    .name = "RKendallsCoefficient",
+    .facts = Tests::kKendall,
     .conditionKey = "R_KendallsCoefficient_1",
     .namesMissing = 221911,
     .unknownField = 221903,

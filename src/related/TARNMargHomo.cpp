@@ -23,10 +23,10 @@
 #include "support/ResultElements.h"
 #include "vocabulary/SettingKeys.h"
 #include "vocabulary/StatusCodes.h"
+#include "vocabulary/TestFacts.h"
 
 namespace {
 
-constexpr const char* kTestName = "RMarginalHomogeneity";
 constexpr const char* kConditionKey = "AllDistinctValuesUsed_R_MarginalHomogeneity_2";
 
 constexpr const char* kScoreList = "scoreList";
@@ -212,8 +212,7 @@ QKStatus TARNMargHomo::EndPass() {
 // ---- Element ----
 
 QKXML::XMLElement* TARNMargHomo::MakeResultElement() {
-    ResultElement element(kTestName, ResultType::kHypothesisTest, TestFamily::kRelatedSamples,
-                          Decide(status, sigLevel, asymptoticSig));
+    ResultElement element(Tests::kMarginalHomogeneity, Decide(status, sigLevel, asymptoticSig));
     element.AddCondition(kConditionKey, {IntToString(firstVariableIndex), IntToString(secondVariableIndex)});
     if (element.EndsWithMessages(messages, status)) return element.Release();
 

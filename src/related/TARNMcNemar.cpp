@@ -24,10 +24,10 @@
 #include "support/ResultElements.h"
 #include "support/Significance.h"
 #include "vocabulary/SettingKeys.h"
+#include "vocabulary/TestFacts.h"
 
 namespace {
 
-constexpr const char* kTestName = "RMcNemar";
 constexpr const char* kConditionOfData = "AllDistinctValuesUsed_R_McNemar_2";
 constexpr const char* kConditionOfList = "CategoryListsAreSpecified_R_McNemar_2";
 
@@ -225,8 +225,7 @@ QKStatus TARNMcNemar::EndPass() {
 
 QKXML::XMLElement* TARNMcNemar::MakeResultElement() {
     // The asymptotic significance decides, beside a smaller or larger exact one too.
-    ResultElement element(kTestName, ResultType::kHypothesisTest, TestFamily::kRelatedSamples,
-                          Decide(status, sigLevel, asymptoticSig));
+    ResultElement element(Tests::kMcNemar, Decide(status, sigLevel, asymptoticSig));
     element.AddCondition(userSpecifyGroupList ? kConditionOfList : kConditionOfData,
                          {FieldOrMissing(firstVariableIndex), FieldOrMissing(secondVariableIndex)});
     if (element.EndsWithMessages(messages, status)) return element.Release();

@@ -23,10 +23,10 @@
 #include "support/Significance.h"
 #include "vocabulary/SettingKeys.h"
 #include "vocabulary/StatusCodes.h"
+#include "vocabulary/TestFacts.h"
 
 namespace {
 
-constexpr const char* kTestName = "RSign";
 constexpr const char* kConditionKey = "R_Sign_2";
 
 constexpr long kUnknownField = 220903;
@@ -184,7 +184,7 @@ void TARNSign::EndCounting() {
 
 QKXML::XMLElement* TARNSign::MakeResultElement() {
     const Decision decision = Decide(status, sigLevel, hasExact ? exactSig : asymptoticSig);
-    ResultElement element(kTestName, ResultType::kHypothesisTest, TestFamily::kRelatedSamples, decision);
+    ResultElement element(Tests::kSign, decision);
     element.AddCondition(kConditionKey, {FieldOrMissing(firstVariableIndex), FieldOrMissing(secondVariableIndex)});
     if (element.EndsWithMessages(messages, status)) return element.Release();
 

@@ -19,10 +19,10 @@
 #include "support/Significance.h"
 #include "vocabulary/SettingKeys.h"
 #include "vocabulary/StatusCodes.h"
+#include "vocabulary/TestFacts.h"
 
 namespace {
 
-constexpr const char* kTestName = "RWilcoxonSignedRanks";
 constexpr const char* kConditionKey = "R_WilcoxonSignedRanks_2";
 
 constexpr PairCodes kCodes{
@@ -135,8 +135,7 @@ std::int32_t TARNWilcoxonPairs::TotalN() const {
 // ---- Element ----
 
 QKXML::XMLElement* TARNWilcoxonPairs::MakeResultElement() {
-    ResultElement element(kTestName, ResultType::kHypothesisTest, TestFamily::kRelatedSamples,
-                          Decide(status, sigLevel, asymptoticSig));
+    ResultElement element(Tests::kWilcoxonPairs, Decide(status, sigLevel, asymptoticSig));
     element.AddCondition(kConditionKey, {IntToString(firstVariableIndex), IntToString(secondVariableIndex)});
     if (element.EndsWithMessages(messages, status)) return element.Release();
 

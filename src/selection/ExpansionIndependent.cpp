@@ -5,23 +5,17 @@
 
 #include "selection/TARNAutoSelect.h"
 #include "selection/TARNSettingsExpansion.h"
-#include "vocabulary/EntryVocabulary.h"
+#include "vocabulary/EntryKeys.h"
 #include "vocabulary/RequestKeys.h"
 #include "vocabulary/SettingKeys.h"
+#include "vocabulary/TestFacts.h"
 
 namespace {
 
 constexpr long kGroupFieldUnusable = 220024;
 constexpr long kCategoricalFieldsLeftOut = 220025;
 
-void CopyNothing(const RequestedTest&, QKSettings&) {}
-
-void CopyMultipleComparison(const RequestedTest& test, QKSettings& entry) {
-    test.CopyText(SettingKey::kTypeOfMultipleComparison, entry);
-}
-
 void CopyMedianKeys(const RequestedTest& test, QKSettings& entry) {
-    test.CopyText(SettingKey::kTypeOfMultipleComparison, entry);
     test.CopyFlag(EntryKey::kUserSpecifyMedian, entry);
     test.CopyNumber(EntryKey::kMedian, entry);
     test.CopyFlag(EntryKey::kUserSpecifyGroupRange, entry);
@@ -38,31 +32,38 @@ void CopyMannWhitneyKeys(const RequestedTest& test, QKSettings& entry) {
 }
 
 void CopyJonckheereKeys(const RequestedTest& test, QKSettings& entry) {
-    test.CopyText(SettingKey::kTypeOfMultipleComparison, entry);
     test.CopyText(EntryKey::kOrderOfHypotheses, entry);
 }
 
-struct IndependentTest {
-    const char* nameInRequest;
-    const char* planName;
-    void (*copyKeys)(const RequestedTest& test, QKSettings& entry);
+/// The tests whose entries have keys of their own.
+struct OwnKeys {
+    const TestFacts* test;
+    void (*copy)(const RequestedTest& test, QKSettings& entry);
+};
+constexpr OwnKeys kOwnKeys[] = {
+    {&Tests::kMannWhitney, CopyMannWhitneyKeys},
+    {&Tests::kMoses, CopyMosesKeys},
+    {&Tests::kJonckheereTerpstra, CopyJonckheereKeys},
+    {&Tests::kMedian, CopyMedianKeys},
 };
 
-constexpr IndependentTest kTests[] = {
-    {TestName::kWaldWolfowitz, TestName::kWaldWolfowitz, CopyNothing},
-    {TestName::kHodgesLehmannInRequest, TestName::kHodgesLehmannGroups, CopyNothing},
-    {TestName::kMedianInRequest, TestName::kMedian, CopyMedianKeys},
-    {TestName::kMoses, TestName::kMoses, CopyMosesKeys},
-    {TestName::kMannWhitney, TestName::kMannWhitney, CopyMannWhitneyKeys},
-    {TestName::kKolmogorovSmirnovTwoSample, TestName::kKolmogorovSmirnovTwoSample, CopyNothing},
-    {TestName::kKruskalWallis, TestName::kKruskalWallis, CopyMultipleComparison},
-    {TestName::kJonckheereTerpstra, TestName::kJonckheereTerpstra, CopyJonckheereKeys},
-};
+void CopyKeys(const TestFacts& facts, const RequestedTest& test, QKSettings& entry) {
+    if (facts.comparesSamples) test.CopyText(SettingKey::kTypeOfMultipleComparison, entry);
+    for (const OwnKeys& own : kOwnKeys) {
+        if (own.test == &facts) own.copy(test, entry);
+    }
+}
 
-const IndependentTest* FindIndependentTest(const std::string& nameInRequest) {
-    const auto* found = std::find_if(std::begin(kTests), std::end(kTests),
-                                     [&](const IndependentTest& test) { return test.nameInRequest == nameInRequest; });
-    return found == std::end(kTests) ? nullptr : found;
+/// Null for a name that is none of the family's tests.
+const TestFacts* FindIndependentTest(const std::string& nameInRequest) {
+    const TestFacts* const test = Tests::OfRequest(nameInRequest);
+    return test != nullptr && test->family == TestFamily::kIndependent ? test : nullptr;
+}
+
+std::size_t TestsOfTheFamily() {
+    return static_cast<std::size_t>(std::count_if(
+        std::begin(Tests::kAll), std::end(Tests::kAll),
+        [](const TestFacts* test) { return test->family == TestFamily::kIndependent && !test->requestName.empty(); }));
 }
 
 }  // namespace
@@ -77,14 +78,14 @@ void TARNSettingsExpansion::ExpandIndependent(std::size_t& position) {
     }
     independentTests.clear();
     const bool endedByAnotherKey = WalkTests(position, [this](const std::string& name) {
-        if (FindIndependentTest(name) == nullptr) return false;
-        independentTests.push_back(name);
-        return true;
+        const TestFacts* const test = FindIndependentTest(name);
+        if (test != nullptr) independentTests.push_back(test);
+        return test != nullptr;
     });
     if (!endedByAnotherKey) {
         // The request ended with the tests of this family. They count only if they are as many as the family has;
         // fewer, or more by a repeated name, are lost without a word. Hosts rely on it, so it stays.
-        if (independentTests.size() != std::size(kTests)) return;
+        if (independentTests.size() != TestsOfTheFamily()) return;
         --position;
     }
     ResolveIndependent();
@@ -99,7 +100,7 @@ void TARNSettingsExpansion::ResolveIndependent() {
     if (!groupVariableUsable) return;
     SplitIndependentByEncoding();
     if (!independentCategorical.empty()) independentHasCategorical = true;
-    for (const std::string& name : independentTests) ExpandIndependentTest(name);
+    for (const TestFacts* const test : independentTests) ExpandIndependentTest(*test);
 }
 
 /// Splits the fields once more, an ordinal field with an encoded copy now among the continuous ones by its name.
@@ -122,19 +123,19 @@ void TARNSettingsExpansion::SplitIndependentByEncoding() {
 
 // ---- Tests ----
 
-void TARNSettingsExpansion::ExpandIndependentTest(const std::string& name) {
-    const RequestedTest test(*modelSettings, name);
+void TARNSettingsExpansion::ExpandIndependentTest(const TestFacts& facts) {
+    const RequestedTest test(*modelSettings, std::string(facts.requestName));
     if (!test.IsSelected()) return;
-    const IndependentTest& row = *FindIndependentTest(name);
+    const std::string setting(facts.Setting());
     for (const std::string& field : independentContinuous) {
         QKSettings entry;
-        entry.AddSetting(EntryKey::kAlgorithmName, row.planName);
+        entry.AddSetting(EntryKey::kAlgorithmName, setting);
         entry.AddSetting(SettingKey::kVariableName, field);
         entry.AddSetting(EntryKey::kGroupVariableName, groupVariable);
         entry.AddSetting(EntryKey::kTestIndex, NextTestIndex());
         if (const std::string* origin = FindOrigin(field)) entry.AddSetting(SettingKey::kOriginVariableName, *origin);
-        row.copyKeys(test, entry);
-        executionSettings->AddSetting(row.planName, entry);
+        CopyKeys(facts, test, entry);
+        executionSettings->AddSetting(setting, entry);
     }
 }
 

@@ -6,10 +6,11 @@
 
 #include "selection/TARNAutoSelect.h"
 #include "selection/TARNSettingsExpansion.h"
-#include "vocabulary/EntryVocabulary.h"
+#include "vocabulary/EntryKeys.h"
 #include "vocabulary/OneSampleKeys.h"
 #include "vocabulary/RequestKeys.h"
 #include "vocabulary/SettingKeys.h"
+#include "vocabulary/TestFacts.h"
 
 namespace {
 
@@ -22,7 +23,7 @@ constexpr double kDefaultTestProbability = 0.5;
 constexpr const char* kKolmogorovSmirnovInWarnings = "KolmogorovSmirnov";
 
 struct Distribution {
-    const char* test;
+    std::string_view test;
     const char* name;
     std::span<const char* const> parameters;
 };
@@ -32,10 +33,10 @@ constexpr const char* kUniformParameters[] = {OneSampleKey::kMax, OneSampleKey::
 constexpr const char* kMeanAlone[] = {OneSampleKey::kMean};
 
 constexpr Distribution kDistributions[] = {
-    {TestName::kKolmogorovSmirnovNormal, DistributionName::kNormal, kNormalParameters},
-    {TestName::kKolmogorovSmirnovUniform, DistributionName::kUniform, kUniformParameters},
-    {TestName::kKolmogorovSmirnovPoisson, DistributionName::kPoisson, kMeanAlone},
-    {TestName::kKolmogorovSmirnovExponential, DistributionName::kExponential, kMeanAlone},
+    {KolmogorovSmirnovSetting::kNormal, DistributionName::kNormal, kNormalParameters},
+    {KolmogorovSmirnovSetting::kUniform, DistributionName::kUniform, kUniformParameters},
+    {KolmogorovSmirnovSetting::kPoisson, DistributionName::kPoisson, kMeanAlone},
+    {KolmogorovSmirnovSetting::kExponential, DistributionName::kExponential, kMeanAlone},
 };
 
 const Distribution& DistributionOf(const std::string& test) {
@@ -77,26 +78,24 @@ void TARNSettingsExpansion::ExpandOneSample(std::size_t& position) {
 /// False for a name that is none of the family's tests.
 bool TARNSettingsExpansion::ExpandOneSampleTest(const std::string& name) {
     struct Handler {
-        std::string_view test;
+        const TestFacts* facts;
         void (TARNSettingsExpansion::*expand)(const RequestedTest&);
     };
+    // All others take numbers.
     static constexpr Handler kHandlers[] = {
-        {TestName::kBinomial, &TARNSettingsExpansion::ExpandBinomial},
-        {TestName::kChiSquare, &TARNSettingsExpansion::ExpandChiSquare},
-        {TestName::kRuns, &TARNSettingsExpansion::ExpandRuns},
-        {TestName::kKolmogorovSmirnovNormal, &TARNSettingsExpansion::ExpandKolmogorovSmirnov},
-        {TestName::kKolmogorovSmirnovUniform, &TARNSettingsExpansion::ExpandKolmogorovSmirnov},
-        {TestName::kKolmogorovSmirnovPoisson, &TARNSettingsExpansion::ExpandKolmogorovSmirnov},
-        {TestName::kKolmogorovSmirnovExponential, &TARNSettingsExpansion::ExpandKolmogorovSmirnov},
-        {TestName::kWilcoxonOneSample, &TARNSettingsExpansion::ExpandWilcoxon},
+        {&Tests::kBinomial, &TARNSettingsExpansion::ExpandBinomial},
+        {&Tests::kChiSquare, &TARNSettingsExpansion::ExpandChiSquare},
+        {&Tests::kRuns, &TARNSettingsExpansion::ExpandRuns},
+        {&Tests::kKolmogorovSmirnov, &TARNSettingsExpansion::ExpandKolmogorovSmirnov},
     };
-    for (const Handler& handler : kHandlers) {
-        if (handler.test != name) continue;
-        const RequestedTest test(*modelSettings, name);
-        if (test.IsSelected()) (this->*handler.expand)(test);
-        return true;
-    }
-    return false;
+    const TestFacts* const facts = Tests::OfRequest(name);
+    if (facts == nullptr || facts->family != TestFamily::kOneSample) return false;
+    const RequestedTest test(*modelSettings, name);
+    if (!test.IsSelected()) return true;
+    const auto* handler = std::find_if(std::begin(kHandlers), std::end(kHandlers),
+                                       [&](const Handler& candidate) { return candidate.facts == facts; });
+    (this->*(handler == std::end(kHandlers) ? &TARNSettingsExpansion::ExpandNumbers : handler->expand))(test);
+    return true;
 }
 
 // ---- Tests of classes ----
@@ -126,8 +125,9 @@ void TARNSettingsExpansion::AddConfidenceInterval(const RequestedTest& test, con
                                         OneSampleKey::kIsDoProfileLikelihood};
     if (std::none_of(std::begin(kMethods), std::end(kMethods), [&](const char* key) { return test.Flag(key); })) return;
 
+    const std::string setting(Tests::kProportionIntervals.Setting());
     QKSettings entry;
-    entry.AddSetting(EntryKey::kAlgorithmName, TestName::kConfidenceInterval);
+    entry.AddSetting(EntryKey::kAlgorithmName, setting);
     entry.AddSetting(SettingKey::kVariableName, field);
     for (const char* method : kMethods) test.CopyFlag(method, entry);
     entry.AddSetting(EntryKey::kTestIndex, NextTestIndex());
@@ -138,7 +138,7 @@ void TARNSettingsExpansion::AddConfidenceInterval(const RequestedTest& test, con
         // Unlike the binomial test's own entry, this one has a cut point even where the request has none.
         test.CopyNumber(OneSampleKey::kGivenCutPoint, entry);
     }
-    executionSettings->AddSetting(TestName::kConfidenceInterval, entry);
+    executionSettings->AddSetting(setting, entry);
 }
 
 void TARNSettingsExpansion::ExpandChiSquare(const RequestedTest& test) {
@@ -194,21 +194,23 @@ void TARNSettingsExpansion::ExpandKolmogorovSmirnov(const RequestedTest& test) {
     if (!anyEntry) oneSampleTestsWithoutFields.push_back(kKolmogorovSmirnovInWarnings);
 }
 
-void TARNSettingsExpansion::ExpandWilcoxon(const RequestedTest& test) {
+void TARNSettingsExpansion::ExpandNumbers(const RequestedTest& test) {
     bool anyEntry = false;
     for (const std::string& field : oneSampleFields) {
         const std::optional<OneSampleField> taken = AsContinuous(field);
         if (!taken) {
             RejectField(field);
-            // Unlike the test above, this one is named for every field that it rejects, whatever its kind.
+            // Unlike the test above, such a one is named for every field that it rejects, whatever its kind.
             rejectingTests.push_back(test.NameInWarnings());
             continue;
         }
         anyEntry = true;
         QKSettings entry = BeginEntry(test.Name(), taken->name);
         taken->AddOrigin(entry);
-        test.CopyFlag(OneSampleKey::kUserSpecifyTestValue, entry);
-        test.CopyNumber(OneSampleKey::kTestValue, entry);
+        if (test.Name() == Tests::kWilcoxonOneSample.requestName) {
+            test.CopyFlag(OneSampleKey::kUserSpecifyTestValue, entry);
+            test.CopyNumber(OneSampleKey::kTestValue, entry);
+        }
         executionSettings->AddSetting(test.Name(), entry);
     }
     if (!anyEntry) oneSampleTestsWithoutFields.push_back(test.NameInWarnings());

@@ -5,9 +5,10 @@
 #include "selection/TARNAutoSelect.h"
 #include "selection/TARNSettingsExpansion.h"
 #include "support/QKVecValue.h"
-#include "vocabulary/EntryVocabulary.h"
+#include "vocabulary/EntryKeys.h"
 #include "vocabulary/RequestKeys.h"
 #include "vocabulary/SettingKeys.h"
+#include "vocabulary/TestFacts.h"
 
 namespace {
 
@@ -21,41 +22,22 @@ constexpr long kTestsWithoutFields = 220020;
 
 constexpr std::size_t kPairSize = 2;
 
-/// What a test works on: the continuous fields behind the encoded ordinal ones, the ordinal fields and then the
-/// nominal ones, or the ordinal fields alone.
-enum class Group { kContinuous, kCategorical, kOrdinal };
-enum class Size { kPair, kPairOrMore };
-
-}  // namespace
-
-struct TARNSettingsExpansion::RelatedTest {
-    const char* name;
-    Group group;
-    Size size;
-    const char* categoriesKey;  // of a test of categories, else null
-    bool hasMultipleComparison;
-
-    bool Fits(const std::vector<std::string>& fields) const {
-        return size == Size::kPair ? fields.size() == kPairSize : fields.size() >= kPairSize;
-    }
-};
+bool Fits(const TestFacts& test, const std::vector<std::string>& fields) {
+    return test.fieldCount == FieldCount::kPair ? fields.size() == kPairSize : fields.size() >= kPairSize;
+}
 
 /// Null for a name that is none of the family's tests.
-const TARNSettingsExpansion::RelatedTest* TARNSettingsExpansion::FindRelatedTest(const std::string& name) {
-    static constexpr RelatedTest kTests[] = {
-        {TestName::kSign, Group::kContinuous, Size::kPair, nullptr, false},
-        {TestName::kWilcoxonPairs, Group::kContinuous, Size::kPair, nullptr, false},
-        {TestName::kHodgesLehmannPairs, Group::kContinuous, Size::kPair, nullptr, false},
-        {TestName::kFriedman, Group::kContinuous, Size::kPairOrMore, nullptr, true},
-        {TestName::kKendall, Group::kContinuous, Size::kPairOrMore, nullptr, true},
-        {TestName::kMcNemar, Group::kCategorical, Size::kPair, EntryKey::kCategoriesList, false},
-        {TestName::kCochransQ, Group::kCategorical, Size::kPairOrMore, SettingKey::kSuccessCategoryList, true},
-        {TestName::kMarginalHomogeneity, Group::kOrdinal, Size::kPair, nullptr, false},
-    };
-    const auto* found =
-        std::find_if(std::begin(kTests), std::end(kTests), [&](const RelatedTest& row) { return row.name == name; });
-    return found == std::end(kTests) ? nullptr : found;
+const TestFacts* FindRelatedTest(const std::string& name) {
+    const TestFacts* const test = Tests::OfRequest(name);
+    return test != nullptr && test->family == TestFamily::kRelated ? test : nullptr;
 }
+
+/// The key of the categories that are successes.
+const char* CategoriesKeyOf(const TestFacts& test) {
+    return &test == &Tests::kMcNemar ? EntryKey::kCategoriesList : SettingKey::kSuccessCategoryList;
+}
+
+}  // namespace
 
 // ---- Fields ----
 
@@ -94,24 +76,26 @@ void TARNSettingsExpansion::ExpandRelated(std::size_t& position) {
 
 /// False for a name that is none of the family's tests.
 bool TARNSettingsExpansion::ExpandRelatedTest(const std::string& name) {
-    const RelatedTest* row = FindRelatedTest(name);
-    if (row == nullptr) return false;
+    const TestFacts* const facts = FindRelatedTest(name);
+    if (facts == nullptr) return false;
     const RequestedTest test(*modelSettings, name);
     if (!test.IsSelected()) return true;
 
     // Every test asks for the ordinal fields, in one form or the other.
     ordinalUsed = true;
-    switch (row->group) {
-        case Group::kContinuous:
+    switch (facts->takes) {
+        case FieldsTaken::kNumbers:
+            // The continuous fields behind the encoded ordinal ones.
             continuousUsed = true;
-            ExpandOver(ContinuousGroup(), *row, test, relatedContinuousMismatch);
+            ExpandOver(ContinuousGroup(), *facts, test, relatedContinuousMismatch);
             break;
-        case Group::kCategorical:
+        case FieldsTaken::kCategories:
+        case FieldsTaken::kNumbersOrCategories:
             nominalUsed = true;
-            ExpandCategoricalGroup(*row, test);
+            ExpandCategoricalGroup(*facts, test);
             break;
-        case Group::kOrdinal:
-            ExpandOver(relatedOrdinal, *row, test, relatedOrdinalMismatch);
+        case FieldsTaken::kOrderedCategories:
+            ExpandOver(relatedOrdinal, *facts, test, relatedOrdinalMismatch);
             break;
     }
     return true;
@@ -120,13 +104,13 @@ bool TARNSettingsExpansion::ExpandRelatedTest(const std::string& name) {
 // ---- Tests ----
 
 /// One entry over all the fields.
-void TARNSettingsExpansion::ExpandOver(const std::vector<std::string>& fields, const RelatedTest& row,
+void TARNSettingsExpansion::ExpandOver(const std::vector<std::string>& fields, const TestFacts& facts,
                                        const RequestedTest& test, std::vector<std::string>& mismatch) {
     if (fields.empty()) {
         relatedTestsWithoutFields.push_back(test.NameInWarnings());
         return;
     }
-    if (!row.Fits(fields)) {
+    if (!Fits(facts, fields)) {
         mismatch.push_back(test.NameInWarnings());
         return;
     }
@@ -136,31 +120,31 @@ void TARNSettingsExpansion::ExpandOver(const std::vector<std::string>& fields, c
         if (const std::string* origin = FindOrigin(field)) origins.push_back(*origin);
     }
     if (!origins.empty()) AddVecSetting(entry, SettingKey::kOriginVariableName, origins, false);
-    if (row.hasMultipleComparison) test.CopyText(SettingKey::kTypeOfMultipleComparison, entry);
+    if (facts.comparesSamples) test.CopyText(SettingKey::kTypeOfMultipleComparison, entry);
     executionSettings->AddSetting(test.Name(), entry);
 }
 
 /// Runs a test up to twice: over the ordinal fields and over the nominal ones.
-void TARNSettingsExpansion::ExpandCategoricalGroup(const RelatedTest& row, const RequestedTest& test) {
+void TARNSettingsExpansion::ExpandCategoricalGroup(const TestFacts& facts, const RequestedTest& test) {
     if (relatedOrdinal.empty() && relatedNominal.empty()) {
         relatedTestsWithoutFields.push_back(test.NameInWarnings());
         return;
     }
-    ExpandOverCategories(relatedOrdinal, row, test, relatedOrdinalMismatch);
-    ExpandOverCategories(relatedNominal, row, test, relatedNominalMismatch);
+    ExpandOverCategories(relatedOrdinal, facts, test, relatedOrdinalMismatch);
+    ExpandOverCategories(relatedNominal, facts, test, relatedNominalMismatch);
 }
 
-void TARNSettingsExpansion::ExpandOverCategories(const std::vector<std::string>& fields, const RelatedTest& row,
+void TARNSettingsExpansion::ExpandOverCategories(const std::vector<std::string>& fields, const TestFacts& facts,
                                                  const RequestedTest& test, std::vector<std::string>& mismatch) {
     if (fields.empty()) return;
-    if (!row.Fits(fields)) {
+    if (!Fits(facts, fields)) {
         mismatch.push_back(test.NameInWarnings());
         return;
     }
     QKSettings entry = BeginEntry(test.Name(), fields);
     test.CopyText(SettingKey::kClassFormation, entry);
-    test.CopyTexts(row.categoriesKey, entry);
-    if (row.hasMultipleComparison) test.CopyText(SettingKey::kTypeOfMultipleComparison, entry);
+    test.CopyTexts(CategoriesKeyOf(facts), entry);
+    if (facts.comparesSamples) test.CopyText(SettingKey::kTypeOfMultipleComparison, entry);
     executionSettings->AddSetting(test.Name(), entry);
 }
 

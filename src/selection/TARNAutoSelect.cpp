@@ -3,12 +3,13 @@
 #include <algorithm>
 #include <memory>
 #include <optional>
+#include <string_view>
 #include <utility>
 #include <variant>
 
 #include "contract/TARNVariableInfo.h"
 #include "support/QKVecValue.h"
-#include "vocabulary/EntryVocabulary.h"
+#include "vocabulary/EntryKeys.h"
 #include "vocabulary/OneSampleKeys.h"
 #include "vocabulary/SettingKeys.h"
 
@@ -20,10 +21,14 @@ using Proposals = std::vector<QKSettings*>;
 constexpr std::size_t kPairSize = 2;
 constexpr int kDichotomousCount = 2;
 
-QKSettings Propose(const char* test) {
+QKSettings Propose(std::string_view setting) {
     QKSettings proposal;
-    proposal.AddSetting(EntryKey::kProposedAlgorithmName, test);
+    proposal.AddSetting(EntryKey::kProposedAlgorithmName, std::string(setting));
     return proposal;
+}
+
+QKSettings Propose(const TestFacts& test) {
+    return Propose(test.Setting());
 }
 
 /// Hands a proposal over to the caller.
@@ -43,12 +48,12 @@ std::optional<QKSettings> ProposeOneSampleTest(const IQKVariable& field) {
     if (FieldKind::IsCategorical(field.GetKind())) {
         const int categories = field.GetCategoryCount();
         if (categories < kDichotomousCount) return std::nullopt;
-        QKSettings proposal = Propose(categories == kDichotomousCount ? TestName::kBinomial : TestName::kChiSquare);
+        QKSettings proposal = Propose(categories == kDichotomousCount ? Tests::kBinomial : Tests::kChiSquare);
         proposal.AddSetting(SettingKey::kClassFormation, ClassFormation::kGetFromData);
         return proposal;
     }
     if (field.GetKind() != FieldKind::kContinuous) return std::nullopt;
-    QKSettings proposal = Propose(TestName::kKolmogorovSmirnovNormal);
+    QKSettings proposal = Propose(KolmogorovSmirnovSetting::kNormal);
     proposal.AddSetting(SettingKey::kClassFormation, ClassFormation::kGetFromData);
     proposal.AddSetting(OneSampleKey::kDistributionFunction, DistributionName::kNormal);
     proposal.AddSetting(OneSampleKey::kIsUseSample, EntryValue::kTrue);
@@ -88,7 +93,7 @@ Names SelectIndependent(const Names& fields, const std::string& groupField, cons
 
     for (const std::string& name : fields) {
         const bool twoGroups = groups == kDichotomousCount;
-        QKSettings proposal = Propose(twoGroups ? TestName::kMannWhitney : TestName::kKruskalWallis);
+        QKSettings proposal = Propose(twoGroups ? Tests::kMannWhitney : Tests::kKruskalWallis);
         if (!twoGroups) proposal.AddSetting(SettingKey::kTypeOfMultipleComparison, MultipleComparisonType::kPairWise);
         proposal.AddSetting(SettingKey::kVariableName, name);
         proposal.AddSetting(EntryKey::kGroupVariableName, groupField);
@@ -139,8 +144,8 @@ bool ShareTwoCategories(const Names& fields, const QKVarList& varList) {
 
 std::optional<QKSettings> ProposeContinuousTest(const Names& fields) {
     if (fields.size() < kPairSize) return std::nullopt;
-    if (fields.size() == kPairSize) return Propose(TestName::kWilcoxonPairs);
-    QKSettings proposal = Propose(TestName::kFriedman);
+    if (fields.size() == kPairSize) return Propose(Tests::kWilcoxonPairs);
+    QKSettings proposal = Propose(Tests::kFriedman);
     proposal.AddSetting(SettingKey::kTypeOfMultipleComparison, MultipleComparisonType::kPairWise);
     return proposal;
 }
@@ -148,7 +153,7 @@ std::optional<QKSettings> ProposeContinuousTest(const Names& fields) {
 std::optional<QKSettings> ProposeCategoricalTest(const Names& fields, const QKVarList& varList) {
     if (fields.size() < kPairSize || !ShareTwoCategories(fields, varList)) return std::nullopt;
     const bool pair = fields.size() == kPairSize;
-    QKSettings proposal = Propose(pair ? TestName::kMcNemar : TestName::kCochransQ);
+    QKSettings proposal = Propose(pair ? Tests::kMcNemar : Tests::kCochran);
     proposal.AddSetting(SettingKey::kClassFormation, ClassFormation::kGetFromData);
     if (!pair) proposal.AddSetting(SettingKey::kTypeOfMultipleComparison, MultipleComparisonType::kPairWise);
     return proposal;

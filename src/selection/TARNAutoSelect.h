@@ -5,13 +5,7 @@
 
 #include "platform/common/QKSettings.h"
 #include "platform/common/QKVarList.h"
-
-/// The families of tests, as `TARNAutoSelect` is asked for them.
-namespace FamilyName {
-inline constexpr const char* kOneSample = "One_Sample";
-inline constexpr const char* kRelatedSamples = "Related_Samples";
-inline constexpr const char* kIndependentSamples = "Independent_Samples";
-}  // namespace FamilyName
+#include "vocabulary/TestFacts.h"  // the names of the families
 
 /// Chooses the tests that suit fields, from what is known of the fields alone: kind, categories and their order.
 ///

@@ -7,7 +7,7 @@
 #include "selection/TARNAutoSelect.h"
 #include "support/QKVecValue.h"
 #include "vocabulary/DefaultLevels.h"
-#include "vocabulary/EntryVocabulary.h"
+#include "vocabulary/EntryKeys.h"
 #include "vocabulary/RequestKeys.h"
 #include "vocabulary/SettingKeys.h"
 #include "vocabulary/StatusCodes.h"

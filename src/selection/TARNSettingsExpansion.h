@@ -12,6 +12,7 @@
 #include "platform/common/QKStatus.h"
 #include "platform/common/QKVarList.h"
 #include "selection/RequestedTest.h"
+#include "vocabulary/TestFacts.h"
 
 /// Translates a user's request into execution settings: from lists of fields and one entry per test to one
 /// self-contained entry per test and field, or fields. Decides by the fields' kinds which test applies to which field,
@@ -63,22 +64,20 @@ class TARNSettingsExpansion {
     void ExpandChiSquare(const RequestedTest& test);
     void ExpandRuns(const RequestedTest& test);
     void ExpandKolmogorovSmirnov(const RequestedTest& test);
-    void ExpandWilcoxon(const RequestedTest& test);
+    void ExpandNumbers(const RequestedTest& test);
     std::optional<OneSampleField> AsContinuous(const std::string& field) const;
     void RejectField(const std::string& field);
     void WarnOfOneSample();
 
     // Related samples.
-    struct RelatedTest;
-    static const RelatedTest* FindRelatedTest(const std::string& name);
     void SplitRelatedFields();
     void ExpandRelated(std::size_t& position);
     bool ExpandRelatedTest(const std::string& name);
     std::vector<std::string> ContinuousGroup() const;
-    void ExpandOver(const std::vector<std::string>& fields, const RelatedTest& row, const RequestedTest& test,
+    void ExpandOver(const std::vector<std::string>& fields, const TestFacts& facts, const RequestedTest& test,
                     std::vector<std::string>& mismatch);
-    void ExpandCategoricalGroup(const RelatedTest& row, const RequestedTest& test);
-    void ExpandOverCategories(const std::vector<std::string>& fields, const RelatedTest& row, const RequestedTest& test,
+    void ExpandCategoricalGroup(const TestFacts& facts, const RequestedTest& test);
+    void ExpandOverCategories(const std::vector<std::string>& fields, const TestFacts& facts, const RequestedTest& test,
                               std::vector<std::string>& mismatch);
     void WarnOfRelated();
 
@@ -86,7 +85,7 @@ class TARNSettingsExpansion {
     void ExpandIndependent(std::size_t& position);
     void ResolveIndependent();
     void SplitIndependentByEncoding();
-    void ExpandIndependentTest(const std::string& name);
+    void ExpandIndependentTest(const TestFacts& facts);
     void WarnOfIndependent();
 
     const QKSettings* modelSettings;
@@ -127,7 +126,7 @@ class TARNSettingsExpansion {
     std::vector<std::string> rejectingTests;  // tests that rejected a one-sample field
     std::vector<std::string> oneSampleTestsWithoutFields;
     bool chiSquareSawContinuous = false;
-    std::vector<std::string> independentTests;  // in the order of the request
+    std::vector<const TestFacts*> independentTests;  // in the order of the request
     bool groupVariableUsable = false;
     bool independentHasCategorical = false;
     const RenamedFields* renamedFields;

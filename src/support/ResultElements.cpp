@@ -16,18 +16,6 @@ const char* TextOf(ResultType type) {
     return type == ResultType::kHypothesisTest ? "hypothesis_test" : "confidence_interval";
 }
 
-const char* TextOf(TestFamily family) {
-    switch (family) {
-        case TestFamily::kOneSample:
-            return "One_Sample";
-        case TestFamily::kRelatedSamples:
-            return "Related_Samples";
-        case TestFamily::kIndependentSamples:
-            return "Independent_Samples";
-    }
-    return "";
-}
-
 const char* TextOf(Decision decision) {
     switch (decision) {
         case Decision::kUnknown:
@@ -156,7 +144,7 @@ ResultElement::ResultElement(std::string_view testName, ResultType type, TestFam
     : element_(XMLElement::Create(Element::kAlgorithm)) {
     element_->AddAttribute(ElementAttribute::kName, testName);
     element_->AddAttribute(ElementAttribute::kType, TextOf(type));
-    element_->AddAttribute(ElementAttribute::kClassification, TextOf(family));
+    element_->AddAttribute(ElementAttribute::kClassification, FamilyNameOf(family));
     if (type == ResultType::kHypothesisTest) element_->AddAttribute(ElementAttribute::kDecision, TextOf(decision));
 }
 

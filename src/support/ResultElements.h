@@ -12,13 +12,12 @@
 #include "support/Histogram.h"
 #include "support/TestMessage.h"
 #include "support/TextMakers.h"
-#include "vocabulary/ResultVocabulary.h"
+#include "vocabulary/ResultKeys.h"
+#include "vocabulary/TestFacts.h"
 
 /// Makers of result elements. A test's element is "Algorithm" with rows ("Attribute"), structured tables and simple
 /// tables in it, and nothing else; what a test writes with these makers reads like the element that comes out.
 
-enum class ResultType { kHypothesisTest, kConfidenceInterval };
-enum class TestFamily { kOneSample, kRelatedSamples, kIndependentSamples };
 enum class Decision { kUnknown, kReject, kRetain };
 
 /// The decision rule: unknown under an error; else reject if the level lies strictly above the deciding significance.
@@ -80,6 +79,8 @@ class StructuredTable {
 class ResultElement {
  public:
     /// `decision` is written for a hypothesis test only.
+    ResultElement(const TestFacts& test, Decision decision)
+        : ResultElement(test.resultName, test.type, test.family, decision) {}
     ResultElement(std::string_view testName, ResultType type, TestFamily family, Decision decision);
 
     /// The table "Condition": the key, then the parameters as "%0", "%1", ...

@@ -1,7 +1,7 @@
 #pragma once
 
-/// The keys of the entries of one-sample tests, which a request and the plan builders share. Some of them go on into
-/// a test's own settings under the same name.
+/// The keys of the entries of one-sample tests. A request has them, selection hands them on, the plan builders read
+/// them. Some of them go on into a test's own settings under the same name.
 namespace OneSampleKey {
 
 // How a field is divided into two classes.

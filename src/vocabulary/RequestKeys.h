@@ -1,6 +1,7 @@
 #pragma once
 
-/// The keys of a user's request. Beside them stands an entry for each test, under the name in `TestName`.
+/// The keys of a user's request: the host writes them, the component and selection read them. Beside them stands an
+/// entry for each test, under its `TestFacts::requestName`.
 namespace RequestKey {
 
 // Of the run.

@@ -1,6 +1,8 @@
 #pragma once
 
-/// The setting keys that several places write and read. A key of one test stands in that test's source.
+/// The keys of the execution settings: of the run, of a test's entry, and of the settings that a test owns. Selection
+/// or a host writes an entry, a plan builder reads it and writes the test's own settings, the test reads those. A key
+/// of one test stands in that test's source.
 namespace SettingKey {
 
 // Of the execution settings, at the top level.

@@ -26,7 +26,7 @@ std::string IntervalsOf(const std::vector<double>& values) {
     differences.BeginHistogram();
     for (const double value : values) differences.Add(value, 1);
     differences.EndHistogram();
-    ResultElement element("T", ResultType::kHypothesisTest, TestFamily::kRelatedSamples, Decision::kRetain);
+    ResultElement element("T", ResultType::kHypothesisTest, TestFamily::kRelated, Decision::kRetain);
     differences.AddDistribution(element, 0, 0, 0);
     const std::string text = TextOf(element);
     const auto row = [&](std::size_t from) {
@@ -80,7 +80,7 @@ TEST(PairDifferences, OfTheFirstTwoIntervalsAllCountForTheFirst) {
 
 TEST(PairDifferences, DistributionShowsTheThreeCountsInFrontOfTheIntervals) {
     const PairDifferences differences(0, 1);
-    ResultElement element("T", ResultType::kHypothesisTest, TestFamily::kRelatedSamples, Decision::kRetain);
+    ResultElement element("T", ResultType::kHypothesisTest, TestFamily::kRelated, Decision::kRetain);
     differences.AddDistribution(element, 3, -2, 5);
     EXPECT_NE(TextOf(element).find(
                   R"(<StructuredTable name="ContinuousDistribution"><Attribute name="NegativeDifferences" value="3"/>)"

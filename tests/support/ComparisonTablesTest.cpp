@@ -22,7 +22,7 @@ std::string TextOf(ResultElement& element) {
 }
 
 std::string PairwiseText(const ComparisonRules& rules, bool untestable) {
-    ResultElement element("T", ResultType::kHypothesisTest, TestFamily::kRelatedSamples, Decision::kReject);
+    ResultElement element("T", ResultType::kHypothesisTest, TestFamily::kRelated, Decision::kReject);
     AddPairwiseResult(element, rules, {untestable ? std::optional(4) : std::nullopt, "2;0", "1.5;2"},
                       {{0, 1, -0.5, 0.25, -2, 0.045, 0.135, untestable}});
     return TextOf(element);
@@ -82,7 +82,7 @@ StepwiseText WriteStepwise(const ComparisonRules& rules) {
             return StepwiseComparison::Outcome::kComputed;
         });
     }
-    ResultElement element("T", ResultType::kHypothesisTest, TestFamily::kRelatedSamples, Decision::kReject);
+    ResultElement element("T", ResultType::kHypothesisTest, TestFamily::kRelated, Decision::kReject);
     StepwiseText written;
     written.warnings = AddStepwiseResult(element, search, {std::nullopt, "3;1;0;2", "1;2;2.5;4"});
     written.text = TextOf(element);

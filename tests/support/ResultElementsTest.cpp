@@ -24,7 +24,7 @@ std::string TextOf(ResultElement& element) {
 }
 
 ResultElement SignElement(Decision decision = Decision::kRetain) {
-    return {"RSign", ResultType::kHypothesisTest, TestFamily::kRelatedSamples, decision};
+    return {"RSign", ResultType::kHypothesisTest, TestFamily::kRelated, decision};
 }
 
 // ---- The decision ----
@@ -50,7 +50,7 @@ TEST(ResultElement, AttributesStandInTheirOrder) {
     ResultElement test = SignElement(Decision::kReject);
     EXPECT_EQ(TextOf(test),
               R"(<Algorithm name="RSign" type="hypothesis_test" classification="Related_Samples" decision="reject"/>)");
-    ResultElement unknown("IMoses", ResultType::kHypothesisTest, TestFamily::kIndependentSamples, Decision::kUnknown);
+    ResultElement unknown("IMoses", ResultType::kHypothesisTest, TestFamily::kIndependent, Decision::kUnknown);
     EXPECT_EQ(
         TextOf(unknown),
         R"(<Algorithm name="IMoses" type="hypothesis_test" classification="Independent_Samples" decision="unknown"/>)");
@@ -135,9 +135,9 @@ TEST(ResultElement, TypesClassificationsAndDecisionsHaveTheirTexts) {
     };
     EXPECT_EQ(attributes(ResultType::kHypothesisTest, TestFamily::kOneSample, Decision::kRetain),
               R"(<Algorithm name="T" type="hypothesis_test" classification="One_Sample" decision="retain"/>)");
-    EXPECT_EQ(attributes(ResultType::kConfidenceInterval, TestFamily::kRelatedSamples, Decision::kUnknown),
+    EXPECT_EQ(attributes(ResultType::kConfidenceInterval, TestFamily::kRelated, Decision::kUnknown),
               R"(<Algorithm name="T" type="confidence_interval" classification="Related_Samples"/>)");
-    EXPECT_EQ(attributes(ResultType::kConfidenceInterval, TestFamily::kIndependentSamples, Decision::kReject),
+    EXPECT_EQ(attributes(ResultType::kConfidenceInterval, TestFamily::kIndependent, Decision::kReject),
               R"(<Algorithm name="T" type="confidence_interval" classification="Independent_Samples"/>)");
 }
 

@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <regex>
 #include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -130,9 +131,10 @@ TEST(EnglishMessages, HaveNoSentenceForWhatTheEngineDoesntName) {
 }
 
 TEST(EnglishMessages, TellEveryTestOfTheEngine) {
-    const std::set<std::string> names = InSources(R"re(kTestName = "([ORI][A-Z][A-Za-z]+)")re");
-    EXPECT_GT(names.size(), 4u);
-    for (const std::string& name : names) {
+    std::set<std::string> names;
+    for (const TestFacts* const facts : Tests::kAll) {
+        const std::string name(facts->resultName);
+        names.insert(name);
         const TestTexts* const about = MessageCatalogue::English().Test(name);
         ASSERT_NE(about, nullptr) << name;
         for (const std::string* text : {&about->title, &about->name, &about->family, &about->question, &about->assumes,
@@ -140,17 +142,32 @@ TEST(EnglishMessages, TellEveryTestOfTheEngine) {
             EXPECT_FALSE(text->empty()) << name;
         }
     }
+    for (const auto& [name, about] : MessageCatalogue::English().Tests()) EXPECT_TRUE(names.contains(name)) << name;
+}
+
+std::string_view HyphenatedNameOf(TestFamily family) {
+    return family == TestFamily::kOneSample ? "one-sample" : family == TestFamily::kRelated ? "related" : "independent";
+}
+
+TEST(EnglishMessages, SayWhatTheFactsOfATestSay) {
+    for (const TestFacts* const facts : Tests::kAll) {
+        const TestTexts& about = *MessageCatalogue::English().Test(facts->resultName);
+        EXPECT_EQ(about.title, facts->method);
+        EXPECT_EQ(about.family, HyphenatedNameOf(facts->family)) << facts->resultName;
+        EXPECT_EQ(about.decides.starts_with("Nothing is decided"), facts->IsEstimate()) << facts->resultName;
+        std::istringstream sources{std::string(facts->source)};
+        for (std::string source; std::getline(sources >> std::ws, source, ';');) {
+            EXPECT_NE(about.source.find(source), std::string::npos) << facts->resultName << " " << source;
+        }
+    }
 }
 
 TEST(EnglishMessages, TellHowTheTestsOfSeveralSamplesCompareThem) {
-    std::set<std::string> comparing;
-    for (const auto& [name, about] : MessageCatalogue::English().Tests()) {
-        EXPECT_EQ(about.pairs.empty(), about.steps.empty()) << name;
-        if (!about.pairs.empty()) comparing.insert(name);
+    for (const TestFacts* const facts : Tests::kAll) {
+        const TestTexts& about = *MessageCatalogue::English().Test(facts->resultName);
+        EXPECT_EQ(!about.pairs.empty(), facts->comparesSamples) << facts->resultName;
+        EXPECT_EQ(!about.steps.empty(), facts->comparesSamples) << facts->resultName;
     }
-    // Those that src/support/ComparisonRules.h has rules for.
-    EXPECT_EQ(comparing, (std::set<std::string>{"IJonckheereTerpstra", "IKruskalWallis", "IMedian", "RCochransQ",
-                                                "RFriedmansTwoWayByRanks", "RKendallsCoefficient"}));
 }
 
 /// The part of a page from a heading with the name of a test to the next heading; "" for none.

@@ -1,7 +1,7 @@
 #pragma once
 
-/// The literals of the result elements, each once. They are data for a presenting program, so their spelling is
-/// part of the format, slips included.
+/// The keys and fixed texts of the result elements: the tests write them, the component renumbers fields by them, a
+/// presenting program reads them. They are data, so their spelling is part of the format, slips included.
 
 /// Elements and attributes.
 namespace Element {
