@@ -1,6 +1,8 @@
 // The functions that a host binds by name. Each checks its component, hands the call on and answers with a number;
 // nothing is thrown across this line.
 
+#include <algorithm>
+#include <array>
 #include <atomic>
 #include <new>
 #include <string>
@@ -11,8 +13,15 @@
 #include "platform/hx/hx.h"
 #include "platform/peer/HostCall.h"
 #include "platform/peer/HxCppHelper.h"
+#include "vocabulary/StatusCodes.h"
 
 namespace {
+
+// The headers for a host in C stand by themselves, so what they say again is checked here.
+static_assert(std::ranges::all_of(std::array{HX_ERROR_NO_COMPONENT, HX_ERROR_SETTINGS, HX_ERROR_DATA_MODEL,
+                                             HX_ERROR_FIELDS, HX_ERROR_NO_REQUIREMENTS, HX_ERROR_NO_RECORD,
+                                             HX_ERROR_RECORDS, HX_ERROR_OUT_OF_MEMORY},
+                                  [](HXError error) { return StatusCode::IsKnown(error, MessageKind::kError); }));
 
 /// The host of the process, null until `hx_initialise`. A component takes from it what it needs when it is made, and
 /// never comes back here; atomic, since a host with several threads may be making components while it is told again.

@@ -6,14 +6,15 @@
 #include "platform/common/QKSettings.h"
 #include "platform/common/QKStatus.h"
 #include "platform/common/QKVarList.h"
+#include "vocabulary/StatusCodes.h"
 
 /// Why a request can't be prepared for. The code is the whole message.
 namespace RequestCode {
 /// The frequency weight is itself among the analysed fields.
-inline constexpr long kWeightAnalysed = 220008;
-inline constexpr long kNoGroupField = 220009;
-inline constexpr long kNoField = 220010;
-inline constexpr long kUnknownField = 220011;
+inline constexpr long kWeightAnalysed = 220008_error;
+inline constexpr long kNoGroupField = 220009_error;
+inline constexpr long kNoField = 220010_error;
+inline constexpr long kUnknownField = 220011_error;
 }  // namespace RequestCode
 
 /// The fields that the tests of a request need, each once, in the order of the request.

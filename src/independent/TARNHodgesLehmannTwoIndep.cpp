@@ -32,14 +32,14 @@ constexpr const char* kConditionKey = "AllDistinctValuesUsed_I_HodgesLehman_2";
 /// Of the vocabulary; groups can't be given, so that nothing writes it.
 [[maybe_unused]] constexpr const char* kConditionOfLists = "CategoryListsAreSpecified_I_HodgesLehman_2";
 
-constexpr long kWrongKind = 222504;
-constexpr GroupedFieldsCodes kFieldCodes{.testNameMissing = 222510,
-                                         .groupNameMissing = 222511,
-                                         .unknownField = 222503,
+constexpr long kWrongKind = 222504_error;
+constexpr GroupedFieldsCodes kFieldCodes{.testNameMissing = 222510_error,
+                                         .groupNameMissing = 222511_error,
+                                         .unknownField = 222503_error,
                                          .testNotContinuous = kWrongKind,
                                          .groupNotCategorical = kWrongKind};
-constexpr long kNoFrequencies = 222506;
-constexpr long kNotTwoCategories = 222509;
+constexpr long kNoFrequencies = 222506_error;
+constexpr long kNotTwoCategories = 222509_error;
 
 constexpr std::int64_t kNoRecordYet = -1;
 

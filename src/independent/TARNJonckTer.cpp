@@ -32,18 +32,18 @@ constexpr const char* kConditionKey = "DefaultAllDistinctValuesUsed_I_Jonckheere
 constexpr const char* kOrderOfHypotheses = "orderOfHypotheses";
 constexpr const char* kSmallestToLargest = "orderSmallestToLargest";
 
-constexpr GroupedFieldsCodes kFieldCodes{.testNameMissing = 222215,
-                                         .groupNameMissing = 222216,
-                                         .unknownField = 222203,
-                                         .testNotContinuous = 222218,
-                                         .groupNotCategorical = 222217};
-constexpr SeveralGroupsRules kRules{.noUnivariateResults = 222206,
-                                    .tooFewCategories = 222220,
-                                    .tooFewGroups = {.pairwise = 222223, .stepwise = 222221},
-                                    .notSignificant = {.pairwise = 222224, .stepwise = 222222},
+constexpr GroupedFieldsCodes kFieldCodes{.testNameMissing = 222215_error,
+                                         .groupNameMissing = 222216_error,
+                                         .unknownField = 222203_error,
+                                         .testNotContinuous = 222218_error,
+                                         .groupNotCategorical = 222217_error};
+constexpr SeveralGroupsRules kRules{.noUnivariateResults = 222206_error,
+                                    .tooFewCategories = 222220_error,
+                                    .tooFewGroups = {.pairwise = 222223_warning, .stepwise = 222221_warning},
+                                    .notSignificant = {.pairwise = 222224_warning, .stepwise = 222222_warning},
                                     .passesOfPairs = 1,
                                     .passesOfStep = 1};
-constexpr long kEmptyGroup = 222210;
+constexpr long kEmptyGroup = 222210_error;  // of a step a warning
 
 PairRecord RecordOf(const JonckheereSubset& pair) {
     PairRecord record;

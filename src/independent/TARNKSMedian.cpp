@@ -29,29 +29,29 @@ constexpr const char* kUserSpecifyMedian = "userSpecifyMedian";
 constexpr const char* kMedian = "median";
 constexpr const char* kGroupParameter = "group";
 
-constexpr GroupedFieldsCodes kFieldCodes{.testNameMissing = 222315,
-                                         .groupNameMissing = 222316,
-                                         .unknownField = 222303,
-                                         .testNotContinuous = 222318,
-                                         .groupNotCategorical = 222317,
+constexpr GroupedFieldsCodes kFieldCodes{.testNameMissing = 222315_error,
+                                         .groupNameMissing = 222316_error,
+                                         .unknownField = 222303_error,
+                                         .testNotContinuous = 222318_error,
+                                         .groupNotCategorical = 222317_error,
                                          // Documents show this code without a parameter, unlike its neighbours.
                                          .tellsTestField = false};
-constexpr SeveralGroupsRules kRules{.noUnivariateResults = 222306,
-                                    .tooFewCategories = 222320,
-                                    .tooFewGroups = {.pairwise = 222337, .stepwise = 222335},
-                                    .notSignificant = {.pairwise = 222338, .stepwise = 222336},
+constexpr SeveralGroupsRules kRules{.noUnivariateResults = 222306_error,
+                                    .tooFewCategories = 222320_error,
+                                    .tooFewGroups = {.pairwise = 222337_warning, .stepwise = 222335_warning},
+                                    .notSignificant = {.pairwise = 222338_warning, .stepwise = 222336_warning},
                                     // Foretold with a given median, too, though half of them are not made then.
                                     .passesOfPairs = 2,
                                     .passesOfStep = 2};
 
-constexpr long kMedianMissing = 222322;
-constexpr long kExpectedBelowOne = 222326;
-constexpr long kManyExpectedBelowFive = 222327;
+constexpr long kMedianMissing = 222322_error;
+constexpr long kExpectedBelowOne = 222326_warning;
+constexpr long kManyExpectedBelowFive = 222327_warning;
 
 // Why a subset can't be tested: overall, of a pair, in a step.
-constexpr long kNoneAbove[] = {222325, 222329, 222332};
-constexpr long kAllAbove[] = {222324, 222328, 222331};
-constexpr long kTooFewGroupsWithCases[] = {222319, 222333, 222334};
+constexpr long kNoneAbove[] = {222325_error, 222329_warning, 222332_warning};
+constexpr long kAllAbove[] = {222324_error, 222328_warning, 222331_warning};
+constexpr long kTooFewGroupsWithCases[] = {222319_error, 222333_warning, 222334_warning};
 
 PairRecord RecordOf(const MedianSubset& pair) {
     PairRecord record;

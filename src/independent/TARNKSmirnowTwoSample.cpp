@@ -20,6 +20,7 @@
 #include "support/CaseWeight.h"
 #include "support/ResultElements.h"
 #include "vocabulary/SettingKeys.h"
+#include "vocabulary/StatusCodes.h"
 #include "vocabulary/TestFacts.h"
 
 namespace {
@@ -27,18 +28,18 @@ namespace {
 constexpr const char* kConditionOfData = "DefaultAllDistinctValuesUsed_I_KolmogorovSmirnov_2";
 constexpr const char* kConditionOfLists = "CategoryListsAreSpecified_I_KolmogorovSmirnov_2";
 
-constexpr GroupedFieldsCodes kFieldCodes{.testNameMissing = 222003,
-                                         .groupNameMissing = 222003,
-                                         .unknownField = 222003,
-                                         .testNotContinuous = 222012,
-                                         .groupNotCategorical = 222013,
+constexpr GroupedFieldsCodes kFieldCodes{.testNameMissing = 222003_error,
+                                         .groupNameMissing = 222003_error,
+                                         .unknownField = 222003_error,
+                                         .testNotContinuous = 222012_error,
+                                         .groupNotCategorical = 222013_error,
                                          .tellsTestField = false,
                                          .tellsGroupField = false};
-constexpr long kSettingsIncomplete = 222001;
-constexpr long kExponentFailed = 222005;
-constexpr long kNotTwoCategories = 222009;
-constexpr long kGroupEmpty = 222010;
-constexpr long kFirstRecordInNoGroup = 222011;
+constexpr long kSettingsIncomplete = 222001_error;
+constexpr long kExponentFailed = 222005_error;
+constexpr long kNotTwoCategories = 222009_error;
+constexpr long kGroupEmpty = 222010_error;
+constexpr long kFirstRecordInNoGroup = 222011_error;
 
 constexpr int kTwoCategories = 2;
 

@@ -34,13 +34,13 @@ constexpr const char* kConditionKey = "DefaultAllDistinctValuesUsed_I_KruskalWal
 [[maybe_unused]] constexpr const char* kConditionOfLists = "CategoryListsAreSpecified_I_KruskalWallis_2";
 constexpr const char* kNumberOfCategories = "numberOfCategories";
 
-constexpr long kComparisonMissing = 222101;
-constexpr long kFieldUnknown = 222103;
-constexpr long kTestNotContinuous = 222109;
-constexpr long kGroupNotCategorical = 222110;
-constexpr long kStatisticComputed = 222111;
-constexpr long kTooFewGroupsWithCases = 222112;
-constexpr long kTooFewCategories = 222115;
+constexpr long kComparisonMissing = 222101_error;
+constexpr long kFieldUnknown = 222103_error;
+constexpr long kTestNotContinuous = 222109_error;
+constexpr long kGroupNotCategorical = 222110_error;
+constexpr long kStatisticComputed = 222111_help;
+constexpr long kTooFewGroupsWithCases = 222112_error;
+constexpr long kTooFewCategories = 222115_error;
 
 constexpr SeveralGroupsRules kRules{.tooFewGroups = {.pairwise = 222118, .stepwise = 222116},
                                     .notSignificant = {.pairwise = 222119, .stepwise = 222117},

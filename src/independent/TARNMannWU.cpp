@@ -32,14 +32,16 @@ namespace {
 constexpr const char* kConditionOfData = "DefaultAllDistinctValuesUsed_I_MannWhitneyU_2";
 constexpr const char* kConditionOfLists = "CategoryListsAreSpecified_I_MannWhitneyU_2";
 
-constexpr GroupedFieldsCodes kFieldCodes{.testNameMissing = 220712,
-                                         .groupNameMissing = 220713,
-                                         .unknownField = 220703,
-                                         .testNotContinuous = 220715,
-                                         .groupNotCategorical = 220714};
-constexpr TwoGroupsCodes kGroupsCodes{
-    .noUnivariateResults = 220706, .notTwoCategories = 220709, .inBothLists = 220710, .groupEmpty = 220711};
-constexpr long kListEmpty = 220701;
+constexpr GroupedFieldsCodes kFieldCodes{.testNameMissing = 220712_error,
+                                         .groupNameMissing = 220713_error,
+                                         .unknownField = 220703_error,
+                                         .testNotContinuous = 220715_error,
+                                         .groupNotCategorical = 220714_error};
+constexpr TwoGroupsCodes kGroupsCodes{.noUnivariateResults = 220706_error,
+                                      .notTwoCategories = 220709_error,
+                                      .inBothLists = 220710_error,
+                                      .groupEmpty = 220711_error};
+constexpr long kListEmpty = 220701_error;
 
 /// The keys of the groups' ranks.
 constexpr double kRankKeys[] = {1.0, 2.0};

@@ -32,16 +32,18 @@ constexpr const char* kUserSpecifyNumberOfOutliers = "userSpecifyNumberOfOutlier
 constexpr const char* kNumberOfOutliers = "NumberOfOutliers";
 constexpr const char* kCaseIdVariableIndex = "caseIDVariableIndex";
 
-constexpr GroupedFieldsCodes kFieldCodes{.testNameMissing = 221112,
-                                         .groupNameMissing = 221113,
-                                         .unknownField = 221103,
-                                         .testNotContinuous = 221115,
-                                         .groupNotCategorical = 221114};
-constexpr TwoGroupsCodes kGroupsCodes{
-    .noUnivariateResults = 221106, .notTwoCategories = 221109, .inBothLists = 221110, .groupEmpty = 221111};
-constexpr long kParameterMissing = 221101;
-constexpr long kOutliersBelowOne = 221116;
-constexpr long kOutliersReduced = 221117;
+constexpr GroupedFieldsCodes kFieldCodes{.testNameMissing = 221112_error,
+                                         .groupNameMissing = 221113_error,
+                                         .unknownField = 221103_error,
+                                         .testNotContinuous = 221115_error,
+                                         .groupNotCategorical = 221114_error};
+constexpr TwoGroupsCodes kGroupsCodes{.noUnivariateResults = 221106_error,
+                                      .notTwoCategories = 221109_error,
+                                      .inBothLists = 221110_error,
+                                      .groupEmpty = 221111_error};
+constexpr long kParameterMissing = 221101_error;
+constexpr long kOutliersBelowOne = 221116_error;
+constexpr long kOutliersReduced = 221117_warning;
 
 constexpr double kShareTrimmed = 0.05;
 

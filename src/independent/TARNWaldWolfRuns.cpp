@@ -30,16 +30,16 @@ constexpr const char* kConditionOfData = "DefaultAllDistinctValuesUsed_I_WaldWol
 constexpr const char* kConditionOfLists = "CategoryListsAreSpecified_I_WaldWolfowitzRuns_2";
 constexpr const char* kTwoCategoryLists = "twoCategoryLists";
 
-constexpr GroupedFieldsCodes kFieldCodes{.testNameMissing = 221411,
-                                         .groupNameMissing = 221412,
-                                         .unknownField = 221403,
-                                         .testNotContinuous = 221404,
-                                         .groupNotCategorical = 221404};
-constexpr long kListsRefused = 221401;
-constexpr long kNoFrequencies = 221406;
-constexpr long kNotTwoCategories = 221409;
-constexpr long kGroupEmpty = 221410;
-constexpr long kTiesAcrossGroups = 221413;
+constexpr GroupedFieldsCodes kFieldCodes{.testNameMissing = 221411_error,
+                                         .groupNameMissing = 221412_error,
+                                         .unknownField = 221403_error,
+                                         .testNotContinuous = 221404_error,
+                                         .groupNotCategorical = 221404_error};
+constexpr long kListsRefused = 221401_error;
+constexpr long kNoFrequencies = 221406_error;
+constexpr long kNotTwoCategories = 221409_error;
+constexpr long kGroupEmpty = 221410_error;
+constexpr long kTiesAcrossGroups = 221413_warning;
 
 /// An exact significance is computed for at most so many cases.
 constexpr std::int32_t kMostExact = 30;

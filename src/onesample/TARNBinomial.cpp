@@ -36,19 +36,19 @@ constexpr BinaryConditionKeys kConditionKeys{
 };
 
 constexpr BinaryCodes kCodes{
-    .nameMissing = 221314,
-    .unknownField = 221303,
-    .listMissing = 221312,
-    .cutPointMissing = 221313,
-    .noMeasureLevel = 221304,
-    .continuousWithoutCut = 221315,
-    .categoricalWithCut = 221316,
-    .noFrequencies = 221306,
-    .tooManyCategories = 221309,
-    .noCategory = 221310,
+    .nameMissing = 221314_error,
+    .unknownField = 221303_error,
+    .listMissing = 221312_error,
+    .cutPointMissing = 221313_error,
+    .noMeasureLevel = 221304_error,
+    .continuousWithoutCut = 221315_error,
+    .categoricalWithCut = 221316_error,
+    .noFrequencies = 221306_error,
+    .tooManyCategories = 221309_error,
+    .noCategory = 221310_error,
 };
-constexpr long kProbabilityAboveObservedShare = 221311;
-constexpr long kImproperProbability = 221317;
+constexpr long kProbabilityAboveObservedShare = 221311_help;
+constexpr long kImproperProbability = 221317_error;
 
 constexpr const char* kClassRows = "Observed;Hypothesized";
 

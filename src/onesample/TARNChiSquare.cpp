@@ -35,12 +35,12 @@ constexpr const char* kGivenExpectedValue = "givenExpectedValue";  // of "classF
 constexpr const char* kCategoryValue = "categoryValue";
 constexpr const char* kExpectedValue = "expectedValue";
 
-constexpr long kSettingMissing = 220201;
-constexpr long kNameMissing = 220203;
-constexpr long kNotCategorical = 220204;
-constexpr long kTooFewCategories = 220209;
-constexpr long kExpectedCountsBelowFive = 220211;
-constexpr long kBadExpectedValues = 220212;
+constexpr long kSettingMissing = 220201_error;
+constexpr long kNameMissing = 220203_error;
+constexpr long kNotCategorical = 220204_error;
+constexpr long kTooFewCategories = 220209_error;
+constexpr long kExpectedCountsBelowFive = 220211_help;
+constexpr long kBadExpectedValues = 220212_error;
 
 constexpr std::size_t kFewestCategories = 2;
 constexpr double kSmallExpectedCount = 5.0;

@@ -33,16 +33,16 @@ constexpr BinaryConditionKeys kConditionKeys{
 };
 
 constexpr BinaryCodes kCodes{
-    .nameMissing = 221513,
-    .unknownField = 221503,
-    .listMissing = 221511,
-    .cutPointMissing = 221512,
-    .noMeasureLevel = 221504,
-    .continuousWithoutCut = 221514,
-    .categoricalWithCut = 221515,
-    .noFrequencies = 221506,
-    .tooManyCategories = 221509,
-    .noCategory = 221510,
+    .nameMissing = 221513_error,
+    .unknownField = 221503_error,
+    .listMissing = 221511_error,
+    .cutPointMissing = 221512_error,
+    .noMeasureLevel = 221504_error,
+    .continuousWithoutCut = 221514_error,
+    .categoricalWithCut = 221515_error,
+    .noFrequencies = 221506_error,
+    .tooManyCategories = 221509_error,
+    .noCategory = 221510_error,
 };
 
 }  // namespace

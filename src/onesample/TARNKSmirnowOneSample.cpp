@@ -28,19 +28,19 @@
 
 namespace {
 
-constexpr long kNameMissing = 220303;
-constexpr long kFieldNotContinuous = 220304;
-constexpr long kExponentFailed = 220305;
+constexpr long kNameMissing = 220303_error;
+constexpr long kFieldNotContinuous = 220304_error;
+constexpr long kExponentFailed = 220305_error;
 /// Of a single value, whose record is passed over: no message bears it, as the element tells of all of them at once.
-[[maybe_unused]] constexpr long kValueOutsideRange = 220308;
-constexpr long kNormalApproximation = 220309;
-constexpr long kNoValueInUniformRange = 220310;
-constexpr long kUniformOutliers = 220311;
-constexpr long kNotPoisson = 220312;
-constexpr long kNotExponential = 220313;
-constexpr long kExponentialOutliers = 220314;
-constexpr long kNoSpread = 220315;
-constexpr long kNoRange = 220316;
+[[maybe_unused]] constexpr long kValueOutsideRange = 220308_warning;
+constexpr long kNormalApproximation = 220309_help;
+constexpr long kNoValueInUniformRange = 220310_error;
+constexpr long kUniformOutliers = 220311_warning;
+constexpr long kNotPoisson = 220312_error;
+constexpr long kNotExponential = 220313_error;
+constexpr long kExponentialOutliers = 220314_warning;
+constexpr long kNoSpread = 220315_error;
+constexpr long kNoRange = 220316_error;
 
 /// From this mean on a Poisson distribution is taken for a normal one.
 constexpr double kLargeMean = 100000;

@@ -25,6 +25,7 @@
 #include "support/Significance.h"
 #include "vocabulary/OneSampleKeys.h"
 #include "vocabulary/SettingKeys.h"
+#include "vocabulary/StatusCodes.h"
 #include "vocabulary/TestFacts.h"
 
 namespace {
@@ -46,12 +47,12 @@ constexpr const char* kOriginalGroup1List = "originalGroup1List";
 constexpr const char* kOriginalGroup2List = "originalGroup2List";
 constexpr const char* kInvalidCategories = "GivenCategoryListInvalid";
 
-constexpr long kSettingMissing = 220101;
-constexpr long kUnknownField = 220103;
-constexpr long kListMissing = 220109;
-constexpr long kCutPointMissing = 220110;
-constexpr long kNotTwoCategories = 220111;
-constexpr long kEmptyClass = 220112;
+constexpr long kSettingMissing = 220101_error;
+constexpr long kUnknownField = 220103_error;
+constexpr long kListMissing = 220109_error;
+constexpr long kCutPointMissing = 220110_error;
+constexpr long kNotTwoCategories = 220111_error;
+constexpr long kEmptyClass = 220112_error;
 
 constexpr double kCorrectedBelow = 50;
 

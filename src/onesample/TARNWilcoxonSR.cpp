@@ -30,10 +30,10 @@ namespace {
 
 constexpr const char* kConditionKey = "O_WilcoxonSignedRanks_2";
 
-constexpr long kTestValueMissing = 220801;
-constexpr long kUnknownField = 220803;
-constexpr long kNameMissing = 220812;
-constexpr long kFieldNotContinuous = 220815;
+constexpr long kTestValueMissing = 220801_error;
+constexpr long kUnknownField = 220803_error;
+constexpr long kNameMissing = 220812_error;
+constexpr long kFieldNotContinuous = 220815_error;
 
 /// The group keys under which absolute differences are ranked.
 constexpr double kPositiveKey = 1.0;

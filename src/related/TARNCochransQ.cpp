@@ -28,16 +28,16 @@ namespace {
 constexpr const char* kConditionOfData = "DefaultAllDistinctValuesUsed_R_CochransQ_1";
 constexpr const char* kConditionOfList = "CategoryListsAreSpecified_R_CochransQ_1";
 
-constexpr long kUnknownField = 221203;
-constexpr long kNoUnivariateResults = 221206;
-constexpr long kCategoriesUnusable = 221209;
-constexpr long kSuccessUnusable = 221210;
-constexpr long kThirdCategory = 221213;
-constexpr long kTooFewFields = 221214;
-constexpr long kNamesMissing = 221215;
-constexpr long kNotCategorical = 221216;
-constexpr RefusalCodes kNotSignificant{.pairwise = 221220, .stepwise = 221218};
-constexpr RefusalCodes kTooFewToCompare{.pairwise = 221219, .stepwise = 221217};
+constexpr long kUnknownField = 221203_error;
+constexpr long kNoUnivariateResults = 221206_error;
+constexpr long kCategoriesUnusable = 221209_error;
+constexpr long kSuccessUnusable = 221210_error;
+constexpr long kThirdCategory = 221213_error;
+constexpr long kTooFewFields = 221214_error;
+constexpr long kNamesMissing = 221215_error;
+constexpr long kNotCategorical = 221216_error;
+constexpr RefusalCodes kNotSignificant{.pairwise = 221220_warning, .stepwise = 221218_warning};
+constexpr RefusalCodes kTooFewToCompare{.pairwise = 221219_warning, .stepwise = 221217_warning};
 
 constexpr std::size_t kFewestFields = 2;
 constexpr std::size_t kFewestToCompare = 3;

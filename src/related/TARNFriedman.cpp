@@ -11,6 +11,7 @@
 
 #include "related/TARNFriedman.h"
 
+#include "vocabulary/StatusCodes.h"
 #include "vocabulary/TestFacts.h"
 
 namespace {
@@ -18,13 +19,13 @@ namespace {
 constexpr RankedRowsTest kFriedman{
     .facts = Tests::kFriedman,
     .conditionKey = "R_FriedmansTwoWayByRanks_1",
-    .namesMissing = 221811,
-    .unknownField = 221803,
-    .tooFewFields = 221809,
-    .notContinuous = 221804,
-    .comparisonMissing = 221801,
-    .notSignificant = {.pairwise = 221813, .stepwise = 221814},
-    .tooFewToCompare = {.pairwise = 221815, .stepwise = 221816},
+    .namesMissing = 221811_error,
+    .unknownField = 221803_error,
+    .tooFewFields = 221809_error,
+    .notContinuous = 221804_error,
+    .comparisonMissing = 221801_error,
+    .notSignificant = {.pairwise = 221813_warning, .stepwise = 221814_warning},
+    .tooFewToCompare = {.pairwise = 221815_warning, .stepwise = 221816_warning},
     .rules = ComparisonRulesOf::kFriedman,
 };
 

@@ -26,8 +26,10 @@ namespace {
 
 constexpr const char* kConditionKey = "R_HodgesLehman_2";
 
-constexpr PairCodes kCodes{
-    .namesMissing = 222410, .unknownField = 222403, .notTwoFields = 222409, .notContinuous = 222404};
+constexpr PairCodes kCodes{.namesMissing = 222410_error,
+                           .unknownField = 222403_error,
+                           .notTwoFields = 222409_error,
+                           .notContinuous = 222404_error};
 
 /// N (N + 1) / 4, the product 32 bits wide by definition: above 46340 cases it wraps around and takes the interval
 /// with it. docs/limits.md tells what a user sees.

@@ -9,6 +9,7 @@
 
 #include "related/TARNKendallsW.h"
 
+#include "vocabulary/StatusCodes.h"
 #include "vocabulary/TestFacts.h"
 
 #include "support/Int32.h"
@@ -18,13 +19,13 @@ namespace {
 constexpr RankedRowsTest kKendallsW{
     .facts = Tests::kKendall,
     .conditionKey = "R_KendallsCoefficient_1",
-    .namesMissing = 221911,
-    .unknownField = 221903,
-    .tooFewFields = 221909,
-    .notContinuous = 221904,
-    .comparisonMissing = 221901,
-    .notSignificant = {.pairwise = 221913, .stepwise = 221914},
-    .tooFewToCompare = {.pairwise = 221915, .stepwise = 221916},
+    .namesMissing = 221911_error,
+    .unknownField = 221903_error,
+    .tooFewFields = 221909_error,
+    .notContinuous = 221904_error,
+    .comparisonMissing = 221901_error,
+    .notSignificant = {.pairwise = 221913_warning, .stepwise = 221914_warning},
+    .tooFewToCompare = {.pairwise = 221915_warning, .stepwise = 221916_warning},
     .rules = ComparisonRulesOf::kKendallsW,
 };
 

@@ -32,12 +32,12 @@ constexpr const char* kConditionKey = "AllDistinctValuesUsed_R_MarginalHomogenei
 constexpr const char* kScoreList = "scoreList";
 constexpr const char* kNumberOfCategories = "numberOfCategories";
 
-constexpr long kNotAligned = 220006;
-constexpr long kSettingMissing = 221701;
-constexpr long kNamesMissing = 221703;
-constexpr long kCategoriesDiffer = 221709;
-constexpr long kNotCategorical = 221710;
-constexpr long kNotAPair = 221711;
+constexpr long kNotAligned = 220006_error;
+constexpr long kSettingMissing = 221701_error;
+constexpr long kNamesMissing = 221703_error;
+constexpr long kCategoriesDiffer = 221709_error;
+constexpr long kNotCategorical = 221710_error;
+constexpr long kNotAPair = 221711_error;
 
 }  // namespace
 

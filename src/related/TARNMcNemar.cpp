@@ -24,6 +24,7 @@
 #include "support/ResultElements.h"
 #include "support/Significance.h"
 #include "vocabulary/SettingKeys.h"
+#include "vocabulary/StatusCodes.h"
 #include "vocabulary/TestFacts.h"
 
 namespace {
@@ -38,15 +39,15 @@ constexpr const char* kSuccessListSecond = "UserSpecifiedSuccListVar1";
 constexpr const char* kFailListFirst = "UserSpecifiedFailListVar0";
 constexpr const char* kFailListSecond = "UserSpecifiedFailListVar1";
 
-constexpr long kNamesMissing = 221603;
-constexpr long kBinomialFailed = 221605;
-constexpr long kNoUnivariateResults = 221606;
-constexpr long kCategoriesUnusable = 221609;
-constexpr long kThirdCategory = 221610;
-constexpr long kNoSuccessCategory = 221611;
-constexpr long kExactBesideAsymptotic = 221612;
-constexpr long kNotOfOneCategoricalKind = 221613;
-constexpr long kNotAPair = 221614;
+constexpr long kNamesMissing = 221603_error;
+constexpr long kBinomialFailed = 221605_error;
+constexpr long kNoUnivariateResults = 221606_error;
+constexpr long kCategoriesUnusable = 221609_error;
+constexpr long kThirdCategory = 221610_error;
+constexpr long kNoSuccessCategory = 221611_error;
+constexpr long kExactBesideAsymptotic = 221612_help;
+constexpr long kNotOfOneCategoricalKind = 221613_error;
+constexpr long kNotAPair = 221614_error;
 
 constexpr std::int32_t kDegreesOfFreedom = 1;
 

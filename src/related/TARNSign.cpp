@@ -29,12 +29,12 @@ namespace {
 
 constexpr const char* kConditionKey = "R_Sign_2";
 
-constexpr long kUnknownField = 220903;
-constexpr long kNamesMissing = 220912;
-constexpr long kFieldNotContinuous = 220915;
-constexpr long kExactInPlaceOfAsymptotic = 220916;
-constexpr long kMoreThanTwoFields = 220917;
-constexpr long kNotAPair = 220918;
+constexpr long kUnknownField = 220903_error;
+constexpr long kNamesMissing = 220912_error;
+constexpr long kFieldNotContinuous = 220915_error;
+constexpr long kExactInPlaceOfAsymptotic = 220916_help;
+constexpr long kMoreThanTwoFields = 220917_error;
+constexpr long kNotAPair = 220918_error;
 
 constexpr std::size_t kPairSize = 2;
 

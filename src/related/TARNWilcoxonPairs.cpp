@@ -25,8 +25,10 @@ namespace {
 
 constexpr const char* kConditionKey = "R_WilcoxonSignedRanks_2";
 
-constexpr PairCodes kCodes{
-    .namesMissing = 221010, .unknownField = 221003, .notTwoFields = 221009, .notContinuous = 221004};
+constexpr PairCodes kCodes{.namesMissing = 221010_error,
+                           .unknownField = 221003_error,
+                           .notTwoFields = 221009_error,
+                           .notContinuous = 221004_error};
 
 /// n (n + 1), 32 bits wide by definition: above 46340 differences it wraps around, and the mean and the standard
 /// error are those of the wrapped number. docs/limits.md tells what a user sees.

@@ -8,12 +8,13 @@
 #include "vocabulary/EntryKeys.h"
 #include "vocabulary/RequestKeys.h"
 #include "vocabulary/SettingKeys.h"
+#include "vocabulary/StatusCodes.h"
 #include "vocabulary/TestFacts.h"
 
 namespace {
 
-constexpr long kGroupFieldUnusable = 220024;
-constexpr long kCategoricalFieldsLeftOut = 220025;
+constexpr long kGroupFieldUnusable = 220024_warning;
+constexpr long kCategoricalFieldsLeftOut = 220025_warning;
 
 void CopyMedianKeys(const RequestedTest& test, QKSettings& entry) {
     test.CopyFlag(EntryKey::kUserSpecifyMedian, entry);

@@ -10,13 +10,14 @@
 #include "vocabulary/OneSampleKeys.h"
 #include "vocabulary/RequestKeys.h"
 #include "vocabulary/SettingKeys.h"
+#include "vocabulary/StatusCodes.h"
 #include "vocabulary/TestFacts.h"
 
 namespace {
 
-constexpr long kContinuousInChiSquare = 220021;
-constexpr long kTestsWithoutFields = 220022;
-constexpr long kFieldsRejected = 220023;
+constexpr long kContinuousInChiSquare = 220021_warning;
+constexpr long kTestsWithoutFields = 220022_warning;
+constexpr long kFieldsRejected = 220023_warning;
 
 constexpr double kDefaultTestProbability = 0.5;
 /// The four tests of this kind have one name in warnings.

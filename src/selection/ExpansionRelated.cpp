@@ -8,17 +8,18 @@
 #include "vocabulary/EntryKeys.h"
 #include "vocabulary/RequestKeys.h"
 #include "vocabulary/SettingKeys.h"
+#include "vocabulary/StatusCodes.h"
 #include "vocabulary/TestFacts.h"
 
 namespace {
 
-constexpr long kContinuousNotUsed = 220014;
-constexpr long kOrdinalNotUsed = 220015;
-constexpr long kNominalNotUsed = 220016;
-constexpr long kContinuousMismatch = 220017;
-constexpr long kOrdinalMismatch = 220018;
-constexpr long kNominalMismatch = 220019;
-constexpr long kTestsWithoutFields = 220020;
+constexpr long kContinuousNotUsed = 220014_warning;
+constexpr long kOrdinalNotUsed = 220015_warning;
+constexpr long kNominalNotUsed = 220016_warning;
+constexpr long kContinuousMismatch = 220017_warning;
+constexpr long kOrdinalMismatch = 220018_warning;
+constexpr long kNominalMismatch = 220019_warning;
+constexpr long kTestsWithoutFields = 220020_warning;
 
 constexpr std::size_t kPairSize = 2;
 

@@ -5,9 +5,7 @@
 #include <vector>
 
 #include "platform/common/QKStatus.h"
-
-/// How a message of a test is meant. The kind comes from whoever adds the message, not from its code.
-enum class MessageKind { kError = 0, kWarning = 1, kHelpMessage = 2 };
+#include "vocabulary/StatusCodes.h"
 
 /// One message of a test: a status code with the parameters that its text will name.
 struct TestMessage {
