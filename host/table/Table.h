@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <limits>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -9,13 +8,14 @@
 #include <vector>
 
 #include "host/table/FieldType.h"
+#include "vocabulary/MissingValues.h"
 
 namespace tarn {
 
 /// The value of a missing cell of a continuous column.
-inline constexpr double kMissingNumber = -std::numeric_limits<double>::max();
+inline constexpr double kMissingNumber = MissingValue::kNumber;
 /// The value of a missing cell of a categorical column.
-inline constexpr double kMissingCategory = -1;
+inline constexpr double kMissingCategory = MissingValue::kCategory;
 
 /// One category of a categorical column: `text` is its value in a string column, `number` in any other.
 struct Category {

@@ -13,11 +13,13 @@
 #include "platform/hx/hx.h"
 #include "platform/peer/HostCall.h"
 #include "platform/peer/HxCppHelper.h"
+#include "vocabulary/MissingValues.h"
 #include "vocabulary/StatusCodes.h"
 
 namespace {
 
 // The headers for a host in C stand by themselves, so what they say again is checked here.
+static_assert(HX_MISSING_VALUE == MissingValue::kNumber);
 static_assert(std::ranges::all_of(std::array{HX_ERROR_NO_COMPONENT, HX_ERROR_SETTINGS, HX_ERROR_DATA_MODEL,
                                              HX_ERROR_FIELDS, HX_ERROR_NO_REQUIREMENTS, HX_ERROR_NO_RECORD,
                                              HX_ERROR_RECORDS, HX_ERROR_OUT_OF_MEMORY},

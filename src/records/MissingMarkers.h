@@ -6,6 +6,10 @@
 #include "platform/common/QKMV.h"
 #include "platform/common/QKVarList.h"
 #include "platform/common/Record.h"
+#include "vocabulary/MissingValues.h"
+
+// The platform's declarations include nothing of ours, so they say again what a missing value is.
+static_assert(QKMV::Missing() == MissingValue::kNumber && kMissingCategory == MissingValue::kCategory);
 
 namespace QKTarn {
 
