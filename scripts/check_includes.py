@@ -27,10 +27,12 @@ FLOORS = [
     ["src/platform", "src/vocabulary"],
 ]
 TOPS = ("apps", "host", "src", "runtime", "tests", "bench", "fuzz", "python")
+# The bottom of the house: no file of it includes any other.
+WORDS = "src/vocabulary/"
 # Headers that include nothing of the project, open to all floors.
 OPEN_HEADERS = {"src/records/LargeBlock.h"}
 # What the host may include of what is below it: the words, and what a host in C sees of the engine.
-HOST_MAY_USE = ("src/vocabulary/", "src/platform/hx/", "runtime/common/DecimalNumber.h", "runtime/common/XmlCharacters.h")
+HOST_MAY_USE = (WORDS, "src/platform/hx/", "runtime/common/DecimalNumber.h", "runtime/common/XmlCharacters.h")
 # The room of the host for plans goes to the engine's C++ factory, as a program would that links the library.
 PLAN_MAY_USE = ("src/platform/common/", "src/catalogue/TARNFactory.h", "src/planning/TARNReporter.h",
                 "src/support/QKVecValue.h")
@@ -86,6 +88,8 @@ def complaint(path, target):
         return complaint_of_program(path, target)
     if target.startswith(PROGRAMS):
         return "what users get doesn't include what tests it"
+    if path.startswith(WORDS):
+        return "the words include nothing of the project, not even one another"
     if target in OPEN_HEADERS:
         return None
     if path.startswith("runtime/"):
