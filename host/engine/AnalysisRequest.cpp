@@ -14,6 +14,7 @@
 #include "host/engine/OrderedScores.h"
 #include "host/table/CellValue.h"
 #include "host/table/TableMedian.h"
+#include "vocabulary/TestFacts.h"
 
 namespace tarn {
 
@@ -22,7 +23,7 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr std::array<std::string_view, 4> kDistributionNames{"normal", "uniform", "poisson", "exponential"};
-constexpr std::string_view kOneSampleKs = "OKolmogorovSmirnov";
+constexpr std::string_view kOneSampleKs = Tests::kKolmogorovSmirnov.requestName;
 
 /// "; did you mean ...?", or the names that there are.
 std::string Hint(std::string_view name, std::span<const std::string_view> known) {
@@ -154,11 +155,11 @@ class Builder {
     }
 
     void CheckOrdersFor(const TestName& test) const {
-        if (test.requestKey == "IJonckheereTerpstra") {
+        if (test.requestKey == Tests::kJonckheereTerpstra.requestName) {
             const Column& group = ColumnOf(options_.group);
             if (group.IsText() && !group.IsOrderTold()) FailWithoutOrder(test.name, " needs the order of ", group);
         }
-        const bool scores = test.requestKey == "RMarginalHomogeneity";
+        const bool scores = test.requestKey == Tests::kMarginalHomogeneity.requestName;
         if (!scores && !RanksValues(test)) return;
         const std::vector<std::string>& fields = FieldsOf(test.family);
         const auto isWords = [&](const std::string& field) {
@@ -177,9 +178,7 @@ class Builder {
 
     /// Whether a test takes an ordinal field by the numbers of its categories.
     static bool RanksValues(const TestName& test) {
-        constexpr std::array<std::string_view, 6> kTakeCategories{"OBinomial", "OChiSquare", "ORuns",
-                                                                  "RMcNemar",  "RCochransQ", "RMarginalHomogeneity"};
-        return std::ranges::find(kTakeCategories, test.requestKey) == kTakeCategories.end();
+        return Tests::OfResult(test.resultName)->takes == FieldsTaken::kNumbers;
     }
 
     [[noreturn]] static void FailWithoutOrder(std::string_view test, const char* does, const Column& column) {
@@ -226,7 +225,8 @@ class Builder {
         // Each field of one sample is tested by itself and has to have a first class.
         for (const std::string& field : options_.oneSample) {
             const Column& column = ColumnOf(field);
-            if (!column.IsCategorical() || !IsSelected("OBinomial", "ORuns")) continue;
+            if (!column.IsCategorical() || !IsSelected(Tests::kBinomial.requestName, Tests::kRuns.requestName))
+                continue;
             const auto isOfField = [&](const std::string& word) { return FindCategory(column, word) != nullptr; };
             if (std::ranges::none_of(options_.success, isOfField)) FailAtCategory(options_.success.front(), {&column});
         }
@@ -247,8 +247,8 @@ class Builder {
                 if (ColumnOf(field).IsCategorical()) columns.push_back(&ColumnOf(field));
             }
         };
-        if (IsSelected("OBinomial", "ORuns")) add(options_.oneSample);
-        if (IsSelected("RMcNemar", "RCochransQ")) add(options_.related);
+        if (IsSelected(Tests::kBinomial.requestName, Tests::kRuns.requestName)) add(options_.oneSample);
+        if (IsSelected(Tests::kMcNemar.requestName, Tests::kCochran.requestName)) add(options_.related);
         return columns;
     }
 
@@ -294,13 +294,18 @@ class Builder {
             std::vector<std::string_view> requestKeys;  ///< of the tests that take it
         };
         const Parameter parameters[] = {
-            {"--test-value", options_.testValue.has_value(), {"OWilcoxonSignedRanks", "IKMedian"}},
-            {"--cut-point", options_.cutPoint.has_value(), {"OBinomial", "ORuns"}},
-            {"--probability", options_.probability.has_value(), {"OBinomial"}},
-            {"--success", !options_.success.empty(), {"OBinomial", "ORuns", "RMcNemar", "RCochransQ"}},
+            {"--test-value",
+             options_.testValue.has_value(),
+             {Tests::kWilcoxonOneSample.requestName, Tests::kMedian.requestName}},
+            {"--cut-point", options_.cutPoint.has_value(), {Tests::kBinomial.requestName, Tests::kRuns.requestName}},
+            {"--probability", options_.probability.has_value(), {Tests::kBinomial.requestName}},
+            {"--success",
+             !options_.success.empty(),
+             {Tests::kBinomial.requestName, Tests::kRuns.requestName, Tests::kMcNemar.requestName,
+              Tests::kCochran.requestName}},
             {"--distribution", !options_.distributions.empty(), {kOneSampleKs}},
-            {"--outliers", options_.outliers.has_value(), {"IMoses"}},
-            {"--descending", options_.descending, {"IJonckheereTerpstra"}},
+            {"--outliers", options_.outliers.has_value(), {Tests::kMoses.requestName}},
+            {"--descending", options_.descending, {Tests::kJonckheereTerpstra.requestName}},
         };
         for (const Parameter& parameter : parameters) {
             std::vector<std::string_view> takers;
@@ -358,7 +363,7 @@ class Builder {
             return ColumnOf(field).level == FieldLevel::kOrdinal && ColumnOf(field).categories.size() > kClasses;
         };
         if (options_.related.size() < 2 || !std::ranges::all_of(options_.related, isOrdered)) return {};
-        return {options_.related.size() == 2 ? "wilcoxon" : "friedman"};
+        return {std::string((options_.related.size() == 2 ? Tests::kWilcoxonPairs : Tests::kFriedman).userName)};
     }
 
     /// The automatic choice looks at the groups alone and hands fields that are no numbers to tests of numbers. Where
@@ -368,7 +373,7 @@ class Builder {
             options_.independent, [&](const std::string& field) { return !ColumnOf(field).IsCategorical(); });
         const std::size_t groups = ColumnOf(options_.group).categories.size();
         if (allContinuous || groups < 2) return {};
-        return {groups == 2 ? "mann-whitney" : "kruskal-wallis"};
+        return {std::string((groups == 2 ? Tests::kMannWhitney : Tests::kKruskalWallis).userName)};
     }
 
     /// The automatic choice compares all pairs of samples. Where steps are asked for, the test that it would choose for
@@ -377,7 +382,7 @@ class Builder {
         constexpr std::size_t kFewestSamples = 3;
         constexpr std::size_t kClasses = 2;
         if (family == TestFamily::kIndependent && ColumnOf(options_.group).categories.size() >= kFewestSamples) {
-            return {"kruskal-wallis"};
+            return {std::string(Tests::kKruskalWallis.userName)};
         }
         if (family != TestFamily::kRelated || options_.related.size() < kFewestSamples) return {};
         const FieldLevel level = ColumnOf(options_.related.front()).level;
@@ -385,7 +390,7 @@ class Builder {
             return ColumnOf(field).level == level && ColumnOf(field).categories.size() <= kClasses;
         });
         if (!areOfOneKind) return {};
-        return {level == FieldLevel::kContinuous ? "friedman" : "cochran"};
+        return {std::string((level == FieldLevel::kContinuous ? Tests::kFriedman : Tests::kCochran).userName)};
     }
 
     void AddTest(const TestName& test, bool isSelected) {
@@ -412,25 +417,25 @@ class Builder {
 
     void AddParameters(const TestName& test, Json& entry) {
         const std::string_view key = test.requestKey;
-        if (key == "OBinomial") AddBinomial(entry);
-        if (key == "OChiSquare") entry["classFormation"] = "getFromData";
-        if (key == "ORuns") AddRuns(entry);
-        if (key == "OWilcoxonSignedRanks") AddTestValue(entry);
-        if (key == "RMcNemar") AddSuccess(entry, "classFormation", "categoriesList");
-        if (key == "RCochransQ") AddSuccess(entry, "classFormation", "successCategoryList");
-        if (key == "IMoses" && options_.outliers) {
+        if (key == Tests::kBinomial.requestName) AddBinomial(entry);
+        if (key == Tests::kChiSquare.requestName) entry["classFormation"] = "getFromData";
+        if (key == Tests::kRuns.requestName) AddRuns(entry);
+        if (key == Tests::kWilcoxonOneSample.requestName) AddTestValue(entry);
+        if (key == Tests::kMcNemar.requestName) AddSuccess(entry, "classFormation", "categoriesList");
+        if (key == Tests::kCochran.requestName) AddSuccess(entry, "classFormation", "successCategoryList");
+        if (key == Tests::kMoses.requestName && options_.outliers) {
             entry["userSpecifyNumberOfOutliers"] = true;
             entry["NumberOfOutliers"] = *options_.outliers;
         }
-        if (key == "IJonckheereTerpstra") {
+        if (key == Tests::kJonckheereTerpstra.requestName) {
             entry["orderOfHypotheses"] = options_.descending ? "orderLargestToSmallest" : "orderSmallestToLargest";
         }
-        if (key == "IKMedian" && options_.testValue) {
+        if (key == Tests::kMedian.requestName && options_.testValue) {
             entry["userSpecifyMedian"] = true;
             entry["median"] = *options_.testValue;
         }
         // As the automatic choice does it.
-        const bool isChosen = key == "RFriedmansTwoWayByRanks" && options_.compare.empty() && options_.tests.empty();
+        const bool isChosen = key == Tests::kFriedman.requestName && options_.compare.empty() && options_.tests.empty();
         if (options_.compare == "pairwise" || isChosen) entry["typeOfMultipleComparison"] = "pairWise";
         if (options_.compare == "stepwise") entry["typeOfMultipleComparison"] = "stepWise";
     }

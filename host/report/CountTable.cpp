@@ -1,4 +1,5 @@
 #include "host/report/CountTable.h"
+#include "vocabulary/TestFacts.h"
 
 namespace tarn {
 
@@ -9,10 +10,10 @@ CountTable ReadClasses(const TestResult& test, const ResultTable& content, const
     CountTable counts;
     counts.rows = content.lines;
     counts.rowTitles = content.lineNames;
-    if (test.name == "OBinomial") {
+    if (test.name == Tests::kBinomial.resultName) {
         counts.rowTitles = {"observed %", "expected %"};
         counts.columnTitles = {"first class", "second class"};
-    } else if (test.name == "OChiSquare") {
+    } else if (test.name == Tests::kChiSquare.resultName) {
         const ResultField* const field = test.parameters.empty() ? nullptr : document.FieldAt(test.parameters.front());
         for (std::string& title : counts.rowTitles) {
             if (const std::string* shown = field ? field->CategoryAt(title) : nullptr) title = *shown;

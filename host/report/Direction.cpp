@@ -1,4 +1,5 @@
 #include "host/report/Direction.h"
+#include "vocabulary/TestFacts.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -115,30 +116,32 @@ std::vector<std::string> OccurringGroups(const TestResult& test, const ResultDoc
 void TurnToOneDirection(const TestResult& test, const ResultDocument& document, const MessageCatalogue& texts,
                         TestReading& reading) {
     if (reading.HasError()) return;
-    if (test.name == "RSign" || test.name == "RWilcoxonSignedRanks" || test.name == "RHodgesLehmannEstimatePairs") {
+    if (test.name == Tests::kSign.resultName || test.name == Tests::kWilcoxonPairs.resultName ||
+        test.name == Tests::kHodgesLehmannPairs.resultName) {
         if (reading.fields.size() == kTwo) reading.direction = {reading.fields[1], reading.fields[0]};
-    } else if (test.name == "RMarginalHomogeneity") {
+    } else if (test.name == Tests::kMarginalHomogeneity.resultName) {
         if (reading.fields.size() == kTwo) reading.direction = {reading.fields[0], reading.fields[1]};
-    } else if (test.name == "OWilcoxonSignedRanks") {
+    } else if (test.name == Tests::kWilcoxonOneSample.resultName) {
         const Figure* const median = FindFigure(reading.figures, "HypotheticalMedian");
         if (median != nullptr && !reading.fields.empty()) {
             reading.direction = {reading.fields[0], ShortNumber(median->value)};
         }
-    } else if (test.name == "IHodgesLehmannEstimateGroups") {
+    } else if (test.name == Tests::kHodgesLehmannGroups.resultName) {
         const std::vector<std::string> groups = OccurringGroups(test, document);
         if (groups.size() == kTwo) reading.direction = {groups[0], groups[1]};
-    } else if (test.name == "IMannWhitneyU" || test.name == "IKolmogorovSmirnov") {
+    } else if (test.name == Tests::kMannWhitney.resultName ||
+               test.name == Tests::kKolmogorovSmirnovTwoSample.resultName) {
         if (reading.samples.size() != kTwo) return;
         const bool areSwapped = AreSwapped(test);
         reading.direction = {reading.samples[areSwapped ? 1 : 0].name, reading.samples[areSwapped ? 0 : 1].name};
-        if (test.name == "IMannWhitneyU") {
+        if (test.name == Tests::kMannWhitney.resultName) {
             TurnMannWhitney(texts, reading);
         } else {
             TurnKolmogorovSmirnov(texts, reading);
             reading.direction = {};  // its numbers are of distribution functions, which fall where values rise
         }
         if (areSwapped) std::swap(reading.samples[0], reading.samples[1]);
-    } else if (test.name == "IMoses" && !reading.samples.empty()) {
+    } else if (test.name == Tests::kMoses.resultName && !reading.samples.empty()) {
         for (StatisticSet& set : reading.statistics)
             set.label = LabelOf("spanOf", {reading.samples.front().name}, texts);
         reading.samples.front().role = texts.Label("controlGroup");

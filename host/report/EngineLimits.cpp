@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "host/report/TestReading.h"
+#include "vocabulary/TestFacts.h"
 
 namespace tarn {
 
@@ -119,15 +120,17 @@ bool KruskalWallisWraps(const TestReading& test, const ResultDocument&) {
 
 constexpr std::array kLimits{
     EngineLimit{"case-counts", "", kAll, CountsWrap},
-    EngineLimit{"wilcoxon-pairs", "RWilcoxonSignedRanks", kNormalApproximation, WilcoxonPairsWraps},
-    EngineLimit{"hodges-lehmann-pairs", "RHodgesLehmannEstimatePairs", kIntervalOnly, HodgesLehmannPairsWraps},
-    EngineLimit{"hodges-lehmann-groups", "IHodgesLehmannEstimateGroups", kIntervalOnly, HodgesLehmannGroupsWraps},
-    EngineLimit{"ranked-rows", "RFriedmansTwoWayByRanks", kChiSquare, RankedRowsWrap},
-    EngineLimit{"ranked-rows", "RKendallsCoefficient", kChiSquare, RankedRowsWrap},
-    EngineLimit{"cochran", "RCochransQ", kChiSquare, CochransQWraps},
-    EngineLimit{"cochran-pairs", "RCochransQ", kPairsOnly, CochransQPairsWrap},
-    EngineLimit{"kolmogorov-smirnov-groups", "IKolmogorovSmirnov", kChiSquare, KolmogorovSmirnovGroupsWraps},
-    EngineLimit{"kruskal-wallis", "IKruskalWallis", kChiSquare, KruskalWallisWraps},
+    EngineLimit{"wilcoxon-pairs", Tests::kWilcoxonPairs.resultName, kNormalApproximation, WilcoxonPairsWraps},
+    EngineLimit{"hodges-lehmann-pairs", Tests::kHodgesLehmannPairs.resultName, kIntervalOnly, HodgesLehmannPairsWraps},
+    EngineLimit{"hodges-lehmann-groups", Tests::kHodgesLehmannGroups.resultName, kIntervalOnly,
+                HodgesLehmannGroupsWraps},
+    EngineLimit{"ranked-rows", Tests::kFriedman.resultName, kChiSquare, RankedRowsWrap},
+    EngineLimit{"ranked-rows", Tests::kKendall.resultName, kChiSquare, RankedRowsWrap},
+    EngineLimit{"cochran", Tests::kCochran.resultName, kChiSquare, CochransQWraps},
+    EngineLimit{"cochran-pairs", Tests::kCochran.resultName, kPairsOnly, CochransQPairsWrap},
+    EngineLimit{"kolmogorov-smirnov-groups", Tests::kKolmogorovSmirnovTwoSample.resultName, kChiSquare,
+                KolmogorovSmirnovGroupsWraps},
+    EngineLimit{"kruskal-wallis", Tests::kKruskalWallis.resultName, kChiSquare, KruskalWallisWraps},
 };
 
 }  // namespace

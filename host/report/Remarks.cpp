@@ -1,4 +1,5 @@
 #include "host/report/Remarks.h"
+#include "vocabulary/TestFacts.h"
 
 #include <algorithm>
 #include <cmath>
@@ -74,7 +75,7 @@ bool ExactDecidesOverTies(const TestReading& reading) {
 // The search goes through the fields in the order of their successes, while a statistic takes its two parts from the
 // fields in the order of the request.
 bool MixesFields(const TestResult& test) {
-    if (test.name != "RCochransQ") return false;
+    if (test.name != Tests::kCochran.resultName) return false;
     const ResultTable* const subsets = test.content.Table("StepwiseResult");
     const ResultTable* const info = subsets == nullptr ? nullptr : subsets->Table("StepwiseInfo");
     if (info == nullptr || info->lines.empty()) return false;
@@ -90,9 +91,9 @@ std::vector<std::string> RemarksOn(const TestResult& test, const TestReading& re
     const auto add = [&](const char* key) {
         if (const std::string* const text = texts.Remark(key)) remarks.push_back(*text);
     };
-    if (reading.name == "IMannWhitneyU" && ExactDecidesOverTies(reading)) add(kMannWhitneyTies);
+    if (reading.name == Tests::kMannWhitney.resultName && ExactDecidesOverTies(reading)) add(kMannWhitneyTies);
     if (MixesFields(test)) add(kCochranSubsets);
-    if (reading.name == "IMoses" && !reading.HasError()) RemarkOnMoses(reading, texts, remarks);
+    if (reading.name == Tests::kMoses.resultName && !reading.HasError()) RemarkOnMoses(reading, texts, remarks);
     return remarks;
 }
 

@@ -10,6 +10,7 @@
 
 #include "host/InputError.h"
 #include "runtime/common/DecimalNumber.h"
+#include "vocabulary/TestFacts.h"
 
 namespace tarn {
 
@@ -139,7 +140,7 @@ void MendIntervalFields(ResultDocument& result) {
         indexAsExecuted.insert(indexAsExecuted.end(), copied.contains(index) ? 2 : 1, index);
     }
     for (TestResult& test : result.tests) {
-        if (test.name != "OEstimateConfidenceInterval" || test.parameters.empty()) continue;
+        if (test.name != Tests::kProportionIntervals.resultName || test.parameters.empty()) continue;
         const std::string* const index = ElementAt(indexAsExecuted, test.parameters.front());
         if (index != nullptr) test.parameters.front() = *index;
     }

@@ -1,4 +1,5 @@
 #include "host/report/ResultOrder.h"
+#include "vocabulary/TestFacts.h"
 
 #include <algorithm>
 #include <tuple>
@@ -24,8 +25,8 @@ std::tuple<std::size_t, std::size_t, std::size_t> PlaceOf(const TestResult& test
         if (tested != nullptr) field = PositionIn(order.families[family].fields, tested->name);
     }
     // The intervals of a proportion come with the binomial test and follow it.
-    const bool isOfBinomial = test.name == "OEstimateConfidenceInterval";
-    return {family, field, PositionIn(order.tests, isOfBinomial ? "OBinomial" : test.name)};
+    const bool isOfBinomial = test.name == Tests::kProportionIntervals.resultName;
+    return {family, field, PositionIn(order.tests, isOfBinomial ? Tests::kBinomial.resultName : test.name)};
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 #include "host/report/Scales.h"
+#include "vocabulary/TestFacts.h"
 
 #include <string>
 
@@ -31,10 +32,10 @@ std::vector<Scale> ScalesOf(const TestResult& test, const ResultDocument& docume
     for (const std::string& index : test.ordinalAsNumbers) {
         if (const ResultField* const field = document.FieldAt(index)) scales.push_back(ScoresOf(*field));
     }
-    if (test.name == "IJonckheereTerpstra") {
+    if (test.name == Tests::kJonckheereTerpstra.resultName) {
         if (const ResultField* const group = fieldAt(1)) scales.push_back(OrderOf(*group));
     }
-    if (test.name == "RMarginalHomogeneity") {
+    if (test.name == Tests::kMarginalHomogeneity.resultName) {
         // The categories of the second field are matched with those of the first, whose scores they take.
         if (const ResultField* const field = fieldAt(0)) scales.push_back(ScoresOf(*field));
     }

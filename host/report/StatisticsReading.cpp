@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "host/report/KnownValue.h"
+#include "vocabulary/TestFacts.h"
 
 namespace tarn {
 
@@ -29,8 +30,11 @@ constexpr std::array kPValueRows{
 
 /// Tests in which an exact significance decides wherever the test has one; in all others it stands beside.
 bool ExactDecides(std::string_view test) {
-    constexpr std::array<std::string_view, 4> kTests{"RSign", "IMannWhitneyU", "IMoses", "IMedian"};
-    return std::ranges::find(kTests, test) != kTests.end();
+    const TestFacts* const facts = Tests::OfResult(test);
+    if (facts == nullptr) return false;
+    return facts->deciding == DecidingSignificance::kExactIfComputed ||
+           facts->deciding == DecidingSignificance::kFisherOrCorrected ||
+           facts->deciding == DecidingSignificance::kExactOfLastSet;
 }
 
 void AddPValue(StatisticSet& set, PValueKind kind, int tails, const std::string& value) {
@@ -87,7 +91,7 @@ constexpr std::array kNamedSets{
 /// The rows of this test say two tails, and its significance is that of the lower one: few runs alone speak against the
 /// hypothesis.
 void CorrectTails(TestReading& reading) {
-    if (reading.name != "IWaldWolfowitzRuns") return;
+    if (reading.name != Tests::kWaldWolfowitz.resultName) return;
     for (StatisticSet& set : reading.statistics) {
         for (PValue& p : set.pValues) p.tails = 1;
     }

@@ -11,6 +11,7 @@
 #include "host/report/SampleReading.h"
 #include "host/report/Scales.h"
 #include "host/report/StatisticsReading.h"
+#include "vocabulary/TestFacts.h"
 
 namespace tarn {
 
@@ -41,7 +42,8 @@ bool TakesAllThatMissNothing(const TestResult& test, double total) {
         return std::ranges::find(kOutOfRange, message.code) != kOutOfRange.end();
     });
     // Two groups of lists. The median test says by such a key that its median is given; it takes all groups.
-    const bool hasGroupLists = test.conditionKey.starts_with("CategoryListsAreSpecified_I_") && test.name != "IMedian";
+    const bool hasGroupLists =
+        test.conditionKey.starts_with("CategoryListsAreSpecified_I_") && test.name != Tests::kMedian.resultName;
     const bool hasLists = hasGroupLists || test.conditionKey.starts_with("UserSpecifiesProbabilities");
     return !hasRange && !hasLists && total == std::floor(total);
 }

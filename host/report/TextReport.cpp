@@ -9,6 +9,7 @@
 #include "host/NumberText.h"
 #include "host/TextTable.h"
 #include "host/report/AdjustedPValues.h"
+#include "vocabulary/TestFacts.h"
 
 namespace tarn {
 
@@ -236,7 +237,7 @@ class Block {
                          {"p", Alignment::kRight},
                          {"adjusted p", Alignment::kRight}});
         // The count of an ordered pair is of the cases in which the later group has the larger value.
-        const char* const separator = reading_.name == "IJonckheereTerpstra" ? " < " : " - ";
+        const char* const separator = reading_.name == Tests::kJonckheereTerpstra.resultName ? " < " : " - ";
         for (const PairComparison& pair : reading_.pairs) {
             table.AddRow({pair.first + separator + pair.second, CellText(pair.statistic), CellText(pair.standardError),
                           CellText(pair.standardized), CellP(pair.p), CellP(pair.adjustedP)});
