@@ -47,8 +47,8 @@ constexpr Place kRelatedClassesPlaces[] = {kSamples, kPairwiseSamples, kStepwise
 
 std::span<const Place> PlacesOf(const TestFacts& test) {
     if (test.family == TestFamily::kIndependent) {
-        if (!test.hasBoxPlots) return {};
-        return test.comparesSamples ? std::span<const Place>(kComparedGroupsPlaces) : kGroupsPlaces;
+        if (test.comparesSamples) return kComparedGroupsPlaces;
+        return test.hasBoxPlots ? std::span<const Place>(kGroupsPlaces) : std::span<const Place>();
     }
     if (test.family != TestFamily::kRelated) return {};
     if (test.fieldCount == FieldCount::kPair) return kPairPlaces;
