@@ -42,8 +42,8 @@ constexpr long kStatisticComputed = 222111_help;
 constexpr long kTooFewGroupsWithCases = 222112_error;
 constexpr long kTooFewCategories = 222115_error;
 
-constexpr SeveralGroupsRules kRules{.tooFewGroups = {.pairwise = 222118, .stepwise = 222116},
-                                    .notSignificant = {.pairwise = 222119, .stepwise = 222117},
+constexpr SeveralGroupsRules kRules{.tooFewGroups = {.pairwise = 222118_warning, .stepwise = 222116_warning},
+                                    .notSignificant = {.pairwise = 222119_warning, .stepwise = 222117_warning},
                                     .passesOfPairs = 0,
                                     .passesOfStep = 1,
                                     .firstStep = FirstStep::kWithTheOutliers,
