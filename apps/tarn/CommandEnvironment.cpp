@@ -14,7 +14,8 @@ std::string ProgramFolder() {
 }
 
 std::vector<std::string> LibraryFolders() {
-    return {ProgramFolder()};
+    const std::string program = ProgramFolder();
+    return {program, program + "/" + TARN_LIBRARIES_FROM_PROGRAM};
 }
 
 AnalysisEnvironment EnvironmentOf(Interrupt& interrupt, ProgressBar& progress, unsigned threads) {

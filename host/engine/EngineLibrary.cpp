@@ -8,7 +8,9 @@ namespace tarn {
 
 namespace {
 
-constexpr const char* kLibraryName = "libtarn.so";
+// With the version of its interface: another one would be called wrongly, and the name without a version is there only
+// where programs are built.
+constexpr const char* kLibraryName = TARN_LIBRARY_NAME;
 
 void* Open(const std::vector<std::string>& folders) {
     for (const std::string& folder : folders) {

@@ -12,7 +12,8 @@ namespace tarn {
 /// the engine.
 class EngineLibrary {
  public:
-    /// Loads `libtarn.so` from the first of `folders` that has it, or from where the system looks for libraries.
+    /// Loads the library of this version from the first of `folders` that has it, or from where the system looks for
+    /// libraries.
     /// Throws a `std::runtime_error` that names the library or the function that is missing.
     explicit EngineLibrary(const std::vector<std::string>& folders = {});
     EngineLibrary(const EngineLibrary&) = delete;
