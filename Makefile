@@ -1,10 +1,11 @@
 # What a developer or a user types. Each target is one line that calls a script a person can read.
 
-.PHONY: demo test build bench conventions fuzz format lint clean
+.PHONY: demo test build package bench conventions fuzz format lint clean
 
 demo: ; @scripts/demo
 test: ; @scripts/test
 build: ; @scripts/build release
+package: ; @scripts/package
 bench: ; @scripts/bench
 conventions: ; @scripts/check_conventions
 fuzz: ; @scripts/fuzz
