@@ -1,11 +1,12 @@
 # What a developer or a user types. Each target is one line that calls a script a person can read.
 
-.PHONY: demo test build package bench conventions fuzz format lint clean
+.PHONY: demo test build package check-clang bench conventions fuzz format lint clean
 
 demo: ; @scripts/demo
 test: ; @scripts/test
 build: ; @scripts/build release
 package: ; @scripts/package
+check-clang: ; @scripts/check_clang
 bench: ; @scripts/bench
 conventions: ; @scripts/check_conventions
 fuzz: ; @scripts/fuzz
