@@ -6,31 +6,17 @@
 
 #include <memory>
 #include <random>
-#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "bench/BenchData.h"
-#include "catalogue/TARNFactory.h"
+#include "bench/EngineRun.h"
 #include "onesample/TheoreticalDistribution.h"
-#include "platform/common/QKSettings.h"
 
 namespace {
 
 constexpr std::size_t kRecords = 1'000'000;
-
-void RunTest(benchmark::State& state, const char* test, const QKSettings& entry, bench::Rows& rows, QKVarList fields) {
-    QKSettings settings;
-    settings.AddSetting(test, entry);
-    for (auto _ : state) {
-        TARNFactory factory;
-        const std::unique_ptr<IQKAlgorithm> algorithm(factory.CreateQKAlgorithm(settings, fields));
-        benchmark::DoNotOptimize(algorithm->Run(rows));
-        std::ostringstream document;
-        benchmark::DoNotOptimize(algorithm->WriteResults(document, {}));
-    }
-}
 
 template <typename Distribution>
 void WholeRunOfOneSample(benchmark::State& state, const char* test, Distribution values) {
@@ -40,7 +26,7 @@ void WholeRunOfOneSample(benchmark::State& state, const char* test, Distribution
     entry.AddSetting("isUseSample", true);
     entry.AddSetting("userSpecifyTestValue", true);
     entry.AddSetting("testValue", 0.1);
-    RunTest(state, test, entry, rows, bench::ContinuousFields(1));
+    bench::TimeRunsOf(state, test, entry, rows, bench::ContinuousFields(1));
 }
 const std::normal_distribution<double> kNormalValues(0.1, 1.0);
 BENCHMARK_CAPTURE(WholeRunOfOneSample, WilcoxonOneSample, "OWilcoxonSignedRanks", kNormalValues)
@@ -80,7 +66,7 @@ void WholeRunOfTwoSamples(benchmark::State& state, const char* test, bool isTied
     QKSettings entry;
     entry.AddSetting("variableName", "x0");
     entry.AddSetting("groupVariableName", "g");
-    RunTest(state, test, entry, rows, fields);
+    bench::TimeRunsOf(state, test, entry, rows, fields);
 }
 BENCHMARK_CAPTURE(WholeRunOfTwoSamples, KolmogorovSmirnov, "IKolmogorovSmirnov", false)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(WholeRunOfTwoSamples, KolmogorovSmirnovTied, "IKolmogorovSmirnov", true)

@@ -2,14 +2,12 @@
 
 #include <benchmark/benchmark.h>
 
-#include <memory>
-#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "bench/BenchData.h"
-#include "catalogue/TARNFactory.h"
+#include "bench/EngineRun.h"
 #include "onesample/ProportionIntervals.h"
 #include "support/QKVecValue.h"
 
@@ -48,21 +46,9 @@ QKSettings WithAllIntervals(QKSettings entry) {
     return entry;
 }
 
-void RunTest(benchmark::State& state, const char* test, const QKSettings& entry, bench::Rows& rows, QKVarList fields) {
-    QKSettings settings;
-    settings.AddSetting(test, entry);
-    for (auto _ : state) {
-        TARNFactory factory;
-        const std::unique_ptr<IQKAlgorithm> algorithm(factory.CreateQKAlgorithm(settings, fields));
-        benchmark::DoNotOptimize(algorithm->Run(rows));
-        std::ostringstream document;
-        benchmark::DoNotOptimize(algorithm->WriteResults(document, {}));
-    }
-}
-
 void WholeRunOfContinuousField(benchmark::State& state, const char* test, const QKSettings& entry) {
     bench::NormalRows rows(kRecords, 1);
-    RunTest(state, test, entry, rows, bench::ContinuousFields(1));
+    bench::TimeRunsOf(state, test, entry, rows, bench::ContinuousFields(1));
 }
 BENCHMARK_CAPTURE(WholeRunOfContinuousField, Binomial, "OBinomial", CutEntry("givenCutPoint", "givenCutPoint"))
     ->Unit(benchmark::kMillisecond);
@@ -74,7 +60,7 @@ BENCHMARK_CAPTURE(WholeRunOfContinuousField, Runs, "ORuns", CutEntry("cutPointVa
 
 void WholeRunOfCategoricalField(benchmark::State& state, const char* test, const QKSettings& entry, int categories) {
     bench::CategoryRows rows(kRecords, 1, categories);
-    RunTest(state, test, entry, rows, bench::CategoryFields(1, categories));
+    bench::TimeRunsOf(state, test, entry, rows, bench::CategoryFields(1, categories));
 }
 BENCHMARK_CAPTURE(WholeRunOfCategoricalField, BinomialOfData, "OBinomial",
                   EntryWith("catVarClassFormation", "getFromData"), 2)

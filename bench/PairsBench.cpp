@@ -2,14 +2,13 @@
 // whose list of averages would have 5,000,050,000 entries for 100,000 records.
 
 #include <benchmark/benchmark.h>
-#include <sys/resource.h>
 
 #include <memory>
-#include <sstream>
+#include <string>
 #include <vector>
 
 #include "bench/BenchData.h"
-#include "catalogue/TARNFactory.h"
+#include "bench/EngineRun.h"
 #include "related/TARNHodgesLehmannPairs.h"
 #include "support/QKVecValue.h"
 #include "support/WeightedOrder.h"
@@ -20,18 +19,10 @@ constexpr std::size_t kRecords = 1'000'000;
 constexpr std::size_t kFields = 2;
 constexpr int kCategories = 5;
 
-void RunPair(benchmark::State& state, const char* test, bench::Rows& rows, QKVarList fields) {
+void RunPair(benchmark::State& state, const char* test, bench::Rows& rows, const QKVarList& fields) {
     QKSettings entry;
     AddVecSetting(entry, "variableName", std::vector<std::string>{"x0", "x1"}, false);
-    QKSettings settings;
-    settings.AddSetting(test, entry);
-    for (auto _ : state) {
-        TARNFactory factory;
-        const std::unique_ptr<IQKAlgorithm> algorithm(factory.CreateQKAlgorithm(settings, fields));
-        benchmark::DoNotOptimize(algorithm->Run(rows));
-        std::ostringstream document;
-        benchmark::DoNotOptimize(algorithm->WriteResults(document, {}));
-    }
+    bench::TimeRunsOf(state, test, entry, rows, fields);
 }
 
 void WholeRunOfContinuousPair(benchmark::State& state, const char* test) {
@@ -51,17 +42,11 @@ BENCHMARK_CAPTURE(WholeRunOfCategoricalPair, McNemar, "RMcNemar", 2)->Unit(bench
 BENCHMARK_CAPTURE(WholeRunOfCategoricalPair, MarginalHomogeneity, "RMarginalHomogeneity", kCategories)
     ->Unit(benchmark::kMillisecond);
 
-long PeakKilobytes() {
-    struct rusage usage {};
-    getrusage(RUSAGE_SELF, &usage);
-    return usage.ru_maxrss;
-}
-
 /// The one pass of the test over records that are there. `peak_growth_mb` is what the process grew by; it tells
 /// something only if no larger benchmark ran before this one.
 void HodgesLehmannPass(benchmark::State& state) {
     bench::NormalRows rows(static_cast<std::size_t>(state.range(0)), kFields);
-    const long before = PeakKilobytes();
+    const long before = bench::PeakKilobytes();
     for (auto _ : state) {
         auto settings = std::make_unique<QKSettings>();
         AddVecSetting(*settings, "variableIndex", std::vector<int>{0, 1}, false);
@@ -71,7 +56,7 @@ void HodgesLehmannPass(benchmark::State& state) {
         while (rows.HasMore()) benchmark::DoNotOptimize(test.ProcessRecord(*rows.Next()));
         benchmark::DoNotOptimize(test.EndPass());
     }
-    state.counters["peak_growth_mb"] = static_cast<double>(PeakKilobytes() - before) / 1024;
+    state.counters["peak_growth_mb"] = static_cast<double>(bench::PeakKilobytes() - before) / 1024;
 }
 BENCHMARK(HodgesLehmannPass)->Arg(1000)->Arg(10'000)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
 

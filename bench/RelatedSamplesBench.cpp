@@ -3,13 +3,11 @@
 
 #include <benchmark/benchmark.h>
 
-#include <memory>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "bench/BenchData.h"
-#include "catalogue/TARNFactory.h"
+#include "bench/EngineRun.h"
 #include "related/RowRanks.h"
 #include "support/QKVecValue.h"
 
@@ -19,7 +17,8 @@ constexpr std::size_t kRecords = 1'000'000;
 constexpr std::size_t kFields = 5;
 constexpr int kCategories = 2;
 
-void RunTest(benchmark::State& state, const char* test, const char* comparison, bench::Rows& rows, QKVarList fields) {
+void RunTest(benchmark::State& state, const char* test, const char* comparison, bench::Rows& rows,
+             const QKVarList& fields) {
     std::vector<std::string> names;
     for (int i = 0; i < fields.Size(); ++i) names.push_back("x" + std::to_string(i));
     QKSettings entry;
@@ -28,13 +27,7 @@ void RunTest(benchmark::State& state, const char* test, const char* comparison, 
     QKSettings settings;
     settings.AddSetting("sigLevel", 1.1);  // always significant, so that the comparison runs
     settings.AddSetting(test, entry);
-    for (auto _ : state) {
-        TARNFactory factory;
-        const std::unique_ptr<IQKAlgorithm> algorithm(factory.CreateQKAlgorithm(settings, fields));
-        benchmark::DoNotOptimize(algorithm->Run(rows));
-        std::ostringstream document;
-        benchmark::DoNotOptimize(algorithm->WriteResults(document, {}));
-    }
+    bench::TimeRuns(state, settings, rows, fields);
 }
 
 void WholeRunOfRankedRows(benchmark::State& state, const char* test, const char* comparison) {

@@ -6,14 +6,12 @@
 #include <algorithm>
 #include <memory>
 #include <random>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "bench/BenchData.h"
-#include "catalogue/TARNFactory.h"
+#include "bench/EngineRun.h"
 #include "independent/JonckheereSubset.h"
-#include "platform/common/QKSettings.h"
 
 namespace {
 
@@ -47,20 +45,11 @@ QKVarList GroupedFields(int groups) {
 
 void WholeRunOfGroups(benchmark::State& state, const char* test, int groups, Shape shape, const char* comparison) {
     bench::Rows rows = GroupedRows(groups, shape);
-    QKVarList fields = GroupedFields(groups);
     QKSettings entry;
     entry.AddSetting("variableName", "x0");
     entry.AddSetting("groupVariableName", "g");
     entry.AddSetting("typeOfMultipleComparison", comparison);
-    QKSettings settings;
-    settings.AddSetting(test, entry);
-    for (auto _ : state) {
-        TARNFactory factory;
-        const std::unique_ptr<IQKAlgorithm> algorithm(factory.CreateQKAlgorithm(settings, fields));
-        benchmark::DoNotOptimize(algorithm->Run(rows));
-        std::ostringstream document;
-        benchmark::DoNotOptimize(algorithm->WriteResults(document, {}));
-    }
+    bench::TimeRunsOf(state, test, entry, rows, GroupedFields(groups));
 }
 
 constexpr const char* kKruskal = "IKruskalWallis";

@@ -6,11 +6,11 @@
 
 #include <atomic>
 #include <memory>
-#include <sstream>
+#include <string>
 #include <vector>
 
 #include "bench/BenchData.h"
-#include "catalogue/TARNFactory.h"
+#include "bench/EngineRun.h"
 #include "planning/TARNTestWorker.h"
 #include "records/InitialDataReader.h"
 #include "records/SortOrder.h"
@@ -82,18 +82,11 @@ BENCHMARK(SignTestPasses)->Arg(6)->Arg(60)->Unit(benchmark::kMillisecond);
 
 void WholeRunOfOneSignTest(benchmark::State& state) {
     bench::NormalRows rows(kRecords, 6);
-    QKVarList varList = bench::ContinuousFields(6);
     QKSettings entry;
     AddVecSetting(entry, "variableName", std::vector<std::string>{"x0", "x1"}, false);
     QKSettings settings;
     settings.AddSetting("RSign", entry);
-    for (auto _ : state) {
-        TARNFactory factory;
-        const std::unique_ptr<IQKAlgorithm> algorithm(factory.CreateQKAlgorithm(settings, varList));
-        benchmark::DoNotOptimize(algorithm->Run(rows));
-        std::ostringstream document;
-        benchmark::DoNotOptimize(algorithm->WriteResults(document, {}));
-    }
+    bench::TimeRuns(state, settings, rows, bench::ContinuousFields(6));
 }
 BENCHMARK(WholeRunOfOneSignTest)->Unit(benchmark::kMillisecond);
 

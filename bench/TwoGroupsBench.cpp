@@ -3,17 +3,15 @@
 // 10,000,000,000 entries for twice 100,000 records.
 
 #include <benchmark/benchmark.h>
-#include <sys/resource.h>
 
 #include <map>
 #include <memory>
 #include <random>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "bench/BenchData.h"
-#include "catalogue/TARNFactory.h"
+#include "bench/EngineRun.h"
 #include "independent/MosesSignificance.h"
 #include "independent/TARNHodgesLehmannTwoIndep.h"
 
@@ -49,7 +47,6 @@ QKVarList GroupedFields(std::size_t testFields) {
 
 void Run(benchmark::State& state, const char* test, std::size_t records, std::size_t testFields, Shape shape) {
     bench::Rows rows = GroupedRows(records, testFields, shape);
-    QKVarList fields = GroupedFields(testFields);
     QKSettings settings;
     for (std::size_t field = 0; field < testFields; ++field) {
         QKSettings entry;
@@ -57,13 +54,7 @@ void Run(benchmark::State& state, const char* test, std::size_t records, std::si
         entry.AddSetting("groupVariableName", "g");
         settings.AddSetting(test, entry);
     }
-    for (auto _ : state) {
-        TARNFactory factory;
-        const std::unique_ptr<IQKAlgorithm> algorithm(factory.CreateQKAlgorithm(settings, fields));
-        benchmark::DoNotOptimize(algorithm->Run(rows));
-        std::ostringstream document;
-        benchmark::DoNotOptimize(algorithm->WriteResults(document, {}));
-    }
+    bench::TimeRuns(state, settings, rows, GroupedFields(testFields));
 }
 
 void WholeRunOfTwoGroups(benchmark::State& state, const char* test, Shape shape) {
@@ -84,12 +75,6 @@ void ScreeningByMannWhitney(benchmark::State& state) {
     Run(state, "IMannWhitneyU", size, size, Shape::kContinuous);
 }
 BENCHMARK(ScreeningByMannWhitney)->Arg(500)->Arg(2000)->Unit(benchmark::kMillisecond);
-
-long PeakKilobytes() {
-    struct rusage usage {};
-    getrusage(RUSAGE_SELF, &usage);
-    return usage.ru_maxrss;
-}
 
 /// The frequencies of a field of two groups.
 class TwoCategories : public UnivariateResults {
@@ -121,7 +106,7 @@ void HodgesLehmannTwoGroupsPass(benchmark::State& state) {
         while (rows.HasMore()) benchmark::DoNotOptimize(test.ProcessRecord(*rows.Next()));
         benchmark::DoNotOptimize(test.EndPass());
     }
-    state.counters["peak_mb"] = static_cast<double>(PeakKilobytes()) / 1024;
+    state.counters["peak_mb"] = static_cast<double>(bench::PeakKilobytes()) / 1024;
 }
 BENCHMARK(HodgesLehmannTwoGroupsPass)
     ->Arg(1000)
