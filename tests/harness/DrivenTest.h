@@ -16,9 +16,9 @@ namespace harness {
 
 /// A pass over the rows but for its end, which is the caller's: its status differs.
 inline void BeginPassOver(TARNTest& test, std::vector<std::vector<double>> rows) {
-    EXPECT_TRUE(test.BeginPass().IsOK());
+    EXPECT_FALSE(test.BeginPass().IsError());
     RowStream stream(std::move(rows));
-    while (stream.HasMore()) EXPECT_TRUE(test.ProcessRecord(*stream.Next()).IsOK());
+    while (stream.HasMore()) EXPECT_FALSE(test.ProcessRecord(*stream.Next()).IsError());
 }
 
 /// Its "Algorithm" element.

@@ -7,12 +7,14 @@
 #include <vector>
 
 #include "support/QKVecValue.h"
-#include "tests/harness/TestRun.h"
+#include "tests/harness/EntryRun.h"
 
 /// One test of a field in groups over a small table.
 namespace groups {
 
-using Rows = std::vector<std::vector<double>>;
+using harness::Number;
+using harness::Rows;
+using harness::Texts;
 using Common = std::vector<std::pair<std::string, double>>;
 
 /// The entry of a test: the test field and the group field.
@@ -88,16 +90,6 @@ inline Failure FailureOf(const harness::Table& test) {
     EXPECT_EQ(test.ChildNames(),
               std::vector<std::string>({"StructuredTable Condition", "StructuredTable WarningMessages"}));
     return {harness::MessagesOf(test), test.Sub("Condition").Row("%0"), test.Sub("Condition").Row("%1")};
-}
-
-inline double Number(const harness::Table& table, const std::string& row) {
-    const std::string text = table.Row(row);
-    EXPECT_NE(text, "(absent)") << row;
-    return std::strtod(text.c_str(), nullptr);
-}
-
-inline std::vector<std::string> Texts(std::initializer_list<std::string> texts) {
-    return texts;
 }
 
 }  // namespace groups

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "independent/TARNKSmirnowTwoSample.h"
+#include "tests/harness/DrivenTest.h"
 #include "tests/independent/GroupRun.h"
 
 namespace {
@@ -91,28 +92,17 @@ std::unique_ptr<QKSettings> Settings(const std::vector<int>& first, const std::v
     return settings;
 }
 
-/// One pass over rows of (value, category) in ascending order.
-void RunPass(TARNKSmirnowTwoSample& test, const Rows& rows) {
-    ASSERT_FALSE(test.BeginPass().IsError());
-    for (const std::vector<double>& row : rows) {
-        Record record(2);
-        record[0] = row[0];
-        record[1] = row[1];
-        ASSERT_FALSE(test.ProcessRecord(record).IsError());
-    }
-}
-
+/// Two passes over rows of (value, category) in ascending order.
 Table ResultOfLists(const std::vector<int>& first, const std::vector<int>& second, const Rows& rows) {
     TARNKSmirnowTwoSample test(Settings(first, second));
     for (const int pass : {0, 1}) {
-        RunPass(test, rows);
+        harness::BeginPassOver(test, rows);
         EXPECT_EQ(test.GetPassKind(), 2 - pass);
         EXPECT_FALSE(test.EndPass().IsError());
         EXPECT_EQ(test.NeedsAnotherPass(), pass == 0);
     }
     EXPECT_EQ(test.GetPassKind(), 0);
-    const std::unique_ptr<QKXML::XMLElement> element(test.MakeResultElement());
-    return harness::TableOf(*element);
+    return harness::ElementOf(test);
 }
 
 Table Extremes(const Table& test) {
@@ -147,13 +137,12 @@ TEST(KolmogorovSmirnovTwoSampleLists, RecordOfNeitherGroupAtANewValueRaisesTheSe
 TEST(KolmogorovSmirnovTwoSampleLists, WalkThatBeginsInNeitherGroupFindsNoDifference) {
     TARNKSmirnowTwoSample test(Settings({0}, {1}));
     const Rows rows{{0, 7}, {1, 0}, {2, 1}, {3, 0}, {4, 1}};
-    RunPass(test, rows);
+    harness::BeginPassOver(test, rows);
     EXPECT_TRUE(test.EndPass().IsOK());
     EXPECT_TRUE(test.NeedsAnotherPass());
-    RunPass(test, rows);
+    harness::BeginPassOver(test, rows);
     EXPECT_EQ(test.EndPass(), QKStatus(222011, true));
-    const std::unique_ptr<QKXML::XMLElement> element(test.MakeResultElement());
-    const Table result = harness::TableOf(*element);
+    const Table result = harness::ElementOf(test);
     EXPECT_TRUE(MessagesOf(result).empty());
     EXPECT_EQ(result.Attribute("decision"), "reject");
     for (const char* row : {"Absolute", "Positive", "Negative"}) EXPECT_EQ(Extremes(result).Row(row), "0") << row;

@@ -9,6 +9,7 @@
 #include <map>
 #include <memory>
 
+#include "tests/harness/DrivenTest.h"
 #include "tests/independent/GroupRun.h"
 
 namespace {
@@ -301,8 +302,7 @@ TEST(WaldWolfowitz, ListsOfTheSettingsMakeTheGroups) {
         EXPECT_EQ(test.GetPassKind(), 1 - pass);
         EXPECT_EQ(test.NeedsAnotherPass(), pass == 0);
     }
-    const std::unique_ptr<QKXML::XMLElement> element(test.MakeResultElement());
-    const Table result = harness::TableOf(*element);
+    const Table result = harness::ElementOf(test);
     EXPECT_EQ(result.Sub("Condition").Row("ConditionKey"), "CategoryListsAreSpecified_I_WaldWolfowitzRuns_2");
     EXPECT_EQ(MessagesOf(result), Texts({"221413 warning 1 2"}));
     EXPECT_EQ(result.Sub("StatisticsResult").Row("TotalN"), "5");

@@ -8,8 +8,8 @@
 
 #include "support/QKVecValue.h"
 #include "tests/harness/CollectorRig.h"
+#include "tests/harness/DrivenTest.h"
 #include "tests/harness/EntryRun.h"
-#include "tests/onesample/DrivenTest.h"
 
 namespace {
 

@@ -10,6 +10,7 @@
 #include <memory>
 #include <optional>
 
+#include "tests/harness/DrivenTest.h"
 #include "tests/harness/EntryRun.h"
 
 namespace {
@@ -262,8 +263,7 @@ TEST(WilcoxonOneSample, WithoutDescriptivesItHasNoMedian) {
 TEST(WilcoxonOneSample, BeforeItsPassTheConditionHasNoTestValue) {
     TARNWilcoxonSR test(std::make_unique<QKSettings>());
     test.AddStatusMessage(QKStatus(220812), MessageKind::kError);
-    const std::unique_ptr<QKXML::XMLElement> element(test.MakeResultElement());
-    EXPECT_EQ(harness::TableOf(*element).Sub("Condition").Row("%1"), "__MISSING__");
+    EXPECT_EQ(harness::ElementOf(test).Sub("Condition").Row("%1"), "__MISSING__");
 }
 
 TEST(WilcoxonOneSample, AsksForTheFrequenciesOfTheOrigin) {

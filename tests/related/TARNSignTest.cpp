@@ -3,6 +3,8 @@
 // Exact significances: scipy.stats.binomtest(positive, n, 0.5).pvalue, SciPy 1.17. Asymptotic ones: mpmath with 30
 // digits, 2 * ncdf(-|z|) of the statistic with continuity correction.
 
+#include "related/TARNSign.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -14,25 +16,24 @@
 #include <utility>
 #include <vector>
 
-#include "related/TARNSign.h"
-#include "support/QKVecValue.h"
-#include "tests/harness/TestRun.h"
+#include "tests/harness/DrivenTest.h"
+#include "tests/related/PairRun.h"
 
 namespace {
 
+using harness::ElementOf;
 using harness::Fields;
 using harness::kNone;
 using harness::MessagesOf;
 using harness::Outcome;
 using harness::Table;
-using Rows = std::vector<std::vector<double>>;
+using pairs::Number;
+using pairs::Rows;
+using pairs::Texts;
 
-/// Settings with one sign test of the named fields.
-QKSettings SignOf(const std::vector<std::string>& names, double sigLevel = 0.05) {
-    QKSettings settings;
-    settings.AddSetting("sigLevel", sigLevel);
-    harness::AddListTest(settings, "RSign", names);
-    return settings;
+/// One sign test of the named fields.
+Outcome RunSign(const std::vector<std::string>& names, Fields& fields, Rows rows, double sigLevel = 0.05) {
+    return pairs::RunEntry("RSign", pairs::Entry(names), fields, std::move(rows), {{"sigLevel", sigLevel}});
 }
 
 Fields Pair() {
@@ -52,11 +53,7 @@ Rows Differences(int positive, int negative, int zero) {
 
 Outcome RunPair(const Rows& rows, double sigLevel = 0.05) {
     Fields fields = Pair();
-    return harness::Run(SignOf({"before", "after"}, sigLevel), fields, rows);
-}
-
-double Number(const Table& table, const std::string& row) {
-    return std::stod(table.Row(row));
+    return RunSign({"before", "after"}, fields, rows, sigLevel);
 }
 
 // ---- Statistics ----
@@ -106,33 +103,26 @@ INSTANTIATE_TEST_SUITE_P(
         Counts{5, 5, "1", 0, 1, "1.58113883008419", "retain"},
         Counts{20, 20, "(absent)", 0, 1, "3.16227766016838", "retain"}));
 
-/// A test over its own settings alone, fed by hand: records of (first field, second field, weight).
-class FedTest : public TARNSign {
- public:
-    explicit FedTest(const std::vector<int>& pair = {0, 1}) : TARNSign(SettingsOf(pair)) {}
+std::unique_ptr<QKSettings> OwnSettings(const std::vector<int>& pair) {
+    auto settings = std::make_unique<QKSettings>();
+    AddVecSetting(*settings, "variableIndex", pair, false);
+    return settings;
+}
 
+/// A test over its own settings alone, driven by hand: records of (first field, second field, weight).
+class WeightedSign : public TARNSign {
+ public:
+    explicit WeightedSign(const std::vector<int>& pair = {0, 1}) : TARNSign(SettingsOf(pair)) {}
+
+    /// The first pass, which computes all but the intervals.
     void Pass(const Rows& rows) {
-        EXPECT_TRUE(BeginPass().IsOK());
-        for (const std::vector<double>& row : rows) {
-            Record record(row.size());
-            std::copy(row.begin(), row.end(), record.begin());
-            EXPECT_TRUE(ProcessRecord(record).IsOK());
-        }
+        harness::BeginPassOver(*this, rows);
         static_cast<void>(EndPass());
-    }
-    Table Result() {
-        const std::unique_ptr<QKXML::XMLElement> element(MakeResultElement());
-        std::ostringstream text;
-        QKXML::WriteTree(text, nullptr, element.get(), 0);
-        auto document = std::make_shared<pugi::xml_document>();
-        EXPECT_TRUE(document->load_string(text.str().c_str()));
-        return Table(document->document_element(), document);
     }
 
  private:
     static std::unique_ptr<QKSettings> SettingsOf(const std::vector<int>& pair) {
-        auto settings = std::make_unique<QKSettings>();
-        AddVecSetting(*settings, "variableIndex", pair, false);
+        auto settings = OwnSettings(pair);
         settings->AddSetting("weightVariableIndex", 2.0);
         return settings;
     }
@@ -153,9 +143,9 @@ TEST(TARNSign, EverySplitOfUpTo25CasesHasTheSignificancesOfItsEnumeration) {
     for (int n = 1; n <= 27; ++n) {
         for (int positive = 0; positive <= n; ++positive) {
             SCOPED_TRACE(testing::Message() << positive << " of " << n);
-            FedTest test;
+            WeightedSign test;
             test.Pass({{0, 1, double(positive)}, {5, 3, double(n - positive)}});
-            const Table result = test.Result();
+            const Table result = ElementOf(test);
             const Table statistics = result.Sub("StatisticsResult");
 
             const double excess = std::max(std::fabs(positive - n / 2.0) - 0.5, 0.0);
@@ -203,11 +193,11 @@ TEST(TARNSign, LargeSamplesOfKnownStatistics) {
 
 TEST(TARNSign, N25GivesTheExactSignificanceAndItsHelpMessageAndN26GivesNeither) {
     const Outcome exact = RunPair(Differences(18, 7, 0));
-    EXPECT_EQ(MessagesOf(exact.document.Test(0)), std::vector<std::string>{"220916 helpMessage"});
+    EXPECT_EQ(MessagesOf(exact.document.Test(0)), Texts({"220916 helpMessage"}));
     // All tables follow behind a help message.
     EXPECT_EQ(exact.document.Test(0).ChildNames().size(), 4u);
     const Outcome asymptotic = RunPair(Differences(18, 8, 0));
-    EXPECT_EQ(MessagesOf(asymptotic.document.Test(0)), std::vector<std::string>{});
+    EXPECT_EQ(MessagesOf(asymptotic.document.Test(0)), Texts({}));
 }
 
 TEST(TARNSign, TiesDontCountTowardsN) {
@@ -239,8 +229,8 @@ TEST(TARNSign, AllDifferencesZero) {
     EXPECT_EQ(statistics.Row("StandardError"), "0");
     EXPECT_EQ(statistics.Row("StandardTestStatistic"), "0");
     EXPECT_FALSE(statistics.HasRow("ExactSig2Tailed"));
-    EXPECT_EQ(MessagesOf(test), std::vector<std::string>{});
-    EXPECT_EQ(test.Sub("ContinuousDistribution").SimpleRows("Interval"), (std::vector<std::string>{"3", "0"}));
+    EXPECT_EQ(MessagesOf(test), Texts({}));
+    EXPECT_EQ(test.Sub("ContinuousDistribution").SimpleRows("Interval"), Texts({"3", "0"}));
     EXPECT_EQ(RunPair({{1, 1}}, 1.5).document.Test(0).Attribute("decision"), "reject");  // a level above 1
 }
 
@@ -249,10 +239,9 @@ TEST(TARNSign, AllDifferencesZero) {
 TEST(TARNSign, NoRecordsForTheTestIs220003) {
     for (const Rows& rows : {Rows{{1, kNone}, {kNone, 2}}, Rows{{kNone, kNone}}}) {
         const Table test = RunPair(rows).document.Test(0);
-        EXPECT_EQ(MessagesOf(test), std::vector<std::string>{"220003 error"});
+        EXPECT_EQ(MessagesOf(test), Texts({"220003 error"}));
         EXPECT_EQ(test.Attribute("decision"), "unknown");
-        EXPECT_EQ(test.ChildNames(),
-                  (std::vector<std::string>{"StructuredTable Condition", "StructuredTable WarningMessages"}));
+        EXPECT_EQ(test.ChildNames(), Texts({"StructuredTable Condition", "StructuredTable WarningMessages"}));
         EXPECT_EQ(test.Sub("Condition").Row("%0"), "0");
     }
 }
@@ -261,7 +250,7 @@ TEST(TARNSign, RecordsThatMissAFieldOfThePairTakeNoPartAndOthersDo) {
     Fields fields = Pair();
     fields.Continuous("other");
     const Outcome outcome =
-        harness::Run(SignOf({"before", "after"}), fields, {{1, 2, kNone}, {kNone, 5, 1}, {2, kNone, 1}, {4, 3, 1}});
+        RunSign({"before", "after"}, fields, {{1, 2, kNone}, {kNone, 5, 1}, {2, kNone, 1}, {4, 3, 1}});
     EXPECT_EQ(outcome.document.Test(0).Sub("StatisticsResult").Row("TotalN"), "2");
 }
 
@@ -273,63 +262,56 @@ Fields WeightedPair() {
 
 TEST(TARNSign, OnlyRecordsOfWeightUnder1Are220003) {
     Fields fields = WeightedPair();
-    const Outcome outcome = harness::Run(SignOf({"before", "after"}), fields, {{1, 2, 0.9}, {1, 3, 0}});
-    EXPECT_EQ(MessagesOf(outcome.document.Test(0)), std::vector<std::string>{"220003 error"});
+    const Outcome outcome = RunSign({"before", "after"}, fields, {{1, 2, 0.9}, {1, 3, 0}});
+    EXPECT_EQ(MessagesOf(outcome.document.Test(0)), Texts({"220003 error"}));
 }
 
 TEST(TARNSign, WeightsLoseTheirFractionsAndOneUnder1StillMovesTheRange) {
     Fields fields = WeightedPair();
-    const Outcome outcome =
-        harness::Run(SignOf({"before", "after"}), fields, {{0, 1, 2.9}, {0, -4, 1.2}, {0, 7, 0.9}, {3, 3, 2}});
+    const Outcome outcome = RunSign({"before", "after"}, fields, {{0, 1, 2.9}, {0, -4, 1.2}, {0, 7, 0.9}, {3, 3, 2}});
     const Table distribution = outcome.document.Test(0).Sub("ContinuousDistribution");
     EXPECT_EQ(distribution.Row("PositiveDifferences"), "2");
     EXPECT_EQ(distribution.Row("NegativeDifferences"), "1");
     EXPECT_EQ(distribution.Row("Ties"), "2");
     // -4 and 7 are the ends of the range, so that 1 stands in an interval of its own though 7 itself has no weight.
-    EXPECT_EQ(distribution.SimpleRows("Interval"), (std::vector<std::string>{"1;2;2", "-4;1;0"}));
+    EXPECT_EQ(distribution.SimpleRows("Interval"), Texts({"1;2;2", "-4;1;0"}));
 }
 
 TEST(TARNSign, WeightUnder1MovesTheRangeOfTheIntervals) {
     Fields fields = WeightedPair();
     // Between 1 and 1000 an interval is 2.4975 wide and holds both 1 and 1.5; between 1 and 1.5 it would not.
-    const Outcome outcome = harness::Run(SignOf({"before", "after"}), fields, {{0, 1, 1}, {0, 1.5, 1}, {0, 1000, 0.9}});
-    EXPECT_EQ(outcome.document.Test(0).Sub("ContinuousDistribution").SimpleRows("Interval"),
-              (std::vector<std::string>{"2", "1.25"}));
+    const Outcome outcome = RunSign({"before", "after"}, fields, {{0, 1, 1}, {0, 1.5, 1}, {0, 1000, 0.9}});
+    EXPECT_EQ(outcome.document.Test(0).Sub("ContinuousDistribution").SimpleRows("Interval"), Texts({"2", "1.25"}));
     // The same below, where the smallest difference has no weight.
-    const Outcome below =
-        harness::Run(SignOf({"before", "after"}), fields, {{0, -1, 1}, {0, -1.5, 1}, {0, -1000, 0.9}});
-    EXPECT_EQ(below.document.Test(0).Sub("ContinuousDistribution").SimpleRows("Interval"),
-              (std::vector<std::string>{"2", "-1.25"}));
+    const Outcome below = RunSign({"before", "after"}, fields, {{0, -1, 1}, {0, -1.5, 1}, {0, -1000, 0.9}});
+    EXPECT_EQ(below.document.Test(0).Sub("ContinuousDistribution").SimpleRows("Interval"), Texts({"2", "-1.25"}));
 }
 
 TEST(TARNSign, ZeroDifferencesTakePartInTheRange) {
     // From 0 on an interval is 0.02505 wide and the last one, from 9.995, holds both; from 10 on it would not.
     const Outcome outcome = RunPair({{0, 10}, {0, 10.02}, {3, 3}});
-    EXPECT_EQ(outcome.document.Test(0).Sub("ContinuousDistribution").SimpleRows("Interval"),
-              (std::vector<std::string>{"2;1", "10.01;0"}));
+    EXPECT_EQ(outcome.document.Test(0).Sub("ContinuousDistribution").SimpleRows("Interval"), Texts({"2;1", "10.01;0"}));
 }
 
 TEST(TARNSign, WeightOf0InAnEmptyIntervalLeavesItsMeanNoNumberForGood) {
     Fields fields = WeightedPair();
-    const Outcome outcome =
-        harness::Run(SignOf({"before", "after"}), fields, {{0, 2, 0.9}, {0, 8, 0.5}, {0, 2, 1}, {0, 5, 1}});
+    const Outcome outcome = RunSign({"before", "after"}, fields, {{0, 2, 0.9}, {0, 8, 0.5}, {0, 2, 1}, {0, 5, 1}});
     // The interval of 8 has no weight at all and is left out.
-    EXPECT_EQ(outcome.document.Test(0).Sub("ContinuousDistribution").SimpleRows("Interval"),
-              (std::vector<std::string>{"1;1", "nan;5"}));
+    EXPECT_EQ(outcome.document.Test(0).Sub("ContinuousDistribution").SimpleRows("Interval"), Texts({"1;1", "nan;5"}));
 }
 
 TEST(TARNSign, DifferenceIsTheSecondFieldMinusTheFirstInTheOrderOfTheNames) {
     for (const auto& [names, positive] : std::vector<std::pair<std::vector<std::string>, std::string>>{
              {{"before", "after"}, "3"}, {{"after", "before"}, "1"}}) {
         Fields fields = Pair();
-        const Outcome outcome = harness::Run(SignOf(names), fields, {{1, 2}, {1, 3}, {1, 4}, {9, 1}});
+        const Outcome outcome = RunSign(names, fields, {{1, 2}, {1, 3}, {1, 4}, {9, 1}});
         EXPECT_EQ(outcome.document.Test(0).Sub("StatisticsResult").Row("TestStatistic"), positive);
     }
 }
 
 TEST(TARNSign, NegativeWeightsTakeAway) {
     Fields fields = WeightedPair();
-    const Outcome outcome = harness::Run(SignOf({"before", "after"}), fields, {{0, 1, 5}, {0, 2, -3}, {0, -1, 1}});
+    const Outcome outcome = RunSign({"before", "after"}, fields, {{0, 1, 5}, {0, 2, -3}, {0, -1, 1}});
     const Table statistics = outcome.document.Test(0).Sub("StatisticsResult");
     EXPECT_EQ(statistics.Row("TotalN"), "3");
     EXPECT_EQ(statistics.Row("TestStatistic"), "2");
@@ -337,14 +319,13 @@ TEST(TARNSign, NegativeWeightsTakeAway) {
 
 TEST(TARNSign, MissingWeightTruncatesToTheSmallestInteger) {
     Fields fields = WeightedPair();
-    const Outcome outcome = harness::Run(SignOf({"before", "after"}), fields, {{0, 1, kNone}});
+    const Outcome outcome = RunSign({"before", "after"}, fields, {{0, 1, kNone}});
     EXPECT_EQ(outcome.document.Test(0).Sub("StatisticsResult").Row("TotalN"), "-2147483648");
 }
 
 TEST(TARNSign, CountersWrapAt32Bits) {
     Fields fields = WeightedPair();
-    const Outcome outcome =
-        harness::Run(SignOf({"before", "after"}), fields, {{0, 1, 2147483647}, {0, 1, 2147483647}, {0, 1, 12}});
+    const Outcome outcome = RunSign({"before", "after"}, fields, {{0, 1, 2147483647}, {0, 1, 2147483647}, {0, 1, 12}});
     // 2 (2^31 - 1) + 12 = 2^32 + 10
     EXPECT_EQ(outcome.document.Test(0).Sub("StatisticsResult").Row("TotalN"), "10");
     EXPECT_EQ(outcome.document.Test(0).Sub("StatisticsResult").Row("ExactSig2Tailed"), "0.001953125");  // 2 / 2^10
@@ -374,7 +355,7 @@ class BadPairs : public testing::TestWithParam<BadPair> {};
 TEST_P(BadPairs, StayInThePlanWithTheirError) {
     Fields fields;
     fields.Continuous("a").Continuous("b").Numeric("g", {1, 2}).Text("t", {"x"}).Continuous("c").Other("o");
-    const Outcome outcome = harness::Run(SignOf(GetParam().names), fields, {{1, 2, 0, 0, 3, 4}});
+    const Outcome outcome = RunSign(GetParam().names, fields, {{1, 2, 0, 0, 3, 4}});
     EXPECT_TRUE(outcome.complete);
     const Table test = outcome.document.Test(0);
     EXPECT_EQ(test.Attribute("decision"), "unknown");
@@ -382,8 +363,7 @@ TEST_P(BadPairs, StayInThePlanWithTheirError) {
     EXPECT_EQ(test.Sub("Condition").Row("ConditionKey"), "R_Sign_2");
     EXPECT_EQ(test.Sub("Condition").Row("%0"), GetParam().first);
     EXPECT_EQ(test.Sub("Condition").Row("%1"), GetParam().second);
-    EXPECT_EQ(test.ChildNames(),
-              (std::vector<std::string>{"StructuredTable Condition", "StructuredTable WarningMessages"}));
+    EXPECT_EQ(test.ChildNames(), Texts({"StructuredTable Condition", "StructuredTable WarningMessages"}));
     EXPECT_FALSE(outcome.document.FieldInfo(0).Exists());  // a failed test requests nothing
 }
 
@@ -404,23 +384,21 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(TARNSign, MissingVariableNameIs220912) {
     Fields fields = Pair();
-    QKSettings settings;
-    settings.AddSetting("RSign", QKSettings());
-    const Outcome outcome = harness::Run(settings, fields, {{1, 2}});
-    EXPECT_EQ(MessagesOf(outcome.document.Test(0)), (std::vector<std::string>{"220912 error", "220918 error"}));
+    const Outcome outcome = pairs::RunEntry("RSign", QKSettings(), fields, {{1, 2}});
+    EXPECT_EQ(MessagesOf(outcome.document.Test(0)), Texts({"220912 error", "220918 error"}));
 }
 
 TEST(TARNSign, EqualIndicesAreAnErrorOfTheTestAndTheDescriptivesStandAllTheSame) {
     Fields fields = Pair();
-    const Outcome outcome = harness::Run(SignOf({"before", "before"}), fields, {{1, 2}});
-    EXPECT_EQ(MessagesOf(outcome.document.Test(0)), std::vector<std::string>{"220918 error"});
+    const Outcome outcome = RunSign({"before", "before"}, fields, {{1, 2}});
+    EXPECT_EQ(MessagesOf(outcome.document.Test(0)), Texts({"220918 error"}));
     EXPECT_TRUE(outcome.document.FieldInfo(0).Exists());
 }
 
 TEST(TARNSign, PositionsOfThePairAreSortedNotItsFields) {
     Fields fields;
     fields.Continuous("x").Numeric("g", {1, 2}).Continuous("before").Continuous("after");
-    const Outcome outcome = harness::Run(SignOf({"before", "after"}), fields, {{7, 0, 1, 2}, {9, 1, 3, 5}});
+    const Outcome outcome = RunSign({"before", "after"}, fields, {{7, 0, 1, 2}, {9, 1, 3, 5}});
     EXPECT_EQ(outcome.document.Test(0).Sub("Condition").Row("%0"), "2");
     EXPECT_EQ(outcome.document.FieldInfo(0).Sub("ContinuousDistribution").Row("Mean"), "8");
     EXPECT_TRUE(outcome.document.FieldInfo(1).Sub("CategoricalDistribution").Exists());
@@ -432,14 +410,11 @@ TEST(TARNSign, OriginFieldsShowTheirFrequenciesWhateverTheStatus) {
     for (const char* second : {"after", "nowhere"}) {
         Fields fields;
         fields.Continuous("before").Continuous("after").Numeric("g", {1, 2});
-        QKSettings entry;
-        AddVecSetting(entry, "variableName", std::vector<std::string>{"before", second}, false);
-        AddVecSetting(entry, "originVariableName", std::vector<std::string>{"unknown", "g"}, false);
-        QKSettings settings;
-        settings.AddSetting("RSign", entry);
-        const Outcome outcome = harness::Run(settings, fields, {{1, 2, 0}, {2, 5, 0}});
+        QKSettings entry = pairs::Entry({"before", second});
+        AddVecSetting(entry, "originVariableName", Texts({"unknown", "g"}), false);
+        const Outcome outcome = pairs::RunEntry("RSign", entry, fields, {{1, 2, 0}, {2, 5, 0}});
         EXPECT_EQ(outcome.document.FieldInfo(2).Sub("CategoricalDistribution").SimpleRows("Interval"),
-                  (std::vector<std::string>{"2;0", "0;1"}))
+                  Texts({"2;0", "0;1"}))
             << second;
     }
 }
@@ -451,16 +426,15 @@ TEST(TARNSign, ElementHasItsTablesAndRowsInOrder) {
     EXPECT_EQ(test.Attribute("name"), "RSign");
     EXPECT_EQ(test.Attribute("type"), "hypothesis_test");
     EXPECT_EQ(test.Attribute("classification"), "Related_Samples");
-    EXPECT_EQ(test.ChildNames(),
-              (std::vector<std::string>{"StructuredTable Condition", "StructuredTable WarningMessages",
+    EXPECT_EQ(test.ChildNames(), Texts({"StructuredTable Condition", "StructuredTable WarningMessages",
                                         "StructuredTable ContinuousDistribution", "StructuredTable StatisticsResult"}));
     EXPECT_EQ(test.Sub("ContinuousDistribution").ChildNames(),
-              (std::vector<std::string>{"Attribute NegativeDifferences", "Attribute Ties",
-                                        "Attribute PositiveDifferences", "SimpleTable Interval"}));
-    EXPECT_EQ(test.Sub("StatisticsResult").ChildNames(),
-              (std::vector<std::string>{"Attribute TotalN", "Attribute TestStatistic", "Attribute StandardError",
-                                        "Attribute StandardTestStatistic", "Attribute AsymptoticSig2Tailed",
-                                        "Attribute ExactSig2Tailed"}));
+              Texts({"Attribute NegativeDifferences", "Attribute Ties", "Attribute PositiveDifferences",
+                     "SimpleTable Interval"}));
+    EXPECT_EQ(
+        test.Sub("StatisticsResult").ChildNames(),
+        Texts({"Attribute TotalN", "Attribute TestStatistic", "Attribute StandardError",
+               "Attribute StandardTestStatistic", "Attribute AsymptoticSig2Tailed", "Attribute ExactSig2Tailed"}));
 }
 
 TEST(TARNSign, WholeElementOfAnExampleByHand) {
@@ -485,12 +459,6 @@ TEST(TARNSign, WholeElementOfAnExampleByHand) {
         R"(<Attribute name="TestStatistic" value="2"/><Attribute name="StandardError" value="0.866025403784439"/>)"
         R"(<Attribute name="StandardTestStatistic" value="0"/><Attribute name="AsymptoticSig2Tailed" value="1"/>)"
         R"(<Attribute name="ExactSig2Tailed" value="1"/></StructuredTable></Algorithm>)");
-}
-
-std::unique_ptr<QKSettings> OwnSettings(const std::vector<int>& pair) {
-    auto settings = std::make_unique<QKSettings>();
-    AddVecSetting(*settings, "variableIndex", pair, false);
-    return settings;
 }
 
 TEST(TARNSign, CountsItsPassesDown) {
@@ -523,39 +491,39 @@ TEST(TARNSign, AsksForThePairAndNotForTheWeight) {
 TEST(TARNSign, WithoutALevelInItsSettingsItIs5Percent) {
     // 6 of 6: 0.03125, which 0.05 exceeds; 5 of 5: 0.0625.
     for (const auto& [positive, decision] : std::vector<std::pair<double, std::string>>{{6, "reject"}, {5, "retain"}}) {
-        FedTest test;
+        WeightedSign test;
         test.Pass({{0, 1, positive}});
-        EXPECT_EQ(test.Result().Attribute("decision"), decision);
+        EXPECT_EQ(ElementOf(test).Attribute("decision"), decision);
     }
 }
 
 TEST(TARNSign, WithoutRecordsNoSecondPassFollows) {
-    FedTest test;
+    WeightedSign test;
     test.Pass({});
     EXPECT_EQ(test.GetPassKind(), 0);
     EXPECT_FALSE(test.NeedsAnotherPass());
     EXPECT_EQ(test.EndPass(), QKStatus(220003));
-    EXPECT_EQ(MessagesOf(test.Result()), std::vector<std::string>{"220003 error"});
+    EXPECT_EQ(MessagesOf(ElementOf(test)), Texts({"220003 error"}));
 }
 
 TEST(TARNSign, TestInErrorBeginsItsFirstPassAndKeepsItsError) {
-    FedTest good({3, 2});
+    WeightedSign good({3, 2});
     good.AddMessage({QKStatus(220915), MessageKind::kError, {"3"}, {}});
     EXPECT_EQ(good.BeginPass(), QKStatus(220915));
     EXPECT_EQ(good.GetPassKind(), 2);  // the estimate of the first pass, for progress alone
     EXPECT_FALSE(good.NeedsAnotherPass());
     EXPECT_EQ(good.EndPass(), QKStatus(220915));
-    EXPECT_EQ(MessagesOf(good.Result()), std::vector<std::string>{"220915 error 3"});
-    EXPECT_EQ(good.Result().Sub("Condition").Row("%0"), "3");
+    EXPECT_EQ(MessagesOf(ElementOf(good)), Texts({"220915 error 3"}));
+    EXPECT_EQ(ElementOf(good).Sub("Condition").Row("%0"), "3");
 
     // Equal indices are no second error where one stands; a list that is no pair is.
-    FedTest equal({3, 3});
+    WeightedSign equal({3, 3});
     equal.AddMessage({QKStatus(220915), MessageKind::kError, {"3", "3"}, {}});
     EXPECT_EQ(equal.BeginPass(), QKStatus(220915));
-    FedTest single({3});
+    WeightedSign single({3});
     single.AddMessage({QKStatus(220903), MessageKind::kError, {"x"}, {}});
     EXPECT_EQ(single.BeginPass(), QKStatus(220918));
-    EXPECT_EQ(MessagesOf(single.Result()), (std::vector<std::string>{"220903 error x", "220918 error"}));
+    EXPECT_EQ(MessagesOf(ElementOf(single)), Texts({"220903 error x", "220918 error"}));
 }
 
 TEST(TARNSign, IndicesThatAreNoPairAre220918) {
