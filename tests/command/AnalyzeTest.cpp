@@ -80,9 +80,8 @@ TEST_F(Analyze, OrdinalFieldOfUserMissingValuesAloneLeavesNoCase) {
     const std::string data = folder.Write("nines.csv", "before,grade\n1,9\n2,9\n3,9\n");
     const std::string fields =
         folder.Write("fields.json", R"({"fields": [{"name": "grade", "type": "integer", "missingValues": [9]}]})");
-    const CommandResult result =
-        RunTarn({"analyze", data, "--fields", fields, "--related", "before,grade", "--ordinal", "grade", "--tests",
-                 "sign", "--quiet", "--out", folder.Path("result.xml")});
+    const CommandResult result = RunTarn({"analyze", data, "--fields", fields, "--related", "before,grade", "--ordinal",
+                                          "grade", "--tests", "sign", "--quiet", "--out", folder.Path("result.xml")});
     ASSERT_EQ(result.exitStatus, 1) << result.err;  // no test could be done
     const Document document(harness::ReadFile(folder.Path("result.xml")));
     EXPECT_EQ(harness::MessagesOf(document.Test(0)), std::vector<std::string>{"220003 error"});
