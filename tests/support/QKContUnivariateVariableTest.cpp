@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "support/QKUnivariateVariable.h"
+#include "tests/harness/WithinUlp.h"
 
 namespace {
 
@@ -102,7 +103,7 @@ struct Moments {
     int count;
     double mean;
     double stdDev;
-    double relative = 1e-15;
+    std::uint64_t ulps = 4;
 };
 
 class MomentsOf : public testing::TestWithParam<Moments> {};
@@ -111,8 +112,8 @@ TEST_P(MomentsOf, WeightedValues) {
     const Moments& expected = GetParam();
     const QKContUnivariateVariable variable = AfterOnePass({1}, expected.values);
     EXPECT_EQ(variable.GetCount(), expected.count);
-    EXPECT_NEAR(variable.GetMean(), expected.mean, expected.relative * std::fabs(expected.mean));
-    EXPECT_NEAR(variable.GetStdDev(), expected.stdDev, expected.relative * expected.stdDev);
+    EXPECT_TRUE(harness::WithinUlp(variable.GetMean(), expected.mean, expected.ulps));
+    EXPECT_TRUE(harness::WithinUlp(variable.GetStdDev(), expected.stdDev, expected.ulps));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -123,7 +124,7 @@ INSTANTIATE_TEST_SUITE_P(
         Moments{{{0.1, 1.99}, {0.7, 3.5}, {-2.25, 2}, {13.5, 1}}, 7, 1.6, 5.4150253923689037524},
         // Far from 0, where a difference of sums of squares would leave nothing.
         Moments{{{1e9 + 4, 1}, {1e9 + 7, 1}, {1e9 + 13, 1}, {1e9 + 16, 1}}, 4, 1000000010, 5.4772255750516611346},
-        Moments{{{1.5, 1e6}, {2.5, 999999}, {-7, 1}}, 2000000, 1.99999525, 0.50004049835757053293, 1e-12},
+        Moments{{{1.5, 1e6}, {2.5, 999999}, {-7, 1}}, 2000000, 1.99999525, 0.50004049835757053293, 4500},
         // A negative weight takes away: 3 x 10, -1 x 4, 2 x 1 have mean 28 / 4 and variance 90 / 3.
         Moments{{{10, 3}, {4, -1}, {1, 2}}, 4, 7, 5.4772255750516611346},
         // A total weight of 1 has no deviation, nor has one below.
