@@ -1,11 +1,15 @@
 // Whole runs of the command: each folder beside this file holds a table, a request and the document that it gives.
 // The tables are public data sets of statistics courses. The documents were made by an independent implementation of
-// the definitions, which was checked against R and SciPy wherever a definition is the standard one.
+// the definitions, which was checked against R and SciPy wherever a definition is the standard one. Of each folder
+// case.json tells where the table is from, what is asked for, and which numbers of the document R gives, too, by which
+// call; verify.py beside this file runs these calls.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -48,6 +52,45 @@ TEST_P(Cases, GiveTheExpectedDocument) {
     EXPECT_EQ(harness::DocumentDifferences(harness::ReadFile(Path("expected.xml")),
                                            harness::ReadFile(scratch.Path("result.xml"))),
               std::vector<std::string>{});
+}
+
+using Json = nlohmann::json;
+
+/// The keys of an object, each with whether it has to be there.
+using Keys = std::map<std::string, bool>;
+
+const Keys kCaseKeys{{"source", true},                        // the data set, its authors and year
+                     {"table", true},                         // the expression of R that makes the table
+                     {"request", true},                       // what is asked for, and what of it has to fail
+                     {"computedBy", true}, {"setup", false},  // statements of R that the calls share
+                     {"verified", true}};
+const Keys kVerifiedKeys{{"test", true}, {"quantity", true}, {"call", true}, {"within", false}};
+
+void ExpectKeys(const Json& object, const Keys& keys) {
+    ASSERT_TRUE(object.is_object()) << object;
+    for (const auto& [key, isNeeded] : keys) EXPECT_TRUE(object.contains(key) || !isNeeded) << key;
+    for (const auto& [key, value] : object.items()) EXPECT_TRUE(keys.contains(key)) << key;
+}
+
+void ExpectText(const Json& value, const std::string& key) {
+    ASSERT_TRUE(value.is_string()) << key;
+    EXPECT_NE(value.get<std::string>().find_first_not_of(' '), std::string::npos) << key;
+}
+
+TEST_P(Cases, TellWhereTheyComeFromAndWhatWasVerified) {
+    ASSERT_TRUE(Has("case.json"));
+    const Json document = Json::parse(harness::ReadFile(Path("case.json")), nullptr, false);
+    ExpectKeys(document, kCaseKeys);
+    for (const char* key : {"source", "table", "request", "computedBy"}) ExpectText(document.value(key, Json()), key);
+    for (const char* key : {"setup", "verified"}) {
+        if (!document.contains(key)) continue;
+        EXPECT_TRUE(document[key].is_array() && !document[key].empty()) << key;
+    }
+    for (const Json& statement : document.value("setup", Json::array())) ExpectText(statement, "setup");
+    for (const Json& entry : document.value("verified", Json::array())) {
+        ExpectKeys(entry, kVerifiedKeys);
+        for (const auto& [key, value] : entry.items()) ExpectText(value, key);
+    }
 }
 
 std::string TestName(const testing::TestParamInfo<std::string>& info) {
