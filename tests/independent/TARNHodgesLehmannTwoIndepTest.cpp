@@ -278,8 +278,9 @@ TEST(HodgesLehmannTwoGroups, ShowsTheFrequenciesOfTheFieldsThatItsOwnWereMadeOf)
     fields.Continuous("x").Numeric("g", {1, 2}).Numeric("origin", {1, 2});
     QKSettings entry = Entry();
     entry.AddSetting("originVariableName", "origin");
-    const harness::Outcome outcome = groups::RunEntry(kTest, entry, fields, {{1, 0, 0}, {2, 1, 1}});
-    EXPECT_TRUE(outcome.document.FieldInfo(2).Exists());
+    const harness::Outcome outcome = groups::RunEntry(kTest, entry, fields, {{1, 0, 0}, {2, 1, 1}, {3, 1, 1}});
+    EXPECT_EQ(outcome.document.FieldInfo(2).Sub("CategoricalDistribution").SimpleRows("Interval"),
+              Texts({"1;2", "0;1"}));  // the counts and below them the categories
 }
 
 // ---- Pass and memory ----

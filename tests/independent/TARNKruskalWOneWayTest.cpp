@@ -206,9 +206,14 @@ TEST_F(KruskalWallisPlan, EveryFailureIsTold) {
 TEST_F(KruskalWallisPlan, OriginHasItsFrequenciesShown) {
     QKSettings entry = Comparing("none");
     entry.AddSetting("originVariableName", "one");
-    const harness::Outcome outcome = groups::RunEntry(kTest, entry, Fields(), {{1, 0, 0, 0}, {2, 0, 1, 0}});
-    EXPECT_TRUE(outcome.document.FieldInfo(1).Exists());
-    EXPECT_TRUE(outcome.document.FieldInfo(2).Exists());
+    const harness::Outcome outcome =
+        groups::RunEntry(kTest, entry, Fields(), {{1, 0, 0, 0}, {2, 0, 1, 0}, {3, 0, 1, 0}});
+    // The counts and below them the categories: of the origin, and of the groups.
+    const auto frequencies = [&](int field) {
+        return outcome.document.FieldInfo(field).Sub("CategoricalDistribution").SimpleRows("Interval");
+    };
+    EXPECT_EQ(frequencies(1), Texts({"3", "0"}));
+    EXPECT_EQ(frequencies(2), Texts({"1;2", "0;1"}));
 }
 
 TEST_F(KruskalWallisPlan, UnknownComparisonIsNone) {

@@ -271,8 +271,9 @@ TEST(WilcoxonOneSample, AsksForTheFrequenciesOfTheOrigin) {
     fields.Continuous("x").Numeric("c", {1, 2});
     QKSettings entry = EntryOf(2);
     entry.AddSetting("originVariableName", "c");
-    const harness::Outcome outcome = harness::RunEntry(kTest, entry, fields, {{1, 0}, {4, 1}});
-    EXPECT_TRUE(outcome.document.FieldInfo(1).Exists());
+    const harness::Outcome outcome = harness::RunEntry(kTest, entry, fields, {{1, 0}, {4, 1}, {5, 0}});
+    EXPECT_EQ(outcome.document.FieldInfo(1).Sub("CategoricalDistribution").SimpleRows("Interval"),
+              Texts({"2;1", "0;1"}));  // the counts and below them the categories
 }
 
 }  // namespace

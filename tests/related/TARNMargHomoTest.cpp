@@ -285,9 +285,13 @@ TEST(MargHomo, NegativeTotalGives220003) {
 TEST(MargHomo, RequestsTheFrequenciesOfBothFields) {
     Fields fields = Numeric({1, 2});
     const harness::Outcome outcome =
-        pairs::RunEntry("RMarginalHomogeneity", Entry({"before", "after"}), fields, {{0, 1}});
-    EXPECT_TRUE(outcome.document.FieldInfo(0).Exists());
-    EXPECT_TRUE(outcome.document.FieldInfo(1).Exists());
+        pairs::RunEntry("RMarginalHomogeneity", Entry({"before", "after"}), fields, {{0, 1}, {0, 0}, {0, 1}});
+    // The counts and below them the categories.
+    const auto frequencies = [&](int field) {
+        return outcome.document.FieldInfo(field).Sub("CategoricalDistribution").SimpleRows("Interval");
+    };
+    EXPECT_EQ(frequencies(0), Texts({"3;0", "0;1"}));
+    EXPECT_EQ(frequencies(1), Texts({"1;2", "0;1"}));
 }
 
 // ---- The test's own settings ----
