@@ -15,6 +15,10 @@
 /// tail, an absolute bound says so better.
 namespace harness {
 
+/// The bound of two numbers of which each is rounded to 15 digits, as documents have them: half a unit of the 15th,
+/// twice.
+inline constexpr std::uint64_t kUlpsOfFifteenDigits = 45;
+
 /// How many steps of `nextafter` lie between two numbers that are not NaN. 0 and -0 are the same place, and infinity
 /// is one step behind the largest double.
 inline std::uint64_t UlpsBetween(double a, double b) {

@@ -33,9 +33,6 @@ using pairs::Number;
 using pairs::Rows;
 using pairs::Texts;
 
-/// Both numbers are rounded to 15 digits: half a unit of the 15th, twice.
-constexpr int kFifteenDigits = 45;
-
 /// One sign test of the named fields.
 Outcome RunSign(const std::vector<std::string>& names, Fields& fields, Rows rows, double sigLevel = 0.05) {
     return pairs::RunEntry("RSign", pairs::Entry(names), fields, std::move(rows), {{"sigLevel", sigLevel}});
@@ -83,7 +80,7 @@ TEST_P(SignStatistics, AreThoseOfTheReference) {
     EXPECT_EQ(statistics.Row("TotalN"), std::to_string(expected.positive + expected.negative + 3));
     EXPECT_EQ(statistics.Row("TestStatistic"), std::to_string(expected.positive));
     EXPECT_EQ(statistics.Row("StandardError"), expected.standardError);
-    EXPECT_TRUE(WithinUlp(Number(statistics, "StandardTestStatistic"), expected.z, kFifteenDigits));
+    EXPECT_TRUE(WithinUlp(Number(statistics, "StandardTestStatistic"), expected.z, harness::kUlpsOfFifteenDigits));
     EXPECT_NEAR(Number(statistics, "AsymptoticSig2Tailed"), expected.asymptotic, 1e-14);
     EXPECT_EQ(statistics.Row("ExactSig2Tailed"), expected.exact);
     EXPECT_EQ(test.Attribute("decision"), expected.decision);
@@ -156,7 +153,7 @@ TEST(TARNSign, EverySplitOfUpTo25CasesHasTheSignificancesOfItsEnumeration) {
             const double excess = std::max(std::fabs(positive - n / 2.0) - 0.5, 0.0);
             const double z = std::copysign(excess / std::sqrt(n / 4.0), positive - n / 2.0);
             double deciding = std::erfc(std::fabs(z) / std::sqrt(2.0));  // both tails of the normal distribution
-            EXPECT_TRUE(WithinUlp(Number(statistics, "StandardTestStatistic"), z, kFifteenDigits));
+            EXPECT_TRUE(WithinUlp(Number(statistics, "StandardTestStatistic"), z, harness::kUlpsOfFifteenDigits));
             EXPECT_NEAR(Number(statistics, "AsymptoticSig2Tailed"), deciding, 2e-15);
             EXPECT_EQ(statistics.HasRow("ExactSig2Tailed"), n < 26);
             EXPECT_EQ(MessagesOf(result).size(), n < 26 ? 1u : 0u);
