@@ -50,8 +50,7 @@ TEST(PreparedData, ACopyHoldsTheNumbersOfTheCategories) {
 TEST(PreparedData, ACopyOfAFieldWithoutAnyCategoryMissesAll) {
     const Table table = TableOf({OrdinalColumn("o", {})}, {{kMissingCategory}, {kMissingCategory}});
     const PreparedData data = PrepareData(table, WithCopy("o", "$_o"));
-    EXPECT_EQ(data.values,
-              (std::vector<double>{kMissingCategory, kMissingNumber, kMissingCategory, kMissingNumber}));
+    EXPECT_EQ(data.values, (std::vector<double>{kMissingCategory, kMissingNumber, kMissingCategory, kMissingNumber}));
 }
 
 TEST(PreparedData, AFieldThatBearsTheNameOfACopyIsToldInOneLine) {
