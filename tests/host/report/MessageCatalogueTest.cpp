@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cctype>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <regex>
@@ -90,16 +91,22 @@ TEST(MessageCatalogue, ACodeWithoutATextShowsItself) {
 
 // ---- The English texts ----
 
-/// All that the pattern finds in the engine's sources.
+/// The engine's sources, one behind the other.
+std::string Sources() {
+    std::string text;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(harness::SourcePath("src"))) {
+        if (entry.is_regular_file()) text += harness::ReadFile(entry.path().string()) + '\n';
+    }
+    return text;
+}
+
+/// All that the pattern finds in them.
 std::set<std::string> InSources(const std::string& pattern) {
     const std::regex expression(pattern);
+    const std::string text = Sources();
     std::set<std::string> found;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(harness::SourcePath("src"))) {
-        if (!entry.is_regular_file()) continue;
-        const std::string text = harness::ReadFile(entry.path().string());
-        for (std::sregex_iterator it(text.begin(), text.end(), expression), end; it != end; ++it) {
-            found.insert((*it)[1].str());
-        }
+    for (std::sregex_iterator it(text.begin(), text.end(), expression), end; it != end; ++it) {
+        found.insert((*it)[1].str());
     }
     return found;
 }
@@ -126,8 +133,10 @@ TEST(EnglishMessages, HaveASentenceForEveryConditionOfTheEngine) {
 
 TEST(EnglishMessages, HaveNoSentenceForAConditionThatTheEngineDoesntName) {
     const auto texts = nlohmann::json::parse(harness::ReadFile(harness::SourcePath("host/messages/en.json")));
-    const std::set<std::string> literals = InSources(R"re("([A-Za-z0-9_ ]+)")re");
-    for (const auto& [key, text] : texts.at("condition").items()) EXPECT_TRUE(literals.contains(key)) << key;
+    const std::string sources = Sources();
+    for (const auto& [key, text] : texts.at("condition").items()) {
+        EXPECT_NE(sources.find('"' + key + '"'), std::string::npos) << key;
+    }
 }
 
 TEST(EnglishMessages, TellEveryTestOfTheEngine) {
