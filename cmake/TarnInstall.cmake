@@ -22,13 +22,13 @@ install(EXPORT tarnCommonTargets NAMESPACE tarn:: DESTINATION ${TARN_CMAKE_FOLDE
 
 # ---- Headers ----
 
-install(DIRECTORY src/platform/hx DESTINATION ${TARN_INCLUDES}/platform FILES_MATCHING PATTERN "*.h")
+install(DIRECTORY platform/hx DESTINATION ${TARN_INCLUDES}/platform FILES_MATCHING PATTERN "*.h")
 install(FILES src/catalogue/TARNFactory.h DESTINATION ${TARN_INCLUDES}/catalogue)
 install(FILES src/planning/TARNReporter.h DESTINATION ${TARN_INCLUDES}/planning)
-install(FILES src/platform/Export.h DESTINATION ${TARN_INCLUDES}/platform)
+install(FILES platform/Export.h DESTINATION ${TARN_INCLUDES}/platform)
 install(FILES src/support/QKVecValue.h DESTINATION ${TARN_INCLUDES}/support)
 foreach(header IQKAlgorithm IQKSettingValue Progress QKDisplay QKMV QKSettings QKStatus QKVarList Record)
-  install(FILES src/platform/common/${header}.h DESTINATION ${TARN_INCLUDES}/platform/common)
+  install(FILES platform/common/${header}.h DESTINATION ${TARN_INCLUDES}/platform/common)
 endforeach()
 
 # ---- How others find it ----

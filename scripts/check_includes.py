@@ -24,24 +24,25 @@ FLOORS = [
     ["src/contract"],
     ["src/support"],
     ["src/records"],
-    ["src/platform", "src/vocabulary"],
+    ["src/vocabulary"],
+    ["platform"],
 ]
-TOPS = ("apps", "host", "src", "runtime", "tests", "bench", "fuzz", "python")
+TOPS = ("apps", "host", "src", "platform", "runtime", "tests", "bench", "fuzz", "python")
 # The bottom of the house: no file of it includes any other.
 WORDS = "src/vocabulary/"
 # Headers that include nothing of the project, open to all floors.
 OPEN_HEADERS = {"src/records/LargeBlock.h"}
 # What the host may include of what is below it: the words, and what a host in C sees of the engine.
-HOST_MAY_USE = (WORDS, "src/platform/hx/", "runtime/common/DecimalNumber.h", "runtime/common/XmlCharacters.h")
+HOST_MAY_USE = (WORDS, "platform/hx/", "runtime/common/DecimalNumber.h", "runtime/common/XmlCharacters.h")
 # The room of the host for plans goes to the engine's C++ factory, as a program would that links the library.
-PLAN_MAY_USE = ("src/platform/common/", "src/catalogue/TARNFactory.h", "src/planning/TARNReporter.h",
+PLAN_MAY_USE = ("platform/common/", "src/catalogue/TARNFactory.h", "src/planning/TARNReporter.h",
                 "src/support/QKVecValue.h")
 # The runtime implements the declarations of the platform.
-RUNTIME_MAY_USE = ("runtime/", "src/platform/")
+RUNTIME_MAY_USE = ("runtime/", "platform/")
 # Declarations that few may see: the base of a component, and the interface to a host.
 GUARDED = {
-    "src/platform/peer/": ("src/component/", "src/platform/peer/", "runtime/", "tests/component/", "tests/runtime/"),
-    "src/platform/hx/": ("src/component/", "src/platform/", "runtime/", "host/engine/", "tests/component/",
+    "platform/peer/": ("src/component/", "platform/peer/", "runtime/", "tests/component/", "tests/runtime/"),
+    "platform/hx/": ("src/component/", "platform/", "runtime/", "host/engine/", "tests/component/",
                          "tests/runtime/"),
 }
 # Programs that may use everything below them; of one another, tests use the harness alone.
