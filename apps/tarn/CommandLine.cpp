@@ -154,7 +154,7 @@ void DescribeAnalyze(CLI::App& app, AnalyzeOptions& analyze) {
     what.List("--one-sample", analysis.oneSample, "FIELD,..", "Fields to be tested each by itself");
     what.List("--related", analysis.related, "FIELD,..", "Fields measured on the same cases, to be compared");
     what.List("--independent", analysis.independent, "FIELD,..", "Fields to be compared between groups");
-    what.One("--group", analysis.group, "FIELD", "The field that tells the groups");
+    what.One("--group", analysis.group, "FIELD", "The field whose categories are the groups");
     what.List("--tests", analysis.tests, "NAME,..",
               "The tests, by the names of tarn tests; otherwise chosen by the fields");
 
@@ -165,16 +165,16 @@ void DescribeAnalyze(CLI::App& app, AnalyzeOptions& analyze) {
     how.One("--cut-point", analysis.cutPoint, "NUMBER",
             "Where the binomial and runs tests cut a continuous field; else between its ends, and at its median");
     how.One("--probability", analysis.probability, "NUMBER",
-            "The share of the first class that the binomial test expects, 0.5 if not told");
+            "The share of the first class that the binomial test expects, 0.5 if not given");
     how.List("--success", analysis.success, "CATEGORY,..", "The categories that count as the first class");
     how.List("--distribution", analysis.distributions, "NAME,..",
              "For kolmogorov-smirnov of one sample: normal, uniform, poisson, exponential");
     how.One("--outliers", analysis.outliers, "NUMBER", "How many extreme values the moses test trims");
     how.Flag("--descending", analysis.descending, "The jonckheere test expects values to fall with the groups");
     how.One("--alpha", analysis.alpha, "NUMBER",
-            "The significance level, 0.05 if not told: a share up to 1, percent above it");
+            "The significance level, 0.05 if not given: a share up to 1, percent above it");
     how.One("--confidence", analysis.confidence, "NUMBER",
-            "The confidence level, 95 if not told: a share up to 1, percent above it");
+            "The confidence level, 95 if not given: a share up to 1, percent above it");
     how.Choice("--missing", "analysis|listwise",
                "Which records miss a test: those that miss its own fields, or any field",
                [&](const std::string& missing) { analysis.listwise = missing == "listwise"; });
@@ -198,12 +198,12 @@ void DescribeAnalyze(CLI::App& app, AnalyzeOptions& analyze) {
 class CommandLine {
  public:
     CommandLine() : app_(kSummary, "tarn") {
-        app_.set_version_flag("--version", &VersionText, "Tell the versions of the program and of the engine");
-        app_.set_help_flag("-h,--help", "Tell what can be typed");
+        app_.set_version_flag("--version", &VersionText, "Show the versions of the program and of the engine");
+        app_.set_help_flag("-h,--help", "Show what can be typed");
         app_.require_subcommand(1);
         app_.footer(
             "tarn analyze DATA.csv --one-sample FIELD is the shortest way to a result.\n"
-            "tarn COMMAND --help tells what a command takes.");
+            "tarn COMMAND --help shows what a command takes.");
 
         DescribeAnalyze(Add("analyze", "Test fields of a table and show the results", [this] { return RunAnalyze(); }),
                         analyze_);
@@ -212,12 +212,12 @@ class CommandLine {
         Add("tests", "List the names of the tests", ListTests);
 
         CLI::App& show =
-            Add("show", "Tell a stored result document", [this] { return Show(resultPath_, shownFormat_); });
+            Add("show", "Show a stored result document", [this] { return Show(resultPath_, shownFormat_); });
         AddArgument(show, "RESULT", resultPath_, "A result document, or - for standard input");
         Options shown(show, kOutput);
-        AddFormat(shown, "How to tell it, as text if not told", [this](ReportFormat format) { shownFormat_ = format; });
+        AddFormat(shown, "How to show it, as text if not given", [this](ReportFormat format) { shownFormat_ = format; });
 
-        CLI::App& explain = Add("explain", "Tell what a code or a test means", [this] { return ExplainTopic(topic_); });
+        CLI::App& explain = Add("explain", "Explain a code or a test", [this] { return ExplainTopic(topic_); });
         AddArgument(explain, "TOPIC", topic_, "A code of a message, or the name of a test");
 
         Add("man", "Write the manual page", [this] { return Print(ManPage(Describe())); });
@@ -299,7 +299,7 @@ class CommandLine {
     }
 
     static ExitStatus Mistake(const std::string& mistake) {
-        return TellMistake(mistake + "; tarn --help tells what can be typed", ExitStatus::kWrongUsage);
+        return TellMistake(mistake + "; tarn --help shows what can be typed", ExitStatus::kWrongUsage);
     }
 
     /// What the parser throws is wrong usage, or the wish for help or the version, which are answers.
@@ -332,7 +332,7 @@ class CommandLine {
         const std::vector<std::string_view> known(names.begin(), names.end());
         const std::vector<std::string_view> nearest = NearestNames(name, known);
         return TellMistake("unknown argument " + Quoted(typed) +
-                               (nearest.empty() ? "; " + help + " tells what can be typed" : DidYouMean(nearest)),
+                               (nearest.empty() ? "; " + help + " shows what can be typed" : DidYouMean(nearest)),
                            ExitStatus::kWrongUsage);
     }
 

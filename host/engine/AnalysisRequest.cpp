@@ -91,7 +91,7 @@ class Builder {
         }
         if (options_.independent.empty() != options_.group.empty()) {
             throw InputError(options_.group.empty()
-                                 ? "--independent: no groups; expected --group with the field that tells them"
+                                 ? "--independent: no groups; expected --group with the field whose categories are the groups"
                                  : "--group: no fields to compare; expected --independent with the test fields");
         }
         for (const auto& [option, list] :
