@@ -42,7 +42,7 @@ BENCHMARK_CAPTURE(WholeRunOfCategoricalPair, McNemar, "RMcNemar", 2)->Unit(bench
 BENCHMARK_CAPTURE(WholeRunOfCategoricalPair, MarginalHomogeneity, "RMarginalHomogeneity", kCategories)
     ->Unit(benchmark::kMillisecond);
 
-/// The one pass of the test over records that are there. `peak_growth_mb` is what the process grew by; it tells
+/// The one pass of the test over records that are there. `peak_growth_mb` is what the process grew by; it means
 /// something only if no larger benchmark ran before this one.
 void HodgesLehmannPass(benchmark::State& state) {
     bench::NormalRows rows(static_cast<std::size_t>(state.range(0)), kFields);

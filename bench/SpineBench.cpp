@@ -64,8 +64,8 @@ void OneSortOrder(benchmark::State& state) {
 }
 BENCHMARK(OneSortOrder)->Unit(benchmark::kMillisecond);
 
-/// Both passes of a sign test on two fields, with as many fields in the records as told. What is left of the ratio of
-/// 60 fields to 6 is memory: a record of 60 fields is 480 bytes.
+/// Both passes of a sign test on two fields, with the given number of fields in the records. What is left of the ratio
+/// of 60 fields to 6 is memory: a record of 60 fields is 480 bytes.
 void SignTestPasses(benchmark::State& state) {
     const auto fields = static_cast<std::size_t>(state.range(0));
     bench::NormalRows rows(kRecords, fields);

@@ -91,7 +91,7 @@ class TwoCategories : public UnivariateResults {
 };
 
 /// The one pass of the test over records that are there, `range` in each group. `peak_mb` is that of the process, its
-/// table included; it tells something only if no larger benchmark ran before this one.
+/// table included; it means something only if no larger benchmark ran before this one.
 void HodgesLehmannTwoGroupsPass(benchmark::State& state) {
     bench::Rows rows = GroupedRows(2 * static_cast<std::size_t>(state.range(0)), 1, Shape::kContinuous);
     TwoCategories descriptives;

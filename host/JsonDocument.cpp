@@ -18,7 +18,7 @@ using Json = nlohmann::ordered_json;
 constexpr int kNumberOverflow = 406;
 
 // The reason alone of a message like "[json...] parse error at line 1, column 2: reason; last read: 'x'; expected y".
-// What was read last may be half a character, and the position tells it anyway.
+// What was read last may be half a character, and the position shows it anyway.
 std::string Reason(const nlohmann::detail::exception& error) {
     constexpr std::string_view kPositionEnd = ": ";
     constexpr std::string_view kIdEnd = "] ";
@@ -46,7 +46,7 @@ std::string LineAndColumn(std::string_view text, std::size_t offset) {
            std::to_string(1 + std::count_if(line.begin(), line.end(), isCharacterStart));
 }
 
-// Builds the value from the parser's events. The library's own builder neither tells where a number is too large nor
+// Builds the value from the parser's events. The library's own builder neither says where a number is too large nor
 // refuses a repeated key, of which it would keep the last value.
 class JsonBuilder : public nlohmann::json_sax<Json> {
  public:

@@ -10,7 +10,7 @@ namespace tarn {
 
 using ::TestFamily;
 
-/// One test as a user names it. A name may stand in two families ("wilcoxon"); the fields then tell which is meant.
+/// One test as a user names it. A name may stand in two families ("wilcoxon"); the fields then say which is meant.
 struct TestName {
     TestFamily family;
     std::string_view name;

@@ -13,7 +13,7 @@ struct AnalyzeOptions {
     AnalysisOptions analysis;
 };
 
-/// `tarn analyze`: builds the request for the user, hands it to the engine as a host does, and tells the result as a
+/// `tarn analyze`: builds the request for the user, hands it to the engine as a host does, and shows the result as a
 /// table. Fails, with the results shown, where no test could be done. Throws an `InputError` for an input that can't be
 /// read or a wish that can't be met.
 ExitStatus Analyze(const AnalyzeOptions& options);

@@ -22,13 +22,13 @@ struct OutputOptions {
 /// Writes a text to standard output. Throws an `InputError` if it can't be written.
 void PrintResult(const std::string& text);
 
-/// Tells on standard error, in one line, what went wrong; gives back `status`.
+/// Says on standard error, in one line, what went wrong; returns `status`.
 ExitStatus TellMistake(const std::string& mistake, ExitStatus status);
 
 /// Says on standard error, a line each, what a reader of the results should know of the data.
 void TellNotes(const std::vector<std::string>& notes);
 
-/// Tells the remarks of a run on standard error, and how the command ends.
+/// Shows the remarks of a run on standard error; returns how the command ends.
 ExitStatus TellRemarks(const AnalysisOutcome& outcome);
 
 }  // namespace tarn

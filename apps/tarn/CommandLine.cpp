@@ -194,7 +194,7 @@ void DescribeAnalyze(CLI::App& app, AnalyzeOptions& analyze) {
     DescribeOutput(app, analyze.output, "Write the result document there as well");
 }
 
-/// The commands with what each of them is told and does. One of these stands for one run of the program.
+/// The commands, with what each of them is given and does. One object of this class is one run of the program.
 class CommandLine {
  public:
     CommandLine() : app_(kSummary, "tarn") {

@@ -7,8 +7,8 @@
 
 namespace tarn {
 
-/// Reads what was typed and does it. Wrong usage is told in one line; throws an `InputError` for an input that can't be
-/// read.
+/// Reads what was typed and does it. Wrong usage is reported in one line; throws an `InputError` for an input that
+/// can't be read.
 ExitStatus RunCommandLine(int argc, const char* const* argv);
 
 /// All that can be typed: the source of the man page and of the completions of the shells.

@@ -7,7 +7,7 @@ namespace tarn {
 
 namespace {
 
-// What no command tells by itself.
+// What no command says by itself.
 constexpr std::string_view kDescription =
     "tarn tests hypotheses about one, related and independent samples without assuming that they are normal. "
     "analyze chooses the tests by the levels of the fields, or takes those that are named, and shows the results. "

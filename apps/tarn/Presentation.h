@@ -8,7 +8,7 @@
 
 namespace tarn {
 
-/// How a result is told.
+/// How a result is shown.
 enum class ReportFormat { kText, kJson, kCsv, kXml };
 
 /// The names of the formats as a user types them, in the order of the enumeration.

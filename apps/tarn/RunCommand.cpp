@@ -26,7 +26,7 @@ namespace {
 constexpr const char* kUserMissing = "userMissing";
 constexpr const char* kExclude = "exclude";
 
-/// Tells what the engine will pass over, each in a line; false if there is such a thing and it is a mistake.
+/// Says what the engine will pass over, a line each; false if there is such a thing and it is a mistake.
 bool TellPassedOver(const std::vector<std::string>& lines, bool strict) {
     for (const std::string& line : lines) TellMistake(line, ExitStatus::kWrongUsage);
     return !strict || lines.empty();

@@ -6,7 +6,7 @@
 
 namespace tarn {
 
-/// `tarn show`: tells a stored result document in a format. Throws an `InputError` for a file that is none.
+/// `tarn show`: shows a stored result document in a format. Throws an `InputError` for a file that holds none.
 ExitStatus Show(const std::string& path, ReportFormat format);
 
 }  // namespace tarn

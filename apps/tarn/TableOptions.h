@@ -21,7 +21,7 @@ struct TableOptions {
 };
 
 /// Reads the table. `excludeUserMissing`: whether the user-missing values of its fields are missing.
-/// `nominalByDefault`: a field that is nominal unless its level is told. Throws an `InputError`.
+/// `nominalByDefault`: a field that is nominal unless its level is given. Throws an `InputError`.
 Table LoadTableOf(const TableOptions& options, bool excludeUserMissing,
                   const std::optional<std::string>& nominalByDefault = std::nullopt,
                   const std::vector<FieldOrder>& orders = {});

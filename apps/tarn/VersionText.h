@@ -4,7 +4,7 @@
 
 namespace tarn {
 
-/// The version of the program, and what the engine tells of itself: its module information, a small XML document.
+/// The version of the program, and what the engine says of itself: its module information, a small XML document.
 std::string VersionText();
 
 }  // namespace tarn

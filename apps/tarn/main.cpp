@@ -1,4 +1,4 @@
-// The program: hands what was typed over, and tells what went wrong.
+// The program: hands over what was typed, and says what went wrong.
 
 #include <exception>
 #include <new>

@@ -26,8 +26,8 @@ struct AnalysisOutcome {
     std::vector<std::string> notes;
 };
 
-/// Makes of a table what the tests of an analysis are to see: words with a told order as numbers with labels. Throws an
-/// `InputError` for orders that contradict one another.
+/// Turns a table into what the tests of an analysis are to see: words with a given order as numbers with labels. Throws
+/// an `InputError` for orders that contradict one another.
 void PrepareTable(Table& table, const AnalysisOptions& options);
 
 /// Runs what a user asks for in the words of the command line, on a table that `PrepareTable` has prepared. Throws an

@@ -16,7 +16,7 @@ struct AnalysisEnvironment {
     std::string applicationVersion;
     /// Where the engine's library is looked for, before the places of the system.
     std::vector<std::string> libraryFolders;
-    /// The language of what a user is told. Borrowed.
+    /// The language of what a user reads. Borrowed.
     const MessageCatalogue* texts = &MessageCatalogue::English();
     /// How many threads may work at a time, the calling one among them; 0: as many as the machine has. One that can't
     /// be had is done without. Results don't depend on it.

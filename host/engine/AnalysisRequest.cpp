@@ -145,7 +145,7 @@ class Builder {
 
     // ---- Orders ----
 
-    /// Texts stand in the order of the alphabet unless another one is told. A test whose numbers rest on the order of
+    /// Texts stand in the order of the alphabet unless another one is given. A test whose numbers rest on the order of
     /// texts is not done in that order.
     void CheckOrders() const {
         for (const TestFamily family : {TestFamily::kOneSample, TestFamily::kRelated, TestFamily::kIndependent}) {

@@ -34,7 +34,7 @@ struct AnalysisOptions {
     bool listwise = false;
     bool includeUserMissing = false;
     std::string caseId;
-    /// The told orders of categories, which the table was read with.
+    /// The orders that were given for categories; the table was read with them.
     std::vector<FieldOrder> orders;
     /// The families in the order in which their fields were named; those that are missing come last.
     std::vector<TestFamily> familyOrder;
@@ -45,9 +45,9 @@ std::span<const std::string_view> DistributionNames();
 
 /// Builds the request for the engine: every test of a family in order, and a last key behind them, so that no family
 /// is passed over and every warning is issued. Where the engine's automatic choice would hand a field to a test that
-/// can't take it, or a test would miss what only the table tells, the request names the test or the value itself.
-/// Throws an `InputError` that says what to change, a category that no field has and an order of words that nobody told
-/// among them.
+/// can't take it, or a test would miss what only the table shows, the request names the test or the value itself.
+/// Throws an `InputError` that says what to change, also for a category that no field has and for an order of words
+/// that nobody gave.
 nlohmann::ordered_json BuildRequest(const AnalysisOptions& options, const Table& table);
 
 }  // namespace tarn

@@ -112,7 +112,7 @@ unsigned MemoryContainer::PutString(void* handle, const char* text, std::size_t 
 /// The run that this thread is in, null outside one.
 thread_local const EngineRun* runOfThread = nullptr;
 
-/// What the application tells of itself. The library asks on the thread of the run; outside one nothing is told.
+/// What the application says of itself. The library asks on the thread of the run; outside a run it gets empty texts.
 unsigned GetInformation(void*, int item, char* buffer, std::size_t size, std::size_t* needed, int*) {
     const EngineRun* const run = runOfThread;
     if (run == nullptr) return GiveText("", buffer, size, needed);

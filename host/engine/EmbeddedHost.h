@@ -42,8 +42,8 @@ struct EngineRun {
 /// `std::runtime_error` if the engine breaks a rule of the interface.
 EngineOutcome RunInEngine(const EngineLibrary& engine, const Table& table, const EngineRun& run);
 
-/// What the engine tells of itself: the root "ModuleInformation" with name, provider, version and copyright. Throws a
-/// `std::runtime_error` if it tells nothing.
+/// What the engine says of itself: the root "ModuleInformation" with name, provider, version and copyright. Throws a
+/// `std::runtime_error` if it says nothing.
 std::string ModuleInformation(const EngineLibrary& engine);
 
 }  // namespace tarn

@@ -21,7 +21,7 @@ std::string WeightNote(const Table& table, WeightRule rule);
 std::string RepeatedCasesNote(const Table& table, const std::string& caseIdField,
                               const std::vector<std::string>& fields);
 
-/// A note for each told order with categories that never occur.
+/// A note for each given order with categories that never occur.
 std::vector<std::string> UnusedCategoryNotes(const Table& table, const std::vector<FieldOrder>& orders);
 
 /// What may be wrong with the categories of a field: some that differ only in case or blanks, some that its description

@@ -10,7 +10,7 @@
 namespace tarn {
 
 /// The engine's name of a test of a plan, which may have the name that `tarn tests` lists; a name that is neither comes
-/// back as it is. Where the listed name stands for several tests the keys of `entry` tell which is meant: a
+/// back as it is. Where the listed name stands for several tests the keys of `entry` say which is meant: a
 /// "groupVariableName" independent samples, a list as "variableName" related ones, one text one sample. Throws an
 /// `InputError` that names `source`, `path` and the names to use where they don't.
 std::string PlanTestName(const std::string& name, const nlohmann::ordered_json& entry, const std::string& source,

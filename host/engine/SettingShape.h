@@ -19,7 +19,7 @@ enum class SettingShape {
     kListVector
 };
 
-/// Tells the shape, the same on the way to the engine's factory and to its component. Throws an `InputError` that
+/// Returns the shape, the same on the way to the engine's factory and to its component. Throws an `InputError` that
 /// names `source` and `path`, the key from the top of the document, for an array that has none.
 SettingShape ShapeOf(const nlohmann::ordered_json& value, const std::string& source, const std::string& path);
 

@@ -39,7 +39,7 @@ void ReadPairs(const ResultTable& table, const ResultDocument& document, const R
                TestReading& reading) {
     const ResultTable* const content = table.Table("Content");
     if (content == nullptr) return;
-    // Fields are told by their place in the list, groups by the index of their category.
+    // Fields are given by their place in the list, groups by the index of their category.
     const std::vector<std::string> names = SampleNames(table.Table("PairwiseInfo"), document, group);
     const auto nameOf = [&](const std::string& sample) {
         return group == nullptr ? NameAt(names, sample) : CategoryNames(sample, group);

@@ -32,7 +32,7 @@ double WeightOf(const ResultDocument& document) {
     return found == document.counts.end() ? 0 : Number(found->second);
 }
 
-/// The most cases that a test can have had, by its own count, or by those of its fields where it tells none.
+/// The most cases that a test can have had, by its own count, or by those of its fields where it gives none.
 double MostCases(const TestReading& test, const ResultDocument& document) {
     if (!test.n.empty()) return Number(test.n);
     double most = WeightOf(document);

@@ -11,7 +11,7 @@ namespace tarn {
 
 struct TestReading;
 
-/// What a test tells, by the kinds that an output has columns for.
+/// What a test reports, by the kinds that an output has columns for.
 enum class Quantity { kN, kStatistic, kStandardError, kStandardized, kPValue, kInterval, kPairs };
 
 /// The name of a quantity in the outputs: "n", "statistic", "standard_error", "standardized", "p_value", "interval",
@@ -19,13 +19,13 @@ enum class Quantity { kN, kStatistic, kStandardError, kStandardized, kPValue, kI
 std::string_view NameOf(Quantity quantity);
 
 /// A fixed width of the engine: where cases are so many that a counter or a product wraps around, the quantities behind
-/// it are those of the wrapped number. The document doesn't tell it, so the outputs do. docs/limits.md has the bounds
-/// with their reasons.
+/// it are those of the wrapped number. The document doesn't say so; the outputs do. docs/limits.md has the bounds with
+/// their reasons.
 struct EngineLimit {
     std::string_view key;   ///< under which a catalogue of messages has its sentence
     std::string_view test;  ///< as in the document; "" for every test
     std::span<const Quantity> quantities;
-    /// Whether a test passes the limit, or may pass it where the document tells too little to be sure.
+    /// Whether a test passes the limit, or may pass it where the document says too little to be sure.
     bool (*isPassed)(const TestReading& test, const ResultDocument& document);
 
     bool Touches(Quantity quantity) const;

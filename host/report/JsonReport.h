@@ -9,7 +9,7 @@
 namespace tarn {
 
 /// Everything of a document as JSON, numbers as numbers and fields and categories by their names. docs/result-json.md
-/// tells its keys, docs/result.schema.json checks them. `notes` are sentences on the whole run.
+/// lists its keys, docs/result.schema.json checks them. `notes` are sentences on the whole run.
 std::string JsonReport(const ResultReading& result, const MessageCatalogue& texts,
                        const std::vector<std::string>& notes = {});
 

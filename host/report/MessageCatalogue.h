@@ -45,7 +45,7 @@ class MessageCatalogue {
     const std::string* Remark(std::string_view key) const;
     /// What a reader is shown for a figure of a test, by its name in the document; the name itself without a text.
     std::string Label(std::string_view key) const;
-    /// What there is to tell about a test; null for none. `name` as in the document.
+    /// What there is to say about a test; null for none. `name` as in the document.
     const TestTexts* Test(std::string_view name) const;
     const std::map<std::string, TestTexts, std::less<>>& Tests() const { return tests_; }
 
@@ -53,7 +53,7 @@ class MessageCatalogue {
     std::string Sentence(const ResultMessage& message, const ResultDocument& document) const;
     /// The condition of a test as a sentence: its null hypothesis, or what it estimates.
     std::string Sentence(const TestResult& test, const ResultDocument& document) const;
-    /// A code of the run with the parameters that the engine told it with.
+    /// A code of the run, with the parameters that the engine reported with it.
     std::string Sentence(long code, const std::vector<std::string>& parameters) const;
 
  private:

@@ -54,7 +54,7 @@ Sample ReadSample(const ResultTable& table, std::string name, const MessageCatal
     return sample;
 }
 
-/// With listed groups these two tests number their groups and don't tell the categories in them.
+/// With listed groups these two tests number their groups and don't name the categories in them.
 bool NumbersItsGroups(const TestResult& test) {
     return test.conditionKey == "CategoryListsAreSpecified_I_KolmogorovSmirnov_2" ||
            test.conditionKey == "CategoryListsAreSpecified_I_WaldWolfowitzRuns_2";

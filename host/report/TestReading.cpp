@@ -60,7 +60,7 @@ void ReadCases(const TestResult& test, const ResultDocument& document, TestReadi
     reading.isMissing = TakesAllThatMissNothing(test, total);
 }
 
-/// A convention is told beside the numbers that follow it, and not where a test ended without them.
+/// A convention is shown beside the numbers that follow it, and not where a test ended without them.
 void ReadMethods(const TestTexts* about, TestReading& reading) {
     if (about == nullptr) return;
     if (!reading.statistics.empty() || !reading.intervals.empty()) reading.method = about->method;
@@ -75,7 +75,7 @@ bool IsUndefined(const TestReading& reading) {
     return !reading.isEstimate && p != nullptr && p->value == "nan";
 }
 
-/// In the median test the row tells the one that was given, where one was.
+/// In the median test the row shows the median that was given, where one was.
 void NameGivenMedian(const TestResult& test, const MessageCatalogue& texts, TestReading& reading) {
     if (test.conditionKey != "CategoryListsAreSpecified_I_Median_2") return;
     for (Figure& figure : reading.figures) {

@@ -31,7 +31,7 @@ struct PValue {
     std::optional<Number> ownStatistic;
 };
 
-/// The statistics of a test; some tests have two sets of them, of which `name` tells which one this is.
+/// The statistics of a test; some tests have two sets of them, and `name` says which one this is.
 struct StatisticSet {
     std::string name;   ///< "minimum runs", "all cases"; mostly ""
     std::string label;  ///< what the statistic counts: "U of placebo"; mostly ""
@@ -54,7 +54,7 @@ struct Interval {
     Number upper;
 };
 
-/// Something else that a test tells: "Mann-Whitney U", "largest difference".
+/// Something else that a test reports: "Mann-Whitney U", "largest difference".
 struct Figure {
     std::string key;    ///< stable, as in the document
     std::string label;  ///< for a reader
@@ -175,7 +175,7 @@ struct TestReading {
     /// The set whose significance decides, or the first one; null for none.
     const StatisticSet* Leading() const;
     bool HasError() const;
-    /// Whether what a test tells of a quantity is beyond the range of the engine.
+    /// Whether what a test reports of a quantity is beyond the range of the engine.
     bool IsBeyondRange(Quantity quantity) const;
 };
 

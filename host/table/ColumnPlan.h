@@ -45,7 +45,7 @@ std::optional<double> NumberOf(const DescribedValue& value, FieldType type);
 /// Throws an `InputError` for one that is no value of the type or stands twice.
 std::vector<Category> ListedCategories(const ColumnPlan& plan, FieldType type, const std::string& descriptorName);
 
-/// The option by which a user tells the order of a field's categories.
+/// The option by which a user gives the order of a field's categories.
 inline constexpr const char* kOrderOption = "--order";
 
 }  // namespace tarn

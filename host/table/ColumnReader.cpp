@@ -14,7 +14,7 @@ namespace tarn {
 
 namespace {
 
-// Appends those of `values`, in ascending order, that `categories` doesn't hold yet, and tells for each value the
+// Appends those of `values`, in ascending order, that `categories` doesn't hold yet, and returns for each value the
 // index of its category. `valueOf` is the member of a category that holds a value.
 template <typename Value>
 std::vector<double> AppendUnlisted(const std::deque<Value>& values, Value Category::*valueOf,

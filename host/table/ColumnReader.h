@@ -86,7 +86,7 @@ inline bool ColumnReader::Read(std::string_view cell, double& value) {
     if (IsUserMissing(value)) {
         value = kMissingNumber;
     } else if (isCategorical_) {
-        // Adding 0 makes -0 the 0 that it equals, so that no category is told as "-0".
+        // Adding 0 makes -0 the 0 that it equals, so that no category is shown as "-0".
         value = numberCodes_.CodeOf(value + 0.0);
     }
     return true;

@@ -18,7 +18,7 @@ struct DescribedValue {
     friend bool operator==(const DescribedValue&, const DescribedValue&) = default;
 };
 
-/// What a descriptor tells of one field. What it leaves open is inferred from the data.
+/// What a descriptor says of one field. What it leaves open is inferred from the data.
 struct FieldDescriptor {
     std::string name;
     std::string title;
@@ -29,7 +29,7 @@ struct FieldDescriptor {
     std::vector<DescribedValue> missingValues;  ///< the user-missing values
 };
 
-/// What a descriptor tells of a table.
+/// What a descriptor says of a table.
 struct TableDescriptor {
     std::string sourceName;  ///< what messages call the descriptor
     std::vector<FieldDescriptor> fields;

@@ -12,7 +12,7 @@
 
 namespace tarn {
 
-/// The categories of a field from the lowest to the highest, as a user told them: by value or by label.
+/// The categories of a field from the lowest to the highest, as a user gave them: by value or by label.
 struct FieldOrder {
     std::string field;
     std::vector<std::string> categories;
@@ -25,7 +25,7 @@ struct LoadOptions {
     std::vector<std::string> nominal;
     std::vector<std::string> ordinal;
     std::vector<std::string> continuous;
-    /// Makes these fields ordinal. All categories that occur have to be told.
+    /// Makes these fields ordinal. All categories that occur have to be named.
     std::vector<FieldOrder> orders;
     /// The field with the frequency weights, which is read as continuous whatever its level.
     std::optional<std::string> weightField;

@@ -4,7 +4,7 @@
 
 #include "platform/common/QKVarList.h"
 
-/// The words by which a data dictionary of PMML 4.4 tells what a field holds.
+/// The words by which a data dictionary of PMML 4.4 says what a field holds.
 namespace FieldTypeText {
 
 /// The attribute "dataType": dates and times have names of their own; else "string" or "double".

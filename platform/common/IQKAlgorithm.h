@@ -11,7 +11,7 @@
 class QKSettings;
 class QKVarList;
 
-/// What the host tells of itself for the header of a result document. An empty text means that it told nothing.
+/// What the host says of itself for the header of a result document. An empty text means that it said nothing.
 struct QKOutputParameters {
     std::string applicationName;
     std::string applicationVersion;

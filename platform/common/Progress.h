@@ -2,7 +2,7 @@
 
 #include <string>
 
-/// What an algorithm tells of its progress. Borrowed by a listener for the time of one call.
+/// What an algorithm reports of its progress. Borrowed by a listener for the time of one call.
 class ProgressReport {
  public:
     virtual ~ProgressReport() = default;

@@ -4,7 +4,7 @@
 
 namespace QKMath {
 
-/// Comparisons and powers with a told answer at the limits of the double.
+/// Comparisons and powers with a specified answer at the limits of the double.
 class QKPower {
  public:
     /// The distance from 1 to the next double.

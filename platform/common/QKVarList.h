@@ -121,7 +121,7 @@ class QKCatVar : public IQKVariable {
     std::unordered_map<std::string, int> indexByText_;
 };
 
-/// What is known of the records before the engine sees them; told in the result document.
+/// What is known of the records before the engine sees them; shown in the result document.
 struct QKRecordCounts {
     double weightedCount = 0;           ///< sum of the weights of the table's records
     std::uint64_t unweightedCount = 0;  ///< records of the table

@@ -59,7 +59,7 @@ class XMLElement : public XMLNode {
 };
 
 /// Writes the tree under `root` as a document in UTF-8, without any white space of its own. Throws a `std::bad_alloc`
-/// where no memory is left; a stream keeps one of its own to itself unless it is told to throw.
+/// where no memory is left; a stream keeps one of its own to itself unless it is set to throw.
 /// `docType`: name of a document type to declare, or null. `flag`: not 0 puts the XML declaration in front.
 void WriteTree(std::ostream& out, const char* docType, const XMLElement* root, int flag);
 

@@ -17,7 +17,7 @@ enum HXDataModelStage {
 /// Types of messages.
 enum HXMessageType { HX_MESSAGE_WARNING = 2, HX_MESSAGE_ERROR = 3 };
 
-/// What `HXContext::DeclareOutputs` is told: the component stores a statistics document in an output container and
+/// What `HXContext::DeclareOutputs` is given: the component stores a statistics document in an output container and
 /// makes no output records.
 #define HX_OUTPUT_STATISTICS_DOCUMENT 21
 

@@ -9,7 +9,7 @@
 enum HXInformation { HX_APPLICATION_NAME = 0, HX_APPLICATION_VERSION = 1, HX_APPLICATION_COPYRIGHT = 2 };
 
 /// The host of a process: made and owned by the host, borrowed by the library from `hx_initialise` on, and valid until
-/// the library is unloaded or is told of another one. A component copies it when it is made: from then on it needs the
+/// the library is unloaded or is given another one. A component copies it when it is made: from then on it needs the
 /// handle and the functions alone, which are valid until the component is destroyed.
 ///
 /// Every text that crosses the boundary in either direction is UTF-8 and goes into a buffer of whoever asks for it:
@@ -21,7 +21,7 @@ typedef struct HXHost {
     void* handle;
     /// HX_INTERFACE_VERSION; the library takes a host of another version for none.
     int interfaceVersion;
-    /// What the host tells of itself for the header of a document. `item` is an `HXInformation`. An empty text or a
-    /// failed call: the host tells nothing. May be null: it never tells anything.
+    /// What the host says of itself for the header of a document. `item` is an `HXInformation`. An empty text or a
+    /// failed call: the host says nothing. May be null: then it never says anything.
     unsigned (*GetInformation)(void* handle, int item, char* buffer, size_t size, size_t* needed, int* errorCode);
 } HXHost;

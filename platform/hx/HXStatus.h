@@ -16,7 +16,7 @@ enum HXStatus {
 
 /// What an `errorCode` says. A host may put codes of its own into the `errorCode` of its functions; they come back
 /// to it unchanged, that of an iterator which fails before any record apart. The codes of messages (220001 and above)
-/// are told with the messages.
+/// are given with the messages.
 enum HXError {
     HX_ERROR_NO_COMPONENT = 240001,     ///< the component could not be made
     HX_ERROR_SETTINGS = 240002,         ///< the settings document can't be had or is none

@@ -26,13 +26,13 @@
 #define HX_MODULE_INFORMATION_SYMBOL "_Z23hx_getModuleInformationPcmPmPi"
 
 #ifdef __cplusplus
-/// A text that tells of the library: name, provider, version and copyright. HX_NO_HOST_HELPER without a usable host.
+/// A text that describes the library: name, provider, version and copyright. HX_NO_HOST_HELPER without a usable host.
 HX_EXPORT unsigned hx_getModuleInformation(char* buffer, size_t bufferSize, size_t* neededSize, int* errorCode);
 
 extern "C" {
 #else
-/// The type of `hx_getModuleInformation` for a host in C, which binds HX_MODULE_INFORMATION_SYMBOL: a text that tells
-/// of the library. HX_NO_HOST_HELPER without a usable host.
+/// The type of `hx_getModuleInformation` for a host in C, which binds HX_MODULE_INFORMATION_SYMBOL: a text that
+/// describes the library. HX_NO_HOST_HELPER without a usable host.
 typedef unsigned (*HXGetModuleInformation)(char* buffer, size_t bufferSize, size_t* neededSize, int* errorCode);
 #endif
 

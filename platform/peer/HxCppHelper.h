@@ -15,7 +15,7 @@ namespace HxCppHelperV1 {
 unsigned putText(const std::string& text, char* buffer, std::size_t size, std::size_t* needed);
 
 /// The services of a host. Keeps the host's functions and handle for itself: a component stays with the host for which
-/// it was made, whatever host the library is told of later.
+/// it was made, whatever host the library is given later.
 class HostHelper {
  public:
     /// Null for no host and for one whose structures are of another version.
@@ -25,7 +25,7 @@ class HostHelper {
     XMLDocument createNew(const std::string& rootName) const;
     /// The document of a text; without a root where the text is not well formed.
     XMLDocument createFromContents(const std::string& text) const;
-    /// What the host tells of itself; empty where it tells nothing.
+    /// What the host says of itself; empty where it says nothing.
     std::string getInformation(HXInformation item) const;
 
  private:
@@ -68,7 +68,7 @@ class DataHelper {
     /// Whether the iterator went back to the first record.
     bool rewind(int* errorCode) const;
     /// Gives the next block, without records at the end. False where the iterator fails, and `block` is then empty, or
-    /// where a record has another number of values, and `block` then tells the records that came.
+    /// where a record has another number of values, and `block` then holds the records that came.
     bool nextBlock(Block& block, int* errorCode) const;
 
  private:

@@ -7,7 +7,7 @@
 /// Makes the fields of a run from a data model.
 class InputAdapter {
  public:
-    /// Borrows both; the data helper, null while there are no records, is told how many values a record has.
+    /// Borrows both; the data helper, null while there are no records, is given the number of values of a record.
     ///
     /// `withoutLabels`: fields and categories bear no labels. `withoutOrder`: an ordinal field counts as nominal.
     /// `withoutDates`: dates and times count as plain numbers. `withWeight`: the field that the model marks becomes

@@ -69,7 +69,7 @@ class QKPeer {
     virtual unsigned MakeSettings(HxCppHelperV1::XMLDocument& model, int* errorCode) = 0;
 
     HXContext* GetHXContextHandle() const { return context_; }
-    /// Tells the host that the work has come to `step` of `total`. `secondsLeft` is -1 where nobody knows.
+    /// Reports to the host that the work has come to `step` of `total`. `secondsLeft` is -1 where nobody knows.
     unsigned Report_Progress(double step, double total, int* errorCode, int secondsLeft) const;
 
  protected:

@@ -126,8 +126,8 @@ bool ParsePlainDecimal(std::string_view text, double& value) {
     return true;
 }
 
-// Zero or an infinity for a number out of range, of which from_chars does not tell on which side it is. The decimal
-// point is not to depend on the locale of the process.
+// Zero or an infinity for a number out of range; from_chars does not say on which side it is. The decimal point is not
+// to depend on the locale of the process.
 double BeyondRange(std::string_view text) {
     static const locale_t plainLocale = newlocale(LC_ALL_MASK, "C", nullptr);
     return strtod_l(std::string(text).c_str(), nullptr, plainLocale);

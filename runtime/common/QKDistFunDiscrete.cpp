@@ -54,7 +54,7 @@ struct Cell {
 ///     expected))
 ///
 /// over the cells: the form of Loader (2000), Fast and accurate computation of binomial probabilities, in which
-/// nothing large cancels. count - expected is the deviation in the direction of the cell; it is told apart, as its
+/// nothing large cancels. count - expected is the deviation in the direction of the cell; it is given by itself, as its
 /// relative error is what a far tail magnifies.
 class LowerTail {
  public:
@@ -150,7 +150,7 @@ WorkReal BinomialLowerTail(WorkReal x, WorkReal n, WorkReal p, WorkReal q, WorkR
     return LowerTail(cells, deviation, ScaledFactorial(n), q / p).Sum();
 }
 
-/// The margins of both rows and both columns are told, as a difference from a huge total may have lost one.
+/// The margins of both rows and both columns are given, as a difference from a huge total may have lost one.
 WorkReal HypergeometricLowerTail(WorkReal x, WorkReal row, WorkReal otherRow, WorkReal column, WorkReal otherColumn,
                                  WorkReal total, WorkReal deviation) {
     const Cell cells[] = {{x, row * column / total, 1},

@@ -131,7 +131,7 @@ bool QKSettings::GetSettingValByName(const std::string& name, std::vector<QKSett
         out = lists->GetElements();
         return true;
     }
-    // A vector without elements tells nothing of their kind.
+    // A vector without elements says nothing of their kind.
     if (value.GetKind() != static_cast<int>(SettingKind::kVector) || value.Count() != 0) return false;
     out.clear();
     return true;

@@ -97,7 +97,7 @@ VariablePointer MakeVariable(const FieldDescription& description, DateType dateT
                                 : MakeNumericVariable(description, dateType, withLabels, field);
 }
 
-/// 0 where the model does not tell it.
+/// 0 where the model does not give it.
 bool ReadCount(const XMLElement& root, const char* name, std::uint64_t& count) {
     const std::string text = root.getAttribute(name);
     if (text.empty()) return true;

@@ -26,7 +26,7 @@ static_assert(std::ranges::all_of(std::array{HX_ERROR_NO_COMPONENT, HX_ERROR_SET
                                   [](HXError error) { return StatusCode::IsKnown(error, MessageKind::kError); }));
 
 /// The host of the process, null until `hx_initialise`. A component takes from it what it needs when it is made, and
-/// never comes back here; atomic, since a host with several threads may be making components while it is told again.
+/// never comes back here; atomic, since a host with several threads may be making components while it is set again.
 std::atomic<HXHost*> host = nullptr;
 
 constexpr int kOnlyInput = 0;

@@ -186,7 +186,7 @@ unsigned TARNComponentBuilder::WriteDocument(int* errorCode) {
     try {
         document = RewriteDocument(std::move(text).str());
     } catch (const std::bad_alloc&) {
-        // What the second stage held is given back by now, so that there is room to tell of it.
+        // What the second stage held is given back by now, so that there is room to report the failure.
         *errorCode = HX_ERROR_OUT_OF_MEMORY;
         return ReportError(HX_ERROR_OUT_OF_MEMORY, errorCode, HX_FAILED);
     }

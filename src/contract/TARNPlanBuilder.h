@@ -19,7 +19,7 @@ enum class CommonSettings { kSigLevel, kConfidenceLevel, kBothLevels };
 
 /// The steps that all plan builders have in common. A plan builder makes one of these, reads the keys of its entry,
 /// resolves the fields, writes the test's own settings, requests what the test needs, and hands the test over, in
-/// error or not: a failed test stays in the plan and tells its error in the document.
+/// error or not: a failed test stays in the plan and shows its error in the document.
 class TARNPlanBuilder {
  public:
     /// Borrows both for its life. The test's settings get the levels and, with a weight, the weight field's index.

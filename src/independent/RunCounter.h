@@ -36,7 +36,7 @@ class RunCounter {
     // The block in hand.
     double blockValue = 0;
     GroupCounts blockCount{};
-    // The counts, and for each the last difference of the groups in a block that had one: its sign tells the group at
+    // The counts, and for each the last difference of the groups in a block that had one: its sign gives the group at
     // the end.
     std::int32_t minRuns = 1;
     std::int32_t maxRuns = 0;

@@ -191,6 +191,6 @@ void SeveralGroups::AddBoxes(ResultElement& element, const std::function<void(St
 
 void SeveralGroups::AddSteps(ResultElement& element, const ComparedSamples& samples) const {
     if (!steps.IsDone()) return;
-    // The search has told of the groups that stand alone; writing them adds no word to that.
+    // The search has reported the groups that stand alone; writing them adds nothing to that.
     static_cast<void>(AddStepwiseResult(element, steps, samples));
 }

@@ -32,13 +32,13 @@ enum class GroupsAre { kOfPositiveSize, kOfAnySizeBut0 };
 enum class BoxesAre { kByPlace, kByCategory };
 /// When the first step of the search for subsets takes place.
 enum class FirstStep { kInAPassOfItsOwn, kWithTheOutliers };
-/// What progress is told of the passes to come: it is right, or good for the first pass only, since it is dropped to 0
-/// whenever another pass is needed.
+/// The number of passes to come, as progress gets it: it is right, or good for the first pass only, since it is dropped
+/// to 0 whenever another pass is needed.
 enum class Foretold { kToTheEnd, kOnceOnly };
 /// Whether the condition shows the fields of a test that its plan builder failed.
 enum class FailedPlan { kHidesFields, kShowsFields };
 
-/// What tells the tests apart beside their statistics. Documents and progress depend on each of it.
+/// What tells the tests apart besides their statistics. Documents and progress depend on every item.
 struct SeveralGroupsRules {
     // The codes of what the base class finds; the first two of a test that asks the descriptives for its categories.
     long noUnivariateResults = 0;

@@ -107,7 +107,7 @@ void TARNJonckTer::BeginPairs() {
     }
 }
 
-/// The places of a subset are told by positions among the groups with cases, though its records look their place up by
+/// The places of a subset are given by positions among the groups with cases, though its records look their place up by
 /// category. Where a category is empty the two differ; documents depend on it.
 void TARNJonckTer::BeginSteps() {
     steps.Begin(activeGroups.size(), static_cast<std::size_t>(categoryCount));

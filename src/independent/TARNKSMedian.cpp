@@ -187,8 +187,8 @@ void TARNKSMedian::EndOverallPass() {
     } else if (overallPass == kOutliersPass) {
         Judge(overall, Mode::kOverall, {});
         if (!overall.degenerate && overall.GroupCount() == 2) ofTwoGroups = overall.CompareTwoGroups();
-        // A table that can't be tested counts as significant, so that two groups are told that they are too few as
-        // well.
+        // A table that can't be tested counts as significant, so that two groups get the message that they are too few
+        // as well.
         Settle(overall.degenerate || sigLevel > DecidingSig());
     }
 }

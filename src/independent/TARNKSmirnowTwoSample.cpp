@@ -44,7 +44,7 @@ constexpr long kFirstRecordInNoGroup = 222011_error;
 constexpr int kTwoCategories = 2;
 
 /// The pairs of two groups per case, all 32 bits wide by definition: with more than 4294967295 pairs, of two groups of
-/// 65536 say, the product wraps around. docs/limits.md tells what a user sees.
+/// 65536 say, the product wraps around. docs/limits.md says what a user sees.
 double PairsPerCase(std::uint32_t n1, std::uint32_t n2) {
     return static_cast<double>(n1 * n2) / static_cast<double>(n1 + n2);
 }

@@ -85,7 +85,7 @@ int FieldUnder(TARNPlanBuilder& builder, const QKVarList& varList, const char* n
 
 }  // namespace
 
-/// Each failure of the plan is told, not one of them, and a field that passes its check is asked for whatever else
+/// Every failure of the plan is reported, not just one, and a field that passes its check is asked for whatever else
 /// fails.
 void PlanKruskalWOneWay(const QKSettings& entry, TARNPlan& plan) {
     TARNPlanBuilder builder(entry, plan, CommonSettings::kSigLevel);

@@ -6,7 +6,7 @@
 // Statistic   The number R of runs of group membership; too few of them speak against the hypothesis. With
 //             t = 2 n1 n2 and N = n1 + n2 its mean is t / N + 1 and its variance (t - N) t / (N^2 (N - 1)); normal
 //             approximation, with a continuity correction below N = 50, and up to N = 30 the exact share of the
-//             arrangements with at most R runs. All are told for the smallest and for the largest number that equal
+//             arrangements with at most R runs. All are given for the smallest and for the largest number that equal
 //             values of both groups allow; the asymptotic significance of the largest one decides.
 // Source      Wald and Wolfowitz (1940), Annals of Mathematical Statistics 11, 147-162.
 // Degenerate  An empty group: an error. One record in each group has no variance: an error.

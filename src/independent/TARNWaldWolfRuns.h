@@ -32,7 +32,7 @@ class TARNWaldWolfRuns : public TARNTest {
     QKXML::XMLElement* MakeResultElement() override;
 
  private:
-    /// What is told of one number of runs.
+    /// What is reported of one number of runs.
     struct RunsResult {
         std::int32_t runs = 0;
         double standardError = 0;

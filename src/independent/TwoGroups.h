@@ -14,8 +14,8 @@
 #include "platform/common/Truncation.h"
 #include "support/UnivariateResults.h"
 
-/// What the tests of two independent groups share: a continuous test field, a categorical field that tells the
-/// groups, and which of its categories make up each group.
+/// What the tests of two independent groups share: a continuous test field, a categorical field that names the groups,
+/// and which of its categories make up each group.
 
 // ---- Plan ----
 

@@ -65,7 +65,7 @@ class BinaryClassesPlan {
     int field = -1;
     int measureLevel = 0;
     std::string formation;
-    bool isCutPoint = false;  // what the test will be told; the formation's text may be another one
+    bool isCutPoint = false;  // what the test will be given; the formation's text may be another one
     std::vector<std::string> givenTexts;
 };
 

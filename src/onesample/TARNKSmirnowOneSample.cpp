@@ -31,7 +31,7 @@ namespace {
 constexpr long kNameMissing = 220303_error;
 constexpr long kFieldNotContinuous = 220304_error;
 constexpr long kExponentFailed = 220305_error;
-/// Of a single value, whose record is passed over: no message bears it, as the element tells of all of them at once.
+/// Of a single value, whose record is passed over: no message bears it, as the element reports all of them at once.
 [[maybe_unused]] constexpr long kValueOutsideRange = 220308_warning;
 constexpr long kNormalApproximation = 220309_help;
 constexpr long kNoValueInUniformRange = 220310_error;
@@ -204,7 +204,7 @@ QKStatus TARNKSmirnowOneSample::ProcessRecord(Record& record) {
     return status;
 }
 
-/// A value outside the range is passed over and told with the element; one that is no count stops the test.
+/// A value outside the range is passed over and reported with the element; one that is no count stops the test.
 void TARNKSmirnowOneSample::Refuse(ValueFit fit, double value, std::int32_t weight) {
     hasOutliers = true;
     outlierWeight = Add32(outlierWeight, weight);

@@ -11,7 +11,7 @@
 #include "platform/common/QKXML.h"
 #include "support/UnivariateResults.h"
 
-/// What a run's document tells beside its elements.
+/// What a run's document holds besides its elements.
 struct TARNRunParameters {
     int modelId = 0;
     bool analysisMissing = true;

@@ -14,7 +14,7 @@ bool StopsTheRun(const QKStatus& status) {
 
 }  // namespace
 
-/// The records of one pass: a stream in its own order, or the store in the order of a field. Tells of each record
+/// The records of one pass: a stream in its own order, or the store in the order of a field. Says of each record
 /// whether it misses anything, as found when it was read, so that no pass looks at all fields again.
 class TARNTestWorker::View {
  public:

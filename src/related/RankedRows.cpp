@@ -19,7 +19,7 @@ namespace {
 constexpr std::int32_t kFewestFields = 2;
 constexpr std::int32_t kFewestToCompare = 3;
 
-/// k (k + 1) n and (k - 1) (k + 1) k n, 32 bits wide by definition; docs/limits.md tells what a user sees.
+/// k (k + 1) n and (k - 1) (k + 1) k n, 32 bits wide by definition; docs/limits.md says what a user sees.
 double RankProduct(std::int32_t k, std::int32_t n) {
     return Multiply32(Multiply32(k, Add32(k, 1)), n);
 }

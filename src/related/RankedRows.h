@@ -14,7 +14,7 @@
 #include "support/StepwiseComparison.h"
 #include "vocabulary/TestFacts.h"
 
-/// What tells the two tests of ranked rows apart, beside the statistic that they show.
+/// What tells the two tests of ranked rows apart, besides the statistic that they show.
 struct RankedRowsTest {
     const TestFacts& facts;
     const char* conditionKey;

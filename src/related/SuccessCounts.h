@@ -5,7 +5,7 @@
 #include <vector>
 
 /// What Cochran's Q test counts, and the formulas over it. Counters and products of counters are 32 bits wide by
-/// definition and wrap around; docs/limits.md tells what a user sees.
+/// definition and wrap around; docs/limits.md says what a user sees.
 struct SuccessCounts {
     std::uint32_t n = 0;
     /// Per field the weight of its successes.

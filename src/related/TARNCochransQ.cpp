@@ -185,7 +185,7 @@ void TARNCochransQ::AddToOverall(const Record& record, std::uint32_t weight) {
     counts.sumRowSuccessSquared += successes * successes * weight;
 }
 
-/// The successes of an ordered field are told by the flags of the listed field at the same position, not by its own.
+/// The successes of an ordered field are given by the flags of the listed field at the same position, not by its own.
 /// That is meant; it matters only where the fields don't have the same categories in the same order.
 void TARNCochransQ::AddToCandidates(const Record& record, std::uint32_t weight) {
     for (const SubsetRecord& subset : steps.Candidates()) {

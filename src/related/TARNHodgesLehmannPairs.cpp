@@ -32,7 +32,7 @@ constexpr PairCodes kCodes{.namesMissing = 222410_error,
                            .notContinuous = 222404_error};
 
 /// N (N + 1) / 4, the product 32 bits wide by definition: above 46340 cases it wraps around and takes the interval
-/// with it. docs/limits.md tells what a user sees.
+/// with it. docs/limits.md says what a user sees.
 double MeanRank(std::int32_t n) {
     return Multiply32(n, Add32(n, 1)) * 0.25;
 }

@@ -31,7 +31,7 @@ constexpr PairCodes kCodes{.namesMissing = 221010_error,
                            .notContinuous = 221004_error};
 
 /// n (n + 1), 32 bits wide by definition: above 46340 differences it wraps around, and the mean and the standard
-/// error are those of the wrapped number. docs/limits.md tells what a user sees.
+/// error are those of the wrapped number. docs/limits.md says what a user sees.
 double RankProduct(std::int32_t n) {
     return Multiply32(n, Add32(n, 1));
 }

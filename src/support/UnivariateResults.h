@@ -7,9 +7,9 @@
 #include "support/UnivariateCollector.h"
 
 /// The read-only view of the descriptive store, by field index. What is not there answers with the missing double,
-/// -1, null or false, as told at each operation; so does a field of the other family. Readable once the store has
-/// been computed; borrows the store. The order of the operations is fixed, from `GetCount` on: there is no
-/// virtual destructor before them, so what is derived from this is never owned as this.
+/// -1, null or false, as said at each operation; so does a field of the other family. Readable once the store has been
+/// computed; borrows the store. The order of the operations is fixed, from `GetCount` on: there is no virtual
+/// destructor before them, so what is derived from this is never owned as this.
 class UnivariateResults {
  public:
     explicit UnivariateResults(const UnivariateCollector& collector) : collector_(&collector) {}

@@ -10,7 +10,7 @@
 /// How a message is meant. The kind comes from whoever adds the message, not from its code.
 enum class MessageKind { kError = 0, kWarning = 1, kHelpMessage = 2 };
 
-/// Who tells a code.
+/// Who reports a code.
 enum class Reporter {
     kRun,            ///< the engine, of a run as a whole
     kRequest,        ///< the selection of tests, to which a request is left
@@ -313,7 +313,7 @@ inline constexpr Row kTable[] = {
     {240038, MessageKind::kError, Reporter::kHostFunctions},
 };
 
-/// Whether a code may be told as a message of that kind.
+/// Whether a code may be reported as a message of that kind.
 constexpr bool IsKnown(unsigned long long code, MessageKind kind) {
     for (const Row& row : kTable) {
         if (static_cast<unsigned long long>(row.code) == code && row.kind == kind) return true;
