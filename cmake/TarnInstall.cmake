@@ -1,4 +1,4 @@
-# What `cmake --install` brings beside the command and its pages (apps/tarn): the library, the headers for a host of
+# What `cmake --install` brings besides the command and its pages (apps/tarn): the library, the headers for a host of
 # one's own, the packages of CMake and pkg-config that find them, and the documentation. Nothing in it names the prefix,
 # so an installed tree can be moved.
 

@@ -75,7 +75,7 @@ std::size_t Distance(std::string_view a, std::string_view b) {
     return row[b.size()];
 }
 
-/// The distance if it is small enough for the length. Of a name of which nothing is kept nothing is near.
+/// The distance if it is small enough for the length. A name of which nothing is kept is near to nothing.
 std::optional<std::size_t> NearDistance(std::string_view typed, std::string_view candidate) {
     const std::size_t limit = std::max<std::size_t>(1, typed.size() / 3);
     const auto [shorter, longer] = std::minmax({typed.size(), candidate.size()});

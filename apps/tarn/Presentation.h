@@ -19,7 +19,7 @@ const std::vector<std::string>& FormatNames();
 const MessageCatalogue& Texts();
 
 /// A result document in a format; the text one as the terminal of standard output can show it. `name` stands for the
-/// document in an `InputError`, which is thrown if it is none.
+/// document in an `InputError`, which is thrown if it is no result document.
 std::string Present(const std::string& document, ReportFormat format, const std::string& name = "the result document");
 
 /// The same of a document that is read already, with notes on the whole run. Not for `kXml`, which is the document

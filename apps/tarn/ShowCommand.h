@@ -6,7 +6,8 @@
 
 namespace tarn {
 
-/// `tarn show`: shows a stored result document in a format. Throws an `InputError` for a file that holds none.
+/// `tarn show`: shows a stored result document in a format. Throws an `InputError` for a file that holds no such
+/// document.
 ExitStatus Show(const std::string& path, ReportFormat format);
 
 }  // namespace tarn

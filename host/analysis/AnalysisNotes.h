@@ -9,7 +9,7 @@
 
 namespace tarn {
 
-/// What a reader of an analysis should know of its data and of its options beside the results, as sentences.
+/// What a reader of an analysis should know of its data and of its options besides the results, as sentences.
 std::vector<std::string> NotesOn(const Table& table, const AnalysisOptions& options);
 
 /// The order in which an analysis asks for its tests, in the words of the document.

@@ -19,7 +19,7 @@ struct AnalysisOptions {
     std::vector<std::string> related;
     std::vector<std::string> independent;
     std::string group;
-    /// Names of tests; a family of which none is named is left to the automatic choice.
+    /// Names of tests; a family with none named is left to the automatic choice.
     std::vector<std::string> tests;
     std::string compare;  ///< "pairwise", "stepwise" or empty
     std::optional<double> testValue;

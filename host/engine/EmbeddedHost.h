@@ -25,7 +25,7 @@ struct EngineOutcome {
     std::vector<EngineMessage> messages;
 };
 
-/// What a run needs beside its table.
+/// What a run needs besides its table.
 struct EngineRun {
     std::string settingsDocument;
     std::string applicationName;

@@ -129,7 +129,7 @@ std::vector<std::string> UnusedCategoryNotes(const Table& table, const std::vect
 
 namespace {
 
-/// A text by which texts are equal that a reader takes for one.
+/// A form of a text that is the same for all texts that a reader takes for one.
 std::string Folded(std::string_view text) {
     std::string folded(TrimBlanks(text));
     for (char& c : folded) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));

@@ -9,7 +9,7 @@
 
 namespace tarn {
 
-/// What a run of a plan needs beside its table.
+/// What a run of a plan needs besides its table.
 struct PlanRun {
     std::string applicationName;
     std::string applicationVersion;
@@ -20,8 +20,8 @@ struct PlanRun {
     std::function<bool()> isCancelled;
 };
 
-/// The library path: hands the execution settings of a plan and the whole table straight to the engine's factory, as
-/// a program would that links the library. This room is the one place of the host that uses the engine's own types.
+/// The library path: hands the execution settings of a plan and the whole table straight to the engine's factory, as a
+/// program that links the library would. This room is the one place of the host that uses the engine's own types.
 EngineOutcome RunInFactory(PlanSettings& plan, Table& table, const PlanRun& run);
 
 }  // namespace tarn

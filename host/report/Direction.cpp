@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t kTwo = 2;
 
-/// The number with the other sign; texts that are none stay as they are.
+/// The number with the other sign; texts that are no numbers stay as they are.
 std::string Negated(const std::string& text) {
     double number = 0;
     if (!ReadNumber(text, number) || number == 0 || text == "nan") return text;

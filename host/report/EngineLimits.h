@@ -34,7 +34,7 @@ struct EngineLimit {
 /// All of them.
 std::span<const EngineLimit> EngineLimits();
 
-/// Those that a test passes whose other facts are read already; none for a test that was not done.
+/// Those that a test passes, whose other facts have to be read before; none for a test that was not done.
 std::vector<const EngineLimit*> LimitsPassed(const TestReading& test, const ResultDocument& document);
 
 }  // namespace tarn

@@ -93,7 +93,7 @@ struct ResultDocument {
 /// one that `field`, which may be null, doesn't have stays as it is.
 std::string CategoryNames(const std::string& indices, const ResultField* field);
 
-/// Reads a document. Throws an `InputError` if it is none; `name` stands for it in the message.
+/// Reads a document. Throws an `InputError` for a text that is no result document; `name` stands for it in the message.
 ResultDocument ReadResult(const std::string& document, const std::string& name = "the result document");
 
 /// The parts of a list that are joined by semicolons; none for the empty text.

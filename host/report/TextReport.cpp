@@ -24,7 +24,7 @@ std::string LimitLine(const EngineLimit& limit, const MessageCatalogue& texts) {
     return "Beyond the engine's range: " + (sentence == nullptr ? std::string(limit.key) : *sentence);
 }
 
-/// A number for a reader; words for one that is none.
+/// A number for a reader; words for a value that is no number.
 std::string NumberText(const std::string& value) {
     if (value.empty()) return "not computed";
     return value == "nan" ? "undefined" : ShortNumber(value);
@@ -225,7 +225,7 @@ class Block {
         return remark.empty() ? "Pairs" : "Pairs, standard errors and p " + remark;
     }
 
-    /// An empty cell is one that this comparison has not.
+    /// An empty cell is one that this comparison doesn't have.
     static std::string CellText(const std::string& value) { return value.empty() ? "" : NumberText(value); }
     static std::string CellP(const std::string& value) { return value.empty() ? "" : PText(value); }
 

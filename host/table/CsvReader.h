@@ -15,7 +15,7 @@ namespace tarn {
 /// LF or CRLF at the end of a row, UTF-8 with or without a byte order mark. Any other CR is data.
 ///
 /// Reads on from where `source` stands, block by block, and borrows it. The cells of a row are views into the block;
-/// none is copied. Throws an `InputError` with the line for what breaks these rules, for a NUL byte and for what is no
+/// none is copied. Throws an `InputError` with the line for what breaks these rules, for a NUL byte and for what is not
 /// UTF-8.
 class CsvReader {
  public:

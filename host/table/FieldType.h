@@ -6,7 +6,7 @@ namespace tarn {
 /// since 1970-01-01T00:00Z, booleans 1 and 0.
 enum class FieldType { kNumber, kInteger, kString, kBoolean, kDate, kTime, kDateTime };
 
-/// How the values of a column are meant.
+/// How the values of a column are to be taken.
 enum class FieldLevel { kContinuous, kNominal, kOrdinal };
 
 }  // namespace tarn

@@ -28,7 +28,7 @@ class RowReader {
     std::span<const std::string_view> Cells() const { return csv_.Cells(); }
     /// The number of the line on which the row starts, from 1.
     std::size_t Line() const { return csv_.Line(); }
-    /// Where a row stands that starts on that line, as the front of a message.
+    /// The place of a row that starts on that line, as the front of a message.
     std::string PositionOf(std::size_t line) const;
 
  private:

@@ -65,7 +65,7 @@ class Table {
     explicit Table(std::vector<Column> columns);
 
     const std::vector<Column>& Columns() const { return columns_; }
-    /// For the one who fills the table; the name stays as it is.
+    /// For whoever fills the table; the name stays as it is.
     Column& ColumnAt(std::size_t column) { return columns_[column]; }
     std::size_t ColumnCount() const { return columns_.size(); }
     /// The position of the column with that name, `kNoColumn` for none.

@@ -19,7 +19,7 @@ enum HXInformation { HX_APPLICATION_NAME = 0, HX_APPLICATION_VERSION = 1, HX_APP
 typedef struct HXHost {
     /// The host's own; given back to it as the first argument of each function.
     void* handle;
-    /// HX_INTERFACE_VERSION; the library takes a host of another version for none.
+    /// HX_INTERFACE_VERSION; the library treats a host of another version as no host.
     int interfaceVersion;
     /// What the host says of itself for the header of a document. `item` is an `HXInformation`. An empty text or a
     /// failed call: the host says nothing. May be null: then it never says anything.

@@ -16,7 +16,7 @@ class InputAdapter {
     InputAdapter(HxCppHelperV1::DataHelper* dataHelper, const DataModelParser& parser, bool withoutLabels,
                  bool withoutOrder, bool withoutDates, bool withWeight, bool withCounts);
 
-    /// False for a model that describes fields that can't be; `*errorCode` then says so.
+    /// False for a model that describes fields that can't exist; `*errorCode` then says so.
     bool BuildVarlist(int* errorCode);
     /// The fields, empty before they are built.
     QKVarList& GetVarList() { return varList_; }

@@ -91,7 +91,7 @@ class QKPeer {
     /// False where there is no host to ask; the parameters are then empty.
     bool GetHostInformation(QKOutputParameters& parameters) const;
 
-    /// Null where the host is none that can be used.
+    /// Null where there is no usable host.
     const HxCppHelperV1::HostHelper* GetHostHelper() const { return hostHelper_.get(); }
     /// Null before a data model was parsed.
     const DataModelParser* GetDataModelParser() const { return dataModelParser_.get(); }
@@ -105,7 +105,7 @@ class QKPeer {
     void ResetCancel() { queryCancel_.cancelled = false; }
 
  private:
-    /// The answer may be turned on another thread than that which asks.
+    /// The answer may be changed by another thread than the one that asks.
     struct CancelQuery : QKQueryCancel {
         bool IsCancelled() override { return cancelled.load(std::memory_order_relaxed); }
         std::atomic<bool> cancelled = false;

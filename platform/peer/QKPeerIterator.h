@@ -11,7 +11,7 @@
 ///
 /// What the host delivers is checked where a mistake would reach far: a record has a value for each field, a
 /// categorical value is the position of a category, and a later pass has as many records as the first. A stream that
-/// fails one of this ends there and has failed.
+/// fails one of these checks ends there and has failed.
 class QKPeerIterator : public MultiPassRecordIter {
  public:
     enum State { kReading = 0, kAtEnd = 1, kFailed = 2 };
@@ -24,7 +24,7 @@ class QKPeerIterator : public MultiPassRecordIter {
     int GetState() override { return state_; }
     int Rewind() override;
 
-    /// Whether any record was delivered, one that does not fit among them.
+    /// Whether any record was delivered, also one that does not fit.
     bool HasDelivered() const { return hasDelivered_; }
     bool HasFailed() const { return state_ == kFailed; }
     /// Why the stream failed.

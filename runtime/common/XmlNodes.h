@@ -3,7 +3,7 @@
 #include <pugixml.hpp>
 #include <string_view>
 
-/// Writing of XML nodes of which none gets lost. Where memory is exhausted, the library answers with a null node, or
+/// Writing of XML nodes, none of which gets lost. Where memory is exhausted, the library answers with a null node, or
 /// with a node whose name or value stayed empty, and a document would go out with a part missing; these throw a
 /// `std::bad_alloc`. A parent that is null takes nothing and gives a null node.
 ///

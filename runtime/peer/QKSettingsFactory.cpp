@@ -116,7 +116,7 @@ ValuePointer MakeValue(const XMLElement& setting, int depth) {
     return nullptr;
 }
 
-/// Adds the settings that stand in an element; false at the first child that is none.
+/// Adds the settings that stand in an element; false at the first child that is no setting.
 bool AddSettings(const XMLElement& list, int depth, QKSettings& settings) {
     if (depth > kDeepestNesting) return false;
     for (XMLElementIterator children(list); children.hasNext();) {

@@ -143,7 +143,7 @@ void RenumberCondition(XMLElement condition, const TestFacts& test, const Public
 
 void RenumberReferences(XMLElement algorithm, const PublicFields& fields) {
     const TestFacts* const test = Tests::OfResult(algorithm.getAttribute(ElementAttribute::kName));
-    // Of the proportion intervals documents show the indices as the execution counts the fields.
+    // For the proportion intervals documents show the indices as the execution counts the fields.
     if (test == nullptr || test == &Tests::kProportionIntervals) return;
     for (const XMLElement& condition : ChildrenNamed(algorithm, Element::kStructuredTable, TableName::kCondition)) {
         RenumberCondition(condition, *test, fields);

@@ -77,7 +77,7 @@ void GroupBoxPlot::AddToOutliers(const Record& record) {
         }
     }
     if (!isHigh && CompareTolerantly(value, largestNonOutlier) > 0) largestNonOutlier = value;
-    // Not the mirror image of the line above, and meant so: a value at the lower fence is no outlier, but it can't be
+    // Not the mirror image of the line above, and intended: a value at the lower fence is no outlier, but it can't be
     // the smallest of the others either. Documents depend on it.
     if ((isAboveLower || beside == 0) && CompareTolerantly(value, smallestNonOutlier) < 0) smallestNonOutlier = value;
 }

@@ -41,7 +41,7 @@ double JonckheereVariance(const std::vector<double>& sizes, long double pairsTie
     // More pairs are tied than there are where the records don't go with the sizes: nothing bounds them then.
     if (pairsTied > n * (n - 1)) return VarianceIn<long double>(sizes, pairsTied, triplesTied);
     if (n <= kExactUpTo) return VarianceIn<Wide>(sizes, pairsTied, triplesTied);
-    // The two cases in which nothing can vary; rounding must not leave a rest of them.
+    // In these two cases nothing can vary; rounding must not leave a remainder.
     const bool isAllTied = pairsTied == n * (n - 1);
     const bool isOneGroup = std::count_if(sizes.begin(), sizes.end(), [](double size) { return size > 0; }) < 2;
     if (isAllTied || isOneGroup) return 0;

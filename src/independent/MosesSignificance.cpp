@@ -56,7 +56,7 @@ double MosesSignificance(std::int32_t s, std::int32_t m, std::int32_t n, std::in
     if (m < 1 || n < 1) return std::numeric_limits<double>::quiet_NaN();
     const std::int64_t left = std::int64_t{m} - 2 * std::int64_t{h};
     const std::int64_t others = s - left;
-    // Nothing inside the span counts as impossible, though one arrangement of the kind there is. That is meant:
+    // Nothing inside the span counts as impossible, though one arrangement of the kind there is. That is intended:
     // documents depend on it.
     if (others <= 0) return 0;
     // Fewer than two cases have no span, and no term of the sum is defined.

@@ -10,7 +10,7 @@
 class RunCounter {
  public:
     using GroupCounts = std::array<std::int32_t, 2>;
-    /// The size of a group that no record was of, which no other size is meant to be.
+    /// The size of a group that had no record; no real size is meant to equal it.
     static constexpr std::int32_t kNoRecord = -1;
 
     /// The values have to ascend.

@@ -101,7 +101,7 @@ class SeveralGroups : public TARNTest {
 
     /// The category of a record, -1 for one that takes no part.
     std::int32_t CategoryOf(const Record& record) const;
-    /// Makes the boxes of the groups, of which there has to be one.
+    /// Makes the boxes of the groups; an error where there is no group.
     void BeginBoxes();
     /// Takes a record of a group in the second and the third pass.
     void AddToBox(const Record& record, std::int32_t place) {

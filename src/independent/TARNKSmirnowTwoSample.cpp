@@ -1,6 +1,6 @@
 // Kolmogorov-Smirnov test of two independent groups.
 //
-// Question    Has a continuous field the same distribution in two groups?
+// Question    Does a continuous field have the same distribution in two groups?
 // Data        Records that miss neither field, in ascending order of the test field. The first pass counts the groups,
 //             n1 and n2, and finds their ranges; the second one walks their distribution functions.
 // Statistic   D, the largest distance of the two distribution functions behind each run of equal values, and

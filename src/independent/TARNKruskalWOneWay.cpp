@@ -1,6 +1,6 @@
 // Kruskal-Wallis one-way analysis of variance by ranks.
 //
-// Question    Has a continuous field the same distribution in all groups of a field?
+// Question    Does a continuous field have the same distribution in all groups of a field?
 // Data        Records that miss neither field, in ascending order of the test field; groups without weight take no
 //             part. R and n are the rank sum and the weighted size of a group, N the sum of the sizes.
 // Statistic   H = (12 / (N (N + 1)) * sum of R^2 / n - 3 (N + 1)) / (1 - sum of (t^3 - t) / (N^3 - N)) over the runs of

@@ -1,6 +1,6 @@
 // Mann-Whitney test of two independent groups.
 //
-// Question    Has a continuous field the same distribution in two groups?
+// Question    Does a continuous field have the same distribution in two groups?
 // Data        Records that miss neither field, in ascending order of the test field; those of neither group take no
 //             part. n1 and n2 are the weighted sizes, N = n1 + n2.
 // Statistic   U = n1 (n1 + 1) / 2 + n1 n2 - R1, R1 the sum of the mid-ranks of the first group, and W = R2, that of the

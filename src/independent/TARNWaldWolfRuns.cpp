@@ -1,6 +1,6 @@
 // Wald-Wolfowitz runs test of two independent groups.
 //
-// Question    Has a continuous field the same distribution in two groups?
+// Question    Does a continuous field have the same distribution in two groups?
 // Data        Records that miss neither field, in ascending order of the test field; those of neither group take no
 //             part.
 // Statistic   The number R of runs of group membership; too few of them speak against the hypothesis. With

@@ -13,7 +13,7 @@ using QKMath::QKPower;
 
 namespace {
 
-/// exp(x), the underflow to 0 among it; the missing double on a failure.
+/// exp(x), 0 on an underflow; the missing double on a failure.
 double Exponential(double x) {
     double value = 0;
     const int result = QKPower::Exponent(x, value);

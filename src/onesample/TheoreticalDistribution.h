@@ -15,7 +15,7 @@ class PoissonCdf {
  public:
     explicit PoissonCdf(double poissonMean);
 
-    /// The missing double if a term has no value. A value may also lie by 1 below the one before.
+    /// The missing double if a term has no value. A value may also be 1 below the one before.
     double At(double x);
 
  private:

@@ -32,8 +32,8 @@ inline MissingMarkers MarkersOfPasses(const QKVarList& varList) {
     return markers;
 }
 
-/// How the reader's filter sees a missing value: kind 1 by the missing double, every other kind by -1. Kind 4 is
-/// thus treated otherwise than in the passes, which is meant: documents depend on which records the store keeps.
+/// How the reader's filter sees a missing value: kind 1 by the missing double, every other kind by -1. Kind 4 is thus
+/// treated in another way than in the passes, which is intended: documents depend on which records the store keeps.
 inline MissingMarkers MarkersOfReader(const QKVarList& varList) {
     MissingMarkers markers;
     for (int field = 0; field < varList.Size(); ++field) {

@@ -33,7 +33,7 @@ double SumOfSquares(const std::vector<double>& values) {
     return sum;
 }
 
-/// The statistic of a subset. No tie correction reaches it, which is meant: documents depend on it. The test with
+/// The statistic of a subset. No tie correction reaches it, which is intended: documents depend on it. The test with
 /// which a subset is compared is Friedman's in both tests; no W is computed for a subset.
 double SubsetChiSquare(const SubsetRecord& subset, std::int32_t n) {
     const auto m = static_cast<std::int32_t>(subset.Size());

@@ -186,7 +186,7 @@ void TARNCochransQ::AddToOverall(const Record& record, std::uint32_t weight) {
 }
 
 /// The successes of an ordered field are given by the flags of the listed field at the same position, not by its own.
-/// That is meant; it matters only where the fields don't have the same categories in the same order.
+/// That is intended; it matters only where the fields don't have the same categories in the same order.
 void TARNCochransQ::AddToCandidates(const Record& record, std::uint32_t weight) {
     for (const SubsetRecord& subset : steps.Candidates()) {
         std::uint32_t successes = 0;
@@ -243,7 +243,7 @@ bool TARNCochransQ::NeedsAnotherPass() {
 
 void TARNCochransQ::EndStep() {
     AddMessages(steps.EndPass(sigLevel, [&](SubsetRecord& subset) {
-        // The counts are those of the listed fields at these positions, not of the ordered ones. That is meant.
+        // The counts are those of the listed fields at these positions, not of the ordered ones. That is intended.
         subset.statistic = counts.SubsetQ(subset.firstPosition, subset.lastPosition, rowTerms[subset.firstPosition]);
         subset.sig = ChiSquareSig(subset.statistic, static_cast<double>(subset.Size()) - 1);
         return StepwiseComparison::Outcome::kComputed;

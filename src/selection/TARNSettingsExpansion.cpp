@@ -104,8 +104,8 @@ void TARNSettingsExpansion::SplitByKind(const std::vector<std::string>& fields, 
 
 // ---- What the families have in common ----
 
-/// Whether a family is left to the engine. Its tests are then chosen and added here; of the fields for which there is
-/// no test no word is said.
+/// Whether a family is left to the engine. Its tests are then chosen and added here; fields for which there is no test
+/// are left out without a word.
 bool TARNSettingsExpansion::SelectsAutomatically(const char* key, bool& isAutomatically, const char* family,
                                                  const std::vector<std::string>& fields, const std::string& group) {
     modelSettings->GetSettingValByName(key, isAutomatically);
@@ -167,7 +167,7 @@ std::string TARNSettingsExpansion::Join(const std::vector<std::string>& names) {
     return joined;
 }
 
-/// Warns if there is any name to warn of.
+/// Warns if there is any name to warn about.
 void TARNSettingsExpansion::WarnOf(long code, const std::vector<std::string>& names) {
     if (!names.empty()) Warn(code, {Join(names)});
 }
@@ -189,7 +189,7 @@ const std::string* TARNSettingsExpansion::FindEncodedName(const std::string& fie
     return found == renamedFields->end() ? nullptr : &found->second;
 }
 
-/// The field of which a field is the encoded copy; null when it is none.
+/// The field of which a field is the encoded copy; null when it is no copy.
 const std::string* TARNSettingsExpansion::FindOrigin(const std::string& encodedName) const {
     const auto found = std::find_if(renamedFields->begin(), renamedFields->end(),
                                     [&](const auto& renamed) { return renamed.second == encodedName; });

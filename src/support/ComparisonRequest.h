@@ -18,7 +18,7 @@ struct ComparisonRequest {
     bool pairwise = false;
     bool stepwise = false;
 
-    /// As an entry asks; nothing if it doesn't say. A type that is none of ours asks for none.
+    /// As an entry asks; nothing if it doesn't say. A type that is not one of ours asks for no comparison.
     static std::optional<ComparisonRequest> OfEntry(const QKSettings& entry);
     /// As a test's own settings ask, in which `AddTo` has written it.
     static ComparisonRequest OfTest(const QKSettings& testSettings, Wanted wanted);

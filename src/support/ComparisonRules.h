@@ -57,8 +57,8 @@ struct ComparisonRules {
     const char* endOfLoneRow;  ///< behind the row of a single sample
 };
 
-/// The differences are part of the tests: documents depend on each, so none of them is to be evened out. On `wanted`
-/// depends who makes a test without its plan builder.
+/// The differences are part of the tests: documents depend on each, so none of them is to be evened out. Whoever makes
+/// a test without its plan builder depends on `wanted`.
 namespace ComparisonRulesOf {
 using enum Unsaid;
 using enum Wanted;

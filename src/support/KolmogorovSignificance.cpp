@@ -9,7 +9,7 @@ using QKMath::QKPower;
 
 namespace {
 
-/// The underflow to 0 is good; nothing on a failure.
+/// An underflow to 0 is no failure; nothing on a failure.
 std::optional<double> Exponential(double x) {
     double value = 0;
     const int result = QKPower::Exponent(x, value);

@@ -15,7 +15,7 @@ std::optional<double> KolmogorovSignificance(double z);
 
 /// The most extreme differences of two distribution functions, as a walk over the values finds them.
 struct ExtremeDifferences {
-    /// Of a side, and of the absolute value, that no difference was found on.
+    /// The value for a side, and for the absolute value, where no difference was found.
     static constexpr double kNoneAbove = QKMV::Missing();
     static constexpr double kNoneBelow = -QKMV::Missing();
 

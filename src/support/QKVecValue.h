@@ -63,7 +63,7 @@ class QKVecValue : public IQKSettingValue, public IQKVectorElements<T> {
         return SettingElementKind::kOther;
     }
 
-    /// A vector that came with a settings document is of another class, but gives its elements alike.
+    /// A vector that came with a settings document is of another class, but gives its elements in the same way.
     static const IQKVectorElements<T>* AsVector(const IQKSettingValue& other) {
         return dynamic_cast<const IQKVectorElements<T>*>(&other);
     }

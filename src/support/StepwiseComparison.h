@@ -48,7 +48,7 @@ TestMessage LoneSampleWarning(const SubsetRecord& subset);
 double AdjustForSubset(double sig, std::size_t size, std::size_t sampleCount);
 
 /// Removes subsets that lie inside another one of the list, all but those that stand right behind a removed one: a step
-/// is made after a removal, too, so that what moves into the empty place is not looked at. That is meant. A search
+/// is made after a removal, too, so that what moves into the empty place is not looked at. That is intended. A search
 /// never leaves two such subsets side by side.
 void RemoveContainedSubsets(std::vector<SubsetRecord>& subsets);
 
@@ -70,8 +70,9 @@ class StepwiseComparison {
 
     explicit StepwiseComparison(const ComparisonRules& testRules) : rules(testRules) {}
 
-    /// Sets up the candidates over `positionCount` ordered samples. All of them together are none, as the test has
-    /// rejected them. `sampleCount`: of which the significances are adjusted; a test may count empty samples there.
+    /// Sets up the candidates over `positionCount` ordered samples. All of them together are no candidate, as the test
+    /// has rejected them. `sampleCount`: how many samples the significances are adjusted for; a test may count empty
+    /// samples there.
     void Begin(std::size_t positionCount, std::size_t sampleCount);
 
     /// In ascending order of the first position.

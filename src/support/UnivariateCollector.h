@@ -29,7 +29,8 @@ class UnivariateCollector {
     /// Where quantiles find sorted views; borrowed, needed until `Compute` is over.
     void SetSortedData(TARNSortedDataSet* views) { sortedData = views; }
 
-    /// How many threads may work at a time; one, the calling one, at least. Without a word it is as many as there are.
+    /// How many threads may work at a time; one, the calling one, at least. Unless this is called, as many as there
+    /// are.
     void SetThreads(int count) { threads = count; }
 
     /// Fills all records. A field whose record ends in an error stops the others.

@@ -18,7 +18,7 @@ double FromOrderKey(std::uint64_t key) {
     return std::bit_cast<double>(key & kSignBit ? key & ~kSignBit : ~key);
 }
 
-/// An order of all doubles, unlike "<" itself, to which what is no number equals everything.
+/// An order of all doubles. "<" itself is none: to it, what is no number equals everything.
 bool IsBelow(double a, double b) {
     return a < b || (std::isnan(b) && !std::isnan(a));
 }

@@ -7,7 +7,7 @@
 /// A test's own codes stand in its source, where they are used, as `220903_error`, `220916_help` or `221413_warning`:
 /// that compiles if the table has the code as a message of that kind.
 
-/// How a message is meant. The kind comes from whoever adds the message, not from its code.
+/// What kind of message it is. The kind comes from whoever adds the message, not from its code.
 enum class MessageKind { kError = 0, kWarning = 1, kHelpMessage = 2 };
 
 /// Who reports a code.
