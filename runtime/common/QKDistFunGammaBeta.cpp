@@ -27,8 +27,8 @@ struct Tails {
 /// The u between `low` and `high` at which P(U <= u) is p; minus or plus infinity for one beyond them, NaN on failure.
 ///
 /// The density of U is to be log-concave. Newton's iteration on the logarithm of a tail then stays on one side of
-/// the root after its first step; that of the smaller tail keeps all digits. Where a step leads out of the bracket,
-/// be it that the tail is too small for a number, the bracket is halved.
+/// the root after its first step; that of the smaller tail keeps all digits. Where a step leads out of the bracket, for
+/// instance because the tail is too small for a number, the bracket is halved.
 template <typename TailsAt>
 WorkReal FindQuantile(TailsAt tailsAt, WorkReal p, WorkReal start, WorkReal low, WorkReal high) {
     constexpr int kMaxSteps = 200;

@@ -48,7 +48,8 @@ double QKDistFun::CdfStdNorm(double x) {
 double QKDistFun::CdfNorm(double x, double mean, double sd) {
     if (std::isnan(x)) return x;
     if (!std::isfinite(mean) || !IsPositiveFinite(sd)) return QKMV::Missing();
-    // The quotient in more digits than it takes can't overflow, and its rest is what a far tail magnifies.
+    // The quotient in more digits than it takes can't overflow, and what a double loses of it is what a far tail
+    // magnifies.
     const WorkReal z = (static_cast<WorkReal>(x) - mean) / sd;
     const double high = static_cast<double>(z);
     return StdNormOfTwoParts(high, std::isinf(high) ? 0 : static_cast<double>(z - high));

@@ -86,7 +86,7 @@ VariablePointer MakeNumericVariable(const FieldDescription& description, DateTyp
                                       std::move(categories), dateType);
 }
 
-/// Null for a field that can't be.
+/// Null for a field that can't exist.
 VariablePointer MakeVariable(const FieldDescription& description, DateType dateType, bool withLabels,
                              const XMLElement& field) {
     if (description.IsOther() || description.IsContinuous()) {

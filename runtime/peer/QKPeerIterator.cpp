@@ -37,7 +37,7 @@ bool QKPeerIterator::FetchBlock() {
     if (state_ != kReading) return false;
     DataHelper::Block block;
     if (!dataHelper_.nextBlock(block, &errorCode_)) {
-        // Records that don't fit came all the same, and to have none is another failure than theirs.
+        // Records that don't fit came all the same, and to have none is a different failure from theirs.
         if (block.recordCount > 0) hasDelivered_ = true;
         return Fail();
     }

@@ -117,7 +117,7 @@ QKStatus TARNHodgesLehmannTwoIndep::ProcessRecord(Record& record) {
 }
 
 /// The last run is never closed, so a tie among the largest values takes nothing off the standard error. That is
-/// meant: documents depend on it.
+/// intended: documents depend on it.
 void TARNHodgesLehmannTwoIndep::ExtendTieRun(double value, std::int32_t weight) {
     if (value == previousValue) {
         runWeight = Add32(runWeight, weight);

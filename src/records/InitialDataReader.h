@@ -16,8 +16,8 @@ class TarnMemoIterator;
 using RecordFlags = std::vector<bool>;
 
 /// The memory store: reads a stream once and keeps its records, each record's values together, in blocks that are
-/// never moved. Beside the values it finds once, for every record, whether it misses anything, so that no pass has
-/// to look at fields that its tests don't use.
+/// never moved. Besides keeping the values it finds out once, for every record, whether it misses anything, so that no
+/// pass has to look at fields that its tests don't use.
 ///
 /// The width of the store is that of its first record; a later record of another width is cut or filled up with the
 /// missing double.

@@ -38,8 +38,8 @@ double Concordance(double chiSquare, std::int32_t k, std::int32_t n) {
 TARNKendallsW::TARNKendallsW(std::unique_ptr<QKSettings> testSettings)
     : RankedRows(std::move(testSettings), kKendallsW) {}
 
-/// Takes a record of a test in error, too, whose status is then that of the record. Unlike the Friedman test, which is
-/// meant; a worker hands no record to a test that began in error.
+/// Takes a record of a test in error, too, whose status is then that of the record. The Friedman test differs, which is
+/// intended; a worker hands no record to a test that began in error.
 QKStatus TARNKendallsW::ProcessRecord(Record& record) {
     status = ProcessRow(record);
     return status;

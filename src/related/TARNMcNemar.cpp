@@ -225,7 +225,7 @@ QKStatus TARNMcNemar::EndPass() {
 // ---- Element ----
 
 QKXML::XMLElement* TARNMcNemar::MakeResultElement() {
-    // The asymptotic significance decides, beside a smaller or larger exact one too.
+    // The asymptotic significance decides, also where a smaller or larger exact one stands beside it.
     ResultElement element(Tests::kMcNemar, Decide(status, sigLevel, asymptoticSig));
     element.AddCondition(userSpecifyGroupList ? kConditionOfList : kConditionOfData,
                          {FieldOrMissing(firstVariableIndex), FieldOrMissing(secondVariableIndex)});

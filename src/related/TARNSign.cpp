@@ -52,8 +52,8 @@ double ExactSignificance(std::int32_t positive, std::int32_t n) {
 
 namespace {
 
-/// The indices of the names that could be resolved. The walk ends at the first unknown name, but goes on behind a
-/// field of the wrong kind, so that each of them is named.
+/// The indices of the names that could be resolved. The walk ends at the first unknown name, but goes on after a field
+/// of the wrong kind, so that each of them is named.
 std::vector<int> ResolvePair(const std::vector<std::string>& names, const QKVarList& varList,
                              TARNPlanBuilder& builder) {
     std::vector<int> indices;
