@@ -57,7 +57,8 @@ void PrepareTable(Table& table, const AnalysisOptions& options) {
 
 AnalysisOutcome Analyze(const Table& table, const AnalysisOptions& options, const AnalysisEnvironment& environment) {
     AnalysisOutcome outcome = RunRequest(BuildRequest(options, table), kAnalysis, table, environment);
-    outcome.notes = NotesOn(table, options);
+    std::vector<std::string> notes = NotesOn(table, options);
+    outcome.notes.insert(outcome.notes.begin(), notes.begin(), notes.end());
     return outcome;
 }
 

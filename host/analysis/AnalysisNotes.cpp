@@ -67,10 +67,8 @@ std::vector<std::string> NotesOn(const Table& table, const AnalysisOptions& opti
         notes.emplace_back(
             "--descending changes nothing without --compare: the significance of jonckheere is two-tailed");
     }
-    for (const std::string& note :
-         {WeightNote(table, WeightRule::kRounded), RepeatedCasesNote(table, options.caseId, asIndependent)}) {
-        if (!note.empty()) notes.push_back(note);
-    }
+    const std::string repeated = RepeatedCasesNote(table, options.caseId, asIndependent);
+    if (!repeated.empty()) notes.push_back(repeated);
     return notes;
 }
 
