@@ -7,7 +7,7 @@
 
 #include "host/NumberText.h"
 #include "host/table/CellValue.h"
-#include "records/LargeBlock.h"
+#include "machine/LargeBlock.h"
 
 namespace tarn {
 

@@ -72,3 +72,17 @@ class MultiPassRecordIter : public RecordIterator {
  public:
     virtual int Rewind() = 0;
 };
+
+/// What a stream is besides, if the values of each field stand side by side in memory: whoever reads it may then take
+/// them where they are. Found by a `dynamic_cast` of the stream.
+class ColumnSource {
+ public:
+    virtual ~ColumnSource() = default;
+    /// How many records the stream delivers.
+    virtual std::size_t RecordCount() const = 0;
+    /// Values of a record: one for each field of the `QKVarList`.
+    virtual std::size_t FieldCount() const = 0;
+    /// The `RecordCount()` values of a field, in the order of the records. Borrowed from the stream, not written to, and
+    /// valid as long as the stream.
+    virtual const double* Column(std::size_t field) const = 0;
+};

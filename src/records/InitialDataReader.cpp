@@ -4,7 +4,7 @@
 #include <new>
 #include <stdexcept>
 
-#include "records/LargeBlock.h"
+#include "machine/LargeBlock.h"
 #include "vocabulary/StatusCodes.h"
 
 namespace QKTarn {
