@@ -3,6 +3,7 @@
 find_package(Threads REQUIRED)
 find_package(Boost 1.81 REQUIRED)      # header-only use: Boost.Math behind the distribution functions
 find_package(pugixml REQUIRED)         # XML in and out
+find_package(hwy QUIET)              # the vectorised sort; without it a radix sort does the work
 find_package(nlohmann_json REQUIRED)   # JSON in the host
 find_package(CLI11 REQUIRED)           # the command line
 if(TARN_TESTS)

@@ -22,6 +22,9 @@ class TARNPlan {
     /// Index of the field that names the cases; `kNoCaseId` if there is none.
     virtual int GetCaseIdIndex() const = 0;
     virtual const QKVarList& GetVarList() const = 0;
+    /// Whether the statistics of the tests are all that is wanted: nothing is then asked for or made that a plot or a
+    /// table of descriptives alone would show.
+    virtual bool IsBrief() const = 0;
 
     /// 1, 2 or 3 for a field of that kind. 0 for any other, and then the whole run ends with 220004: the one
     /// failure of a plan builder that does not stay in its test.
@@ -31,7 +34,8 @@ class TARNPlan {
     virtual bool Request(int field, int statistic) = 0;
     /// Asks for the records sorted by a field and for nothing else.
     virtual void RegisterSorted(int field) = 0;
-    /// Asks for the records sorted by a field, and for the statistics that go with a sorted field.
+    /// Asks for the records sorted by a field, and, unless the run is brief, for the statistics that go with a sorted
+    /// field.
     virtual void RequestSorted(int field) = 0;
 
     /// Gives a test to the worker that reads the records in file order.

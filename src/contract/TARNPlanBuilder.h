@@ -70,6 +70,7 @@ class TARNPlanBuilder {
         auto test = std::make_unique<Test>(std::move(settings), std::forward<Arguments>(arguments)...);
         EndMessage();
         test->AddMessages(messages);
+        test->SetBrief(plan_.IsBrief());
         return test;
     }
 

@@ -47,6 +47,9 @@ class TARNTest {
     /// Adds a message unless an equal one is there. One of kind error puts the test into its error state.
     virtual void AddMessage(const TestMessage& message);
     virtual void AddStatusMessage(const QKStatus& messageStatus, MessageKind kind);
+    /// Says that no histogram, no box and no outlier is wanted: a test that makes any leaves it out of its element, and
+    /// has no pass for it.
+    void SetBrief(bool brief) { isBrief = brief; }
 
  protected:
     /// A constructor only stores its settings.
@@ -56,4 +59,5 @@ class TARNTest {
     QKStatus status;
     std::vector<TestMessage> messages;
     int passesRemaining = 0;
+    bool isBrief = false;
 };

@@ -105,18 +105,22 @@ void TARNMannWU::GetUsedVariables(std::vector<int>& fieldIndices) {
     fieldIndices.push_back(groupVariableIndex);
 }
 
-QKStatus TARNMannWU::ProcessRecord(Record& record) {
-    const std::size_t group = groups.CodeOf(record[static_cast<std::size_t>(groupVariableIndex)]);
-    if (group == TwoGroups::kNeither) return status;
-    const double value = record[static_cast<std::size_t>(variableIndex)];
-    const std::int32_t weight = CaseWeight(record, weightIndex);
-    if (passCounter == 1) {
-        groupVariables[group].Add(value, weight);
-        return status;
+QKStatus TARNMannWU::ProcessColumns(ColumnBatch& batch) {
+    const double* const values = batch.Values(variableIndex);
+    const std::int32_t* const categories = batch.WholeNumbers(groupVariableIndex);
+    const std::int32_t* const weights = batch.Weights(weightIndex);
+    for (std::size_t i = 0; i < batch.Size(); ++i) {
+        const std::size_t group = groups.CodeOf(categories[i]);
+        if (group == TwoGroups::kNeither) continue;
+        if (passCounter == 1) {
+            groupVariables[group].Add(values[i], weights[i]);
+            continue;
+        }
+        groupCounts[group] += weights[i];
+        groupVariables[group].ExtendRange(values[i]);
+        static_cast<void>(rank.AddValue(values[i], weights[i], kRankKeys[group]));  // it never fails
     }
-    groupCounts[group] += weight;
-    groupVariables[group].ExtendRange(value);
-    return rank.AddValue(value, weight, kRankKeys[group]);
+    return status;
 }
 
 QKStatus TARNMannWU::EndPass() {

@@ -5,21 +5,21 @@
 #include <memory>
 #include <vector>
 
+#include "contract/ColumnPass.h"
 #include "contract/TARNPlan.h"
-#include "contract/TARNTest.h"
 #include "independent/GroupHistogram.h"
 #include "independent/TwoGroups.h"
 #include "support/TARNRank.h"
 
 /// The Mann-Whitney test of two independent groups, setting "IMannWhitneyU".
-class TARNMannWU : public TARNTest {
+class TARNMannWU : public ColumnTest {
  public:
     /// Reads from its settings "variableIndex", "groupVariableIndex", "weightVariableIndex", "sigLevel" and the groups.
-    explicit TARNMannWU(std::unique_ptr<QKSettings> testSettings) : TARNTest(std::move(testSettings)) {}
+    explicit TARNMannWU(std::unique_ptr<QKSettings> testSettings) : ColumnTest(std::move(testSettings)) {}
 
     void SetUnivariateResults(UnivariateResults* results) override { univariateResults = results; }
     QKStatus BeginPass() override;
-    QKStatus ProcessRecord(Record& record) override;
+    QKStatus ProcessColumns(ColumnBatch& batch) override;
     bool NeedsAnotherPass() override { return !status.IsError() && passCounter == 1; }
     QKStatus EndPass() override;
     void GetUsedVariables(std::vector<int>& fieldIndices) override;

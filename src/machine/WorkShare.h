@@ -28,11 +28,13 @@ class WorkShare {
     WorkShare& operator=(const WorkShare&) = delete;
 
     unsigned Threads() const { return threads_; }
+    /// Whether the calling thread is the one that made this object.
+    bool IsOwner() const { return std::this_thread::get_id() == owner_; }
 
     /// Whether the work is to end. For a long job to ask, on any thread, every millisecond or so; once true it stays
     /// so.
     bool IsStopped() const {
-        if (std::this_thread::get_id() == owner_ && stop_ && !stopped_.load(std::memory_order_relaxed) && stop_()) {
+        if (IsOwner() && stop_ && !stopped_.load(std::memory_order_relaxed) && stop_()) {
             stopped_.store(true, std::memory_order_relaxed);
         }
         return stopped_.load(std::memory_order_relaxed);
@@ -44,8 +46,8 @@ class WorkShare {
     ///
     /// Called on the thread that made this object, or within a job, whose thread then does all of them.
     bool Run(std::size_t count, const std::function<void(std::size_t)>& job) const {
-        if (std::this_thread::get_id() != owner_ || threads_ == 1 || count < 2 || isBusy_) return RunAlone(count, job);
-        Round round{*this, count, job};
+        if (!IsOwner() || threads_ == 1 || count < 2 || isBusy_) return RunAlone(count, job);
+        Round round(*this, count, job);
         isBusy_ = true;
         std::vector<std::thread> helpers;
         try {
@@ -76,6 +78,9 @@ class WorkShare {
         std::size_t helpersDone = 0;
         std::size_t failedJob = 0;
         std::exception_ptr failure;
+
+        Round(const WorkShare& workShare, std::size_t jobCount, const std::function<void(std::size_t)>& theJob)
+            : share(workShare), count(jobCount), job(theJob) {}
 
         void Work() {
             while (!hasFailed.load(std::memory_order_relaxed) && !share.IsStopped()) {

@@ -1,9 +1,13 @@
 #include "planning/TARNPlanner.h"
 
+#include <algorithm>
 #include <exception>
+#include <functional>
 #include <numeric>
 #include <utility>
+#include <vector>
 
+#include "planning/CancelState.h"
 #include "planning/TARNResultWriter.h"
 #include "planning/TARNWarning.h"
 #include "planning/TARNWorkerSequence.h"
@@ -13,8 +17,6 @@
 
 namespace {
 
-constexpr int kBlockSize = 2048;
-
 // Of the host's progress scale the first part is left for reading and describing, the last for the document.
 constexpr double kProgressBase = 0.25;
 constexpr double kProgressShare = 0.65;
@@ -22,6 +24,13 @@ constexpr double kProgressShare = 0.65;
 constexpr const char* kMissingTreatment = "missingTreatment";
 constexpr const char* kAnalysisTreatment = "analysis";
 constexpr const char* kCaseIdName = "caseIDVariableName";
+
+/// How many threads may work at a time; 0, as many as the machine has, unless the settings say so.
+unsigned ThreadBudget(const QKSettings& settings) {
+    int threads = 0;
+    settings.GetSettingValByName(SettingKey::kThreads, threads);
+    return static_cast<unsigned>(std::max(threads, 0));
+}
 
 }  // namespace
 
@@ -51,16 +60,19 @@ QKStatus TARNPlanner::Run(RecordIterator& data) {
     try {
         TARNWarning::Instance().Clear();
         ReadCommonSettings();
-        ReadRecords();
+        const CancelState cancel(queryCancel, cancelled);
+        const WorkShare work(ThreadBudget(*settings), [&] { return cancel.Poll(); });
+        ReadRecords(work);
         MakeStores();
         PlanTests();
-        RunWorkers();
+        RunWorkers(work);
     } catch (const std::exception&) {
         status = QKStatus(StatusCode::kAllocationFailed);
     }
     complete = !status.IsError();
-    reader.reset();
+    sourceView.reset();
     sortedData.reset();
+    reader.reset();
     return status;
 }
 
@@ -78,18 +90,18 @@ void TARNPlanner::ReadCommonSettings() {
     if (settings->GetSettingValByName(kMissingTreatment, missingTreatment)) {
         analysisMissing = missingTreatment == kAnalysisTreatment;
     }
+    settings->GetSettingValByName(SettingKey::kBrief, isBrief);
     settings->GetSettingValByName(SettingKey::kSigLevel, sigLevel);
     settings->GetSettingValByName(SettingKey::kConfidenceLevel, confidenceLevel);
     std::string caseId;
     if (settings->GetSettingValByName(kCaseIdName, caseId)) caseIdIndex = varList->FindVariable(caseId);
 }
 
-void TARNPlanner::ReadRecords() {
+void TARNPlanner::ReadRecords(const WorkShare& work) {
     allFields.resize(static_cast<std::size_t>(varList->Size()));
     std::iota(allFields.begin(), allFields.end(), 0);
-    reader =
-        std::make_unique<QKTarn::InitialDataReader>(kBlockSize, dataIterator, !analysisMissing, &allFields, varList);
-    status = reader->ReadAll();
+    reader = std::make_unique<QKTarn::InitialDataReader>(dataIterator, !analysisMissing, &allFields, varList);
+    status = reader->ReadAll(work);
 }
 
 void TARNPlanner::MakeStores() {
@@ -97,16 +109,19 @@ void TARNPlanner::MakeStores() {
     memoIterator = reader->Begin();
     sortedData = std::make_unique<TARNSortedDataSet>(memoIterator);
     univariates = std::make_unique<UnivariateCollector>(memoIterator, *varList);
-    int threads = 0;
-    if (settings->GetSettingValByName(SettingKey::kThreads, threads)) univariates->SetThreads(threads);
     weightIndex = varList->GetFreqWeightIndex();
     if (weightIndex != QKVarList::kNoWeight) {
         hasWeight = true;
         univariates->SetWeight(weightIndex);
     }
     // The main worker reads the source, not the store: what the reader's filter sees as missing differs a little.
+    missingMarkers = QKTarn::MarkersOfPasses(*varList);
     mainWorker =
-        std::make_unique<TARNTestWorker>(*varList, analysisMissing, *dataIterator, reader->IncompleteInSource());
+        std::make_unique<TARNTestWorker>(missingMarkers, analysisMissing, *dataIterator, reader->IncompleteInSource());
+    if (const QKTarn::ColumnStore* const columns = reader->SourceColumns()) {
+        sourceView = std::make_unique<QKTarn::ColumnView>(*columns, reader->IncompleteInSource());
+        mainWorker->SetColumns(*sourceView);
+    }
 }
 
 void TARNPlanner::PlanTests() {
@@ -123,14 +138,11 @@ void TARNPlanner::PlanTests() {
     if (requested == 0) status = QKStatus(StatusCode::kNoTestRequested);
 }
 
-void TARNPlanner::RunWorkers() {
+void TARNPlanner::RunWorkers(const WorkShare& work) {
     if (status.IsError()) return;
-    if (sortedData->HasRegistered()) {
-        status = sortedData->Build();
-        if (status.IsError()) return;
-    }
-    // A field whose descriptives fail shows as never computed; that is no reason to stop the tests.
-    static_cast<void>(univariates->Compute());
+    status = sortedData->MakeViews();
+    if (!status.IsError()) status = DescribeAndSort(work);
+    if (status.IsError()) return;
 
     TARNWorkerSequence sequence(progressListener, kProgressBase, kProgressShare);
     const auto add = [&](TARNTestWorker& worker) {
@@ -139,7 +151,23 @@ void TARNPlanner::RunWorkers() {
     };
     if (mainWorker->TestCount() > 0) add(*mainWorker);
     for (const auto& worker : sortedWorkers) add(*worker);
-    status = sequence.Run(CancelState(queryCancel, cancelled));
+    status = sequence.Run(work);
+}
+
+/// Where there are threads to spare, views are sorted beside the describing; else each is sorted by its worker, so that
+/// no more of them are there at a time than workers run. Quantiles are read from them all before.
+QKStatus TARNPlanner::DescribeAndSort(const WorkShare& work) {
+    QKStatus sortFailure;
+    std::vector<std::function<void()>> sorting;
+    if (univariates->WantsQuantiles()) {
+        const QKStatus sorted = sortedData->Sort(work);
+        if (sorted.IsError()) return sorted;
+    } else if (work.Threads() > 1 && sortedData->ViewCount() < work.Threads()) {
+        sorting.emplace_back([&] { sortFailure = sortedData->Sort(work); });
+    }
+    // A field whose descriptives fail shows as never computed; that is no reason to stop the tests.
+    static_cast<void>(univariates->Compute(work, sorting));
+    return sortFailure;
 }
 
 // ---- The plan ----
@@ -154,6 +182,7 @@ int TARNPlanner::GetMeasureLevel(const std::string& fieldName) {
 
 void TARNPlanner::RequestSorted(int field) {
     sortedData->Register(field);
+    if (isBrief) return;
     for (const int statistic :
          {Statistic::kHistogram, Statistic::kMin, Statistic::kMax, Statistic::kMean, Statistic::kMeanAndStdDev}) {
         univariates->Request(field, statistic);
@@ -169,7 +198,7 @@ TARNTestWorker& TARNPlanner::SortedWorkerFor(int field, const QKStatus& planStat
         if (worker->SortField() == field) return *worker;
     }
     sortedWorkers.push_back(
-        std::make_unique<TARNTestWorker>(*varList, analysisMissing, memoIterator, reader->IncompleteInStore()));
+        std::make_unique<TARNTestWorker>(missingMarkers, analysisMissing, memoIterator, reader->IncompleteInStore()));
     TARNTestWorker& worker = *sortedWorkers.back();
     if (!planStatus.IsError()) {
         sortedData->Register(field);

@@ -8,10 +8,12 @@
 #include "contract/TARNPlan.h"
 #include "contract/TARNTestRow.h"
 #include "contract/TARNVariableInfo.h"
+#include "machine/WorkShare.h"
 #include "planning/TARNTestWorker.h"
 #include "platform/common/IQKAlgorithm.h"
 #include "platform/common/QKSettings.h"
 #include "platform/common/QKVarList.h"
+#include "records/ColumnView.h"
 #include "records/InitialDataReader.h"
 #include "records/TARNSortedDataSet.h"
 #include "support/UnivariateCollector.h"
@@ -47,10 +49,11 @@ class TARNPlanner : public IQKAlgorithm, private TARNPlan {
     // The run, step by step; each works only while the status is no error.
     void Release();
     void ReadCommonSettings();
-    void ReadRecords();
+    void ReadRecords(const WorkShare& work);
     void MakeStores();
     void PlanTests();
-    void RunWorkers();
+    void RunWorkers(const WorkShare& work);
+    QKStatus DescribeAndSort(const WorkShare& work);
 
     // What plan builders see.
     double GetSigLevel() const override { return sigLevel; }
@@ -58,6 +61,7 @@ class TARNPlanner : public IQKAlgorithm, private TARNPlan {
     int GetWeightIndex() const override { return hasWeight ? weightIndex : kNoWeight; }
     int GetCaseIdIndex() const override { return caseIdIndex; }
     const QKVarList& GetVarList() const override { return *varList; }
+    bool IsBrief() const override { return isBrief; }
     int GetMeasureLevel(const std::string& fieldName) override;
     bool Request(int field, int statistic) override { return univariates->Request(field, statistic); }
     void RegisterSorted(int field) override { sortedData->Register(field); }
@@ -81,6 +85,8 @@ class TARNPlanner : public IQKAlgorithm, private TARNPlan {
     std::atomic<bool> cancelled = false;
     std::vector<QKStatus> warnings;
     QKStatus status;
+    QKTarn::MissingMarkers missingMarkers;
+    std::unique_ptr<QKTarn::ColumnView> sourceView;  // lives during `Run` only; null where records were dropped
     std::unique_ptr<TARNTestWorker> mainWorker;
     std::vector<std::unique_ptr<TARNTestWorker>> sortedWorkers;
     std::vector<int> allFields;
@@ -89,6 +95,7 @@ class TARNPlanner : public IQKAlgorithm, private TARNPlan {
     int weightIndex = -1;
     bool hasWeight = false;
     bool analysisMissing = true;
+    bool isBrief = false;
     double sigLevel = kDefaultSigLevel;
     double confidenceLevel = kDefaultConfidenceLevel;
     TARNVariableInfo variableInfo;

@@ -2,12 +2,14 @@
 
 #include <vector>
 
-#include "planning/CancelState.h"
+#include "machine/WorkShare.h"
 #include "planning/TARNTestWorker.h"
 #include "platform/common/Progress.h"
 #include "platform/common/QKStatus.h"
 
-/// The workers of a run, one after the other, with their parts of the progress scale. Borrows all that it is given.
+/// The workers of a run with their parts of the progress scale: one after the other, or several at once where there are
+/// threads for them. Either way results and progress are the same, in the order of the workers. Borrows all that it is
+/// given.
 class TARNWorkerSequence {
  public:
     /// `base` and `share`: fractions of the scale at which the tests start, and that they fill together.
@@ -18,9 +20,12 @@ class TARNWorkerSequence {
 
     /// Runs each worker and collects its elements. The status is the last worker's; 220012 ends the sequence at
     /// once, a cancel ends it with code 1.
-    QKStatus Run(const CancelState& cancel);
+    QKStatus Run(const WorkShare& work);
 
  private:
+    QKStatus RunInTurn(const WorkShare& work);
+    QKStatus RunTogether(const WorkShare& work);
+
     std::vector<TARNTestWorker*> workers;
     ProgressListener* listener;
     double base;

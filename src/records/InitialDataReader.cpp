@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <new>
+#include <span>
 #include <stdexcept>
 
-#include "machine/LargeBlock.h"
 #include "vocabulary/StatusCodes.h"
 
 namespace QKTarn {
@@ -14,30 +14,53 @@ namespace {
 /// A weight is used as a 32-bit whole number everywhere, so this is the bound on one record's weight.
 constexpr double kLargestWeight = 2147483647.0;
 
-/// How much memory is asked for at a time once the store is large; until then a quarter of what it holds.
-constexpr std::size_t kLargeMemory = (std::size_t{8} << 20) / sizeof(double);
-constexpr std::size_t kGrowth = 4;
+/// How many records are read between two questions whether to stop.
+constexpr int kBetweenPolls = 4096;
 
 }  // namespace
 
-InitialDataReader::InitialDataReader(int recordsPerBlock, MultiPassRecordIter* sourceStream, bool dropIncomplete,
+InitialDataReader::InitialDataReader(MultiPassRecordIter* sourceStream, bool dropIncomplete,
                                      const std::vector<int>* filterFields, const QKVarList* variables)
-    : blockSize(recordsPerBlock == 0 ? 1 : recordsPerBlock),
-      source(sourceStream),
+    : source(sourceStream),
       dropMissing(dropIncomplete),
       fields(filterFields),
       varList(variables),
       passMarkers(MarkersOfPasses(*variables)),
       readerMarkers(MarkersOfReader(*variables)) {}
 
-QKStatus InitialDataReader::ReadAll() {
+QKStatus InitialDataReader::ReadAll(const WorkShare& share) {
     if (source == nullptr) return QKStatus(StatusCode::kNoIterator);
+    QKStatus status;
+    try {
+        const auto* columns = dynamic_cast<const ColumnSource*>(source);
+        const bool fits = columns != nullptr && columns->FieldCount() == static_cast<std::size_t>(varList->Size()) &&
+                          columns->RecordCount() > 0;
+        status = fits ? ReadColumns(*columns, share) : ReadRecords(share);
+    } catch (const std::bad_alloc&) {
+        status = QKStatus(StatusCode::kAllocationFailed);
+    } catch (const std::length_error&) {
+        status = QKStatus(StatusCode::kAllocationFailed);
+    }
+    if (status.IsError()) return status;
+    if (share.IsStopped()) return QKStatus(StatusCode::kCancelled);
+    return Count() > 0 ? QKStatus() : QKStatus(StatusCode::kNoRecords);
+}
+
+// ---- A stream of records ----
+
+QKStatus InitialDataReader::ReadRecords(const WorkShare& share) {
     source->Rewind();
-    while (source->HasMore()) {
+    for (int untilPoll = kBetweenPolls; source->HasMore(); --untilPoll) {
+        if (untilPoll == 0) {
+            if (share.IsStopped()) return QKStatus();
+            untilPoll = kBetweenPolls;
+        }
         const QKStatus status = AddRecord(*source->Next());
         if (status.IsError()) return status;
     }
-    return count > 0 ? QKStatus() : QKStatus(StatusCode::kNoRecords);
+    store.Close();
+    store.Examine(passMarkers, share, nullptr);
+    return QKStatus();
 }
 
 QKStatus InitialDataReader::AddRecord(const Record& record) {
@@ -48,8 +71,13 @@ QKStatus InitialDataReader::AddRecord(const Record& record) {
     try {
         const bool incomplete = IsIncomplete(record);
         incompleteInSource.push_back(incomplete);
-        if (dropMissing && IsDropped(record)) return QKStatus();
-        return Store(record, incomplete);
+        if (dropMissing && IsDropped(record)) {
+            hasDropped = true;
+            return QKStatus();
+        }
+        store.Append(record);
+        incompleteInStore.push_back(incomplete);
+        return QKStatus();
     } catch (const std::bad_alloc&) {
         return QKStatus(StatusCode::kAllocationFailed);
     } catch (const std::length_error&) {
@@ -71,35 +99,56 @@ bool InitialDataReader::IsIncomplete(const Record& record) const {
     return missing > 0;
 }
 
-QKStatus InitialDataReader::Store(const Record& record, bool incomplete) {
-    if (count == 0) width = record.Size();
-    if (count == capacity) AddBlock();
-    incompleteInStore.push_back(incomplete);
-    const std::size_t copied = std::min(width, record.Size());
-    double* const target = ValuesAt(count);
-    std::copy_n(record.begin(), copied, target);
-    std::fill(target + copied, target + width, QKMV::Missing());
-    ++count;
+// ---- A stream that has columns ----
+
+QKStatus InitialDataReader::ReadColumns(const ColumnSource& columns, const WorkShare& share) {
+    const auto width = static_cast<std::size_t>(varList->Size());
+    const int weightIndex = varList->GetFreqWeightIndex();
+    if (weightIndex != QKVarList::kNoWeight) {
+        const std::span weights(columns.Column(static_cast<std::size_t>(weightIndex)), columns.RecordCount());
+        const auto isTooLarge = [](double weight) { return weight > kLargestWeight; };
+        if (std::ranges::any_of(weights, isTooLarge)) return QKStatus(StatusCode::kWeightTooLarge);
+    }
+    sourceColumns.Borrow(columns, width);
+    hasSourceColumns = true;
+    std::size_t keptCount = columns.RecordCount();
+    RecordFlags kept;
+    if (dropMissing) kept = FindKept(sourceColumns, keptCount);
+    hasDropped = keptCount < columns.RecordCount();
+    if (!hasDropped) {
+        store.Borrow(columns, width);
+        store.Examine(passMarkers, share, &incompleteInSource);
+        incompleteInStore = incompleteInSource;
+        return QKStatus();
+    }
+    sourceColumns.Examine(passMarkers, share, &incompleteInSource);
+    store.CopyFrom(sourceColumns, kept, keptCount, share);
+    if (!share.IsStopped()) store.Examine(passMarkers, share, &incompleteInStore);
     return QKStatus();
 }
 
-void InitialDataReader::AddBlock() {
-    const std::size_t blockValues = static_cast<std::size_t>(blockSize) * width;
-    if (spareBlocks == 0) {
-        const std::size_t atMost = std::max<std::size_t>(kLargeMemory / std::max<std::size_t>(blockValues, 1), 1);
-        const std::size_t added = std::clamp<std::size_t>(blocks.size() / kGrowth, 1, atMost);
-        memory.push_back(MakeLargeBlock(added * blockValues));
-        spareBlocks = added;
-        blocks.push_back(memory.back().get());
-    } else {
-        blocks.push_back(blocks.back() + blockValues);
+RecordFlags InitialDataReader::FindKept(const ColumnStore& columns, std::size_t& keptCount) const {
+    RecordFlags kept(columns.Count(), true);
+    for (const int field : *fields) {
+        const auto position = static_cast<std::size_t>(field);
+        if (field < 0 || position >= columns.Width() || position >= readerMarkers.size()) continue;
+        const double* const values = columns.Column(position);
+        for (std::size_t record = 0; record < columns.Count(); ++record) {
+            if (values[record] == readerMarkers[position]) kept[record] = false;
+        }
     }
-    --spareBlocks;
-    capacity += blockSize;
+    keptCount = static_cast<std::size_t>(std::count(kept.begin(), kept.end(), true));
+    return kept;
+}
+
+const ColumnStore* InitialDataReader::SourceColumns() const {
+    if (!hasDropped) return &store;
+    return hasSourceColumns ? &sourceColumns : nullptr;
 }
 
 TarnMemoIterator InitialDataReader::Begin() {
-    return count > 0 ? TarnMemoIterator(this, 0) : TarnMemoIterator(this, TarnMemoIterator::kPastEnd);
+    if (!hasSourceColumns) store.Close();
+    return Count() > 0 ? TarnMemoIterator(this, 0) : TarnMemoIterator(this, TarnMemoIterator::kPastEnd);
 }
 
 TarnMemoIterator& TarnMemoIterator::operator=(const TarnMemoIterator& other) {
@@ -116,7 +165,10 @@ bool TarnMemoIterator::HasMore() {
 
 Record* TarnMemoIterator::Next() {
     const bool hasRecord = HasMore();
-    if (hasRecord) current = Record::View(store->ValuesAt(index++), store->Width());
+    if (hasRecord) {
+        if (current.Size() != store->Width()) current = Record(store->Width());
+        store->Columns().Read(static_cast<std::size_t>(index++), current.begin());
+    }
     if (!HasMore()) {
         index = kPastEnd;
         state = kStateEnd;

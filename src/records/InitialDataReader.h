@@ -1,53 +1,54 @@
 #pragma once
 
-#include <memory>
 #include <vector>
 
 #include "platform/common/QKStatus.h"
 #include "platform/common/QKVarList.h"
+#include "machine/WorkShare.h"
 #include "platform/common/Record.h"
+#include "records/ColumnStore.h"
 #include "records/MissingMarkers.h"
 
 namespace QKTarn {
 
 class TarnMemoIterator;
 
-/// One bit per record, in the order of the records.
-using RecordFlags = std::vector<bool>;
-
-/// The memory store: reads a stream once and keeps its records, each record's values together, in blocks that are
-/// never moved. Besides keeping the values it finds out once, for every record, whether it misses anything, so that no
-/// pass has to look at fields that its tests don't use.
+/// The memory store: reads a stream once and keeps its values by columns. A stream that has columns (`ColumnSource`)
+/// keeps them: the store borrows what it finds, and copies only where records are dropped. Besides, it finds out once,
+/// for every record, whether it misses anything, so that no pass has to look at fields that its tests don't use.
 ///
 /// The width of the store is that of its first record; a later record of another width is cut or filled up with the
 /// missing double.
 class InitialDataReader {
  public:
-    /// `blockSize`: records per block, where 0 counts as 1. `source`: borrowed, may be null. `dropMissing`: whether
-    /// a record that misses one of `fields` is left out. `fields` and `varList`: borrowed.
-    InitialDataReader(int blockSize, MultiPassRecordIter* source, bool dropMissing, const std::vector<int>* fields,
+    /// `source`: borrowed, may be null; its columns are needed as long as the store is. `dropMissing`: whether a record
+    /// that misses one of `fields` is left out. `fields` and `varList`: borrowed.
+    InitialDataReader(MultiPassRecordIter* source, bool dropMissing, const std::vector<int>* fields,
                       const QKVarList* varList);
     virtual ~InitialDataReader() = default;
     InitialDataReader(const InitialDataReader&) = delete;
     InitialDataReader& operator=(const InitialDataReader&) = delete;
 
-    /// Reads the whole stream. 220003: no record was kept. 220005: there is no stream. 220026 and 220002 as below.
-    QKStatus ReadAll();
+    /// Reads the whole stream. 220003: no record was kept. 220005: there is no stream. 220026 and 220002 as below. 1:
+    /// the work was stopped.
+    QKStatus ReadAll() { return ReadAll(WorkShare()); }
+    QKStatus ReadAll(const WorkShare& share);
 
-    /// Stores a copy of the record. 220026: its weight is above 2147483647. 220002: no memory was left.
+    /// Stores a copy of the record, which is there once `Begin` was called. 220026: its weight is above 2147483647.
+    /// 220002: no memory was left.
     QKStatus AddRecord(const Record& record);
 
-    /// At the first record; past the end when there is none.
+    /// At the first record; past the end when there is none. No record is added behind it.
     TarnMemoIterator Begin();
 
-    int Count() const { return count; }
+    int Count() const { return static_cast<int>(store.Count()); }
     /// Fields per record.
-    std::size_t Width() const { return width; }
-    /// The values of a record, owned by the store. `index` is 0 .. `Count()`-1.
-    double* ValuesAt(int index) {
-        return blocks[static_cast<std::size_t>(index / blockSize)] +
-               static_cast<std::size_t>(index % blockSize) * width;
-    }
+    std::size_t Width() const { return store.Width(); }
+    /// The records that were kept.
+    const ColumnStore& Columns() const { return store; }
+    /// The records of the source stream, dropped ones included, in its order; null where they are not at hand as
+    /// columns.
+    const ColumnStore* SourceColumns() const;
 
     /// Which records of the source stream miss anything, dropped ones included.
     const RecordFlags& IncompleteInSource() const { return incompleteInSource; }
@@ -57,23 +58,21 @@ class InitialDataReader {
  private:
     bool IsDropped(const Record& record) const;
     bool IsIncomplete(const Record& record) const;
-    QKStatus Store(const Record& record, bool incomplete);
-    void AddBlock();
+    QKStatus ReadRecords(const WorkShare& share);
+    QKStatus ReadColumns(const ColumnSource& columns, const WorkShare& share);
+    RecordFlags FindKept(const ColumnStore& columns, std::size_t& keptCount) const;
 
-    std::vector<std::unique_ptr<double[]>> memory;  // each piece holds several blocks
-    std::vector<double*> blocks;
-    std::size_t spareBlocks = 0;  // at the end of the last piece of memory
-    int count = 0;
-    int capacity = 0;
-    int blockSize;
     MultiPassRecordIter* source;
     bool dropMissing;
     const std::vector<int>* fields;
     const QKVarList* varList;
-
-    std::size_t width = 0;
     MissingMarkers passMarkers;
     MissingMarkers readerMarkers;
+
+    ColumnStore store;
+    ColumnStore sourceColumns;  // of a source that has columns, where the store lacks some of its records
+    bool hasSourceColumns = false;
+    bool hasDropped = false;
     RecordFlags incompleteInSource;
     RecordFlags incompleteInStore;
 };
@@ -105,7 +104,7 @@ class TarnMemoIterator : public MultiPassRecordIter {
     TarnMemoIterator(InitialDataReader* reader, int position, int startState = 0)
         : index(position), store(reader), state(startState) {}
 
-    Record current;  // a view of the record that was handed out last
+    Record current;  // a copy of the record that was handed out last
     int index = kPastEnd;
     InitialDataReader* store = nullptr;
     int state = 0;

@@ -1,50 +1,37 @@
 #include "records/TARNSortedDataSet.h"
 
-#include <algorithm>
 #include <exception>
-#include <utility>
 
-#include "records/SortOrder.h"
 #include "vocabulary/StatusCodes.h"
 
-namespace {
-
-/// How many records ahead of the one handed out the processor is asked to fetch: in sorted order every record is a
-/// miss of the cache.
-constexpr int kPrefetchDistance = 8;
-
-}  // namespace
-
-TARNSortedIterator::TARNSortedIterator(QKTarn::InitialDataReader& memoryStore, std::vector<int> sortedOrder, int field)
-    : store(&memoryStore),
-      sortField(field),
-      order(std::move(sortedOrder)),
-      finished(order.empty()),
-      size(static_cast<int>(order.size())) {}
+TARNSortedIterator::TARNSortedIterator(const QKTarn::ColumnView& sortedView)
+    : view(&sortedView), finished(sortedView.Count() == 0) {}
 
 Record* TARNSortedIterator::Next() {
     if (finished != 0) return nullptr;
-    const auto position = static_cast<std::size_t>(delivered);
-    if (delivered + kPrefetchDistance < size) {
-        __builtin_prefetch(store->ValuesAt(order[position + kPrefetchDistance]) + sortField);
-    }
-    current = Record::View(store->ValuesAt(order[position]), store->Width());
-    if (++delivered == size) finished = 1;
+    const QKTarn::ColumnStore& store = view->Store();
+    if (current.Size() != store.Width()) current = Record(store.Width());
+    store.Read(view->PlaceInStore(delivered), current.begin());
+    if (++delivered == view->Count()) finished = 1;
     return &current;
 }
 
 int TARNSortedIterator::Rewind() {
     delivered = 0;
-    finished = size < 1;
+    finished = view->Count() == 0;
     return finished;
 }
 
 TARNSortedDataSet::TARNSortedDataSet(const QKTarn::TarnMemoIterator& memo)
-    : store(memo.Store()), width(static_cast<int>(store->Width())), iterators(store->Width()) {}
+    : store(memo.Store()),
+      width(static_cast<int>(store->Width())),
+      views(store->Width()),
+      isRegistered(store->Width(), false) {}
 
 bool TARNSortedDataSet::Register(int field) {
     if (field < 0 || field >= width) return false;
-    if (std::find(fields.begin(), fields.end(), field) == fields.end()) fields.push_back(field);
+    if (!isRegistered[static_cast<std::size_t>(field)]) fields.push_back(field);
+    isRegistered[static_cast<std::size_t>(field)] = true;
     return true;
 }
 
@@ -52,17 +39,13 @@ void TARNSortedDataSet::ExpectReader(int field) {
     fieldsWithReader.insert(field);
 }
 
-QKStatus TARNSortedDataSet::Build() {
+QKStatus TARNSortedDataSet::MakeViews() {
     status = QKStatus();
     try {
         for (const int field : fields) {
             if (!fieldsWithReader.contains(field)) continue;
-            std::vector<double> values(static_cast<std::size_t>(store->Count()));
-            for (int i = 0; i < store->Count(); ++i) {
-                values[static_cast<std::size_t>(i)] = store->ValuesAt(i)[field];
-            }
-            iterators[static_cast<std::size_t>(field)] =
-                std::make_unique<TARNSortedIterator>(*store, QKTarn::AscendingOrder(values), field);
+            views[static_cast<std::size_t>(field)] = std::make_unique<SortedField>(*store, field);
+            made.push_back(field);
         }
     } catch (const std::exception&) {
         status = QKStatus(StatusCode::kOutOfMemory);
@@ -70,6 +53,26 @@ QKStatus TARNSortedDataSet::Build() {
     return status;
 }
 
+QKStatus TARNSortedDataSet::Sort(const WorkShare& share) {
+    try {
+        for (const int field : made) ViewBy(field)->Sort(share);
+    } catch (const std::exception&) {
+        status = QKStatus(StatusCode::kOutOfMemory);
+    }
+    return status;
+}
+
+QKStatus TARNSortedDataSet::Build() {
+    const QKStatus madeViews = MakeViews();
+    return madeViews.IsError() ? madeViews : Sort(WorkShare());
+}
+
+QKTarn::ColumnView* TARNSortedDataSet::ViewBy(int field) const {
+    if (field < 0 || field >= width || views[static_cast<std::size_t>(field)] == nullptr) return nullptr;
+    return &views[static_cast<std::size_t>(field)]->view;
+}
+
 TARNSortedIterator* TARNSortedDataSet::IteratorOf(int field) const {
-    return field >= 0 && field < width ? iterators[static_cast<std::size_t>(field)].get() : nullptr;
+    if (field < 0 || field >= width || views[static_cast<std::size_t>(field)] == nullptr) return nullptr;
+    return &views[static_cast<std::size_t>(field)]->iterator;
 }

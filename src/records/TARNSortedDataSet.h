@@ -2,18 +2,21 @@
 
 #include <memory>
 #include <set>
+#include <span>
 #include <vector>
 
+#include "machine/WorkShare.h"
 #include "platform/common/QKStatus.h"
 #include "platform/common/Record.h"
+#include "records/ColumnView.h"
 #include "records/InitialDataReader.h"
 
-/// The records of the memory store in the ascending order of one field: a permutation of 32-bit positions, read at
-/// random from the store. Borrows the store.
+/// The records of the memory store in the ascending order of one field, one by one: each is gathered from the columns
+/// when it is asked for. For readers that know records alone; the others read the view by columns. Borrows the view.
 class TARNSortedIterator : public MultiPassRecordIter {
  public:
-    /// `field`: the one that the order is by, which its readers look at first.
-    TARNSortedIterator(QKTarn::InitialDataReader& store, std::vector<int> order, int field);
+    /// `view`: sorted before the first record is asked for.
+    explicit TARNSortedIterator(const QKTarn::ColumnView& view);
 
     bool HasMore() override { return finished == 0; }
     /// Valid until the next call; null past the end.
@@ -24,16 +27,13 @@ class TARNSortedIterator : public MultiPassRecordIter {
     int Rewind() override;
 
     /// The place in the store of the record that was handed out last.
-    int Ordinal() const { return order[static_cast<std::size_t>(delivered - 1)]; }
+    int Ordinal() const { return static_cast<int>(view->PlaceInStore(delivered - 1)); }
 
  private:
-    QKTarn::InitialDataReader* store;
-    int sortField;
-    std::vector<int> order;
-    Record current;  // a view into the store
+    const QKTarn::ColumnView* view;
+    Record current;
     int finished;
-    int delivered = 0;
-    int size;
+    std::size_t delivered = 0;
 };
 
 /// The sorted views of a run, one per registered field. Borrows the memory store.
@@ -50,18 +50,36 @@ class TARNSortedDataSet {
     /// alone, and a view that nobody reads is not made.
     void ExpectReader(int field);
 
-    /// Makes the views that will be read, in the order of registration. 220012: no memory was left.
+    /// Makes the views that will be read, in the order of registration, but doesn't sort them yet: a view is sorted
+    /// when its reader comes, so that no more of them than there are readers at work take memory. 220012: no memory
+    /// was left.
+    QKStatus MakeViews();
+    /// Sorts the views that were made. 220012 as above.
+    QKStatus Sort(const WorkShare& share);
+    /// Both, on the calling thread.
     QKStatus Build();
 
+    /// How many views were made.
+    std::size_t ViewCount() const { return made.size(); }
     /// The view by a field, owned by the set; null for a field that has none.
+    QKTarn::ColumnView* ViewBy(int field) const;
+    /// The same by records.
     TARNSortedIterator* IteratorOf(int field) const;
-    QKTarn::InitialDataReader& Store() const { return *store; }
 
  private:
+    struct SortedField {
+        QKTarn::ColumnView view;
+        TARNSortedIterator iterator;
+        SortedField(const QKTarn::InitialDataReader& store, int field)
+            : view(store.Columns(), store.IncompleteInStore(), field), iterator(view) {}
+    };
+
     QKTarn::InitialDataReader* store;
     int width;
-    std::vector<std::unique_ptr<TARNSortedIterator>> iterators;
+    std::vector<std::unique_ptr<SortedField>> views;  // by field
     std::vector<int> fields;
+    std::vector<int> made;
     QKStatus status;  // of the last making
     std::set<int> fieldsWithReader;
+    std::vector<bool> isRegistered;
 };

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "platform/common/Truncation.h"
 #include "records/TARNSortedDataSet.h"
 #include "support/CaseWeight.h"
 #include "support/Int32.h"
@@ -38,17 +39,25 @@ bool QKContUnivariateVariable::AddStatistic(int code) {
 }
 
 QKStatus QKContUnivariateVariable::AddRecord(const Record& record) {
-    const double value = record[static_cast<std::size_t>(fieldIndex)];
-    const std::int32_t weight = CaseWeight(record, weightIndex);
+    Add(record[static_cast<std::size_t>(fieldIndex)], CaseWeight(record, weightIndex));
+    return QKStatus();
+}
+
+void QKContUnivariateVariable::AddColumn(std::span<const double> values, const std::int32_t* weights) {
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        if (!IsMissing(values[i])) Add(values[i], weights == nullptr ? 1 : weights[i]);
+    }
+}
+
+void QKContUnivariateVariable::Add(double value, std::int32_t weight) {
     if (phase == Phase::kHistogram) {
         histogram.Add(value, weight);
-        return QKStatus();
+        return;
     }
     if (Wants(Statistic::kMeanAndStdDev)) AddMoments(value, weight);
     if (Wants(Statistic::kMin) && (QKMV::IsMissing(min) || min > value)) min = value;
     if (Wants(Statistic::kMax) && (QKMV::IsMissing(max) || max < value)) max = value;
     count = Add32(count, weight);
-    return QKStatus();
 }
 
 void QKContUnivariateVariable::AddMoments(double value, std::int32_t weight) {
@@ -81,15 +90,14 @@ QKStatus QKContUnivariateVariable::EndPass() {
 }
 
 QKStatus QKContUnivariateVariable::ComputeQuantiles() {
-    TARNSortedIterator* view = sortedData->IteratorOf(fieldIndex);
+    QKTarn::ColumnView* const view = sortedData->ViewBy(fieldIndex);
     if (view == nullptr) return QKStatus(StatusCode::kNoIterator);
-    view->Rewind();
-    while (view->HasMore()) {
-        const Record& record = *view->Next();
-        const double value = record[static_cast<std::size_t>(fieldIndex)];
-        const bool weightMissing = weightIndex >= 0 && QKMV::IsMissing(record[static_cast<std::size_t>(weightIndex)]);
-        if (QKMV::IsMissing(value) || weightMissing) continue;
-        QuantileStep(value, CaseWeight(record, weightIndex), count);
+    const double* const values = view->Values(fieldIndex);
+    const double* const exactWeights = weightIndex >= 0 ? view->Values(weightIndex) : nullptr;
+    for (std::size_t i = 0; i < view->Count(); ++i) {
+        const bool weightMissing = exactWeights != nullptr && QKMV::IsMissing(exactWeights[i]);
+        if (QKMV::IsMissing(values[i]) || weightMissing) continue;
+        QuantileStep(values[i], exactWeights == nullptr ? 1 : TruncateToInt32(exactWeights[i]), count);
     }
     CloseQuantiles();
     return QKStatus();
@@ -160,12 +168,20 @@ bool QKCateUnivariateVariable::AddStatistic(int code) {
 }
 
 QKStatus QKCateUnivariateVariable::AddRecord(const Record& record) {
-    const std::int32_t weight = CaseWeight(record, weightIndex);
-    const std::int32_t category = TruncateToInt32(record[static_cast<std::size_t>(fieldIndex)]);
+    Add(TruncateToInt32(record[static_cast<std::size_t>(fieldIndex)]), CaseWeight(record, weightIndex));
+    return QKStatus();
+}
+
+void QKCateUnivariateVariable::AddColumn(std::span<const double> values, const std::int32_t* weights) {
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        if (!IsMissing(values[i])) Add(TruncateToInt32(values[i]), weights == nullptr ? 1 : weights[i]);
+    }
+}
+
+void QKCateUnivariateVariable::Add(std::int32_t category, std::int32_t weight) {
     const auto frequency = frequencies.find(category);
     if (frequency != frequencies.end()) frequency->second = Add32(frequency->second, weight);
     count = Add32(count, weight);
-    return QKStatus();
 }
 
 QKStatus QKCateUnivariateVariable::EndPass() {

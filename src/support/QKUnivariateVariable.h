@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <span>
 #include <vector>
 
 #include "platform/common/QKMV.h"
@@ -42,6 +43,9 @@ class QKUnivariateVariable {
     virtual void SetSortedData(TARNSortedDataSet* views) { sortedData = views; }
     virtual bool NeedsPass() const = 0;
     virtual void SetWeightIndex(int index) = 0;
+    /// Takes the values of the field of many records, of which it passes over those that are missing. `weights`: the
+    /// truncated weights of the records; null: each is 1.
+    virtual void AddColumn(std::span<const double> values, const std::int32_t* weights) = 0;
 
     /// Whether a value of the field means missing.
     bool IsMissing(double value) const { return value == missingMarker; }
@@ -79,7 +83,9 @@ class QKContUnivariateVariable : public QKUnivariateVariable {
     QKStatus EndPass() override;
     bool NeedsPass() const override { return needsPass; }
     void SetWeightIndex(int index) override { weightIndex = index; }
+    void AddColumn(std::span<const double> values, const std::int32_t* weights) override;
 
+    bool WantsQuantiles() const { return Wants(Statistic::kQuantiles) && sortedData != nullptr; }
     double GetMean() const { return mean; }
     double GetStdDev() const { return stdDev; }
     double GetMin() const { return min; }
@@ -111,6 +117,7 @@ class QKContUnivariateVariable : public QKUnivariateVariable {
         void Close();
     };
 
+    void Add(double value, std::int32_t weight);
     void AddMoments(double value, std::int32_t weight);
     void ExtendRange(double value);
     QKStatus ComputeQuantiles();
@@ -142,6 +149,7 @@ class QKCateUnivariateVariable : public QKUnivariateVariable {
     QKStatus EndPass() override;
     bool NeedsPass() const override { return needsPass; }
     void SetWeightIndex(int index) override { weightIndex = index; }
+    void AddColumn(std::span<const double> values, const std::int32_t* weights) override;
 
     int GetCategoryCount() const { return categoryCount; }
     /// Per category index its frequency; every category has an entry.
@@ -150,6 +158,8 @@ class QKCateUnivariateVariable : public QKUnivariateVariable {
     int GetMedianCategory() const { return medianCategory; }
 
  private:
+    void Add(std::int32_t category, std::int32_t weight);
+
     int fieldIndex;
     int weightIndex;
     int categoryCount;

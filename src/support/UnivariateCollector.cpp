@@ -1,11 +1,8 @@
 #include "support/UnivariateCollector.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <exception>
-#include <future>
-#include <span>
-#include <system_error>
-#include <utility>
-#include <vector>
 
 #include "records/TARNSortedDataSet.h"
 
@@ -51,64 +48,51 @@ void UnivariateCollector::SetWeight(int index) {
     }
 }
 
-QKStatus UnivariateCollector::Compute() {
+bool UnivariateCollector::WantsQuantiles() const {
+    return std::any_of(variables.begin(), variables.end(), [](const auto& entry) {
+        const auto* const variable = dynamic_cast<const QKContUnivariateVariable*>(entry.second.get());
+        return variable != nullptr && variable->WantsQuantiles();
+    });
+}
+
+/// No variable sees another one, so each job takes one of them through all its passes. Only where quantiles are wanted
+/// may the end of a pass fail, which then has to stop the variables behind that one before their next pass.
+QKStatus UnivariateCollector::Compute(const WorkShare& work, const std::vector<std::function<void()>>& beside) {
     QKStatus status;
     if (memo.Store()->Count() == 0) return status;
-    bool again = true;
+    const bool inTurn = WantsQuantiles();
+    std::vector<int> fields = FieldsThatNeedAPass();
+    bool again = work.Run(beside.size() + fields.size(), [&](std::size_t job) {
+        if (job < beside.size()) return beside[job]();
+        const int field = fields[job - beside.size()];
+        AddColumn(field);
+        if (inTurn) return;
+        QKUnivariateVariable& variable = *variables.at(field);
+        static_cast<void>(variable.EndPass());  // it fails for want of a sorted view alone
+        if (variable.NeedsPass()) AddColumn(field);
+    });
+    if (again) again = EndPassOfAll(status) && inTurn;
     while (again) {
-        memo.Rewind();
-        if (status.IsOK()) status = RunPass();
-        again = EndPassOfAll(status);
+        fields = FieldsThatNeedAPass();
+        if (status.IsOK()) work.Run(fields.size(), [&](std::size_t job) { AddColumn(fields[job]); });
+        again = !work.IsStopped() && EndPassOfAll(status);
     }
     return status;
 }
 
-namespace {
-
-using FieldVariable = std::pair<std::size_t, QKUnivariateVariable*>;
-
-/// Adds the records from the iterator on to the variables. An error stops all of them.
-QKStatus AddRecords(QKTarn::TarnMemoIterator records, std::span<const FieldVariable> variables) {
-    while (records.HasMore()) {
-        const Record& record = *records.Next();
-        for (const auto& [field, variable] : variables) {
-            if (variable->IsMissing(record[field])) continue;
-            const QKStatus status = variable->AddRecord(record);
-            if (!status.IsOK()) return status;
-        }
+std::vector<int> UnivariateCollector::FieldsThatNeedAPass() const {
+    std::vector<int> fields;
+    for (const auto& [field, variable] : variables) {
+        if (variable != nullptr && variable->NeedsPass()) fields.push_back(field);
     }
-    return QKStatus();
+    return fields;
 }
 
-}  // namespace
-
-QKStatus UnivariateCollector::RunPass() {
-    // Below this a thread costs more than it saves.
-    constexpr std::size_t kSharedFromValues = 100'000;
-
-    // Who needs the pass does not change within it, so it is not asked again for every record.
-    std::vector<FieldVariable> needing;
-    for (const auto& [field, variable] : variables) {
-        if (variable != nullptr && variable->NeedsPass()) {
-            needing.emplace_back(static_cast<std::size_t>(field), variable.get());
-        }
-    }
-    std::span<const FieldVariable> mine = needing;
-    std::future<QKStatus> others;
-    const std::size_t values = needing.size() * static_cast<std::size_t>(memo.Store()->Count());
-    if (threads > 1 && needing.size() > 1 && values >= kSharedFromValues) {
-        // No variable sees another one, so a second thread may take half of them.
-        const std::span<const FieldVariable> half = mine.subspan(mine.size() / 2);
-        try {
-            others = std::async(std::launch::async, [records = memo, half] { return AddRecords(records, half); });
-            mine = mine.first(mine.size() / 2);
-        } catch (const std::system_error&) {
-            // There is no second thread to be had.
-        }
-    }
-    const QKStatus status = AddRecords(memo, mine);
-    const QKStatus statusOfOthers = others.valid() ? others.get() : QKStatus();
-    return status.IsOK() ? statusOfOthers : status;
+void UnivariateCollector::AddColumn(int field) const {
+    const QKTarn::ColumnStore& store = memo.Store()->Columns();
+    const std::int32_t* const weights =
+        weightIndex < 0 ? nullptr : store.WholeColumn(static_cast<std::size_t>(weightIndex));
+    variables.at(field)->AddColumn(store.ColumnSpan(static_cast<std::size_t>(field)), weights);
 }
 
 /// Whether another pass is wanted. The walk ends at the first field that needs no pass, and the fields behind it

@@ -1,8 +1,11 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
+#include <vector>
 
+#include "machine/WorkShare.h"
 #include "platform/common/QKStatus.h"
 #include "platform/common/QKVarList.h"
 #include "records/InitialDataReader.h"
@@ -29,12 +32,14 @@ class UnivariateCollector {
     /// Where quantiles find sorted views; borrowed, needed until `Compute` is over.
     void SetSortedData(TARNSortedDataSet* views) { sortedData = views; }
 
-    /// How many threads may work at a time; one, the calling one, at least. Unless this is called, as many as there
-    /// are.
-    void SetThreads(int count) { threads = count; }
+    /// Whether any continuous field wants quantiles, for which its view has to be sorted before `Compute`.
+    bool WantsQuantiles() const;
 
-    /// Fills all records. A field whose record ends in an error stops the others.
-    QKStatus Compute();
+    /// Fills all records, and does the jobs that are given in `beside`, on all threads. A field whose record ends in an
+    /// error stops the others. Of no use once the work was stopped. What a job throws comes out here.
+    QKStatus Compute(const WorkShare& work, const std::vector<std::function<void()>>& beside = {});
+    /// The same on the calling thread alone.
+    QKStatus Compute() { return Compute(WorkShare()); }
 
     /// The record of a field, owned by the store; null if there is none.
     const QKUnivariateVariable* Find(int field) const;
@@ -44,7 +49,8 @@ class UnivariateCollector {
 
  private:
     std::unique_ptr<QKUnivariateVariable> MakeVariable(int field) const;
-    QKStatus RunPass();
+    std::vector<int> FieldsThatNeedAPass() const;
+    void AddColumn(int field) const;
     bool EndPassOfAll(QKStatus& status);
 
     QKTarn::TarnMemoIterator memo;
@@ -52,5 +58,4 @@ class UnivariateCollector {
     const QKVarList* varList;
     std::map<int, std::unique_ptr<QKUnivariateVariable>> variables;
     TARNSortedDataSet* sortedData = nullptr;
-    int threads = 2;  // more are never used
 };

@@ -10,6 +10,9 @@ inline constexpr const char* kModelId = "TarnTabulonModelID";
 /// How many threads may work at a time, the calling one among them. Absent: as many as the machine has. No result
 /// depends on it.
 inline constexpr const char* kThreads = "threads";
+/// True for a run whose statistics are all that is wanted: no histograms, no boxes, no descriptives but those that a
+/// test needs. Absent: false.
+inline constexpr const char* kBrief = "brief";
 
 // Of a test's entry in the execution settings.
 inline constexpr const char* kVariableName = "variableName";

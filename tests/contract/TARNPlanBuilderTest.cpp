@@ -40,6 +40,7 @@ class NotingPlan : public TARNPlan {
     double GetConfidenceLevel() const override { return 0.9; }
     int GetWeightIndex() const override { return weightIndex; }
     int GetCaseIdIndex() const override { return kNoCaseId; }
+    bool IsBrief() const override { return false; }
     const QKVarList& GetVarList() const override { return const_cast<harness::Fields&>(fields).List(); }
     int GetMeasureLevel(const std::string&) override { return 0; }
     bool Request(int field, int statistic) override {

@@ -13,7 +13,7 @@
 class CollectorRig {
  public:
     CollectorRig(harness::Fields& fields, std::vector<std::vector<double>> rows)
-        : stream(std::move(rows)), reader(2048, &stream, false, &none, &fields.List()) {
+        : stream(std::move(rows)), reader(&stream, false, &none, &fields.List()) {
         static_cast<void>(reader.ReadAll());  // an empty table is an error of the run, not of these tests
         sorted = std::make_unique<TARNSortedDataSet>(reader.Begin());
         collector = std::make_unique<UnivariateCollector>(reader.Begin(), fields.List());

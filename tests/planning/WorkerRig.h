@@ -24,7 +24,7 @@ class WorkerRig {
     WorkerRig(harness::Fields tableFields, std::vector<std::vector<double>> rows, bool analysisMissing = true)
         : fields(std::move(tableFields)),
           stream(std::move(rows)),
-          reader(2048, &stream, !analysisMissing, &allFields, &fields.List()),
+          reader(&stream, !analysisMissing, &allFields, &fields.List()),
           analysis(analysisMissing) {
         for (int field = 0; field < fields.List().Size(); ++field) allFields.push_back(field);
         readStatus = reader.ReadAll();

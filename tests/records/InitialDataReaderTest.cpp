@@ -64,7 +64,7 @@ TEST(InitialDataReaderTest, ANullIteratorYields220005) {
     Fields fields;
     fields.Continuous("x");
     const std::vector<int> all{0};
-    InitialDataReader reader(2048, nullptr, false, &all, &fields.List());
+    InitialDataReader reader(nullptr, false, &all, &fields.List());
     EXPECT_EQ(reader.ReadAll(), QKStatus(220005));
 }
 
@@ -163,7 +163,7 @@ TEST(InitialDataReaderTest, LooksAtTheGivenFieldsOnly) {
     fields.Continuous("x").Continuous("y");
     harness::RowStream stream({{kNone, 1}, {1, kNone}, {1, 1}});
     const std::vector<int> second{1};
-    InitialDataReader reader(2048, &stream, true, &second, &fields.List());
+    InitialDataReader reader(&stream, true, &second, &fields.List());
     EXPECT_TRUE(reader.ReadAll().IsOK());
     EXPECT_EQ(reader.Count(), 2);
     EXPECT_EQ(reader.ValuesAt(0)[0], kNone);
@@ -205,7 +205,7 @@ TEST(InitialDataReaderTest, ABlockSizeOfZeroCountsAsOne) {
 TEST(InitialDataReaderTest, StoresACopyOfTheRecord) {
     Fields fields;
     fields.Continuous("x");
-    InitialDataReader reader(2048, nullptr, false, nullptr, &fields.List());
+    InitialDataReader reader(nullptr, false, nullptr, &fields.List());
     Record record(1);
     record[0] = 1;
     ASSERT_TRUE(reader.AddRecord(record).IsOK());
@@ -224,7 +224,7 @@ TEST(InitialDataReaderTest, ARecordOfAnotherWidthIsCutOrFilledUp) {
 TEST(InitialDataReaderTest, AFailedAllocationYields220002) {
     Fields fields;
     fields.Continuous("x");
-    InitialDataReader reader(2048, nullptr, false, nullptr, &fields.List());
+    InitialDataReader reader(nullptr, false, nullptr, &fields.List());
     double value = 1;
     // A block of such records is larger than any memory; no more than the first value is looked at before that.
     const Record huge = Record::View(&value, std::size_t{1} << 50);
