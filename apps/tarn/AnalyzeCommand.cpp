@@ -25,6 +25,14 @@ Table LoadTableFor(const AnalyzeOptions& options) {
     return table;
 }
 
+/// CSV has the statistics alone, so nothing else is made where the document isn't kept.
+AnalysisOptions AnalysisOf(const AnalyzeOptions& options) {
+    AnalysisOptions analysis = options.analysis;
+    const OutputOptions& output = options.output;
+    analysis.brief = analysis.brief || (output.format == ReportFormat::kCsv && output.outPath.empty());
+    return analysis;
+}
+
 }  // namespace
 
 ExitStatus Analyze(const AnalyzeOptions& options) {
@@ -32,7 +40,7 @@ ExitStatus Analyze(const AnalyzeOptions& options) {
     const Table table = LoadTableFor(options);
     std::optional<ProgressBar> progress(!options.output.quiet);
     const AnalysisEnvironment environment = EnvironmentOf(interrupt, *progress, options.table.threads);
-    const AnalysisOutcome outcome = Analyze(table, options.analysis, environment);
+    const AnalysisOutcome outcome = Analyze(table, AnalysisOf(options), environment);
     progress.reset();  // nothing of it is left on the line when results are shown
     const ExitStatus status = TellRemarks(outcome);
     if (!outcome.succeeded) return status;

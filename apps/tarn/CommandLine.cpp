@@ -120,10 +120,11 @@ void AddFormat(Options& options, const char* help, const std::function<void(Repo
     });
 }
 
-void DescribeOutput(CLI::App& app, OutputOptions& output, const char* outHelp) {
+void DescribeOutput(CLI::App& app, OutputOptions& output, bool& brief, const char* outHelp) {
     Options options(app, kOutput);
     AddFormat(options, "What to write to standard output", [&](ReportFormat format) { output.format = format; });
     options.One("--out", output.outPath, "FILE", outHelp);
+    options.Flag("--brief", brief, "Statistics alone: no histograms, no box plots, no other descriptives; the fastest");
     options.Flag("--quiet", output.quiet, "Show neither a progress bar nor the table of results");
 }
 
@@ -142,7 +143,7 @@ void DescribeRun(CLI::App& app, RunOptions& run) {
     Options(app, kHowToTest)
         .Flag("--strict", run.strict, "Run nothing if the engine would pass over anything in the plan or the request");
     DescribeTable(app, run.table, [&](std::string field) { run.caseIdField = std::move(field); });
-    DescribeOutput(app, run.output, "Write the result document there instead of to standard output");
+    DescribeOutput(app, run.output, run.brief, "Write the result document there instead of to standard output");
 }
 
 void DescribeAnalyze(CLI::App& app, AnalyzeOptions& analyze) {
@@ -191,7 +192,7 @@ void DescribeAnalyze(CLI::App& app, AnalyzeOptions& analyze) {
         ->allow_extra_args(false)
         ->option_text("FIELD=CATEGORY,..")
         ->group(kTable);
-    DescribeOutput(app, analyze.output, "Write the result document there as well");
+    DescribeOutput(app, analyze.output, analysis.brief, "Write the result document there as well");
 }
 
 /// The commands, with what each of them is given and does. One object of this class is one run of the program.

@@ -42,6 +42,10 @@ std::optional<AnalysisOutcome> RunPlanFile(const RunOptions& options, Interrupt&
         plan.settings.RemoveSetting(kPlanCaseId, true);
         plan.settings.AddSetting(kPlanCaseId, *options.caseIdField);
     }
+    if (options.brief) {
+        plan.settings.RemoveSetting(kBrief, true);
+        plan.settings.AddSetting(kBrief, true);
+    }
     Table table = LoadTableOf(options.table, true);
     ProgressBar progress(!options.output.quiet);
     return RunPlan(plan, table, EnvironmentOf(interrupt, progress, options.table.threads));
@@ -53,6 +57,7 @@ std::optional<AnalysisOutcome> RunSettingsFile(const RunOptions& options, Interr
     if (!request.is_object()) throw InputError(source.Name() + ": expected a JSON object with the keys of a request");
     const std::vector<std::string> passedOver = PassedOverInRequest(request, source.Name());
     if (options.caseIdField) request[kRequestCaseId] = *options.caseIdField;
+    if (options.brief) PutInFront(request, kBrief, true);
     static_cast<void>(
         MakeSettingsDocument(request, source.Name()));  // a shape that no setting has, before the table is read
     if (!TellPassedOver(passedOver, options.strict)) return std::nullopt;

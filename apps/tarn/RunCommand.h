@@ -15,6 +15,7 @@ struct RunOptions {
     std::string planPath;  ///< either this or the next one
     std::string settingsPath;
     std::optional<std::string> caseIdField;
+    bool brief = false;   ///< statistics alone, whatever the plan or the request says
     bool strict = false;  ///< what the engine would pass over is a mistake, and nothing is run
 };
 

@@ -35,16 +35,6 @@ AnalysisOutcome OutcomeOf(EngineOutcome result, const MessageCatalogue& texts) {
     return outcome;
 }
 
-/// The thread budget crosses the boundary within the request. Without one the engine takes what the machine has.
-void AddBudget(nlohmann::ordered_json& request, unsigned threads) {
-    if (threads == 0 || request.contains(kThreads)) return;
-    // In front: the tests of a family end with the request or with a key that is none of theirs.
-    nlohmann::ordered_json whole = nlohmann::ordered_json::object();
-    whole[kThreads] = threads;
-    for (auto& [key, value] : request.items()) whole[key] = std::move(value);
-    request = std::move(whole);
-}
-
 }  // namespace
 
 void PrepareTable(Table& table, const AnalysisOptions& options) {
@@ -76,7 +66,8 @@ bool IsNoneDone(const ResultReading& result) {
 AnalysisOutcome RunRequest(const nlohmann::ordered_json& request, const std::string& source, const Table& table,
                            const AnalysisEnvironment& environment) {
     nlohmann::ordered_json budgeted = request;
-    AddBudget(budgeted, environment.threads);
+    // The thread budget crosses the boundary within the request. Without one the engine takes what the machine has.
+    if (environment.threads > 0 && !request.contains(kThreads)) PutInFront(budgeted, kThreads, environment.threads);
     EngineRun run;
     run.settingsDocument = MakeSettingsDocument(budgeted, source);
     run.applicationName = environment.applicationName;

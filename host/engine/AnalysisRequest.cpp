@@ -88,6 +88,7 @@ class Builder {
     }
 
     void AddCommonKeys() {
+        if (options_.brief) request_[kBrief] = true;
         request_["missingTreatment"] = options_.listwise ? "listwise" : "analysis";
         request_["sigLevel"] = ShareOf(kAlpha, options_.alpha);
         request_["confidenceLevel"] = PercentOf(kConfidence, options_.confidence);

@@ -34,6 +34,7 @@ struct AnalysisOptions {
     bool listwise = false;
     bool includeUserMissing = false;
     std::string caseId;
+    bool brief = false;  ///< statistics alone: no histograms, no boxes, no descriptives but those that a test needs
     /// The orders that were given for categories; the table was read with them.
     std::vector<FieldOrder> orders;
     /// The families in the order in which their fields were named; those that are missing come last.

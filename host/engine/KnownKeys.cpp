@@ -20,6 +20,7 @@ constexpr std::array kTopKeys{
     KnownKey{"sigLevel", kNumber},
     KnownKey{"confidenceLevel", kNumber},
     KnownKey{kThreads, kNumber},
+    KnownKey{kBrief, kFlag},
     KnownKey{kPlanCaseId, kText, kPlan},
     KnownKey{"TarnTabulonModelID", kNumber, kPlan},
     KnownKey{kPlanTests, kObjects, kPlan},

@@ -84,6 +84,8 @@ inline constexpr const char* kGroupField = "groupVariable";
 inline constexpr const char* kIsSelected = "isSelected";
 /// How many threads may work at a time, the calling one among them; absent: as many as the machine has.
 inline constexpr const char* kThreads = "threads";
+/// Whether the statistics are all that is wanted: no histograms, no boxes, no descriptives but those that a test needs.
+inline constexpr const char* kBrief = "brief";
 /// A key behind the last test of a request.
 inline constexpr const char* kDone = "done";
 

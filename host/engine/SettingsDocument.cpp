@@ -91,4 +91,13 @@ std::string MakeSettingsDocument(const Json& request, const std::string& source)
     return std::move(text).str();
 }
 
+void PutInFront(nlohmann::ordered_json& request, const char* key, const nlohmann::ordered_json& value) {
+    nlohmann::ordered_json whole = nlohmann::ordered_json::object();
+    whole[key] = value;
+    for (auto& [other, held] : request.items()) {
+        if (other != key) whole[other] = std::move(held);
+    }
+    request = std::move(whole);
+}
+
 }  // namespace tarn

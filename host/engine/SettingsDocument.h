@@ -9,4 +9,8 @@ namespace tarn {
 /// in the order written. Throws an `InputError` that names `source`, the key and what it should hold.
 std::string MakeSettingsDocument(const nlohmann::ordered_json& request, const std::string& source);
 
+/// Puts a key of the run in front of a request: the tests of a family end with the request, or with a key that is none
+/// of theirs.
+void PutInFront(nlohmann::ordered_json& request, const char* key, const nlohmann::ordered_json& value);
+
 }  // namespace tarn

@@ -3,6 +3,7 @@
 #include <memory>
 #include <vector>
 
+#include "machine/WorkShare.h"
 #include "platform/common/QKSettings.h"
 #include "platform/common/QKStatus.h"
 #include "platform/common/QKXML.h"
@@ -50,6 +51,9 @@ class TARNTest {
     /// Says that no histogram, no box and no outlier is wanted: a test that makes any leaves it out of its element, and
     /// has no pass for it.
     void SetBrief(bool brief) { isBrief = brief; }
+    /// The threads of the run, and the question whether to stop, for work that takes longer than some milliseconds.
+    /// Called before the first pass; borrowed, and needed until the last pass has ended.
+    void SetWork(const WorkShare* share) { work = share; }
 
  protected:
     /// A constructor only stores its settings.
@@ -60,4 +64,5 @@ class TARNTest {
     std::vector<TestMessage> messages;
     int passesRemaining = 0;
     bool isBrief = false;
+    const WorkShare* work = nullptr;  // null for a test that is driven without a run
 };

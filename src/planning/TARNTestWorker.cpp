@@ -155,7 +155,10 @@ QKStatus TARNTestWorker::RunTests(const WorkShare& work) {
             columns = sortedData->ViewBy(sortField);
             columns->Sort(work);
         }
-        for (const auto& test : tests) test->SetUnivariateResults(univariateResults.get());
+        for (const auto& test : tests) {
+            test->SetUnivariateResults(univariateResults.get());
+            test->SetWork(&work);
+        }
         result = RunPasses(work);
     } catch (const std::exception&) {
         result = QKStatus(StatusCode::kOutOfMemory);

@@ -47,9 +47,9 @@ void ColumnStore::CopyFrom(const ColumnStore& other, const RecordFlags& kept, st
 
 void ColumnStore::Append(const Record& record) {
     if (count_ == 0 && pendingCount_ == 0) {
+        own_.resize(record.Size());
+        pending_.resize(kTogether * record.Size());
         width_ = record.Size();
-        own_.resize(width_);
-        pending_.resize(kTogether * width_);
     }
     if (count_ + pendingCount_ == capacity_) Grow();
     const std::size_t copied = std::min(width_, record.Size());

@@ -38,7 +38,7 @@ class ColumnStore {
 
     // ---- Reading ----
 
-    std::size_t Count() const { return count_; }
+    std::size_t Count() const { return count_ + pendingCount_; }
     /// Fields per record.
     std::size_t Width() const { return width_; }
     /// The `Count()` values of a field below `Width()`.

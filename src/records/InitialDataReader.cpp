@@ -58,9 +58,15 @@ QKStatus InitialDataReader::ReadRecords(const WorkShare& share) {
         const QKStatus status = AddRecord(*source->Next());
         if (status.IsError()) return status;
     }
+    Close(share);
+    return QKStatus();
+}
+
+void InitialDataReader::Close(const WorkShare& share) {
+    if (isClosed) return;
     store.Close();
     store.Examine(passMarkers, share, nullptr);
-    return QKStatus();
+    isClosed = true;
 }
 
 QKStatus InitialDataReader::AddRecord(const Record& record) {
@@ -109,6 +115,7 @@ QKStatus InitialDataReader::ReadColumns(const ColumnSource& columns, const WorkS
         const auto isTooLarge = [](double weight) { return weight > kLargestWeight; };
         if (std::ranges::any_of(weights, isTooLarge)) return QKStatus(StatusCode::kWeightTooLarge);
     }
+    isClosed = true;
     sourceColumns.Borrow(columns, width);
     hasSourceColumns = true;
     std::size_t keptCount = columns.RecordCount();
@@ -147,7 +154,7 @@ const ColumnStore* InitialDataReader::SourceColumns() const {
 }
 
 TarnMemoIterator InitialDataReader::Begin() {
-    if (!hasSourceColumns) store.Close();
+    Close(WorkShare());
     return Count() > 0 ? TarnMemoIterator(this, 0) : TarnMemoIterator(this, TarnMemoIterator::kPastEnd);
 }
 

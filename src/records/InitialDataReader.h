@@ -59,6 +59,7 @@ class InitialDataReader {
     bool IsDropped(const Record& record) const;
     bool IsIncomplete(const Record& record) const;
     QKStatus ReadRecords(const WorkShare& share);
+    void Close(const WorkShare& share);
     QKStatus ReadColumns(const ColumnSource& columns, const WorkShare& share);
     RecordFlags FindKept(const ColumnStore& columns, std::size_t& keptCount) const;
 
@@ -73,6 +74,7 @@ class InitialDataReader {
     ColumnStore sourceColumns;  // of a source that has columns, where the store lacks some of its records
     bool hasSourceColumns = false;
     bool hasDropped = false;
+    bool isClosed = false;
     RecordFlags incompleteInSource;
     RecordFlags incompleteInStore;
 };

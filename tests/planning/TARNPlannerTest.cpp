@@ -422,8 +422,9 @@ TEST(TARNPlannerTest, ACancelAtAnyPollEndsTheRunWithCode1) {
     Fields fields = PairFields();
     CancelAtPoll never(0);
     ASSERT_TRUE(harness::Run(SignSettings(), fields, kPairs, nullptr, &never).status.IsOK());
-    // Two passes of 4 records with 3 polls around each, and 2 polls around the worker.
-    ASSERT_EQ(never.polls, 2 * (4 + 3) + 2);
+    // Two passes with 3 polls around each and one at least within it, and 2 polls around the worker; the rest while the
+    // records are read and described.
+    ASSERT_GT(never.polls, 2 * (1 + 3) + 2);
     for (int poll = 1; poll <= never.polls; ++poll) {
         SCOPED_TRACE(poll);
         CancelAtPoll query(poll);

@@ -302,7 +302,7 @@ TEST(TARNTestWorkerTest, KindFourIsTheOneDifferenceBetweenTheReaderAndTheWorker)
     const std::unique_ptr<WorkerRig> rig(MissingTable(false));
     // The reader keeps the record whose kind 4 field has the missing double, and drops the one where it is -1.
     std::vector<double> stored;
-    for (int i = 0; i < rig->reader.Count(); ++i) stored.push_back(rig->reader.ValuesAt(i)[0]);
+    for (const double id : rig->reader.Columns().ColumnSpan(0)) stored.push_back(id);
     EXPECT_EQ(stored, (std::vector<double>{1, 5, 6, 7}));
     // The main worker reads the stream with its own check.
     rig->Add({});
@@ -321,7 +321,7 @@ TEST(TARNTestWorkerTest, ASortedWorkerGetsWhatBothTheReaderAndTheWorkerKeep) {
 TEST(TARNTestWorkerTest, AStreamThatGrewSinceItWasReadIsJudgedRecordByRecord) {
     WorkerRig rig(Fields().Continuous("id").Continuous("x"), {{1, 5}, {2, kNone}, {3, 5}, {4, kNone}});
     const QKTarn::RecordFlags firstRecordOnly{false};
-    rig.worker = std::make_unique<TARNTestWorker>(rig.fields.List(), true, rig.stream, firstRecordOnly);
+    rig.worker = std::make_unique<TARNTestWorker>(rig.markers, true, rig.stream, firstRecordOnly);
     rig.Add({.used = {1}});
     EXPECT_TRUE(rig.Run().IsOK());
     EXPECT_EQ(RecordsOf("a", rig.log), (CallLog{"1:1", "1:3"}));
@@ -350,7 +350,7 @@ TEST(TARNTestWorkerTest, ASortedWorkerJudgesMissingValuesByTheRecordAndNotByItsP
 TEST(TARNTestWorkerTest, WithoutASortFieldTheStoreIsReadInFileOrder) {
     WorkerRig rig(Fields().Continuous("id"), {{30}, {10}, {20}});
     rig.memo = rig.reader.Begin();
-    rig.worker = std::make_unique<TARNTestWorker>(rig.fields.List(), true, rig.memo, rig.reader.IncompleteInStore());
+    rig.worker = std::make_unique<TARNTestWorker>(rig.markers, true, rig.memo, rig.reader.IncompleteInStore());
     EXPECT_EQ(rig.worker->SortField(), -1);
     rig.Add({.yes = {"again1"}});
     EXPECT_TRUE(rig.Run().IsOK());

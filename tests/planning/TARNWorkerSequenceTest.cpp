@@ -21,8 +21,9 @@ class TARNWorkerSequenceTest : public testing::Test {
  protected:
     TARNWorkerSequenceTest() : stream_({{10}, {20}}) {
         fields_.Continuous("id");
+        markers_ = QKTarn::MarkersOfPasses(fields_.List());
         for (int i = 0; i < 3; ++i) {
-            workers_.push_back(std::make_unique<TARNTestWorker>(fields_.List(), true, stream_, complete_));
+            workers_.push_back(std::make_unique<TARNTestWorker>(markers_, true, stream_, complete_));
         }
     }
 
@@ -37,10 +38,13 @@ class TARNWorkerSequenceTest : public testing::Test {
         for (const auto& worker : workers_) {
             if (worker->TestCount() > 0) sequence.Add(*worker);
         }
-        return sequence.Run(CancelState(query, cancelled_));
+        const CancelState cancel(query, cancelled_);
+        return sequence.Run(WorkShare(threads_, [&] { return cancel.Poll(); }));
     }
 
     Fields fields_;
+    QKTarn::MissingMarkers markers_;
+    unsigned threads_ = 1;
     harness::RowStream stream_;
     const QKTarn::RecordFlags complete_{false, false};
     CallLog log_;
@@ -113,7 +117,7 @@ TEST_F(TARNWorkerSequenceTest, ACancelAtAnyPollStopsWithCode1AndCollectsNoMore) 
         cancelled_ = false;
         workers_.clear();
         for (int i = 0; i < 2; ++i) {
-            workers_.push_back(std::make_unique<TARNTestWorker>(fields_.List(), true, stream_, complete_));
+            workers_.push_back(std::make_unique<TARNTestWorker>(markers_, true, stream_, complete_));
         }
         Add(0, {.name = "a"});
         Add(1, {.name = "b"});

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "planning/CancelState.h"
 #include "planning/TARNReporter.h"
 #include "planning/TARNTestWorker.h"
 #include "tests/harness/TestRun.h"
@@ -28,7 +29,8 @@ class WorkerRig {
           analysis(analysisMissing) {
         for (int field = 0; field < fields.List().Size(); ++field) allFields.push_back(field);
         readStatus = reader.ReadAll();
-        worker = std::make_unique<TARNTestWorker>(fields.List(), analysis, stream, reader.IncompleteInSource());
+        markers = QKTarn::MarkersOfPasses(fields.List());
+        worker = std::make_unique<TARNTestWorker>(markers, analysis, stream, reader.IncompleteInSource());
         worker->SetProgress(&listener, kBase, kShare);
     }
 
@@ -38,19 +40,23 @@ class WorkerRig {
         sorted->Register(field);
         sorted->ExpectReader(field);
         readStatus = sorted->Build();
-        worker = std::make_unique<TARNTestWorker>(fields.List(), analysis, memo, reader.IncompleteInStore());
+        worker = std::make_unique<TARNTestWorker>(markers, analysis, memo, reader.IncompleteInStore());
         worker->SetProgress(&listener, kBase, kShare);
         worker->SetSorted(field, *sorted);
     }
 
     void Add(Script script) { worker->AddTest(std::make_unique<ScriptedTest>(std::move(script), log)); }
 
-    QKStatus Run(QKQueryCancel* query = nullptr) { return worker->RunTests(CancelState(query, cancelled)); }
+    QKStatus Run(QKQueryCancel* query = nullptr) {
+        const CancelState cancel(query, cancelled);
+        return worker->RunTests(WorkShare(1, [&] { return cancel.Poll(); }));
+    }
 
     harness::Fields fields;
     harness::RowStream stream;
     std::vector<int> allFields;
     QKTarn::InitialDataReader reader;
+    QKTarn::MissingMarkers markers;
     QKTarn::TarnMemoIterator memo;
     std::unique_ptr<TARNSortedDataSet> sorted;
     bool analysis;

@@ -6,6 +6,7 @@
 #include <limits>
 #include <memory>
 #include <numeric>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -22,18 +23,18 @@ using Rows = std::vector<std::vector<double>>;
 
 /// A reader over rows in memory, whose filter looks at all fields.
 struct Reading {
-    Reading(Fields tableFields, Rows rows, bool dropMissing = false, int blockSize = 2048)
+    Reading(Fields tableFields, Rows rows, bool dropMissing = false)
         : fields(std::move(tableFields)),
           stream(std::move(rows)),
           allFields(static_cast<std::size_t>(fields.List().Size())),
-          reader(blockSize, &stream, dropMissing, &allFields, &fields.List()) {
+          reader(&stream, dropMissing, &allFields, &fields.List()) {
         std::iota(allFields.begin(), allFields.end(), 0);
     }
 
     Rows Stored() {
         Rows rows;
-        for (int i = 0; i < reader.Count(); ++i) {
-            rows.emplace_back(reader.ValuesAt(i), reader.ValuesAt(i) + reader.Width());
+        for (std::size_t i = 0; i < reader.Columns().Count(); ++i) {
+            reader.Columns().Read(i, rows.emplace_back(reader.Width()).data());
         }
         return rows;
     }
@@ -166,7 +167,7 @@ TEST(InitialDataReaderTest, LooksAtTheGivenFieldsOnly) {
     InitialDataReader reader(&stream, true, &second, &fields.List());
     EXPECT_TRUE(reader.ReadAll().IsOK());
     EXPECT_EQ(reader.Count(), 2);
-    EXPECT_EQ(reader.ValuesAt(0)[0], kNone);
+    EXPECT_EQ(reader.Columns().Column(0)[0], kNone);
 }
 
 TEST(InitialDataReaderTest, NotesOfEachRecordWhetherThePassesFindAnythingMissing) {
@@ -177,29 +178,20 @@ TEST(InitialDataReaderTest, NotesOfEachRecordWhetherThePassesFindAnythingMissing
     EXPECT_EQ(reading.reader.IncompleteInStore(), (QKTarn::RecordFlags{false, true, false}));
 }
 
-// ---- Blocks ----
+// ---- Columns ----
 
-TEST(InitialDataReaderTest, RecordsAreNeverMovedOnceStored) {
+TEST(InitialDataReaderTest, PartsManyRecordsIntoColumns) {
     Fields fields;
-    fields.Continuous("x");
-    InitialDataReader reader(3, nullptr, false, nullptr, &fields.List());
-    std::vector<const double*> places;
-    for (int i = 0; i < 100; ++i) {
-        Record record(1);
-        record[0] = i;
-        ASSERT_TRUE(reader.AddRecord(record).IsOK());
-        places.push_back(reader.ValuesAt(i));
+    Rows rows;
+    for (int field = 0; field < 40; ++field) fields.Continuous("x" + std::to_string(field));
+    for (int i = 0; i < 3000; ++i) {
+        rows.emplace_back();
+        for (int field = 0; field < 40; ++field) rows.back().push_back(1000.0 * field + i);
     }
-    for (int i = 0; i < 100; ++i) {
-        EXPECT_EQ(reader.ValuesAt(i), places[static_cast<std::size_t>(i)]);
-        EXPECT_EQ(*reader.ValuesAt(i), i);
-    }
-}
-
-TEST(InitialDataReaderTest, ABlockSizeOfZeroCountsAsOne) {
-    Reading reading(Fields().Continuous("x"), {{1}, {2}, {3}}, false, 0);
+    Reading reading(fields, rows);
     EXPECT_TRUE(reading.reader.ReadAll().IsOK());
-    EXPECT_EQ(reading.Stored(), (Rows{{1}, {2}, {3}}));
+    EXPECT_EQ(reading.Stored(), rows);
+    EXPECT_EQ(reading.reader.Columns().Column(7)[2999], 9999);
 }
 
 TEST(InitialDataReaderTest, StoresACopyOfTheRecord) {
@@ -211,8 +203,9 @@ TEST(InitialDataReaderTest, StoresACopyOfTheRecord) {
     ASSERT_TRUE(reader.AddRecord(record).IsOK());
     record[0] = 2;
     ASSERT_TRUE(reader.AddRecord(record).IsOK());
-    EXPECT_EQ(*reader.ValuesAt(0), 1);
-    EXPECT_EQ(*reader.ValuesAt(1), 2);
+    reader.Begin();
+    EXPECT_EQ(reader.Columns().Column(0)[0], 1);
+    EXPECT_EQ(reader.Columns().Column(0)[1], 2);
 }
 
 TEST(InitialDataReaderTest, ARecordOfAnotherWidthIsCutOrFilledUp) {
@@ -231,4 +224,93 @@ TEST(InitialDataReaderTest, AFailedAllocationYields220002) {
     EXPECT_EQ(reader.AddRecord(huge), QKStatus(220002));
     EXPECT_EQ(reader.Count(), 0);
     EXPECT_FALSE(reader.Begin().HasMore());
+}
+
+// ---- A stream that has columns ----
+
+namespace {
+
+/// Rows that are there as columns, too.
+class ColumnStream : public harness::RowStream, public ColumnSource {
+ public:
+    explicit ColumnStream(const Rows& rows) : RowStream(rows), recordCount_(rows.size()) {
+        for (std::size_t field = 0; field < rows.front().size(); ++field) {
+            columns_.emplace_back();
+            for (const auto& row : rows) columns_.back().push_back(row[field]);
+        }
+    }
+    std::size_t RecordCount() const override { return recordCount_; }
+    std::size_t FieldCount() const override { return columns_.size(); }
+    const double* Column(std::size_t field) const override { return columns_[field].data(); }
+
+ private:
+    std::size_t recordCount_;
+    Rows columns_;
+};
+
+}  // namespace
+
+TEST(InitialDataReaderTest, BorrowsTheColumnsOfAStreamThatHasThem) {
+    Fields fields;
+    fields.Continuous("x").Numeric("n", {1, 2});
+    ColumnStream stream({{1, 0}, {kNone, 1}, {3, kNoCategory}});
+    const std::vector<int> all{0, 1};
+    InitialDataReader reader(&stream, false, &all, &fields.List());
+    EXPECT_TRUE(reader.ReadAll().IsOK());
+    EXPECT_EQ(reader.Count(), 3);
+    EXPECT_EQ(reader.Columns().Column(1), stream.Column(1)) << "not a copy";
+    EXPECT_EQ(reader.SourceColumns(), &reader.Columns());
+    EXPECT_EQ(reader.IncompleteInSource(), (QKTarn::RecordFlags{false, true, true}));
+    EXPECT_EQ(reader.IncompleteInStore(), (QKTarn::RecordFlags{false, true, true}));
+    EXPECT_TRUE(reader.Columns().HasMissing(0));
+    EXPECT_TRUE(reader.Columns().HasMissing(1));
+    EXPECT_EQ(stream.NextCount(), 0) << "no record was asked for";
+}
+
+TEST(InitialDataReaderTest, CopiesTheColumnsWhereRecordsAreDropped) {
+    // As above: the reader's filter and the passes differ about a field of kind 4.
+    Fields fields;
+    fields.Continuous("x").Other("o");
+    ColumnStream stream({{1, 9}, {1, -1}, {1, kNone}, {kNone, 9}, {2, 9}});
+    const std::vector<int> all{0, 1};
+    InitialDataReader reader(&stream, true, &all, &fields.List());
+    EXPECT_TRUE(reader.ReadAll().IsOK());
+    ASSERT_EQ(reader.Count(), 3);
+    EXPECT_EQ(std::vector<double>(reader.Columns().Column(0), reader.Columns().Column(0) + 3),
+              (std::vector<double>{1, 1, 2}));
+    EXPECT_EQ(reader.IncompleteInSource(), (QKTarn::RecordFlags{false, false, true, true, false}));
+    EXPECT_EQ(reader.IncompleteInStore(), (QKTarn::RecordFlags{false, true, false}));
+    ASSERT_NE(reader.SourceColumns(), nullptr);
+    EXPECT_EQ(reader.SourceColumns()->Count(), 5u);
+    EXPECT_EQ(reader.SourceColumns()->Column(0), stream.Column(0));
+}
+
+TEST(InitialDataReaderTest, AWeightAbove2147483647InAColumnStopsTheReadWith220026) {
+    Fields fields;
+    fields.Continuous("x").Weight("w");
+    ColumnStream stream({{1, 1}, {1, 2147483648.0}});
+    const std::vector<int> all{0, 1};
+    InitialDataReader reader(&stream, false, &all, &fields.List());
+    EXPECT_EQ(reader.ReadAll(), QKStatus(220026));
+}
+
+TEST(InitialDataReaderTest, AStopEndsTheReadWithCode1) {
+    const WorkShare stopped(1, [] { return true; });
+    Fields fields;
+    fields.Continuous("x");
+    const std::vector<int> all{0};
+    ColumnStream columns({{1}, {2}});
+    EXPECT_EQ(InitialDataReader(&columns, false, &all, &fields.List()).ReadAll(stopped), QKStatus(1));
+    harness::RowStream records(Rows(10'000, {1.0}));
+    EXPECT_EQ(InitialDataReader(&records, false, &all, &fields.List()).ReadAll(stopped), QKStatus(1));
+    EXPECT_LT(records.NextCount(), 10'000);
+}
+
+TEST(InitialDataReaderTest, FindsTheColumnsThatHoldWhatIsNoNumber) {
+    Reading reading(Fields().Continuous("x").Continuous("y"), {{1, 2}, {std::numeric_limits<double>::quiet_NaN(), 2}});
+    EXPECT_TRUE(reading.reader.ReadAll().IsOK());
+    EXPECT_TRUE(reading.reader.Columns().HasNaN(0));
+    EXPECT_FALSE(reading.reader.Columns().HasNaN(1));
+    EXPECT_FALSE(reading.reader.Columns().HasNaN(-1));
+    EXPECT_FALSE(reading.reader.Columns().HasNaN(2));
 }

@@ -13,9 +13,20 @@
 
 #include "platform/common/QKMV.h"
 
-using QKTarn::AscendingOrder;
-
 namespace {
+
+/// The order of the values, which is the same for any number of threads; and with it come the values.
+std::vector<int> AscendingOrder(const std::vector<double>& values) {
+    const QKTarn::SortedColumn sorted = QKTarn::SortColumn(values, WorkShare(1));
+    const QKTarn::SortedColumn shared = QKTarn::SortColumn(values, WorkShare(3));
+    const std::vector<int> order(sorted.order.begin(), sorted.order.end());
+    EXPECT_TRUE(std::equal(shared.order.begin(), shared.order.end(), order.begin(), order.end()));
+    for (std::size_t i = 0; i < order.size(); ++i) {
+        const double value = values[static_cast<std::size_t>(order[i])];
+        EXPECT_EQ(std::bit_cast<std::uint64_t>(sorted.values[i]), std::bit_cast<std::uint64_t>(value)) << i;
+    }
+    return order;
+}
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
@@ -28,8 +39,9 @@ std::vector<int> StableOrder(const std::vector<double>& values) {
     return order;
 }
 
-/// Around 2048 the way of sorting changes, and so does the number of blocks.
-const std::vector<std::size_t> kSizes{0, 1, 2, 3, 17, 2046, 2047, 2048, 2049, 4095, 4096, 4097, 6000};
+/// Whole numbers are counted where they are no more than the values; from 131,072 values on threads share the work, and
+/// from 1,048,576 on it is parted in any case.
+const std::vector<std::size_t> kSizes{0, 1, 2, 3, 17, 31, 32, 33, 2047, 2048, 2049, 6000, 300'000};
 
 /// Values by a rule, for each of the sizes.
 template <typename MakeValue>
@@ -71,6 +83,34 @@ TEST(SortOrderTest, AgreesWithAStableSort) {
         const std::vector<double> choice{kInfinity, -kInfinity, QKMV::Missing(), -QKMV::Missing(), -0.0, 0.0, 3, -3};
         return choice[random() % choice.size()];
     });
+}
+
+TEST(SortOrderTest, ALongColumnIsParted) {
+    std::mt19937_64 random(7);
+    std::vector<double> values(1'400'000);
+    for (double& value : values) value = static_cast<double>(random() % 1'000'000'007) / 3;
+    EXPECT_EQ(AscendingOrder(values), StableOrder(values));
+}
+
+TEST(SortOrderTest, KeysThatDifferInTheirLastBitsOnlyKeepTheirOrder) {
+    // Beside positions of 12 bits a key keeps 52: of doubles that range over all exponents the last 12 are lost.
+    std::mt19937_64 random(8);
+    std::vector<double> values(4000);
+    for (double& value : values) value = std::bit_cast<double>(std::bit_cast<std::uint64_t>(1.25) + random() % 50);
+    values[17] = 1e300;
+    values[18] = -1e-300;
+    values[19] = 5e-324;
+    EXPECT_EQ(AscendingOrder(values), StableOrder(values));
+}
+
+TEST(SortOrderTest, AStopEndsTheWork) {
+    std::vector<double> values(3'000'000);
+    for (std::size_t i = 0; i < values.size(); ++i) values[i] = 1.0 / static_cast<double>(i + 1);
+    int asked = 0;
+    const WorkShare share(1, [&] { return ++asked > 3; });
+    static_cast<void>(QKTarn::SortColumn(values, share));
+    EXPECT_TRUE(share.IsStopped());
+    EXPECT_EQ(asked, 4) << "nothing goes on behind it";
 }
 
 TEST(SortOrderTest, ANaNStandsAtAnEndAndLeavesTheOthersSorted) {

@@ -18,7 +18,7 @@ class TARNSortedDataSetTest : public testing::Test {
  protected:
     void Fill(const std::vector<double>& values) {
         fields_.Continuous("number").Continuous("value");
-        store_ = std::make_unique<InitialDataReader>(2048, nullptr, false, nullptr, &fields_.List());
+        store_ = std::make_unique<InitialDataReader>(nullptr, false, nullptr, &fields_.List());
         int number = 0;
         for (const double value : values) {
             Record record(2);
@@ -141,7 +141,8 @@ TEST_F(TARNSortedDataSetTest, ViewsByTwoFieldsGoTheirOwnWays) {
 
 TEST_F(TARNSortedDataSetTest, AViewOfNoRecordIsAtItsEnd) {
     Fill({});
-    TARNSortedIterator view(*store_, {}, 0);
+    const QKTarn::ColumnView columns(store_->Columns(), store_->IncompleteInStore(), 0);
+    TARNSortedIterator view(columns);
     EXPECT_FALSE(view.HasMore());
     EXPECT_EQ(view.GetState(), 1);
     EXPECT_EQ(view.Next(), nullptr);

@@ -1,0 +1,403 @@
+// Every test of the catalogue takes its records by columns, and one by one where a value is no number. What it says
+// may not depend on that, nor on how the records are divided into batches: here each is driven three ways over the same
+// random tables, and its element is compared to the letter. One by one is the reference: it is what the tables of
+// numbers in the other folders were checked against.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <map>
+#include <memory>
+#include <random>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "catalogue/TARNTestCatalog.h"
+#include "contract/ColumnPass.h"
+#include "planning/TARNTestWorker.h"
+#include "platform/common/Truncation.h"
+#include "records/TARNSortedDataSet.h"
+#include "support/QKVecValue.h"
+#include "support/UnivariateCollector.h"
+#include "tests/harness/TestRun.h"
+#include "vocabulary/TestFacts.h"
+
+namespace {
+
+using Rows = std::vector<std::vector<double>>;
+using Names = std::vector<std::string>;
+
+// ---- What is asked for ----
+
+struct Entry {
+    std::string name;
+    std::string setting;
+    QKSettings settings;
+};
+
+class Entries {
+ public:
+    Entries() {
+        for (const char* const field : {"x0", "x1"}) {
+            Add(Tests::kRuns, field, [](QKSettings& entry) { entry.AddSetting("contVarClassFormation", "sampleMean"); });
+            Add(Tests::kWilcoxonOneSample, field, [](QKSettings& entry) {
+                entry.AddSetting("userSpecifyTestValue", true);
+                entry.AddSetting("testValue", 2.0);
+            });
+            Add(Tests::kBinomial, field, [](QKSettings& entry) {
+                entry.AddSetting("contVarClassFormation", "sampleMidPoint");
+                entry.AddSetting("testProbability", 0.5);
+            });
+            for (const std::string_view setting : Tests::kKolmogorovSmirnov.Settings()) {
+                AddTo(std::string(setting), field, [](QKSettings& entry) { entry.AddSetting("isUseSample", true); });
+            }
+        }
+        const auto ofData = [](QKSettings& entry) {
+            entry.AddSetting("catVarClassFormation", "getFromData");
+            entry.AddSetting("classFormation", "getFromData");
+            entry.AddSetting("testProbability", 0.4);
+            for (const char* const key : {"isDoClopperPearson", "isDoJeffreys", "isDoProfileLikelihood"}) {
+                entry.AddSetting(key, true);
+            }
+        };
+        for (const TestFacts* const test : {&Tests::kBinomial, &Tests::kProportionIntervals, &Tests::kRuns}) {
+            Add(*test, "a", ofData);
+        }
+        Add(Tests::kChiSquare, "p", ofData);
+
+        for (const TestFacts* const test : {&Tests::kSign, &Tests::kWilcoxonPairs, &Tests::kHodgesLehmannPairs}) {
+            AddList(*test, {"x0", "x1"});
+        }
+        AddList(Tests::kMcNemar, {"a", "b"}, ofData);
+        AddList(Tests::kMarginalHomogeneity, {"p", "q"});
+        for (const char* const comparison : {"", "pairWise", "stepWise"}) {
+            const auto compare = [&](QKSettings& entry) {
+                ofData(entry);
+                if (*comparison != '\0') entry.AddSetting("typeOfMultipleComparison", comparison);
+            };
+            AddList(Tests::kFriedman, {"x0", "x1", "x2", "x3"}, compare);
+            AddList(Tests::kKendall, {"x0", "x1", "x2"}, compare);
+            AddList(Tests::kFriedman, {"x0", "x1", "x2", "x3", "x4", "x5", "x6", "x7", "x8", "x9"}, compare);
+            AddList(Tests::kCochran, {"a", "b", "c"}, compare);
+            for (const TestFacts* const test :
+                 {&Tests::kKruskalWallis, &Tests::kJonckheereTerpstra, &Tests::kMedian}) {
+                Add(*test, "x0", [&](QKSettings& entry) {
+                    compare(entry);
+                    entry.AddSetting("groupVariableName", "g");
+                });
+            }
+        }
+        for (const TestFacts* const test :
+             {&Tests::kMannWhitney, &Tests::kKolmogorovSmirnovTwoSample, &Tests::kWaldWolfowitz, &Tests::kMoses,
+              &Tests::kHodgesLehmannGroups}) {
+            Add(*test, "x0", [](QKSettings& entry) { entry.AddSetting("groupVariableName", "a"); });
+            Add(*test, "x1", [](QKSettings& entry) {
+                entry.AddSetting("groupVariableName", "g");
+                entry.AddSetting("userSpecifyGroupList", true);
+                AddVecSetting(entry, "group1List", std::vector<double>{1, 4}, false);
+                AddVecSetting(entry, "group2List", std::vector<double>{2}, false);
+            });
+        }
+    }
+
+    std::vector<Entry> entries;
+
+ private:
+    using Fill = std::function<void(QKSettings&)>;
+
+    void Add(const TestFacts& test, const std::string& field, const Fill& fill) {
+        AddTo(std::string(test.Setting()), field, fill);
+    }
+    void AddTo(const std::string& setting, const std::string& field, const Fill& fill) {
+        Entry entry{Named(setting), setting, {}};
+        entry.settings.AddSetting("variableName", field);
+        fill(entry.settings);
+        entries.push_back(std::move(entry));
+    }
+    void AddList(const TestFacts& test, const Names& fields, const Fill& fill = {}) {
+        const std::string setting(test.Setting());
+        Entry entry{Named(setting), setting, {}};
+        AddVecSetting(entry.settings, "variableName", fields, false);
+        if (fill) fill(entry.settings);
+        entries.push_back(std::move(entry));
+    }
+    std::string Named(const std::string& setting) { return setting + "_" + std::to_string(entries.size()); }
+};
+
+const std::vector<Entry>& AllEntries() {
+    static const Entries all;
+    return all.entries;
+}
+
+// ---- The tables ----
+
+struct Scene {
+    std::string name;
+    std::size_t records;
+    int steps;       ///< how many different values a continuous field has; 0: all differ
+    double missing;  ///< the share of the cells that are missing
+    bool hasWeight;
+    bool analysisMissing = true;
+};
+
+const Scene kScenes[] = {
+    {"few", 7, 4, 0, false},
+    {"ties", 300, 6, 0, false},
+    {"continuous", 300, 0, 0, false},
+    {"missing", 400, 5, 0.15, false},
+    {"listwise", 400, 0, 0.02, false, false},
+    {"weights", 250, 7, 0.1, true},
+    {"long", 70'000, 40, 0.01, true},
+};
+
+/// x0 .. x9 continuous; a, b, c of two categories; p, q of three; g of five; w the weight.
+struct Data {
+    Data(const Scene& scene, unsigned seed) : random(seed) {
+        for (int i = 0; i < 10; ++i) fields.Continuous("x" + std::to_string(i));
+        for (const char* const name : {"a", "b", "c"}) fields.Numeric(name, {1, 2});
+        for (const char* const name : {"p", "q"}) fields.Numeric(name, {1, 2, 3});
+        fields.Numeric("g", {1, 2, 3, 4, 5});
+        if (scene.hasWeight) fields.Weight("w");
+        for (std::size_t i = 0; i < scene.records; ++i) rows.push_back(MakeRow(scene));
+    }
+
+    std::vector<double> MakeRow(const Scene& scene) {
+        std::vector<double> row;
+        const auto isMissing = [&] { return std::uniform_real_distribution<>()(random) < scene.missing; };
+        for (int i = 0; i < 10; ++i) {
+            const double shift = 0.3 * i;
+            const double value = scene.steps > 0
+                                     ? static_cast<double>(random() % static_cast<unsigned>(scene.steps)) + i % 2
+                                     : std::normal_distribution<>(shift)(random);
+            row.push_back(isMissing() ? harness::kNone : value == 0 && random() % 2 == 0 ? -0.0 : value);
+        }
+        for (const unsigned categories : {2U, 2U, 2U, 3U, 3U, 5U}) {
+            row.push_back(isMissing() ? harness::kNoCategory : static_cast<double>(random() % categories));
+        }
+        constexpr double kWeights[] = {1, 2, 3, 0, 0.5, 1.75, 12};
+        if (scene.hasWeight) row.push_back(isMissing() ? harness::kNone : kWeights[random() % std::size(kWeights)]);
+        return row;
+    }
+
+    std::mt19937 random;
+    harness::Fields fields;
+    Rows rows;
+};
+
+// ---- The plan of one test ----
+
+/// A run up to the point where its one test meets the records.
+class PlannedTest : private TARNPlan {
+ public:
+    PlannedTest(const Entry& entry, harness::Fields& fields, const Rows& rows, const Scene& scene)
+        : varList_(fields.List()),
+          analysisMissing_(scene.analysisMissing),
+          stream_(rows),
+          markers_(QKTarn::MarkersOfPasses(varList_)),
+          allFields_(static_cast<std::size_t>(varList_.Size())),
+          reader_(&stream_, !scene.analysisMissing, &allFields_, &varList_) {
+        for (std::size_t i = 0; i < allFields_.size(); ++i) allFields_[i] = static_cast<int>(i);
+        EXPECT_TRUE(reader_.ReadAll().IsOK());
+        sorted_ = std::make_unique<TARNSortedDataSet>(reader_.Begin());
+        univariates_ = std::make_unique<UnivariateCollector>(reader_.Begin(), varList_);
+        if (GetWeightIndex() >= 0) univariates_->SetWeight(GetWeightIndex());
+        FindTest(entry.setting)->plan(entry.settings, *this);
+        EXPECT_TRUE(sorted_->Build().IsOK());
+        EXPECT_TRUE(univariates_->Compute().IsOK());
+        results_ = std::make_unique<UnivariateResults>(*univariates_);
+    }
+
+    TARNTest& Test() { return *test_; }
+
+    /// One by one, by a loop that knows nothing of columns.
+    std::string ByRecords() {
+        return Drive([&](const std::vector<int>& used) {
+            for (Record& record : Visible(used)) {
+                if (test_->ProcessRecord(record).IsError()) return false;
+            }
+            return true;
+        });
+    }
+
+    /// In batches of random sizes, down to one record.
+    std::string ByBatches(std::mt19937& random) {
+        auto& test = dynamic_cast<ColumnTest&>(*test_);
+        return Drive([&](const std::vector<int>& used) {
+            std::vector<Record> records = Visible(used);
+            for (std::size_t begin = 0; begin < records.size();) {
+                const std::size_t most = random() % 3 == 0 ? 3 : random() % 2 == 0 ? 100 : ColumnBatch::kMostRecords;
+                const std::size_t end = std::min(records.size(), begin + 1 + random() % most);
+                GivenBatch batch(records, begin, end);
+                if (test.ProcessColumns(batch).IsError()) return false;
+                begin = end;
+            }
+            return true;
+        });
+    }
+
+    /// As a run does it.
+    std::string ByWorker() {
+        const bool isSorted = sortField_ >= 0;
+        QKTarn::TarnMemoIterator memo = reader_.Begin();
+        TARNTestWorker worker(markers_, analysisMissing_, isSorted ? static_cast<MultiPassRecordIter&>(memo) : stream_,
+                              isSorted ? reader_.IncompleteInStore() : reader_.IncompleteInSource());
+        QKTarn::ColumnView view(reader_.Columns(), reader_.IncompleteInStore());
+        if (isSorted) {
+            worker.SetSorted(sortField_, *sorted_);
+        } else if (reader_.SourceColumns() != nullptr) {
+            worker.SetColumns(view);
+        }
+        worker.SetUnivariateResults(std::make_unique<UnivariateResults>(*univariates_));
+        worker.AddTest(std::move(test_));
+        EXPECT_TRUE(worker.RunTests(WorkShare(2)).IsOK());
+        EXPECT_TRUE(worker.CollectResults().IsOK());
+        return TextOf(*worker.Results().front());
+    }
+
+ private:
+    class GivenBatch : public ColumnBatch {
+     public:
+        GivenBatch(const std::vector<Record>& records, std::size_t begin, std::size_t end)
+            : records_(records), begin_(begin) {
+            SetSize(end - begin);
+        }
+        const double* Values(int field) override {
+            std::vector<double>& values = values_[field];
+            for (std::size_t i = values.size(); i < Size(); ++i) values.push_back(At(i, field));
+            return values.data();
+        }
+        const std::int32_t* WholeNumbers(int field) override {
+            std::vector<std::int32_t>& numbers = numbers_[field];
+            for (std::size_t i = numbers.size(); i < Size(); ++i) numbers.push_back(TruncateToInt32(At(i, field)));
+            return numbers.data();
+        }
+
+     private:
+        double At(std::size_t i, int field) const { return records_[begin_ + i][static_cast<std::size_t>(field)]; }
+        const std::vector<Record>& records_;
+        std::size_t begin_;
+        std::map<int, std::vector<double>> values_;
+        std::map<int, std::vector<std::int32_t>> numbers_;
+    };
+
+    std::string Drive(const std::function<bool(const std::vector<int>&)>& pass) {
+        test_->SetUnivariateResults(results_.get());
+        do {
+            const bool isBegun = !test_->BeginPass().IsError();
+            std::vector<int> used;
+            test_->GetUsedVariables(used);
+            if (isBegun && pass(used)) static_cast<void>(test_->EndPass());
+        } while (test_->NeedsAnotherPass());
+        const std::unique_ptr<QKXML::XMLElement> element(test_->MakeResultElement());
+        return TextOf(*element);
+    }
+
+    /// The records that the test may see: by its own fields or, listwise, by all of them.
+    std::vector<Record> Visible(const std::vector<int>& used) {
+        std::vector<Record> records;
+        MultiPassRecordIter* stream = &stream_;
+        if (sortField_ >= 0) stream = sorted_->IteratorOf(sortField_);
+        const std::vector<int>& judged = analysisMissing_ && !used.empty() ? used : allFields_;
+        for (stream->Rewind(); stream->HasMore();) {
+            const Record& record = *stream->Next();
+            const bool misses = std::any_of(judged.begin(), judged.end(), [&](int field) {
+                return QKTarn::IsMissingIn(record, field, markers_);
+            });
+            if (!misses) records.push_back(record);
+        }
+        return records;
+    }
+
+    static std::string TextOf(const QKXML::XMLElement& element) {
+        std::ostringstream text;
+        QKXML::WriteTree(text, nullptr, &element, 1);
+        return text.str();
+    }
+
+    double GetSigLevel() const override { return 0.9; }  // so that comparisons are made
+    double GetConfidenceLevel() const override { return 0.95; }
+    int GetWeightIndex() const override { return varList_.GetFreqWeightIndex(); }
+    int GetCaseIdIndex() const override { return kNoCaseId; }
+    const QKVarList& GetVarList() const override { return varList_; }
+    bool IsBrief() const override { return false; }
+    int GetMeasureLevel(const std::string& name) override { return varList_.GetVariable(name)->GetKind(); }
+    bool Request(int field, int statistic) override { return univariates_->Request(field, statistic); }
+    void RegisterSorted(int field) override { sorted_->Register(field); }
+    void RequestSorted(int field) override {
+        sorted_->Register(field);
+        univariates_->Request(field, Statistic::kHistogram);
+        univariates_->Request(field, Statistic::kMeanAndStdDev);
+    }
+    void AddToMainWorker(std::unique_ptr<TARNTest> test) override { test_ = std::move(test); }
+    void AddSortedTest(std::unique_ptr<TARNTest> test, int field, const QKStatus& status) override {
+        test_ = std::move(test);
+        if (status.IsError()) return;
+        sortField_ = field;
+        sorted_->Register(field);
+        sorted_->ExpectReader(field);
+        univariates_->SetSortedData(sorted_.get());
+    }
+
+    QKVarList& varList_;
+    bool analysisMissing_;
+    harness::RowStream stream_;
+    QKTarn::MissingMarkers markers_;
+    std::vector<int> allFields_;
+    QKTarn::InitialDataReader reader_;
+    std::unique_ptr<TARNSortedDataSet> sorted_;
+    std::unique_ptr<UnivariateCollector> univariates_;
+    std::unique_ptr<UnivariateResults> results_;
+    std::unique_ptr<TARNTest> test_;
+    int sortField_ = -1;
+};
+
+class BothWays : public testing::TestWithParam<std::tuple<Entry, Scene>> {};
+
+std::string NameOf(const testing::TestParamInfo<std::tuple<Entry, Scene>>& info) {
+    return std::get<0>(info.param).name + "_" + std::get<1>(info.param).name;
+}
+
+void PrintTo(const Entry& entry, std::ostream* out) {
+    *out << entry.name;
+}
+void PrintTo(const Scene& scene, std::ostream* out) {
+    *out << scene.name;
+}
+
+}  // namespace
+
+INSTANTIATE_TEST_SUITE_P(Tests, BothWays, testing::Combine(testing::ValuesIn(AllEntries()), testing::ValuesIn(kScenes)),
+                         NameOf);
+
+TEST_P(BothWays, GiveTheSameElement) {
+    const auto& [entry, scene] = GetParam();
+    Data data(scene, 20'261'122);
+    const std::string byRecords = PlannedTest(entry, data.fields, data.rows, scene).ByRecords();
+    EXPECT_EQ(PlannedTest(entry, data.fields, data.rows, scene).ByWorker(), byRecords);
+    for (int round = 0; round < (scene.records > 1000 ? 1 : 5); ++round) {
+        ASSERT_EQ(PlannedTest(entry, data.fields, data.rows, scene).ByBatches(data.random), byRecords);
+    }
+}
+
+TEST(BothWaysTest, EveryTestOfTheCatalogueIsHereAndTakesColumns) {
+    Data data(kScenes[1], 1);
+    for (const TARNTestRow& row : TestCatalog()) {
+        const auto entry = std::find_if(AllEntries().begin(), AllEntries().end(),
+                                        [&](const Entry& each) { return each.setting == row.settingName; });
+        ASSERT_NE(entry, AllEntries().end()) << row.settingName;
+        PlannedTest planned(*entry, data.fields, data.rows, kScenes[1]);
+        EXPECT_NE(dynamic_cast<ColumnTest*>(&planned.Test()), nullptr) << row.settingName;
+    }
+}
+
+TEST(BothWaysTest, TheTestsAreNotJustInError) {
+    for (const Entry& entry : AllEntries()) {
+        const Scene& scene = kScenes[1];
+        Data data(scene, 20'261'122);
+        const std::string element = PlannedTest(entry, data.fields, data.rows, scene).ByRecords();
+        EXPECT_EQ(element.find("\"error\""), std::string::npos) << entry.name << "\n" << element.substr(0, 1500);
+    }
+}
