@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <mutex>
 
 #include "host/InputError.h"
 
@@ -14,17 +15,29 @@ namespace tarn {
 
 namespace {
 
+/// Held while the path of a temporary file comes or goes, and for good once such files are abandoned.
+std::mutex& Gate() {
+    static auto* const gate = new std::mutex;
+    return *gate;
+}
+/// Of the temporary file that is there now; null for none.
+const char* unfinishedPath = nullptr;
+
 /// A temporary file that is removed again unless it was given its name.
 class TemporaryFile {
  public:
     explicit TemporaryFile(const std::string& target) : target_(target), path_(target + ".XXXXXX") {
+        const std::lock_guard lock(Gate());
         descriptor_ = mkstemp(path_.data());
         if (descriptor_ < 0) Fail();
+        unfinishedPath = path_.c_str();
     }
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
     ~TemporaryFile() {
         if (descriptor_ >= 0) close(descriptor_);
+        const std::lock_guard lock(Gate());
+        unfinishedPath = nullptr;
         if (!renamed_) unlink(path_.c_str());
     }
 
@@ -44,8 +57,10 @@ class TemporaryFile {
         if (fchmod(descriptor_, 0666 & ~mask) != 0 || fsync(descriptor_) != 0) Fail();
         const int descriptor = descriptor_;
         descriptor_ = -1;
+        const std::lock_guard lock(Gate());
         if (close(descriptor) != 0 || std::rename(path_.c_str(), target_.c_str()) != 0) Fail();
         renamed_ = true;
+        unfinishedPath = nullptr;
     }
 
  private:
@@ -82,6 +97,11 @@ void WriteWholeFile(const std::string& path, std::string_view content) {
     TemporaryFile file(path);
     file.Write(content);
     file.Rename();
+}
+
+void AbandonUnfinishedFile() {
+    Gate().lock();
+    if (unfinishedPath != nullptr) unlink(unfinishedPath);
 }
 
 }  // namespace tarn

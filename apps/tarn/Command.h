@@ -12,6 +12,9 @@ namespace tarn {
 /// How the command ends.
 enum class ExitStatus { kDone = 0, kRunFailed = 1, kWrongUsage = 2 };
 
+/// What is said of a run that was cancelled, as of any that failed.
+inline constexpr const char* kCancelledRun = "the run failed with code 1: the run was cancelled";
+
 /// Where a command's results go.
 struct OutputOptions {
     std::string outPath;                 ///< for the result document; empty: no file

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <string>
 
@@ -11,6 +12,9 @@ namespace tarn {
 namespace {
 
 constexpr int kWidth = 30;
+constexpr const char* kErase = "\r\033[K";
+
+std::atomic<bool> isOnLine = false;
 
 }  // namespace
 
@@ -19,7 +23,9 @@ ProgressBar::ProgressBar(bool wanted) : shown_(wanted && isatty(STDERR_FILENO) !
 }
 
 ProgressBar::~ProgressBar() {
-    if (shown_) std::fputs("\r\033[K", stderr);
+    if (!shown_) return;
+    std::fputs(kErase, stderr);
+    isOnLine = false;
 }
 
 void ProgressBar::Show(int percent) {
@@ -29,6 +35,11 @@ void ProgressBar::Show(int percent) {
                             std::string(static_cast<std::size_t>(kWidth - filled), '.');
     std::fprintf(stderr, "\r[%s] %3d %%", bar.c_str(), percent);
     std::fflush(stderr);
+    isOnLine = true;
+}
+
+std::string ProgressBar::Erasure() {
+    return isOnLine ? kErase : "";
 }
 
 }  // namespace tarn

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 namespace tarn {
 
 /// A progress bar on standard error, on a terminal only.
@@ -14,6 +16,10 @@ class ProgressBar {
 
     /// 0 to 100.
     void Show(int percent);
+
+    /// What clears the line of the bar that is there now; empty where there is none. For a process that ends without
+    /// the destructor.
+    static std::string Erasure();
 
  private:
     bool shown_;

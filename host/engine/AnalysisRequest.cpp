@@ -9,6 +9,7 @@
 #include "host/InputError.h"
 #include "host/NumberText.h"
 #include "host/TestNames.h"
+#include "host/engine/KnownKeys.h"
 #include "host/engine/RequestCheck.h"
 #include "host/engine/RequestView.h"
 #include "host/table/TableMedian.h"

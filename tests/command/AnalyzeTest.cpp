@@ -1,5 +1,7 @@
 // `tarn analyze`, `tarn run --settings` and `tarn tests` as a user meets them: the whole way of a host.
 
+#include <sys/stat.h>
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -249,6 +251,17 @@ TEST_F(Analyze, InterruptEndsWithStatus1AndNoFile) {
     EXPECT_EQ(result.out, "");
     EXPECT_NE(result.err.find("failed with code 1: the run was cancelled"), std::string::npos) << result.err;
     EXPECT_EQ(folder.Files(), (std::vector<std::string>{"data.csv"}));
+}
+
+TEST_F(Analyze, InterruptEndsAReadThatWaitsForInput) {
+    const std::string pipe = folder.Path("data.csv.pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);  // nobody ever writes to it
+    const CommandResult result = harness::RunTarnInterrupted(
+        {"analyze", pipe, "--one-sample", "x", "--out", folder.Path("result.xml")}, 0);
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.err, "tarn: the run failed with code 1: the run was cancelled\n");
+    EXPECT_EQ(folder.Files(), (std::vector<std::string>{"data.csv", "data.csv.pipe"}));
 }
 
 TEST_F(Analyze, FullDiskAndMissingFolderAreToldAndNothingIsLeft) {
