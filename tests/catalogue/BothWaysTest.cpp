@@ -42,7 +42,10 @@ class Entries {
  public:
     Entries() {
         for (const char* const field : {"x0", "x1"}) {
-            Add(Tests::kRuns, field, [](QKSettings& entry) { entry.AddSetting("contVarClassFormation", "sampleMean"); });
+            Add(Tests::kRuns, field, [](QKSettings& entry) {
+                entry.AddSetting("contVarClassFormation", "cutPointValue");
+                entry.AddSetting("cutPointValue", 2.0);
+            });
             Add(Tests::kWilcoxonOneSample, field, [](QKSettings& entry) {
                 entry.AddSetting("userSpecifyTestValue", true);
                 entry.AddSetting("testValue", 2.0);
@@ -73,10 +76,10 @@ class Entries {
         }
         AddList(Tests::kMcNemar, {"a", "b"}, ofData);
         AddList(Tests::kMarginalHomogeneity, {"p", "q"});
-        for (const char* const comparison : {"", "pairWise", "stepWise"}) {
+        for (const char* const comparison : {"none", "pairWise", "stepWise"}) {
             const auto compare = [&](QKSettings& entry) {
                 ofData(entry);
-                if (*comparison != '\0') entry.AddSetting("typeOfMultipleComparison", comparison);
+                entry.AddSetting("typeOfMultipleComparison", comparison);
             };
             AddList(Tests::kFriedman, {"x0", "x1", "x2", "x3"}, compare);
             AddList(Tests::kKendall, {"x0", "x1", "x2"}, compare);
@@ -94,6 +97,9 @@ class Entries {
              {&Tests::kMannWhitney, &Tests::kKolmogorovSmirnovTwoSample, &Tests::kWaldWolfowitz, &Tests::kMoses,
               &Tests::kHodgesLehmannGroups}) {
             Add(*test, "x0", [](QKSettings& entry) { entry.AddSetting("groupVariableName", "a"); });
+            Add(*test, "x1", [](QKSettings& entry) { entry.AddSetting("groupVariableName", "b"); });
+        }
+        for (const TestFacts* const test : {&Tests::kMannWhitney, &Tests::kMoses}) {
             Add(*test, "x1", [](QKSettings& entry) {
                 entry.AddSetting("groupVariableName", "g");
                 entry.AddSetting("userSpecifyGroupList", true);
