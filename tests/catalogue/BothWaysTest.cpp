@@ -12,11 +12,13 @@
 #include <random>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
 #include "catalogue/TARNTestCatalog.h"
 #include "contract/ColumnPass.h"
+#include "planning/TARNReporter.h"
 #include "planning/TARNTestWorker.h"
 #include "platform/common/Truncation.h"
 #include "records/TARNSortedDataSet.h"
@@ -396,6 +398,46 @@ TEST(BothWaysTest, EveryTestOfTheCatalogueIsHereAndTakesColumns) {
         ASSERT_NE(entry, AllEntries().end()) << row.settingName;
         PlannedTest planned(*entry, data.fields, data.rows, kScenes[1]);
         EXPECT_NE(dynamic_cast<ColumnTest*>(&planned.Test()), nullptr) << row.settingName;
+    }
+}
+
+namespace {
+
+class Steps : public ProgressListener {
+ public:
+    void OnProgress(ProgressReport& report) override {
+        EXPECT_EQ(std::this_thread::get_id(), thread) << "the host is called on the thread of the run alone";
+        percents.push_back(dynamic_cast<TARNReporter&>(report).GetCurrentStepNum());
+    }
+    std::thread::id thread = std::this_thread::get_id();
+    std::vector<int> percents;
+};
+
+}  // namespace
+
+TEST(BothWaysTest, AnyNumberOfThreadsGivesTheSameDocumentAndProgress) {
+    for (const Scene& scene : kScenes) {
+        SCOPED_TRACE(scene.name);
+        Data data(scene, 7);
+        std::string document;
+        std::vector<int> percents;
+        for (const int threads : {1, 2, 5}) {
+            QKSettings settings;
+            settings.AddSetting("threads", threads);
+            settings.AddSetting("sigLevel", 0.9);
+            settings.AddSetting("missingTreatment", scene.analysisMissing ? "analysis" : "listwise");
+            for (const Entry& entry : AllEntries()) settings.AddSetting(entry.setting, entry.settings);
+            Steps steps;
+            const harness::Outcome outcome = harness::Run(settings, data.fields, data.rows, &steps);
+            ASSERT_TRUE(outcome.status.IsOK());
+            ASSERT_EQ(outcome.document.TestCount(), static_cast<int>(AllEntries().size()));
+            if (threads == 1) {
+                document = outcome.text;
+                percents = steps.percents;
+            }
+            EXPECT_TRUE(outcome.text == document) << threads << " threads";
+            EXPECT_EQ(steps.percents, percents) << threads << " threads";
+        }
     }
 }
 
