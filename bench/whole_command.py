@@ -1,21 +1,19 @@
 #!/usr/bin/env python3
-"""Times the whole command: from a CSV of 1,000,000 rows and 6 fields to the document of a sign test.
-
-usage: whole_command.py [RUNS]
-"""
-import os
-import sys
-
+"""Times the whole command: from a CSV of 1,000,000 rows and 6 fields to the document of a sign test."""
 import timing
 
 
 def main():
-    runs = int(sys.argv[1]) if len(sys.argv) > 1 else 5
-    command = [timing.TARN, "run", "--data", timing.normal_table(), "--plan", timing.sign_plan(), "--quiet"]
-    timing.timed(command, os.devnull)  # warms the file cache
-    results = [timing.timed(command, os.devnull) for _ in range(runs)]
-    print(timing.row("tarn run, sign test, 1e6 x 6", [seconds for seconds, _ in results], "s"))
-    print(timing.row("peak memory", [memory for _, memory in results], "MB"))
+    options = timing.parser(__doc__, rows=timing.ROWS).parse_args()
+    timing.print_machine()
+    command = timing.tarn("sign", timing.normal_table(options.rows), [{"RSign": {"variableName": ["x0", "x1"]}}])
+    sides = [timing.command_side("all cores", command), timing.command_side("one core", command + ["--threads", "1"])]
+
+    def check(all_cores, one_core):
+        if all_cores != one_core:
+            raise SystemExit("the number of threads changes the document")
+
+    timing.compare("tarn run, sign test", sides, options.runs, check)
 
 
 if __name__ == "__main__":

@@ -1,42 +1,49 @@
 #!/usr/bin/env python3
 """Times the Kolmogorov-Smirnov tests and the Wilcoxon test of one field side by side: tarn, and pandas with SciPy.
 
-usage: kolmogorov_scipy.py [RUNS]
-
 Both read a whole CSV of 1,000,000 rows: six columns of normal values, or one with a group of two. SciPy has neither
 Lilliefors' test, so that its side estimates the parameters and then tests as if they were given, nor the
-Wald-Wolfowitz test.
+Wald-Wolfowitz test. What is compared of the test of two groups is D: our statistic is another multiple of it, and
+beyond its range at that size.
 """
 import side_by_side
 from side_by_side import timing
 
 ONE_SAMPLE = side_by_side.READ + """
 x = table["x0"].to_numpy()
-print(stats.kstest(x, stats.norm(x.mean(), x.std(ddof=1)).cdf, method="asymp"))
+result = stats.kstest(x, stats.norm(x.mean(), x.std(ddof=1)).cdf, method="asymp")
+print(result.statistic, result.pvalue)
 """
 WILCOXON = side_by_side.READ + """
-print(stats.wilcoxon(table["x0"].to_numpy() - 0.1, correction=False, method="asymptotic"))
+result = stats.wilcoxon(table["x0"].to_numpy() - 0.1, correction=False, method="asymptotic")
+print(result.statistic, result.pvalue)
 """
 TWO_SAMPLES = side_by_side.READ + """
 x = table["x0"].to_numpy()
 first = (table["g"] == 1).to_numpy()
-print(stats.ks_2samp(x[first], x[~first], method="asymp"))
+result = stats.ks_2samp(x[first], x[~first], method="asymp")
+print(result.statistic, result.pvalue)
 """
 
 
-def job(runs):
-    columns = timing.normal_table()
-    groups = side_by_side.grouped_table("two_groups", 2, side_by_side.normal)
-    for title, test, keys, data, peer in (
+def job(options):
+    columns = timing.normal_table(options.rows)
+    groups, steps = (timing.grouped_table(name, 2, draw, options.rows)
+                     for name, draw in (("two_groups", timing.normal), ("two_groups_steps", timing.seven_steps)))
+    two_groups = {"groupVariableName": "g"}
+    for title, test, keys, data, peer, statistic in (
             ("Kolmogorov-Smirnov, one field, parameters from the data", "OKolmogorovSmirnovNormal",
-             {"isUseSample": True}, columns, ONE_SAMPLE),
+             {"isUseSample": True}, columns, ONE_SAMPLE, "Absolute"),
             ("Wilcoxon, one field", "OWilcoxonSignedRanks", {"userSpecifyTestValue": True, "testValue": 0.1}, columns,
-             WILCOXON),
-            ("Kolmogorov-Smirnov, two groups", "IKolmogorovSmirnov", {"groupVariableName": "g"}, groups, TWO_SAMPLES)):
-        more = ["--nominal", "g"] if data == groups else []
-        side_by_side.compare(title, side_by_side.tarn(test, data, [{test: dict(keys, variableName="x0")}], *more),
-                             side_by_side.python(peer, data), runs)
+             WILCOXON, timing.smaller_rank_sum),
+            ("Kolmogorov-Smirnov, two groups, continuous", "IKolmogorovSmirnov", two_groups, groups, TWO_SAMPLES,
+             "Absolute"),
+            ("Kolmogorov-Smirnov, two groups, values from 1 to 7", "IKolmogorovSmirnov", two_groups, steps,
+             TWO_SAMPLES, "Absolute")):
+        more = [] if data == columns else ["--nominal", "g"]
+        side_by_side.compare(title, options, timing.tarn(test, data, [{test: dict(keys, variableName="x0")}], *more),
+                             side_by_side.python(peer, data), statistic)
 
 
 if __name__ == "__main__":
-    side_by_side.main(job)
+    side_by_side.main(__doc__, job)

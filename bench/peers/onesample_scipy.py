@@ -1,21 +1,21 @@
 #!/usr/bin/env python3
 """Times the binomial and the chi-square test on a CSV of 1,000,000 rows side by side: tarn, and pandas with SciPy.
 
-usage: onesample_scipy.py [RUNS]
-
 Both read the whole table: a normal value "x", cut at 0.1, and a category "c" from 1 to 5. SciPy has no runs test; for
 one beside ours, NumPy counts the runs. The Clopper-Pearson interval is SciPy's `proportion_ci`.
 """
 import side_by_side
+from side_by_side import timing
 
 CUT = 0.1
 
 BINOMIAL = side_by_side.READ + """
 test = stats.binomtest(int((table["x"] <= %r).sum()), len(table), 0.5)
-print(test.pvalue, test.proportion_ci(0.95, "exact"))
+print(test.k, test.pvalue, test.proportion_ci(0.95, "exact"))
 """ % CUT
 CHI_SQUARE = side_by_side.READ + """
-print(stats.chisquare(table["c"].value_counts().to_numpy()))
+result = stats.chisquare(table["c"].value_counts().to_numpy())
+print(result.statistic, result.pvalue)
 """
 RUNS = side_by_side.READ + """
 lower = table["x"].to_numpy() < %r
@@ -35,12 +35,12 @@ JOBS = {
 }
 
 
-def job(runs):
-    data = side_by_side.table("onesample", ["x", "c"], lambda rng: [side_by_side.normal(rng), rng.randint(1, 5)])
+def job(options):
+    data = timing.table("onesample", ["x", "c"], lambda rng: [timing.normal(rng), rng.randint(1, 5)], options.rows)
     for name, (peer, tests) in JOBS.items():
-        side_by_side.compare(name + ", 1,000,000 rows", side_by_side.tarn(name, data, tests, "--nominal", "c"),
-                             side_by_side.python(peer, data), runs)
+        side_by_side.compare(name, options, timing.tarn(name, data, tests, "--nominal", "c"),
+                             side_by_side.python(peer, data))
 
 
 if __name__ == "__main__":
-    side_by_side.main(job)
+    side_by_side.main(__doc__, job)

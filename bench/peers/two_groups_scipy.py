@@ -1,17 +1,18 @@
 #!/usr/bin/env python3
 """Times the Mann-Whitney test side by side: tarn, and pandas with SciPy.
 
-usage: two_groups_scipy.py [RUNS]
-
 Three tables: 1,000,000 rows of a continuous field and of one with the values 1 to 7, and 2,000 fields of 2,000 rows
-that are all tested against one group field. Both sides read the whole table. SciPy has no Hodges-Lehmann estimate; for
-one beside ours, NumPy makes all differences of 2 x 5,000 values.
+that are all tested against one group field, with the full document and with the brief one. Both sides read the whole
+table. SciPy has no Hodges-Lehmann estimate; for one beside ours, NumPy makes all differences of 2 x 5,000 values.
 """
 import side_by_side
-from side_by_side import normal, seven_steps
+from side_by_side import timing
 
+SCREENED = 2_000
+
+# U of the second group, as we have it. Of many fields the sum.
 MANN_WHITNEY = side_by_side.READ + """
-groups = table.pop("g") == 1
+groups = table.pop("g") == 2
 result = stats.mannwhitneyu(table[groups].to_numpy(), table[~groups].to_numpy(), use_continuity=False,
                             method="asymptotic")
 print(result.statistic.sum(), result.pvalue.min())
@@ -25,21 +26,35 @@ print(numpy.median(numpy.subtract.outer(values[groups], values[~groups])))
 
 def command(test, fields, data):
     tests = [{test: {"variableName": "x%d" % i, "groupVariableName": "g"}} for i in range(fields)]
-    return side_by_side.tarn("%s_%d" % (test, fields), data, tests, "--nominal", "g")
+    return timing.tarn("%s_%d" % (test, fields), data, tests, "--nominal", "g")
 
 
-def job(runs):
-    for title, name, rows, fields, draw in (
-            ("Mann-Whitney, 1,000,000 continuous values", "two_groups", side_by_side.ROWS, 1, normal),
-            ("Mann-Whitney, 1,000,000 values from 1 to 7", "two_groups_steps", side_by_side.ROWS, 1, seven_steps),
-            ("Mann-Whitney, 2,000 fields of 2,000 rows", "two_groups", 2_000, 2_000, normal)):
-        data = side_by_side.grouped_table(name, 2, draw, rows, fields)
-        side_by_side.compare(title, command("IMannWhitneyU", fields, data), side_by_side.python(MANN_WHITNEY, data),
-                             runs)
-    data = side_by_side.grouped_table("two_groups", 2, normal, 10_000)
-    side_by_side.compare("Hodges-Lehmann, 10,000 values", command("IHodgesLehmannEstimateGroups", 1, data),
-                         side_by_side.python(ALL_DIFFERENCES, data), runs)
+def sum_of_statistics(document):
+    return sum(timing.values_of(document, "TestStatistic"))
+
+
+def job(options):
+    for title, name, draw in (("Mann-Whitney, continuous", "two_groups", timing.normal),
+                              ("Mann-Whitney, values from 1 to 7", "two_groups_steps", timing.seven_steps)):
+        data = timing.grouped_table(name, 2, draw, options.rows)
+        side_by_side.compare(title, options, command("IMannWhitneyU", 1, data),
+                             side_by_side.python(MANN_WHITNEY, data))
+
+    screened = min(SCREENED, options.rows)
+    data = timing.grouped_table("two_groups", 2, timing.normal, screened, screened)
+    ours = command("IMannWhitneyU", screened, data)
+    theirs = side_by_side.python(MANN_WHITNEY, data)
+    title = "Mann-Whitney, %d fields of %d rows" % (screened, screened)
+    side_by_side.compare(title + ", full document", options, ours, theirs, sum_of_statistics)
+    if timing.has_brief():
+        side_by_side.compare(title + ", brief document", options, ours + ["--brief"], theirs, sum_of_statistics)
+    else:
+        print("%s, brief document: not run, this tarn has no --brief" % title)
+
+    data = timing.grouped_table("two_groups", 2, timing.normal, min(10_000, options.rows))
+    side_by_side.compare("Hodges-Lehmann, 10,000 values", options, command("IHodgesLehmannEstimateGroups", 1, data),
+                         side_by_side.python(ALL_DIFFERENCES, data), "Estimate")
 
 
 if __name__ == "__main__":
-    side_by_side.main(job)
+    side_by_side.main(__doc__, job)
