@@ -3,6 +3,7 @@
 #include <benchmark/benchmark.h>
 #include <sys/resource.h>
 
+#include <cstdlib>
 #include <memory>
 #include <sstream>
 
@@ -13,8 +14,15 @@
 /// Whole runs of the engine, as all benchmarks time them.
 namespace bench {
 
-/// The timed loop: a planner is made, runs over the rows, and writes its document.
+/// Wall time beside the CPU time of all threads together; without this it would be that of the calling one.
+inline void WallAndCpu(benchmark::internal::Benchmark* benchmark) {
+    benchmark->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime();
+}
+
+/// The timed loop: a planner is made, runs over the rows, and writes its document. TARN_BENCH_THREADS in the
+/// environment is the budget of threads.
 inline void TimeRuns(benchmark::State& state, QKSettings settings, Rows& rows, QKVarList fields) {
+    if (const char* threads = std::getenv("TARN_BENCH_THREADS")) settings.AddSetting("threads", threads);
     for (auto _ : state) {
         TARNFactory factory;
         const std::unique_ptr<IQKAlgorithm> algorithm(factory.CreateQKAlgorithm(settings, fields));

@@ -30,19 +30,17 @@ void WholeRunOfOneSample(benchmark::State& state, const char* test, Distribution
 }
 const std::normal_distribution<double> kNormalValues(0.1, 1.0);
 BENCHMARK_CAPTURE(WholeRunOfOneSample, WilcoxonOneSample, "OWilcoxonSignedRanks", kNormalValues)
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(WholeRunOfOneSample, Normal, "OKolmogorovSmirnovNormal", kNormalValues)
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(WholeRunOfOneSample, Uniform, "OKolmogorovSmirnovUniform", kNormalValues)
-    ->Unit(benchmark::kMillisecond);
+    ->Apply(bench::WallAndCpu);
+BENCHMARK_CAPTURE(WholeRunOfOneSample, Normal, "OKolmogorovSmirnovNormal", kNormalValues)->Apply(bench::WallAndCpu);
+BENCHMARK_CAPTURE(WholeRunOfOneSample, Uniform, "OKolmogorovSmirnovUniform", kNormalValues)->Apply(bench::WallAndCpu);
 BENCHMARK_CAPTURE(WholeRunOfOneSample, Exponential, "OKolmogorovSmirnovExponential",
                   std::exponential_distribution<double>(0.5))
-    ->Unit(benchmark::kMillisecond);
+    ->Apply(bench::WallAndCpu);
 BENCHMARK_CAPTURE(WholeRunOfOneSample, Poisson, "OKolmogorovSmirnovPoisson", std::poisson_distribution<int>(4.0))
-    ->Unit(benchmark::kMillisecond);
+    ->Apply(bench::WallAndCpu);
 BENCHMARK_CAPTURE(WholeRunOfOneSample, PoissonOfLargeCounts, "OKolmogorovSmirnovPoisson",
                   std::poisson_distribution<int>(90'000.0))
-    ->Unit(benchmark::kMillisecond);
+    ->Apply(bench::WallAndCpu);
 
 /// A continuous field, and behind it the group, a category index.
 bench::Rows RowsOfTwoGroups(bool isTied) {
@@ -68,11 +66,10 @@ void WholeRunOfTwoSamples(benchmark::State& state, const char* test, bool isTied
     entry.AddSetting("groupVariableName", "g");
     bench::TimeRunsOf(state, test, entry, rows, fields);
 }
-BENCHMARK_CAPTURE(WholeRunOfTwoSamples, KolmogorovSmirnov, "IKolmogorovSmirnov", false)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(WholeRunOfTwoSamples, KolmogorovSmirnovTied, "IKolmogorovSmirnov", true)
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(WholeRunOfTwoSamples, WaldWolfowitz, "IWaldWolfowitzRuns", false)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(WholeRunOfTwoSamples, WaldWolfowitzTied, "IWaldWolfowitzRuns", true)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(WholeRunOfTwoSamples, KolmogorovSmirnov, "IKolmogorovSmirnov", false)->Apply(bench::WallAndCpu);
+BENCHMARK_CAPTURE(WholeRunOfTwoSamples, KolmogorovSmirnovTied, "IKolmogorovSmirnov", true)->Apply(bench::WallAndCpu);
+BENCHMARK_CAPTURE(WholeRunOfTwoSamples, WaldWolfowitz, "IWaldWolfowitzRuns", false)->Apply(bench::WallAndCpu);
+BENCHMARK_CAPTURE(WholeRunOfTwoSamples, WaldWolfowitzTied, "IWaldWolfowitzRuns", true)->Apply(bench::WallAndCpu);
 
 /// Every whole number up to `range`, whose half is the mean.
 void PoissonSum(benchmark::State& state, bool isBegunAnew) {
@@ -85,7 +82,7 @@ void PoissonSum(benchmark::State& state, bool isBegunAnew) {
         }
     }
 }
-BENCHMARK_CAPTURE(PoissonSum, GoesOn, false)->Arg(1000)->Arg(4000)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(PoissonSum, BegunAnew, true)->Arg(1000)->Arg(4000)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(PoissonSum, GoesOn, false)->Arg(1000)->Arg(4000)->Apply(bench::WallAndCpu);
+BENCHMARK_CAPTURE(PoissonSum, BegunAnew, true)->Arg(1000)->Arg(4000)->Apply(bench::WallAndCpu);
 
 }  // namespace

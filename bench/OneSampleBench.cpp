@@ -51,12 +51,12 @@ void WholeRunOfContinuousField(benchmark::State& state, const char* test, const 
     bench::TimeRunsOf(state, test, entry, rows, bench::ContinuousFields(1));
 }
 BENCHMARK_CAPTURE(WholeRunOfContinuousField, Binomial, "OBinomial", CutEntry("givenCutPoint", "givenCutPoint"))
-    ->Unit(benchmark::kMillisecond);
+    ->Apply(bench::WallAndCpu);
 BENCHMARK_CAPTURE(WholeRunOfContinuousField, Intervals, "OEstimateConfidenceInterval",
                   WithAllIntervals(CutEntry("givenCutPoint", "givenCutPoint")))
-    ->Unit(benchmark::kMillisecond);
+    ->Apply(bench::WallAndCpu);
 BENCHMARK_CAPTURE(WholeRunOfContinuousField, Runs, "ORuns", CutEntry("cutPointValue", "cutPointValue"))
-    ->Unit(benchmark::kMillisecond);
+    ->Apply(bench::WallAndCpu);
 
 void WholeRunOfCategoricalField(benchmark::State& state, const char* test, const QKSettings& entry, int categories) {
     bench::CategoryRows rows(kRecords, 1, categories);
@@ -64,15 +64,15 @@ void WholeRunOfCategoricalField(benchmark::State& state, const char* test, const
 }
 BENCHMARK_CAPTURE(WholeRunOfCategoricalField, BinomialOfData, "OBinomial",
                   EntryWith("catVarClassFormation", "getFromData"), 2)
-    ->Unit(benchmark::kMillisecond);
+    ->Apply(bench::WallAndCpu);
 BENCHMARK_CAPTURE(WholeRunOfCategoricalField, BinomialOfLongList, "OBinomial", ListEntry(kManyCategories),
                   kManyCategories)
-    ->Unit(benchmark::kMillisecond);
+    ->Apply(bench::WallAndCpu);
 BENCHMARK_CAPTURE(WholeRunOfCategoricalField, ChiSquare, "OChiSquare", EntryWith("classFormation", "getFromData"),
                   kCategories)
-    ->Unit(benchmark::kMillisecond);
+    ->Apply(bench::WallAndCpu);
 BENCHMARK_CAPTURE(WholeRunOfCategoricalField, RunsOfLongList, "ORuns", ListEntry(kManyCategories), kManyCategories)
-    ->Unit(benchmark::kMillisecond);
+    ->Apply(bench::WallAndCpu);
 
 /// The three intervals from counts that are there.
 void IntervalsOfCounts(benchmark::State& state) {

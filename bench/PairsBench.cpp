@@ -29,18 +29,17 @@ void WholeRunOfContinuousPair(benchmark::State& state, const char* test) {
     bench::NormalRows rows(kRecords, kFields);
     RunPair(state, test, rows, bench::ContinuousFields(kFields));
 }
-BENCHMARK_CAPTURE(WholeRunOfContinuousPair, Sign, "RSign")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(WholeRunOfContinuousPair, Wilcoxon, "RWilcoxonSignedRanks")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(WholeRunOfContinuousPair, HodgesLehmann, "RHodgesLehmannEstimatePairs")
-    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(WholeRunOfContinuousPair, Sign, "RSign")->Apply(bench::WallAndCpu);
+BENCHMARK_CAPTURE(WholeRunOfContinuousPair, Wilcoxon, "RWilcoxonSignedRanks")->Apply(bench::WallAndCpu);
+BENCHMARK_CAPTURE(WholeRunOfContinuousPair, HodgesLehmann, "RHodgesLehmannEstimatePairs")->Apply(bench::WallAndCpu);
 
 void WholeRunOfCategoricalPair(benchmark::State& state, const char* test, int categories) {
     bench::CategoryRows rows(kRecords, kFields, categories);
     RunPair(state, test, rows, bench::CategoryFields(kFields, categories));
 }
-BENCHMARK_CAPTURE(WholeRunOfCategoricalPair, McNemar, "RMcNemar", 2)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(WholeRunOfCategoricalPair, McNemar, "RMcNemar", 2)->Apply(bench::WallAndCpu);
 BENCHMARK_CAPTURE(WholeRunOfCategoricalPair, MarginalHomogeneity, "RMarginalHomogeneity", kCategories)
-    ->Unit(benchmark::kMillisecond);
+    ->Apply(bench::WallAndCpu);
 
 /// The one pass of the test over records that are there. `peak_growth_mb` is what the process grew by; it means
 /// something only if no larger benchmark ran before this one.
@@ -58,6 +57,6 @@ void HodgesLehmannPass(benchmark::State& state) {
     }
     state.counters["peak_growth_mb"] = static_cast<double>(bench::PeakKilobytes() - before) / 1024;
 }
-BENCHMARK(HodgesLehmannPass)->Arg(1000)->Arg(10'000)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
+BENCHMARK(HodgesLehmannPass)->Arg(1000)->Arg(10'000)->Arg(100'000)->Arg(1'000'000)->Apply(bench::WallAndCpu);
 
 }  // namespace

@@ -34,19 +34,17 @@ void WholeRunOfRankedRows(benchmark::State& state, const char* test, const char*
     bench::NormalRows rows(kRecords, kFields);
     RunTest(state, test, comparison, rows, bench::ContinuousFields(kFields));
 }
-BENCHMARK_CAPTURE(WholeRunOfRankedRows, Friedman, "RFriedmansTwoWayByRanks", "none")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(WholeRunOfRankedRows, FriedmanPairs, "RFriedmansTwoWayByRanks", "pairWise")
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(WholeRunOfRankedRows, FriedmanSteps, "RFriedmansTwoWayByRanks", "stepWise")
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(WholeRunOfRankedRows, KendallsW, "RKendallsCoefficient", "none")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(WholeRunOfRankedRows, Friedman, "RFriedmansTwoWayByRanks", "none")->Apply(bench::WallAndCpu);
+BENCHMARK_CAPTURE(WholeRunOfRankedRows, FriedmanPairs, "RFriedmansTwoWayByRanks", "pairWise")->Apply(bench::WallAndCpu);
+BENCHMARK_CAPTURE(WholeRunOfRankedRows, FriedmanSteps, "RFriedmansTwoWayByRanks", "stepWise")->Apply(bench::WallAndCpu);
+BENCHMARK_CAPTURE(WholeRunOfRankedRows, KendallsW, "RKendallsCoefficient", "none")->Apply(bench::WallAndCpu);
 
 void WholeRunOfDichotomies(benchmark::State& state, const char* test, const char* comparison) {
     bench::CategoryRows rows(kRecords, kFields, kCategories);
     RunTest(state, test, comparison, rows, bench::CategoryFields(kFields, kCategories));
 }
-BENCHMARK_CAPTURE(WholeRunOfDichotomies, CochransQ, "RCochransQ", "none")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(WholeRunOfDichotomies, CochransQSteps, "RCochransQ", "stepWise")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(WholeRunOfDichotomies, CochransQ, "RCochransQ", "none")->Apply(bench::WallAndCpu);
+BENCHMARK_CAPTURE(WholeRunOfDichotomies, CochransQSteps, "RCochransQ", "stepWise")->Apply(bench::WallAndCpu);
 
 /// Rows of normal values, and of values 0 to 4, which have ties.
 void RankingOfRows(benchmark::State& state, bool hasTies) {

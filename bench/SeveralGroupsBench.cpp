@@ -57,7 +57,7 @@ constexpr const char* kJonckheere = "IJonckheereTerpstra";
 constexpr const char* kMedian = "IMedian";
 
 #define TARN_GROUPS_BENCHMARK(name, ...) \
-    BENCHMARK_CAPTURE(WholeRunOfGroups, name, __VA_ARGS__)->Unit(benchmark::kMillisecond)
+    BENCHMARK_CAPTURE(WholeRunOfGroups, name, __VA_ARGS__)->Apply(bench::WallAndCpu)
 
 TARN_GROUPS_BENCHMARK(KruskalWallis5, kKruskal, 5, Shape::kContinuous, "none");
 TARN_GROUPS_BENCHMARK(KruskalWallis5Tied, kKruskal, 5, Shape::kTied, "none");
@@ -92,6 +92,6 @@ void JonckheereStatistic(benchmark::State& state) {
     }
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kRecords));
 }
-BENCHMARK(JonckheereStatistic)->Arg(2)->Arg(5)->Arg(20)->Unit(benchmark::kMillisecond);
+BENCHMARK(JonckheereStatistic)->Arg(2)->Arg(5)->Arg(20)->Apply(bench::WallAndCpu);
 
 }  // namespace

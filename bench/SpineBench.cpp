@@ -51,7 +51,7 @@ void ReadIntoStore(benchmark::State& state) {
     }
     state.counters["store_bytes_per_value_byte"] = ratio;
 }
-BENCHMARK(ReadIntoStore)->Arg(6)->Arg(60)->Unit(benchmark::kMillisecond);
+BENCHMARK(ReadIntoStore)->Arg(6)->Arg(60)->Apply(bench::WallAndCpu);
 
 void OneSortOrder(benchmark::State& state) {
     std::mt19937_64 random(20261);
@@ -61,7 +61,7 @@ void OneSortOrder(benchmark::State& state) {
     const WorkShare share(static_cast<unsigned>(state.range(0)));
     for (auto _ : state) benchmark::DoNotOptimize(QKTarn::SortColumn(values, share).order.data());
 }
-BENCHMARK(OneSortOrder)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime();
+BENCHMARK(OneSortOrder)->Arg(1)->Arg(2)->Apply(bench::WallAndCpu)->MeasureProcessCPUTime();
 
 /// Both passes of a sign test on two fields, by columns, with the given number of fields beside them.
 void SignTestPasses(benchmark::State& state) {
@@ -81,7 +81,7 @@ void SignTestPasses(benchmark::State& state) {
         benchmark::DoNotOptimize(worker.RunTests(alone));
     }
 }
-BENCHMARK(SignTestPasses)->Arg(6)->Arg(60)->Unit(benchmark::kMillisecond);
+BENCHMARK(SignTestPasses)->Arg(6)->Arg(60)->Apply(bench::WallAndCpu);
 
 void WholeRunOfOneSignTest(benchmark::State& state) {
     bench::NormalRows rows(kRecords, 6);
@@ -91,6 +91,6 @@ void WholeRunOfOneSignTest(benchmark::State& state) {
     settings.AddSetting("RSign", entry);
     bench::TimeRuns(state, settings, rows, bench::ContinuousFields(6));
 }
-BENCHMARK(WholeRunOfOneSignTest)->Unit(benchmark::kMillisecond);
+BENCHMARK(WholeRunOfOneSignTest)->Apply(bench::WallAndCpu);
 
 }  // namespace

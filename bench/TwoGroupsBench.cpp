@@ -60,21 +60,21 @@ void Run(benchmark::State& state, const char* test, std::size_t records, std::si
 void WholeRunOfTwoGroups(benchmark::State& state, const char* test, Shape shape) {
     Run(state, test, kRecords, 1, shape);
 }
-BENCHMARK_CAPTURE(WholeRunOfTwoGroups, MannWhitney, "IMannWhitneyU", Shape::kContinuous)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(WholeRunOfTwoGroups, MannWhitneyTied, "IMannWhitneyU", Shape::kTied)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(WholeRunOfTwoGroups, MannWhitney, "IMannWhitneyU", Shape::kContinuous)->Apply(bench::WallAndCpu);
+BENCHMARK_CAPTURE(WholeRunOfTwoGroups, MannWhitneyTied, "IMannWhitneyU", Shape::kTied)->Apply(bench::WallAndCpu);
 BENCHMARK_CAPTURE(WholeRunOfTwoGroups, HodgesLehmann, "IHodgesLehmannEstimateGroups", Shape::kContinuous)
-    ->Unit(benchmark::kMillisecond);
+    ->Apply(bench::WallAndCpu);
 BENCHMARK_CAPTURE(WholeRunOfTwoGroups, HodgesLehmannTied, "IHodgesLehmannEstimateGroups", Shape::kTied)
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(WholeRunOfTwoGroups, Moses, "IMoses", Shape::kContinuous)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(WholeRunOfTwoGroups, MosesTied, "IMoses", Shape::kTied)->Unit(benchmark::kMillisecond);
+    ->Apply(bench::WallAndCpu);
+BENCHMARK_CAPTURE(WholeRunOfTwoGroups, Moses, "IMoses", Shape::kContinuous)->Apply(bench::WallAndCpu);
+BENCHMARK_CAPTURE(WholeRunOfTwoGroups, MosesTied, "IMoses", Shape::kTied)->Apply(bench::WallAndCpu);
 
 /// Every field of a wide table against one group field, in one run.
 void ScreeningByMannWhitney(benchmark::State& state) {
     const auto size = static_cast<std::size_t>(state.range(0));
     Run(state, "IMannWhitneyU", size, size, Shape::kContinuous);
 }
-BENCHMARK(ScreeningByMannWhitney)->Arg(500)->Arg(2000)->Unit(benchmark::kMillisecond);
+BENCHMARK(ScreeningByMannWhitney)->Arg(500)->Arg(2000)->Apply(bench::WallAndCpu);
 
 /// The frequencies of a field of two groups.
 class TwoCategories : public UnivariateResults {
@@ -108,12 +108,7 @@ void HodgesLehmannTwoGroupsPass(benchmark::State& state) {
     }
     state.counters["peak_mb"] = static_cast<double>(bench::PeakKilobytes()) / 1024;
 }
-BENCHMARK(HodgesLehmannTwoGroupsPass)
-    ->Arg(1000)
-    ->Arg(10'000)
-    ->Arg(100'000)
-    ->Arg(1'000'000)
-    ->Unit(benchmark::kMillisecond);
+BENCHMARK(HodgesLehmannTwoGroupsPass)->Arg(1000)->Arg(10'000)->Arg(100'000)->Arg(1'000'000)->Apply(bench::WallAndCpu);
 
 /// Sums of thousands of millions of terms.
 void MosesChance(benchmark::State& state) {
@@ -123,6 +118,6 @@ void MosesChance(benchmark::State& state) {
         benchmark::DoNotOptimize(MosesSignificance(1'799'000'000, 1'000'000'000, 1'000'000'000, 50'000'000));
     }
 }
-BENCHMARK(MosesChance)->Unit(benchmark::kMillisecond);
+BENCHMARK(MosesChance)->Apply(bench::WallAndCpu);
 
 }  // namespace

@@ -6,6 +6,8 @@ import timing
 
 SCREENED = 2_000
 
+KINDS = ("mann-whitney", "kruskal-wallis", "kolmogorov-smirnov", "sign", "wilcoxon", "friedman", "screening")
+
 # `fields` are arrays, or Groups, by name; `values` and `group` those that the test takes. `read` finds in our document
 # the number to compare.
 Job = collections.namedtuple("Job", "title tests fields values group read")
@@ -43,14 +45,14 @@ def screening(size):
                group, statistics)
 
 
-def jobs(rows, only=""):
-    """The jobs whose titles have that text, with their kinds; each is made when it is its turn."""
+def jobs(rows, only="", kinds=KINDS):
+    """The jobs of these kinds whose titles have that text; each is made when it is its turn."""
     none = {"typeOfMultipleComparison": "none"}
     shapes = (("continuous", in_process.normal), ("values 1 to 7", in_process.seven_steps))
     makers = []
 
     def offer(kind, title, make, *arguments, **keys):
-        if only in title:
+        if only in title and kind in kinds:
             makers.append((kind, lambda: make(title, *arguments, **keys)))
 
     for shape, draw in shapes:
@@ -66,7 +68,7 @@ def jobs(rows, only=""):
     for kind, make in makers:
         yield kind, make()
     size = min(SCREENED, rows)
-    if only in "screening":
+    if only in "screening" and "screening" in kinds:
         yield "screening", screening(size)
 
 

@@ -14,4 +14,4 @@ process = os.posix_spawnp(sys.argv[2], sys.argv[2:], os.environ, file_actions=[
     (os.POSIX_SPAWN_OPEN, 1, sys.argv[1], os.O_WRONLY | os.O_CREAT | os.O_TRUNC, 0o644)])
 _, status, usage = os.wait4(process, 0)
 print(time.perf_counter() - start, usage.ru_utime + usage.ru_stime, usage.ru_maxrss / 1024)
-sys.exit(status != 0)
+sys.exit(os.waitstatus_to_exitcode(status) % 256)

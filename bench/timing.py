@@ -109,10 +109,17 @@ def has_brief():
     return "--brief" in text
 
 
-def timed(command, output=os.devnull):
-    """The figures of one run, which has to succeed. Its standard output goes to `output`."""
-    spawn = [sys.executable, "-I", os.path.join(ROOT, "bench", "spawn.py"), output]
-    run = subprocess.run(spawn + command, stdout=subprocess.PIPE, text=True)
+LIMIT_STATUS = 124  # of timeout(1)
+
+
+def timed(command, output=os.devnull, limit=None):
+    """The figures of one run, which has to succeed. Its standard output goes to `output`. None if it takes more than
+    `limit` seconds, after which it is ended."""
+    spawn = [sys.executable, "-I", "-S", os.path.join(ROOT, "bench", "spawn.py"), output]
+    bound = ["timeout", str(limit)] if limit else []
+    run = subprocess.run(spawn + bound + command, stdout=subprocess.PIPE, text=True)
+    if limit and run.returncode == LIMIT_STATUS:
+        return None
     if run.returncode != 0:
         raise SystemExit("failed: " + " ".join(command))
     return Figures(*map(float, run.stdout.split()))
