@@ -172,7 +172,7 @@ def smaller_rank_sum(document):
 
 def check_close(what, ours, theirs, tolerance=1e-9):
     """A comparison of two things that differ is worth nothing: it ends the script."""
-    if not math.isclose(ours, theirs, rel_tol=tolerance, abs_tol=tolerance):
+    if not math.isclose(ours, theirs, rel_tol=tolerance, abs_tol=1e-12):
         raise SystemExit("the results differ: %s is %r here and %r there" % (what, ours, theirs))
 
 
