@@ -14,24 +14,44 @@
 namespace QKXML {
 
 class XMLElement;
+class XMLString;
 
-/// A child of an element: another element or a text.
+/// A child of an element: another element, a text, or a part of the document that is written already.
 class XMLNode {
  public:
     virtual ~XMLNode() = default;
-    /// Null for a text.
+    /// Null for what is no element.
     virtual const XMLElement* AsElement() const { return nullptr; }
+    /// Null for what is no text.
+    virtual const XMLString* AsText() const { return nullptr; }
+    /// Appends the node to a document. Changes nothing else, so that several threads may write parts of one tree.
+    virtual void AppendTo(std::string& document) const = 0;
 };
 
 /// A text node.
 class XMLString : public XMLNode {
  public:
     static std::unique_ptr<XMLString> Create(std::string_view text);
+    /// Of a text that nobody else needs.
+    static std::unique_ptr<XMLString> Take(std::string text);
     const std::string& GetText() const { return text_; }
+    const XMLString* AsText() const override { return this; }
+    void AppendTo(std::string& document) const override;
 
  private:
-    explicit XMLString(std::string_view text) : text_(text) {}
+    explicit XMLString(std::string text) : text_(std::move(text)) {}
     std::string text_;
+};
+
+/// Elements that were written before the rest of their tree, as `AppendTo` wrote them.
+class XMLWritten : public XMLNode {
+ public:
+    static std::unique_ptr<XMLWritten> Take(std::string elements);
+    void AppendTo(std::string& document) const override { document += elements_; }
+
+ private:
+    explicit XMLWritten(std::string elements) : elements_(std::move(elements)) {}
+    std::string elements_;
 };
 
 /// An element with a name, attributes and children.
@@ -50,6 +70,9 @@ class XMLElement : public XMLNode {
     const std::vector<Attribute>& GetAttributes() const { return attributes_; }
     const std::vector<std::shared_ptr<const XMLNode>>& GetChildren() const { return children_; }
     const XMLElement* AsElement() const override { return this; }
+    void AppendTo(std::string& document) const override;
+    /// The value of an attribute, null where there is none.
+    const std::string* FindAttribute(std::string_view name) const;
 
  private:
     explicit XMLElement(std::string_view name) : name_(name) {}
@@ -66,5 +89,8 @@ void WriteTree(std::ostream& out, const char* docType, const XMLElement* root, i
 /// Formats a number by a printf format for one double, always with a point as decimal separator.
 /// A NaN is "nan" whatever its sign, the infinities are "inf" and "-inf".
 std::string ReplaceSep(double value, const char* format);
+
+/// Appends a number to a text, as "%.15g" formats it.
+void AppendNumber(std::string& text, double value);
 
 }  // namespace QKXML

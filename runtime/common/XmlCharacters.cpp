@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 namespace {
 
@@ -28,6 +29,66 @@ std::size_t XmlCharacterLength(std::string_view text, std::size_t position) {
     return character >= kSmallestOfLength[length] && IsXmlCharacter(character) ? length : 0;
 }
 
+// Whether eight bytes stand in any place of a document as they are: printable characters of ASCII without markup.
+bool ArePlain(const char* text) {
+    constexpr std::uint64_t kEach = 0x0101010101010101;
+    constexpr std::uint64_t kFirstBits = 0x80 * kEach;
+    std::uint64_t bytes = 0;
+    std::memcpy(&bytes, text, sizeof bytes);
+    // The first bit of some byte is set where one of the bytes is below the limit, which is at most 0x80.
+    const auto belowLimit = [](std::uint64_t all, std::uint64_t limit) { return (all - limit * kEach) & ~all; };
+    const auto among = [&](char character) {
+        return belowLimit(bytes ^ (static_cast<unsigned char>(character) * kEach), 1);
+    };
+    return ((bytes | belowLimit(bytes, 0x20) | among('&') | among('<') | among('>') | among('"')) & kFirstBits) == 0;
+}
+
+// What stands for the character of a line end, a tab, or of markup; null for a character that stands for itself. In a
+// text a reader keeps tabs and line feeds; in an attribute it would take them for blanks.
+const char* EscapeOf(char character, bool isAttribute) {
+    switch (character) {
+        case '&':
+            return "&amp;";
+        case '<':
+            return "&lt;";
+        case '>':
+            return isAttribute ? nullptr : "&gt;";
+        case '"':
+            return isAttribute ? "&quot;" : nullptr;
+        case '\t':
+            return isAttribute ? "&#09;" : nullptr;
+        case '\n':
+            return isAttribute ? "&#10;" : nullptr;
+        case '\r':
+            return isAttribute ? "&#13;" : nullptr;
+        default:
+            return nullptr;
+    }
+}
+
+void AppendEscaped(std::string& document, std::string_view text, bool isAttribute) {
+    std::size_t written = 0;
+    std::size_t position = 0;
+    const auto replace = [&](std::size_t length, std::string_view replacement) {
+        document.append(text, written, position - written);
+        document += replacement;
+        position += length;
+        written = position;
+    };
+    while (position < text.size()) {
+        if (text.size() - position >= 8 && ArePlain(text.data() + position)) {
+            position += 8;
+        } else if (const char* const escape = EscapeOf(text[position], isAttribute)) {
+            replace(1, escape);
+        } else if (const std::size_t length = XmlCharacterLength(text, position)) {
+            position += length;
+        } else {
+            replace(1, kReplacement);
+        }
+    }
+    document.append(text, written);
+}
+
 }  // namespace
 
 std::string WithXmlCharactersOnly(std::string_view text) {
@@ -39,4 +100,12 @@ std::string WithXmlCharactersOnly(std::string_view text) {
         position += length > 0 ? length : 1;
     }
     return clean;
+}
+
+void AppendXmlText(std::string& document, std::string_view text) {
+    AppendEscaped(document, text, false);
+}
+
+void AppendXmlAttribute(std::string& document, std::string_view value) {
+    AppendEscaped(document, value, true);
 }

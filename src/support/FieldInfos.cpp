@@ -36,8 +36,8 @@ void AddCategorical(XMLElement& info, const UnivariateResults& results, int fiel
             counts += ';';
             categories += ';';
         }
-        counts += IntToString(frequency);
-        categories += IntToString(category);
+        AppendInt(counts, frequency);
+        AppendInt(categories, category);
     }
     if (!counts.empty()) distribution.Add(MakeIntervalTable(counts, categories));
 }

@@ -74,8 +74,10 @@ std::unique_ptr<XMLElement> MakeIntervalTable(const std::vector<HistogramBin>& i
                                               std::string& valueText) {
     for (const HistogramBin& interval : intervals) {
         if (interval.count <= 0) continue;
-        countText += ";" + IntToString(interval.count);
-        valueText += ";" + DoubleToString(interval.mean);
+        countText += ';';
+        AppendInt(countText, interval.count);
+        valueText += ';';
+        AppendDouble(valueText, interval.mean);
     }
     for (std::string* text : {&countText, &valueText}) {
         if (text->starts_with(';')) text->erase(0, 1);

@@ -1,6 +1,30 @@
 #include "support/TextMakers.h"
 
+#include <charconv>
+
 #include "platform/common/QKXML.h"
+
+namespace {
+
+template <typename Value>
+std::string Join(const std::vector<Value>& values, void (*append)(std::string&, Value)) {
+    std::string joined;
+    for (const Value& value : values) {
+        if (&value != values.data()) joined += ';';
+        append(joined, value);
+    }
+    return joined;
+}
+
+}  // namespace
+
+void AppendInt(std::string& text, std::int32_t value) {
+    char digits[16];
+    text.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
+}
+void AppendDouble(std::string& text, double value) {
+    QKXML::AppendNumber(text, value);
+}
 
 std::string IntToString(std::int32_t value) {
     return std::to_string(value);
@@ -9,29 +33,17 @@ std::string SizeToString(std::size_t value) {
     return std::to_string(value);
 }
 std::string DoubleToString(double value) {
-    return QKXML::ReplaceSep(value, "%.15g");
+    std::string text;
+    AppendDouble(text, value);
+    return text;
 }
 std::string BoolToString(bool value) {
     return value ? "true" : "false";
 }
 
-namespace {
-
-template <typename Value>
-std::string Join(const std::vector<Value>& values, std::string (*toText)(Value)) {
-    std::string joined;
-    for (const Value& value : values) {
-        if (&value != values.data()) joined += ';';
-        joined += toText(value);
-    }
-    return joined;
-}
-
-}  // namespace
-
 std::string JoinValues(const std::vector<double>& values) {
-    return Join(values, DoubleToString);
+    return Join(values, AppendDouble);
 }
 std::string JoinValues(const std::vector<std::int32_t>& values) {
-    return Join(values, IntToString);
+    return Join(values, AppendInt);
 }

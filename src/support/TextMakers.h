@@ -13,6 +13,9 @@ std::string IntToString(std::int32_t value);
 std::string SizeToString(std::size_t value);
 /// At most 15 significant digits, a point, no trailing zeros; "nan", "inf" and "-inf" where it is no number.
 std::string DoubleToString(double value);
+/// The same at the end of a text that is being made, without a text of their own.
+void AppendInt(std::string& text, std::int32_t value);
+void AppendDouble(std::string& text, double value);
 /// "true" or "false".
 std::string BoolToString(bool value);
 /// The values of a list joined with ";", without one at the end; empty for an empty list.

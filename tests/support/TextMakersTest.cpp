@@ -49,6 +49,14 @@ INSTANTIATE_TEST_SUITE_P(, Spellings,
                                          Spelling{std::numeric_limits<double>::infinity(), "inf"},
                                          Spelling{-std::numeric_limits<double>::infinity(), "-inf"}));
 
+TEST(TextMakers, NumbersAreAppendedToATextAsTheyAreMade) {
+    std::string text = "a";
+    AppendInt(text, -2147483647 - 1);
+    AppendDouble(text, -0.25);
+    AppendDouble(text, std::numeric_limits<double>::quiet_NaN());
+    EXPECT_EQ(text, "a-2147483648-0.25nan");
+}
+
 TEST(TextMakers, ListsAreJoinedWithoutASeparatorAtTheEnd) {
     EXPECT_EQ(JoinValues(std::vector<double>{}), "");
     EXPECT_EQ(JoinValues(std::vector<double>{0.5}), "0.5");

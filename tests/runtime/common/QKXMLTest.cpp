@@ -15,8 +15,10 @@
 #include <random>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
+#include "runtime/common/XmlCharacters.h"
 #include "tests/harness/Command.h"
 
 using QKXML::ReplaceSep;
@@ -278,4 +280,129 @@ TEST(QKXMLTest, LineEndsAndTabsOfAnAttributeSurviveAReader) {
     pugi::xml_document document;
     ASSERT_TRUE(document.load_string(Write(*root).c_str()));
     EXPECT_EQ(document.child("r").attribute("a").value(), value);
+}
+
+// ---- Whole trees ----
+
+namespace {
+
+/// Pieces of which texts are made: markup, signs that are written differently in texts and attributes, UTF-8 whole and
+/// broken, and runs that are long enough to be taken eight at a time.
+std::string RandomText(std::mt19937& random) {
+    static const std::vector<std::string> pieces{"&",
+                                                 "<",
+                                                 ">",
+                                                 "\"",
+                                                 "'",
+                                                 "\t",
+                                                 "\n",
+                                                 "\r",
+                                                 "\x01",
+                                                 "\x7F",
+                                                 "\xC3\xA9",
+                                                 "\xE2\x82",
+                                                 "\xFF",
+                                                 " ",
+                                                 "a",
+                                                 "12345678",
+                                                 "0.333333333333333;17;",
+                                                 std::string(1, '\0')};
+    std::string text;
+    for (std::size_t length = random() % 12; length > 0; --length) text += pieces[random() % pieces.size()];
+    return text;
+}
+
+std::unique_ptr<XMLElement> RandomTree(std::mt19937& random, int depth) {
+    auto element = XMLElement::Create(depth % 2 == 0 ? "even" : "o");
+    for (std::size_t i = random() % 3; i > 0; --i) element->AddAttribute("a" + std::to_string(i), RandomText(random));
+    for (std::size_t i = random() % 4; i > 0; --i) {
+        if (depth > 0 && random() % 2 == 0) {
+            element->AddChild(RandomTree(random, depth - 1));
+        } else {
+            element->AddChild(XMLString::Create(RandomText(random)));
+        }
+    }
+    return element;
+}
+
+/// The same tree as another library writes it, which puts what XML can't hold into it as it is.
+void CopyTo(pugi::xml_node parent, const XMLElement& element) {
+    pugi::xml_node copy = parent.append_child(element.GetName().c_str());
+    for (const auto& [name, value] : element.GetAttributes()) {
+        copy.append_attribute(name.c_str()).set_value(WithXmlCharactersOnly(value).c_str());
+    }
+    for (const auto& child : element.GetChildren()) {
+        if (const XMLString* const text = child->AsText()) {
+            if (text->GetText().empty()) continue;
+            copy.append_child(pugi::node_pcdata).set_value(WithXmlCharactersOnly(text->GetText()).c_str());
+        } else {
+            CopyTo(copy, *child->AsElement());
+        }
+    }
+}
+
+}  // namespace
+
+TEST(QKXMLTest, ATreeIsWrittenAsAnotherLibraryWritesIt) {
+    std::mt19937 random(7);
+    for (int i = 0; i < 3000; ++i) {
+        const auto root = RandomTree(random, 4);
+        pugi::xml_document document;
+        CopyTo(document, *root);
+        std::ostringstream expected;
+        document.save(expected, "", pugi::format_raw | pugi::format_no_declaration, pugi::encoding_utf8);
+        std::ostringstream written;
+        QKXML::WriteTree(written, nullptr, root.get(), 0);
+        ASSERT_EQ(written.str(), expected.str());
+        std::string appended = "before";
+        root->AppendTo(appended);
+        ASSERT_EQ(appended, "before" + expected.str());
+    }
+}
+
+TEST(QKXMLTest, ALongTreeGoesIntoTheStreamWhole) {
+    const auto root = XMLElement::Create("r");
+    std::string expected = "<r>";
+    for (int i = 0; i < 40000; ++i) {
+        root->AddChildElement(XMLElement::Create("c")).AddChild(XMLString::Create(std::to_string(i)));
+        expected += "<c>" + std::to_string(i) + "</c>";
+    }
+    root->AddChild(XMLString::Create(std::string(200000, 'x')));
+    EXPECT_EQ(Write(*root), expected + std::string(200000, 'x') + "</r>");
+}
+
+TEST(QKXMLTest, WhatWasWrittenBeforeStandsAsItIs) {
+    const auto child = XMLElement::Create("c");
+    child->AddAttribute("a", "<&>");
+    std::string text;
+    child->AppendTo(text);
+    const auto root = XMLElement::Create("r");
+    root->AddChild(QKXML::XMLWritten::Take(text + text));
+    root->AddChild(XMLString::Take("&"));
+    EXPECT_EQ(Write(*root), "<r><c a=\"&lt;&amp;>\"/><c a=\"&lt;&amp;>\"/>&amp;</r>");
+    EXPECT_EQ(root->GetChildren()[0]->AsElement(), nullptr);
+    EXPECT_EQ(root->GetChildren()[0]->AsText(), nullptr);
+}
+
+TEST(QKXMLTest, SeveralThreadsWritePartsOfOneTree) {
+    const std::shared_ptr<XMLElement> shared = XMLElement::Create("s");
+    for (int i = 0; i < 500; ++i) shared->AddChild(XMLString::Create("0.5;"));
+    std::vector<std::string> texts(4);
+    {
+        std::vector<std::jthread> threads;
+        for (std::string& text : texts) threads.emplace_back([&shared, &text] { shared->AppendTo(text); });
+    }
+    for (const std::string& text : texts) EXPECT_EQ(text, texts[0]);
+    EXPECT_EQ(texts[0].size(), 500u * 4 + 7);
+}
+
+TEST(QKXMLTest, AnAttributeIsFoundByItsName) {
+    const auto element = XMLElement::Create("e");
+    element->AddAttribute("a", "1");
+    element->AddAttribute("b", "");
+    ASSERT_NE(element->FindAttribute("a"), nullptr);
+    EXPECT_EQ(*element->FindAttribute("a"), "1");
+    ASSERT_NE(element->FindAttribute("b"), nullptr);
+    EXPECT_EQ(*element->FindAttribute("b"), "");
+    EXPECT_EQ(element->FindAttribute("c"), nullptr);
 }
