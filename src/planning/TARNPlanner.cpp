@@ -80,6 +80,7 @@ void TARNPlanner::Release() {
     univariates.reset();
     mainWorker.reset();
     sortedWorkers.clear();
+    workerOfField.clear();
     status = QKStatus();
     complete = false;
 }
@@ -194,9 +195,7 @@ void TARNPlanner::AddSortedTest(std::unique_ptr<TARNTest> test, int field, const
 }
 
 TARNTestWorker& TARNPlanner::SortedWorkerFor(int field, const QKStatus& planStatus) {
-    for (const auto& worker : sortedWorkers) {
-        if (worker->SortField() == field) return *worker;
-    }
+    if (const auto known = workerOfField.find(field); known != workerOfField.end()) return *known->second;
     sortedWorkers.push_back(
         std::make_unique<TARNTestWorker>(missingMarkers, analysisMissing, memoIterator, reader->IncompleteInStore()));
     TARNTestWorker& worker = *sortedWorkers.back();
@@ -205,6 +204,7 @@ TARNTestWorker& TARNPlanner::SortedWorkerFor(int field, const QKStatus& planStat
         sortedData->ExpectReader(field);
         worker.SetSorted(field, *sortedData);
     }
+    workerOfField.emplace(worker.SortField(), &worker);
     univariates->SetSortedData(sortedData.get());
     return worker;
 }

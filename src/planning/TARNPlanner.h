@@ -3,6 +3,7 @@
 #include <atomic>
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "contract/TARNPlan.h"
@@ -89,6 +90,7 @@ class TARNPlanner : public IQKAlgorithm, private TARNPlan {
     std::unique_ptr<QKTarn::ColumnView> sourceView;  // lives during `Run` only; null where records were dropped
     std::unique_ptr<TARNTestWorker> mainWorker;
     std::vector<std::unique_ptr<TARNTestWorker>> sortedWorkers;
+    std::unordered_map<int, TARNTestWorker*> workerOfField;  // the first of each field
     std::vector<int> allFields;
     std::unique_ptr<QKTarn::InitialDataReader> reader;  // lives during `Run` only
     int caseIdIndex = kNoCaseId;
