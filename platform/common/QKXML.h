@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <memory>
 #include <ostream>
 #include <string>
@@ -26,6 +28,8 @@ class XMLNode {
     virtual const XMLString* AsText() const { return nullptr; }
     /// Appends the node to a document. Changes nothing else, so that several threads may write parts of one tree.
     virtual void AppendTo(std::string& document) const = 0;
+    /// How long its text is at least.
+    virtual std::size_t TextSize() const = 0;
 };
 
 /// A text node.
@@ -37,6 +41,7 @@ class XMLString : public XMLNode {
     const std::string& GetText() const { return text_; }
     const XMLString* AsText() const override { return this; }
     void AppendTo(std::string& document) const override;
+    std::size_t TextSize() const override { return text_.size(); }
 
  private:
     explicit XMLString(std::string text) : text_(std::move(text)) {}
@@ -48,6 +53,7 @@ class XMLWritten : public XMLNode {
  public:
     static std::unique_ptr<XMLWritten> Take(std::string elements);
     void AppendTo(std::string& document) const override { document += elements_; }
+    std::size_t TextSize() const override { return elements_.size(); }
 
  private:
     explicit XMLWritten(std::string elements) : elements_(std::move(elements)) {}
@@ -71,6 +77,7 @@ class XMLElement : public XMLNode {
     const std::vector<std::shared_ptr<const XMLNode>>& GetChildren() const { return children_; }
     const XMLElement* AsElement() const override { return this; }
     void AppendTo(std::string& document) const override;
+    std::size_t TextSize() const override;
     /// The value of an attribute, null where there is none.
     const std::string* FindAttribute(std::string_view name) const;
 
@@ -85,6 +92,10 @@ class XMLElement : public XMLNode {
 /// where no memory is left; a stream keeps one of its own to itself unless it is set to throw.
 /// `docType`: name of a document type to declare, or null. `flag`: not 0 puts the XML declaration in front.
 void WriteTree(std::ostream& out, const char* docType, const XMLElement* root, int flag);
+
+/// The same document, with the XML declaration, as one text. `stop`, which may be empty, is asked now and then while it
+/// is made: true ends it, and the text is then empty.
+std::string TextOfTree(const XMLElement& root, const std::function<bool()>& stop);
 
 /// Formats a number by a printf format for one double, always with a point as decimal separator.
 /// A NaN is "nan" whatever its sign, the infinities are "inf" and "-inf".

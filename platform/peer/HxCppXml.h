@@ -12,7 +12,7 @@ class XMLDocument;
 /// An element of an `XMLDocument`: a view, valid as long as the document and the element in it are. Reading from an
 /// element that is not valid gives empty texts and further such elements; writing to it does nothing.
 ///
-/// Texts are UTF-8; what XML can't hold (control characters, broken UTF-8) is written as U+FFFD. Where no memory is
+/// Values are UTF-8; what XML can't hold (control characters, broken UTF-8) is written as U+FFFD. Where no memory is
 /// left, writing throws a `std::bad_alloc`, so that a document is whole or is none.
 class XMLElement {
  public:
@@ -20,8 +20,6 @@ class XMLElement {
 
     bool isValid() const { return node_ != nullptr; }
     std::string getName() const;
-    /// The text that stands directly in the element.
-    std::string getText() const;
     bool hasAttribute(const std::string& name) const;
     /// Empty when there is none.
     std::string getAttribute(const std::string& name) const;
@@ -30,16 +28,8 @@ class XMLElement {
 
     /// Appends an attribute.
     void addAttribute(const std::string& name, const std::string& value);
-    void removeAttribute(const std::string& name);
     /// Appends an empty element.
     XMLElement addChild(const std::string& name);
-    /// Appends a copy of an element of any document, with all that is in it.
-    XMLElement addCopy(const XMLElement& source);
-    /// Appends a text.
-    void addText(const std::string& text);
-    /// Puts a text in the place of all that is in the element.
-    void setText(const std::string& text);
-    void removeChildren(const std::string& name);
 
     /// The document as a text in UTF-8 with an XML declaration, without any white space of its own.
     static std::string doc2string(const XMLDocument& document);
@@ -47,7 +37,6 @@ class XMLElement {
  private:
     friend class XMLDocument;
     friend class XMLElementIterator;
-    friend class XMLTextIterator;
     explicit XMLElement(XMLNodeData* node) : node_(node) {}
 
     XMLNodeData* node_ = nullptr;
@@ -76,7 +65,7 @@ class XMLDocument {
 };
 
 /// Goes over the child elements of an element, or over those of one name. An element that has been handed out may be
-/// changed; it may not be removed before the next one is.
+/// changed.
 class XMLElementIterator {
  public:
     explicit XMLElementIterator(const XMLElement& parent, std::string name = "");
@@ -89,20 +78,6 @@ class XMLElementIterator {
 
     std::string name_;
     XMLElement next_;
-};
-
-/// Goes over the texts that stand directly in an element.
-class XMLTextIterator {
- public:
-    explicit XMLTextIterator(const XMLElement& parent);
-
-    bool hasNext() const { return next_ != nullptr; }
-    std::string next();
-
- private:
-    void SkipOthers();
-
-    XMLNodeData* next_ = nullptr;
 };
 
 }  // namespace HxCppHelperV1

@@ -76,33 +76,15 @@ std::string ReplaceSep(double value, const char* format) {
 
 namespace {
 
-/// A text that is handed on to a stream piece by piece, or grows as a whole where there is none.
-class Sink {
- public:
-    Sink(std::string& text, std::ostream* out) : text_(text), out_(out) {}
-
-    std::string& Text() { return text_; }
-    void PassOn() {
-        constexpr std::size_t kPiece = 1 << 16;
-        if (out_ != nullptr && text_.size() >= kPiece) PassAllOn();
-    }
-    void PassAllOn() {
-        out_->write(text_.data(), static_cast<std::streamsize>(text_.size()));
-        text_.clear();
-    }
-
- private:
-    std::string& text_;
-    std::ostream* out_;
-};
+/// What becomes of a text that grows: asked after each child of an element whether to go on.
+using OnGrowth = std::function<bool(std::string& text)>;
 
 bool IsEmptyText(const std::shared_ptr<const XMLNode>& node) {
     const XMLString* const text = node->AsText();
     return text != nullptr && text->GetText().empty();
 }
 
-void Write(const XMLElement& element, Sink& sink) {
-    std::string& text = sink.Text();
+bool Write(const XMLElement& element, std::string& text, const OnGrowth& goesOn) {
     text += '<';
     text += element.GetName();
     for (const auto& [name, value] : element.GetAttributes()) {
@@ -115,20 +97,26 @@ void Write(const XMLElement& element, Sink& sink) {
     const auto& children = element.GetChildren();
     if (std::all_of(children.begin(), children.end(), IsEmptyText)) {
         text += "/>";
-        return;
+        return true;
     }
     text += '>';
     for (const auto& child : children) {
         if (const XMLElement* const childElement = child->AsElement()) {
-            Write(*childElement, sink);
+            if (!Write(*childElement, text, goesOn)) return false;
         } else {
             child->AppendTo(text);
         }
-        sink.PassOn();
+        if (goesOn && !goesOn(text)) return false;
     }
     text += "</";
     text += element.GetName();
     text += '>';
+    return true;
+}
+
+void PassOn(std::string& text, std::ostream& out) {
+    out.write(text.data(), static_cast<std::streamsize>(text.size()));
+    text.clear();
 }
 
 }  // namespace
@@ -138,17 +126,40 @@ void XMLString::AppendTo(std::string& document) const {
 }
 
 void XMLElement::AppendTo(std::string& document) const {
-    Sink sink(document, nullptr);
-    Write(*this, sink);
+    Write(*this, document, {});
+}
+
+std::size_t XMLElement::TextSize() const {
+    std::size_t size = 2 * name_.size() + std::string_view("<></>").size();
+    for (const auto& [name, value] : attributes_)
+        size += name.size() + value.size() + std::string_view(" =\"\"").size();
+    for (const auto& child : children_) size += child->TextSize();
+    return size;
 }
 
 void WriteTree(std::ostream& out, const char* docType, const XMLElement* root, int flag) {
+    constexpr std::size_t kPiece = 1 << 16;
     std::string text;
-    Sink sink(text, &out);
     if (flag != 0) text += XmlNodes::kDeclaration;
     if (docType != nullptr) text.append("<!DOCTYPE ").append(docType).append(">");
-    Write(*root, sink);
-    sink.PassAllOn();
+    Write(*root, text, [&](std::string& grown) {
+        if (grown.size() >= kPiece) PassOn(grown, out);
+        return true;
+    });
+    PassOn(text, out);
+}
+
+std::string TextOfTree(const XMLElement& root, const std::function<bool()>& stop) {
+    constexpr std::size_t kBytesBetweenQuestions = 1 << 20;
+    std::string text(XmlNodes::kDeclaration);
+    text.reserve(text.size() + root.TextSize());
+    std::size_t nextQuestion = 0;
+    const auto goesOn = [&](const std::string& grown) {
+        if (!stop || grown.size() < nextQuestion) return true;
+        nextQuestion = grown.size() + kBytesBetweenQuestions;
+        return !stop();
+    };
+    return Write(root, text, goesOn) ? text : std::string();
 }
 
 }  // namespace QKXML

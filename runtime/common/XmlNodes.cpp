@@ -40,22 +40,4 @@ void AppendAttribute(pugi::xml_node element, const char* name, std::string_view 
     if (!element.empty()) AppendExactAttribute(element, name, WithXmlCharactersOnly(value).c_str());
 }
 
-void AppendText(pugi::xml_node element, std::string_view text) {
-    if (element.empty() || text.empty()) return;
-    Demand(Append(element, pugi::node_pcdata).set_value(WithXmlCharactersOnly(text).c_str()));
-}
-
-pugi::xml_node AppendCopy(pugi::xml_node parent, pugi::xml_node source) {
-    if (parent.empty() || source.empty()) return {};
-    pugi::xml_node copy = Append(parent, source.type());
-    // A node of a kind that has no name, or no value, refuses an empty one, too.
-    if (*source.name() != '\0') Demand(copy.set_name(source.name()));
-    if (*source.value() != '\0') Demand(copy.set_value(source.value()));
-    for (const pugi::xml_attribute& attribute : source.attributes()) {
-        AppendExactAttribute(copy, attribute.name(), attribute.value());
-    }
-    for (const pugi::xml_node& child : source.children()) AppendCopy(copy, child);
-    return copy;
-}
-
 }  // namespace XmlNodes

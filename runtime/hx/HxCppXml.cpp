@@ -38,12 +38,6 @@ std::string XMLElement::getName() const {
     return NodeOf(node_).name();
 }
 
-std::string XMLElement::getText() const {
-    std::string text;
-    for (XMLTextIterator texts(*this); texts.hasNext();) text += texts.next();
-    return text;
-}
-
 bool XMLElement::hasAttribute(const std::string& name) const {
     return !NodeOf(node_).attribute(name.c_str()).empty();
 }
@@ -60,30 +54,8 @@ void XMLElement::addAttribute(const std::string& name, const std::string& value)
     XmlNodes::AppendAttribute(NodeOf(node_), name.c_str(), value);
 }
 
-void XMLElement::removeAttribute(const std::string& name) {
-    NodeOf(node_).remove_attribute(name.c_str());
-}
-
 XMLElement XMLElement::addChild(const std::string& name) {
     return XMLElement(DataOf(XmlNodes::AppendElement(NodeOf(node_), name.c_str())));
-}
-
-XMLElement XMLElement::addCopy(const XMLElement& source) {
-    return XMLElement(DataOf(XmlNodes::AppendCopy(NodeOf(node_), NodeOf(source.node_))));
-}
-
-void XMLElement::addText(const std::string& text) {
-    XmlNodes::AppendText(NodeOf(node_), text);
-}
-
-void XMLElement::setText(const std::string& text) {
-    NodeOf(node_).remove_children();
-    addText(text);
-}
-
-void XMLElement::removeChildren(const std::string& name) {
-    while (NodeOf(node_).remove_child(name.c_str())) {
-    }
 }
 
 std::string XMLElement::doc2string(const XMLDocument& document) {
@@ -143,24 +115,6 @@ void XMLElementIterator::SkipOthers() {
     while (next_.isValid() && isOther(NodeOf(next_.node_))) {
         next_ = XMLElement(DataOf(NodeOf(next_.node_).next_sibling()));
     }
-}
-
-XMLTextIterator::XMLTextIterator(const XMLElement& parent) : next_(DataOf(NodeOf(parent.node_).first_child())) {
-    SkipOthers();
-}
-
-std::string XMLTextIterator::next() {
-    std::string text = NodeOf(next_).value();
-    next_ = DataOf(NodeOf(next_).next_sibling());
-    SkipOthers();
-    return text;
-}
-
-void XMLTextIterator::SkipOthers() {
-    const auto isText = [](const pugi::xml_node& node) {
-        return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
-    };
-    while (next_ != nullptr && !isText(NodeOf(next_))) next_ = DataOf(NodeOf(next_).next_sibling());
 }
 
 }  // namespace HxCppHelperV1

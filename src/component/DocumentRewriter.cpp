@@ -1,94 +1,118 @@
 #include "component/DocumentRewriter.h"
 
 #include <cstdlib>
-#include <ostream>
 #include <sstream>
+#include <string>
+#include <string_view>
+#include <utility>
 
-#include "component/FieldReferences.h"
 #include "platform/peer/QKPMMLExporter.h"
 #include "support/TextMakers.h"
 #include "vocabulary/ResultKeys.h"
 
-using HxCppHelperV1::XMLDocument;
-using HxCppHelperV1::XMLElement;
-using HxCppHelperV1::XMLElementIterator;
+using QKXML::XMLElement;
 
 namespace {
 
+constexpr const char* kRootName = "Tabulon";
 constexpr const char* kExtender = "extender";
 constexpr const char* kIndex = "index";
 
-void CopyChildren(const XMLElement& source, const char* name, XMLElement target) {
-    for (XMLElementIterator children(source, name); children.hasNext();) target.addCopy(children.next());
+std::string AttributeOf(const XMLElement* element, std::string_view name) {
+    const std::string* const value = element == nullptr ? nullptr : element->FindAttribute(name);
+    return value == nullptr ? std::string() : *value;
 }
 
-void ReplaceAttribute(XMLElement element, const char* name, const std::string& value) {
-    element.removeAttribute(name);
-    element.addAttribute(name, value);
+/// Calls `visit` with each child element of that name. `parent` may be null.
+template <typename Visit>
+void ForEachChild(const XMLElement* parent, std::string_view name, Visit visit) {
+    if (parent == nullptr) return;
+    for (const auto& child : parent->GetChildren()) {
+        const XMLElement* const element = child->AsElement();
+        if (element != nullptr && element->GetName() == name) visit(child, *element);
+    }
+}
+
+/// The first child element of that name, null where there is none.
+const XMLElement* FindChild(const XMLElement* parent, std::string_view name) {
+    const XMLElement* found = nullptr;
+    ForEachChild(parent, name, [&](const auto&, const XMLElement& child) {
+        if (found == nullptr) found = &child;
+    });
+    return found;
+}
+
+void ShareChildren(const XMLElement* source, std::string_view name, XMLElement& target) {
+    ForEachChild(source, name, [&](const auto& shared, const XMLElement&) { target.AddChild(shared); });
+}
+
+/// The element with an attribute of another value, which comes last.
+std::unique_ptr<XMLElement> WithAttribute(const XMLElement& source, std::string_view name, std::string_view value) {
+    auto copy = XMLElement::Create(source.GetName());
+    for (const auto& [sourceName, sourceValue] : source.GetAttributes()) {
+        if (sourceName != name) copy->AddAttribute(sourceName, sourceValue);
+    }
+    copy->AddAttribute(name, value);
+    for (const auto& child : source.GetChildren()) copy->AddChild(child);
+    return copy;
+}
+
+/// What stands in the root of a document.
+std::string ContentOf(const std::string& document) {
+    const std::size_t begin = document.find('>') + 1;
+    return document.substr(begin, document.rfind("</") - begin);
 }
 
 }  // namespace
 
-void DocumentRewriter::Rewrite(const std::string& text, const XMLDocument& document) const {
-    const XMLDocument first = helper_.createFromContents(text);
-    const XMLElement source = first.getRoot();
-    XMLElement root = document.getRoot();
+std::unique_ptr<XMLElement> DocumentRewriter::Rewrite(const XMLElement& first) const {
+    auto root = XMLElement::Create(kRootName);
     for (const char* attribute : {"xmlns", "xmlns:xsi", "version", "xsi:schemaLocation"}) {
-        root.addAttribute(attribute, source.getAttribute(attribute));
+        root->AddAttribute(attribute, AttributeOf(&first, attribute));
     }
-    ExportDataModel(root);
-    CopyChildren(source, "PMMLModel", root);
-    CopyChildren(source, "DescriptiveModel", root);
-    WriteOutput(source.findChild("Extension"), root);
+    ExportDataModel(*root);
+    ShareChildren(&first, "PMMLModel", *root);
+    ShareChildren(&first, "DescriptiveModel", *root);
+    WriteOutput(FindChild(&first, "Extension"), *root);
+    return root;
 }
 
 /// A failure, but for exhausted memory, leaves the document without this part.
-void DocumentRewriter::ExportDataModel(XMLElement root) const {
+void DocumentRewriter::ExportDataModel(XMLElement& root) const {
     QKPMMLExporter exporter(nullptr);
     std::ostringstream stream;
     stream.exceptions(std::ios::badbit);  // or a stream that runs out of memory would keep it for itself
     const std::ostream* exported =
         exporter.ExportDataModel(varList_, fields_.OriginalIndices(), ExportFormat::kCompact, &stream);
     if (exporter.GetStatus().IsError() || exported == nullptr) return;
-    const XMLDocument model = helper_.createFromContents(std::move(stream).str());
-    for (XMLElementIterator children(model.getRoot()); children.hasNext();) root.addCopy(children.next());
+    root.AddChild(QKXML::XMLWritten::Take(ContentOf(std::move(stream).str())));
 }
 
-void DocumentRewriter::WriteOutput(const XMLElement& source, XMLElement root) const {
-    const XMLElement sourceOutput = source.findChild("TARNOutput");
-    XMLElement extension = root.addChild("Extension");
-    extension.addAttribute(kExtender, source.getAttribute(kExtender));
-    const XMLElement output = extension.addChild("TARNOutput");
-    CopyChildren(sourceOutput, "Header", output);
-    WriteDataDictionary(sourceOutput.findChild("DataDictionary"), output);
-    WriteTests(sourceOutput, output);
-    WriteFieldInfos(sourceOutput.findChild(::Element::kFieldInfos), output);
+void DocumentRewriter::WriteOutput(const XMLElement* source, XMLElement& root) const {
+    const XMLElement* const sourceOutput = FindChild(source, "TARNOutput");
+    XMLElement& extension = root.AddChildElement(XMLElement::Create("Extension"));
+    extension.AddAttribute(kExtender, AttributeOf(source, kExtender));
+    XMLElement& output = extension.AddChildElement(XMLElement::Create("TARNOutput"));
+    ShareChildren(sourceOutput, "Header", output);
+    WriteDataDictionary(FindChild(sourceOutput, "DataDictionary"), output);
+    ShareChildren(sourceOutput, "NonParametricTests", output);
+    WriteFieldInfos(FindChild(sourceOutput, ::Element::kFieldInfos), output);
 }
 
-void DocumentRewriter::WriteDataDictionary(const XMLElement& source, XMLElement output) const {
-    XMLElement dictionary = output.addChild("DataDictionary");
-    dictionary.addAttribute("numberOfFields", IntToString(fields_.VarList().Size()));
-    for (XMLElementIterator dataFields(source, "DataField"); dataFields.hasNext();) {
-        const XMLElement field = dataFields.next();
-        const int position = fields_.VarList().FindVariable(field.getAttribute(ElementAttribute::kName));
-        if (position >= 0) ReplaceAttribute(dictionary.addCopy(field), kIndex, IntToString(position));
-    }
+void DocumentRewriter::WriteDataDictionary(const XMLElement* source, XMLElement& output) const {
+    XMLElement& dictionary = output.AddChildElement(XMLElement::Create("DataDictionary"));
+    dictionary.AddAttribute("numberOfFields", IntToString(fields_.VarList().Size()));
+    ForEachChild(source, "DataField", [&](const auto&, const XMLElement& field) {
+        const int position = fields_.VarList().FindVariable(AttributeOf(&field, ElementAttribute::kName));
+        if (position >= 0) dictionary.AddChild(WithAttribute(field, kIndex, IntToString(position)));
+    });
 }
 
-void DocumentRewriter::WriteTests(const XMLElement& source, XMLElement output) const {
-    CopyChildren(source, "NonParametricTests", output);
-    for (XMLElementIterator algorithms(output.findChild("NonParametricTests"), ::Element::kAlgorithm);
-         algorithms.hasNext();) {
-        RenumberReferences(algorithms.next(), fields_);
-    }
-}
-
-void DocumentRewriter::WriteFieldInfos(const XMLElement& source, XMLElement output) const {
-    XMLElement infos = output.addChild(::Element::kFieldInfos);
-    for (XMLElementIterator fieldInfos(source, ::Element::kFieldInfo); fieldInfos.hasNext();) {
-        const XMLElement info = fieldInfos.next();
-        const std::string index = info.getAttribute(ElementAttribute::kVarIndex);
-        if (fields_.IsCopy(std::atoi(index.c_str()))) continue;
-        ReplaceAttribute(infos.addCopy(info), ElementAttribute::kVarIndex, fields_.Renumber(index));
-    }
+void DocumentRewriter::WriteFieldInfos(const XMLElement* source, XMLElement& output) const {
+    XMLElement& infos = output.AddChildElement(XMLElement::Create(::Element::kFieldInfos));
+    ForEachChild(source, ::Element::kFieldInfo, [&](const auto&, const XMLElement& info) {
+        const std::string index = AttributeOf(&info, ElementAttribute::kVarIndex);
+        if (fields_.IsCopy(std::atoi(index.c_str()))) return;
+        infos.AddChild(WithAttribute(info, ElementAttribute::kVarIndex, fields_.Renumber(index)));
+    });
 }

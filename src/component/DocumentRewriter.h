@@ -1,33 +1,29 @@
 #pragma once
 
-#include <string>
+#include <memory>
 
 #include "component/PublicFields.h"
-#include "platform/peer/HxCppHelper.h"
+#include "platform/common/QKXML.h"
 
-/// The second stage of a result document. The planner's text counts the fields as the execution has them, where an
-/// ordinal field may come twice; this writes the document anew with the fields as the host knows them.
+/// The second stage of a result document. The planner's document lists the fields as the execution has them, where an
+/// ordinal field may come twice; this makes the one that lists them as the host knows them. The tests' elements, in
+/// which fields are named, are `FieldReferences`' to renumber, each before it comes into the planner's document.
 class DocumentRewriter {
  public:
-    /// Borrows the first two.
-    DocumentRewriter(const HxCppHelperV1::HostHelper& helper, const QKVarList& varList,
-                     const ExecutionRequirements::RenamedFields& renamed)
-        : helper_(helper), varList_(varList), fields_(varList, renamed) {}
+    /// Borrows both.
+    DocumentRewriter(const QKVarList& varList, const PublicFields& fields) : varList_(varList), fields_(fields) {}
 
-    /// Writes the planner's text into a document whose root is empty. What the text lacks, the document lacks. Throws a
-    /// `std::bad_alloc` where no memory is left for the whole of it.
-    void Rewrite(const std::string& text, const HxCppHelperV1::XMLDocument& document) const;
+    /// The second document, which shares with the planner's what stays. What that lacks, it lacks.
+    std::unique_ptr<QKXML::XMLElement> Rewrite(const QKXML::XMLElement& first) const;
 
  private:
-    using Element = HxCppHelperV1::XMLElement;
+    using Element = QKXML::XMLElement;
 
-    void ExportDataModel(Element root) const;
-    void WriteOutput(const Element& source, Element root) const;
-    void WriteDataDictionary(const Element& source, Element output) const;
-    void WriteTests(const Element& source, Element output) const;
-    void WriteFieldInfos(const Element& source, Element output) const;
+    void ExportDataModel(Element& root) const;
+    void WriteOutput(const Element* source, Element& root) const;
+    void WriteDataDictionary(const Element* source, Element& output) const;
+    void WriteFieldInfos(const Element* source, Element& output) const;
 
-    const HxCppHelperV1::HostHelper& helper_;
     const QKVarList& varList_;
-    PublicFields fields_;
+    const PublicFields& fields_;
 };

@@ -1,14 +1,18 @@
 #include "component/FieldReferences.h"
 
+#include <algorithm>
 #include <span>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "vocabulary/ResultKeys.h"
 #include "vocabulary/TestFacts.h"
 
-using HxCppHelperV1::XMLElement;
-using HxCppHelperV1::XMLElementIterator;
+using QKXML::XMLElement;
+using QKXML::XMLNode;
+using QKXML::XMLString;
 
 namespace {
 
@@ -65,88 +69,122 @@ std::vector<int> FieldParametersOf(const TestFacts& test) {
 
 // ---- Replacing ----
 
-/// The children of an element with that element name and a "name" that `matches`.
-template <typename Matches>
-std::vector<XMLElement> ChildrenNamed(const XMLElement& parent, const char* element, Matches matches) {
-    std::vector<XMLElement> found;
-    for (XMLElementIterator children(parent, element); children.hasNext();) {
-        const XMLElement child = children.next();
-        if (matches(child.getAttribute(ElementAttribute::kName))) found.push_back(child);
+std::string_view NameOf(const XMLElement& element) {
+    const std::string* const name = element.FindAttribute(ElementAttribute::kName);
+    return name == nullptr ? std::string_view() : *name;
+}
+
+/// A copy of an element with its attributes, in which each child is what `edit` makes of it. That gives null for a
+/// child that stays, which both elements then share.
+template <typename Edit>
+std::unique_ptr<XMLElement> CopyWith(const XMLElement& source, Edit edit) {
+    auto copy = XMLElement::Create(source.GetName());
+    for (const auto& [name, value] : source.GetAttributes()) copy->AddAttribute(name, value);
+    for (const auto& child : source.GetChildren()) {
+        const XMLElement* const element = child->AsElement();
+        std::shared_ptr<const XMLNode> edited = element == nullptr ? nullptr : edit(*element);
+        copy->AddChild(edited == nullptr ? child : std::move(edited));
     }
-    return found;
+    return copy;
 }
 
-std::vector<XMLElement> ChildrenNamed(const XMLElement& parent, const char* element, const char* name) {
-    return ChildrenNamed(parent, element, [&](const std::string& childName) { return childName == name; });
-}
-
-/// Renumbers the rows of that name and returns the copies among their old indices, renumbered.
-std::string RenumberRow(const XMLElement& table, const char* name, const PublicFields& fields) {
-    std::string copies;
-    for (XMLElement row : ChildrenNamed(table, Element::kAttribute, name)) {
-        const std::string list = row.getAttribute(ElementAttribute::kValue);
-        copies = fields.RenumberCopies(list);
-        row.removeAttribute(ElementAttribute::kValue);
-        row.addAttribute(ElementAttribute::kValue, fields.Renumber(list));
+std::string TextOf(const XMLElement& element) {
+    std::string text;
+    for (const auto& child : element.GetChildren()) {
+        if (const XMLString* const part = child->AsText()) text += part->GetText();
     }
-    return copies;
+    return text;
 }
 
-/// Makes the texts of an element's children of that name anew, the first `renumbered` of them with other indices.
-void RebuildTexts(XMLElement table, const char* name, std::size_t renumbered, const PublicFields& fields) {
-    std::vector<std::string> texts;
-    for (XMLElementIterator rows(table, name); rows.hasNext();) texts.push_back(rows.next().getText());
-    table.removeChildren(name);
-    for (std::size_t i = 0; i < texts.size(); ++i) {
-        table.addChild(name).addText(i < renumbered ? fields.Renumber(texts[i]) : texts[i]);
-    }
+std::unique_ptr<XMLElement> WithRenumberedText(const XMLElement& element, const PublicFields& fields) {
+    auto renumbered = XMLElement::Create(element.GetName());
+    renumbered->AddChild(XMLString::Take(fields.Renumber(TextOf(element))));
+    return renumbered;
 }
 
-void RenumberRowNames(const XMLElement& simpleTable, const PublicFields& fields) {
-    XMLElement names = simpleTable.findChild(Element::kRowNames);
-    names.setText(fields.Renumber(names.getText()));
+bool IsRow(const XMLElement& element, std::string_view name) {
+    return element.GetName() == Element::kAttribute && NameOf(element) == name;
 }
 
-void RenumberPlace(const XMLElement& algorithm, const Place& place, const PublicFields& fields) {
-    const auto matches = [&](const std::string& name) {
-        return place.kind == PlaceKind::kRowOfEach ? name.find(place.table) != std::string::npos : name == place.table;
-    };
-    for (const XMLElement& table : ChildrenNamed(algorithm, Element::kStructuredTable, matches)) {
-        if (place.kind == PlaceKind::kRow || place.kind == PlaceKind::kRowOfEach) {
-            RenumberRow(table, place.name, fields);
-            continue;
-        }
-        for (const XMLElement& simple : ChildrenNamed(table, Element::kSimpleTable, place.name)) {
-            if (place.kind == PlaceKind::kRowNames) {
-                RenumberRowNames(simple, fields);
-            } else {
-                RebuildTexts(simple, Element::kRow, 1, fields);
+std::unique_ptr<XMLElement> MakeRow(std::string_view name, std::string_view value) {
+    auto row = XMLElement::Create(Element::kAttribute);
+    row->AddAttribute(ElementAttribute::kName, name);
+    row->AddAttribute(ElementAttribute::kValue, value);
+    return row;
+}
+
+std::string ListIn(const XMLElement& row) {
+    const std::string* const value = row.FindAttribute(ElementAttribute::kValue);
+    return value == nullptr ? std::string() : *value;
+}
+
+/// A simple table with its row names or the first of its rows renumbered.
+std::unique_ptr<XMLElement> RenumberSimpleTable(const XMLElement& table, PlaceKind kind, const PublicFields& fields) {
+    const char* const wanted = kind == PlaceKind::kRowNames ? Element::kRowNames : Element::kRow;
+    bool isFound = false;
+    return CopyWith(table, [&](const XMLElement& child) -> std::unique_ptr<XMLElement> {
+        if (isFound || child.GetName() != wanted) return nullptr;
+        isFound = true;
+        return WithRenumberedText(child, fields);
+    });
+}
+
+bool IsIn(std::string_view table, const Place& place) {
+    return place.kind == PlaceKind::kRowOfEach ? table.find(place.table) != std::string_view::npos
+                                               : table == place.table;
+}
+
+/// Null where none of the places is in the table.
+std::unique_ptr<XMLElement> RenumberTable(const XMLElement& table, std::span<const Place> places,
+                                          const PublicFields& fields) {
+    const std::string_view name = NameOf(table);
+    if (std::ranges::none_of(places, [&](const Place& place) { return IsIn(name, place); })) return nullptr;
+    return CopyWith(table, [&](const XMLElement& child) -> std::unique_ptr<XMLElement> {
+        for (const Place& place : places) {
+            if (!IsIn(name, place)) continue;
+            if (place.kind == PlaceKind::kRow || place.kind == PlaceKind::kRowOfEach) {
+                if (IsRow(child, place.name)) return MakeRow(place.name, fields.Renumber(ListIn(child)));
+            } else if (child.GetName() == Element::kSimpleTable && NameOf(child) == place.name) {
+                return RenumberSimpleTable(child, place.kind, fields);
             }
         }
-    }
+        return nullptr;
+    });
 }
 
-void RenumberCondition(XMLElement condition, const TestFacts& test, const PublicFields& fields) {
-    std::string copies;
-    for (const int position : FieldParametersOf(test)) {
-        const std::string row = "%" + std::to_string(position);
-        const std::string more = RenumberRow(condition, row.c_str(), fields);
-        if (!more.empty()) copies += (copies.empty() ? "" : ";") + more;
+std::unique_ptr<XMLElement> RenumberCondition(const XMLElement& condition, const TestFacts& test,
+                                              const PublicFields& fields) {
+    std::vector<std::string> rows;
+    for (const int position : FieldParametersOf(test)) rows.push_back("%" + std::to_string(position));
+    std::vector<std::string> copies(rows.size());
+    auto renumbered = CopyWith(condition, [&](const XMLElement& child) -> std::unique_ptr<XMLElement> {
+        for (std::size_t i = 0; i < rows.size(); ++i) {
+            if (!IsRow(child, rows[i])) continue;
+            const std::string list = ListIn(child);
+            copies[i] = fields.RenumberCopies(list);
+            return MakeRow(rows[i], fields.Renumber(list));
+        }
+        return nullptr;
+    });
+    std::string all;
+    for (const std::string& some : copies) {
+        if (!some.empty()) all += (all.empty() ? "" : ";") + some;
     }
-    if (copies.empty()) return;
-    XMLElement ordinal = condition.addChild(Element::kAttribute);
-    ordinal.addAttribute(ElementAttribute::kName, kOrdinalTreatedAsCont);
-    ordinal.addAttribute(ElementAttribute::kValue, copies);
+    if (!all.empty()) renumbered->AddChild(MakeRow(kOrdinalTreatedAsCont, all));
+    return renumbered;
 }
 
 }  // namespace
 
-void RenumberReferences(XMLElement algorithm, const PublicFields& fields) {
-    const TestFacts* const test = Tests::OfResult(algorithm.getAttribute(ElementAttribute::kName));
+std::shared_ptr<const XMLElement> RenumberReferences(std::shared_ptr<const XMLElement> algorithm,
+                                                     const PublicFields& fields) {
+    const TestFacts* const test = Tests::OfResult(NameOf(*algorithm));
     // For the proportion intervals documents show the indices as the execution counts the fields.
-    if (test == nullptr || test == &Tests::kProportionIntervals) return;
-    for (const XMLElement& condition : ChildrenNamed(algorithm, Element::kStructuredTable, TableName::kCondition)) {
-        RenumberCondition(condition, *test, fields);
-    }
-    for (const Place& place : PlacesOf(*test)) RenumberPlace(algorithm, place, fields);
+    if (test == nullptr || test == &Tests::kProportionIntervals) return algorithm;
+    const std::span<const Place> places = PlacesOf(*test);
+    return CopyWith(*algorithm, [&](const XMLElement& child) -> std::unique_ptr<XMLElement> {
+        if (child.GetName() != Element::kStructuredTable) return nullptr;
+        if (NameOf(child) == TableName::kCondition) return RenumberCondition(child, *test, fields);
+        return RenumberTable(child, places, fields);
+    });
 }

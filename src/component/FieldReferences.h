@@ -1,8 +1,12 @@
 #pragma once
 
-#include "component/PublicFields.h"
-#include "platform/peer/HxCppXml.h"
+#include <memory>
 
-/// Renumbers the field references of an "Algorithm" element. Its name decides where they are; an element of any other
-/// name keeps its indices. Names in "Condition" the fields that were taken by their encoded copies.
-void RenumberReferences(HxCppHelperV1::XMLElement algorithm, const PublicFields& fields);
+#include "component/PublicFields.h"
+#include "platform/common/QKXML.h"
+
+/// An "Algorithm" element with its field references renumbered, which shares with the first one whatever stays; the
+/// first one itself where all does. Its name decides where the references are; an element of any other name keeps its
+/// indices. Names in "Condition" the fields that were taken by their encoded copies.
+std::shared_ptr<const QKXML::XMLElement> RenumberReferences(std::shared_ptr<const QKXML::XMLElement> algorithm,
+                                                            const PublicFields& fields);

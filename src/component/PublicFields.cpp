@@ -1,6 +1,5 @@
 #include "component/PublicFields.h"
 
-#include <algorithm>
 #include <charconv>
 #include <memory>
 
@@ -39,7 +38,7 @@ PublicFields::PublicFields(const QKVarList& varList, const ExecutionRequirements
     for (int index = 0; index < varList.Size(); ++index) {
         const std::string name = varList.GetVarAt(index)->GetName();
         const auto original = originals.find(name);
-        if (original != originals.end()) ordinalCopies.push_back(index);
+        if (original != originals.end()) ordinalCopies.insert(index);
         indexMap[index] = publicVarList.FindVariable(original != originals.end() ? original->second : name);
     }
 }
@@ -53,7 +52,7 @@ std::vector<int> PublicFields::OriginalIndices() const {
 }
 
 bool PublicFields::IsCopy(int index) const {
-    return std::find(ordinalCopies.begin(), ordinalCopies.end(), index) != ordinalCopies.end();
+    return ordinalCopies.contains(index);
 }
 
 std::string PublicFields::Renumber(const std::string& list) const {

@@ -3,6 +3,7 @@
 #include <map>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "component/ExecutionRequirements.h"
@@ -31,5 +32,5 @@ class PublicFields {
 
     QKVarList publicVarList;
     std::unordered_map<int, int> indexMap;
-    std::vector<int> ordinalCopies;
+    std::unordered_set<int> ordinalCopies;
 };

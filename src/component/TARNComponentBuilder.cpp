@@ -1,11 +1,10 @@
 #include "component/TARNComponentBuilder.h"
 
 #include <new>
-#include <sstream>
 #include <utility>
 
-#include "catalogue/TARNFactory.h"
 #include "component/DocumentRewriter.h"
+#include "component/FieldReferences.h"
 #include "platform/hx/HXDocuments.h"
 #include "platform/hx/HXStatus.h"
 #include "platform/peer/HostCall.h"
@@ -14,16 +13,15 @@
 #include "platform/peer/QKSettingsFactory.h"
 #include "selection/TARNSettingsExpansion.h"
 #include "vocabulary/SettingKeys.h"
+#include "vocabulary/StatusCodes.h"
 
 using HxCppHelperV1::ContainerHelper;
 using HxCppHelperV1::DataHelper;
 using HxCppHelperV1::XMLDocument;
-using HxCppHelperV1::XMLElement;
 
 namespace {
 
 constexpr int kInputCount = 1;
-constexpr const char* kRootName = "Tabulon";
 
 }  // namespace
 
@@ -110,11 +108,13 @@ unsigned TARNComponentBuilder::Execute(int* errorCode) {
     if (built != HX_OK) return built;
     algorithm->SetQueryCancel(GetQueryCancel());
     algorithm->SetProgressListener(progressListener.get());
+    publicFields = std::make_unique<PublicFields>(inputAdapter->GetVarList(), renamedFields);
+    algorithm->SetResultEditor([this](auto element) { return RenumberReferences(std::move(element), *publicFields); });
     const unsigned run = RunAlgorithm(errorCode);
     return run != HX_OK ? run : WriteDocument(errorCode);
 }
 
-unsigned TARNComponentBuilder::BuildAlgorithm(IQKFactory& factory, int* errorCode) {
+unsigned TARNComponentBuilder::BuildAlgorithm(TARNFactory& factory, int* errorCode) {
     const unsigned built = BuildVarlist(errorCode);
     if (built != HX_OK) return built;
     const unsigned expanded = ExpandSettings(errorCode);
@@ -126,7 +126,9 @@ unsigned TARNComponentBuilder::BuildAlgorithm(IQKFactory& factory, int* errorCod
     if (CallHost(GetHXContextHandle(), &HXContext::GetModelId, &modelId, &ignored) != HX_OK) modelId = 0;
     executionSettings->AddNewSetting(SettingKey::kModelId, modelId, "");
 
-    algorithm.reset(factory.CreateQKAlgorithm(*executionSettings, inputAdapter->GetVarList()));
+    // What this factory makes is always the planner.
+    algorithm.reset(
+        static_cast<TARNPlanner*>(factory.CreateQKAlgorithm(*executionSettings, inputAdapter->GetVarList())));
     const unsigned reported = ReportStatus(factory.GetStatus(), errorCode);
     if (reported != HX_OK) return reported;
     return algorithm == nullptr || factory.GetStatus().IsError() ? HX_FAILED : HX_OK;
@@ -167,6 +169,7 @@ unsigned TARNComponentBuilder::EndExecution(int* errorCode) {
     SetDataHelper(nullptr);
     inputAdapter.reset();
     algorithm.reset();
+    publicFields.reset();
     executionSettings.reset();
     ResetCancel();
     *errorCode = 0;
@@ -176,28 +179,28 @@ unsigned TARNComponentBuilder::EndExecution(int* errorCode) {
 // ---- The document ----
 
 unsigned TARNComponentBuilder::WriteDocument(int* errorCode) {
-    QKOutputParameters parameters;
-    GetHostInformation(parameters);
-    std::ostringstream text;
-    text.exceptions(std::ios::badbit);  // or a stream that runs out of memory would end the text and say nothing
-    const QKStatus written = algorithm->WriteResults(text, parameters);
-    if (written.IsError()) return ReportError(written.GetErrorCode(), errorCode, HX_FAILED);
-    std::string document;
+    std::string text;
+    QKStatus made;
     try {
-        document = RewriteDocument(std::move(text).str());
+        made = MakeDocument(text);
     } catch (const std::bad_alloc&) {
         // What the second stage held is given back by now, so that there is room to report the failure.
         *errorCode = HX_ERROR_OUT_OF_MEMORY;
         return ReportError(HX_ERROR_OUT_OF_MEMORY, errorCode, HX_FAILED);
     }
-    return StoreDocument(document, errorCode);
+    if (made.IsError()) return ReportError(made.GetErrorCode(), errorCode, HX_FAILED);
+    return StoreDocument(text, errorCode);
 }
 
-std::string TARNComponentBuilder::RewriteDocument(const std::string& text) const {
-    const XMLDocument document = GetHostHelper()->createNew(kRootName);
-    if (!document.getRoot().isValid()) return text;
-    DocumentRewriter(*GetHostHelper(), inputAdapter->GetVarList(), renamedFields).Rewrite(text, document);
-    return XMLElement::doc2string(document);
+QKStatus TARNComponentBuilder::MakeDocument(std::string& text) {
+    QKOutputParameters parameters;
+    GetHostInformation(parameters);
+    std::unique_ptr<QKXML::XMLElement> first;
+    const QKStatus made = algorithm->MakeDocument(parameters, first);
+    if (made.IsError()) return made;
+    const auto second = DocumentRewriter(inputAdapter->GetVarList(), *publicFields).Rewrite(*first);
+    text = QKXML::TextOfTree(*second, [this] { return GetQueryCancel()->IsCancelled(); });
+    return text.empty() ? QKStatus(StatusCode::kCancelled) : QKStatus();
 }
 
 unsigned TARNComponentBuilder::StoreDocument(const std::string& text, int* errorCode) {

@@ -3,10 +3,12 @@
 #include <memory>
 #include <string>
 
+#include "catalogue/TARNFactory.h"
 #include "component/ExecutionRequirements.h"
+#include "component/PublicFields.h"
 #include "component/RequiredFields.h"
 #include "component/TARNProgressListener.h"
-#include "platform/common/IQKAlgorithm.h"
+#include "planning/TARNPlanner.h"
 #include "platform/common/QKSettings.h"
 #include "platform/common/QKStatus.h"
 #include "platform/peer/InputAdapter.h"
@@ -40,11 +42,11 @@ class TARNComponentBuilder : public QKPeer {
 
     // Execution.
     unsigned Execute(int* errorCode);
-    unsigned BuildAlgorithm(IQKFactory& factory, int* errorCode);
+    unsigned BuildAlgorithm(TARNFactory& factory, int* errorCode);
     unsigned ExpandSettings(int* errorCode);
     unsigned RunAlgorithm(int* errorCode);
     unsigned WriteDocument(int* errorCode);
-    std::string RewriteDocument(const std::string& text) const;
+    QKStatus MakeDocument(std::string& text);
     unsigned StoreDocument(const std::string& text, int* errorCode);
 
     unsigned ReportError(long code, int* errorCode, unsigned otherwise);
@@ -53,7 +55,8 @@ class TARNComponentBuilder : public QKPeer {
     std::unique_ptr<QKSettings> modelSettings;  // empty until configured, so that there is no test to execute
     std::unique_ptr<QKSettings> executionSettings;
     std::unique_ptr<InputAdapter> inputAdapter;
-    std::unique_ptr<IQKAlgorithm> algorithm;
+    std::unique_ptr<PublicFields> publicFields;  // of the execution; the algorithm's documents need them
+    std::unique_ptr<TARNPlanner> algorithm;
     std::unique_ptr<TARNProgressListener> progressListener;
     RequiredFields requiredFields;
     ExecutionRequirements::RenamedFields renamedFields;

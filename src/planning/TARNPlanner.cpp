@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "planning/CancelState.h"
-#include "planning/TARNResultWriter.h"
 #include "planning/TARNWarning.h"
 #include "planning/TARNWorkerSequence.h"
 #include "support/QKUnivariateVariable.h"
@@ -214,16 +213,38 @@ TARNTestWorker& TARNPlanner::SortedWorkerFor(int field, const QKStatus& planStat
 QKStatus TARNPlanner::WriteResults(std::ostream& out, const QKOutputParameters& output) {
     if (!IsComplete()) return QKStatus(StatusCode::kRunNotComplete);
     try {
-        TARNResultWriter::Elements elements = mainWorker->Results();
-        for (const auto& worker : sortedWorkers) {
-            elements.insert(elements.end(), worker->Results().begin(), worker->Results().end());
-        }
-        TARNRunParameters parameters{0, analysisMissing, sigLevel, confidenceLevel, weightIndex, caseIdIndex};
-        settings->GetSettingValByName(SettingKey::kModelId, parameters.modelId);
-        TARNResultWriter(*varList, variableInfo, UnivariateResults(*univariates), std::move(elements), parameters)
-            .Write(out, output);
+        MakeWriter().Write(out, output);
     } catch (const std::exception&) {
         return QKStatus(StatusCode::kAllocationFailed);
     }
     return QKStatus();
+}
+
+QKStatus TARNPlanner::MakeDocument(const QKOutputParameters& output, std::unique_ptr<QKXML::XMLElement>& document) {
+    if (!IsComplete()) return QKStatus(StatusCode::kRunNotComplete);
+    try {
+        const CancelState cancel(queryCancel, cancelled);
+        document = MakeWriter().MakeDocument(output, [&] { return cancel.Poll(); });
+    } catch (const std::exception&) {
+        return QKStatus(StatusCode::kAllocationFailed);
+    }
+    return document == nullptr ? QKStatus(StatusCode::kCancelled) : QKStatus();
+}
+
+TARNResultWriter TARNPlanner::MakeWriter() const {
+    TARNResultWriter::Elements elements;
+    const auto add = [&](const TARNTestWorker& worker) {
+        for (const auto& element : worker.Results()) {
+            if (resultEditor) {
+                elements.push_back(resultEditor(element));
+            } else {
+                elements.push_back(element);
+            }
+        }
+    };
+    add(*mainWorker);
+    for (const auto& worker : sortedWorkers) add(*worker);
+    TARNRunParameters parameters{0, analysisMissing, sigLevel, confidenceLevel, weightIndex, caseIdIndex};
+    settings->GetSettingValByName(SettingKey::kModelId, parameters.modelId);
+    return {*varList, variableInfo, UnivariateResults(*univariates), std::move(elements), parameters};
 }

@@ -1,15 +1,18 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "contract/TARNPlan.h"
 #include "contract/TARNTestRow.h"
 #include "contract/TARNVariableInfo.h"
 #include "machine/WorkShare.h"
+#include "planning/TARNResultWriter.h"
 #include "planning/TARNTestWorker.h"
 #include "platform/common/IQKAlgorithm.h"
 #include "platform/common/QKSettings.h"
@@ -19,6 +22,9 @@
 #include "records/TARNSortedDataSet.h"
 #include "support/UnivariateCollector.h"
 #include "vocabulary/DefaultLevels.h"
+
+/// Makes of a test's element the one that stands in the document.
+using ResultEditor = std::function<std::shared_ptr<const QKXML::XMLNode>(std::shared_ptr<const QKXML::XMLElement>)>;
 
 /// The engine's algorithm: turns the execution settings into tests, divides them among workers, runs the passes,
 /// keeps the result elements and writes the result document. `Run` is the main sequence of the engine and reads
@@ -37,6 +43,12 @@ class TARNPlanner : public IQKAlgorithm, private TARNPlan {
     /// Always OK.
     QKStatus QueryStatus() override { return QKStatus(); }
     QKStatus WriteResults(std::ostream& out, const QKOutputParameters& output) override;
+    /// The document of `WriteResults` as a tree, which shares the tests' elements with the planner. A cancel ends it
+    /// with code 1.
+    QKStatus MakeDocument(const QKOutputParameters& output, std::unique_ptr<QKXML::XMLElement>& document);
+    /// Each test's element goes into the document as this makes it; without one, as it is. For a caller that knows the
+    /// fields by other numbers. Called at any time after the run, for several elements at once.
+    void SetResultEditor(ResultEditor editor) { resultEditor = std::move(editor); }
     QKStatus GetStatus() override { return status; }
     void SetProgressListener(ProgressListener* listener) override;
     void SetQueryCancel(QKQueryCancel* query) override;
@@ -71,6 +83,7 @@ class TARNPlanner : public IQKAlgorithm, private TARNPlan {
     void AddSortedTest(std::unique_ptr<TARNTest> test, int field, const QKStatus& planStatus) override;
 
     TARNTestWorker& SortedWorkerFor(int field, const QKStatus& planStatus);
+    TARNResultWriter MakeWriter() const;
 
     TestFinder findTest;
     QKSettings* settings;
@@ -101,4 +114,5 @@ class TARNPlanner : public IQKAlgorithm, private TARNPlan {
     double sigLevel = kDefaultSigLevel;
     double confidenceLevel = kDefaultConfidenceLevel;
     TARNVariableInfo variableInfo;
+    ResultEditor resultEditor;
 };

@@ -34,6 +34,12 @@ TARNResultWriter::TARNResultWriter(const QKVarList& fields, const TARNVariableIn
       variableInfo(info) {}
 
 void TARNResultWriter::Write(std::ostream& out, const QKOutputParameters& output) const {
+    QKXML::WriteTree(out, nullptr, MakeDocument(output, {}).get(), 1);
+    out.flush();
+}
+
+std::unique_ptr<XMLElement> TARNResultWriter::MakeDocument(const QKOutputParameters& output,
+                                                           const std::function<bool()>& stop) const {
     auto root = XMLElement::Create("Tabulon");
     root->AddAttribute("xmlns", kNamespace);
     root->AddAttribute("xmlns:xsi", kSchemaInstance);
@@ -48,10 +54,10 @@ void TARNResultWriter::Write(std::ostream& out, const QKOutputParameters& output
     tarnOutput.AddChild(MakeHeader(output));
     tarnOutput.AddChild(MakeDataDictionary());
     tarnOutput.AddChild(MakeTests());
-    tarnOutput.AddChild(MakeFieldInfos(*varList, univariateResults, parameters.weightIndex, parameters.caseIdIndex));
-
-    QKXML::WriteTree(out, nullptr, root.get(), 1);
-    out.flush();
+    auto infos = MakeFieldInfos(*varList, univariateResults, parameters.weightIndex, parameters.caseIdIndex, stop);
+    if (infos == nullptr) return nullptr;
+    tarnOutput.AddChild(std::move(infos));
+    return root;
 }
 
 TARNResultWriter::ElementPointer TARNResultWriter::MakePmmlModel() const {

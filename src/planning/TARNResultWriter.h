@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <ostream>
 #include <vector>
@@ -25,12 +26,16 @@ struct TARNRunParameters {
 /// field information. Field indices are those of the variable list of the run.
 class TARNResultWriter {
  public:
-    using Elements = std::vector<std::shared_ptr<QKXML::XMLElement>>;
+    using Elements = std::vector<std::shared_ptr<const QKXML::XMLNode>>;
 
     /// Borrows the fields; shares the elements.
     TARNResultWriter(const QKVarList& varList, const TARNVariableInfo& variableInfo, UnivariateResults results,
                      Elements elements, const TARNRunParameters& parameters);
 
+    /// The document as a tree, which shares the elements. `stop`, which may be empty, is asked once for each field:
+    /// true ends it, and there is no document then.
+    std::unique_ptr<QKXML::XMLElement> MakeDocument(const QKOutputParameters& output,
+                                                    const std::function<bool()>& stop) const;
     /// Writes the document and flushes the stream.
     void Write(std::ostream& out, const QKOutputParameters& output) const;
 

@@ -45,9 +45,10 @@ void AddCategorical(XMLElement& info, const UnivariateResults& results, int fiel
 }  // namespace
 
 std::unique_ptr<XMLElement> MakeFieldInfos(const QKVarList& varList, const UnivariateResults& results, int weightIndex,
-                                           int caseIdIndex) {
+                                           int caseIdIndex, const std::function<bool()>& stop) {
     auto infos = XMLElement::Create(Element::kFieldInfos);
     for (int field = 0; field < varList.Size(); ++field) {
+        if (stop && stop()) return nullptr;
         if (field == weightIndex || field == caseIdIndex || !results.HasVariable(field)) continue;
         const int kind = varList.GetVarAt(field)->GetKind();
         if (kind != FieldKind::kContinuous && !FieldKind::IsCategorical(kind)) continue;

@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <new>
+#include <pugixml.hpp>
 #include <string>
 #include <utility>
 #include <vector>
@@ -18,9 +19,36 @@ namespace component_test {
 
 namespace {
 
-using HxCppHelperV1::HostHelper;
-using HxCppHelperV1::XMLDocument;
-using HxCppHelperV1::XMLElement;
+using QKXML::XMLElement;
+using QKXML::XMLString;
+
+/// The tree of a text, as another library reads it.
+std::unique_ptr<XMLElement> TreeOf(const pugi::xml_node& node) {
+    auto element = XMLElement::Create(node.name());
+    for (const pugi::xml_attribute& attribute : node.attributes()) {
+        element->AddAttribute(attribute.name(), attribute.value());
+    }
+    for (const pugi::xml_node& child : node.children()) {
+        if (child.type() == pugi::node_element) {
+            element->AddChild(TreeOf(child));
+        } else {
+            element->AddChild(XMLString::Create(child.value()));
+        }
+    }
+    return element;
+}
+
+std::unique_ptr<XMLElement> TreeOf(const std::string& text) {
+    pugi::xml_document document;
+    EXPECT_TRUE(document.load_string(text.c_str(), pugi::parse_default | pugi::parse_ws_pcdata_single)) << text;
+    return TreeOf(document.document_element());
+}
+
+std::string WrittenOf(const XMLElement& element) {
+    std::string text;
+    element.AppendTo(text);
+    return text;
+}
 
 // ---- Texts of elements ----
 
@@ -76,10 +104,10 @@ const ExecutionRequirements::RenamedFields kRenamed{{"b", "$_b"}, {"c", "$_c"}};
 class Renumbering : public testing::Test {
  protected:
     std::string Renumbered(const std::string& algorithm) const {
-        const XMLDocument document = XMLDocument::FromText(algorithm);
-        RenumberReferences(document.getRoot(), PublicFields(fields, kRenamed));
-        const std::string text = XMLElement::doc2string(document);
-        return text.substr(text.find("?>") + 2);
+        const std::shared_ptr<const XMLElement> first = TreeOf(algorithm);
+        const std::string renumbered = WrittenOf(*RenumberReferences(first, PublicFields(fields, kRenamed)));
+        EXPECT_EQ(WrittenOf(*first), algorithm) << "the first element stays";
+        return renumbered;
     }
 
     QKVarList fields = MakeFields();
@@ -205,19 +233,12 @@ std::string FieldInfo(const std::string& index) {
 
 class Rewriting : public testing::Test {
  protected:
-    Rewriting() {
-        host.interfaceVersion = HX_INTERFACE_VERSION;
-        helper = HostHelper::create(&host);
+    std::string Rewritten(const std::string& text) const { return Rewritten(*TreeOf(text)); }
+    std::string Rewritten(const XMLElement& first) const {
+        const PublicFields publicFields(fields, kRenamed);
+        return QKXML::TextOfTree(*DocumentRewriter(fields, publicFields).Rewrite(first), {});
     }
 
-    std::string Rewritten(const std::string& text) const {
-        const XMLDocument document = helper->createNew("Tabulon");
-        DocumentRewriter(*helper, fields, kRenamed).Rewrite(text, document);
-        return XMLElement::doc2string(document);
-    }
-
-    HXHost host{};
-    std::unique_ptr<HostHelper> helper;
     QKVarList fields = MakeFields();
 };
 
@@ -230,15 +251,16 @@ TEST_F(Rewriting, TheDocumentIsWrittenAnewInItsOrder) {
         dictionary += DataField(std::to_string(index), fields.GetVarAt(index)->GetName());
         infos += FieldInfo(std::to_string(index));
     }
+    // The references in the tests were renumbered before.
+    const std::string tests = Algorithm("RSign", Condition(Row("%0", "2") + Row("%1", "3"))) +
+                              Algorithm("OBinomial", Condition(Row("%0", "3")));
     const std::string root =
         "<Tabulon xmlns=\"urn:x\" xmlns:xsi=\"urn:y\" version=\"1.0\" xsi:schemaLocation=\"urn:x x.xsd\">";
     const std::string text =
         root + models +
         "<Extension extender=\"e\"><TARNOutput><Header copyright=\"c\"/><DataDictionary numberOfFields=\"6\">" +
-        dictionary + "</DataDictionary><NonParametricTests number=\"2\">" +
-        Algorithm("RSign", Condition(Row("%0", "3") + Row("%1", "5"))) +
-        Algorithm("OBinomial", Condition(Row("%0", "5"))) + "</NonParametricTests><FieldInfos>" + infos +
-        "</FieldInfos></TARNOutput></Extension></Tabulon>";
+        dictionary + "</DataDictionary><NonParametricTests number=\"2\">" + tests +
+        "</NonParametricTests><FieldInfos>" + infos + "</FieldInfos></TARNOutput></Extension></Tabulon>";
 
     const std::string rewritten = Rewritten(text);
     const auto field = [](const char* index, const char* name) {
@@ -253,11 +275,9 @@ TEST_F(Rewriting, TheDocumentIsWrittenAnewInItsOrder) {
     EXPECT_EQ(behindTheExport,
               models + "<Extension extender=\"e\"><TARNOutput><Header copyright=\"c\"/>" +
                   "<DataDictionary numberOfFields=\"4\">" + field("0", "a") + field("1", "b") + field("2", "c") +
-                  field("3", "g") + "</DataDictionary><NonParametricTests number=\"2\">" +
-                  Algorithm("RSign", Condition(Row("%0", "2") + Row("%1", "3"))) +
-                  Algorithm("OBinomial", Condition(Row("%0", "3"))) + "</NonParametricTests><FieldInfos>" +
-                  FieldInfo("0") + FieldInfo("1") + FieldInfo("2") + FieldInfo("3") +
-                  "</FieldInfos></TARNOutput></Extension></Tabulon>");
+                  field("3", "g") + "</DataDictionary><NonParametricTests number=\"2\">" + tests +
+                  "</NonParametricTests><FieldInfos>" + FieldInfo("0") + FieldInfo("1") + FieldInfo("2") +
+                  FieldInfo("3") + "</FieldInfos></TARNOutput></Extension></Tabulon>");
 }
 
 TEST_F(Rewriting, BlanksAndSignsInTextsSurvive) {
@@ -266,25 +286,27 @@ TEST_F(Rewriting, BlanksAndSignsInTextsSurvive) {
         Rewritten("<Tabulon><Extension><TARNOutput><NonParametricTests>" +
                   Algorithm("OBinomial", TableOf("t", Row("n", value) + Simple("s", " ", {" x  y "}))) +
                   "</NonParametricTests></TARNOutput></Extension></Tabulon>");
-    const XMLDocument document = XMLDocument::FromText(rewritten);
-    const XMLElement output = document.getRoot().findChild("Extension").findChild("TARNOutput");
-    XMLElement inner = output.findChild("NonParametricTests");
-    inner = inner.findChild("Algorithm").findChild("StructuredTable");
-    EXPECT_EQ(inner.findChild("Attribute").getAttribute("value"), "a <b> & \"c\"\n\td  e");
-    EXPECT_EQ(inner.findChild("SimpleTable").findChild("RowNames").getText(), " ");
-    EXPECT_EQ(inner.findChild("SimpleTable").findChild("Row").getText(), " x  y ");
+    pugi::xml_document document;
+    ASSERT_TRUE(document.load_string(rewritten.c_str(), pugi::parse_default | pugi::parse_ws_pcdata_single));
+    const pugi::xml_node output = document.child("Tabulon").child("Extension").child("TARNOutput");
+    const pugi::xml_node inner = output.child("NonParametricTests").child("Algorithm").child("StructuredTable");
+    EXPECT_STREQ(inner.child("Attribute").attribute("value").value(), "a <b> & \"c\"\n\td  e");
+    EXPECT_STREQ(inner.child("SimpleTable").child_value("RowNames"), " ");
+    EXPECT_STREQ(inner.child("SimpleTable").child_value("Row"), " x  y ");
 }
 
 TEST_F(Rewriting, ADocumentThatFindsNoMemoryIsNone) {
-    // Long texts make the XML library ask for memory at every place of the way.
     const std::string longText(9000, 'x');
-    const std::string text =
-        "<Tabulon><PMMLModel modelID=\"" + longText + "\"/><Extension><TARNOutput><DataDictionary>" +
-        DataField("0", "a") + "</DataDictionary><NonParametricTests>" +
+    const std::shared_ptr<const XMLElement> test = TreeOf(
         Algorithm("RCochransQ", Condition(Row("%0", "1;2;3;4") + Row("n", longText)) +
-                                    TableOf("PairwiseResult", Simple("PairwiseInfo", longText, {"0;1", longText}))) +
-        "</NonParametricTests><FieldInfos>" + FieldInfo("0") + "</FieldInfos></TARNOutput></Extension></Tabulon>";
-    const std::string whole = Rewritten(text);
+                                    TableOf("PairwiseResult", Simple("PairwiseInfo", longText, {"0;1", longText}))));
+    const PublicFields publicFields(fields, kRenamed);
+    const auto first =
+        TreeOf("<Tabulon><PMMLModel modelID=\"" + longText + "\"/><Extension><TARNOutput><DataDictionary>" +
+               DataField("0", "a") + "</DataDictionary><FieldInfos>" + FieldInfo("0") +
+               "</FieldInfos></TARNOutput></Extension></Tabulon>");
+    const auto rewrite = [&] { return WrittenOf(*RenumberReferences(test, publicFields)) + Rewritten(*first); };
+    const std::string whole = rewrite();
     int failures = 0;
     for (bool failed = true; failed; ++failures) {
         SCOPED_TRACE(failures);
@@ -293,7 +315,7 @@ TEST_F(Rewriting, ADocumentThatFindsNoMemoryIsNone) {
         {
             const AllocationFailure failure(failures);
             try {
-                rewritten = Rewritten(text);
+                rewritten = rewrite();
             } catch (const std::bad_alloc&) {
                 threw = true;
             }
@@ -305,8 +327,14 @@ TEST_F(Rewriting, ADocumentThatFindsNoMemoryIsNone) {
     EXPECT_GT(failures, 50);
 }
 
-TEST_F(Rewriting, ATextThatIsNoDocumentLeavesTheRestEmpty) {
-    const std::string rewritten = Rewritten("<Tabulon>");
+TEST_F(Rewriting, ACancelLeavesNoText) {
+    const auto first = TreeOf("<Tabulon><PMMLModel/></Tabulon>");
+    EXPECT_EQ(QKXML::TextOfTree(*first, [] { return true; }), "");
+    EXPECT_EQ(QKXML::TextOfTree(*first, [] { return false; }), QKXML::TextOfTree(*first, {}));
+}
+
+TEST_F(Rewriting, WhatTheFirstDocumentLacksTheSecondLacks) {
+    const std::string rewritten = Rewritten("<Tabulon/>");
     EXPECT_NE(rewritten.find("<DataDictionary numberOfFields=\"4\"/>"), std::string::npos) << rewritten;
     EXPECT_NE(rewritten.find("<FieldInfos/>"), std::string::npos);
 }

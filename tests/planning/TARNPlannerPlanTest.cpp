@@ -387,6 +387,51 @@ TEST_F(TARNPlannerPlanTest, ACancelIsHeardWhileTheRecordsAreRead) {
     EXPECT_FALSE(Planner().IsComplete());
 }
 
+// ---- The document as a tree ----
+
+std::string TextOf(const QKXML::XMLElement& document) {
+    return QKXML::TextOfTree(document, {});
+}
+
+TEST_F(TARNPlannerPlanTest, TheTreeIsThatOfTheWrittenDocument) {
+    std::unique_ptr<QKXML::XMLElement> document;
+    PlanMain({.name = "m"});
+    PlanSorted({.name = "s"}, kX);
+    EXPECT_EQ(Planner().MakeDocument({}, document), QKStatus(6)) << "before a run";
+    ASSERT_TRUE(Run().IsOK());
+    ASSERT_TRUE(Planner().MakeDocument({}, document).IsOK());
+    std::ostringstream written;
+    ASSERT_TRUE(Planner().WriteResults(written, {}).IsOK());
+    EXPECT_EQ(TextOf(*document), written.str());
+    EXPECT_NE(written.str().find("><m/><s/></NonParametricTests>"), std::string::npos) << written.str();
+}
+
+TEST_F(TARNPlannerPlanTest, AnEditorMakesTheElementsOfTheDocumentAndLeavesThoseOfTheTests) {
+    PlanMain({.name = "m"});
+    PlanSorted({.name = "s"}, kX);
+    ASSERT_TRUE(Run().IsOK());
+    Planner().SetResultEditor([](const std::shared_ptr<const QKXML::XMLElement>& element) {
+        return QKXML::XMLWritten::Take("<edited was='" + element->GetName() + "'/>");
+    });
+    for (int i = 0; i < 2; ++i) {
+        std::unique_ptr<QKXML::XMLElement> document;
+        ASSERT_TRUE(Planner().MakeDocument({}, document).IsOK());
+        EXPECT_NE(TextOf(*document).find("><edited was='m'/><edited was='s'/></NonParametricTests>"),
+                  std::string::npos);
+    }
+}
+
+TEST_F(TARNPlannerPlanTest, ACancelEndsTheTreeButNotTheWritingOfACompleteRun) {
+    PlanMain({.name = "m"});
+    ASSERT_TRUE(Run().IsOK());
+    Planner().Cancel();
+    std::unique_ptr<QKXML::XMLElement> document;
+    EXPECT_EQ(Planner().MakeDocument({}, document), QKStatus(1));
+    EXPECT_EQ(document, nullptr);
+    std::ostringstream written;
+    EXPECT_TRUE(Planner().WriteResults(written, {}).IsOK());
+}
+
 TEST_F(TARNPlannerPlanTest, TestsLiveUntilTheNextRunOrTheDestruction) {
     const auto life = std::make_shared<int>();
     const auto holds = [life](const std::string&) {};
