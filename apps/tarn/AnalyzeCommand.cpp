@@ -40,19 +40,21 @@ ExitStatus Analyze(const AnalyzeOptions& options) {
     const Table table = LoadTableFor(options);
     std::optional<ProgressBar> progress(!options.output.quiet);
     const AnalysisEnvironment environment = EnvironmentOf(interrupt, *progress, options.table.threads);
-    const AnalysisOutcome outcome = Analyze(table, AnalysisOf(options), environment);
+    AnalysisOutcome outcome = Analyze(table, AnalysisOf(options), environment);
     progress.reset();  // nothing of it is left on the line when results are shown
     const ExitStatus status = TellRemarks(outcome);
     if (!outcome.succeeded) return status;
 
     const OutputOptions& output = options.output;
     if (!output.outPath.empty()) WriteWholeFile(output.outPath, outcome.document);
-    const ResultReading result = ReadAnalysis(outcome, options.analysis, environment);
     const ReportFormat format = output.format.value_or(ReportFormat::kText);
+    const bool isDocumentShown = format == ReportFormat::kXml;
+    const std::string shown = isDocumentShown ? outcome.document : std::string();
+    const ResultReading result = ReadAnalysis(std::move(outcome.document), options.analysis, environment);
     const bool isShown = format != ReportFormat::kText || !output.quiet;
     // Text and JSON have a place for notes.
     if (!isShown || format == ReportFormat::kCsv || format == ReportFormat::kXml) TellNotes(outcome.notes);
-    if (isShown) PrintResult(format == ReportFormat::kXml ? outcome.document : Present(result, format, outcome.notes));
+    if (isShown) PrintResult(isDocumentShown ? shown : Present(result, format, outcome.notes));
     if (!IsNoneDone(result)) return status;
     return TellMistake("no test could be done; each says why", ExitStatus::kRunFailed);
 }

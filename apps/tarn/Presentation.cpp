@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <string_view>
+#include <utility>
 
 #include "apps/tarn/CommandEnvironment.h"
 #include "host/report/CsvReport.h"
@@ -61,10 +62,8 @@ const MessageCatalogue& Texts() {
     return texts;
 }
 
-std::string Present(const std::string& document, ReportFormat format, const std::string& name) {
-    if (format != ReportFormat::kXml) return Present(ReadAll(ReadResult(document, name), Texts()), format, {});
-    static_cast<void>(ReadResult(document, name));  // throws for what is none
-    return document;
+ResultReading ReadDocument(std::string document, const std::string& name) {
+    return ReadAll(ReadResult(std::move(document), name), Texts());
 }
 
 std::string Present(const ResultReading& result, ReportFormat format, const std::vector<std::string>& notes) {
@@ -81,8 +80,8 @@ std::string Present(const ResultReading& result, ReportFormat format, const std:
     return "";
 }
 
-std::string PresentShortly(const std::string& document) {
-    return ShortReport(ReadAll(ReadResult(document), Texts()), Texts());
+std::string PresentShortly(const ResultReading& result) {
+    return ShortReport(result, Texts());
 }
 
 }  // namespace tarn

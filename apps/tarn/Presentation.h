@@ -18,15 +18,15 @@ const std::vector<std::string>& FormatNames();
 /// A language is a file in the folder that TARN_MESSAGES names or in the folder "messages" beside the program.
 const MessageCatalogue& Texts();
 
-/// A result document in a format; the text one as the terminal of standard output can show it. `name` stands for the
-/// document in an `InputError`, which is thrown if it is no result document.
-std::string Present(const std::string& document, ReportFormat format, const std::string& name = "the result document");
+/// Reads a result document in the language of the user; its text is used up by it. `name` stands for the document in an
+/// `InputError`, which is thrown if it is no result document.
+ResultReading ReadDocument(std::string document, const std::string& name = "the result document");
 
-/// The same of a document that is read already, with notes on the whole run. Not for `kXml`, which is the document
-/// itself.
+/// A result in a format, with notes on the whole run; the text one as the terminal of standard output can show it. Not
+/// for `kXml`, which is the document itself.
 std::string Present(const ResultReading& result, ReportFormat format, const std::vector<std::string>& notes);
 
-/// The short table of a result document.
-std::string PresentShortly(const std::string& document);
+/// The short table of a result.
+std::string PresentShortly(const ResultReading& result);
 
 }  // namespace tarn

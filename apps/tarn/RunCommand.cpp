@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "apps/tarn/CommandEnvironment.h"
@@ -71,23 +72,25 @@ std::optional<AnalysisOutcome> RunSettingsFile(const RunOptions& options, Interr
 
 ExitStatus Run(const RunOptions& options) {
     Interrupt interrupt;  // from the start, so that one that comes while the table is read counts as well
-    const std::optional<AnalysisOutcome> ran =
+    std::optional<AnalysisOutcome> ran =
         options.planPath.empty() ? RunSettingsFile(options, interrupt) : RunPlanFile(options, interrupt);
     if (!ran) return ExitStatus::kWrongUsage;
-    const AnalysisOutcome& outcome = *ran;
+    AnalysisOutcome& outcome = *ran;
     TellNotes(outcome.notes);
     const OutputOptions& output = options.output;
     const bool isStored = !output.outPath.empty();
     if (outcome.succeeded && isStored) WriteWholeFile(output.outPath, outcome.document);
-    if (outcome.succeeded && (output.format || !isStored)) {
-        const ReportFormat format = output.format.value_or(ReportFormat::kXml);
-        PrintResult(format == ReportFormat::kXml ? outcome.document : Present(outcome.document, format));
-    }
-    const ExitStatus status = TellRemarks(outcome);
+    const ReportFormat format = output.format.value_or(ReportFormat::kXml);
+    const bool isShown = output.format || !isStored;
+    if (outcome.succeeded && isShown && format == ReportFormat::kXml) PrintResult(outcome.document);
+    const bool isReportShown = outcome.succeeded && isShown && format != ReportFormat::kXml;
     // Standard output carries one result: the document or what was asked for, or beside a document in a file the table.
-    if (outcome.succeeded && !output.quiet && output.format != ReportFormat::kText) {
-        (isStored && !output.format ? std::cout : std::cerr) << PresentShortly(outcome.document);
-    }
+    const bool isTableShown = outcome.succeeded && !output.quiet && format != ReportFormat::kText;
+    std::optional<ResultReading> result;
+    if (isReportShown || isTableShown) result = ReadDocument(std::move(outcome.document));
+    if (isReportShown) PrintResult(Present(*result, format, {}));
+    const ExitStatus status = TellRemarks(outcome);
+    if (isTableShown) (isStored && !output.format ? std::cout : std::cerr) << PresentShortly(*result);
     return status;
 }
 

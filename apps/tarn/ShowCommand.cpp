@@ -1,12 +1,18 @@
 #include "apps/tarn/ShowCommand.h"
 
+#include <string>
+#include <utility>
+
 #include "host/ByteSource.h"
 
 namespace tarn {
 
 ExitStatus Show(const std::string& path, ReportFormat format) {
     ByteSource source(path);
-    PrintResult(Present(source.ReadAll(), format, source.Name()));
+    std::string document = source.ReadAll();
+    const std::string shown = format == ReportFormat::kXml ? document : std::string();
+    const ResultReading result = ReadDocument(std::move(document), source.Name());  // throws for what is none
+    PrintResult(format == ReportFormat::kXml ? shown : Present(result, format, {}));
     return ExitStatus::kDone;
 }
 

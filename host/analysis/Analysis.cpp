@@ -52,11 +52,11 @@ AnalysisOutcome Analyze(const Table& table, const AnalysisOptions& options, cons
     return outcome;
 }
 
-ResultReading ReadAnalysis(const AnalysisOutcome& outcome, const AnalysisOptions& options,
+ResultReading ReadAnalysis(std::string document, const AnalysisOptions& options,
                            const AnalysisEnvironment& environment) {
-    ResultDocument document = ReadResult(outcome.document);
-    PutInOrder(document, OrderOf(options));
-    return ReadAll(std::move(document), *environment.texts);
+    ResultDocument result = ReadResult(std::move(document));
+    PutInOrder(result, OrderOf(options));
+    return ReadAll(std::move(result), *environment.texts);
 }
 
 bool IsNoneDone(const ResultReading& result) {

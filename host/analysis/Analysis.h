@@ -34,8 +34,9 @@ void PrepareTable(Table& table, const AnalysisOptions& options);
 /// `InputError` for a wish that can't be met, a `std::runtime_error` if the engine can't be had.
 AnalysisOutcome Analyze(const Table& table, const AnalysisOptions& options, const AnalysisEnvironment& environment);
 
-/// Reads the document of such an analysis, with its tests in the order in which they were asked for.
-ResultReading ReadAnalysis(const AnalysisOutcome& outcome, const AnalysisOptions& options,
+/// Reads the document of such an analysis, with its tests in the order in which they were asked for. The document's
+/// text is used up by it.
+ResultReading ReadAnalysis(std::string document, const AnalysisOptions& options,
                            const AnalysisEnvironment& environment);
 
 /// Whether all tests of a document ended in an error of their own.

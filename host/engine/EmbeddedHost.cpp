@@ -77,7 +77,8 @@ class MemoryContainer {
 
     HXContainer* Functions() { return &functions_; }
     bool IsComplete() const { return isClosed_ && hasContent_; }
-    const std::string& Content() const { return content_; }
+    /// Gives up what it keeps.
+    std::string TakeContent() { return std::move(content_); }
 
  private:
     static unsigned SetMetadata(void*, const char*, const char* fileName, int*) {
@@ -212,7 +213,7 @@ EngineOutcome HostedRun::Run() {
     executionModel_ = MakeDataModel(data_);
     Execute();
     outcome_.succeeded = outcome_.succeeded && container_.IsComplete();
-    outcome_.document = container_.Content();
+    outcome_.document = container_.TakeContent();
     return std::move(outcome_);
 }
 

@@ -14,7 +14,7 @@ namespace {
 std::vector<std::string> SampleNames(const ResultTable* info, const ResultDocument& document,
                                      const ResultField* group) {
     if (info == nullptr || info->lines.empty()) return {};
-    std::vector<std::string> names = info->lines.front();
+    std::vector<std::string> names = SplitList(info->lines.front());
     for (std::string& name : names) {
         const ResultField* const field = group == nullptr ? document.FieldAt(name) : nullptr;
         name = field ? field->name : CategoryNames(name, group);
@@ -44,7 +44,8 @@ void ReadPairs(const ResultTable& table, const ResultDocument& document, const R
     const auto nameOf = [&](const std::string& sample) {
         return group == nullptr ? NameAt(names, sample) : CategoryNames(sample, group);
     };
-    for (const auto& line : content->lines) {
+    for (const std::string& values : content->lines) {
+        const std::vector<std::string> line = SplitList(values);
         if (line.size() <= kSecond) continue;
         reading.pairs.push_back({nameOf(line[kFirst]), nameOf(line[kSecond]), Cell(line, kStatistic),
                                  Cell(line, kStandardError), Cell(line, kStandardized), Cell(line, kP),
@@ -58,7 +59,8 @@ void ReadSubsets(const ResultTable& table, const ResultDocument& document, const
     if (content == nullptr) return;
     const std::vector<std::string> names = SampleNames(table.Table("StepwiseInfo"), document, group);
     reading.orderedSamples = names;
-    for (const auto& line : content->lines) {
+    for (const std::string& values : content->lines) {
+        const std::vector<std::string> line = SplitList(values);
         double first = 0;
         double last = 0;
         if (line.size() <= kSecond || !ReadNumber(line[kFirst], first) || !ReadNumber(line[kSecond], last)) continue;

@@ -5,10 +5,16 @@ namespace tarn {
 
 namespace {
 
+std::vector<std::vector<std::string>> RowsOf(const ResultTable& table) {
+    std::vector<std::vector<std::string>> rows;
+    for (const std::string& line : table.lines) rows.push_back(SplitList(line));
+    return rows;
+}
+
 /// The table "TwoClassComparison": two classes observed and expected, categories, or fields.
 CountTable ReadClasses(const TestResult& test, const ResultTable& content, const ResultDocument& document) {
     CountTable counts;
-    counts.rows = content.lines;
+    counts.rows = RowsOf(content);
     counts.rowTitles = content.lineNames;
     if (test.name == Tests::kBinomial.resultName) {
         counts.rowTitles = {"observed %", "expected %"};
@@ -64,7 +70,7 @@ CountTable ReadCrossTable(const ResultTable& fields, const ResultTable& cells, c
     if (fieldOf("Row") != nullptr && fieldOf("Column") != nullptr) {
         counts.corner = fieldOf("Row")->name + " \\ " + fieldOf("Column")->name;
     }
-    counts.rows = cells.lines;
+    counts.rows = RowsOf(cells);
     counts.rowTitles = classes("Row");
     counts.columnTitles = classes("Column");
     return counts;

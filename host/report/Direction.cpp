@@ -101,7 +101,7 @@ std::vector<std::string> OccurringGroups(const TestResult& test, const ResultDoc
         if (descriptive.Value("varIndex") != test.parameters[1]) continue;
         const ResultTable* const counts = descriptive.Table("Interval");
         if (counts == nullptr || counts->lines.size() < kTwo) continue;
-        for (const std::string& index : counts->lines[1]) {
+        for (const std::string& index : SplitList(counts->lines[1])) {
             if (const std::string* const shown = field->CategoryAt(index)) groups.push_back(*shown);
         }
     }

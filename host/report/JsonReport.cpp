@@ -51,7 +51,7 @@ Json TableJson(const ResultTable& table) {
         json["lines"] = Json::array();
         for (const auto& line : table.lines) {
             Json values = Json::array();
-            for (const std::string& value : line) values.push_back(ValueOf(value));
+            for (const std::string& value : SplitList(line)) values.push_back(ValueOf(value));
             json["lines"].push_back(std::move(values));
         }
         return json;

@@ -79,7 +79,7 @@ bool MixesFields(const TestResult& test) {
     const ResultTable* const subsets = test.content.Table("StepwiseResult");
     const ResultTable* const info = subsets == nullptr ? nullptr : subsets->Table("StepwiseInfo");
     if (info == nullptr || info->lines.empty()) return false;
-    const std::vector<std::string>& order = info->lines.front();
+    const std::vector<std::string> order = SplitList(info->lines.front());
     for (std::size_t i = 0; i < order.size(); ++i) {
         if (i > 0 && NumberIn(order[i]) < NumberIn(order[i - 1])) return true;
     }

@@ -35,7 +35,7 @@ ResultTable ReadTable(const pugi::xml_node& node) {
     if (table.isSimple) {
         table.lineNames = SplitList(node.child("RowNames").text().get());
         table.columnNames = SplitList(node.child("ColumnNames").text().get());
-        for (const pugi::xml_node& line : node.children("Row")) table.lines.push_back(SplitList(line.text().get()));
+        for (const pugi::xml_node& line : node.children("Row")) table.lines.emplace_back(line.text().get());
         return table;
     }
     for (const pugi::xml_node& child : node.children()) {
@@ -177,9 +177,9 @@ const ResultField* ResultDocument::FieldAt(std::string_view index) const {
     return ElementAt(fields, index);
 }
 
-ResultDocument ReadResult(const std::string& document, const std::string& name) {
+ResultDocument ReadResult(std::string document, const std::string& name) {
     pugi::xml_document xml;
-    const pugi::xml_parse_result parsed = xml.load_buffer(document.data(), document.size());
+    const pugi::xml_parse_result parsed = xml.load_buffer_inplace(document.data(), document.size());
     if (!parsed) {
         throw InputError(name + ": not well-formed XML at byte " + std::to_string(parsed.offset) + " (" +
                          parsed.description() + "); expected a result document");
@@ -212,13 +212,8 @@ ResultDocument ReadResult(const std::string& document, const std::string& name) 
 
 std::vector<std::string> SplitList(std::string_view joined) {
     std::vector<std::string> parts;
-    if (joined.empty()) return parts;
-    for (;;) {
-        const std::size_t end = joined.find(';');
-        parts.emplace_back(joined.substr(0, end));
-        if (end == std::string_view::npos) return parts;
-        joined.remove_prefix(end + 1);
-    }
+    ForEachInList(joined, [&](std::string_view part) { parts.emplace_back(part); });
+    return parts;
 }
 
 std::string CategoryNames(const std::string& indices, const ResultField* field) {

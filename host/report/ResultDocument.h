@@ -40,7 +40,8 @@ struct ResultMessage {
 };
 
 /// A table: rows of a name and a value and further tables; or, if it is simple, lines of values with names for the
-/// lines and for the columns.
+/// lines and for the columns. The lines of a histogram hold hundreds of values, most of which nobody asks for: a line
+/// is the text of the document, of which `SplitList` and `ForEachInList` give the values.
 struct ResultTable {
     std::string name;
     bool isSimple = false;
@@ -48,7 +49,7 @@ struct ResultTable {
     std::vector<ResultTable> tables;
     std::vector<std::string> lineNames;
     std::vector<std::string> columnNames;
-    std::vector<std::vector<std::string>> lines;
+    std::vector<std::string> lines;
 
     /// The value of a row; null for none.
     const std::string* Find(std::string_view rowName) const;
@@ -93,10 +94,23 @@ struct ResultDocument {
 /// one that `field`, which may be null, doesn't have stays as it is.
 std::string CategoryNames(const std::string& indices, const ResultField* field);
 
-/// Reads a document. Throws an `InputError` for a text that is no result document; `name` stands for it in the message.
-ResultDocument ReadResult(const std::string& document, const std::string& name = "the result document");
+/// Reads a document, whose text is used up by it. Throws an `InputError` for a text that is no result document; `name`
+/// stands for it in the message.
+ResultDocument ReadResult(std::string document, const std::string& name = "the result document");
 
-/// The parts of a list that are joined by semicolons; none for the empty text.
+/// Calls `visit` with each part of a list that is joined by semicolons; with none for the empty text.
+template <typename Visit>
+void ForEachInList(std::string_view joined, Visit visit) {
+    while (!joined.empty()) {
+        const std::size_t end = joined.find(';');
+        visit(joined.substr(0, end));
+        if (end == std::string_view::npos) return;
+        joined.remove_prefix(end + 1);
+        if (joined.empty()) visit(joined);
+    }
+}
+
+/// The parts of such a list.
 std::vector<std::string> SplitList(std::string_view joined);
 
 /// A number of the document in a width for reading: six digits, or all those before the point up to 1e15; another text

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <limits>
+#include <string_view>
 #include <utility>
 
 #include "host/report/KnownValue.h"
@@ -16,9 +18,13 @@ constexpr std::array<std::string_view, 4> kSampleRows{"N", "MeanOfRank", "GTMedi
 constexpr std::array<Number BoxPlot::*, 5> kBoxMembers{&BoxPlot::lowerWhisker, &BoxPlot::lowerHinge, &BoxPlot::median,
                                                        &BoxPlot::upperHinge, &BoxPlot::upperWhisker};
 
-std::vector<double> NumbersOf(const std::vector<std::string>& texts) {
+std::vector<double> NumbersOf(std::string_view list) {
     std::vector<double> numbers;
-    for (const std::string& text : texts) numbers.push_back(Number(text).value);
+    numbers.reserve(static_cast<std::size_t>(std::ranges::count(list, ';')) + 1);
+    ForEachInList(list, [&](std::string_view text) {
+        double number = 0;
+        numbers.push_back(ReadNumber(text, number) ? number : std::numeric_limits<double>::quiet_NaN());
+    });
     return numbers;
 }
 
@@ -26,7 +32,7 @@ std::vector<double> NumbersOf(const std::vector<std::string>& texts) {
 void ReadBox(const ResultTable& table, const MessageCatalogue& texts, Sample& sample) {
     const ResultTable* const box = table.Table("Box");
     if (box != nullptr && !box->lines.empty()) {
-        const std::vector<std::string>& values = box->lines.front();
+        const std::vector<std::string> values = SplitList(box->lines.front());
         for (std::size_t i = 0; i < std::min({kBoxMembers.size(), values.size(), box->columnNames.size()}); ++i) {
             sample.box.*kBoxMembers[i] = KnownValue(values[i]);
             sample.figures.push_back({box->columnNames[i], texts.Label(box->columnNames[i]), KnownValue(values[i])});
@@ -35,8 +41,8 @@ void ReadBox(const ResultTable& table, const MessageCatalogue& texts, Sample& sa
     const ResultTable* const outliers = table.Table("Outliers");
     constexpr std::size_t kValuesAndCases = 2;
     if (outliers == nullptr || outliers->lines.size() < kValuesAndCases) return;
-    const std::vector<std::string>& values = outliers->lines[0];
-    const std::vector<std::string>& cases = outliers->lines[1];
+    const std::vector<std::string> values = SplitList(outliers->lines[0]);
+    const std::vector<std::string> cases = SplitList(outliers->lines[1]);
     for (std::size_t i = 0; i < values.size(); ++i) {
         sample.box.outliers.push_back({Number(values[i]).value, i < cases.size() ? cases[i] : ""});
     }

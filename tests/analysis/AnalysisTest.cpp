@@ -29,7 +29,7 @@ TEST(Analysis, GivesADocumentAndItsReadingInTheOrderAsked) {
     const AnalysisOutcome outcome = tarn::Analyze(table, GroupTests(), Environment());
     ASSERT_TRUE(outcome.succeeded);
     EXPECT_EQ(outcome.remarks, std::vector<std::string>{});
-    const ResultReading result = tarn::ReadAnalysis(outcome, GroupTests(), Environment());
+    const ResultReading result = tarn::ReadAnalysis(outcome.document, GroupTests(), Environment());
     EXPECT_EQ(NamesOf(result),
               (std::vector<std::string>{"IMannWhitneyU y", "IKolmogorovSmirnov y", "IHodgesLehmannEstimateGroups y",
                                         "IMedian y", "IMannWhitneyU x", "IKolmogorovSmirnov x",
@@ -52,7 +52,7 @@ TEST(Analysis, NamesItsApplicationAndPutsNotesBesideTheDocument) {
     EXPECT_EQ(outcome.notes,
               std::vector<std::string>{"weights of y: 1 record rounded to whole numbers, of 4 in all; the "
                                        "weights add up to 5.5 and count as 6"});
-    const ResultReading result = tarn::ReadAnalysis(outcome, options, environment);
+    const ResultReading result = tarn::ReadAnalysis(outcome.document, options, environment);
     EXPECT_EQ(result.document.application + " " + result.document.applicationVersion, "a notebook 7");
 }
 

@@ -234,9 +234,8 @@ std::size_t CompareNumbers(const ResultTable& table, const json& told) {
     };
     for (const auto& [name, text] : table.rows) compare(text, told.at("rows").at(name));
     for (std::size_t line = 0; line < table.lines.size(); ++line) {
-        for (std::size_t i = 0; i < table.lines[line].size(); ++i) {
-            compare(table.lines[line][i], told.at("lines").at(line).at(i));
-        }
+        const std::vector<std::string> values = SplitList(table.lines[line]);
+        for (std::size_t i = 0; i < values.size(); ++i) compare(values[i], told.at("lines").at(line).at(i));
     }
     for (std::size_t i = 0; i < table.tables.size(); ++i) {
         count += CompareNumbers(table.tables[i], told.at("tables").at(i));
