@@ -1,6 +1,7 @@
 #include "host/analysis/AnalysisNotes.h"
 
 #include <algorithm>
+#include <unordered_set>
 #include <utility>
 
 #include "host/TestNames.h"
@@ -24,8 +25,9 @@ std::vector<std::string> FieldsAsked(const AnalysisOptions& analysis) {
     }
     if (!analysis.group.empty()) fields.push_back(analysis.group);
     std::vector<std::string> once;
+    std::unordered_set<std::string> known;
     for (const std::string& field : fields) {
-        if (std::ranges::find(once, field) == once.end()) once.push_back(field);
+        if (known.insert(field).second) once.push_back(field);
     }
     return once;
 }

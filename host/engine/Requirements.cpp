@@ -1,9 +1,10 @@
 #include "host/engine/Requirements.h"
 
-#include <algorithm>
 #include <pugixml.hpp>
+#include <set>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 
 #include "platform/hx/HXDocuments.h"
 
@@ -54,15 +55,14 @@ void ReadMissingValues(const pugi::xml_node& operation, Requirements& requiremen
 }
 
 void ReadEncodings(const pugi::xml_node& operation, Requirements& requirements) {
+    std::set<std::pair<std::string, std::string>> known;
+    for (const RequiredField& field : requirements.fields) known.emplace(field.name, field.rename);
     for (const pugi::xml_node& parameter : operation.child(HX_PARAMETERS).children(HX_PARAMETER)) {
         if (std::string_view(parameter.attribute(HX_NAME).value()) != HX_REQUIRED_FIELDS) continue;
         for (const pugi::xml_node& value : parameter.child(HX_LIST_VALUE).children(HX_STRUCTURED_VALUE)) {
             RequiredField field{MemberOf(value, HX_FIELD_NAME_ATTRIBUTE), EncodingOf(MemberOf(value, HX_ENCODING)),
                                 MemberOf(value, HX_RENAME)};
-            const bool isThere = std::any_of(
-                requirements.fields.begin(), requirements.fields.end(),
-                [&](const RequiredField& other) { return other.name == field.name && other.rename == field.rename; });
-            if (!isThere) requirements.fields.push_back(std::move(field));
+            if (known.emplace(field.name, field.rename).second) requirements.fields.push_back(std::move(field));
         }
     }
 }
