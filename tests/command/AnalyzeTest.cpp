@@ -261,7 +261,7 @@ TEST_F(Analyze, InterruptEndsAReadThatWaitsForInput) {
     EXPECT_EQ(result.exitStatus, 1);
     EXPECT_EQ(result.out, "");
     EXPECT_EQ(result.err, "tarn: the run failed with code 1: the run was cancelled\n");
-    EXPECT_EQ(folder.Files(), (std::vector<std::string>{"data.csv", "data.csv.pipe"}));
+    EXPECT_EQ(folder.Files(), (std::vector<std::string>{"data.csv.pipe"}));
 }
 
 TEST_F(Analyze, FullDiskAndMissingFolderAreToldAndNothingIsLeft) {
