@@ -145,7 +145,14 @@ void TARNPlanner::RunWorkers(const WorkShare& work) {
     if (status.IsError()) return;
 
     TARNWorkerSequence sequence(progressListener, kProgressBase, kProgressShare);
+    // Each worker makes the text of its elements, so that the work is shared and no tree of them is left.
+    const auto write = [this](std::shared_ptr<QKXML::XMLElement> element) {
+        std::string text;
+        (resultEditor ? resultEditor(std::move(element)) : std::move(element))->AppendTo(text);
+        return QKXML::XMLWritten::Take(std::move(text));
+    };
     const auto add = [&](TARNTestWorker& worker) {
+        worker.SetFinish(write);
         worker.SetUnivariateResults(std::make_unique<UnivariateResults>(*univariates));
         sequence.Add(worker);
     };
@@ -234,13 +241,7 @@ QKStatus TARNPlanner::MakeDocument(const QKOutputParameters& output, std::unique
 TARNResultWriter TARNPlanner::MakeWriter() const {
     TARNResultWriter::Elements elements;
     const auto add = [&](const TARNTestWorker& worker) {
-        for (const auto& element : worker.Results()) {
-            if (resultEditor) {
-                elements.push_back(resultEditor(element));
-            } else {
-                elements.push_back(element);
-            }
-        }
+        elements.insert(elements.end(), worker.Results().begin(), worker.Results().end());
     };
     add(*mainWorker);
     for (const auto& worker : sortedWorkers) add(*worker);

@@ -47,7 +47,7 @@ class TARNPlanner : public IQKAlgorithm, private TARNPlan {
     /// with code 1.
     QKStatus MakeDocument(const QKOutputParameters& output, std::unique_ptr<QKXML::XMLElement>& document);
     /// Each test's element goes into the document as this makes it; without one, as it is. For a caller that knows the
-    /// fields by other numbers. Called at any time after the run, for several elements at once.
+    /// fields by other numbers. Set before the run, in which it is called on several threads at once.
     void SetResultEditor(ResultEditor editor) { resultEditor = std::move(editor); }
     QKStatus GetStatus() override { return status; }
     void SetProgressListener(ProgressListener* listener) override;

@@ -313,7 +313,12 @@ void TARNTestWorker::ReportProgress() {
 QKStatus TARNTestWorker::CollectResults() {
     try {
         for (const auto& test : tests) {
-            results.push_back(std::shared_ptr<QKXML::XMLElement>(test->MakeResultElement()));
+            std::shared_ptr<QKXML::XMLElement> element(test->MakeResultElement());
+            if (finish) {
+                results.push_back(finish(std::move(element)));
+            } else {
+                results.push_back(std::move(element));
+            }
         }
     } catch (const std::exception&) {
         return QKStatus(StatusCode::kOutOfMemory);

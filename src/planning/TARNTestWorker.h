@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -55,9 +56,15 @@ class TARNTestWorker {
     /// Tells the listener of the progress that was noted, in order.
     void ReportProgress();
 
+    using Result = std::shared_ptr<const QKXML::XMLNode>;
+    /// What becomes of an element before it is kept, on the thread of the worker.
+    using Finish = std::function<Result(std::shared_ptr<QKXML::XMLElement>)>;
+    /// Without one, elements are kept as they are.
+    void SetFinish(Finish function) { finish = std::move(function); }
+
     /// Keeps each test's element, in test order. 220012 if no memory was left for them.
     QKStatus CollectResults();
-    const std::vector<std::shared_ptr<QKXML::XMLElement>>& Results() const { return results; }
+    const std::vector<Result>& Results() const { return results; }
 
  private:
     /// A test in the current pass.
@@ -83,7 +90,8 @@ class TARNTestWorker {
     std::vector<std::unique_ptr<TARNTest>> tests;
     MultiPassRecordIter* iterator;
     const QKTarn::RecordFlags* incompleteRecords;
-    std::vector<std::shared_ptr<QKXML::XMLElement>> results;
+    Finish finish;
+    std::vector<Result> results;
     std::unique_ptr<UnivariateResults> univariateResults;
     int sortField = kNotSorted;
     const TARNSortedDataSet* sortedData = nullptr;

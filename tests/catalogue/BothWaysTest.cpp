@@ -262,7 +262,7 @@ class PlannedTest : private TARNPlan {
         worker.AddTest(std::move(test_));
         EXPECT_TRUE(worker.RunTests(WorkShare(2)).IsOK());
         EXPECT_TRUE(worker.CollectResults().IsOK());
-        return TextOf(*worker.Results().front());
+        return TextOf(*worker.Results().front()->AsElement());
     }
 
  private:

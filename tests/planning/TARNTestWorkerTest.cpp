@@ -106,8 +106,8 @@ TEST(TARNTestWorkerTest, CollectsTheElementsInTestOrderOfATestInErrorAsWell) {
     EXPECT_TRUE(rig.Run().IsOK());
     EXPECT_TRUE(rig.worker->CollectResults().IsOK());
     ASSERT_EQ(rig.worker->Results().size(), 2u);
-    EXPECT_EQ(rig.worker->Results()[0]->GetName(), "first");
-    EXPECT_EQ(rig.worker->Results()[1]->GetName(), "second");
+    EXPECT_EQ(rig.worker->Results()[0]->AsElement()->GetName(), "first");
+    EXPECT_EQ(rig.worker->Results()[1]->AsElement()->GetName(), "second");
 }
 
 // ---- Errors of a test ----
