@@ -43,7 +43,7 @@ void LoadTable(const std::string& text, std::size_t blockSize) {
             for (std::size_t i = 0; i < table.ColumnCount(); ++i) {
                 const tarn::Column& column = table.Columns()[i];
                 if (!column.IsCategorical()) continue;
-                const double cell = table.Row(row)[i];
+                const double cell = table.Cells(i)[row];
                 if (!(cell >= tarn::kMissingCategory && cell < static_cast<double>(column.categories.size()))) abort();
             }
         }

@@ -80,7 +80,7 @@ AnalysisOutcome RunRequest(const nlohmann::ordered_json& request, const std::str
     return outcome;
 }
 
-AnalysisOutcome RunPlan(PlanSettings& plan, Table& table, const AnalysisEnvironment& environment) {
+AnalysisOutcome RunPlan(PlanSettings& plan, const Table& table, const AnalysisEnvironment& environment) {
     PlanRun run;
     run.applicationName = environment.applicationName;
     run.applicationVersion = environment.applicationVersion;

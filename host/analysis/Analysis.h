@@ -48,6 +48,6 @@ AnalysisOutcome RunRequest(const nlohmann::ordered_json& request, const std::str
                            const AnalysisEnvironment& environment);
 
 /// Runs a plan, straight through the engine's C++ factory.
-AnalysisOutcome RunPlan(PlanSettings& plan, Table& table, const AnalysisEnvironment& environment);
+AnalysisOutcome RunPlan(PlanSettings& plan, const Table& table, const AnalysisEnvironment& environment);
 
 }  // namespace tarn

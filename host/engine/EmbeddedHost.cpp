@@ -1,5 +1,6 @@
 #include "host/engine/EmbeddedHost.h"
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <cstring>
@@ -38,7 +39,8 @@ std::string TakeText(Function function) {
     return text;
 }
 
-/// The records of prepared data, all of them in one block.
+/// The records of prepared data: its columns as they are, or for a library that asks for rows blocks of them, which are
+/// gathered one after the other.
 class RecordStream {
  public:
     explicit RecordStream(const PreparedData& data) : data_(data), functions_{this, &Rewind, &NextBlock} {}
@@ -49,24 +51,41 @@ class RecordStream {
 
  private:
     static unsigned Rewind(void* handle, int*) {
-        static_cast<RecordStream*>(handle)->isDelivered_ = false;
+        static_cast<RecordStream*>(handle)->next_ = 0;
         return HX_OK;
     }
-
     static unsigned NextBlock(void* handle, const double** values, std::size_t* recordCount, std::size_t* fieldCount,
-                              int*) {
-        auto& stream = *static_cast<RecordStream*>(handle);
-        *values = stream.data_.values.data();
-        *recordCount = stream.isDelivered_ ? 0 : stream.data_.recordCount;
-        *fieldCount = stream.data_.fields.size();
-        stream.isDelivered_ = true;
-        return HX_OK;
-    }
+                              int* errorCode);
 
     const PreparedData& data_;
-    bool isDelivered_ = false;
+    std::size_t next_ = 0;
+    std::vector<double> block_;
     HXIterator functions_;
 };
+
+unsigned RecordStream::NextBlock(void* handle, const double** values, std::size_t* recordCount, std::size_t* fieldCount,
+                                 int* errorCode) {
+    constexpr std::size_t kBlockRecords = 4096;
+    auto& stream = *static_cast<RecordStream*>(handle);
+    const PreparedData& data = stream.data_;
+    const std::size_t width = data.fields.size();
+    const std::size_t count = std::min(kBlockRecords, data.recordCount - stream.next_);
+    try {
+        stream.block_.resize(count * width);
+    } catch (const std::exception&) {
+        *errorCode = HX_ERROR_OUT_OF_MEMORY;
+        return HX_FAILED;
+    }
+    for (std::size_t field = 0; field < width; ++field) {
+        const double* const column = data.columns[field] + stream.next_;
+        for (std::size_t i = 0; i < count; ++i) stream.block_[i * width + field] = column[i];
+    }
+    stream.next_ += count;
+    *values = stream.block_.data();
+    *recordCount = count;
+    *fieldCount = width;
+    return HX_OK;
+}
 
 /// Keeps what a component puts into its container.
 class MemoryContainer {

@@ -42,8 +42,7 @@ std::string WeightNote(const Table& table, WeightRule rule) {
     std::size_t zero = 0;
     double before = 0;
     double after = 0;
-    for (std::size_t row = 0; row < table.RowCount(); ++row) {
-        const double weight = table.Row(row)[table.WeightIndex()];
+    for (const double weight : table.Cells(static_cast<std::size_t>(table.WeightIndex()))) {
         if (weight == kMissingNumber) {
             ++missing;
             continue;
@@ -86,8 +85,7 @@ std::string RepeatedCasesNote(const Table& table, const std::string& caseIdField
     const double missing =
         table.Columns()[static_cast<std::size_t>(index)].IsCategorical() ? kMissingCategory : kMissingNumber;
     std::unordered_map<double, std::size_t> recordsOf;
-    for (std::size_t row = 0; row < table.RowCount(); ++row) {
-        const double id = table.Row(row)[index];
+    for (const double id : table.Cells(static_cast<std::size_t>(index))) {
         if (id != missing) ++recordsOf[id];
     }
     std::size_t repeated = 0;
@@ -112,8 +110,7 @@ std::vector<std::string> UnusedCategoryNotes(const Table& table, const std::vect
         if (index == Table::kNoColumn) continue;
         const Column& column = table.Columns()[static_cast<std::size_t>(index)];
         std::vector<bool> occurs(column.categories.size());
-        for (std::size_t row = 0; row < table.RowCount(); ++row) {
-            const double category = table.Row(row)[index];
+        for (const double category : table.Cells(static_cast<std::size_t>(index))) {
             if (category != kMissingCategory) occurs[static_cast<std::size_t>(category)] = true;
         }
         std::vector<std::string> unused;
@@ -189,8 +186,7 @@ std::string TiesNote(const Table& table, const std::string& field, const std::st
     if (index == Table::kNoColumn) return "";
     const bool isCategorical = table.Columns()[static_cast<std::size_t>(index)].IsCategorical();
     std::unordered_map<double, std::size_t> recordsOf;
-    for (std::size_t row = 0; row < table.RowCount(); ++row) {
-        const double value = table.Row(row)[index];
+    for (const double value : table.Cells(static_cast<std::size_t>(index))) {
         if (value != (isCategorical ? kMissingCategory : kMissingNumber)) ++recordsOf[value];
     }
     std::size_t tied = 0;

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cmath>
 #include <optional>
+#include <span>
 
 #include "host/InputError.h"
+#include "machine/LargeBlock.h"
 
 namespace tarn {
 
@@ -20,8 +22,8 @@ struct FieldSource {
     std::vector<double> numberByCategory;
 };
 
-bool IsMissing(const Column& column, double cell) {
-    return cell == (column.IsCategorical() ? kMissingCategory : kMissingNumber);
+double MissingIn(const Column& column) {
+    return column.IsCategorical() ? kMissingCategory : kMissingNumber;
 }
 
 FieldLevel LevelOf(const RequiredField& field, const Column& column) {
@@ -45,8 +47,8 @@ class Preparation {
     }
 
     PreparedData Run() {
-        data_.values.reserve(table_.RowCount() * data_.fields.size());
-        for (std::size_t row = 0; row < table_.RowCount(); ++row) AddRecord(table_.Row(row));
+        WeighAndDrop();
+        for (const FieldSource& source : sources_) data_.columns.push_back(ValuesOf(source));
         return std::move(data_);
     }
 
@@ -80,37 +82,60 @@ class Preparation {
         }
     }
 
-    void AddRecord(const double* cells) {
-        const std::optional<double> weight = WeightOf(cells);
-        const double counted = weight.value_or(0);
-        ++data_.counts.totalCount;
-        data_.counts.totalFreq += counted;
-        if (!(counted > 0)) ++data_.counts.badWeightCount;
-        if (!weight || MissesOne(cells)) {
+    /// Decides for every record whether it is dropped, and counts what became of them.
+    void WeighAndDrop() {
+        const std::size_t rowCount = table_.RowCount();
+        FindMissing();
+        if (weightColumn_ != Table::kNoColumn) isDropped_.resize(rowCount);
+        for (std::size_t row = 0; row < rowCount; ++row) {
+            const std::optional<double> weight = WeightOf(row);
+            const double counted = weight.value_or(0);
+            ++data_.counts.totalCount;
+            data_.counts.totalFreq += counted;
+            if (!(counted > 0)) ++data_.counts.badWeightCount;
+            if (!weight) isDropped_[row] = true;
+            if (!IsDropped(row)) continue;
             ++data_.counts.droppedCount;
             data_.counts.droppedFreq += counted;
-            return;
         }
-        ++data_.recordCount;
-        for (const FieldSource& source : sources_)
-            data_.values.push_back(ValueOf(source, cells[source.column], *weight));
+        data_.recordCount = rowCount - static_cast<std::size_t>(data_.counts.droppedCount);
     }
 
+    /// Drops the records that miss a value in one of the columns that ask for it.
+    void FindMissing() {
+        for (const std::size_t column : deleteColumns_) {
+            isDropped_.resize(table_.RowCount());
+            const std::span<const double> cells = table_.Cells(column);
+            const double missing = MissingIn(table_.Columns()[column]);
+            for (std::size_t row = 0; row < cells.size(); ++row) isDropped_[row] |= cells[row] == missing ? 1 : 0;
+        }
+    }
+
+    bool IsDropped(std::size_t row) const { return !isDropped_.empty() && isDropped_[row] != 0; }
+
     /// The weight as used: 1 without a weight field; none for a record that a missing or negative weight drops.
-    std::optional<double> WeightOf(const double* cells) const {
+    std::optional<double> WeightOf(std::size_t row) const {
         if (weightColumn_ == Table::kNoColumn) return 1;
-        const double weight = cells[weightColumn_];
+        const double weight = table_.Cells(static_cast<std::size_t>(weightColumn_))[row];
         if (weight < 0) return std::nullopt;  // a missing weight is the smallest number
         return requirements_.roundWeights ? std::round(weight) : weight;
     }
 
-    bool MissesOne(const double* cells) const {
-        return std::any_of(deleteColumns_.begin(), deleteColumns_.end(),
-                           [&](std::size_t column) { return IsMissing(table_.Columns()[column], cells[column]); });
+    /// The values of a field in the records that are left: those of the table where nothing about them changes.
+    const double* ValuesOf(const FieldSource& source) {
+        const std::span<const double> cells = table_.Cells(source.column);
+        const bool areAllLeft = data_.recordCount == cells.size();
+        const bool areRounded = source.isWeight && requirements_.roundWeights &&
+                                std::ranges::any_of(cells, [](double weight) { return weight != std::round(weight); });
+        if (areAllLeft && !source.takesNumber && !areRounded) return cells.data();
+        double* value = data_.made.emplace_back(MakeLargeBlock(data_.recordCount)).get();
+        for (std::size_t row = 0; row < cells.size(); ++row) {
+            if (!IsDropped(row)) *value++ = source.isWeight ? *WeightOf(row) : ValueOf(source, cells[row]);
+        }
+        return data_.made.back().get();
     }
 
-    static double ValueOf(const FieldSource& source, double cell, double weight) {
-        if (source.isWeight) return weight;
+    static double ValueOf(const FieldSource& source, double cell) {
         if (!source.takesNumber) return cell;
         return cell == kMissingCategory ? kMissingNumber : source.numberByCategory[static_cast<std::size_t>(cell)];
     }
@@ -120,6 +145,7 @@ class Preparation {
     int weightColumn_;
     std::vector<std::size_t> deleteColumns_;
     std::vector<FieldSource> sources_;
+    std::vector<unsigned char> isDropped_;  // for each record; empty where none can be
     PreparedData data_;
 };
 

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -31,14 +32,16 @@ struct PreparedField {
 /// The records as the engine's requirements ask for them.
 struct PreparedData {
     std::vector<PreparedField> fields;
-    std::vector<double> values;  ///< one record after the other, a value for each field
+    /// For each field the values of all records. What is the same in the table is borrowed from there.
+    std::vector<const double*> columns;
     std::size_t recordCount = 0;
     RecordCounts counts;
+    std::vector<std::unique_ptr<double[]>> made;  ///< those of the columns that differ from the table
 };
 
-/// Weighs, drops and encodes the records of a table. The result borrows the table's columns. A required field that
-/// the table lacks is left out. Throws an `InputError` for a table in which a field bears the name that the engine
-/// gives to the copy of another one.
+/// Weighs, drops and encodes the records of a table. The result borrows the table. A required field that the table
+/// lacks is left out. Throws an `InputError` for a table in which a field bears the name that the engine gives to the
+/// copy of another one.
 PreparedData PrepareData(const Table& table, const Requirements& requirements);
 
 }  // namespace tarn

@@ -42,8 +42,7 @@ QKRecordCounts CountRecords(const Table& table) {
         counts.weightedCount = static_cast<double>(table.RowCount());
         return counts;
     }
-    for (std::size_t row = 0; row < table.RowCount(); ++row) {
-        const double weight = table.Row(row)[table.WeightIndex()];
+    for (const double weight : table.Cells(static_cast<std::size_t>(table.WeightIndex()))) {
         if (weight > 0) {
             counts.weightedCount += weight;
         } else {
@@ -64,7 +63,8 @@ QKVarList MakeVarList(const Table& table) {
 }
 
 Record* TableRecords::Next() {
-    current_ = Record::View(table_.Row(next_++), table_.ColumnCount());
+    for (std::size_t i = 0; i < table_.ColumnCount(); ++i) current_[i] = table_.Cells(i)[next_];
+    ++next_;
     return &current_;
 }
 

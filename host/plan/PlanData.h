@@ -10,18 +10,23 @@ namespace tarn {
 /// anything and weights stand as they are.
 QKVarList MakeVarList(const Table& table);
 
-/// The rows of a table as a stream of records, which are views of the table. Borrows the table.
-class TableRecords : public MultiPassRecordIter {
+/// The rows of a table as a stream of records, which are gathered one by one, and its columns for whoever takes them as
+/// they are. Borrows the table.
+class TableRecords : public MultiPassRecordIter, public ColumnSource {
  public:
-    explicit TableRecords(Table& table) : table_(table) {}
+    explicit TableRecords(const Table& table) : table_(table), current_(table.ColumnCount()) {}
 
     bool HasMore() override { return next_ < table_.RowCount(); }
     Record* Next() override;
     int GetState() override { return HasMore() ? 0 : 1; }
     int Rewind() override;
 
+    std::size_t RecordCount() const override { return table_.RowCount(); }
+    std::size_t FieldCount() const override { return table_.ColumnCount(); }
+    const double* Column(std::size_t field) const override { return table_.Cells(field).data(); }
+
  private:
-    Table& table_;
+    const Table& table_;
     std::size_t next_ = 0;
     Record current_;
 };

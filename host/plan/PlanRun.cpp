@@ -40,7 +40,7 @@ EngineOutcome Failed(const QKStatus& status) {
 
 }  // namespace
 
-EngineOutcome RunInFactory(PlanSettings& plan, Table& table, const PlanRun& run) {
+EngineOutcome RunInFactory(PlanSettings& plan, const Table& table, const PlanRun& run) {
     if (run.threads > 0) plan.settings.AddSetting(kThreads, static_cast<int>(run.threads));
     QKVarList varList = MakeVarList(table);
     TARNFactory factory;

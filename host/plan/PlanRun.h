@@ -22,6 +22,6 @@ struct PlanRun {
 
 /// The library path: hands the execution settings of a plan and the whole table straight to the engine's factory, as a
 /// program that links the library would. This room is the one place of the host that uses the engine's own types.
-EngineOutcome RunInFactory(PlanSettings& plan, Table& table, const PlanRun& run);
+EngineOutcome RunInFactory(PlanSettings& plan, const Table& table, const PlanRun& run);
 
 }  // namespace tarn

@@ -1,7 +1,6 @@
 #include "host/table/ColumnReader.h"
 
 #include <algorithm>
-#include <deque>
 #include <optional>
 #include <span>
 #include <unordered_map>
@@ -17,7 +16,7 @@ namespace {
 // Appends those of `values`, in ascending order, that `categories` doesn't hold yet, and returns for each value the
 // index of its category. `valueOf` is the member of a category that holds a value.
 template <typename Value>
-std::vector<double> AppendUnlisted(const std::deque<Value>& values, Value Category::*valueOf,
+std::vector<double> AppendUnlisted(const std::vector<Value>& values, Value Category::*valueOf,
                                    std::vector<Category>& categories) {
     std::unordered_map<Value, std::size_t> indexByValue;
     for (const Category& category : categories) indexByValue.emplace(category.*valueOf, indexByValue.size());
@@ -44,6 +43,7 @@ ColumnReader::ColumnReader(const ColumnPlan& plan, const MissingTexts& missingTe
     : plan_(plan),
       missingTexts_(missingTexts),
       type_(plan.type.value_or(FieldType::kNumber)),
+      isDecimal_(type_ == FieldType::kNumber || type_ == FieldType::kInteger),
       isText_(type_ == FieldType::kString),
       isCategorical_(plan.LevelAs(type_) != FieldLevel::kContinuous) {
     if (isText_) return;
@@ -56,23 +56,25 @@ bool ColumnReader::IsUserMissing(std::string_view text) const {
     return std::ranges::any_of(plan_.userMissing, [&](const DescribedValue& value) { return value.text == text; });
 }
 
-double ColumnReader::ReadText(std::string_view cell) {
-    const bool isMissing = missingTexts_.Contains(TrimBlanks(cell)) || IsUserMissing(cell);
-    return isMissing ? kMissingNumber : textCodes_.CodeOf(cell);
-}
-
-bool ColumnReader::ReadTyped(std::string_view cell, double& value) const {
-    const std::optional<double> number = ParseCell(type_, cell);
-    value = number.value_or(value);
-    return number.has_value();
-}
-
 // A column of numbers may still have a text as its user-missing value, like "refused".
-bool ColumnReader::ReadUnusual(std::string_view cell, double& value) {
+bool ColumnReader::ReadUnusual(std::string_view cell, CellCodes& codes, double& value) const {
     if (!IsUserMissing(cell)) return false;
-    hasValues_ = true;
+    codes.hasNumbers = true;
     value = kMissingNumber;
     return true;
+}
+
+std::vector<double> ColumnReader::Join(const CellCodes& codes) {
+    hasNumbers_ = hasNumbers_ || codes.hasNumbers;
+    std::vector<double> own;
+    if (isText_) {
+        own.reserve(codes.texts.Values().size());
+        for (const std::string_view text : codes.texts.Values()) own.push_back(textCodes_.CodeOf(text));
+    } else {
+        own.reserve(codes.numbers.Values().size());
+        for (const double number : codes.numbers.Values()) own.push_back(numberCodes_.CodeOf(number));
+    }
+    return own;
 }
 
 void ColumnReader::BecomeText() {

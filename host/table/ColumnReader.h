@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,50 +13,79 @@
 
 namespace tarn {
 
-/// Turns the cells of one column into doubles: a number, or for a categorical column a code by first occurrence, which
-/// `Finish` maps to the index of a category. A missing cell is `kMissingNumber` either way.
+/// What was found in some cells of a column: the codes of their values by first occurrence.
+struct CellCodes {
+    NumberCodes numbers;
+    TextViewCodes texts;
+    bool hasNumbers = false;  ///< whether any was read as a cell of a column that holds no texts, and is not missing
+
+    void Clear() {
+        numbers.Clear();
+        texts.Clear();
+        hasNumbers = false;
+    }
+};
+
+/// Turns the cells of one column into doubles: a number, or for a categorical column a code, which `Finish` maps to the
+/// index of a category. A missing cell is `kMissingNumber` either way.
+///
+/// Cells are read in parts, each with codes of its own, which several threads may do at a time; `Join` gives the codes
+/// of a part their place among those of the column.
 class ColumnReader {
  public:
     /// Both arguments are borrowed.
     ColumnReader(const ColumnPlan& plan, const MissingTexts& missingTexts);
 
     /// Reads a cell into `value`; false if it is none of the column's type.
-    [[nodiscard]] bool Read(std::string_view cell, double& value);
+    [[nodiscard]] bool Read(std::string_view cell, CellCodes& codes, double& value) const;
 
-    /// Whether a cell that is a decimal number has that number as its value, whatever the other cells.
-    bool TakesPlainNumbers() const { return !isText_ && IsDecimal() && !isCategorical_ && userMissingNumbers_.empty(); }
-    /// Notes that a cell was read as such a number by somebody else.
-    void NotePlainNumber() { hasValues_ = true; }
+    /// Whether a cell that is a decimal number is its number, whatever else is to be done with that.
+    bool TakesDecimals() const { return !isText_ && isDecimal_ && !missingTexts_.HasNumbers(); }
+    /// Whether that number is also its value.
+    bool TakesPlainNumbers() const { return TakesDecimals() && !isCategorical_ && userMissingNumbers_.empty(); }
+    /// Reads a cell that was found to be this number.
+    void ReadNumber(double number, CellCodes& codes, double& value) const;
 
     /// Reads a cell of a string column, which can be any text.
-    double ReadText(std::string_view cell);
+    template <typename Texts>
+    double ReadText(std::string_view cell, Texts& codes) const {
+        const bool isMissing = missingTexts_.Contains(TrimBlanks(cell)) || IsUserMissing(cell);
+        return isMissing ? kMissingNumber : codes.CodeOf(cell);
+    }
 
+    bool IsText() const { return isText_; }
+    /// Whether a cell that `Read` can't read makes it a column of texts.
+    bool MayBecomeText() const { return !isText_ && plan_.MayBecomeText(); }
     /// Reads cells as texts from now on. What was read before as a number is void.
     void BecomeText();
-    /// Whether `Read` returned something that `BecomeText` made void.
-    bool HasVoidValues() const { return isText_ && hasValues_; }
+    /// Whether something was joined that `BecomeText` made void.
+    bool HasVoidValues() const { return isText_ && hasNumbers_; }
     /// What a cell should have been, for a message.
     std::string_view ExpectedText() const { return tarn::ExpectedText(type_); }
+
+    /// Takes the codes of the next cells. Returns the column's own code for each of theirs.
+    std::vector<double> Join(const CellCodes& codes);
+    /// The column's own codes of texts.
+    TextCodes& Texts() { return textCodes_; }
 
     /// Sets the type, the level and the categories of the column. Returns the index of the category for each code;
     /// nothing for a continuous column.
     std::vector<double> Finish(const std::string& descriptorName, Column& column) const;
 
  private:
-    bool IsDecimal() const { return type_ == FieldType::kNumber || type_ == FieldType::kInteger; }
     bool IsUserMissing(double number) const;
     bool IsUserMissing(std::string_view text) const;
-    bool ReadTyped(std::string_view cell, double& value) const;
-    bool ReadUnusual(std::string_view cell, double& value);
+    bool ReadUnusual(std::string_view cell, CellCodes& codes, double& value) const;
     void CheckToldOrder(const Column& column) const;
     bool Occurs(const Category& category) const;
 
     const ColumnPlan& plan_;
     const MissingTexts& missingTexts_;
     FieldType type_;
+    bool isDecimal_;
     bool isText_;
     bool isCategorical_;
-    bool hasValues_ = false;  // that were read as those of a column of numbers
+    bool hasNumbers_ = false;  // that were read as those of a column without texts
     std::vector<double> userMissingNumbers_;
     NumberCodes numberCodes_;
     TextCodes textCodes_;
@@ -70,9 +98,19 @@ inline bool ColumnReader::IsUserMissing(double number) const {
     return false;
 }
 
-inline bool ColumnReader::Read(std::string_view cell, double& value) {
+inline void ColumnReader::ReadNumber(double number, CellCodes& codes, double& value) const {
+    codes.hasNumbers = true;
+    if (IsUserMissing(number)) {
+        value = kMissingNumber;
+    } else {
+        // Adding 0 makes -0 the 0 that it equals, so that no category is shown as "-0".
+        value = isCategorical_ ? codes.numbers.CodeOf(number + 0.0) : number;
+    }
+}
+
+inline bool ColumnReader::Read(std::string_view cell, CellCodes& codes, double& value) const {
     if (isText_) {
-        value = ReadText(cell);
+        value = ReadText(cell, codes.texts);
         return true;
     }
     const std::string_view trimmed = TrimBlanks(cell);
@@ -80,15 +118,9 @@ inline bool ColumnReader::Read(std::string_view cell, double& value) {
         value = kMissingNumber;
         return true;
     }
-    const bool isNumber = IsDecimal() ? ParseDecimal(trimmed, value) : ReadTyped(trimmed, value);
-    if (!isNumber) return ReadUnusual(trimmed, value);
-    hasValues_ = true;
-    if (IsUserMissing(value)) {
-        value = kMissingNumber;
-    } else if (isCategorical_) {
-        // Adding 0 makes -0 the 0 that it equals, so that no category is shown as "-0".
-        value = numberCodes_.CodeOf(value + 0.0);
-    }
+    const std::optional<double> number = ParseCell(type_, trimmed);
+    if (!number) return ReadUnusual(trimmed, codes, value);
+    ReadNumber(*number, codes, value);
     return true;
 }
 

@@ -15,10 +15,10 @@ constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
 
 }  // namespace
 
-CsvReader::CsvReader(ByteSource& source, std::size_t blockSize)
-    : source_(source), buffer_(std::max<std::size_t>(blockSize, 1) + CsvScanner::kPadding) {
+CsvReader::CsvReader(ByteSource& source, std::size_t blockSize, std::size_t firstLine)
+    : source_(source), buffer_(std::max<std::size_t>(blockSize, 1) + CsvScanner::kPadding), nextLine_(firstLine) {
     begin_ = end_ = buffer_.data();
-    SkipByteOrderMark();
+    if (firstLine == 1) SkipByteOrderMark();
 }
 
 void CsvReader::SkipByteOrderMark() {
@@ -28,25 +28,11 @@ void CsvReader::SkipByteOrderMark() {
 }
 
 bool CsvReader::Next() {
-    for (bool isFirst = true; ParseRow() == Outcome::kNeedsBytes; isFirst = false) {
+    while (ParseRow() == Outcome::kNeedsBytes) {
         if (isComplete_) return false;
-        if (isFirst) TurnToOtherBuffer();
         Fill();
     }
     return true;
-}
-
-bool CsvReader::NextInBlock() {
-    return ParseRow() == Outcome::kRow;
-}
-
-void CsvReader::TurnToOtherBuffer() {
-    const std::size_t used = static_cast<std::size_t>(end_ - begin_);
-    otherBuffer_.resize(buffer_.size());
-    std::copy(begin_, end_, otherBuffer_.data());
-    buffer_.swap(otherBuffer_);
-    begin_ = buffer_.data();
-    end_ = begin_ + used;
 }
 
 void CsvReader::Fill() {

@@ -21,21 +21,25 @@ class CsvReader {
  public:
     static constexpr std::size_t kDefaultBlockSize = std::size_t{1} << 20;
 
-    /// `blockSize`: bytes that are read at a time, at least 1. A longer row makes the reader's block grow.
-    explicit CsvReader(ByteSource& source, std::size_t blockSize = kDefaultBlockSize);
+    /// `blockSize`: bytes that are read at a time, at least 1. A longer row makes the reader's block grow. `firstLine`:
+    /// the number of the line on which the source stands. The first line of all may begin with a byte order mark.
+    explicit CsvReader(ByteSource& source, std::size_t blockSize = kDefaultBlockSize, std::size_t firstLine = 1);
 
     /// Goes to the next row; false at the end of the input.
     bool Next();
-    /// Goes to the next row if the block holds all of it; false if `Next` has to read more first.
-    bool NextInBlock();
 
-    /// The cells of the row without their quotes, at least one. Valid until the next call but one of `Next`, also when
-    /// `NextInBlock` went to other rows meanwhile: while a block is parsed, somebody may still read the one before.
+    /// The cells of the row without their quotes, at least one. Valid until the next call.
     std::span<const std::string_view> Cells() const { return cells_; }
     /// Whether the row is an empty line, which `Cells` shows as one empty cell.
     bool IsEmptyLine() const { return isEmptyLine_; }
     /// The number of the line on which the row starts, from 1.
     std::size_t Line() const { return line_; }
+
+    /// What was read of the source behind the row, and whether that is all there is. Valid until the next call.
+    std::string_view Rest() const { return {begin_, end_}; }
+    bool IsRestComplete() const { return isComplete_; }
+    /// The number of the line on which the rest begins.
+    std::size_t NextLine() const { return nextLine_; }
 
  private:
     // A row that the block holds only in part is parsed anew once more bytes are there.
@@ -44,7 +48,6 @@ class CsvReader {
     enum class Border { kComma, kRowEnd, kNeedsBytes };
 
     void SkipByteOrderMark();
-    void TurnToOtherBuffer();
     void Fill();
     Outcome ParseRow();
     Border ParseQuoted(const char* quote);
@@ -56,12 +59,11 @@ class CsvReader {
     [[noreturn]] void Fail(const char* position, const std::string& what) const;
 
     ByteSource& source_;
-    std::vector<char> buffer_;       // followed by the padding of the scanner
-    std::vector<char> otherBuffer_;  // holds the rows before the last call of `Next`
-    const char* begin_;              // of the row to be parsed next
-    const char* end_;                // of the bytes that were read
-    bool isComplete_ = false;        // whether end_ is the end of the input
-    CsvScanner scanner_;             // stands at begin_ between two rows
+    std::vector<char> buffer_;  // followed by the padding of the scanner
+    const char* begin_;         // of the row to be parsed next
+    const char* end_;           // of the bytes that were read
+    bool isComplete_ = false;   // whether end_ is the end of the input
+    CsvScanner scanner_;        // stands at begin_ between two rows
 
     std::vector<std::string_view> cells_;
     std::vector<std::size_t> escapedCells_;  // those that hold ""
@@ -69,7 +71,7 @@ class CsvReader {
     bool hasQuotedCell_ = false;
     bool isEmptyLine_ = false;
     std::size_t line_ = 0;
-    std::size_t nextLine_ = 1;
+    std::size_t nextLine_;
 };
 
 }  // namespace tarn

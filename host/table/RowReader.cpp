@@ -1,6 +1,7 @@
 #include "host/table/RowReader.h"
 
 #include <unordered_map>
+#include <utility>
 
 #include "host/InputError.h"
 #include "runtime/common/XmlCharacters.h"
@@ -10,6 +11,9 @@ namespace tarn {
 RowReader::RowReader(ByteSource& source, std::size_t blockSize) : source_(source), csv_(source, blockSize) {
     ReadHeader();
 }
+
+RowReader::RowReader(ByteSource& source, std::vector<std::string> names, std::size_t firstLine)
+    : source_(source), csv_(source, CsvReader::kDefaultBlockSize, firstLine), names_(std::move(names)) {}
 
 void RowReader::ReadHeader() {
     bool hasEmptyLine = false;
@@ -46,14 +50,6 @@ bool RowReader::Next() {
     return true;
 }
 
-bool RowReader::NextInBlock() {
-    do {
-        if (!csv_.NextInBlock()) return false;
-    } while (IsPassedOver());
-    CheckWidth();
-    return true;
-}
-
 void RowReader::CheckWidth() const {
     const std::size_t width = Cells().size();
     if (width == names_.size()) return;
@@ -61,8 +57,8 @@ void RowReader::CheckWidth() const {
                      std::to_string(names_.size()) + " as in the header");
 }
 
-std::string RowReader::PositionOf(std::size_t line) const {
-    return source_.Name() + ":" + std::to_string(line) + ": ";
+std::string RowReader::Position() const {
+    return source_.Name() + ":" + std::to_string(Line()) + ": ";
 }
 
 }  // namespace tarn

@@ -17,25 +17,26 @@ class RowReader {
  public:
     /// Reads the header. Borrows `source`, which is read on from where it stands.
     RowReader(ByteSource& source, std::size_t blockSize);
+    /// Reads on in the middle of a table with these fields, on that line.
+    RowReader(ByteSource& source, std::vector<std::string> names, std::size_t firstLine);
 
     /// The names of the fields, unique and not empty.
     const std::vector<std::string>& Names() const { return names_; }
     /// Goes to the next row; false at the end of the table.
     bool Next();
-    /// Goes to the next row if it is in memory already; false if `Next` has to read more first.
-    bool NextInBlock();
     /// The cells of the row, one for each name. The texts that they view are valid until the next call of `Next`.
     std::span<const std::string_view> Cells() const { return csv_.Cells(); }
     /// The number of the line on which the row starts, from 1.
     std::size_t Line() const { return csv_.Line(); }
-    /// The place of a row that starts on that line, as the front of a message.
-    std::string PositionOf(std::size_t line) const;
+    /// The place of the row, as the front of a message.
+    std::string Position() const;
+    /// What was read behind the row.
+    const CsvReader& Csv() const { return csv_; }
 
  private:
     void ReadHeader();
     bool IsPassedOver() const { return csv_.IsEmptyLine() && names_.size() > 1; }
     void CheckWidth() const;
-    std::string Position() const { return PositionOf(Line()); }
 
     const ByteSource& source_;
     CsvReader csv_;

@@ -1,19 +1,22 @@
 #include "host/table/Table.h"
 
 #include <algorithm>
-#include <bit>
 #include <optional>
 #include <utility>
 
 #include "host/NumberText.h"
 #include "host/table/CellValue.h"
-#include "machine/LargeBlock.h"
 
 namespace tarn {
 
 namespace {
 
-constexpr std::size_t kBlockCells = (std::size_t{16} << 20) / sizeof(double);
+/// The last large page of a column is half empty in the mean. Few columns may have such pages from the start, but many
+/// only when they are much longer than a page.
+std::size_t LargePagesFrom(std::size_t columnCount) {
+    constexpr std::size_t kLargePage = std::size_t{2} << 20;
+    return kLargePage * std::clamp<std::size_t>(columnCount, 1, 16);
+}
 
 }  // namespace
 
@@ -35,11 +38,11 @@ const Category* FindCategory(const Column& column, std::string_view word) {
 }
 
 Table::Table(std::vector<Column> columns) : columns_(std::move(columns)) {
-    const std::size_t width = std::max<std::size_t>(columns_.size(), 1);
-    const std::size_t rowsPerBlock = std::bit_floor(std::max<std::size_t>(kBlockCells / width, 1));
-    blockShift_ = static_cast<unsigned>(std::countr_zero(rowsPerBlock));
-    blockMask_ = rowsPerBlock - 1;
-    for (const Column& column : columns_) indexByName_.emplace(column.name, static_cast<int>(indexByName_.size()));
+    cells_.reserve(columns_.size());
+    for (const Column& column : columns_) {
+        indexByName_.emplace(column.name, static_cast<int>(indexByName_.size()));
+        cells_.emplace_back(LargePagesFrom(columns_.size()));
+    }
 }
 
 int Table::FindColumn(std::string_view name) const {
@@ -47,11 +50,13 @@ int Table::FindColumn(std::string_view name) const {
     return found == indexByName_.end() ? kNoColumn : found->second;
 }
 
-double* Table::AppendRow() {
-    if ((rowCount_ & blockMask_) == 0) {
-        blocks_.push_back(MakeLargeBlock((blockMask_ + 1) * columns_.size()));
-    }
-    return Row(rowCount_++);
+void Table::Resize(std::size_t rowCount) {
+    for (GrowingBlock& cells : cells_) cells.Reserve(rowCount);
+    rowCount_ = rowCount;
+}
+
+void Table::Trim() {
+    for (GrowingBlock& cells : cells_) cells.Trim(rowCount_);
 }
 
 }  // namespace tarn

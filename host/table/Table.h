@@ -1,13 +1,14 @@
 #pragma once
 
 #include <cstddef>
-#include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
 
 #include "host/table/FieldType.h"
+#include "machine/GrowingBlock.h"
 #include "vocabulary/MissingValues.h"
 
 namespace tarn {
@@ -54,8 +55,8 @@ const Category* FindCategory(const Column& column, std::string_view word);
 /// A table in memory, one double per cell: the number of a continuous column (`kMissingNumber` if missing), the index
 /// into `Column::categories` of a categorical one (`kMissingCategory` if missing).
 ///
-/// The cells of a row stand side by side, and rows follow one another in blocks of some megabytes: a pass in file
-/// order walks through memory, and a growing table moves nothing.
+/// The cells of a column stand side by side, and there is no other copy of them: whoever needs a column borrows it from
+/// here, down to the tests of the engine.
 class Table {
  public:
     static constexpr int kNoColumn = -1;
@@ -76,19 +77,19 @@ class Table {
     void SetWeightIndex(int column) { weightIndex_ = column; }
 
     std::size_t RowCount() const { return rowCount_; }
-    /// The `ColumnCount()` cells of a row, valid as long as the table.
-    double* Row(std::size_t row) { return blocks_[row >> blockShift_].get() + (row & blockMask_) * columns_.size(); }
-    const double* Row(std::size_t row) const { return const_cast<Table*>(this)->Row(row); }
-    /// Adds a row, whose cells the caller sets.
-    double* AppendRow();
+    /// The cells of a column in the order of the rows. Valid as long as the table, and until `Resize` and `Trim`.
+    std::span<double> Cells(std::size_t column) { return {cells_[column].Values(), rowCount_}; }
+    std::span<const double> Cells(std::size_t column) const { return {cells_[column].Values(), rowCount_}; }
+    /// Takes rows away from the end or adds some there, whose cells the caller sets.
+    void Resize(std::size_t rowCount);
+    /// Gives back memory that was held for further rows.
+    void Trim();
 
  private:
     std::vector<Column> columns_;
     std::unordered_map<std::string, int> indexByName_;
     int weightIndex_ = kNoColumn;
-    std::vector<std::unique_ptr<double[]>> blocks_;  // each of 2^blockShift_ rows
-    unsigned blockShift_ = 0;
-    std::size_t blockMask_ = 0;
+    std::vector<GrowingBlock> cells_;  // a block for each column
     std::size_t rowCount_ = 0;
 };
 

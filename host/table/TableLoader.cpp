@@ -1,9 +1,11 @@
 #include "host/table/TableLoader.h"
 
 #include <algorithm>
-#include <cmath>
+#include <cstddef>
+#include <deque>
 #include <exception>
-#include <optional>
+#include <functional>
+#include <mutex>
 #include <span>
 #include <string_view>
 #include <utility>
@@ -11,29 +13,43 @@
 #include "host/InputError.h"
 #include "host/table/ColumnPlan.h"
 #include "host/table/ColumnReader.h"
+#include "host/table/CsvPieces.h"
 #include "host/table/MissingTexts.h"
-#include "host/table/RowBatch.h"
+#include "host/table/PieceMistake.h"
+#include "host/table/PieceReader.h"
 #include "host/table/RowReader.h"
+#include "machine/WorkShare.h"
 
 namespace tarn {
 
 namespace {
 
-// Columns without a described type start as numbers. When one turns out to hold texts, the rows before have to be read
-// once more for it, as their numbers may have been written in ways that differ as texts.
+/// The header is read with a block of this size at most: what is left of it is the first piece, which one thread reads
+/// alone, and which shows for nearly every table which columns hold texts.
+constexpr std::size_t kHeaderBlockSize = std::size_t{1} << 16;
+
+/// How many pieces are in memory for each thread. With more of them threads wait less for one another at the end of a
+/// round, and more memory is taken.
+constexpr std::size_t kPiecesOfThread = 4;
+
+// Reads pieces of rows in rounds. In a round each piece is taken from the source and read into columns of its own, by
+// as many threads as there are; the pieces are then put in order, and take their places in the table when the next
+// round begins.
+//
+// Columns without a described type start as numbers. When one turns out to hold texts, the pieces of the round are read
+// anew, and the rows before them have to be read once more for it at the end, as their numbers may have been written in
+// ways that differ as texts.
 class TableLoader {
  public:
     TableLoader(ByteSource& source, const TableDescriptor& descriptor, const LoadOptions& options)
         : source_(source),
           blockSize_(options.blockSize),
-          rows_(source, options.blockSize),
-          plan_(PlanTable(source.Name(), rows_.Names(), descriptor, options)),
+          header_(source, std::min(options.blockSize, kHeaderBlockSize)),
+          plan_(PlanTable(source.Name(), header_.Names(), descriptor, options)),
           missingTexts_(descriptor.missingTexts),
-          numbersMayBeMissing_(std::ranges::any_of(missingTexts_.Texts(),
-                                                   [](const auto& text) { return ParseDecimal(text).has_value(); })),
-          batch_(rows_.Names().size()),
-          gathered_(rows_.Names().size()),
-          secondThread_(options.threads) {
+          share_(options.threads, options.isCancelled),
+          pieces_(source, header_.Csv().Rest(), header_.Csv().IsRestComplete(), options.blockSize),
+          nextLine_(header_.Csv().NextLine()) {
         std::vector<Column> columns;
         for (const ColumnPlan& column : plan_.columns) {
             readers_.emplace_back(column, missingTexts_);
@@ -44,95 +60,107 @@ class TableLoader {
     }
 
     Table Load() {
-        std::exception_ptr badRow;
-        for (bool hasRows = true; hasRows;) {
-            try {
-                hasRows = GatherBlock();
-            } catch (const InputError&) {
-                badRow = std::current_exception();
-                hasRows = false;
-            }
-            FinishBatch();  // a row before the bad one may hold the first mistake of the table
-            StartBatch();
+        const std::size_t most = share_.Threads() == 1 ? 1 : kPiecesOfThread * share_.Threads();
+        for (std::size_t pieceCount = 1; ReadRound(pieceCount); pieceCount = most) {
         }
-        FinishBatch();
-        if (badRow) std::rethrow_exception(badRow);
+        Share(slots_.size(), [&](std::size_t i) { Place(slots_[i]); });
+        if (pieces_.Failure()) std::rethrow_exception(pieces_.Failure());
+        slots_.clear();
+        table_.Trim();
         if (!lateTexts_.empty()) ReadLateTexts();
         FinishColumns();
         return std::move(table_);
     }
 
  private:
-    // A column that was read as numbers up to a row.
+    /// A piece on its way into the table.
+    struct Slot {
+        CsvPiece piece;
+        PieceReader rows;
+        PieceReader::Outcome outcome = PieceReader::Outcome::kRead;
+        bool isTaken = false;                         // has rows that are not in the table yet
+        std::size_t firstRow = 0;                     // their place there
+        std::vector<std::vector<double>> codesByOwn;  // for each column, the code in the table by that in the piece
+    };
+
+    /// A column that was read as numbers up to a row.
     struct LateText {
         std::size_t column;
         std::size_t rowCount;
     };
 
-    // Gathers the next row and all that are in memory behind it; false at the end of the input.
-    bool GatherBlock() {
-        if (!rows_.Next()) return false;
-        do {
-            gathered_.Add(rows_.Cells(), rows_.Line(), table_.AppendRow());
-        } while (rows_.NextInBlock());
-        return true;
+    void Share(std::size_t count, const std::function<void(std::size_t)>& job) const {
+        if (!share_.Run(count, job)) throw LoadCancelled();
     }
 
-    // Starts to read the numbers of the gathered rows.
-    void StartBatch() {
-        std::swap(batch_, gathered_);
-        gathered_.Clear();
-        isPlain_.assign(readers_.size(), false);
-        std::vector<std::size_t> plainColumns;
-        for (std::size_t i = 0; i < readers_.size(); ++i) {
-            if (numbersMayBeMissing_ || !readers_[i].TakesPlainNumbers()) continue;
-            isPlain_[i] = true;
-            plainColumns.push_back(i);
+    /// Reads the next pieces, `pieceCount` of them at most; false where there are no more behind them.
+    bool ReadRound(std::size_t pieceCount) {
+        while (slots_.size() < pieceCount) slots_.emplace_back();
+        Share(pieceCount, [this](std::size_t i) {
+            Slot& slot = slots_[i];
+            Place(slot);
+            {
+                const std::lock_guard lock(takingPieces_);
+                slot.isTaken = pieces_.Next(slot.piece);
+            }
+            if (slot.isTaken) slot.outcome = slot.rows.Read(slot.piece, readers_);
+        });
+        std::vector<Slot*> taken;
+        for (Slot& slot : slots_) {
+            if (slot.isTaken) taken.push_back(&slot);
         }
-        numbers_.emplace(batch_, std::move(plainColumns), secondThread_);
-    }
-
-    // Reads all that is left of the rows that were started with.
-    void FinishBatch() {
-        if (!numbers_) return;
-        const bool areAllNumbers = numbers_->Finish();
-        numbers_.reset();
-        const std::size_t rowCount = batch_.RowCount();
-        const bool isDone = areAllNumbers && std::ranges::find(isPlain_, false) == isPlain_.end();
-        if (isDone && rowCount > 0) {
-            for (ColumnReader& reader : readers_) reader.NotePlainNumber();
-        } else {
-            for (std::size_t row = 0; row < rowCount; ++row) ReadRow(row);
+        std::ranges::sort(taken, {}, [](const Slot* slot) { return slot->piece.Number(); });
+        if (TurnToText(taken)) {
+            Share(taken.size(),
+                  [&](std::size_t i) { taken[i]->outcome = taken[i]->rows.Read(taken[i]->piece, readers_); });
         }
-        rowsRead_ += rowCount;
+        for (Slot* const slot : taken) Append(*slot);
+        return taken.size() == pieceCount;
     }
 
-    // Reads what no plain number was found for: missing cells, texts, categories, dates.
-    void ReadRow(std::size_t row) {
-        const std::span<const std::string_view> cells = batch_.Cells(row);
-        double* const values = batch_.Target(row);
-        for (std::size_t i = 0; i < cells.size(); ++i) {
-            ColumnReader& reader = readers_[i];
-            if (isPlain_[i] && !std::isnan(values[i])) {
-                reader.NotePlainNumber();
-            } else if (!reader.Read(cells[i], values[i])) {
-                TurnToText(i, row);
-                isPlain_[i] = false;
+    /// Makes columns of texts of those in which texts were found; false if there are none.
+    bool TurnToText(const std::vector<Slot*>& taken) {
+        bool hasTurned = false;
+        for (const Slot* const slot : taken) {
+            if (slot->outcome != PieceReader::Outcome::kTexts) continue;
+            for (const std::size_t column : slot->rows.TextColumns()) {
+                if (readers_[column].IsText()) continue;
+                hasTurned = true;
+                readers_[column].BecomeText();
+                if (readers_[column].HasVoidValues()) lateTexts_.push_back({column, table_.RowCount()});
             }
         }
+        return hasTurned;
     }
 
-    void TurnToText(std::size_t column, std::size_t row) {
-        ColumnReader& reader = readers_[column];
-        const ColumnPlan& plan = plan_.columns[column];
-        const std::string_view cell = batch_.Cells(row)[column];
-        if (!plan.MayBecomeText()) {
-            throw InputError(rows_.PositionOf(batch_.Line(row)) + "column " + Quoted(plan.name) + ": " + Quoted(cell) +
-                             "; expected " + std::string(reader.ExpectedText()));
+    /// Gives the rows of the next piece their place behind the others.
+    void Append(Slot& slot) {
+        if (slot.outcome == PieceReader::Outcome::kMistake) {
+            ThrowMistakeOf(slot.piece.Text(), source_.Name(), nextLine_, plan_.columns, readers_);
         }
-        reader.BecomeText();
-        batch_.Target(row)[column] = reader.ReadText(cell);
-        if (reader.HasVoidValues()) lateTexts_.push_back({column, rowsRead_ + row});
+        slot.codesByOwn.clear();
+        for (std::size_t i = 0; i < readers_.size(); ++i)
+            slot.codesByOwn.push_back(readers_[i].Join(slot.rows.Codes(i)));
+        slot.firstRow = table_.RowCount();
+        table_.Resize(slot.firstRow + slot.rows.RowCount());
+        nextLine_ += slot.rows.LineCount();
+    }
+
+    /// Puts the rows of a piece into the table, if it holds any.
+    void Place(Slot& slot) {
+        if (!std::exchange(slot.isTaken, false)) return;
+        for (std::size_t i = 0; i < readers_.size(); ++i) {
+            const double* const values = slot.rows.Values(i);
+            const std::vector<double>& codes = slot.codesByOwn[i];
+            double* const cells = table_.Cells(i).data() + slot.firstRow;
+            if (codes.empty()) {
+                std::copy_n(values, slot.rows.RowCount(), cells);
+                continue;
+            }
+            std::transform(values, values + slot.rows.RowCount(), cells, [&](double code) {
+                return code == kMissingNumber ? code : codes[static_cast<std::size_t>(code)];
+            });
+        }
     }
 
     void ReadLateTexts() {
@@ -140,12 +168,15 @@ class TableLoader {
         const std::size_t rowCount = std::ranges::max_element(lateTexts_, byRowCount)->rowCount;
         source_.Rewind();
         RowReader rows(source_, blockSize_);
-        bool isSame = rows.Names() == rows_.Names();
+        bool isSame = rows.Names() == header_.Names();
         for (std::size_t row = 0; isSame && row < rowCount; ++row) {
+            constexpr std::size_t kRowsBetweenQuestions = 4096;
+            if (row % kRowsBetweenQuestions == 0 && share_.IsStopped()) throw LoadCancelled();
             isSame = rows.Next();
             for (const LateText& late : lateTexts_) {
                 if (!isSame || row >= late.rowCount) continue;
-                table_.Row(row)[late.column] = readers_[late.column].ReadText(rows.Cells()[late.column]);
+                ColumnReader& reader = readers_[late.column];
+                table_.Cells(late.column)[row] = reader.ReadText(rows.Cells()[late.column], reader.Texts());
             }
         }
         if (!isSame) throw InputError(source_.Name() + ": changed while it was read; expected it to stay as it is");
@@ -156,37 +187,34 @@ class TableLoader {
             std::size_t column;
             std::vector<double> categoryByCode;
         };
-        std::vector<Coded> codedColumns;
+        std::vector<Coded> coded;
         for (std::size_t i = 0; i < readers_.size(); ++i) {
             Column& column = table_.ColumnAt(i);
             std::vector<double> categoryByCode = readers_[i].Finish(plan_.descriptorName, column);
-            if (column.IsCategorical()) codedColumns.push_back({i, std::move(categoryByCode)});
+            if (column.IsCategorical()) coded.push_back({i, std::move(categoryByCode)});
         }
-        if (codedColumns.empty()) return;
-        for (std::size_t row = 0; row < table_.RowCount(); ++row) {
-            double* const cells = table_.Row(row);
-            for (const Coded& coded : codedColumns) {
-                double& cell = cells[coded.column];
-                cell = cell == kMissingNumber ? kMissingCategory : coded.categoryByCode[static_cast<std::size_t>(cell)];
-            }
-        }
+        Share(coded.size(), [&](std::size_t i) {
+            const std::vector<double>& categories = coded[i].categoryByCode;
+            const std::span<double> cells = table_.Cells(coded[i].column);
+            std::ranges::transform(cells, cells.begin(), [&](double code) {
+                return code == kMissingNumber ? kMissingCategory : categories[static_cast<std::size_t>(code)];
+            });
+        });
     }
 
     ByteSource& source_;
     std::size_t blockSize_;
-    RowReader rows_;
+    RowReader header_;
     TablePlan plan_;
     MissingTexts missingTexts_;
-    bool numbersMayBeMissing_;           // a text of a missing cell is a number, so that no cell is one at first sight
-    RowBatch batch_;                     // whose cells are being read
-    RowBatch gathered_;                  // the rows behind them
-    std::vector<bool> isPlain_;          // the columns of batch_ that `numbers_` reads
-    std::size_t rowsRead_ = 0;           // before batch_
+    WorkShare share_;
+    std::mutex takingPieces_;
+    CsvPieces pieces_;
+    std::deque<Slot> slots_;
     std::vector<ColumnReader> readers_;  // borrow from the plan and the missing texts
     Table table_;
+    std::size_t nextLine_;  // the line on which the next piece begins
     std::vector<LateText> lateTexts_;
-    SecondThread secondThread_;
-    std::optional<NumberReading> numbers_;  // the last member: it may still write into the table
 };
 
 }  // namespace

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -35,12 +37,21 @@ struct LoadOptions {
     unsigned threads = 0;
     /// Bytes that are read at a time.
     std::size_t blockSize = CsvReader::kDefaultBlockSize;
+    /// Asked every millisecond or so, on the thread that reads; true ends the reading. May be empty.
+    std::function<bool()> isCancelled;
+};
+
+/// The reading of a table was ended by `LoadOptions::isCancelled`.
+class LoadCancelled : public std::runtime_error {
+ public:
+    LoadCancelled() : std::runtime_error("cancelled while the table was read") {}
 };
 
 /// Reads a table of comma-separated values, with a second pass over `source` if a column shows late to hold texts.
 ///
 /// Categories stand in the order of the descriptor, followed by the other values of the column in ascending order.
-/// Throws an `InputError` for anything that makes the table unreadable, and for names that it has no field for.
+/// Throws an `InputError` for anything that makes the table unreadable, and for names that it has no field for; a
+/// `LoadCancelled` where it was told to end. The table doesn't depend on how many threads read it.
 Table LoadTable(ByteSource& source, const TableDescriptor& descriptor, const LoadOptions& options);
 
 }  // namespace tarn

@@ -10,19 +10,18 @@ std::optional<double> MedianOf(const Table& table, int column, const std::vector
         double value;
         double weight;
     };
-    const auto isMissing = [&](const double* row, int field) {
+    const auto cellsOf = [&](int field) { return table.Cells(static_cast<std::size_t>(field)); };
+    const auto isMissing = [&](std::size_t row, int field) {
         const bool categorical = table.Columns()[static_cast<std::size_t>(field)].IsCategorical();
-        return row[field] == (categorical ? kMissingCategory : kMissingNumber);
+        return cellsOf(field)[row] == (categorical ? kMissingCategory : kMissingNumber);
     };
     std::vector<Weighted> values;
     double total = 0;
     for (std::size_t i = 0; i < table.RowCount(); ++i) {
-        const double* row = table.Row(i);
-        const double weight = table.WeightIndex() == Table::kNoColumn ? 1 : std::round(row[table.WeightIndex()]);
-        const bool isDropped =
-            listwise && std::ranges::any_of(fields, [&](int field) { return isMissing(row, field); });
-        if (isDropped || !(weight > 0) || isMissing(row, column)) continue;
-        values.push_back({row[column], weight});
+        const double weight = table.WeightIndex() == Table::kNoColumn ? 1 : std::round(cellsOf(table.WeightIndex())[i]);
+        const bool isDropped = listwise && std::ranges::any_of(fields, [&](int field) { return isMissing(i, field); });
+        if (isDropped || !(weight > 0) || isMissing(i, column)) continue;
+        values.push_back({cellsOf(column)[i], weight});
         total += weight;
     }
     if (values.empty()) return std::nullopt;

@@ -1,6 +1,8 @@
 #include "host/table/Utf8.h"
 
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 
 namespace tarn {
 
@@ -39,10 +41,23 @@ std::size_t CharacterLength(const char* first, const char* last) {
     return length;
 }
 
+// Whether all of 32 bytes are ASCII and none is a NUL: no upper bit is set, nor becomes so where 1 is taken away.
+bool ArePlain(const char* bytes) {
+    std::uint64_t seen = 0;
+    for (int i = 0; i < 4; ++i) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, bytes + 8 * i, sizeof word);
+        seen |= word | (word - 0x0101010101010101);
+    }
+    return (seen & 0x8080808080808080) == 0;
+}
+
 }  // namespace
 
 const char* FindInvalidUtf8(const char* first, const char* last) {
     while (first != last) {
+        while (last - first >= 32 && ArePlain(first)) first += 32;
+        if (first == last) break;
         const std::size_t length = CharacterLength(first, last);
         if (length == 0) return first;
         first += length;

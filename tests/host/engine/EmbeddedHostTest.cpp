@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <functional>
 #include <latch>
@@ -15,6 +14,7 @@
 
 #include "tests/harness/Command.h"
 #include "tests/harness/Document.h"
+#include "tests/host/engine/TableOfRows.h"
 
 namespace tarn {
 namespace {
@@ -32,9 +32,7 @@ Table PairTable(const std::vector<std::vector<double>>& rows) {
     std::vector<Column> columns(2);
     columns[0].name = "before";
     columns[1].name = "after";
-    Table table(std::move(columns));
-    for (const std::vector<double>& row : rows) std::copy(row.begin(), row.end(), table.AppendRow());
-    return table;
+    return TableOfRows(std::move(columns), rows);
 }
 
 /// A sign test of the pair, and a chi-square test, of which a warning comes: it takes no continuous field.

@@ -41,9 +41,9 @@ TEST(OrderedScores, AreThePositionsOfWordsInTheirToldOrder) {
     EXPECT_EQ(Scores(table, "a"), "1 bad 2 fair 3 good");
     EXPECT_EQ(table.Columns()[0].level, FieldLevel::kOrdinal);
     // What the cells say stays: good, bad, fair.
-    EXPECT_EQ(table.Row(0)[0], 2);
-    EXPECT_EQ(table.Row(1)[0], 0);
-    EXPECT_EQ(table.Row(2)[0], 1);
+    EXPECT_EQ(table.Cells(0)[0], 2);
+    EXPECT_EQ(table.Cells(0)[1], 0);
+    EXPECT_EQ(table.Cells(0)[2], 1);
     // No order was told of b.
     EXPECT_EQ(Scores(table, "b"), "text: 0 bad 0 fair 0 good");
 }

@@ -144,19 +144,33 @@ TEST(CsvReader, TellsAnEmptyLineFromAnEmptyQuotedCell) {
     EXPECT_EQ(areEmpty, (std::vector<bool>{true, false, true, false, false}));
 }
 
-TEST(CsvReader, KeepsTheCellsOfTheBlockBefore) {
-    const std::string longRow(300, 'x');  // takes several blocks, so that the second one grows
-    ByteSource source = ByteSource::FromMemory("data.csv", "one\ntwo\n" + longRow + "\nfour\n");
-    CsvReader reader(source, 8);
+TEST(CsvReader, GivesWhatItReadBehindARow) {
+    ByteSource source = ByteSource::FromMemory("data.csv", "\xef\xbb\xbf\"a\nb\"\r\n1,2\n3");
+    CsvReader reader(source);
     ASSERT_TRUE(reader.Next());
-    const std::string_view one = reader.Cells().front();
-    ASSERT_TRUE(reader.NextInBlock());
-    const std::string_view two = reader.Cells().front();
-    ASSERT_FALSE(reader.NextInBlock());
+    EXPECT_EQ(reader.Rest(), "1,2\n3");
+    EXPECT_EQ(reader.NextLine(), 3u);
+    EXPECT_TRUE(reader.IsRestComplete());
+    ByteSource sameSource = ByteSource::FromMemory("data.csv", "a\nb\nc\n");
+    CsvReader shortReader(sameSource, 3);
+    ASSERT_TRUE(shortReader.Next());
+    EXPECT_EQ(shortReader.Rest(), "b");
+    EXPECT_FALSE(shortReader.IsRestComplete());
+}
+
+TEST(CsvReader, ReadsOnInTheMiddle) {
+    // Only the first line of all may begin with a byte order mark; anywhere else it is data.
+    ByteSource source = ByteSource::FromMemory("data.csv",
+                                               "\xef\xbb\xbf"
+                                               "a\n\"\"x\n");
+    CsvReader reader(source, 100, 7);
     ASSERT_TRUE(reader.Next());
-    EXPECT_EQ(reader.Cells().front(), longRow);
-    EXPECT_EQ(one, "one");
-    EXPECT_EQ(two, "two");
+    EXPECT_EQ(reader.Cells().front(),
+              "\xef\xbb\xbf"
+              "a");
+    EXPECT_EQ(reader.Line(), 7u);
+    EXPECT_EQ(InputErrorOf([&] { reader.Next(); }),
+              "data.csv:8: text after a closing double quote; expected a comma or the end of the line");
 }
 
 TEST(CsvReader, StaysAtTheEnd) {

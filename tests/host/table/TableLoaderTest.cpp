@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstddef>
 #include <fstream>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -36,9 +37,8 @@ Table LoadX(const std::string& cells, const std::string& keys, const LoadOptions
 }
 
 Cells CellsOf(const Table& table, std::size_t column = 0) {
-    Cells cells;
-    for (std::size_t row = 0; row < table.RowCount(); ++row) cells.push_back(table.Row(row)[column]);
-    return cells;
+    const std::span<const double> cells = table.Cells(column);
+    return Cells(cells.begin(), cells.end());
 }
 
 Cells NumbersOf(const Table& table, std::size_t column = 0) {
@@ -160,7 +160,7 @@ TEST(TableLoader, TellsTheFirstMistakeWhateverTheBlockSize) {
     }
 }
 
-// Enough cells for a second thread, in blocks of different sizes.
+// Enough cells for several pieces, of different sizes.
 TEST(TableLoader, ReadsManyNumbersInTheirPlaces) {
     constexpr int kRows = 60000;
     std::string csv = "a,b,c\n";
@@ -175,10 +175,10 @@ TEST(TableLoader, ReadsManyNumbersInTheirPlaces) {
         const Table table = Load(csv, "{}", options);
         ASSERT_EQ(table.RowCount(), static_cast<std::size_t>(kRows));
         for (int row = 0; row < kRows; ++row) {
-            const double* const cells = table.Row(static_cast<std::size_t>(row));
-            ASSERT_EQ(cells[0], row);
-            ASSERT_EQ(cells[1], row % 1000 == 999 ? kNone : row + 0.5);
-            ASSERT_EQ(cells[2], -row / 1000.0);
+            const auto at = static_cast<std::size_t>(row);
+            ASSERT_EQ(table.Cells(0)[at], row);
+            ASSERT_EQ(table.Cells(1)[at], row % 1000 == 999 ? kNone : row + 0.5);
+            ASSERT_EQ(table.Cells(2)[at], -row / 1000.0);
         }
     }
 }
@@ -401,13 +401,13 @@ void ExpectTheLateText(const Table& table) {
     EXPECT_EQ(TextsOf(table, 1), (Texts{"1", "1.0", "x"}));
     EXPECT_EQ(TextsOf(table, 2), (Texts{"7", "8", "late"}));
     for (std::size_t row = 0; row < 10000; ++row) {
-        ASSERT_EQ(table.Row(row)[0], static_cast<double>(row));
-        ASSERT_EQ(table.Row(row)[1], row % 2 == 0 ? 0 : 1) << row;
-        ASSERT_EQ(table.Row(row)[2], row == 5000 ? 2 : row % 3 == 0 ? -1 : 0) << row;
+        ASSERT_EQ(table.Cells(0)[row], static_cast<double>(row));
+        ASSERT_EQ(table.Cells(1)[row], row % 2 == 0 ? 0 : 1) << row;
+        ASSERT_EQ(table.Cells(2)[row], row == 5000 ? 2 : row % 3 == 0 ? -1 : 0) << row;
     }
-    EXPECT_EQ(table.Row(10000)[1], 2);
-    EXPECT_EQ(table.Row(10001)[1], kMissingCategory);
-    EXPECT_EQ(table.Row(10002)[1], 0);
+    EXPECT_EQ(table.Cells(1)[10000], 2);
+    EXPECT_EQ(table.Cells(1)[10001], kMissingCategory);
+    EXPECT_EQ(table.Cells(1)[10002], 0);
 }
 
 TEST(TableLoader, TurnsToTextAfterManyNumbers) {
@@ -447,27 +447,32 @@ TEST(TableLoader, TellsAnErrorOfStandardInputByItsName) {
               "standard input:2: 1 cell; expected 2 as in the header");
 }
 
-TEST(Table, KeepsRowsInPlaceOverManyBlocks) {
+TEST(Table, KeepsItsCellsWhileItGrows) {
     struct Size {
         std::size_t width;
         std::size_t rows;
     };
-    // A block of 16 MB holds 2,097,152 rows of one column, 524,288 of three and 16 of 70,001.
+    // Columns of 16 MB and of 8 MB, each a mapping of its own in the end, and more columns than a process has mappings.
     for (const auto& [width, rowCount] : {Size{1, 2'100'000}, Size{3, 1'100'000}, Size{70'001, 40}}) {
         std::vector<Column> columns(width);
         for (std::size_t i = 0; i < width; ++i) columns[i].name = std::to_string(i);
         Table table(std::move(columns));
-        std::vector<double*> rows(rowCount);
-        for (std::size_t i = 0; i < rowCount; ++i) {
-            rows[i] = table.AppendRow();
-            rows[i][0] = static_cast<double>(i);
-            rows[i][width - 1] = static_cast<double>(i);
+        for (std::size_t first = 0; first < rowCount;) {
+            const std::size_t last = std::min(rowCount, first + 1 + first / 7);
+            table.Resize(last);
+            for (const std::size_t column : {std::size_t{0}, width - 1}) {
+                const std::span<double> cells = table.Cells(column);
+                for (std::size_t row = first; row < last; ++row) cells[row] = static_cast<double>(row + column);
+            }
+            first = last;
         }
+        table.Trim();
         ASSERT_EQ(table.RowCount(), rowCount);
-        for (std::size_t i = 0; i < rowCount; ++i) {  // millions of times, so without the macros
-            const double* const row = table.Row(i);
-            const auto value = static_cast<double>(i);
-            if (row != rows[i] || row[0] != value || row[width - 1] != value) FAIL() << width << " wide, row " << i;
+        for (const std::size_t column : {std::size_t{0}, width - 1}) {
+            const std::span<const double> cells = table.Cells(column);
+            for (std::size_t row = 0; row < rowCount; ++row) {  // millions of times, so without the macros
+                if (cells[row] != static_cast<double>(row + column)) FAIL() << width << " wide, row " << row;
+            }
         }
     }
 }
@@ -495,7 +500,7 @@ TEST(TableLoader, GivesBackEveryTextByItsCategory) {
         RC_ASSERT(std::ranges::is_sorted(categories));
         RC_ASSERT(std::ranges::adjacent_find(categories) == categories.end());
         for (std::size_t i = 0; i < texts.size(); ++i) {
-            const double cell = table.Row(i)[0];
+            const double cell = table.Cells(0)[i];
             const bool isMissing = texts[i].empty() || texts[i] == "NA";
             RC_ASSERT(isMissing == (cell == kMissingCategory));
             if (!isMissing) RC_ASSERT(categories[static_cast<std::size_t>(cell)] == texts[i]);

@@ -1,0 +1,176 @@
+#include "host/table/PieceReader.h"
+
+#include <algorithm>
+#include <bit>
+
+#include "host/table/Utf8.h"
+#include "runtime/common/PlainDecimal.h"
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+namespace tarn {
+
+namespace {
+
+/// The first comma, line feed or double quote from `text` on, in front of which there is a line feed at the latest.
+const char* FindStructure(const char* text) {
+#if defined(__SSE2__)
+    static_assert(sizeof(__m128i) <= CsvPiece::kPadding);
+    for (;; text += sizeof(__m128i)) {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
+        const __m128i found = _mm_or_si128(
+            _mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8(',')), _mm_cmpeq_epi8(bytes, _mm_set1_epi8('"'))),
+            _mm_cmpeq_epi8(bytes, _mm_set1_epi8('\n')));
+        const auto bits = static_cast<unsigned>(_mm_movemask_epi8(found));
+        if (bits != 0) return text + std::countr_zero(bits);
+    }
+#else
+    while (*text != ',' && *text != '"' && *text != '\n') ++text;
+    return text;
+#endif
+}
+
+/// A cell in quotes without them, in which a double quote stands twice.
+std::string Unescaped(std::string_view text) {
+    std::string unescaped;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        unescaped += text[i];
+        if (text[i] == '"') ++i;
+    }
+    return unescaped;
+}
+
+}  // namespace
+
+PieceReader::Outcome PieceReader::Read(const CsvPiece& piece, const std::vector<ColumnReader>& columns) {
+    Prepare(piece, columns);
+    const std::string_view whole = piece.Text();
+    const char* const last = whole.data() + whole.size();
+    if (FindInvalidUtf8(whole.data(), last) != last) return Outcome::kMistake;
+    for (const char* text = piece.Begin(); text != end_;) {
+        // An empty line is a row of a table with one column, and else none.
+        const char* const next = columns.size() == 1 ? nullptr : BehindLineBreak(text);
+        text = next != nullptr ? next : ReadRow(text, columns);
+        if (text == nullptr) return Outcome::kMistake;
+    }
+    if (!textColumns_.empty()) return Outcome::kTexts;
+    NoteNumbers();
+    return Outcome::kRead;
+}
+
+/// What `ColumnReader` would have noted of the cells of plain numbers.
+void PieceReader::NoteNumbers() {
+    for (std::size_t i = 0; i < kinds_.size(); ++i) {
+        if (kinds_[i] != Kind::kNumber || codes_[i].hasNumbers) continue;
+        codes_[i].hasNumbers =
+            std::any_of(Values(i), Values(i) + rowCount_, [](double value) { return value != kMissingNumber; });
+    }
+}
+
+void PieceReader::Prepare(const CsvPiece& piece, const std::vector<ColumnReader>& columns) {
+    const std::size_t width = columns.size();
+    kinds_.clear();
+    for (const ColumnReader& reader : columns) {
+        kinds_.push_back(reader.TakesPlainNumbers() ? Kind::kNumber
+                         : reader.TakesDecimals()   ? Kind::kDecimal
+                                                    : Kind::kOther);
+    }
+    end_ = piece.End();
+    addedLineFeed_ = piece.AddedLineFeed();
+    lineCount_ = static_cast<std::size_t>(std::count(piece.Begin(), end_, '\n'));
+    rowCount_ = 0;
+    // A row ends a line, and has a comma or a line break for each of its cells.
+    rowCapacity_ = std::min(lineCount_, static_cast<std::size_t>(end_ - piece.Begin()) / width);
+    if (rowCapacity_ * width > valueCapacity_) {
+        valueCapacity_ = rowCapacity_ * width;
+        values_ = std::make_unique_for_overwrite<double[]>(valueCapacity_);
+    }
+    codes_.resize(width);
+    for (CellCodes& codes : codes_) codes.Clear();
+    textColumns_.clear();
+    unescaped_.clear();
+}
+
+/// What is behind the line break at `text`; null where there is none.
+const char* PieceReader::BehindLineBreak(const char* text) const {
+    if (*text == '\n') return text + 1;
+    // A carriage return is data but in front of a line feed of the input.
+    if (*text == '\r' && text[1] == '\n' && text + 1 != addedLineFeed_) return text + 2;
+    return nullptr;
+}
+
+/// Reads a row and returns what is behind it; null for a mistake.
+const char* PieceReader::ReadRow(const char* text, const std::vector<ColumnReader>& columns) {
+    if (rowCount_ == rowCapacity_) return nullptr;  // only a row with too few cells finds no place
+    double* value = values_.get() + rowCount_;
+    const std::size_t last = kinds_.size() - 1;
+    for (std::size_t i = 0; i < last; ++i, value += rowCapacity_) {
+        const char* border = ReadDecimal(text, i, columns, *value);
+        if (border == nullptr || *border != ',') border = ReadAnyCell(text, columns[i], codes_[i], *value, i);
+        if (border == nullptr || *border != ',') return nullptr;
+        text = border + 1;
+    }
+    const char* border = ReadDecimal(text, last, columns, *value);
+    const char* next = border != nullptr ? BehindLineBreak(border) : nullptr;
+    if (next == nullptr) {
+        border = ReadAnyCell(text, columns[last], codes_[last], *value, last);
+        next = border != nullptr ? BehindLineBreak(border) : nullptr;
+    }
+    ++rowCount_;
+    return next;
+}
+
+/// Reads a cell that is a decimal number in the usual spelling, as nearly all are, and returns the end of the number,
+/// which is not always that of the cell; null where the cell is none.
+inline const char* PieceReader::ReadDecimal(const char* text, std::size_t column,
+                                            const std::vector<ColumnReader>& columns, double& value) {
+    if (kinds_[column] == Kind::kNumber) return plain_decimal::Read(text, end_, value);
+    if (kinds_[column] != Kind::kDecimal) return nullptr;
+    double number = 0;
+    const char* const border = plain_decimal::Read(text, end_, number);
+    if (border != nullptr && (*border == ',' || BehindLineBreak(border) != nullptr)) {
+        columns[column].ReadNumber(number, codes_[column], value);
+    }
+    return border;
+}
+
+/// Reads a cell and returns its border; null for a mistake.
+const char* PieceReader::ReadAnyCell(const char* text, const ColumnReader& reader, CellCodes& codes, double& value,
+                                     std::size_t column) {
+    Cell cell{};
+    if (!FindCell(text, cell)) return nullptr;
+    if (reader.Read(cell.text, codes, value)) return cell.border;
+    if (!reader.MayBecomeText()) return nullptr;
+    if (std::ranges::find(textColumns_, column) == textColumns_.end()) textColumns_.push_back(column);
+    return cell.border;
+}
+
+bool PieceReader::FindCell(const char* text, Cell& cell) {
+    if (*text == '"') return FindQuotedCell(text, cell);
+    const char* const border = FindStructure(text);
+    if (*border == '"') return false;
+    const bool hasCarriageReturn =
+        *border == '\n' && border != text && border[-1] == '\r' && BehindLineBreak(border - 1) != nullptr;
+    cell.border = border - (hasCarriageReturn ? 1 : 0);
+    cell.text = {text, cell.border};
+    return true;
+}
+
+bool PieceReader::FindQuotedCell(const char* quote, Cell& cell) {
+    const char* const first = quote + 1;
+    bool isEscaped = false;
+    const char* closing = std::find(first, end_, '"');
+    while (closing != end_ && closing[1] == '"') {
+        isEscaped = true;
+        closing = std::find(closing + 2, end_, '"');
+    }
+    if (closing == end_) return false;
+    cell.text = {first, closing};
+    cell.border = closing + 1;
+    if (isEscaped) cell.text = unescaped_.emplace_back(Unescaped(cell.text));
+    return *cell.border == ',' || BehindLineBreak(cell.border) != nullptr;
+}
+
+}  // namespace tarn

@@ -1,0 +1,77 @@
+#pragma once
+
+#include <cstddef>
+#include <deque>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/table/ColumnReader.h"
+#include "host/table/CsvPieces.h"
+
+namespace tarn {
+
+/// Reads the rows of a piece into columns of its own, where they stay in the cache until their place in the table is
+/// known. Several pieces are read at a time, each by a reader of its own.
+///
+/// It knows everything that a right table may hold. What a table may not hold it only notices: where the piece and all
+/// before it are at hand, `ThrowMistakeOf` tells what it is.
+class PieceReader {
+ public:
+    enum class Outcome {
+        kRead,
+        kTexts,   ///< columns of numbers hold texts, and have to become columns of texts
+        kMistake  ///< something that no table may hold
+    };
+
+    /// Reads a piece by the rules of the columns, of which there are `width`. Borrows the piece until the next one.
+    Outcome Read(const CsvPiece& piece, const std::vector<ColumnReader>& columns);
+
+    std::size_t RowCount() const { return rowCount_; }
+    /// How many lines the piece has.
+    std::size_t LineCount() const { return lineCount_; }
+    /// The values of a column, in which categories are codes of the piece.
+    const double* Values(std::size_t column) const { return values_.get() + column * rowCapacity_; }
+    const CellCodes& Codes(std::size_t column) const { return codes_[column]; }
+    /// After `kTexts`, the columns that hold texts.
+    const std::vector<std::size_t>& TextColumns() const { return textColumns_; }
+
+ private:
+    /// A cell as it stands in the piece, and behind it the comma or the line break that ends it.
+    struct Cell {
+        std::string_view text;
+        const char* border;
+    };
+
+    enum class Kind : unsigned char {
+        kNumber,   ///< a decimal number is the value
+        kDecimal,  ///< a decimal number is what the column's reader makes of it
+        kOther
+    };
+
+    void Prepare(const CsvPiece& piece, const std::vector<ColumnReader>& columns);
+    void NoteNumbers();
+    const char* ReadRow(const char* text, const std::vector<ColumnReader>& columns);
+    const char* ReadDecimal(const char* text, std::size_t column, const std::vector<ColumnReader>& columns,
+                            double& value);
+    const char* ReadAnyCell(const char* text, const ColumnReader& reader, CellCodes& codes, double& value,
+                            std::size_t column);
+    bool FindCell(const char* text, Cell& cell);
+    bool FindQuotedCell(const char* text, Cell& cell);
+    const char* BehindLineBreak(const char* text) const;
+
+    const char* end_ = nullptr;
+    const char* addedLineFeed_ = nullptr;
+    std::size_t lineCount_ = 0;
+    std::size_t rowCount_ = 0;
+    std::size_t rowCapacity_ = 0;
+    std::size_t valueCapacity_ = 0;
+    std::unique_ptr<double[]> values_;  // column by column, `rowCapacity_` each
+    std::vector<Kind> kinds_;           // of the columns
+    std::vector<CellCodes> codes_;
+    std::vector<std::size_t> textColumns_;
+    std::deque<std::string> unescaped_;  // the texts of cells that hold ""
+};
+
+}  // namespace tarn

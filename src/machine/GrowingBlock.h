@@ -1,0 +1,138 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <utility>
+
+#if defined(__linux__)
+#include <sys/mman.h>
+#endif
+
+/// Numbers side by side in memory that grows behind them, without a copy where the system can do without: what is large
+/// is a mapping of its own, whose pages move to another address as they are, and of which only what was written takes
+/// memory. New numbers are not initialised. Throws `std::bad_alloc` when there is no memory.
+///
+/// This header includes nothing of the project and is open to all floors.
+class GrowingBlock {
+ public:
+    /// `largePagesFrom`: as soon as the block has so many bytes, large pages are wished for. They save page faults, but
+    /// the last one takes memory that nobody needs until `Trim`.
+    explicit GrowingBlock(std::size_t largePagesFrom = kLargePage) : largePagesFrom_(largePagesFrom) {}
+    GrowingBlock(GrowingBlock&& other) noexcept
+        : values_(std::exchange(other.values_, nullptr)),
+          bytes_(std::exchange(other.bytes_, 0)),
+          largePagesFrom_(other.largePagesFrom_) {}
+    GrowingBlock& operator=(GrowingBlock&& other) noexcept {
+        std::swap(values_, other.values_);
+        std::swap(bytes_, other.bytes_);
+        std::swap(largePagesFrom_, other.largePagesFrom_);
+        return *this;
+    }
+    ~GrowingBlock() { Release(); }
+
+    double* Values() { return values_; }
+    const double* Values() const { return values_; }
+    std::size_t Capacity() const { return bytes_ / sizeof(double); }
+
+    /// Makes room for `count` numbers, and for more to come. Those that are there stay; their address may change.
+    void Reserve(std::size_t count) {
+        if (count <= Capacity()) return;
+        Resize(BytesOf(std::max(count, 2 * Capacity())));
+    }
+    /// Gives back what is behind the first `count` numbers.
+    void Trim(std::size_t count) {
+        if (count < Capacity()) Resize(BytesOf(count));
+    }
+
+ private:
+    static constexpr std::size_t kPage = 4096;
+    static constexpr std::size_t kLargePage = std::size_t{2} << 20;
+    /// From here on a block is a mapping of its own. Below it there may be a hundred thousand blocks, which is more
+    /// than a process may have mappings.
+    static constexpr std::size_t kMappedFrom = kLargePage;
+
+    static std::size_t BytesOf(std::size_t count) {
+        if (count > PTRDIFF_MAX / sizeof(double)) throw std::bad_alloc();
+        const std::size_t bytes = count * sizeof(double);
+        return IsMapped(bytes) ? (bytes + kPage - 1) / kPage * kPage : bytes;
+    }
+
+#if defined(__linux__)
+    static bool IsMapped(std::size_t bytes) {
+        return bytes >= kMappedFrom;
+    }
+
+    void Resize(std::size_t bytes) {
+        if (bytes == 0) return Release();
+        if (!IsMapped(bytes_) && !IsMapped(bytes)) return ResizeInHeap(bytes);
+        if (IsMapped(bytes_) != IsMapped(bytes)) return MoveTo(bytes);
+        // Memory is there when it is written to: what is reserved for numbers to come must not count as taken.
+        Take(mremap(values_, bytes_, bytes, MREMAP_MAYMOVE), bytes);
+    }
+
+    /// Between the heap and a mapping of its own.
+    void MoveTo(std::size_t bytes) {
+        GrowingBlock other(largePagesFrom_);
+        if (IsMapped(bytes)) {
+            other.Take(mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0),
+                       bytes);
+        } else {
+            other.ResizeInHeap(bytes);
+        }
+        if (values_ != nullptr) std::memcpy(other.values_, values_, std::min(bytes, bytes_));
+        *this = std::move(other);
+    }
+
+    void Take(void* mapping, std::size_t bytes) {
+        if (mapping == MAP_FAILED) throw std::bad_alloc();
+        values_ = static_cast<double*>(mapping);
+        const bool grows = bytes > bytes_;
+        bytes_ = bytes;
+        if (!grows || bytes < largePagesFrom_) return;
+        const auto begin = reinterpret_cast<std::uintptr_t>(mapping);
+        const std::uintptr_t first = (begin + kLargePage - 1) / kLargePage * kLargePage;
+        const std::uintptr_t last = (begin + bytes) / kLargePage * kLargePage;
+        if (first < last) madvise(static_cast<char*>(mapping) + (first - begin), last - first, MADV_HUGEPAGE);
+    }
+
+    void Release() {
+        if (IsMapped(bytes_)) {
+            munmap(values_, bytes_);
+        } else {
+            std::free(values_);
+        }
+        values_ = nullptr;
+        bytes_ = 0;
+    }
+#else
+    static bool IsMapped(std::size_t) {
+        return false;
+    }
+
+    void Resize(std::size_t bytes) {
+        if (bytes == 0) return Release();
+        ResizeInHeap(bytes);
+    }
+
+    void Release() {
+        std::free(values_);
+        values_ = nullptr;
+        bytes_ = 0;
+    }
+#endif
+
+    void ResizeInHeap(std::size_t bytes) {
+        void* const values = std::realloc(values_, bytes);
+        if (values == nullptr) throw std::bad_alloc();
+        values_ = static_cast<double*>(values);
+        bytes_ = bytes;
+    }
+
+    double* values_ = nullptr;
+    std::size_t bytes_ = 0;
+    std::size_t largePagesFrom_;
+};
