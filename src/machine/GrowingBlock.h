@@ -90,13 +90,9 @@ class GrowingBlock {
     void Take(void* mapping, std::size_t bytes) {
         if (mapping == MAP_FAILED) throw std::bad_alloc();
         values_ = static_cast<double*>(mapping);
-        const bool grows = bytes > bytes_;
         bytes_ = bytes;
-        if (!grows || bytes < largePagesFrom_) return;
-        const auto begin = reinterpret_cast<std::uintptr_t>(mapping);
-        const std::uintptr_t first = (begin + kLargePage - 1) / kLargePage * kLargePage;
-        const std::uintptr_t last = (begin + bytes) / kLargePage * kLargePage;
-        if (first < last) madvise(static_cast<char*>(mapping) + (first - begin), last - first, MADV_HUGEPAGE);
+        // For the whole of it: a mapping of which a part is treated differently can't be moved as one.
+        if (bytes >= largePagesFrom_) madvise(mapping, bytes, MADV_HUGEPAGE);
     }
 
     void Release() {
