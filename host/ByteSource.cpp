@@ -57,6 +57,13 @@ ByteSource::~ByteSource() {
     if (descriptor_ != kNoDescriptor && descriptor_ != STDIN_FILENO) close(descriptor_);
 }
 
+std::optional<std::size_t> ByteSource::Size() const {
+    if (descriptor_ == kNoDescriptor) return kept_.size();
+    struct stat status = {};
+    if (!seekable_ || fstat(descriptor_, &status) != 0 || status.st_size < start_) return std::nullopt;
+    return static_cast<std::size_t>(status.st_size - start_);
+}
+
 std::size_t ByteSource::Read(char* buffer, std::size_t capacity) {
     if (position_ < kept_.size()) {
         const std::size_t count = kept_.copy(buffer, capacity, position_);

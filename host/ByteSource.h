@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 
 namespace tarn {
@@ -23,6 +24,8 @@ class ByteSource {
     /// What messages call the input: its path, or "standard input".
     const std::string& Name() const { return name_; }
 
+    /// How many bytes the whole input has, as far as that is known before it is read.
+    std::optional<std::size_t> Size() const;
     /// Reads up to `capacity` bytes into `buffer` and returns their number, which is 0 only at the end.
     std::size_t Read(char* buffer, std::size_t capacity);
     /// All bytes from the position to the end.

@@ -43,7 +43,7 @@ std::string TakeText(Function function) {
 /// gathered one after the other.
 class RecordStream {
  public:
-    explicit RecordStream(const PreparedData& data) : data_(data), functions_{this, &Rewind, &NextBlock} {}
+    explicit RecordStream(const PreparedData& data) : data_(data), functions_{this, &Rewind, &NextBlock, &Columns} {}
     RecordStream(const RecordStream&) = delete;
     RecordStream& operator=(const RecordStream&) = delete;
 
@@ -56,6 +56,14 @@ class RecordStream {
     }
     static unsigned NextBlock(void* handle, const double** values, std::size_t* recordCount, std::size_t* fieldCount,
                               int* errorCode);
+    static unsigned Columns(void* handle, const double* const** columns, std::size_t* recordCount,
+                            std::size_t* fieldCount, int*) {
+        const PreparedData& data = static_cast<RecordStream*>(handle)->data_;
+        *columns = data.columns.data();
+        *recordCount = data.recordCount;
+        *fieldCount = data.fields.size();
+        return HX_OK;
+    }
 
     const PreparedData& data_;
     std::size_t next_ = 0;

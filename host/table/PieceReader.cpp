@@ -54,6 +54,7 @@ PieceReader::Outcome PieceReader::Read(const CsvPiece& piece, const std::vector<
         const char* const next = columns.size() == 1 ? nullptr : BehindLineBreak(text);
         text = next != nullptr ? next : ReadRow(text, columns);
         if (text == nullptr) return Outcome::kMistake;
+        ++lineCount_;
     }
     if (!textColumns_.empty()) return Outcome::kTexts;
     NoteNumbers();
@@ -64,8 +65,10 @@ PieceReader::Outcome PieceReader::Read(const CsvPiece& piece, const std::vector<
 void PieceReader::NoteNumbers() {
     for (std::size_t i = 0; i < kinds_.size(); ++i) {
         if (kinds_[i] != Kind::kNumber || codes_[i].hasNumbers) continue;
-        codes_[i].hasNumbers =
-            std::any_of(Values(i), Values(i) + rowCount_, [](double value) { return value != kMissingNumber; });
+        const double* value = values_.get() + i;
+        for (std::size_t row = 0; row < rowCount_ && !codes_[i].hasNumbers; ++row, value += kinds_.size()) {
+            codes_[i].hasNumbers = *value != kMissingNumber;
+        }
     }
 }
 
@@ -79,13 +82,13 @@ void PieceReader::Prepare(const CsvPiece& piece, const std::vector<ColumnReader>
     }
     end_ = piece.End();
     addedLineFeed_ = piece.AddedLineFeed();
-    lineCount_ = static_cast<std::size_t>(std::count(piece.Begin(), end_, '\n'));
+    lineCount_ = 0;
     rowCount_ = 0;
-    // A row ends a line, and has a comma or a line break for each of its cells.
-    rowCapacity_ = std::min(lineCount_, static_cast<std::size_t>(end_ - piece.Begin()) / width);
-    if (rowCapacity_ * width > valueCapacity_) {
-        valueCapacity_ = rowCapacity_ * width;
-        values_ = std::make_unique_for_overwrite<double[]>(valueCapacity_);
+    // Behind each cell stands a comma or a line break, and memory that isn't written to takes none.
+    const auto mostCells = static_cast<std::size_t>(end_ - piece.Begin());
+    if (mostCells > capacity_) {
+        values_ = std::make_unique_for_overwrite<double[]>(mostCells);
+        capacity_ = mostCells;
     }
     codes_.resize(width);
     for (CellCodes& codes : codes_) codes.Clear();
@@ -94,32 +97,37 @@ void PieceReader::Prepare(const CsvPiece& piece, const std::vector<ColumnReader>
 }
 
 /// What is behind the line break at `text`; null where there is none.
-const char* PieceReader::BehindLineBreak(const char* text) const {
+inline const char* PieceReader::BehindLineBreak(const char* text) const {
     if (*text == '\n') return text + 1;
     // A carriage return is data but in front of a line feed of the input.
     if (*text == '\r' && text[1] == '\n' && text + 1 != addedLineFeed_) return text + 2;
     return nullptr;
 }
 
+/// What is behind the comma at `text`, or behind the line break where the cell in front is the last of its row; null
+/// where there is none.
+inline const char* PieceReader::BehindBorder(const char* text, bool isLast) const {
+    if (isLast) return BehindLineBreak(text);
+    return *text == ',' ? text + 1 : nullptr;
+}
+
 /// Reads a row and returns what is behind it; null for a mistake.
 const char* PieceReader::ReadRow(const char* text, const std::vector<ColumnReader>& columns) {
-    if (rowCount_ == rowCapacity_) return nullptr;  // only a row with too few cells finds no place
-    double* value = values_.get() + rowCount_;
-    const std::size_t last = kinds_.size() - 1;
-    for (std::size_t i = 0; i < last; ++i, value += rowCapacity_) {
-        const char* border = ReadDecimal(text, i, columns, *value);
-        if (border == nullptr || *border != ',') border = ReadAnyCell(text, columns[i], codes_[i], *value, i);
-        if (border == nullptr || *border != ',') return nullptr;
-        text = border + 1;
-    }
-    const char* border = ReadDecimal(text, last, columns, *value);
-    const char* next = border != nullptr ? BehindLineBreak(border) : nullptr;
-    if (next == nullptr) {
-        border = ReadAnyCell(text, columns[last], codes_[last], *value, last);
-        next = border != nullptr ? BehindLineBreak(border) : nullptr;
+    const std::size_t width = kinds_.size();
+    double* const values = values_.get() + rowCount_ * width;
+    for (std::size_t i = 0; i < width; ++i) {
+        const bool isLast = i + 1 == width;
+        const char* border = ReadDecimal(text, i, columns, values[i]);
+        const char* next = border != nullptr ? BehindBorder(border, isLast) : nullptr;
+        if (next == nullptr) {
+            border = ReadAnyCell(text, columns[i], codes_[i], values[i], i);
+            next = border != nullptr ? BehindBorder(border, isLast) : nullptr;
+            if (next == nullptr) return nullptr;
+        }
+        text = next;
     }
     ++rowCount_;
-    return next;
+    return text;
 }
 
 /// Reads a cell that is a decimal number in the usual spelling, as nearly all are, and returns the end of the number,
@@ -169,6 +177,7 @@ bool PieceReader::FindQuotedCell(const char* quote, Cell& cell) {
     if (closing == end_) return false;
     cell.text = {first, closing};
     cell.border = closing + 1;
+    lineCount_ += static_cast<std::size_t>(std::count(first, closing, '\n'));
     if (isEscaped) cell.text = unescaped_.emplace_back(Unescaped(cell.text));
     return *cell.border == ',' || BehindLineBreak(cell.border) != nullptr;
 }

@@ -12,8 +12,7 @@
 
 namespace tarn {
 
-/// Reads the rows of a piece into columns of its own, where they stay in the cache until their place in the table is
-/// known. Several pieces are read at a time, each by a reader of its own.
+/// Reads the rows of a piece into values of its own, which stay in the cache until their place in the table is known. Several pieces are read at a time, each by a reader of its own.
 ///
 /// It knows everything that a right table may hold. What a table may not hold it only notices: where the piece and all
 /// before it are at hand, `ThrowMistakeOf` tells what it is.
@@ -29,10 +28,10 @@ class PieceReader {
     Outcome Read(const CsvPiece& piece, const std::vector<ColumnReader>& columns);
 
     std::size_t RowCount() const { return rowCount_; }
-    /// How many lines the piece has.
+    /// How many lines the piece has, once it is read.
     std::size_t LineCount() const { return lineCount_; }
-    /// The values of a column, in which categories are codes of the piece.
-    const double* Values(std::size_t column) const { return values_.get() + column * rowCapacity_; }
+    /// The values row by row, in which categories are codes of the piece.
+    const double* Values() const { return values_.get(); }
     const CellCodes& Codes(std::size_t column) const { return codes_[column]; }
     /// After `kTexts`, the columns that hold texts.
     const std::vector<std::size_t>& TextColumns() const { return textColumns_; }
@@ -60,14 +59,14 @@ class PieceReader {
     bool FindCell(const char* text, Cell& cell);
     bool FindQuotedCell(const char* text, Cell& cell);
     const char* BehindLineBreak(const char* text) const;
+    const char* BehindBorder(const char* text, bool isLast) const;
 
     const char* end_ = nullptr;
     const char* addedLineFeed_ = nullptr;
     std::size_t lineCount_ = 0;
     std::size_t rowCount_ = 0;
-    std::size_t rowCapacity_ = 0;
-    std::size_t valueCapacity_ = 0;
-    std::unique_ptr<double[]> values_;  // column by column, `rowCapacity_` each
+    std::size_t capacity_ = 0;
+    std::unique_ptr<double[]> values_;  // `capacity_` of them at most
     std::vector<Kind> kinds_;           // of the columns
     std::vector<CellCodes> codes_;
     std::vector<std::size_t> textColumns_;

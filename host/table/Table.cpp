@@ -9,17 +9,6 @@
 
 namespace tarn {
 
-namespace {
-
-/// The last large page of a column is half empty in the mean. Few columns may have such pages from the start, but many
-/// only when they are much longer than a page.
-std::size_t LargePagesFrom(std::size_t columnCount) {
-    constexpr std::size_t kLargePage = std::size_t{2} << 20;
-    return kLargePage * std::clamp<std::size_t>(columnCount, 1, 16);
-}
-
-}  // namespace
-
 std::string ShownCategory(const Column& column, const Category& category) {
     if (!category.label.empty()) return category.label;
     return column.IsText() ? category.text : ExactText(category.number);
@@ -38,11 +27,8 @@ const Category* FindCategory(const Column& column, std::string_view word) {
 }
 
 Table::Table(std::vector<Column> columns) : columns_(std::move(columns)) {
-    cells_.reserve(columns_.size());
-    for (const Column& column : columns_) {
-        indexByName_.emplace(column.name, static_cast<int>(indexByName_.size()));
-        cells_.emplace_back(LargePagesFrom(columns_.size()));
-    }
+    for (const Column& column : columns_) indexByName_.emplace(column.name, static_cast<int>(indexByName_.size()));
+    cells_.resize(columns_.size());
 }
 
 int Table::FindColumn(std::string_view name) const {
@@ -50,8 +36,12 @@ int Table::FindColumn(std::string_view name) const {
     return found == indexByName_.end() ? kNoColumn : found->second;
 }
 
-void Table::Resize(std::size_t rowCount) {
+void Table::Reserve(std::size_t rowCount) {
     for (GrowingBlock& cells : cells_) cells.Reserve(rowCount);
+}
+
+void Table::Resize(std::size_t rowCount) {
+    for (GrowingBlock& cells : cells_) cells.Grow(rowCount);
     rowCount_ = rowCount;
 }
 

@@ -77,9 +77,12 @@ class Table {
     void SetWeightIndex(int column) { weightIndex_ = column; }
 
     std::size_t RowCount() const { return rowCount_; }
-    /// The cells of a column in the order of the rows. Valid as long as the table, and until `Resize` and `Trim`.
+    /// The cells of a column in the order of the rows. Valid as long as the table, and until
+    /// `Reserve`, `Resize` and `Trim`.
     std::span<double> Cells(std::size_t column) { return {cells_[column].Values(), rowCount_}; }
     std::span<const double> Cells(std::size_t column) const { return {cells_[column].Values(), rowCount_}; }
+    /// Makes room for as many rows as are expected.
+    void Reserve(std::size_t rowCount);
     /// Takes rows away from the end or adds some there, whose cells the caller sets.
     void Resize(std::size_t rowCount);
     /// Gives back memory that was held for further rows.

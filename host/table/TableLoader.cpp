@@ -1,11 +1,13 @@
 #include "host/table/TableLoader.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <deque>
 #include <exception>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <utility>
@@ -61,8 +63,9 @@ class TableLoader {
 
     Table Load() {
         const std::size_t most = share_.Threads() == 1 ? 1 : kPiecesOfThread * share_.Threads();
-        for (std::size_t pieceCount = 1; ReadRound(pieceCount); pieceCount = most) {
-        }
+        bool hasMore = ReadRound(1) && ReadRound(most);
+        ReserveRows();
+        while (hasMore) hasMore = ReadRound(most);
         Share(slots_.size(), [&](std::size_t i) { Place(slots_[i]); });
         if (pieces_.Failure()) std::rethrow_exception(pieces_.Failure());
         slots_.clear();
@@ -118,6 +121,15 @@ class TableLoader {
         return taken.size() == pieceCount;
     }
 
+    /// Makes room for as many rows as the whole input has if all of it is like what was read, and some more.
+    void ReserveRows() {
+        const std::optional<std::size_t> size = source_.Size();
+        if (!size || bytesRead_ == 0) return;
+        constexpr double kMargin = 1.01;
+        const double share = static_cast<double>(*size) / static_cast<double>(bytesRead_);
+        table_.Reserve(static_cast<std::size_t>(static_cast<double>(table_.RowCount()) * share * kMargin));
+    }
+
     /// Makes columns of texts of those in which texts were found; false if there are none.
     bool TurnToText(const std::vector<Slot*>& taken) {
         bool hasTurned = false;
@@ -144,23 +156,35 @@ class TableLoader {
         slot.firstRow = table_.RowCount();
         table_.Resize(slot.firstRow + slot.rows.RowCount());
         nextLine_ += slot.rows.LineCount();
+        bytesRead_ += slot.piece.Text().size();
     }
 
     /// Puts the rows of a piece into the table, if it holds any.
     void Place(Slot& slot) {
         if (!std::exchange(slot.isTaken, false)) return;
-        for (std::size_t i = 0; i < readers_.size(); ++i) {
-            const double* const values = slot.rows.Values(i);
-            const std::vector<double>& codes = slot.codesByOwn[i];
-            double* const cells = table_.Cells(i).data() + slot.firstRow;
-            if (codes.empty()) {
-                std::copy_n(values, slot.rows.RowCount(), cells);
-                continue;
+        // Some columns at a time, so that a line of the cache is read once.
+        constexpr std::size_t kColumns = 8;
+        const std::size_t width = readers_.size();
+        for (std::size_t first = 0; first < width; first += kColumns) {
+            const std::size_t count = std::min(kColumns, width - first);
+            std::array<double*, kColumns> cells{};
+            for (std::size_t i = 0; i < count; ++i) cells[i] = table_.Cells(first + i).data() + slot.firstRow;
+            const double* values = slot.rows.Values() + first;
+            for (std::size_t row = 0; row < slot.rows.RowCount(); ++row, values += width) {
+                for (std::size_t i = 0; i < count; ++i) cells[i][row] = values[i];
             }
-            std::transform(values, values + slot.rows.RowCount(), cells, [&](double code) {
-                return code == kMissingNumber ? code : codes[static_cast<std::size_t>(code)];
-            });
         }
+        for (std::size_t i = 0; i < width; ++i) {
+            if (slot.codesByOwn[i].empty()) continue;
+            MapCodes(table_.Cells(i).subspan(slot.firstRow, slot.rows.RowCount()), slot.codesByOwn[i], kMissingNumber);
+        }
+    }
+
+    /// Puts what stands for each code into its place.
+    static void MapCodes(std::span<double> cells, const std::vector<double>& byCode, double missing) {
+        std::ranges::transform(cells, cells.begin(), [&](double code) {
+            return code == kMissingNumber ? missing : byCode[static_cast<std::size_t>(code)];
+        });
     }
 
     void ReadLateTexts() {
@@ -194,11 +218,7 @@ class TableLoader {
             if (column.IsCategorical()) coded.push_back({i, std::move(categoryByCode)});
         }
         Share(coded.size(), [&](std::size_t i) {
-            const std::vector<double>& categories = coded[i].categoryByCode;
-            const std::span<double> cells = table_.Cells(coded[i].column);
-            std::ranges::transform(cells, cells.begin(), [&](double code) {
-                return code == kMissingNumber ? kMissingCategory : categories[static_cast<std::size_t>(code)];
-            });
+            MapCodes(table_.Cells(coded[i].column), coded[i].categoryByCode, kMissingCategory);
         });
     }
 
@@ -213,7 +233,8 @@ class TableLoader {
     std::deque<Slot> slots_;
     std::vector<ColumnReader> readers_;  // borrow from the plan and the missing texts
     Table table_;
-    std::size_t nextLine_;  // the line on which the next piece begins
+    std::size_t nextLine_;       // the line on which the next piece begins
+    std::size_t bytesRead_ = 0;  // of rows
     std::vector<LateText> lateTexts_;
 };
 

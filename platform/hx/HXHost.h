@@ -2,8 +2,10 @@
 
 #include <stddef.h>
 
-/// The version of the structures that this folder declares.
-#define HX_INTERFACE_VERSION 1
+/// The version of the structures that this folder declares, and the first one, which the library still takes. Version 2
+/// added `HXIterator::Columns`.
+#define HX_INTERFACE_VERSION 2
+#define HX_FIRST_INTERFACE_VERSION 1
 
 /// What `HXHost::GetInformation` is asked for.
 enum HXInformation { HX_APPLICATION_NAME = 0, HX_APPLICATION_VERSION = 1, HX_APPLICATION_COPYRIGHT = 2 };
@@ -19,7 +21,8 @@ enum HXInformation { HX_APPLICATION_NAME = 0, HX_APPLICATION_VERSION = 1, HX_APP
 typedef struct HXHost {
     /// The host's own; given back to it as the first argument of each function.
     void* handle;
-    /// HX_INTERFACE_VERSION; the library treats a host of another version as no host.
+    /// HX_INTERFACE_VERSION of the headers that the host was built with. The library takes a host of an older version,
+    /// down to HX_FIRST_INTERFACE_VERSION, and treats one of any other version as no host.
     int interfaceVersion;
     /// What the host says of itself for the header of a document. `item` is an `HXInformation`. An empty text or a
     /// failed call: the host says nothing. May be null: then it never says anything.

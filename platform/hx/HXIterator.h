@@ -24,4 +24,13 @@ typedef struct HXIterator {
     /// of this iterator. A `*recordCount` of 0 ends the stream. The host chooses how many records a block holds:
     /// some thousand make the calls cheap, and the whole table is as good. HX_OK, or anything else for a failure.
     unsigned (*NextBlock)(void* handle, const double** values, size_t* recordCount, size_t* fieldCount, int* errorCode);
+    /// All records at once, for a host that has the values of each field side by side: the component then reads them
+    /// where they are, without a copy, and calls neither of the functions above. `*columns` becomes `*fieldCount`
+    /// pointers, each to the `*recordCount` values of a field; all of it is owned by the host, is only read by the
+    /// component, and stays valid and as it is until `hx_component_endExecution`. HX_OK, or anything else for a failure.
+    ///
+    /// Since version 2 of the interface; the structure of a host of version 1 ends in front of it and is not read
+    /// further. May be null: then the records come from `NextBlock`, which is all that a host needs.
+    unsigned (*Columns)(void* handle, const double* const** columns, size_t* recordCount, size_t* fieldCount,
+                        int* errorCode);
 } HXIterator;

@@ -18,7 +18,7 @@ unsigned putText(const std::string& text, char* buffer, std::size_t size, std::s
 /// it was made, whatever host the library is given later.
 class HostHelper {
  public:
-    /// Null for no host and for one whose structures are of another version.
+    /// Null for no host and for one whose structures are of a version that is not known here.
     static std::unique_ptr<HostHelper> create(HXHost* host);
 
     /// A new document with an empty root.
@@ -27,6 +27,8 @@ class HostHelper {
     XMLDocument createFromContents(const std::string& text) const;
     /// What the host says of itself; empty where it says nothing.
     std::string getInformation(HXInformation item) const;
+    /// The version of the host's structures.
+    int interfaceVersion() const { return host_.interfaceVersion; }
 
  private:
     explicit HostHelper(const HXHost& host) : host_(host) {}
@@ -49,16 +51,25 @@ class ContainerHelper {
     HXContainer* container_;
 };
 
-/// The blocks of records of one input. Borrows the iterator.
+/// The records of one input, in blocks or in columns. Borrows the iterator.
 class DataHelper {
  public:
+    /// The version of the interface that brought columns.
+    static constexpr int kColumnsVersion = 2;
+
     struct Block {
         const double* values = nullptr;  ///< record by record; the host's, valid until the next block is asked for
         std::size_t recordCount = 0;
     };
 
-    /// `inputCount` is 1: the component has one input.
-    DataHelper(HXIterator* iterator, int inputCount) : iterator_(iterator), inputCount_(inputCount) {}
+    struct Columns {
+        const double* const* values = nullptr;  ///< for each field; the host's, valid until the end of the execution
+        std::size_t recordCount = 0;
+    };
+
+    /// `inputCount` is 1: the component has one input. `interfaceVersion` is that of the host's structures.
+    DataHelper(HXIterator* iterator, int inputCount, int interfaceVersion)
+        : iterator_(iterator), inputCount_(inputCount), interfaceVersion_(interfaceVersion) {}
 
     int inputCount() const { return inputCount_; }
     /// The number of values that a record has to have.
@@ -70,10 +81,15 @@ class DataHelper {
     /// Gives the next block, without records at the end. False where the iterator fails, and `block` is then empty, or
     /// where a record has another number of values, and `block` then holds the records that came.
     bool nextBlock(Block& block, int* errorCode) const;
+    /// Whether the host hands over columns.
+    bool hasColumns() const;
+    /// Gets all records as columns. False as for `nextBlock`.
+    bool columns(Columns& columns, int* errorCode) const;
 
  private:
     HXIterator* iterator_;
     int inputCount_;
+    int interfaceVersion_;
     std::size_t fieldCount_ = 0;
 };
 

@@ -15,7 +15,8 @@ __extension__ using Wide = unsigned __int128;
 
 /// As many decimal digits always fit into 64 bits.
 inline constexpr std::size_t kMaxDigits = 19;
-/// A double holds all whole numbers below 2^53, and so many powers of ten.
+/// A double holds all whole numbers of so many digits, all below 2^53, and so many powers of ten.
+inline constexpr std::size_t kMaxExactDigits = 15;
 inline constexpr std::uint64_t kExactBelow = std::uint64_t{1} << 53;
 inline constexpr std::size_t kMaxExactPower = 22;
 /// The largest power of five in 64 bits.
@@ -93,8 +94,8 @@ inline const char* TakeDigits(const char* text, const char* last, std::uint64_t&
             text += 8;
             continue;
         }
-        // Zeros in front fill up the digits to eight.
-        if (count > 0) number = kTens[count] * number + JoinDigits(bytes << (64 - 8 * count));
+        // Zeros in front fill up the digits to eight. Shifted twice, since there may be none at all.
+        number = kTens[count] * number + JoinDigits(bytes << 8 << (56 - 8 * count));
         return text + count;
     }
     while (text != last && *text >= '0' && *text <= '9') {
@@ -119,7 +120,6 @@ inline const char* Read(const char* text, const char* last, double& value) {
         digitCount += power;
     }
     if (digitCount == 0) return nullptr;
-    double magnitude = 0;
     if (digitCount > kMaxDigits) {
         // Zeros in front are no digits that count.
         for (const char* zero = digits; zero != end && (*zero == '0' || *zero == '.'); ++zero) {
@@ -127,16 +127,17 @@ inline const char* Read(const char* text, const char* last, double& value) {
         }
         if (digitCount > kMaxDigits || power > kMaxPower) return nullptr;
     }
-    // A quotient of two numbers that doubles hold exactly is correctly rounded (Clinger 1990, How to read floating
-    // point numbers accurately).
-    if (number < kExactBelow && power <= kMaxExactPower) {
+    double magnitude = 0;
+    const bool isDecided =
+        digitCount > kMaxExactDigits && number != 0 && DivideByPowerOfTen(number, power, magnitude);
+    if (!isDecided) {
+        // A quotient of two numbers that doubles hold exactly is correctly rounded (Clinger 1990, How to read floating
+        // point numbers accurately).
+        if (number >= kExactBelow || power > kMaxExactPower) return nullptr;
         magnitude = static_cast<double>(number) / kPowers[power].ofTen;
-    } else if (number == 0) {
-        magnitude = 0;
-    } else if (!DivideByPowerOfTen(number, power, magnitude)) {
-        return nullptr;
     }
-    value = isNegative ? -magnitude : magnitude;
+    // Without a branch, since nobody can foretell the sign.
+    value = std::bit_cast<double>(std::bit_cast<std::uint64_t>(magnitude) | static_cast<std::uint64_t>(isNegative) << 63);
     return end;
 }
 

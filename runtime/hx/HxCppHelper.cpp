@@ -1,5 +1,6 @@
 #include "platform/peer/HxCppHelper.h"
 
+#include <algorithm>
 #include <cstring>
 #include <optional>
 
@@ -19,7 +20,9 @@ unsigned putText(const std::string& text, char* buffer, std::size_t size, std::s
 // ---- Host ----
 
 std::unique_ptr<HostHelper> HostHelper::create(HXHost* host) {
-    if (host == nullptr || host->interfaceVersion != HX_INTERFACE_VERSION) return nullptr;
+    const bool isKnown = host != nullptr && host->interfaceVersion >= HX_FIRST_INTERFACE_VERSION &&
+                         host->interfaceVersion <= HX_INTERFACE_VERSION;
+    if (!isKnown) return nullptr;
     return std::unique_ptr<HostHelper>(new HostHelper(*host));
 }
 
@@ -69,6 +72,23 @@ bool DataHelper::nextBlock(Block& block, int* errorCode) const {
     }
     block = next;
     return next.recordCount == 0 || (next.values != nullptr && width == fieldCount_);
+}
+
+bool DataHelper::hasColumns() const {
+    return iterator_ != nullptr && interfaceVersion_ >= kColumnsVersion && iterator_->Columns != nullptr;
+}
+
+bool DataHelper::columns(Columns& columns, int* errorCode) const {
+    Columns all;
+    std::size_t width = fieldCount_;
+    if (CallHost(iterator_, &HXIterator::Columns, &all.values, &all.recordCount, &width, errorCode) != HX_OK) {
+        columns = Columns();
+        return false;
+    }
+    columns = all;
+    if (all.recordCount == 0) return true;
+    const auto isThere = [](const double* column) { return column != nullptr; };
+    return all.values != nullptr && width == fieldCount_ && std::all_of(all.values, all.values + width, isThere);
 }
 
 }  // namespace HxCppHelperV1

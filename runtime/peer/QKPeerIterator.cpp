@@ -8,7 +8,14 @@
 
 using HxCppHelperV1::DataHelper;
 
-QKPeerIterator::QKPeerIterator(DataHelper& dataHelper, const InputAdapter& inputAdapter)
+// ---- What both kinds share ----
+
+std::unique_ptr<QKPeerStream> QKPeerStream::Create(DataHelper& dataHelper, const InputAdapter& inputAdapter) {
+    if (dataHelper.hasColumns()) return std::make_unique<QKPeerColumns>(dataHelper, inputAdapter);
+    return std::make_unique<QKPeerIterator>(dataHelper, inputAdapter);
+}
+
+QKPeerStream::QKPeerStream(DataHelper& dataHelper, const InputAdapter& inputAdapter)
     : dataHelper_(dataHelper), fieldCount_(static_cast<std::size_t>(inputAdapter.GetVarList().Size())) {
     for (std::size_t position = 0; position < fieldCount_; ++position) {
         const IQKVariable& field = *inputAdapter.GetVarList().GetVarAt(static_cast<int>(position));
@@ -16,6 +23,26 @@ QKPeerIterator::QKPeerIterator(DataHelper& dataHelper, const InputAdapter& input
         categoricalFields_.push_back({position, static_cast<double>(field.GetCategoryCount())});
     }
 }
+
+bool QKPeerStream::Fail() {
+    if (errorCode_ == 0) errorCode_ = HX_ERROR_RECORDS;
+    state_ = kFailed;
+    return false;
+}
+
+bool QKPeerStream::AreCategories(const double* values, std::size_t recordCount, std::size_t stride,
+                                 double categoryCount) {
+    static_assert(kMissingCategory == -1);
+    // One after the other without a way out, which a processor does several at a time.
+    bool areKnown = true;
+    for (std::size_t i = 0; i < recordCount; ++i) {
+        const double category = values[i * stride];
+        areKnown &= (category >= kMissingCategory) & (category < categoryCount) & (category == std::trunc(category));
+    }
+    return areKnown;
+}
+
+// ---- Blocks ----
 
 Record* QKPeerIterator::Next() {
     // A record can be written to, but whoever gets one from a stream only reads it.
@@ -59,21 +86,41 @@ bool QKPeerIterator::EndPass() {
     return false;
 }
 
-bool QKPeerIterator::Fail() {
-    if (errorCode_ == 0) errorCode_ = HX_ERROR_RECORDS;
-    state_ = kFailed;
-    return false;
+bool QKPeerIterator::HasKnownCategories(const DataHelper::Block& block) const {
+    return std::ranges::all_of(categoricalFields_, [&](const CategoricalField& field) {
+        return AreCategories(block.values + field.position, block.recordCount, fieldCount_, field.categoryCount);
+    });
 }
 
-bool QKPeerIterator::HasKnownCategories(const DataHelper::Block& block) const {
-    const double* record = block.values;
-    for (std::size_t i = 0; i < block.recordCount; ++i, record += fieldCount_) {
-        const auto isKnown = [&](const CategoricalField& field) {
-            const double category = record[field.position];
-            return category == kMissingCategory ||
-                   (category >= 0 && category < field.categoryCount && category == std::floor(category));
-        };
-        if (!std::all_of(categoricalFields_.begin(), categoricalFields_.end(), isKnown)) return false;
-    }
-    return true;
+// ---- Columns ----
+
+QKPeerColumns::QKPeerColumns(DataHelper& dataHelper, const InputAdapter& inputAdapter)
+    : QKPeerStream(dataHelper, inputAdapter), current_(fieldCount_) {
+    bool areGood = dataHelper_.columns(columns_, &errorCode_);
+    if (fieldCount_ == 0) columns_.recordCount = 0;
+    // Columns that don't fit came all the same, and to have none is a different failure from theirs.
+    hasDelivered_ = columns_.recordCount > 0;
+    areGood = areGood && std::ranges::all_of(categoricalFields_, [&](const CategoricalField& field) {
+                  return AreCategories(columns_.values[field.position], columns_.recordCount, 1, field.categoryCount);
+              });
+    if (areGood) return;
+    columns_ = {};
+    Fail();
+}
+
+bool QKPeerColumns::HasMore() {
+    if (state_ == kReading && next_ == columns_.recordCount) state_ = kAtEnd;
+    return state_ == kReading;
+}
+
+Record* QKPeerColumns::Next() {
+    for (std::size_t i = 0; i < fieldCount_; ++i) current_[i] = columns_.values[i][next_];
+    ++next_;
+    return &current_;
+}
+
+int QKPeerColumns::Rewind() {
+    next_ = 0;
+    if (!HasFailed()) state_ = kReading;
+    return state_;
 }

@@ -92,7 +92,8 @@ unsigned TARNComponentBuilder::ReportRequest(const QKStatus& status, int* errorC
 
 unsigned TARNComponentBuilder::BeginExecution(HXIterator* iterator, HXProgress* progress, int* errorCode) {
     ClearMessages();
-    SetDataHelper(std::make_unique<DataHelper>(iterator, kInputCount));
+    const int version = GetHostHelper() != nullptr ? GetHostHelper()->interfaceVersion() : HX_FIRST_INTERFACE_VERSION;
+    SetDataHelper(std::make_unique<DataHelper>(iterator, kInputCount, version));
     SetProgress(progress);
     const unsigned result = Execute(errorCode);
     SetProgress(nullptr);
@@ -148,7 +149,8 @@ unsigned TARNComponentBuilder::ExpandSettings(int* errorCode) {
 }
 
 unsigned TARNComponentBuilder::RunAlgorithm(int* errorCode) {
-    QKPeerIterator records(*GetDataHelper(), *inputAdapter);
+    const std::unique_ptr<QKPeerStream> stream = QKPeerStream::Create(*GetDataHelper(), *inputAdapter);
+    QKPeerStream& records = *stream;
     const QKStatus status = algorithm->Run(records);
     // This says more than the code of a run without records, so it comes first.
     if (!records.HasDelivered()) {

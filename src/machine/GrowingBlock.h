@@ -14,22 +14,17 @@
 
 /// Numbers side by side in memory that grows behind them, without a copy where the system can do without: what is large
 /// is a mapping of its own, whose pages move to another address as they are, and of which only what was written takes
-/// memory. New numbers are not initialised. Throws `std::bad_alloc` when there is no memory.
+/// memory, with the wish for large pages. New numbers are not initialised. Throws `std::bad_alloc` when there is no memory.
 ///
 /// This header includes nothing of the project and is open to all floors.
 class GrowingBlock {
  public:
-    /// `largePagesFrom`: as soon as the block has so many bytes, large pages are wished for. They save page faults, but
-    /// the last one takes memory that nobody needs until `Trim`.
-    explicit GrowingBlock(std::size_t largePagesFrom = kLargePage) : largePagesFrom_(largePagesFrom) {}
+    GrowingBlock() = default;
     GrowingBlock(GrowingBlock&& other) noexcept
-        : values_(std::exchange(other.values_, nullptr)),
-          bytes_(std::exchange(other.bytes_, 0)),
-          largePagesFrom_(other.largePagesFrom_) {}
+        : values_(std::exchange(other.values_, nullptr)), bytes_(std::exchange(other.bytes_, 0)) {}
     GrowingBlock& operator=(GrowingBlock&& other) noexcept {
         std::swap(values_, other.values_);
         std::swap(bytes_, other.bytes_);
-        std::swap(largePagesFrom_, other.largePagesFrom_);
         return *this;
     }
     ~GrowingBlock() { Release(); }
@@ -38,10 +33,13 @@ class GrowingBlock {
     const double* Values() const { return values_; }
     std::size_t Capacity() const { return bytes_ / sizeof(double); }
 
-    /// Makes room for `count` numbers, and for more to come. Those that are there stay; their address may change.
+    /// Makes room for `count` numbers. Those that are there stay; their address may change.
     void Reserve(std::size_t count) {
-        if (count <= Capacity()) return;
-        Resize(BytesOf(std::max(count, 2 * Capacity())));
+        if (count > Capacity()) Resize(BytesOf(count));
+    }
+    /// The same with room for more to come, so that growing by and by doesn't move them each time.
+    void Grow(std::size_t count) {
+        if (count > Capacity()) Resize(BytesOf(std::max(count, 2 * Capacity())));
     }
     /// Gives back what is behind the first `count` numbers.
     void Trim(std::size_t count) {
@@ -50,10 +48,9 @@ class GrowingBlock {
 
  private:
     static constexpr std::size_t kPage = 4096;
-    static constexpr std::size_t kLargePage = std::size_t{2} << 20;
-    /// From here on a block is a mapping of its own. Below it there may be a hundred thousand blocks, which is more
+    /// From here on, the size of a large page, a block is a mapping of its own. Below it there may be a hundred thousand blocks, which is more
     /// than a process may have mappings.
-    static constexpr std::size_t kMappedFrom = kLargePage;
+    static constexpr std::size_t kMappedFrom = std::size_t{2} << 20;
 
     static std::size_t BytesOf(std::size_t count) {
         if (count > PTRDIFF_MAX / sizeof(double)) throw std::bad_alloc();
@@ -76,7 +73,7 @@ class GrowingBlock {
 
     /// Between the heap and a mapping of its own.
     void MoveTo(std::size_t bytes) {
-        GrowingBlock other(largePagesFrom_);
+        GrowingBlock other;
         if (IsMapped(bytes)) {
             other.Take(mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0),
                        bytes);
@@ -92,7 +89,7 @@ class GrowingBlock {
         values_ = static_cast<double*>(mapping);
         bytes_ = bytes;
         // For the whole of it: a mapping of which a part is treated differently can't be moved as one.
-        if (bytes >= largePagesFrom_) madvise(mapping, bytes, MADV_HUGEPAGE);
+        madvise(mapping, bytes, MADV_HUGEPAGE);
     }
 
     void Release() {
@@ -130,5 +127,4 @@ class GrowingBlock {
 
     double* values_ = nullptr;
     std::size_t bytes_ = 0;
-    std::size_t largePagesFrom_;
 };
