@@ -7,6 +7,7 @@
 #include <pugixml.hpp>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include "tests/component/HostedComponent.h"
 #include "tests/harness/AllocationFailure.h"
@@ -40,14 +41,17 @@ TEST(Library, InitialiseOfNullKeepsTheHostThatIsThere) {
     tiny_host_free(&host);
 }
 
-TEST(Library, AHostOfAnotherVersionIsNone) {
+TEST(Library, AHostOfAnUnknownVersionIsNone) {
     const TinyLibrary fresh = FreshLibrary();
     TinyHost host;
     tiny_host_init(&host);
-    host.host.interfaceVersion = HX_INTERFACE_VERSION + 1;
-    EXPECT_EQ(fresh.initialise(&host.host), HX_OK);
-    std::size_t needed = 0;
-    EXPECT_EQ(fresh.getModuleInformation(nullptr, 0, &needed, nullptr), HX_NO_HOST_HELPER);
+    for (const auto& [version, result] :
+         {std::pair{0, HX_NO_HOST_HELPER}, {1, HX_BUFFER_TOO_SMALL}, {2, HX_BUFFER_TOO_SMALL}, {3, HX_NO_HOST_HELPER}}) {
+        host.host.interfaceVersion = version;
+        EXPECT_EQ(fresh.initialise(&host.host), HX_OK);
+        std::size_t needed = 0;
+        EXPECT_EQ(fresh.getModuleInformation(nullptr, 0, &needed, nullptr), result) << version;
+    }
     tiny_host_free(&host);
 }
 

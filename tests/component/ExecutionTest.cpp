@@ -3,6 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstring>
+#include <memory>
 #include <pugixml.hpp>
 #include <string>
 #include <vector>
@@ -320,6 +324,129 @@ TEST_F(Execution, ACategoryThatTheModelLacksFailsTheRun) {
         SCOPED_TRACE(category);
         GiveRows({{1, 2, 0}, {1, 2, 1}, {1, 2, -1}, {1, 2, category}});
         host.passes = 0;
+        EXPECT_EQ(Begin(), HX_FAILED);
+        EXPECT_EQ(errorCode, HX_ERROR_RECORDS);
+    }
+}
+
+// ---- Columns in the place of blocks ----
+
+/// What a host hands over by `Columns`.
+struct ColumnsOfHost {
+    std::vector<std::vector<double>> values;
+    std::vector<const double*> pointers;
+    std::size_t recordCount = 0;
+    int code = 0;
+    unsigned answer = HX_OK;
+    int calls = 0;
+};
+
+class ExecutionByColumns : public Execution {
+ protected:
+    ExecutionByColumns() {
+        host.user = &columns;
+        host.iterator.Columns = [](void* handle, const double* const** values, size_t* recordCount, size_t* fieldCount,
+                                   int* code) {
+            auto& given = *static_cast<ColumnsOfHost*>(static_cast<TinyHost*>(handle)->user);
+            ++given.calls;
+            *values = given.pointers.data();
+            *recordCount = given.recordCount;
+            *fieldCount = given.pointers.size();
+            *code = given.code;
+            return given.answer;
+        };
+        TurnRows();
+    }
+
+    /// The rows of the host as its columns.
+    void TurnRows() {
+        columns.values.assign(host.fieldCount, std::vector<double>(host.recordCount));
+        columns.pointers.clear();
+        columns.recordCount = host.recordCount;
+        for (std::size_t field = 0; field < host.fieldCount; ++field) {
+            for (std::size_t record = 0; record < host.recordCount; ++record) {
+                columns.values[field][record] = host.values[record * host.fieldCount + field];
+            }
+            columns.pointers.push_back(columns.values[field].data());
+        }
+    }
+
+    ColumnsOfHost columns;
+};
+
+TEST_F(ExecutionByColumns, TheDocumentIsThatOfTheBlocks) {
+    ASSERT_EQ(RunAll(), HX_OK);
+    const std::string byColumns = Document();
+    EXPECT_EQ(columns.calls, 1);
+    EXPECT_EQ(host.passes, 0) << "no block was asked for";
+    host.iterator.Columns = nullptr;
+    ASSERT_EQ(Begin(), HX_OK);
+    EXPECT_GT(host.passes, 0);
+    EXPECT_EQ(Document(), byColumns);
+}
+
+TEST_F(ExecutionByColumns, AHostOfVersionOneIsAskedForBlocksAlone) {
+    host.host.interfaceVersion = 1;
+    ASSERT_EQ(RunAll(), HX_OK);
+    EXPECT_EQ(columns.calls, 0);
+    EXPECT_GT(host.passes, 0);
+}
+
+TEST_F(ExecutionByColumns, TheStructureOfVersionOneIsNotReadBeyondItsEnd) {
+    // As large as it was then, so that AddressSanitizer sees every look behind it.
+    constexpr std::size_t kSize = offsetof(HXIterator, Columns);
+    const std::unique_ptr<char[]> old(new char[kSize]);
+    std::memcpy(old.get(), &host.iterator, kSize);
+    host.host.interfaceVersion = 1;
+    host.user = old.get();
+    host.context.GetInputIterator = [](void* handle, int, HXIterator** iterator, int*) {
+        *iterator = static_cast<HXIterator*>(static_cast<TinyHost*>(handle)->user);
+        return unsigned{HX_OK};
+    };
+    ASSERT_EQ(RunAll(), HX_OK);
+    const harness::Document document(Document());
+    EXPECT_EQ(document.Test(0).Sub("StatisticsResult").Row("TotalN"), "4");
+}
+
+TEST_F(ExecutionByColumns, WithoutRecordsThereIsNone) {
+    columns.recordCount = 0;
+    EXPECT_EQ(RunAll(), HX_FAILED);
+    EXPECT_EQ(errorCode, 240037);
+}
+
+TEST_F(ExecutionByColumns, ACallThatFailsDeliversNoneWhateverItGave) {
+    columns.answer = TINY_FAILURE_RESULT;
+    columns.code = TINY_FAILURE_CODE;
+    EXPECT_EQ(RunAll(), HX_FAILED);
+    EXPECT_EQ(errorCode, 240037);
+    EXPECT_STREQ(host.messages, "3 240037\n");
+}
+
+TEST_F(ExecutionByColumns, AnotherNumberOfColumnsDoesntFitTheModel) {
+    columns.pointers.pop_back();
+    EXPECT_EQ(RunAll(), HX_FAILED);
+    EXPECT_EQ(errorCode, 240038);
+    EXPECT_STREQ(host.messages, "3 240038\n");
+    columns.code = TINY_FAILURE_CODE;
+    EXPECT_EQ(Begin(), HX_FAILED);
+    EXPECT_EQ(errorCode, TINY_FAILURE_CODE) << "a code that the host gave is the reason";
+}
+
+TEST_F(ExecutionByColumns, AColumnWithoutValuesDoesntFitTheModel) {
+    columns.pointers.back() = nullptr;
+    EXPECT_EQ(RunAll(), HX_FAILED);
+    EXPECT_EQ(errorCode, 240038);
+}
+
+TEST_F(ExecutionByColumns, ACategoryThatTheModelLacksFailsTheRun) {
+    GiveExecution(
+        ModelText().Continuous("before").Continuous("after").Categories("c", "nominal", {"a", "b"}, "string").Build());
+    GiveRows({{1, 2, 0}, {1, 2, 1}, {1, 2, -1}, {1, 2, 1}});
+    TurnRows();
+    ASSERT_EQ(RunAll(), HX_OK);
+    for (const double category : {2.0, 0.5, -0.5, -2.0, kNone, std::nan("")}) {
+        SCOPED_TRACE(category);
+        columns.values.back().back() = category;
         EXPECT_EQ(Begin(), HX_FAILED);
         EXPECT_EQ(errorCode, HX_ERROR_RECORDS);
     }

@@ -38,6 +38,7 @@ int main(int argumentCount, char** arguments) {
         return 1;
     }
     tiny_host_init(&host);
+    host.host.interfaceVersion = 1; /* built when there was no other one: its iterator ends with NextBlock */
     host.applicationName = "foreign";
     host.settings = kSettings;
     host.sourceModel = host.executionModel = kModel;
