@@ -16,7 +16,8 @@ namespace {
 template <typename Cell>
 std::string Csv(std::size_t rows, std::size_t columns, Cell cell) {
     std::string text;
-    for (std::size_t column = 0; column < columns; ++column) text += (column == 0 ? "x" : ",x") + std::to_string(column);
+    for (std::size_t column = 0; column < columns; ++column)
+        text += (column == 0 ? "x" : ",x") + std::to_string(column);
     text += '\n';
     for (std::size_t row = 0; row < rows; ++row) {
         for (std::size_t column = 0; column < columns; ++column) {
@@ -46,7 +47,8 @@ std::string OneToSeven(std::size_t rows, std::size_t columns) {
 std::string Categories(std::size_t rows, std::size_t columns, const char* quote) {
     constexpr std::array kWords = {"control", "low dose", "high dose", "placebo", "washout"};
     std::mt19937_64 random(20263);
-    return Csv(rows, columns, [&](std::string& text) { text.append(quote).append(kWords[random() % kWords.size()]).append(quote); });
+    return Csv(rows, columns,
+               [&](std::string& text) { text.append(quote).append(kWords[random() % kWords.size()]).append(quote); });
 }
 
 void Read(benchmark::State& state, const std::string& text) {
@@ -82,8 +84,14 @@ void ReadQuotedCategories(benchmark::State& state) {
 }
 
 /// With one thread and with two.
-#define TARN_CSV_BENCHMARK(name) \
-    BENCHMARK(name)->ArgName("threads")->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->UseRealTime()->MeasureProcessCPUTime()
+#define TARN_CSV_BENCHMARK(name)        \
+    BENCHMARK(name)                     \
+        ->ArgName("threads")            \
+        ->Arg(1)                        \
+        ->Arg(2)                        \
+        ->Unit(benchmark::kMillisecond) \
+        ->UseRealTime()                 \
+        ->MeasureProcessCPUTime()
 TARN_CSV_BENCHMARK(ReadNumbers);
 TARN_CSV_BENCHMARK(ReadNumbersOfManyFields);
 TARN_CSV_BENCHMARK(ReadOneToSeven);

@@ -17,10 +17,10 @@ namespace tarn {
 
 namespace {
 
-Table LoadTableFor(const AnalyzeOptions& options) {
+Table LoadTableFor(const AnalyzeOptions& options, const Interrupt& interrupt) {
     const AnalysisOptions& analysis = options.analysis;
     const auto group = analysis.group.empty() ? std::nullopt : std::optional(analysis.group);
-    Table table = LoadTableOf(options.table, !analysis.includeUserMissing, group, analysis.orders);
+    Table table = LoadTableOf(options.table, !analysis.includeUserMissing, interrupt, group, analysis.orders);
     PrepareTable(table, analysis);
     return table;
 }
@@ -37,7 +37,7 @@ AnalysisOptions AnalysisOf(const AnalyzeOptions& options) {
 
 ExitStatus Analyze(const AnalyzeOptions& options) {
     Interrupt interrupt;
-    const Table table = LoadTableFor(options);
+    const Table table = LoadTableFor(options, interrupt);
     std::optional<ProgressBar> progress(!options.output.quiet);
     const AnalysisEnvironment environment = EnvironmentOf(interrupt, *progress, options.table.threads);
     AnalysisOutcome outcome = Analyze(table, AnalysisOf(options), environment);

@@ -47,7 +47,7 @@ std::optional<AnalysisOutcome> RunPlanFile(const RunOptions& options, Interrupt&
         plan.settings.RemoveSetting(kBrief, true);
         plan.settings.AddSetting(kBrief, true);
     }
-    Table table = LoadTableOf(options.table, true);
+    const Table table = LoadTableOf(options.table, true, interrupt);
     ProgressBar progress(!options.output.quiet);
     return RunPlan(plan, table, EnvironmentOf(interrupt, progress, options.table.threads));
 }
@@ -63,7 +63,8 @@ std::optional<AnalysisOutcome> RunSettingsFile(const RunOptions& options, Interr
         MakeSettingsDocument(request, source.Name()));  // a shape that no setting has, before the table is read
     if (!TellPassedOver(passedOver, options.strict)) return std::nullopt;
     const auto userMissing = request.find(kUserMissing);
-    const Table table = LoadTableOf(options.table, userMissing != request.end() && *userMissing == kExclude);
+    const bool excludeUserMissing = userMissing != request.end() && *userMissing == kExclude;
+    const Table table = LoadTableOf(options.table, excludeUserMissing, interrupt);
     ProgressBar progress(!options.output.quiet);
     return RunRequest(request, source.Name(), table, EnvironmentOf(interrupt, progress, options.table.threads));
 }

@@ -16,7 +16,7 @@ TableDescriptor LoadDescriptor(const std::string& path) {
 
 }  // namespace
 
-Table LoadTableOf(const TableOptions& options, bool excludeUserMissing,
+Table LoadTableOf(const TableOptions& options, bool excludeUserMissing, const Interrupt& interrupt,
                   const std::optional<std::string>& nominalByDefault, const std::vector<FieldOrder>& orders) {
     const TableDescriptor descriptor = LoadDescriptor(options.fieldsPath);
     LoadOptions load;
@@ -28,6 +28,7 @@ Table LoadTableOf(const TableOptions& options, bool excludeUserMissing,
     load.threads = options.threads;
     load.weightField = options.weightField;
     load.nominalByDefault = nominalByDefault;
+    load.isCancelled = [&interrupt] { return interrupt.IsAsked(); };
     ByteSource source(options.dataPath);
     return LoadTable(source, descriptor, load);
 }

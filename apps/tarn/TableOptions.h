@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "apps/tarn/Interrupt.h"
 #include "host/table/Table.h"
 #include "host/table/TableLoader.h"
 
@@ -21,8 +22,9 @@ struct TableOptions {
 };
 
 /// Reads the table. `excludeUserMissing`: whether the user-missing values of its fields are missing.
-/// `nominalByDefault`: a field that is nominal unless its level is given. Throws an `InputError`.
-Table LoadTableOf(const TableOptions& options, bool excludeUserMissing,
+/// `nominalByDefault`: a field that is nominal unless its level is given. Throws an `InputError`, and a `LoadCancelled`
+/// after an interrupt.
+Table LoadTableOf(const TableOptions& options, bool excludeUserMissing, const Interrupt& interrupt,
                   const std::optional<std::string>& nominalByDefault = std::nullopt,
                   const std::vector<FieldOrder>& orders = {});
 

@@ -12,7 +12,8 @@
 
 namespace tarn {
 
-/// Reads the rows of a piece into values of its own, which stay in the cache until their place in the table is known. Several pieces are read at a time, each by a reader of its own.
+/// Reads the rows of a piece into values of its own, which stay in the cache until their place in the table is known.
+/// Several pieces are read at a time, each by a reader of its own.
 ///
 /// It knows everything that a right table may hold. What a table may not hold it only notices: where the piece and all
 /// before it are at hand, `ThrowMistakeOf` tells what it is.

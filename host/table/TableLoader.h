@@ -44,7 +44,7 @@ struct LoadOptions {
 /// The reading of a table was ended by `LoadOptions::isCancelled`.
 class LoadCancelled : public std::runtime_error {
  public:
-    LoadCancelled() : std::runtime_error("cancelled while the table was read") {}
+    LoadCancelled() : std::runtime_error("the run was cancelled while its table was read") {}
 };
 
 /// Reads a table of comma-separated values, with a second pass over `source` if a column shows late to hold texts.

@@ -27,7 +27,8 @@ typedef struct HXIterator {
     /// All records at once, for a host that has the values of each field side by side: the component then reads them
     /// where they are, without a copy, and calls neither of the functions above. `*columns` becomes `*fieldCount`
     /// pointers, each to the `*recordCount` values of a field; all of it is owned by the host, is only read by the
-    /// component, and stays valid and as it is until `hx_component_endExecution`. HX_OK, or anything else for a failure.
+    /// component, and stays valid and as it is until `hx_component_endExecution`. HX_OK, or anything else for a
+    /// failure.
     ///
     /// Since version 2 of the interface; the structure of a host of version 1 ends in front of it and is not read
     /// further. May be null: then the records come from `NextBlock`, which is all that a host needs.

@@ -128,8 +128,7 @@ inline const char* Read(const char* text, const char* last, double& value) {
         if (digitCount > kMaxDigits || power > kMaxPower) return nullptr;
     }
     double magnitude = 0;
-    const bool isDecided =
-        digitCount > kMaxExactDigits && number != 0 && DivideByPowerOfTen(number, power, magnitude);
+    const bool isDecided = digitCount > kMaxExactDigits && number != 0 && DivideByPowerOfTen(number, power, magnitude);
     if (!isDecided) {
         // A quotient of two numbers that doubles hold exactly is correctly rounded (Clinger 1990, How to read floating
         // point numbers accurately).
@@ -137,7 +136,8 @@ inline const char* Read(const char* text, const char* last, double& value) {
         magnitude = static_cast<double>(number) / kPowers[power].ofTen;
     }
     // Without a branch, since nobody can foretell the sign.
-    value = std::bit_cast<double>(std::bit_cast<std::uint64_t>(magnitude) | static_cast<std::uint64_t>(isNegative) << 63);
+    value =
+        std::bit_cast<double>(std::bit_cast<std::uint64_t>(magnitude) | static_cast<std::uint64_t>(isNegative) << 63);
     return end;
 }
 

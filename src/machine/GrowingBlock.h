@@ -14,7 +14,8 @@
 
 /// Numbers side by side in memory that grows behind them, without a copy where the system can do without: what is large
 /// is a mapping of its own, whose pages move to another address as they are, and of which only what was written takes
-/// memory, with the wish for large pages. New numbers are not initialised. Throws `std::bad_alloc` when there is no memory.
+/// memory, with the wish for large pages. New numbers are not initialised. Throws `std::bad_alloc` when there is no
+/// memory.
 ///
 /// This header includes nothing of the project and is open to all floors.
 class GrowingBlock {
@@ -48,8 +49,8 @@ class GrowingBlock {
 
  private:
     static constexpr std::size_t kPage = 4096;
-    /// From here on, the size of a large page, a block is a mapping of its own. Below it there may be a hundred thousand blocks, which is more
-    /// than a process may have mappings.
+    /// From here on, the size of a large page, a block is a mapping of its own. Below it there may be a hundred
+    /// thousand blocks, which is more than a process may have mappings.
     static constexpr std::size_t kMappedFrom = std::size_t{2} << 20;
 
     static std::size_t BytesOf(std::size_t count) {

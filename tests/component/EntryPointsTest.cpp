@@ -45,8 +45,10 @@ TEST(Library, AHostOfAnUnknownVersionIsNone) {
     const TinyLibrary fresh = FreshLibrary();
     TinyHost host;
     tiny_host_init(&host);
-    for (const auto& [version, result] :
-         {std::pair{0, HX_NO_HOST_HELPER}, {1, HX_BUFFER_TOO_SMALL}, {2, HX_BUFFER_TOO_SMALL}, {3, HX_NO_HOST_HELPER}}) {
+    for (const auto& [version, result] : {std::pair{0, HX_NO_HOST_HELPER},
+                                          {1, HX_BUFFER_TOO_SMALL},
+                                          {2, HX_BUFFER_TOO_SMALL},
+                                          {3, HX_NO_HOST_HELPER}}) {
         host.host.interfaceVersion = version;
         EXPECT_EQ(fresh.initialise(&host.host), HX_OK);
         std::size_t needed = 0;

@@ -8,7 +8,9 @@
 #include <cstddef>
 #include <fstream>
 #include <span>
+#include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/host/InputErrorOf.h"
@@ -181,6 +183,85 @@ TEST(TableLoader, ReadsManyNumbersInTheirPlaces) {
             ASSERT_EQ(table.Cells(2)[at], -row / 1000.0);
         }
     }
+}
+
+/// A table as text, to compare two of them as a whole.
+std::string Shown(const Table& table) {
+    std::ostringstream text;
+    text.precision(17);
+    for (std::size_t i = 0; i < table.ColumnCount(); ++i) {
+        const Column& column = table.Columns()[i];
+        text << column.name << ' ' << static_cast<int>(column.type) << static_cast<int>(column.level);
+        for (const Category& category : column.categories)
+            text << " [" << category.number << ',' << category.text << ']';
+        for (const double cell : table.Cells(i)) text << ' ' << cell;
+        text << '\n';
+    }
+    return text.str();
+}
+
+/// The table of a text or why it is none.
+std::string ShownOrError(const std::string& csv, const LoadOptions& options) {
+    std::string shown;
+    const std::string error = InputErrorOf([&] { shown = Shown(Load(csv, "{}", options)); });
+    return error.empty() ? shown : error;
+}
+
+// Numbers, texts in quotes and bare, late texts, line breaks within quotes, missing cells, and sometimes a mistake.
+TEST(TableLoader, TheTableIsTheSameForAnyNumberOfThreadsAndAnyPieces) {
+    EXPECT_TRUE(rc::check([] {
+        const auto cell = rc::gen::weightedElement<std::string>({{60, "1"},
+                                                                 {60, "2.5"},
+                                                                 {20, "-0.0012345678901234567"},
+                                                                 {20, "NA"},
+                                                                 {20, ""},
+                                                                 {5, "1e3"},
+                                                                 {5, " 7 "},
+                                                                 {5, "\"8\""},
+                                                                 {2, "x"},
+                                                                 {2, "\"a\nb\""},
+                                                                 {2, "\"\"\"\""},
+                                                                 {1, "\xc3\xa9"},
+                                                                 {1, "a longer text"}});
+        const auto lineBreak = rc::gen::weightedElement<std::string>({{30, "\n"}, {10, "\r\n"}, {2, "\n\n"}});
+        const auto rows = *rc::gen::resize(
+            200, rc::gen::container<std::vector<std::pair<std::pair<std::string, std::string>, std::string>>>(
+                     rc::gen::pair(rc::gen::pair(cell, cell), lineBreak)));
+        const std::string mistake = *rc::gen::weightedElement<std::string>(
+            {{10, ""}, {1, "1\n"}, {1, "1,2,3\n"}, {1, "a\"b,1\n"}, {1, "1,\"open\n"}, {1, "\xff,1\n"}});
+        const std::size_t place = *rc::gen::inRange<std::size_t>(0, rows.size() + 1);
+        std::string csv = "a,b\n";
+        for (std::size_t row = 0; row <= rows.size(); ++row) {
+            if (row == place) csv += mistake;
+            if (row < rows.size()) csv += rows[row].first.first + "," + rows[row].first.second + rows[row].second;
+        }
+        LoadOptions options;
+        options.threads = 1;
+        const std::string whole = ShownOrError(csv, options);
+        RC_ASSERT(mistake.empty() == (whole.find("expected") == std::string::npos));
+        for (const std::size_t blockSize : {1, 13, 50, 200}) {
+            for (options.threads = 1; options.threads <= 3; ++options.threads) {
+                options.blockSize = blockSize;
+                RC_ASSERT(ShownOrError(csv, options) == whole);
+            }
+        }
+    }));
+}
+
+TEST(TableLoader, EndsWhereItIsToldTo) {
+    std::string csv = "a\n";
+    for (int i = 0; i < 10000; ++i) csv += "1\n";
+    LoadOptions options;
+    options.blockSize = 1000;
+    int questions = 0;
+    options.isCancelled = [&questions] { return ++questions > 3; };
+    for (const unsigned threads : {1U, 2U}) {
+        options.threads = threads;
+        questions = 0;
+        EXPECT_THROW(Load(csv, "{}", options), LoadCancelled) << threads;
+    }
+    options.isCancelled = [] { return false; };
+    EXPECT_EQ(Load(csv, "{}", options).RowCount(), 10000u);
 }
 
 TEST(TableLoader, TellsTheCellThatIsNoneOfItsType) {
