@@ -19,7 +19,7 @@ namespace tarn {
 /// UTF-8.
 class CsvReader {
  public:
-    static constexpr std::size_t kDefaultBlockSize = std::size_t{1} << 20;
+    static constexpr std::size_t kDefaultBlockSize = std::size_t{1} << 19;
 
     /// `blockSize`: bytes that are read at a time, at least 1. A longer row makes the reader's block grow. `firstLine`:
     /// the number of the line on which the source stands. The first line of all may begin with a byte order mark.

@@ -144,9 +144,9 @@ inline const char* PieceReader::ReadDecimal(const char* text, std::size_t column
     return border;
 }
 
-/// Reads a cell and returns its border; null for a mistake.
-const char* PieceReader::ReadAnyCell(const char* text, const ColumnReader& reader, CellCodes& codes, double& value,
-                                     std::size_t column) {
+/// Reads a cell and returns its border; null for a mistake. Apart from `ReadRow`, whose loop is for numbers.
+[[gnu::noinline]] const char* PieceReader::ReadAnyCell(const char* text, const ColumnReader& reader, CellCodes& codes,
+                                                       double& value, std::size_t column) {
     Cell cell{};
     if (!FindCell(text, cell)) return nullptr;
     if (reader.Read(cell.text, codes, value)) return cell.border;

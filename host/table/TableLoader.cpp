@@ -32,7 +32,7 @@ constexpr std::size_t kHeaderBlockSize = std::size_t{1} << 16;
 
 /// How many pieces are in memory for each thread. With more of them threads wait less for one another at the end of a
 /// round, and more memory is taken.
-constexpr std::size_t kPiecesOfThread = 4;
+constexpr std::size_t kPiecesOfThread = 3;
 
 // Reads pieces of rows in rounds. In a round each piece is taken from the source and read into columns of its own, by
 // as many threads as there are; the pieces are then put in order, and take their places in the table when the next

@@ -8,8 +8,8 @@
 
 namespace {
 
-constexpr std::size_t kSome = 1000;          // in the heap
-constexpr std::size_t kMany = 3'000'000;     // a mapping of its own
+constexpr std::size_t kSome = 1000;       // in the heap
+constexpr std::size_t kMany = 3'000'000;  // a mapping of its own
 constexpr std::size_t kSizes[] = {1, kSome, kMany, 2 * kMany, kSome, kMany, 7};
 
 void Fill(GrowingBlock& block, std::size_t from, std::size_t to) {

@@ -7,9 +7,14 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <iterator>
 #include <limits>
 #include <random>
+#include <regex>
 #include <string>
+#include <string_view>
+
+#include "runtime/common/PlainDecimal.h"
 
 namespace {
 
@@ -59,6 +64,47 @@ TEST(DecimalNumber, ReadsBackWhatSeventeenDigitsTell) {
         char text[64];
         std::snprintf(text, sizeof text, "%.17g", written);
         ASSERT_EQ(ParseDecimal(text), written) << text;
+    }
+}
+
+// Any string of the bytes that numbers are written with. The pattern says which of them are numbers, strtod which ones.
+TEST(DecimalNumber, AcceptsWhatThePatternSaysAndNothingElse) {
+    static const std::regex pattern(R"([+-]?([0-9]+\.?[0-9]*|\.[0-9]+)([eE][+-]?[0-9]+)?)");
+    constexpr std::string_view kBytes = "0000123456789999..-+eE ,x";
+    Digits digits(20240603);
+    int numbers = 0;
+    for (int i = 0; i < 60000; ++i) {
+        std::string text;
+        for (std::uint64_t length = digits.Below(12); text.size() < length;)
+            text += kBytes[digits.Below(kBytes.size())];
+        if (digits.Below(3) == 0) text = "0." + std::string(digits.Below(30), '0') + digits.Take(digits.Below(22));
+        const bool isNumber = std::regex_match(text, pattern) && std::isfinite(std::strtod(text.c_str(), nullptr));
+        ASSERT_EQ(ParseDecimal(text).has_value(), isNumber) << text;
+        if (isNumber) ExpectNearestDouble(text);
+        numbers += isNumber ? 1 : 0;
+    }
+    EXPECT_GT(numbers, 20000);
+}
+
+// A number is read where it stands: the same value, and the end in front of what doesn't belong to it.
+TEST(DecimalNumber, IsReadAtItsPlace) {
+    Digits digits(20240604);
+    constexpr std::string_view kBehind[] = {",7", "\n1234567890", "\r\n", "", "e5", "x", " "};
+    for (int i = 0; i < 60000; ++i) {
+        std::string text = digits.Take(1 + digits.Below(20));
+        if (digits.Below(4) != 0) text.insert(digits.Below(text.size() + 1), ".");
+        if (digits.Below(2) == 0) text.insert(0, "-");
+        const std::string line = text + std::string(kBehind[digits.Below(std::size(kBehind))]);
+        double value = 0;
+        const char* const end = plain_decimal::Read(line.data(), line.data() + line.size(), value);
+        if (end == nullptr) continue;  // the other way knows better
+        ASSERT_EQ(end, line.data() + text.size()) << line;
+        ASSERT_EQ(std::bit_cast<std::uint64_t>(value), std::bit_cast<std::uint64_t>(std::strtod(text.c_str(), nullptr)))
+            << text;
+    }
+    for (const std::string_view none : {"", "-", ".", "-.", ",1", "x", "+1", " 1"}) {
+        double value = 0;
+        EXPECT_EQ(plain_decimal::Read(none.data(), none.data() + none.size(), value), nullptr) << none;
     }
 }
 
