@@ -65,16 +65,26 @@ void GroupBoxPlot::Finish() {
 }
 
 void GroupBoxPlot::AddToOutliers(const Record& record) {
-    const double value = record[static_cast<std::size_t>(variableIndex)];
+    const double* const caseId = caseIdIndex < 0 ? nullptr : &record[static_cast<std::size_t>(caseIdIndex)];
+    AddToOutliers(record[static_cast<std::size_t>(variableIndex)], caseId);
+}
+
+void GroupBoxPlot::AddAscendingToQuantiles(const double* values, const std::int32_t* weights, std::size_t size) {
+    quantiles.QuantileSteps(values, weights, size, count);
+}
+
+void GroupBoxPlot::AddAscendingToOutliers(const double* values, const double* caseIds, std::size_t size) {
+    for (std::size_t i = 0; i < size; ++i) AddToOutliers(values[i], caseIds == nullptr ? nullptr : caseIds + i);
+}
+
+void GroupBoxPlot::AddToOutliers(double value, const double* caseId) {
     const int beside = CompareTolerantly(value, upperFence);
     const bool isAboveLower = CompareTolerantly(value, lowerFence) > 0;
     const bool isHigh = beside > 0;
     const bool isLow = !isHigh && CompareTolerantly(value, lowerFence) < 0;
     if (isHigh || isLow) {
         (isHigh ? highOutliers : lowOutliers).push_back(value);
-        if (caseIdIndex >= 0) {
-            (isHigh ? highOutlierIds : lowOutlierIds).push_back(record[static_cast<std::size_t>(caseIdIndex)]);
-        }
+        if (caseId != nullptr) (isHigh ? highOutlierIds : lowOutlierIds).push_back(*caseId);
     }
     if (!isHigh && CompareTolerantly(value, largestNonOutlier) > 0) largestNonOutlier = value;
     // Not the mirror image of the line above, and intended: a value at the lower fence is no outlier, but it can't be

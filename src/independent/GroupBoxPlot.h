@@ -25,6 +25,11 @@ class GroupBoxPlot {
     void Finish();
     void AddToOutliers(const Record& record);
 
+    /// The same for many values of the group, in ascending order over all calls. `weights`: null: each is 1; `caseIds`:
+    /// null: there are none.
+    void AddAscendingToQuantiles(const double* values, const std::int32_t* weights, std::size_t size);
+    void AddAscendingToOutliers(const double* values, const double* caseIds, std::size_t size);
+
     /// After `Finish`.
     double Median() const { return quantiles.GetMedian(); }
 
@@ -32,6 +37,8 @@ class GroupBoxPlot {
     void AddTables(StructuredTable& group) const;
 
  private:
+    void AddToOutliers(double value, const double* caseId);
+
     std::int32_t count;
     int variableIndex;
     int weightIndex;

@@ -17,12 +17,20 @@ class GroupHistogram {
         if (value < groupMin) groupMin = value;
         if (value > groupMax) groupMax = value;
     }
+    /// The same for values in ascending order, one at least.
+    void ExtendRangeAscending(const double* values, std::size_t count) {
+        for (std::size_t i = 0; i < count; ++i) ExtendRange(values[i]);
+    }
     double Min() const { return groupMin; }
     double Max() const { return groupMax; }
 
     /// Second pass.
     void Begin() { variable.GetHistogram().SetUp(groupMin, groupMax, Histogram::kDefaultBins); }
     void Add(double value, std::int32_t weight) { variable.GetHistogram().Add(value, weight); }
+    /// The same for values in ascending order, also over all calls. `weights`: null: each is 1.
+    void AddAscending(const double* values, const std::int32_t* weights, std::size_t count) {
+        variable.GetHistogram().AddAscending(values, weights, count);
+    }
     void End() { variable.GetHistogram().Close(); }
 
     /// Writes the table "Interval".

@@ -132,6 +132,7 @@ void TARNMoses::BeginRanking() {
     totalN = 0;
     groupCounts = {};
     rank.Reset();
+    rank.KeepRanksOf(static_cast<std::int32_t>(TwoGroups::kFirst));
 }
 
 /// A test that its plan builder failed reads its settings too, so that its condition can show the fields.
@@ -170,7 +171,7 @@ QKStatus TARNMoses::ProcessRecord(Record& record) {
     } else {
         const std::int32_t weight = CaseWeight(record, weightIndex);
         groupCounts[group] = Add32(groupCounts[group], weight);
-        return rank.AddValue(record[static_cast<std::size_t>(variableIndex)], weight, static_cast<double>(group));
+        return rank.AddValue(record[static_cast<std::size_t>(variableIndex)], weight, static_cast<std::int32_t>(group));
     }
     return status;
 }
@@ -200,7 +201,7 @@ void TARNMoses::EndRanking() {
         return;
     }
     rank.CloseTieRun();
-    const GroupRankStats& control = rank.GroupRanks(static_cast<double>(TwoGroups::kFirst));
+    const GroupRankStats& control = rank.GroupRanks(static_cast<std::int32_t>(TwoGroups::kFirst));
     observedSpan = Span(control.minRank, control.maxRank);
     observedSig = MosesSignificance(observedSpan, m, n, 0);
     ChooseNumberOfOutliers();

@@ -36,8 +36,8 @@ constexpr long kNameMissing = 220812_error;
 constexpr long kFieldNotContinuous = 220815_error;
 
 /// The group keys under which absolute differences are ranked.
-constexpr double kPositiveKey = 1.0;
-constexpr double kNegativeKey = -1.0;
+constexpr std::int32_t kPositiveKey = 1;
+constexpr std::int32_t kNegativeKey = 0;
 
 double RankProduct(double n) {
     return (n + 1) * n;

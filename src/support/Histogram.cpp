@@ -44,6 +44,14 @@ void Histogram::Add(double value, std::int32_t weight) {
     bin.mean += (value - bin.mean) * weight / bin.count;
 }
 
+void Histogram::AddColumn(const double* values, const std::int32_t* weights, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) Add(values[i], weights == nullptr ? 1 : weights[i]);
+}
+
+void Histogram::AddAscending(const double* values, const std::int32_t* weights, std::size_t count) {
+    AddColumn(values, weights, count);
+}
+
 void Histogram::Close() {
     if (zeroCount > 0) bins.push_back({zeroCount, 0.0});
 }

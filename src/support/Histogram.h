@@ -26,6 +26,10 @@ class Histogram {
     /// Takes a value with its weight; an exact zero goes to a counter of its own. A weight of 0 is not guarded: in
     /// an interval that is still empty it makes the mean a NaN.
     void Add(double value, std::int32_t weight);
+    /// The same for many values in any order. `weights`: null: each is 1.
+    void AddColumn(const double* values, const std::int32_t* weights, std::size_t count);
+    /// The same for values in ascending order, where those of earlier calls are not above them.
+    void AddAscending(const double* values, const std::int32_t* weights, std::size_t count);
 
     /// Appends the zeros as one further interval of mean 0, if there were any.
     void Close();

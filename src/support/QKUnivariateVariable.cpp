@@ -119,6 +119,11 @@ void QKContUnivariateVariable::QuantileStep(double value, double weight, std::in
     ExtendRange(value);
 }
 
+void QKContUnivariateVariable::QuantileSteps(const double* values, const std::int32_t* weights, std::size_t size,
+                                             std::int32_t total) {
+    for (std::size_t i = 0; i < size; ++i) QuantileStep(values[i], weights == nullptr ? 1 : weights[i], total);
+}
+
 void QKContUnivariateVariable::QuantileTracker::Step(double value, double weight, double position) {
     if (!QKMV::IsMissing(result)) return;
     if (position >= cumulative && cumulative + weight > position) {

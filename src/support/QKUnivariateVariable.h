@@ -101,6 +101,8 @@ class QKContUnivariateVariable : public QKUnivariateVariable {
     /// One step towards the hinges, for values in ascending order: `weight` as truncated, `total` the sum of all
     /// weights. Keeps the range up to date as well.
     void QuantileStep(double value, double weight, std::int32_t total);
+    /// The same for many values, in ascending order over all calls. `weights`: null: each is 1.
+    void QuantileSteps(const double* values, const std::int32_t* weights, std::size_t size, std::int32_t total);
     /// After the last step: a hinge that was not reached takes the last value.
     void CloseQuantiles();
 

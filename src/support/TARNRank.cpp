@@ -3,7 +3,7 @@
 #include "platform/common/Truncation.h"
 #include "support/Int32.h"
 
-QKStatus TARNRank::AddValue(double value, double weight, double group) {
+QKStatus TARNRank::AddValue(double value, double weight, std::int32_t group) {
     const std::int32_t wholeWeight = TruncateToInt32(weight);
     if (isFirstValue) {
         isFirstValue = false;
@@ -25,13 +25,21 @@ QKStatus TARNRank::AddValue(double value, double weight, double group) {
     return status;
 }
 
+void TARNRank::AddAscending(const double* values, const std::int32_t* weights, const std::int32_t* groups,
+                            std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+        if (groups[i] >= 0) static_cast<void>(AddValue(values[i], weights == nullptr ? 1 : weights[i], groups[i]));
+    }
+}
+
 void TARNRank::CloseTieRun() {
     const double midRank = Add32(tieWeight, 1) * 0.5 + casesBelow;
     for (std::size_t i = 0; i < pendingGroups.size(); ++i) {
         GroupRankStats& stats = groupRanks[pendingGroups[i]];
+        stats.sumOfRanks += midRank * pendingWeights[i];
+        if (pendingGroups[i] != keptGroup) continue;
         if (midRank > stats.maxRank) stats.maxRank = midRank;
         if (stats.minRank > midRank || stats.minRank < 0.0) stats.minRank = midRank;
-        stats.sumOfRanks += midRank * pendingWeights[i];
         stats.ranks.emplace_back(midRank, pendingWeights[i]);
     }
     if (tieWeight >= 2) ties[currentValue] = tieWeight;
@@ -55,4 +63,5 @@ void TARNRank::Reset() {
     pendingGroups.clear();
     pendingWeights.clear();
     isFirstValue = true;
+    keptGroup = kNone;
 }

@@ -33,12 +33,12 @@ void ExpectAsByRank(const Cases& cases) {
     TARNRank rank;
     double sizes[2] = {0, 0};
     for (const Case& one : cases) {
-        static_cast<void>(rank.AddValue(one.value, one.weight, one.side == kFirst ? 1.0 : 2.0));
+        static_cast<void>(rank.AddValue(one.value, one.weight, one.side == kFirst ? 1 : 2));
         sizes[one.side == kFirst ? 0 : 1] += one.weight;
     }
     rank.CloseTieRun();
     const PairRankSum sum = SumOf(cases);
-    RC_ASSERT(sum.SumOfRanks() == rank.GroupRanks(2.0).sumOfRanks);
+    RC_ASSERT(sum.SumOfRanks() == rank.GroupRanks(2).sumOfRanks);
     RC_ASSERT(sum.TieCorrectionSum() == rank.TieCorrectionSum());
     RC_ASSERT(sum.SizeOfFirst() == sizes[0]);
     RC_ASSERT(sum.SizeOfSecond() == sizes[1]);

@@ -76,12 +76,12 @@ Reference ByTARNRank(const Values& row, std::size_t first, std::size_t last) {
                      [](const auto& a, const auto& b) { return a.first < b.first; });
     TARNRank rank;
     for (const auto& [value, position] : ascending) {
-        EXPECT_FALSE(rank.AddValue(value, 1, static_cast<double>(position)).IsError());
+        EXPECT_FALSE(rank.AddValue(value, 1, static_cast<std::int32_t>(position)).IsError());
     }
     rank.CloseTieRun();
     Reference reference{{}, rank.TieCorrectionSum()};
     for (std::size_t i = first; i <= last; ++i) {
-        reference.ranks.push_back(rank.GroupRanks(static_cast<double>(i)).sumOfRanks);
+        reference.ranks.push_back(rank.GroupRanks(static_cast<std::int32_t>(i)).sumOfRanks);
     }
     return reference;
 }

@@ -13,11 +13,12 @@ using Ranks = std::vector<std::pair<double, double>>;
 struct Value {
     double value;
     double weight = 1;
-    double group = 0;
+    std::int32_t group = 0;
 };
 
-TARNRank RankOf(const std::vector<Value>& values) {
+TARNRank RankOf(const std::vector<Value>& values, std::int32_t kept = 0) {
     TARNRank rank;
+    rank.KeepRanksOf(kept);
     for (const Value& value : values) EXPECT_TRUE(rank.AddValue(value.value, value.weight, value.group).IsOK());
     rank.CloseTieRun();
     return rank;
@@ -72,11 +73,22 @@ TEST(TARNRank, ToleranceIsAbsoluteStrictAndDoesNotChain) {
 }
 
 TEST(TARNRank, GroupsShareTheRanksOfATie) {
-    TARNRank rank = RankOf({{1, 1, 1.0}, {2, 1, 2.0}, {2, 2, 1.0}, {4, 1, 2.0}});
-    EXPECT_EQ(rank.GroupRanks(1.0).ranks, (Ranks{{1, 1}, {3, 2}}));
-    EXPECT_EQ(rank.GroupRanks(1.0).sumOfRanks, 7);
-    EXPECT_EQ(rank.GroupRanks(2.0).ranks, (Ranks{{3, 1}, {5, 1}}));
+    const std::vector<Value> values{{1, 1, 1}, {2, 1, 2}, {2, 2, 1}, {4, 1, 2}};
+    TARNRank rank = RankOf(values, 1);
+    EXPECT_EQ(rank.GroupRanks(1).ranks, (Ranks{{1, 1}, {3, 2}}));
+    EXPECT_EQ(rank.GroupRanks(1).sumOfRanks, 7);
+    EXPECT_EQ(rank.GroupRanks(2).sumOfRanks, 8);
     EXPECT_EQ(rank.TieCorrectionSum(), 24);
+    EXPECT_EQ(RankOf(values, 2).GroupRanks(2).ranks, (Ranks{{3, 1}, {5, 1}}));
+}
+
+TEST(TARNRank, ListIsKeptOfTheGroupAlonePerRequest) {
+    const std::vector<Value> values{{1, 1, 1}, {2, 1, 2}};
+    TARNRank rank = RankOf(values, 1);
+    EXPECT_EQ(rank.GroupRanks(1).ranks, (Ranks{{1, 1}}));
+    EXPECT_EQ(rank.GroupRanks(1).maxRank, 1);
+    EXPECT_TRUE(rank.GroupRanks(2).ranks.empty());
+    EXPECT_EQ(rank.GroupRanks(2).minRank, -1);
 }
 
 TEST(TARNRank, SecondCloseCountsTheLastRunTwice) {
@@ -96,6 +108,7 @@ TEST(TARNRank, CopyHasAllAndResetForgetsAll) {
     rank.Reset();
     EXPECT_EQ(rank.TieCorrectionSum(), 0);
     EXPECT_TRUE(rank.GroupRanks(0).ranks.empty());
+    rank.KeepRanksOf(0);
     EXPECT_TRUE(rank.AddValue(7, 1, 0).IsOK());
     rank.CloseTieRun();
     EXPECT_EQ(rank.GroupRanks(0).ranks, (Ranks{{1, 1}}));
