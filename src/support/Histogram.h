@@ -44,6 +44,8 @@ class Histogram {
 
  private:
     std::size_t SearchBin(double value) const;
+    void FindSlots(const double* values, std::size_t count, std::int32_t* slots) const;
+    void AddAscendingOfOneSign(const double* begin, const double* end, const std::int32_t* weights);
 
     std::vector<HistogramBin> bins;
     std::vector<double> edges;
@@ -53,4 +55,5 @@ class Histogram {
     double low = 0;
     std::size_t zeroEdges = 0;  // that were added: 1 where zero became an edge of its own
     double binsPerUnit = 0;     // 0 where the edges don't ascend strictly, and the place of a value can't be guessed
+    bool isGuessClose = false;  // whether a guess can't be off by a whole interval
 };
