@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <string>
 
 #include "platform/common/QKMV.h"
@@ -54,6 +55,10 @@ void GroupBoxPlot::AddToQuantiles(const Record& record) {
     quantiles.QuantileStep(record[static_cast<std::size_t>(variableIndex)], CaseWeight(record, weightIndex), count);
 }
 
+void GroupBoxPlot::AddAscendingToQuantiles(const double* values, const std::int32_t* weights, std::size_t size) {
+    quantiles.QuantileSteps(values, weights, size, count);
+}
+
 void GroupBoxPlot::Finish() {
     quantiles.CloseQuantiles();
     const double reach = kFenceFactor * (quantiles.GetThirdQuartile() - quantiles.GetFirstQuartile());
@@ -69,12 +74,44 @@ void GroupBoxPlot::AddToOutliers(const Record& record) {
     AddToOutliers(record[static_cast<std::size_t>(variableIndex)], caseId);
 }
 
-void GroupBoxPlot::AddAscendingToQuantiles(const double* values, const std::int32_t* weights, std::size_t size) {
-    quantiles.QuantileSteps(values, weights, size, count);
-}
-
+/// Ascending values are compared with a finite number in ascending order, too, so that each kind of them stands
+/// together and is found by search. Beside an infinite one everything but a zero is rounding.
 void GroupBoxPlot::AddAscendingToOutliers(const double* values, const double* caseIds, std::size_t size) {
-    for (std::size_t i = 0; i < size; ++i) AddToOutliers(values[i], caseIds == nullptr ? nullptr : caseIds + i);
+    if (size == 0) return;
+    const auto isFinite = [](double number) { return std::isfinite(number); };
+    const double bounds[] = {values[0],  values[size - 1],   lowerFence,
+                             upperFence, smallestNonOutlier, largestNonOutlier};
+    if (!std::all_of(std::begin(bounds), std::end(bounds), isFinite)) {
+        for (std::size_t i = 0; i < size; ++i) AddToOutliers(values[i], caseIds == nullptr ? nullptr : caseIds + i);
+        return;
+    }
+    const auto firstNotBelow = [&](double bound, int comparison) {
+        const double* const found = std::partition_point(
+            values, values + size, [=](double value) { return CompareTolerantly(value, bound) < comparison; });
+        return static_cast<std::size_t>(found - values);
+    };
+    const std::size_t highBegin = firstNotBelow(upperFence, 1);
+    const std::size_t lowEnd = std::min(firstNotBelow(lowerFence, 0), highBegin);
+    const auto addOutliers = [&](std::size_t begin, std::size_t end, std::vector<double>& outliers,
+                                 std::vector<double>& ids) {
+        outliers.insert(outliers.end(), values + begin, values + end);
+        if (caseIds != nullptr) ids.insert(ids.end(), caseIds + begin, caseIds + end);
+    };
+    addOutliers(0, lowEnd, lowOutliers, lowOutlierIds);
+    addOutliers(highBegin, size, highOutliers, highOutlierIds);
+
+    std::size_t smallest = firstNotBelow(lowerFence, 1);
+    if (const std::size_t atUpper = firstNotBelow(upperFence, 0); atUpper < highBegin) {
+        smallest = std::min(smallest, atUpper);
+    }
+    if (smallest < size) TakeSmallest(values[smallest]);
+    // A value that differs from its neighbour below by more than rounding is taken whatever came before it.
+    std::size_t largest = highBegin;
+    while (largest > 0) {
+        --largest;
+        if (largest > 0 && CompareTolerantly(values[largest], values[largest - 1]) > 0) break;
+    }
+    for (; largest < highBegin; ++largest) TakeLargest(values[largest]);
 }
 
 void GroupBoxPlot::AddToOutliers(double value, const double* caseId) {
@@ -86,10 +123,18 @@ void GroupBoxPlot::AddToOutliers(double value, const double* caseId) {
         (isHigh ? highOutliers : lowOutliers).push_back(value);
         if (caseId != nullptr) (isHigh ? highOutlierIds : lowOutlierIds).push_back(*caseId);
     }
-    if (!isHigh && CompareTolerantly(value, largestNonOutlier) > 0) largestNonOutlier = value;
+    if (!isHigh) TakeLargest(value);
     // Not the mirror image of the line above, and intended: a value at the lower fence is no outlier, but it can't be
     // the smallest of the others either. Documents depend on it.
-    if ((isAboveLower || beside == 0) && CompareTolerantly(value, smallestNonOutlier) < 0) smallestNonOutlier = value;
+    if (isAboveLower || beside == 0) TakeSmallest(value);
+}
+
+void GroupBoxPlot::TakeSmallest(double value) {
+    if (CompareTolerantly(value, smallestNonOutlier) < 0) smallestNonOutlier = value;
+}
+
+void GroupBoxPlot::TakeLargest(double value) {
+    if (CompareTolerantly(value, largestNonOutlier) > 0) largestNonOutlier = value;
 }
 
 void GroupBoxPlot::AddTables(StructuredTable& group) const {

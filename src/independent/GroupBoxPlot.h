@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <vector>
@@ -38,6 +39,8 @@ class GroupBoxPlot {
 
  private:
     void AddToOutliers(double value, const double* caseId);
+    void TakeSmallest(double value);
+    void TakeLargest(double value);
 
     std::int32_t count;
     int variableIndex;

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <string>
 
+#include "support/Ascending.h"
 #include "support/Histogram.h"
 #include "support/QKUnivariateVariable.h"
 #include "support/ResultElements.h"
@@ -17,9 +19,11 @@ class GroupHistogram {
         if (value < groupMin) groupMin = value;
         if (value > groupMax) groupMax = value;
     }
-    /// The same for values in ascending order, one at least.
+    /// The same for values in ascending order.
     void ExtendRangeAscending(const double* values, std::size_t count) {
-        for (std::size_t i = 0; i < count; ++i) ExtendRange(values[i]);
+        if (count == 0) return;
+        ExtendRange(values[0]);
+        ExtendRange(HighestOfAscending(values, count));
     }
     double Min() const { return groupMin; }
     double Max() const { return groupMax; }

@@ -192,7 +192,9 @@ void Histogram::AddAscending(const double* values, const std::int32_t* weights, 
     const double* const end = values + count;
     const double* const zeros = std::partition_point(values, end, [](double value) { return value < 0; });
     const double* const positive = std::partition_point(zeros, end, [](double value) { return value <= 0; });
-    const auto weightsFrom = [&](const double* place) { return weights == nullptr ? nullptr : weights + (place - values); };
+    const auto weightsFrom = [&](const double* place) {
+        return weights == nullptr ? nullptr : weights + (place - values);
+    };
     AddAscendingOfOneSign(values, zeros, weights);
     for (const double* zero = zeros; zero != positive; ++zero) {
         zeroCount = Add32(zeroCount, weights == nullptr ? 1 : weights[zero - values]);
@@ -203,7 +205,9 @@ void Histogram::AddAscending(const double* values, const std::int32_t* weights, 
 /// Up to the last edge ascending values have ascending intervals, so that those of one interval stand together.
 void Histogram::AddAscendingOfOneSign(const double* begin, const double* end, const std::int32_t* weights) {
     const double* value = begin;
-    const auto weightsFrom = [&](const double* place) { return weights == nullptr ? nullptr : weights + (place - begin); };
+    const auto weightsFrom = [&](const double* place) {
+        return weights == nullptr ? nullptr : weights + (place - begin);
+    };
     if (binsPerUnit > 0) {
         const double* const beyond =
             std::partition_point(begin, end, [this](double candidate) { return candidate <= edges.back(); });

@@ -1,13 +1,34 @@
 #include "support/QKUnivariateVariable.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <limits>
+#include <numeric>
 
-#include "platform/common/Truncation.h"
 #include "records/TARNSortedDataSet.h"
+#include "support/Ascending.h"
 #include "support/CaseWeight.h"
 #include "support/Int32.h"
 #include "vocabulary/StatusCodes.h"
+
+namespace {
+
+/// So few values that what is found out of them first is at hand when they are taken.
+constexpr std::size_t kBlock = 1024;
+
+bool HasMarker(const double* values, std::size_t count, double marker) {
+    std::int64_t found = 0;
+    for (std::size_t i = 0; i < count; ++i) found += values[i] == marker ? 1 : 0;
+    return found > 0;
+}
+
+std::int64_t SumOfWeights(const std::int32_t* weights, std::size_t count) {
+    if (weights == nullptr) return static_cast<std::int64_t>(count);
+    return std::accumulate(weights, weights + count, std::int64_t{0});
+}
+
+}  // namespace
 
 // ---- Continuous fields ----
 
@@ -39,36 +60,147 @@ bool QKContUnivariateVariable::AddStatistic(int code) {
 }
 
 QKStatus QKContUnivariateVariable::AddRecord(const Record& record) {
-    Add(record[static_cast<std::size_t>(fieldIndex)], CaseWeight(record, weightIndex));
+    const std::int32_t weight = CaseWeight(record, weightIndex);
+    AddPresent(&record[static_cast<std::size_t>(fieldIndex)], &weight, 1);
     return QKStatus();
 }
 
 void QKContUnivariateVariable::AddColumn(std::span<const double> values, const std::int32_t* weights) {
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        if (!IsMissing(values[i])) Add(values[i], weights == nullptr ? 1 : weights[i]);
+    const Column column{this, values.data()};
+    AddColumns({&column, 1}, weights, values.size());
+}
+
+void QKContUnivariateVariable::AddColumns(std::span<const Column> columns, const std::int32_t* weights,
+                                          std::size_t count) {
+    std::array<double, kBlock> presentValues;
+    std::array<std::int32_t, kBlock> presentWeights;
+    std::vector<Moments*> together;
+    std::vector<const double*> valuesTogether;
+    for (std::size_t begin = 0; begin < count; begin += kBlock) {
+        const std::size_t size = std::min(kBlock, count - begin);
+        const std::int32_t* const blockWeights = weights == nullptr ? nullptr : weights + begin;
+        together.clear();
+        valuesTogether.clear();
+        for (const auto& [variable, columnValues] : columns) {
+            const double* const values = columnValues + begin;
+            if (HasMarker(values, size, QKMV::Missing())) {
+                std::size_t present = 0;
+                for (std::size_t i = 0; i < size; ++i) {
+                    presentValues[present] = values[i];
+                    presentWeights[present] = blockWeights == nullptr ? 1 : blockWeights[i];
+                    present += QKMV::IsMissing(values[i]) ? 0 : 1;
+                }
+                variable->AddPresent(presentValues.data(), presentWeights.data(), present);
+            } else if (variable->WantsMoments()) {
+                together.push_back(&variable->moments);
+                valuesTogether.push_back(values);
+                variable->AddRangeAndCount(values, blockWeights, size);
+            } else {
+                variable->AddPresent(values, blockWeights, size);
+            }
+        }
+        Moments::Add(together, valuesTogether.data(), blockWeights, size);
     }
 }
 
-void QKContUnivariateVariable::Add(double value, std::int32_t weight) {
+/// Takes values none of which is missing.
+void QKContUnivariateVariable::AddPresent(const double* values, const std::int32_t* weights, std::size_t size) {
     if (phase == Phase::kHistogram) {
-        histogram.Add(value, weight);
+        histogram.AddColumn(values, weights, size);
         return;
     }
-    if (Wants(Statistic::kMeanAndStdDev)) AddMoments(value, weight);
-    if (Wants(Statistic::kMin) && (QKMV::IsMissing(min) || min > value)) min = value;
-    if (Wants(Statistic::kMax) && (QKMV::IsMissing(max) || max < value)) max = value;
-    count = Add32(count, weight);
+    if (WantsMoments()) {
+        Moments* const own = &moments;
+        Moments::Add({&own, 1}, &values, weights, size);
+    }
+    AddRangeAndCount(values, weights, size);
 }
 
-void QKContUnivariateVariable::AddMoments(double value, std::int32_t weight) {
-    const double weightBefore = runningWeight;
-    runningWeight = Add32(runningWeight, weight);
-    const double w = weight;
-    const double total = runningWeight;
-    const double step = (value - mean) * w / total;
-    mean += step;
-    const double product = step * step * total * weightBefore;
-    m2 += weight == 1 ? product : product / w;  // the same number; the division is what takes time
+/// Most blocks have nothing outside the range that is known by then. A value that is no number is taken as the first
+/// one of all alone, and then stays.
+void QKContUnivariateVariable::AddRangeAndCount(const double* values, const std::int32_t* weights, std::size_t size) {
+    count = Wrap32(count + SumOfWeights(weights, size));
+    if (!Wants(Statistic::kMin) && !Wants(Statistic::kMax)) return;
+    const bool hasNone =
+        (Wants(Statistic::kMin) && QKMV::IsMissing(min)) || (Wants(Statistic::kMax) && QKMV::IsMissing(max));
+    const double lowest = Wants(Statistic::kMin) ? min : -std::numeric_limits<double>::infinity();
+    const double highest = Wants(Statistic::kMax) ? max : std::numeric_limits<double>::infinity();
+    std::int64_t outside = 0;
+    for (std::size_t i = 0; i < size; ++i) {
+        outside += values[i] < lowest ? 1 : 0;
+        outside += values[i] > highest ? 1 : 0;
+    }
+    if (outside == 0 && !hasNone) return;
+    for (std::size_t i = 0; i < size; ++i) {
+        if (Wants(Statistic::kMin) && (QKMV::IsMissing(min) || min > values[i])) min = values[i];
+        if (Wants(Statistic::kMax) && (QKMV::IsMissing(max) || max < values[i])) max = values[i];
+    }
+}
+
+void QKContUnivariateVariable::Moments::Add(std::span<Moments* const> together, const double* const* values,
+                                            const std::int32_t* weights, std::size_t count) {
+    while (!together.empty()) {
+        const std::size_t taken = std::min(together.size(), kMostTogether);
+        const std::span<Moments* const> lanes = together.first(taken);
+        const bool isWeighted = weights != nullptr;
+        if (taken > 4) {
+            isWeighted ? AddInLanes<8, true>(lanes, values, weights, count)
+                       : AddInLanes<8, false>(lanes, values, weights, count);
+        } else if (taken > 2) {
+            isWeighted ? AddInLanes<4, true>(lanes, values, weights, count)
+                       : AddInLanes<4, false>(lanes, values, weights, count);
+        } else if (taken > 1) {
+            isWeighted ? AddInLanes<2, true>(lanes, values, weights, count)
+                       : AddInLanes<2, false>(lanes, values, weights, count);
+        } else {
+            isWeighted ? AddInLanes<1, true>(lanes, values, weights, count)
+                       : AddInLanes<1, false>(lanes, values, weights, count);
+        }
+        together = together.subspan(taken);
+        values += taken;
+    }
+}
+
+/// Lanes that are left over do what the first one does, in vain.
+template <std::size_t kLanes, bool kIsWeighted>
+void QKContUnivariateVariable::Moments::AddInLanes(std::span<Moments* const> together, const double* const* values,
+                                                   const std::int32_t* weights, std::size_t count) {
+    const double* columns[kLanes];
+    double means[kLanes];
+    double m2s[kLanes];
+    std::int32_t totals[kLanes];
+    for (std::size_t lane = 0; lane < kLanes; ++lane) {
+        const std::size_t place = lane < together.size() ? lane : 0;
+        columns[lane] = values[place];
+        means[lane] = together[place]->mean;
+        m2s[lane] = together[place]->m2;
+        totals[lane] = together[place]->weight;
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::int32_t added = kIsWeighted ? weights[i] : 1;
+        double before[kLanes];
+        double total[kLanes];
+        double step[kLanes];
+        for (std::size_t lane = 0; lane < kLanes; ++lane) before[lane] = totals[lane];
+        for (std::size_t lane = 0; lane < kLanes; ++lane) totals[lane] = Add32(totals[lane], added);
+        for (std::size_t lane = 0; lane < kLanes; ++lane) total[lane] = totals[lane];
+        for (std::size_t lane = 0; lane < kLanes; ++lane) step[lane] = columns[lane][i] - means[lane];
+        if constexpr (kIsWeighted) {
+            const double w = added;
+            for (std::size_t lane = 0; lane < kLanes; ++lane) step[lane] = step[lane] * w / total[lane];
+            for (std::size_t lane = 0; lane < kLanes; ++lane) means[lane] += step[lane];
+            for (std::size_t lane = 0; lane < kLanes; ++lane) {
+                m2s[lane] += step[lane] * step[lane] * total[lane] * before[lane] / w;
+            }
+        } else {
+            for (std::size_t lane = 0; lane < kLanes; ++lane) step[lane] /= total[lane];
+            for (std::size_t lane = 0; lane < kLanes; ++lane) means[lane] += step[lane];
+            for (std::size_t lane = 0; lane < kLanes; ++lane) {
+                m2s[lane] += step[lane] * step[lane] * total[lane] * before[lane];
+            }
+        }
+    }
+    for (std::size_t lane = 0; lane < together.size(); ++lane) *together[lane] = {means[lane], m2s[lane], totals[lane]};
 }
 
 QKStatus QKContUnivariateVariable::EndPass() {
@@ -77,7 +209,7 @@ QKStatus QKContUnivariateVariable::EndPass() {
         needsPass = false;
         return QKStatus();
     }
-    if (Wants(Statistic::kMeanAndStdDev) && count > 1) stdDev = std::sqrt(m2 / (count - 1));
+    if (Wants(Statistic::kMeanAndStdDev) && count > 1) stdDev = std::sqrt(moments.m2 / (count - 1));
     QKStatus status;
     if (Wants(Statistic::kQuantiles) && sortedData != nullptr) status = ComputeQuantiles();
     if (Wants(Statistic::kHistogram)) {
@@ -93,35 +225,69 @@ QKStatus QKContUnivariateVariable::ComputeQuantiles() {
     QKTarn::ColumnView* const view = sortedData->ViewBy(fieldIndex);
     if (view == nullptr) return QKStatus(StatusCode::kNoIterator);
     const double* const values = view->Values(fieldIndex);
-    const double* const exactWeights = weightIndex >= 0 ? view->Values(weightIndex) : nullptr;
-    for (std::size_t i = 0; i < view->Count(); ++i) {
-        const bool weightMissing = exactWeights != nullptr && QKMV::IsMissing(exactWeights[i]);
-        if (QKMV::IsMissing(values[i]) || weightMissing) continue;
-        QuantileStep(values[i], exactWeights == nullptr ? 1 : TruncateToInt32(exactWeights[i]), count);
+    const std::size_t size = view->Count();
+    const std::int32_t* const weights = weightIndex < 0 ? nullptr : view->WholeNumbers(weightIndex);
+    // A missing weight is no number of 32 bits; what is none has no place among the ascending values.
+    const bool mayMissWeights =
+        weights != nullptr && std::find(weights, weights + size, TruncateToInt32(QKMV::Missing())) != weights + size;
+    const bool hasNaN = size > 0 && (std::isnan(values[0]) || std::isnan(values[size - 1]));
+    const auto stepsOf = [&](std::size_t begin, std::size_t end) {
+        QuantileSteps(values + begin, weights == nullptr ? nullptr : weights + begin, end - begin, count);
+    };
+    if (mayMissWeights || hasNaN) {
+        const double* const exactWeights = mayMissWeights ? view->Values(weightIndex) : nullptr;
+        for (std::size_t i = 0; i < size; ++i) {
+            const bool weightMissing = exactWeights != nullptr && QKMV::IsMissing(exactWeights[i]);
+            if (!QKMV::IsMissing(values[i]) && !weightMissing) stepsOf(i, i + 1);
+        }
+    } else {
+        const auto [firstMissing, firstBehind] = std::equal_range(values, values + size, QKMV::Missing());
+        stepsOf(0, static_cast<std::size_t>(firstMissing - values));
+        stepsOf(static_cast<std::size_t>(firstBehind - values), size);
     }
     CloseQuantiles();
     return QKStatus();
 }
 
-void QKContUnivariateVariable::QuantileStep(double value, double weight, std::int32_t total) {
-    const double n = total;
-    const double hinge = std::trunc((n + 3) * 0.5) * 0.5;
-    if (QKMV::IsMissing(median.previous)) {
-        for (QuantileTracker* tracker : {&firstQuartile, &median, &thirdQuartile}) {
-            tracker->previous = value;
-            tracker->cumulative += weight;
-        }
-    } else {
-        firstQuartile.Step(value, weight, hinge);
-        median.Step(value, weight, (n + 1) * 0.5);
-        thirdQuartile.Step(value, weight, n + 1 - hinge);
-    }
-    ExtendRange(value);
-}
-
 void QKContUnivariateVariable::QuantileSteps(const double* values, const std::int32_t* weights, std::size_t size,
                                              std::int32_t total) {
-    for (std::size_t i = 0; i < size; ++i) QuantileStep(values[i], weights == nullptr ? 1 : weights[i], total);
+    if (size == 0) return;
+    const double n = total;
+    const double hinge = std::trunc((n + 3) * 0.5) * 0.5;
+    const double first = values[0];
+    const double highest = HighestOfAscending(values, size);
+    if (QKMV::IsMissing(median.previous)) {
+        for (QuantileTracker* tracker : {&firstQuartile, &median, &thirdQuartile}) {
+            tracker->previous = first;
+            tracker->cumulative += weights == nullptr ? 1 : weights[0];
+        }
+        ++values;
+        if (weights != nullptr) ++weights;
+        --size;
+    }
+    firstQuartile.Steps(values, weights, size, hinge);
+    median.Steps(values, weights, size, (n + 1) * 0.5);
+    thirdQuartile.Steps(values, weights, size, n + 1 - hinge);
+    ExtendRange(first);
+    ExtendRange(highest);
+}
+
+/// Passes over values whose weights don't reach beyond the position, some at a time.
+void QKContUnivariateVariable::QuantileTracker::Steps(const double* values, const std::int32_t* weights,
+                                                      std::size_t size, double position) {
+    for (std::size_t begin = 0; begin < size && QKMV::IsMissing(result); begin += kBlock) {
+        const std::size_t end = std::min(begin + kBlock, size);
+        const std::int32_t* const blockWeights = weights == nullptr ? nullptr : weights + begin;
+        std::int32_t signs = 0;
+        for (std::size_t i = begin; weights != nullptr && i < end; ++i) signs |= weights[i];
+        const double reached = cumulative + static_cast<double>(SumOfWeights(blockWeights, end - begin));
+        if (signs >= 0 && reached <= position) {
+            cumulative = reached;
+            previous = values[end - 1];
+        } else {
+            for (std::size_t i = begin; i < end; ++i) Step(values[i], weights == nullptr ? 1 : weights[i], position);
+        }
+    }
 }
 
 void QKContUnivariateVariable::QuantileTracker::Step(double value, double weight, double position) {
@@ -153,9 +319,11 @@ void QKContUnivariateVariable::ExtendRange(double value) {
 // ---- Categorical fields ----
 
 QKCateUnivariateVariable::QKCateUnivariateVariable(int field, int weight, int categories)
-    : QKUnivariateVariable(kMissingCategory), fieldIndex(field), weightIndex(weight), categoryCount(categories) {
-    for (int category = 0; category < categoryCount; ++category) frequencies[category] = 0;
-}
+    : QKUnivariateVariable(kMissingCategory),
+      fieldIndex(field),
+      weightIndex(weight),
+      categoryCount(categories),
+      frequencies(static_cast<std::size_t>(std::max(categories, 0))) {}
 
 bool QKCateUnivariateVariable::AddStatistic(int code) {
     switch (code) {
@@ -173,34 +341,42 @@ bool QKCateUnivariateVariable::AddStatistic(int code) {
 }
 
 QKStatus QKCateUnivariateVariable::AddRecord(const Record& record) {
-    Add(TruncateToInt32(record[static_cast<std::size_t>(fieldIndex)]), CaseWeight(record, weightIndex));
+    const std::int32_t weight = CaseWeight(record, weightIndex);
+    const std::size_t place = PlaceOf(record[static_cast<std::size_t>(fieldIndex)]);
+    if (place < frequencies.size()) frequencies[place] = Add32(frequencies[place], weight);
+    count = Add32(count, weight);
     return QKStatus();
 }
 
+/// Neighbours go to tables of their own, so that an addition needn't wait for the one before it. What is no category
+/// goes to a place behind the last one.
 void QKCateUnivariateVariable::AddColumn(std::span<const double> values, const std::int32_t* weights) {
+    constexpr std::size_t kTables = 4;
+    const std::size_t width = frequencies.size() + 1;
+    std::vector<std::int32_t> tables(kTables * width);
     for (std::size_t i = 0; i < values.size(); ++i) {
-        if (!IsMissing(values[i])) Add(TruncateToInt32(values[i]), weights == nullptr ? 1 : weights[i]);
+        const std::int32_t weight = IsMissing(values[i]) ? 0 : weights == nullptr ? 1 : weights[i];
+        std::int32_t& sum = tables[i % kTables * width + PlaceOf(values[i])];
+        sum = Add32(sum, weight);
     }
-}
-
-void QKCateUnivariateVariable::Add(std::int32_t category, std::int32_t weight) {
-    const auto frequency = frequencies.find(category);
-    if (frequency != frequencies.end()) frequency->second = Add32(frequency->second, weight);
-    count = Add32(count, weight);
+    for (std::size_t i = 0; i < tables.size(); ++i) {
+        const std::size_t place = i % width;
+        if (place < frequencies.size()) frequencies[place] = Add32(frequencies[place], tables[i]);
+        count = Add32(count, tables[i]);
+    }
 }
 
 QKStatus QKCateUnivariateVariable::EndPass() {
     if (Wants(Statistic::kModeFrequency) && !frequencies.empty()) {
         // The largest one as it stands: negative weights may have left it below 0.
-        const auto byFrequency = [](const auto& a, const auto& b) { return a.second < b.second; };
-        modeFrequency = std::max_element(frequencies.begin(), frequencies.end(), byFrequency)->second;
+        modeFrequency = *std::max_element(frequencies.begin(), frequencies.end());
     }
     if (Wants(Statistic::kMedian)) {
         std::int32_t sum = 0;
-        for (const auto& [category, frequency] : frequencies) {
-            sum = Add32(sum, frequency);
+        for (std::size_t category = 0; category < frequencies.size(); ++category) {
+            sum = Add32(sum, frequencies[category]);
             if (sum >= count / 2) {
-                medianCategory = category;
+                medianCategory = static_cast<int>(category);
                 break;
             }
         }

@@ -50,7 +50,8 @@ void TARNRank::CloseTieRun() {
         stats.ranks.emplace_back(midRank, pendingWeights[i]);
     }
     if (tieWeight < 2) return;
-    // Infinite values aren't tied with one another, and a run may be closed twice; of equal openers the last run counts.
+    // Infinite values aren't tied with one another, and a run may be closed twice; of equal openers the last run
+    // counts.
     if (!hasTies || currentValue != lastTiedValue) tieSumBelow = tieSum;
     hasTies = true;
     lastTiedValue = currentValue;

@@ -83,10 +83,10 @@ class TARNRank {
     QKStatus status;
     std::vector<GroupRankStats> groupRanks;
     double tieSum = 0;
-    double tieSumBelow = 0;      // without the last tied run, ...
-    double lastTiedValue = 0;    // ... which this value opened, ...
-    bool hasTies = false;        // ... if there is one
-    std::int32_t tieWeight = 0;  // of the run being built
+    double tieSumBelow = 0;       // without the last tied run, ...
+    double lastTiedValue = 0;     // ... which this value opened, ...
+    bool hasTies = false;         // ... if there is one
+    std::int32_t tieWeight = 0;   // of the run being built
     std::int32_t casesBelow = 0;  // weight of all closed runs
     double currentValue = 0;      // that opened the run being built
     std::vector<std::int32_t> pendingGroups;

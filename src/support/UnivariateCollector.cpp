@@ -55,44 +55,78 @@ bool UnivariateCollector::WantsQuantiles() const {
     });
 }
 
-/// No variable sees another one, so each job takes one of them through all its passes. Only where quantiles are wanted
-/// may the end of a pass fail, which then has to stop the variables behind that one before their next pass.
+/// No variable sees another one, so each job takes some of them through all their passes. Only where quantiles are
+/// wanted may the end of a pass fail, which then has to stop the variables behind that one before their next pass.
 QKStatus UnivariateCollector::Compute(const WorkShare& work, const std::vector<std::function<void()>>& beside) {
     QKStatus status;
     if (memo.Store()->Count() == 0) return status;
     const bool inTurn = WantsQuantiles();
-    std::vector<int> fields = FieldsThatNeedAPass();
-    bool again = work.Run(beside.size() + fields.size(), [&](std::size_t job) {
+    std::vector<std::vector<int>> jobs = MakeJobs(work.Threads());
+    bool again = work.Run(beside.size() + jobs.size(), [&](std::size_t job) {
         if (job < beside.size()) return beside[job]();
-        const int field = fields[job - beside.size()];
-        AddColumn(field);
+        const std::vector<int>& fields = jobs[job - beside.size()];
+        AddColumns(fields, work);
         if (inTurn) return;
-        QKUnivariateVariable& variable = *variables.at(field);
-        static_cast<void>(variable.EndPass());  // it fails for want of a sorted view alone
-        if (variable.NeedsPass()) AddColumn(field);
+        for (const int field : fields) {
+            static_cast<void>(variables.at(field)->EndPass());  // it fails for want of a sorted view alone
+        }
+        AddColumns(fields, work);
     });
     if (again) again = EndPassOfAll(status) && inTurn;
     while (again) {
-        fields = FieldsThatNeedAPass();
-        if (status.IsOK()) work.Run(fields.size(), [&](std::size_t job) { AddColumn(fields[job]); });
+        jobs = MakeJobs(work.Threads());
+        if (status.IsOK()) work.Run(jobs.size(), [&](std::size_t job) { AddColumns(jobs[job], work); });
         again = !work.IsStopped() && EndPassOfAll(status);
     }
     return status;
 }
 
-std::vector<int> UnivariateCollector::FieldsThatNeedAPass() const {
-    std::vector<int> fields;
+/// The fields that need a pass: continuous ones some together, though not so many that a thread would have nothing to
+/// do, the others one by one.
+std::vector<std::vector<int>> UnivariateCollector::MakeJobs(std::size_t threads) const {
+    std::vector<int> continuous;
+    std::vector<std::vector<int>> jobs;
     for (const auto& [field, variable] : variables) {
-        if (variable != nullptr && variable->NeedsPass()) fields.push_back(field);
+        if (variable == nullptr || !variable->NeedsPass()) continue;
+        if (FindContinuous(field) != nullptr) {
+            continuous.push_back(field);
+        } else {
+            jobs.push_back({field});
+        }
     }
-    return fields;
+    const std::size_t share = (continuous.size() + threads - 1) / threads;
+    const std::size_t together = std::clamp<std::size_t>(share, 1, QKContUnivariateVariable::kMostTogether);
+    std::vector<std::vector<int>> ofContinuous;
+    for (std::size_t i = 0; i < continuous.size(); ++i) {
+        if (i % together == 0) ofContinuous.emplace_back();
+        ofContinuous.back().push_back(continuous[i]);
+    }
+    jobs.insert(jobs.begin(), ofContinuous.begin(), ofContinuous.end());  // the longer ones first
+    return jobs;
 }
 
-void UnivariateCollector::AddColumn(int field) const {
+/// Takes fields through a pass, if they need one.
+void UnivariateCollector::AddColumns(const std::vector<int>& fields, const WorkShare& work) const {
+    constexpr std::size_t kRecordsBetweenQuestions = std::size_t{1} << 16;
     const QKTarn::ColumnStore& store = memo.Store()->Columns();
     const std::int32_t* const weights =
         weightIndex < 0 ? nullptr : store.WholeColumn(static_cast<std::size_t>(weightIndex));
-    variables.at(field)->AddColumn(store.ColumnSpan(static_cast<std::size_t>(field)), weights);
+    for (std::size_t begin = 0; begin < store.Count() && !work.IsStopped(); begin += kRecordsBetweenQuestions) {
+        const std::size_t count = std::min(kRecordsBetweenQuestions, store.Count() - begin);
+        const std::int32_t* const someWeights = weights == nullptr ? nullptr : weights + begin;
+        std::vector<QKContUnivariateVariable::Column> continuous;
+        for (const int field : fields) {
+            QKUnivariateVariable* const variable = variables.at(field).get();
+            if (!variable->NeedsPass()) continue;
+            const double* const values = store.Column(static_cast<std::size_t>(field)) + begin;
+            if (auto* const ofNumbers = dynamic_cast<QKContUnivariateVariable*>(variable)) {
+                continuous.push_back({ofNumbers, values});
+            } else {
+                variable->AddColumn({values, count}, someWeights);
+            }
+        }
+        QKContUnivariateVariable::AddColumns(continuous, someWeights, count);
+    }
 }
 
 /// Whether another pass is wanted. The walk ends at the first field that needs no pass, and the fields behind it

@@ -49,8 +49,8 @@ class UnivariateCollector {
 
  private:
     std::unique_ptr<QKUnivariateVariable> MakeVariable(int field) const;
-    std::vector<int> FieldsThatNeedAPass() const;
-    void AddColumn(int field) const;
+    std::vector<std::vector<int>> MakeJobs(std::size_t threads) const;
+    void AddColumns(const std::vector<int>& fields, const WorkShare& work) const;
     bool EndPassOfAll(QKStatus& status);
 
     QKTarn::TarnMemoIterator memo;

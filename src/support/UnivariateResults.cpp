@@ -64,7 +64,10 @@ std::int32_t UnivariateResults::GetModeFrequency(int field) const {
 bool UnivariateResults::GetFrequencies(int field, std::map<int, std::int32_t>& frequencies) const {
     const QKCateUnivariateVariable* variable = collector_->FindCategorical(field);
     if (variable == nullptr) return false;
-    frequencies = variable->GetFrequencies();
+    frequencies.clear();
+    for (const std::int32_t frequency : variable->GetFrequencies()) {
+        frequencies.emplace_hint(frequencies.end(), static_cast<int>(frequencies.size()), frequency);
+    }
     return true;
 }
 

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -12,7 +11,7 @@
 
 namespace {
 
-using Frequencies = std::map<int, std::int32_t>;
+using Frequencies = std::vector<std::int32_t>;  // of the categories from 0 up
 /// A category of field 0 with its weight in field 1.
 using Weighted = std::pair<double, double>;
 
@@ -52,7 +51,7 @@ TEST_P(CategoricalStatistics, ComputeWhatTheirCodeSaysAndFrequenciesInAnyCase) {
     EXPECT_TRUE(variable.EndPass().IsOK());
     EXPECT_EQ(variable.GetMedianCategory(), GetParam().median);
     EXPECT_EQ(variable.GetModeFrequency(), GetParam().mode);
-    EXPECT_EQ(variable.GetFrequencies(), (Frequencies{{0, 0}, {1, 2}, {2, 3}}));
+    EXPECT_EQ(variable.GetFrequencies(), (Frequencies{0, 2, 3}));
     EXPECT_EQ(variable.GetCount(), 5);
 }
 
@@ -91,20 +90,20 @@ TEST_P(Samples, HaveTheirFrequenciesModeAndMedian) {
 INSTANTIATE_TEST_SUITE_P(
     , Samples,
     testing::Values(
-        Sample{"Weighted", 4, {{2, 3.9}, {0, 1}, {2, 1}, {3, 0.9}}, {{0, 1}, {1, 0}, {2, 4}, {3, 0}}, 5, 4, 2},
+        Sample{"Weighted", 4, {{2, 3.9}, {0, 1}, {2, 1}, {3, 0.9}}, {1, 0, 4, 0}, 5, 4, 2},
         // 3 / 2 = 1, which the one case of category 0 reaches.
-        Sample{"HalfIsRoundedDown", 3, {{0, 1}, {1, 1}, {1, 1}}, {{0, 1}, {1, 2}, {2, 0}}, 3, 2, 0},
+        Sample{"HalfIsRoundedDown", 3, {{0, 1}, {1, 1}, {1, 1}}, {1, 2, 0}, 3, 2, 0},
         // Half of 4 is reached, not passed, at category 0.
-        Sample{"HalfReachedExactly", 2, {{0, 2}, {1, 2}}, {{0, 2}, {1, 2}}, 4, 2, 0},
+        Sample{"HalfReachedExactly", 2, {{0, 2}, {1, 2}}, {2, 2}, 4, 2, 0},
         // 1 / 2 = 0 is reached before any case is.
-        Sample{"OneCase", 3, {{2, 1}}, {{0, 0}, {1, 0}, {2, 1}}, 1, 1, 0},
-        Sample{"NoCase", 2, {}, {{0, 0}, {1, 0}}, 0, 0, 0}, Sample{"NoCategory", 0, {}, {}, 0, 0, 0},
+        Sample{"OneCase", 3, {{2, 1}}, {0, 0, 1}, 1, 1, 0},
+        Sample{"NoCase", 2, {}, {0, 0}, 0, 0, 0}, Sample{"NoCategory", 0, {}, {}, 0, 0, 0},
         // Categories beyond the table add to no frequency but to the count, whose half is then never reached.
-        Sample{"UnknownCategoryAddsToTheCountAlone", 2, {{5, 8}, {-2, 1}, {1, 2}}, {{0, 0}, {1, 2}}, 11, 2, 0},
-        Sample{"FractionOfACategoryIsCut", 2, {{1.9, 1}}, {{0, 0}, {1, 1}}, 1, 1, 0},
-        Sample{"NegativeWeightsTakeAway", 2, {{0, 4}, {0, -1}, {1, 5}}, {{0, 3}, {1, 5}}, 8, 5, 1},
-        Sample{"LargestOfNegativeFrequencies", 2, {{0, -4}, {1, -3}}, {{0, -4}, {1, -3}}, -7, -3, 0},
-        Sample{"CountersWrap", 1, {{0, 2147483647}, {0, 3}}, {{0, -2147483646}}, -2147483646, -2147483646, 0}),
+        Sample{"UnknownCategoryAddsToTheCountAlone", 2, {{5, 8}, {-2, 1}, {1, 2}}, {0, 2}, 11, 2, 0},
+        Sample{"FractionOfACategoryIsCut", 2, {{1.9, 1}}, {0, 1}, 1, 1, 0},
+        Sample{"NegativeWeightsTakeAway", 2, {{0, 4}, {0, -1}, {1, 5}}, {3, 5}, 8, 5, 1},
+        Sample{"LargestOfNegativeFrequencies", 2, {{0, -4}, {1, -3}}, {-4, -3}, -7, -3, 0},
+        Sample{"CountersWrap", 1, {{0, 2147483647}, {0, 3}}, {-2147483646}, -2147483646, -2147483646, 0}),
     [](const auto& test) { return std::string(test.param.name); });
 
 TEST(QKCateUnivariateVariable, MissingIsMinusOne) {
@@ -115,7 +114,7 @@ TEST(QKCateUnivariateVariable, MissingIsMinusOne) {
 
 TEST(QKCateUnivariateVariable, EveryCategoryHasAnEntryBeforeAnythingIsSeen) {
     const QKCateUnivariateVariable variable(0, -1, 3);
-    EXPECT_EQ(variable.GetFrequencies(), (Frequencies{{0, 0}, {1, 0}, {2, 0}}));
+    EXPECT_EQ(variable.GetFrequencies(), (Frequencies{0, 0, 0}));
     EXPECT_EQ(variable.GetModeFrequency(), 0);
     EXPECT_EQ(variable.GetMedianCategory(), 0);
 }

@@ -208,7 +208,7 @@ QKContUnivariateVariable HingesOf(const std::vector<Weighted>& ascending) {
     QKContUnivariateVariable variable(0, 1);
     int total = 0;
     for (const auto& [value, weight] : ascending) total += static_cast<int>(weight);
-    for (const auto& [value, weight] : ascending) variable.QuantileStep(value, weight, total);
+    for (const auto& [value, weight] : ascending) variable.QuantileStep(value, static_cast<int>(weight), total);
     variable.CloseQuantiles();
     return variable;
 }

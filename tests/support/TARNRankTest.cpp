@@ -82,7 +82,7 @@ TEST(TARNRank, GroupsShareTheRanksOfATie) {
     EXPECT_EQ(RankOf(values, 2).GroupRanks(2).ranks, (Ranks{{3, 1}, {5, 1}}));
 }
 
-TEST(TARNRank, ListIsKeptOfTheGroupAlonePerRequest) {
+TEST(TARNRank, RanksAreListedForTheGroupAloneThatIsAskedFor) {
     const std::vector<Value> values{{1, 1, 1}, {2, 1, 2}};
     TARNRank rank = RankOf(values, 1);
     EXPECT_EQ(rank.GroupRanks(1).ranks, (Ranks{{1, 1}}));
