@@ -20,8 +20,8 @@ class ColumnData {
     std::size_t Below(std::size_t bound) { return random() % bound; }
     bool Chance(double share) { return std::uniform_real_distribution<double>(0, 1)(random) < share; }
 
-    /// Finite numbers of one of several kinds: spread, tied, nearly tied, all equal, in a narrow range far from zero, of
-    /// any size; sometimes with zeros of both signs.
+    /// Finite numbers of one of several kinds: spread, tied, nearly tied, all equal, in a narrow range far from zero,
+    /// of any size; sometimes with zeros of both signs.
     std::vector<double> Values(std::size_t count) {
         const std::size_t kind = Below(7);
         const bool hasZeros = Chance(0.4);
@@ -32,12 +32,24 @@ class ColumnData {
             const double drawn = normal(random);
             switch (kind) {
                 case 0:
-                case 6: value = drawn + shift; break;
-                case 1: value = std::round(drawn); break;
-                case 2: value = std::round(drawn) * 0.25 + static_cast<double>(Below(5)) * 3e-15; break;
-                case 3: value = 2.5; break;
-                case 4: value = shift + std::round(drawn * 8) / 8; break;
-                default: value = std::exp(std::fabs(drawn) * 6) * (Chance(0.5) ? 1 : -1); break;
+                case 6:
+                    value = drawn + shift;
+                    break;
+                case 1:
+                    value = std::round(drawn);
+                    break;
+                case 2:
+                    value = std::round(drawn) * 0.25 + static_cast<double>(Below(5)) * 3e-15;
+                    break;
+                case 3:
+                    value = 2.5;
+                    break;
+                case 4:
+                    value = shift + std::round(drawn * 8) / 8;
+                    break;
+                default:
+                    value = std::exp(std::fabs(drawn) * 6) * (Chance(0.5) ? 1 : -1);
+                    break;
             }
             if (hasZeros && Chance(0.2)) value = Chance(0.5) ? 0.0 : -0.0;
         }

@@ -72,7 +72,7 @@ void ExpectAsPlainInRandomTables(Order order, std::uint64_t seed) {
         const std::vector<std::int32_t> weights = data.Weights(count);
         double low = *std::min_element(values.begin(), values.end());
         double high = *std::max_element(values.begin(), values.end());
-        if (data.Chance(0.1)) low += (high - low) / 3;   // values on both sides of the range
+        if (data.Chance(0.1)) low += (high - low) / 3;  // values on both sides of the range
         if (data.Chance(0.1)) high -= (high - low) / 2;
         const std::size_t wished = data.Chance(0.7) ? 400 : 1 + data.Below(12);
         ExpectAsPlain(data, order, values, data.Chance(0.5) ? &weights : nullptr, low, high, wished);
@@ -90,9 +90,18 @@ TEST(HistogramColumns, AscendingValuesAreOneAfterTheOther) {
 
 TEST(HistogramColumns, ValuesOnAndBesideEveryEdgeAreOneAfterTheOther) {
     ColumnData data(3);
-    for (const auto& [low, high] : std::vector<std::pair<double, double>>{
-             {-1, 1}, {0, 1}, {0.5, 3}, {-7, -2}, {-7, 0}, {1e9, 1e9 + 1}, {1e15, 1e15 + 50}, {-1e-300, 1e-300},
-             {-1.7e308, 1.7e308}, {5, 5}, {0, 0}, {-5e-324, 5e-324}}) {
+    for (const auto& [low, high] : std::vector<std::pair<double, double>>{{-1, 1},
+                                                                          {0, 1},
+                                                                          {0.5, 3},
+                                                                          {-7, -2},
+                                                                          {-7, 0},
+                                                                          {1e9, 1e9 + 1},
+                                                                          {1e15, 1e15 + 50},
+                                                                          {-1e-300, 1e-300},
+                                                                          {-1.7e308, 1.7e308},
+                                                                          {5, 5},
+                                                                          {0, 0},
+                                                                          {-5e-324, 5e-324}}) {
         for (const std::size_t wished : {1U, 2U, 3U, 4U, 7U, 16U, 400U}) {
             Histogram edges;
             edges.SetUp(low, high, wished);

@@ -96,8 +96,8 @@ INSTANTIATE_TEST_SUITE_P(
         // Half of 4 is reached, not passed, at category 0.
         Sample{"HalfReachedExactly", 2, {{0, 2}, {1, 2}}, {2, 2}, 4, 2, 0},
         // 1 / 2 = 0 is reached before any case is.
-        Sample{"OneCase", 3, {{2, 1}}, {0, 0, 1}, 1, 1, 0},
-        Sample{"NoCase", 2, {}, {0, 0}, 0, 0, 0}, Sample{"NoCategory", 0, {}, {}, 0, 0, 0},
+        Sample{"OneCase", 3, {{2, 1}}, {0, 0, 1}, 1, 1, 0}, Sample{"NoCase", 2, {}, {0, 0}, 0, 0, 0},
+        Sample{"NoCategory", 0, {}, {}, 0, 0, 0},
         // Categories beyond the table add to no frequency but to the count, whose half is then never reached.
         Sample{"UnknownCategoryAddsToTheCountAlone", 2, {{5, 8}, {-2, 1}, {1, 2}}, {0, 2}, 11, 2, 0},
         Sample{"FractionOfACategoryIsCut", 2, {{1.9, 1}}, {0, 1}, 1, 1, 0},

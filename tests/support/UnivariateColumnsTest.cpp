@@ -65,7 +65,8 @@ void ExpectColumnsAsPlain(ColumnData& data, std::size_t fields, std::size_t coun
     const std::vector<std::int32_t> weights = data.Chance(0.5) ? data.Weights(count) : std::vector<std::int32_t>();
     std::vector<QKContUnivariateVariable> variables(fields, QKContUnivariateVariable(0, -1));
     for (QKContUnivariateVariable& variable : variables) {
-        for (const int code : {Statistic::kMeanAndStdDev, Statistic::kMin, Statistic::kMax}) variable.AddStatistic(code);
+        for (const int code : {Statistic::kMeanAndStdDev, Statistic::kMin, Statistic::kMax})
+            variable.AddStatistic(code);
     }
     std::size_t begin = 0;
     for (const std::size_t end : data.Cuts(count)) {
@@ -101,7 +102,8 @@ TEST(UnivariateColumns, WhatIsNoNumberIsInTheRangeAsTheFirstValueAlone) {
         PlainMoments plain;
         for (const double value : values) plain.Add(value, 1);
         QKContUnivariateVariable variable(0, -1);
-        for (const int code : {Statistic::kMeanAndStdDev, Statistic::kMin, Statistic::kMax}) variable.AddStatistic(code);
+        for (const int code : {Statistic::kMeanAndStdDev, Statistic::kMin, Statistic::kMax})
+            variable.AddStatistic(code);
         variable.AddColumn(values, nullptr);
         EXPECT_TRUE(variable.EndPass().IsOK());
         EXPECT_EQ(std::isnan(variable.GetMin()), place == 0);
@@ -240,7 +242,8 @@ TEST(UnivariateColumns, CategoriesAreOneValueAfterTheOther) {
         QKCateUnivariateVariable variable(0, -1, categories);
         std::size_t begin = 0;
         for (const std::size_t end : data.Cuts(count)) {
-            variable.AddColumn({values.data() + begin, end - begin}, weights.empty() ? nullptr : weights.data() + begin);
+            variable.AddColumn({values.data() + begin, end - begin},
+                               weights.empty() ? nullptr : weights.data() + begin);
             begin = end;
         }
         ASSERT_EQ(variable.GetFrequencies(), frequencies);
