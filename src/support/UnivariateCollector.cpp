@@ -111,7 +111,8 @@ void UnivariateCollector::AddColumns(const std::vector<int>& fields, const WorkS
     const QKTarn::ColumnStore& store = memo.Store()->Columns();
     const std::int32_t* const weights =
         weightIndex < 0 ? nullptr : store.WholeColumn(static_cast<std::size_t>(weightIndex));
-    for (std::size_t begin = 0; begin < store.Count() && !work.IsStopped(); begin += kRecordsBetweenQuestions) {
+    for (std::size_t begin = 0; begin < store.Count(); begin += kRecordsBetweenQuestions) {
+        if (begin > 0 && work.IsStopped()) return;  // before the first ones the share has asked itself
         const std::size_t count = std::min(kRecordsBetweenQuestions, store.Count() - begin);
         const std::int32_t* const someWeights = weights == nullptr ? nullptr : weights + begin;
         std::vector<QKContUnivariateVariable::Column> continuous;
