@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <iterator>
 #include <limits>
 #include <numeric>
 
@@ -17,10 +18,17 @@ namespace {
 /// So few values that what is found out of them first is at hand when they are taken.
 constexpr std::size_t kBlock = 1024;
 
-bool HasMarker(const double* values, std::size_t count, double marker) {
-    std::int64_t found = 0;
-    for (std::size_t i = 0; i < count; ++i) found += values[i] == marker ? 1 : 0;
-    return found > 0;
+/// Whether any value is such a one. Without a way out before the end, and in lanes, so that several are asked at once.
+template <typename Question>
+bool HasAny(const double* values, std::size_t count, Question isSuch) {
+    constexpr std::size_t kLanes = 4;
+    double found[kLanes] = {};
+    const std::size_t inLanes = count - count % kLanes;
+    for (std::size_t i = 0; i < inLanes; i += kLanes) {
+        for (std::size_t lane = 0; lane < kLanes; ++lane) found[lane] = isSuch(values[i + lane]) ? 1.0 : found[lane];
+    }
+    for (std::size_t i = inLanes; i < count; ++i) found[0] = isSuch(values[i]) ? 1.0 : found[0];
+    return std::any_of(std::begin(found), std::end(found), [](double one) { return one > 0; });
 }
 
 std::int64_t SumOfWeights(const std::int32_t* weights, std::size_t count) {
@@ -83,7 +91,7 @@ void QKContUnivariateVariable::AddColumns(std::span<const Column> columns, const
         valuesTogether.clear();
         for (const auto& [variable, columnValues] : columns) {
             const double* const values = columnValues + begin;
-            if (HasMarker(values, size, QKMV::Missing())) {
+            if (HasAny(values, size, QKMV::IsMissing)) {
                 std::size_t present = 0;
                 for (std::size_t i = 0; i < size; ++i) {
                     presentValues[present] = values[i];
@@ -125,12 +133,8 @@ void QKContUnivariateVariable::AddRangeAndCount(const double* values, const std:
         (Wants(Statistic::kMin) && QKMV::IsMissing(min)) || (Wants(Statistic::kMax) && QKMV::IsMissing(max));
     const double lowest = Wants(Statistic::kMin) ? min : -std::numeric_limits<double>::infinity();
     const double highest = Wants(Statistic::kMax) ? max : std::numeric_limits<double>::infinity();
-    std::int64_t outside = 0;
-    for (std::size_t i = 0; i < size; ++i) {
-        outside += values[i] < lowest ? 1 : 0;
-        outside += values[i] > highest ? 1 : 0;
-    }
-    if (outside == 0 && !hasNone) return;
+    const auto isOutside = [=](double value) { return (value < lowest) | (value > highest); };
+    if (!hasNone && !HasAny(values, size, isOutside)) return;
     for (std::size_t i = 0; i < size; ++i) {
         if (Wants(Statistic::kMin) && (QKMV::IsMissing(min) || min > values[i])) min = values[i];
         if (Wants(Statistic::kMax) && (QKMV::IsMissing(max) || max < values[i])) max = values[i];
