@@ -1,7 +1,7 @@
 #include "contract/ColumnPass.h"
 
 #include <array>
-#include <deque>
+#include <forward_list>
 #include <vector>
 
 #include "platform/common/Truncation.h"
@@ -20,7 +20,7 @@ class OneRecord : public ColumnBatch {
     const double* Values(int field) override { return &record_[static_cast<std::size_t>(field)]; }
     const std::int32_t* WholeNumbers(int field) override {
         const std::int32_t number = TruncateToInt32(record_[static_cast<std::size_t>(field)]);
-        if (used_ == few_.size()) return &more_.emplace_back(number);
+        if (used_ == few_.size()) return &more_.emplace_front(number);
         few_[used_] = number;
         return &few_[used_++];
     }
@@ -29,7 +29,7 @@ class OneRecord : public ColumnBatch {
     const Record& record_;
     std::array<std::int32_t, 8> few_;  // most tests ask for a weight and a group
     std::size_t used_ = 0;
-    std::deque<std::int32_t> more_;  // where it is, a number stays
+    std::forward_list<std::int32_t> more_;  // where it is, a number stays; and an empty one has no memory
 };
 
 }  // namespace
