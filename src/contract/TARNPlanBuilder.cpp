@@ -45,6 +45,7 @@ void TARNPlanBuilder::EndMessage() {
 }
 
 void TARNPlanBuilder::RequestOriginFrequencies(Origins origins) {
+    if (plan_.IsBrief()) return;
     std::vector<std::string> names;
     if (origins == Origins::kSeveral) {
         Read(SettingKey::kOriginVariableName, names);

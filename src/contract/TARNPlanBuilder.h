@@ -44,7 +44,8 @@ class TARNPlanBuilder {
     QKSettings& TestSettings() { return *settings; }
 
     /// Requests the frequencies of the fields under "originVariableName", from which the test's fields were made, so
-    /// that the document can show them. Unknown names, and a setting of the other shape, are passed over.
+    /// that the document can show them; a brief run shows none. Unknown names, and a setting of the other shape, are
+    /// passed over.
     void RequestOriginFrequencies(Origins origins);
 
     /// Reads which comparison of its samples the entry asks for, and writes it into the test's settings, where
