@@ -15,10 +15,10 @@
 #include "onesample/TARNWilcoxonSR.h"
 
 #include <cmath>
+#include <limits>
 #include <string>
 
 #include "contract/TARNPlanBuilder.h"
-#include "support/CaseWeight.h"
 #include "support/Int32.h"
 #include "support/Significance.h"
 #include "vocabulary/OneSampleKeys.h"
@@ -34,10 +34,6 @@ constexpr long kTestValueMissing = 220801_error;
 constexpr long kUnknownField = 220803_error;
 constexpr long kNameMissing = 220812_error;
 constexpr long kFieldNotContinuous = 220815_error;
-
-/// The group keys under which absolute differences are ranked.
-constexpr std::int32_t kPositiveKey = 1;
-constexpr std::int32_t kNegativeKey = 0;
 
 double RankProduct(double n) {
     return (n + 1) * n;
@@ -101,9 +97,8 @@ QKStatus TARNWilcoxonSR::BeginPass() {
     passesRemaining = 1;
     ReadSettings();
     if (status.IsError()) return status;
-    values.GetHistogram().SetUp(minValue, maxValue, Histogram::kDefaultBins);
-    rank.Reset();
-    differences.clear();
+    if (!isBrief) histogram.SetUp(minValue, maxValue, Histogram::kDefaultBins);
+    differences.Clear();
     totalWeight = 0;
     tieCount = 0;
     nonTiedWeight = 0;
@@ -133,20 +128,32 @@ void TARNWilcoxonSR::ReadSettings() {
     settings->GetSettingValByName(SettingKey::kSigLevel, sigLevel);
 }
 
-QKStatus TARNWilcoxonSR::ProcessRecord(Record& record) {
-    const double value = record[static_cast<std::size_t>(variableIndex)];
-    const double weight = weightVariableIndex < 0 ? 1.0 : record[static_cast<std::size_t>(weightVariableIndex)];
-    const std::int32_t truncatedWeight = CaseWeight(record, weightVariableIndex);
-    values.GetHistogram().Add(value, truncatedWeight);
-    const double difference = value - testValue;
-    if (difference != 0) {
-        differences.push_back({difference, weight});
-        nonTiedWeight += weight;
-    } else {
-        tieCount = Add32(tieCount, truncatedWeight);
+QKStatus TARNWilcoxonSR::ProcessColumns(ColumnBatch& batch) {
+    const double* const values = batch.Values(variableIndex);
+    const std::int32_t* const truncatedWeights = batch.Weights(weightVariableIndex);
+    const double* const weights = weightVariableIndex < 0 ? nullptr : batch.Values(weightVariableIndex);
+    if (!isBrief) histogram.AddColumn(values, weights == nullptr ? nullptr : truncatedWeights, batch.Size());
+    scratch.resize(batch.Size());
+    for (std::size_t i = 0; i < scratch.size(); ++i) {
+        const double difference = values[i] - testValue;
+        // What is no number stands on the side of the negative ones, and behind all of them.
+        scratch[i] = std::isnan(difference) ? -std::numeric_limits<double>::quiet_NaN() : difference;
     }
-    totalWeight += weight;
+    AddWeights(weights, truncatedWeights);
+    differences.Add(scratch.data(), weights, scratch.size(), false);
     return status;
+}
+
+/// One after another: fractions are rounded.
+void TARNWilcoxonSR::AddWeights(const double* weights, const std::int32_t* truncatedWeights) {
+    std::uint32_t ties = 0;
+    for (std::size_t i = 0; i < scratch.size(); ++i) {
+        const double weight = weights == nullptr ? 1.0 : weights[i];
+        ties += scratch[i] == 0 ? static_cast<std::uint32_t>(truncatedWeights[i]) : 0;
+        nonTiedWeight += scratch[i] != 0 ? weight : 0.0;
+        totalWeight += weight;
+    }
+    tieCount = Add32(tieCount, static_cast<std::int32_t>(ties));
 }
 
 QKStatus TARNWilcoxonSR::EndPass() {
@@ -156,32 +163,14 @@ QKStatus TARNWilcoxonSR::EndPass() {
         AddStatusMessage(QKStatus(StatusCode::kNoRecords), MessageKind::kError);
         return status;
     }
-    values.GetHistogram().Close();
-    const QKStatus ranked = RankDifferences();
-    if (ranked.IsError()) {
-        AddStatusMessage(ranked, MessageKind::kError);
-        return status;
-    }
-    positiveRankSum = rank.GroupRanks(kPositiveKey).sumOfRanks;
-    standardError = std::sqrt(TiedVariance(nonTiedWeight, rank.TieCorrectionSum()));
+    if (!isBrief) histogram.Close();
+    const SignedRanks ranks = RankSignedDifferences(differences, work);
+    differences.Clear();  // it holds every record, and tests live as long as the document
+    positiveRankSum = ranks.sumOfPositive;
+    standardError = std::sqrt(TiedVariance(nonTiedWeight, ranks.tieCorrectionSum));
     standardTestStatistic = (positiveRankSum - RankProduct(nonTiedWeight) * 0.25) / standardError;
     asymptoticSig = TwoTailedNormal(standardTestStatistic);
-    // They hold every record, and tests live as long as the document.
-    rank = TARNRank();
-    differences = {};
     return status;
-}
-
-QKStatus TARNWilcoxonSR::RankDifferences() {
-    SortByAbsoluteValue(differences);
-    rank.Reset();
-    for (const auto& [difference, weight] : differences) {
-        const QKStatus added =
-            rank.AddValue(std::fabs(difference), weight, difference > 0 ? kPositiveKey : kNegativeKey);
-        if (added.IsError()) return added;
-    }
-    rank.CloseTieRun();
-    return QKStatus();
 }
 
 // ---- Element ----
@@ -206,6 +195,7 @@ void TARNWilcoxonSR::AddDistribution(ResultElement& element) const {
     StructuredTable distribution = element.AddTable(TableName::kContinuousDistribution);
     distribution.Row(RowName::kHypotheticalMedian, testValue);
     distribution.Row(RowName::kObservedMedian, observedMedian);
+    if (isBrief) return;
     std::string counts;
     std::string columnValues;
     if (tieCount > 0) {
@@ -214,5 +204,5 @@ void TARNWilcoxonSR::AddDistribution(ResultElement& element) const {
         counts = ";0";
         columnValues = ";" + IntToString(tieCount);
     }
-    distribution.Add(MakeIntervalTable(values.GetBins(), counts, columnValues));
+    distribution.Add(MakeIntervalTable(histogram.Bins(), counts, columnValues));
 }

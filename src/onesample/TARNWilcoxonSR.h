@@ -5,23 +5,22 @@
 #include <memory>
 #include <vector>
 
+#include "contract/ColumnPass.h"
 #include "contract/TARNPlan.h"
-#include "contract/TARNTest.h"
-#include "support/QKUnivariateVariable.h"
+#include "support/Histogram.h"
 #include "support/ResultElements.h"
-#include "support/TARNRank.h"
-#include "support/WeightedOrder.h"
+#include "support/SignedRanks.h"
 
 /// The Wilcoxon signed rank test of one continuous field, setting "OWilcoxonSignedRanks".
-class TARNWilcoxonSR : public TARNTest {
+class TARNWilcoxonSR : public ColumnTest {
  public:
     /// Reads from its settings "variableIndex", "userSpecifyTestValue", "testValue", "weightVariableIndex" and
     /// "sigLevel".
-    explicit TARNWilcoxonSR(std::unique_ptr<QKSettings> testSettings) : TARNTest(std::move(testSettings)) {}
+    explicit TARNWilcoxonSR(std::unique_ptr<QKSettings> testSettings) : ColumnTest(std::move(testSettings)) {}
 
     void SetUnivariateResults(UnivariateResults* results) override { univariateResults = results; }
     QKStatus BeginPass() override;
-    QKStatus ProcessRecord(Record& record) override;
+    QKStatus ProcessColumns(ColumnBatch& batch) override;
     bool NeedsAnotherPass() override { return false; }
     QKStatus EndPass() override;
     void GetUsedVariables(std::vector<int>& fieldIndices) override { fieldIndices.push_back(variableIndex); }
@@ -29,7 +28,7 @@ class TARNWilcoxonSR : public TARNTest {
 
  private:
     void ReadSettings();
-    QKStatus RankDifferences();
+    void AddWeights(const double* weights, const std::int32_t* truncatedWeights);
     void AddDistribution(ResultElement& element) const;
 
     int weightVariableIndex = -1;
@@ -41,14 +40,14 @@ class TARNWilcoxonSR : public TARNTest {
     double observedMedian = 0;
     double sigLevel = kDefaultSigLevel;
     UnivariateResults* univariateResults = nullptr;
-    QKContUnivariateVariable values{-1, -1};
+    Histogram histogram;
     double minValue = std::numeric_limits<double>::max();
     double maxValue = std::numeric_limits<double>::lowest();
     double totalWeight = 0;
     std::int32_t tieCount = 0;
-    TARNRank rank;
-    /// One entry per record whose difference is not zero.
-    std::vector<UntruncatedDifference> differences;
+    std::vector<double> scratch;
+    /// Of the records whose difference is not zero.
+    SignedDifferences differences;
     double positiveRankSum = 0;
     double standardTestStatistic = 0;
     /// The n of the formulas.

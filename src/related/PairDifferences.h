@@ -1,18 +1,17 @@
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <vector>
 
+#include "contract/ColumnPass.h"
 #include "contract/TARNPlan.h"
 #include "contract/TARNPlanBuilder.h"
 #include "platform/common/QKSettings.h"
-#include "platform/common/Record.h"
 #include "support/Histogram.h"
-#include "support/QKUnivariateVariable.h"
 #include "support/ResultElements.h"
-#include "support/TARNRank.h"
-#include "support/WeightedOrder.h"
 
 /// What the tests on the differences of a pair of continuous fields share. A difference is second minus first.
 
@@ -31,43 +30,73 @@ void PlanContinuousPair(TARNPlanBuilder& builder, TARNPlan& plan, const PairCode
 /// Reads "variableIndex" of a test's own settings; false, with both indices unchanged, unless it is a pair.
 bool ReadPair(const QKSettings& settings, int& firstVariableIndex, int& secondVariableIndex);
 
-/// The group keys under which absolute differences are ranked.
-namespace RankKey {
-inline constexpr double kNotNegative = 0.0;
-inline constexpr double kNegative = 1.0;
-}  // namespace RankKey
-
-/// Sorts the differences by their absolute value and ranks these, with the truncated weights. Ends at the first error.
-QKStatus RankAbsoluteDifferences(std::vector<WeightedDifference>& differences, TARNRank& rank);
-
-/// The differences of a pair of fields with their range and histogram. Two passes: the first one extends the range,
-/// the second one fills the histogram over it.
+/// The differences of a pair of fields: their signs, range and histogram. Two passes: the first one counts, the second
+/// one fills the histogram over the range. They are made anew for each batch, since a subtraction costs less than eight
+/// bytes a record that are kept.
 class PairDifferences {
  public:
     PairDifferences() = default;
-    PairDifferences(int firstField, int secondField)
-        : firstVariableIndex(static_cast<std::size_t>(firstField)),
-          secondVariableIndex(static_cast<std::size_t>(secondField)) {}
+    PairDifferences(int firstField, int secondField, int weightField)
+        : firstVariableIndex(firstField), secondVariableIndex(secondField), weightVariableIndex(weightField) {}
 
-    double Of(const Record& record) const { return record[secondVariableIndex] - record[firstVariableIndex]; }
+    /// The differences of a batch, valid until a batch is handed over again.
+    const double* Of(ColumnBatch& batch);
+    /// Hands over the differences of a batch with the weights of their records, null where each is 1, some at a time,
+    /// which then stay at hand.
+    template <typename Job>
+    void ForParts(ColumnBatch& batch, Job job);
 
     /// First pass: takes part whatever the weight of the record, and zero differences too.
-    void ExtendRange(double difference);
+    void Count(const double* differences, const std::int32_t* weights, std::size_t count);
+    void ExtendRange(const double* differences, std::size_t count);
+
+    // Weights of the differences by sign. The difference of two infinities may be no number, which is neither positive
+    // nor negative nor zero.
+    std::int32_t Positive() const { return static_cast<std::int32_t>(positiveWeight); }
+    std::int32_t Negative() const { return static_cast<std::int32_t>(negativeWeight); }
+    std::int32_t NotZero() const { return static_cast<std::int32_t>(notZeroWeight); }
+    std::int32_t Total() const { return static_cast<std::int32_t>(totalWeight); }
     double Smallest() const { return minDifference; }
 
     /// Second pass.
-    void BeginHistogram() { differences.GetHistogram().SetUp(minDifference, maxDifference, Histogram::kDefaultBins); }
-    void Add(double difference, std::int32_t weight) { differences.GetHistogram().Add(difference, weight); }
-    void EndHistogram() { differences.GetHistogram().Close(); }
+    void BeginHistogram() { histogram.SetUp(minDifference, maxDifference, Histogram::kDefaultBins); }
+    void AddToHistogram(ColumnBatch& batch);
+    void EndHistogram() { histogram.Close(); }
 
-    /// Writes the table "ContinuousDistribution": the weights by sign, and the histogram.
+    /// Writes the table "ContinuousDistribution": the weights by sign, and, unless the run is brief, the histogram.
     void AddDistribution(ResultElement& element, std::int32_t negativeCount, std::int32_t tieCount,
-                         std::int32_t positiveCount) const;
+                         std::int32_t positiveCount, bool isBrief) const;
 
  private:
-    std::size_t firstVariableIndex = 0;
-    std::size_t secondVariableIndex = 0;
+    const std::int32_t* WeightsOf(ColumnBatch& batch) const {
+        return weightVariableIndex < 0 ? nullptr : batch.Weights(weightVariableIndex);
+    }
+    const double* Subtract(const double* first, const double* second, std::size_t count);
+
+    int firstVariableIndex = 0;
+    int secondVariableIndex = 0;
+    int weightVariableIndex = -1;
+    std::vector<double> scratch;
+    // They wrap as counters of 32 bits do.
+    std::uint32_t positiveWeight = 0;
+    std::uint32_t negativeWeight = 0;
+    std::uint32_t notZeroWeight = 0;
+    std::uint32_t totalWeight = 0;
     double maxDifference = std::numeric_limits<double>::lowest();
     double minDifference = std::numeric_limits<double>::max();
-    QKContUnivariateVariable differences{-1, -1};
+    Histogram histogram;
 };
+
+// ---- Implementation ----
+
+template <typename Job>
+void PairDifferences::ForParts(ColumnBatch& batch, Job job) {
+    constexpr std::size_t kPart = 2048;
+    const double* const first = batch.Values(firstVariableIndex);
+    const double* const second = batch.Values(secondVariableIndex);
+    const std::int32_t* const weights = WeightsOf(batch);
+    for (std::size_t begin = 0; begin < batch.Size(); begin += kPart) {
+        const std::size_t count = std::min(kPart, batch.Size() - begin);
+        job(Subtract(first + begin, second + begin, count), weights == nullptr ? nullptr : weights + begin, count);
+    }
+}

@@ -15,7 +15,6 @@
 
 #include "contract/TARNPlanBuilder.h"
 #include "platform/common/QKDistFun.h"
-#include "support/CaseWeight.h"
 #include "support/Int32.h"
 #include "support/ResultElements.h"
 #include "vocabulary/SettingKeys.h"
@@ -55,12 +54,12 @@ void PlanHodgesLehmannPairs(const QKSettings& entry, TARNPlan& plan) {
 QKStatus TARNHodgesLehmannPairs::BeginPass() {
     passesRemaining = 1;
     settings->GetSettingValByName(SettingKey::kConfidenceLevel, confidenceLevel);
+    settings->GetSettingValByName(SettingKey::kWeightVariableIndex, weightVariableIndex);
     if (ReadPair(*settings, firstVariableIndex, secondVariableIndex)) {
-        differences = PairDifferences(firstVariableIndex, secondVariableIndex);
+        differences = PairDifferences(firstVariableIndex, secondVariableIndex, weightVariableIndex);
     } else if (!status.IsError()) {
         AddStatusMessage(QKStatus(kCodes.notTwoFields), MessageKind::kError);
     }
-    settings->GetSettingValByName(SettingKey::kWeightVariableIndex, weightVariableIndex);
     return status;
 }
 
@@ -68,57 +67,52 @@ void TARNHodgesLehmannPairs::GetUsedVariables(std::vector<int>& fieldIndices) {
     fieldIndices = {firstVariableIndex, secondVariableIndex};
 }
 
-QKStatus TARNHodgesLehmannPairs::ProcessRecord(Record& record) {
-    const double difference = differences.Of(record);
-    const std::int32_t weight = CaseWeight(record, weightVariableIndex);
-    pairDifferences.push_back({difference, weight});
-    std::int32_t& count = difference > 0 ? positiveCount : difference < 0 ? negativeCount : tieCount;
-    count = Add32(count, weight);
-    differences.ExtendRange(difference);
+QKStatus TARNHodgesLehmannPairs::ProcessColumns(ColumnBatch& batch) {
+    differences.ForParts(batch, [this](const double* values, const std::int32_t* weights, std::size_t count) {
+        differences.Count(values, weights, count);
+        differences.ExtendRange(values, count);
+        sample.Add(values, weights, count, true);
+    });
     return status;
 }
 
 QKStatus TARNHodgesLehmannPairs::EndPass() {
     if (status.IsError()) return status;
-    totalN = Add32(Add32(positiveCount, negativeCount), tieCount);
+    totalN = differences.Total();
     if (totalN == 0) {
         AddStatusMessage(QKStatus(StatusCode::kNoRecords), MessageKind::kError);
         return status;
     }
-    QKStatus estimated;
     try {
-        estimated = Estimate();
+        Estimate();
     } catch (const std::bad_alloc&) {
-        estimated = QKStatus(StatusCode::kOutOfMemory);
+        AddStatusMessage(QKStatus(StatusCode::kOutOfMemory), MessageKind::kError);
     }
-    if (estimated.IsError()) AddStatusMessage(estimated, MessageKind::kError);
     passesRemaining = 0;
     return status;
 }
 
-QKStatus TARNHodgesLehmannPairs::Estimate() {
+void TARNHodgesLehmannPairs::Estimate() {
+    const std::int32_t tieCount = Subtract32(totalN, Add32(differences.Positive(), differences.Negative()));
     if (tieCount > 0) {
         // Zero differences become ordinary values: all are at least 1 then. With no weight on a zero nothing moves.
         shift = 1 - differences.Smallest();
-        for (WeightedDifference& entry : pairDifferences) entry.difference += shift;
+        for (double& difference : sample.Differences()) difference += shift;
     }
-    const WalshAverages averages(pairDifferences);
+    const WalshAverages averages(sample.Differences(), sample.Weights(), work);
+    if (work != nullptr && work->IsStopped()) return;
     estimate = averages.Median();
-    const QKStatus ranked = ComputeRankMoments();
-    if (ranked.IsError()) return ranked;
+    ComputeRankMoments();
     ComputeInterval(averages);
     estimate -= shift;
     lower -= shift;
     upper -= shift;
-    return QKStatus();
+    sample.Clear();  // it holds every record, and tests live as long as the document
 }
 
-QKStatus TARNHodgesLehmannPairs::ComputeRankMoments() {
-    TARNRank rank;
-    const QKStatus ranked = RankAbsoluteDifferences(pairDifferences, rank);
+void TARNHodgesLehmannPairs::ComputeRankMoments() {
     meanRank = MeanRank(totalN);
-    rankStdError = RankStandardError(totalN, rank.TieCorrectionSum());
-    return ranked;
+    rankStdError = RankStandardError(totalN, RankSignedDifferences(sample, work).tieCorrectionSum);
 }
 
 /// Without a weight field each position is that of one average, which is what the weighted position comes to when all

@@ -5,41 +5,40 @@
 #include <memory>
 #include <vector>
 
+#include "contract/ColumnPass.h"
 #include "contract/TARNPlan.h"
-#include "contract/TARNTest.h"
 #include "related/PairDifferences.h"
+#include "support/SignedRanks.h"
+#include "support/WeightedOrder.h"
 
 /// The Hodges-Lehmann estimate of one pair of continuous fields, setting "RHodgesLehmannEstimatePairs".
-class TARNHodgesLehmannPairs : public TARNTest {
+class TARNHodgesLehmannPairs : public ColumnTest {
  public:
     /// Reads from its settings "variableIndex" (two field indices), "weightVariableIndex" and "confidenceLevel".
-    explicit TARNHodgesLehmannPairs(std::unique_ptr<QKSettings> testSettings) : TARNTest(std::move(testSettings)) {}
+    explicit TARNHodgesLehmannPairs(std::unique_ptr<QKSettings> testSettings) : ColumnTest(std::move(testSettings)) {}
 
     void SetUnivariateResults(UnivariateResults*) override {}
     QKStatus BeginPass() override;
-    QKStatus ProcessRecord(Record& record) override;
+    QKStatus ProcessColumns(ColumnBatch& batch) override;
     bool NeedsAnotherPass() override { return false; }
     QKStatus EndPass() override;
     void GetUsedVariables(std::vector<int>& fieldIndices) override;
     QKXML::XMLElement* MakeResultElement() override;
 
  private:
-    QKStatus Estimate();
-    QKStatus ComputeRankMoments();
+    void Estimate();
+    void ComputeRankMoments();
     void ComputeInterval(const WeightedOrder& averages);
 
     int weightVariableIndex = -1;
     int firstVariableIndex = -1;
     int secondVariableIndex = -1;
     double confidenceLevel = kDefaultConfidenceLevel;
-    std::int32_t positiveCount = 0;
-    std::int32_t negativeCount = 0;
-    std::int32_t tieCount = 0;
     std::int32_t totalN = 0;
     /// Added to all differences when some are zero.
     double shift = 0;
-    /// One entry per record, zero differences too.
-    std::vector<WeightedDifference> pairDifferences;
+    /// Of all records, zero differences too.
+    SignedDifferences sample;
     double meanRank = 0;
     double rankStdError = 0;
     double estimate = 0;

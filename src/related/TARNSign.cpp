@@ -16,7 +16,6 @@
 
 #include "contract/TARNPlanBuilder.h"
 #include "platform/common/QKDistFun.h"
-#include "support/CaseWeight.h"
 #include "support/Int32.h"
 #include "support/QKVecValue.h"
 #include "support/ResultElements.h"
@@ -106,14 +105,14 @@ QKStatus TARNSign::BeginPass() {
 }
 
 void TARNSign::BeginCounting() {
-    passesRemaining = 2;
+    passesRemaining = isBrief ? 1 : 2;
     ReadSettings();
     if (status.IsError()) return;
     if (firstVariableIndex < 0 || secondVariableIndex < 0 || firstVariableIndex == secondVariableIndex) {
         AddStatusMessage(QKStatus(kNotAPair), MessageKind::kError);
         return;
     }
-    differences = PairDifferences(firstVariableIndex, secondVariableIndex);
+    differences = PairDifferences(firstVariableIndex, secondVariableIndex, weightVariableIndex);
 }
 
 /// A test that its plan builder failed comes through here as well and may show a second error beside the first.
@@ -130,18 +129,15 @@ void TARNSign::GetUsedVariables(std::vector<int>& fieldIndices) {
     fieldIndices.push_back(secondVariableIndex);
 }
 
-QKStatus TARNSign::ProcessRecord(Record& record) {
-    const double difference = differences.Of(record);
-    const std::int32_t weight = CaseWeight(record, weightVariableIndex);
+QKStatus TARNSign::ProcessColumns(ColumnBatch& batch) {
     if (passCounter == 1) {
-        differences.Add(difference, weight);
+        differences.AddToHistogram(batch);
         return status;
     }
-    totalN = Add32(totalN, weight);
-    // Without a branch: which side a difference falls on can't be foreseen.
-    positiveCount = Add32(positiveCount, difference > 0 ? weight : 0);
-    negativeCount = Add32(negativeCount, difference < 0 ? weight : 0);
-    differences.ExtendRange(difference);
+    differences.ForParts(batch, [this](const double* values, const std::int32_t* weights, std::size_t count) {
+        differences.Count(values, weights, count);
+        if (!isBrief) differences.ExtendRange(values, count);
+    });
     return status;
 }
 
@@ -158,11 +154,14 @@ QKStatus TARNSign::EndPass() {
 }
 
 void TARNSign::EndCounting() {
+    totalN = differences.Total();
+    positiveCount = differences.Positive();
+    negativeCount = differences.Negative();
     if (totalN == 0) {
         AddStatusMessage(QKStatus(StatusCode::kNoRecords), MessageKind::kError);
         return;
     }
-    passesRemaining = 1;
+    passesRemaining = isBrief ? 0 : 1;
     const std::int32_t n = Add32(positiveCount, negativeCount);
     if (n == 0) {
         asymptoticSig = 1.0;
@@ -189,7 +188,7 @@ QKXML::XMLElement* TARNSign::MakeResultElement() {
     if (element.EndsWithMessages(messages, status)) return element.Release();
 
     differences.AddDistribution(element, negativeCount, Subtract32(Subtract32(totalN, negativeCount), positiveCount),
-                                positiveCount);
+                                positiveCount, isBrief);
     StructuredTable statistics = element.AddTable(TableName::kStatisticsResult);
     statistics.Row(RowName::kTotalN, totalN);
     statistics.Row(RowName::kTestStatistic, positiveCount);

@@ -4,20 +4,20 @@
 #include <memory>
 #include <vector>
 
+#include "contract/ColumnPass.h"
 #include "contract/TARNPlan.h"
-#include "contract/TARNTest.h"
 #include "related/PairDifferences.h"
 
 /// The sign test of one pair of continuous fields, setting "RSign".
-class TARNSign : public TARNTest {
+class TARNSign : public ColumnTest {
  public:
     /// Reads from its settings "variableIndex" (two field indices), "weightVariableIndex" and "sigLevel".
-    explicit TARNSign(std::unique_ptr<QKSettings> testSettings) : TARNTest(std::move(testSettings)) {}
+    explicit TARNSign(std::unique_ptr<QKSettings> testSettings) : ColumnTest(std::move(testSettings)) {}
 
     void SetUnivariateResults(UnivariateResults*) override {}
     QKStatus BeginPass() override;
-    QKStatus ProcessRecord(Record& record) override;
-    bool NeedsAnotherPass() override { return !status.IsError() && passCounter == 1; }
+    QKStatus ProcessColumns(ColumnBatch& batch) override;
+    bool NeedsAnotherPass() override { return !status.IsError() && !isBrief && passCounter == 1; }
     QKStatus EndPass() override;
     void GetUsedVariables(std::vector<int>& fieldIndices) override;
     QKXML::XMLElement* MakeResultElement() override;

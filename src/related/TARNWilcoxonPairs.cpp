@@ -13,7 +13,6 @@
 #include <cmath>
 
 #include "contract/TARNPlanBuilder.h"
-#include "support/CaseWeight.h"
 #include "support/Int32.h"
 #include "support/ResultElements.h"
 #include "support/Significance.h"
@@ -52,7 +51,7 @@ void PlanWilcoxonPairs(const QKSettings& entry, TARNPlan& plan) {
 
 QKStatus TARNWilcoxonPairs::BeginPass() {
     if (passCounter == 0) {
-        passesRemaining = 2;
+        passesRemaining = isBrief ? 1 : 2;
         ReadSettings();
     } else {
         differences.BeginHistogram();
@@ -68,37 +67,29 @@ void TARNWilcoxonPairs::ReadSettings() {
         return;
     }
     settings->GetSettingValByName(SettingKey::kWeightVariableIndex, weightVariableIndex);
-    differences = PairDifferences(firstVariableIndex, secondVariableIndex);
+    differences = PairDifferences(firstVariableIndex, secondVariableIndex, weightVariableIndex);
 }
 
 void TARNWilcoxonPairs::GetUsedVariables(std::vector<int>& fieldIndices) {
     fieldIndices = {firstVariableIndex, secondVariableIndex};
 }
 
-QKStatus TARNWilcoxonPairs::ProcessRecord(Record& record) {
-    const double difference = differences.Of(record);
-    const std::int32_t weight = CaseWeight(record, weightVariableIndex);
-    if (passCounter == 0) {
-        Collect(difference, weight);
-    } else {
-        differences.Add(difference, weight);
+QKStatus TARNWilcoxonPairs::ProcessColumns(ColumnBatch& batch) {
+    if (passCounter != 0) {
+        differences.AddToHistogram(batch);
+        return status;
     }
+    differences.ForParts(batch, [this](const double* values, const std::int32_t* weights, std::size_t count) {
+        differences.Count(values, weights, count);
+        if (!isBrief) differences.ExtendRange(values, count);
+        ranked.Add(values, weights, count, false);
+    });
     return status;
-}
-
-void TARNWilcoxonPairs::Collect(double difference, std::int32_t weight) {
-    if (difference != 0) {
-        pairDifferences.push_back({difference, weight});
-        std::int32_t& count = difference > 0 ? positiveCount : negativeCount;
-        count = Add32(count, weight);
-    } else {
-        tieCount = Add32(tieCount, weight);
-    }
-    differences.ExtendRange(difference);
 }
 
 QKStatus TARNWilcoxonPairs::EndPass() {
     if (status.IsError()) return status;
+    if (passCounter == 0) TakeCounts();
     if (TotalN() == 0) {
         AddStatusMessage(QKStatus(StatusCode::kNoRecords), MessageKind::kError);
         return status;
@@ -108,24 +99,25 @@ QKStatus TARNWilcoxonPairs::EndPass() {
     } else {
         differences.EndHistogram();
     }
-    if (status.IsError()) return status;
     ++passCounter;
     --passesRemaining;
     return status;
 }
 
+/// What is no number counts as negative.
+void TARNWilcoxonPairs::TakeCounts() {
+    positiveCount = differences.Positive();
+    negativeCount = Subtract32(differences.NotZero(), positiveCount);
+    tieCount = Subtract32(differences.Total(), differences.NotZero());
+}
+
 void TARNWilcoxonPairs::EndRanking() {
-    TARNRank rank;
-    const QKStatus ranked = RankAbsoluteDifferences(pairDifferences, rank);
-    if (ranked.IsError()) {
-        AddStatusMessage(ranked, MessageKind::kError);
-        return;
-    }
-    positiveRankSum = rank.GroupRanks(RankKey::kNotNegative).sumOfRanks;
-    negativeRankSum = rank.GroupRanks(RankKey::kNegative).sumOfRanks;
+    const SignedRanks ranks = RankSignedDifferences(ranked, work);
+    ranked.Clear();  // it holds every record, and tests live as long as the document
+    positiveRankSum = ranks.sumOfPositive;
     nonZeroN = Add32(positiveCount, negativeCount);
     meanRank = RankProduct(nonZeroN) * 0.25;
-    standardError = std::sqrt(TiedVariance(nonZeroN, rank.TieCorrectionSum()));
+    standardError = std::sqrt(TiedVariance(nonZeroN, ranks.tieCorrectionSum));
     standardTestStatistic = (positiveRankSum - meanRank) / standardError;
     asymptoticSig = TwoTailedNormal(standardTestStatistic);
 }
@@ -141,7 +133,7 @@ QKXML::XMLElement* TARNWilcoxonPairs::MakeResultElement() {
     element.AddCondition(kConditionKey, {IntToString(firstVariableIndex), IntToString(secondVariableIndex)});
     if (element.EndsWithMessages(messages, status)) return element.Release();
 
-    differences.AddDistribution(element, negativeCount, tieCount, positiveCount);
+    differences.AddDistribution(element, negativeCount, tieCount, positiveCount, isBrief);
     StructuredTable statistics = element.AddTable(TableName::kStatisticsResult);
     statistics.Row(RowName::kTotalN, TotalN());
     statistics.Row(RowName::kTestStatistic, positiveRankSum);

@@ -4,27 +4,28 @@
 #include <memory>
 #include <vector>
 
+#include "contract/ColumnPass.h"
 #include "contract/TARNPlan.h"
-#include "contract/TARNTest.h"
 #include "related/PairDifferences.h"
+#include "support/SignedRanks.h"
 
 /// The Wilcoxon signed rank test of one pair of continuous fields, setting "RWilcoxonSignedRanks".
-class TARNWilcoxonPairs : public TARNTest {
+class TARNWilcoxonPairs : public ColumnTest {
  public:
     /// Reads from its settings "variableIndex" (two field indices), "weightVariableIndex" and "sigLevel".
-    explicit TARNWilcoxonPairs(std::unique_ptr<QKSettings> testSettings) : TARNTest(std::move(testSettings)) {}
+    explicit TARNWilcoxonPairs(std::unique_ptr<QKSettings> testSettings) : ColumnTest(std::move(testSettings)) {}
 
     void SetUnivariateResults(UnivariateResults*) override {}
     QKStatus BeginPass() override;
-    QKStatus ProcessRecord(Record& record) override;
-    bool NeedsAnotherPass() override { return passCounter == 1; }
+    QKStatus ProcessColumns(ColumnBatch& batch) override;
+    bool NeedsAnotherPass() override { return !isBrief && passCounter == 1; }
     QKStatus EndPass() override;
     void GetUsedVariables(std::vector<int>& fieldIndices) override;
     QKXML::XMLElement* MakeResultElement() override;
 
  private:
     void ReadSettings();
-    void Collect(double difference, std::int32_t weight);
+    void TakeCounts();
     void EndRanking();
     std::int32_t TotalN() const;
 
@@ -36,11 +37,10 @@ class TARNWilcoxonPairs : public TARNTest {
     std::int32_t negativeCount = 0;
     std::int32_t tieCount = 0;
     std::int32_t nonZeroN = 0;
-    /// One entry per record whose difference is not zero.
-    std::vector<WeightedDifference> pairDifferences;
+    /// Of the records whose difference is not zero.
+    SignedDifferences ranked;
     double asymptoticSig = 0;
     double positiveRankSum = 0;
-    double negativeRankSum = 0;
     double meanRank = 0;
     double standardError = 0;
     double standardTestStatistic = 0;

@@ -35,6 +35,7 @@ class TARNRank {
 
     /// Whether a value is tied with the one that opened a run: they differ by less than 1e-14, whatever the scale of
     /// the data. Ties don't chain.
+    static constexpr double kTieTolerance = 1e-14;
     static bool AreTied(double value, double opener) { return std::fabs(value - opener) < kTieTolerance; }
 
     /// Takes the next value. Its weight, truncated to 32 bits, moves the ranks; as it is it weighs the rank in the
@@ -56,7 +57,6 @@ class TARNRank {
     void Reset();
 
  private:
-    static constexpr double kTieTolerance = 1e-14;
     static constexpr std::int32_t kNone = -1;
     static constexpr std::size_t kBlock = 1024;
     /// Each group has two sums of its own in a block, so that one addition needn't wait for the one before it.

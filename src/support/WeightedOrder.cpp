@@ -5,6 +5,8 @@
 #include <cmath>
 #include <utility>
 
+#include "records/SortOrder.h"
+
 namespace {
 
 constexpr std::uint64_t kSignBit = std::uint64_t{1} << 63;
@@ -18,16 +20,12 @@ double FromOrderKey(std::uint64_t key) {
     return std::bit_cast<double>(key & kSignBit ? key & ~kSignBit : ~key);
 }
 
+/// So many weights between two bounds are too few for a straight line.
+constexpr int kFewWeights = 64;
+
 /// An order of all doubles. "<" itself is none: to it, what is no number equals everything.
 bool IsBelow(double a, double b) {
     return a < b || (std::isnan(b) && !std::isnan(a));
-}
-
-template <typename Difference>
-void SortByAbsolute(std::vector<Difference>& values) {
-    std::sort(values.begin(), values.end(), [](const Difference& a, const Difference& b) {
-        return IsBelow(std::fabs(a.difference), std::fabs(b.difference));
-    });
 }
 
 }  // namespace
@@ -36,14 +34,6 @@ void SortByValue(std::vector<WeightedDifference>& values) {
     std::sort(values.begin(), values.end(), [](const WeightedDifference& a, const WeightedDifference& b) {
         return IsBelow(a.difference, b.difference);
     });
-}
-
-void SortByAbsoluteValue(std::vector<WeightedDifference>& values) {
-    SortByAbsolute(values);
-}
-
-void SortByAbsoluteValue(std::vector<UntruncatedDifference>& values) {
-    SortByAbsolute(values);
 }
 
 // ---- Positions ----
@@ -64,15 +54,30 @@ double WeightedOrder::Median() const {
     return WeightUpTo(lower) == half ? (lower + NextAbove(lower)) * 0.5 : lower;
 }
 
+/// Every other question is where a straight line between the bounds reaches the position, which comes near it soon. The
+/// others halve what is left of the doubles, so that the search ends whatever the list looks like.
 double WeightedOrder::Reaching(Weight position) const {
     std::uint64_t low = OrderKey(First());
     std::uint64_t high = OrderKey(Last());
-    while (low < high) {
-        const std::uint64_t middle = low + (high - low) / 2;
-        if (WeightUpTo(FromOrderKey(middle)) >= position) {
+    auto weightBelow = Weight{0};
+    Weight weightUpTo = TotalWeight();
+    const bool isLineOfUse = std::isfinite(First()) && std::isfinite(Last()) && !HasNegativeWeights();
+    for (bool isHalved = true; low < high && !(work != nullptr && work->IsStopped()); isHalved = !isHalved) {
+        std::uint64_t middle = low + (high - low) / 2;
+        if (isLineOfUse && isHalved && weightUpTo - weightBelow > kFewWeights) {
+            const double share =
+                static_cast<double>(position - weightBelow) / static_cast<double>(weightUpTo - weightBelow);
+            const double lowest = FromOrderKey(low);
+            const double onLine = lowest + share * (FromOrderKey(high) - lowest);
+            if (onLine >= lowest) middle = std::clamp(OrderKey(onLine), low, high - 1);
+        }
+        const Weight weight = WeightUpTo(FromOrderKey(middle));
+        if (weight >= position) {
             high = middle;
+            weightUpTo = weight;
         } else {
             low = middle + 1;
+            weightBelow = weight;
         }
     }
     return FromOrderKey(high) + 0.0;  // -0.0 comes first of the two zeros and would show its sign
@@ -80,16 +85,24 @@ double WeightedOrder::Reaching(Weight position) const {
 
 // ---- Walsh averages ----
 
-WalshAverages::WalshAverages(std::vector<WeightedDifference> sample)
-    : values(std::move(sample)), weightBefore(values.size() + 1) {
-    SortByValue(values);
-    for (std::size_t i = 0; i < values.size(); ++i) weightBefore[i + 1] = weightBefore[i] + values[i].weight;
+WalshAverages::WalshAverages(std::span<const double> sample, const double* weights, const WorkShare* share)
+    : weightBefore(sample.size() + 1) {
+    SetWork(share);
+    const WorkShare alone;
+    QKTarn::SortedColumn sorted = QKTarn::SortColumn(sample, share == nullptr ? alone : *share);
+    values = std::move(sorted.values);
+    weightBefore[0] = 0;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        const double weight = weights == nullptr ? 1 : weights[sorted.order[i]];
+        hasNegativeWeights = hasNegativeWeights || weight < 0;
+        weightBefore[i + 1] = weightBefore[i] + static_cast<std::int64_t>(weight);
+    }
     for (std::size_t i = 0; i < values.size(); ++i) totalWeight += RowWeight(i, values.size());
 }
 
 /// Of the pairs of `row` with itself and the values behind it up to `end`.
 WeightedOrder::Weight WalshAverages::RowWeight(std::size_t row, std::size_t end) const {
-    const Weight weight = values[row].weight;
+    const Weight weight = weightBefore[row + 1] - weightBefore[row];
     return weight * (weightBefore[end] - weightBefore[row + 1]) + (weight + 1) * weight / 2;
 }
 
@@ -122,6 +135,7 @@ PairwiseDifferences::Sample::Sample(std::vector<WeightedDifference> entries) : w
     SortByValue(entries);
     for (const auto& [value, weight] : entries) {
         totalWeight += weight;
+        hasNegativeWeights = hasNegativeWeights || weight < 0;
         if (values.empty() || values.back() != value) {
             values.push_back(value);
             weightBefore.push_back(totalWeight);

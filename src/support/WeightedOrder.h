@@ -3,8 +3,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <utility>
 #include <vector>
+
+#include "machine/LargeArray.h"
+#include "machine/WorkShare.h"
 
 /// A difference, or a value that differences are made of, with the truncated weight of its record.
 struct WeightedDifference {
@@ -12,22 +16,13 @@ struct WeightedDifference {
     std::int32_t weight = 0;
 };
 
-/// The same with the weight as it stands, fraction included.
-struct UntruncatedDifference {
-    double difference = 0;
-    double weight = 0;
-};
-
 /// Sorts in ascending order. What is no number stands last.
 void SortByValue(std::vector<WeightedDifference>& values);
-/// The same by the absolute value.
-void SortByAbsoluteValue(std::vector<WeightedDifference>& values);
-void SortByAbsoluteValue(std::vector<UntruncatedDifference>& values);
 
 /// Order statistics of a list of weighted values that is too long to be made. It is defined as sorted in ascending
 /// order, of equal values those without weight in front, with the running sum of its weights; but a derived class only
-/// answers how much weight lies up to a bound. A value at a position is then found by bisection over the doubles, 64
-/// questions at most, and is one of the list to the last bit.
+/// answers how much weight lies up to a bound. A value at a position is then found by some twenty questions, twice 64 at
+/// most, over the doubles, and is one of the list to the last bit.
 ///
 /// Weights are not negative. Where they are (an impossible weight of a record), the value is one at which the running
 /// sum reaches the position from below, though not always the first one.
@@ -37,6 +32,9 @@ class WeightedOrder {
     __extension__ using Weight = __int128;
 
     virtual ~WeightedOrder() = default;
+
+    /// Where the searches ask whether to stop; once they do, what they find is of no use. Borrowed; may be null.
+    void SetWork(const WorkShare* share) { work = share; }
 
     /// The first value whose running weight reaches a whole-numbered position. A position from the total weight on
     /// gives the last value of the list, one from 0 down the first, and these two may be values without weight.
@@ -53,6 +51,8 @@ class WeightedOrder {
     /// The value behind the first one, an equal one as well; none if the list has one value alone.
     virtual std::optional<double> Second() const = 0;
     virtual Weight TotalWeight() const = 0;
+    /// Whether any weight is below 0. The search then asks as it ever did, since what it finds depends on that.
+    virtual bool HasNegativeWeights() const = 0;
     /// Sum of the weights of all values that are not above the bound.
     virtual Weight WeightUpTo(double bound) const = 0;
     /// The first value above the bound; the last of all if there is none.
@@ -60,6 +60,8 @@ class WeightedOrder {
 
  private:
     double Reaching(Weight position) const;
+
+    const WorkShare* work = nullptr;
 };
 
 /// The means (d_j + d_i) / 2 of all pairs i <= j of m values, the averages of Walsh. A pair has the product of its
@@ -72,8 +74,9 @@ class WeightedOrder {
 /// Journal on Computing 7, 147-153.
 class WalshAverages : public WeightedOrder {
  public:
-    /// At least one value.
-    explicit WalshAverages(std::vector<WeightedDifference> values);
+    /// At least one value, in any order. `weights`: whole numbers within 32 bits; null: each is 1. `work` may be null;
+    /// once it is stopped, the averages are of no use.
+    WalshAverages(std::span<const double> sample, const double* weights, const WorkShare* share = nullptr);
 
  protected:
     double First() const override { return Average(0, 0); }
@@ -82,16 +85,18 @@ class WalshAverages : public WeightedOrder {
         return values.size() > 1 ? std::optional(Average(0, 1)) : std::nullopt;
     }
     Weight TotalWeight() const override { return totalWeight; }
+    bool HasNegativeWeights() const override { return hasNegativeWeights; }
     Weight WeightUpTo(double bound) const override;
     double NextAbove(double bound) const override;
 
  private:
-    double Average(std::size_t i, std::size_t j) const { return (values[j].difference + values[i].difference) * 0.5; }
+    double Average(std::size_t i, std::size_t j) const { return (values[j] + values[i]) * 0.5; }
     Weight RowWeight(std::size_t row, std::size_t end) const;
 
-    std::vector<WeightedDifference> values;
-    std::vector<std::int64_t> weightBefore;  // of the values in front of a position, m + 1 entries
+    LargeArray<double> values;              // ascending
+    LargeArray<std::int64_t> weightBefore;  // of the values in front of a position, m + 1 entries
     Weight totalWeight = 0;
+    bool hasNegativeWeights = false;
 };
 
 /// The differences a_i - b_j of all pairs of two samples. A pair has the product of its weights.
@@ -112,6 +117,7 @@ class PairwiseDifferences : public WeightedOrder {
     double Last() const override { return Difference(minuends.values.size() - 1, 0); }
     std::optional<double> Second() const override;
     Weight TotalWeight() const override { return Weight{minuends.totalWeight} * subtrahends.totalWeight; }
+    bool HasNegativeWeights() const override { return minuends.hasNegativeWeights || subtrahends.hasNegativeWeights; }
     Weight WeightUpTo(double bound) const override;
     double NextAbove(double bound) const override;
 
@@ -123,6 +129,7 @@ class PairwiseDifferences : public WeightedOrder {
         std::vector<double> values;
         std::vector<std::int64_t> weightBefore;  // of the values in front of a position, one more than values
         std::int64_t totalWeight = 0;
+        bool hasNegativeWeights = false;
         std::optional<double> behindFirst;  // the second and the last but one entry, which may equal their neighbours
         std::optional<double> beforeLast;
     };

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstdint>
 #include <limits>
 #include <memory>
 #include <sstream>
@@ -9,6 +11,7 @@
 #include <vector>
 
 #include "related/PairDifferences.h"
+#include "tests/harness/BatchOf.h"
 
 namespace {
 
@@ -21,13 +24,14 @@ std::string TextOf(ResultElement& element) {
 
 /// The "Interval" rows of differences of weight 1 after both passes, as "counts / values".
 std::string IntervalsOf(const std::vector<double>& values) {
-    PairDifferences differences(0, 1);
-    for (const double value : values) differences.ExtendRange(value);
+    PairDifferences differences(0, 1, -1);
+    harness::BatchOf batch({std::vector<double>(values.size()), values});
+    differences.ExtendRange(differences.Of(batch), values.size());
     differences.BeginHistogram();
-    for (const double value : values) differences.Add(value, 1);
+    differences.AddToHistogram(batch);
     differences.EndHistogram();
     ResultElement element("T", ResultType::kHypothesisTest, TestFamily::kRelated, Decision::kRetain);
-    differences.AddDistribution(element, 0, 0, 0);
+    differences.AddDistribution(element, 0, 0, 0, false);
     const std::string text = TextOf(element);
     const auto row = [&](std::size_t from) {
         const std::size_t start = text.find("<Row>", from) + 5;
@@ -37,20 +41,67 @@ std::string IntervalsOf(const std::vector<double>& values) {
 }
 
 TEST(PairDifferences, AreSecondMinusFirst) {
-    Record record(4);
-    record[1] = 10;
-    record[3] = 4;
-    EXPECT_EQ(PairDifferences(1, 3).Of(record), -6);
-    EXPECT_EQ(PairDifferences(3, 1).Of(record), 6);
+    harness::BatchOf batch({{0}, {10}, {0}, {4}});
+    EXPECT_EQ(*PairDifferences(1, 3, -1).Of(batch), -6);
+    EXPECT_EQ(*PairDifferences(3, 1, -1).Of(batch), 6);
+}
+
+TEST(PairDifferences, OfTwoInfinitiesIsNoNumberAndHasNoSign) {
+    const double infinity = std::numeric_limits<double>::infinity();
+    harness::BatchOf batch({{infinity, -infinity}, {infinity, -infinity}});
+    PairDifferences differences(0, 1, -1);
+    const double* const values = differences.Of(batch);
+    for (const double value : {values[0], values[1]}) {
+        EXPECT_TRUE(std::isnan(value));
+        EXPECT_FALSE(std::signbit(value));
+    }
+}
+
+TEST(PairDifferences, AreCountedByTheirSigns) {
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const std::vector<double> values{3, -1, 0, nan, -0.0, 2, 5, -4, 0.5, 7, -8};
+    PairDifferences unweighted;
+    unweighted.Count(values.data(), nullptr, values.size());
+    EXPECT_EQ(unweighted.Positive(), 5);
+    EXPECT_EQ(unweighted.Negative(), 3);
+    EXPECT_EQ(unweighted.NotZero(), 9);  // what is no number, too
+    EXPECT_EQ(unweighted.Total(), 11);
+
+    PairDifferences weighted;
+    const std::vector<std::int32_t> weights{1, 10, 100, 1000, 10000, 2, 0, 20, -1, 3, 30};
+    for (std::size_t i = 0; i < values.size(); ++i) weighted.Count(&values[i], &weights[i], 1);
+    EXPECT_EQ(weighted.Positive(), 5);
+    EXPECT_EQ(weighted.Negative(), 60);
+    EXPECT_EQ(weighted.NotZero(), 1065);
+    EXPECT_EQ(weighted.Total(), 11165);
+}
+
+TEST(PairDifferences, CountsWrapAround) {
+    const std::vector<double> values{1, 1, -1};
+    const std::vector<std::int32_t> weights{2147483647, 2, 1};
+    PairDifferences differences;
+    differences.Count(values.data(), weights.data(), values.size());
+    EXPECT_EQ(differences.Positive(), -2147483647);
+    EXPECT_EQ(differences.Total(), -2147483646);
 }
 
 TEST(PairDifferences, RangeIsThatOfAllThatWereSeen) {
-    PairDifferences differences(0, 1);
+    PairDifferences differences;
     EXPECT_EQ(differences.Smallest(), std::numeric_limits<double>::max());
-    for (const double value : {3.0, 5.0, -1e300, 0.0}) differences.ExtendRange(value);
+    const std::vector<double> few{3, 5, -1e300, 0};
+    differences.ExtendRange(few.data(), few.size());
     EXPECT_EQ(differences.Smallest(), -1e300);
-    differences.ExtendRange(std::numeric_limits<double>::quiet_NaN());  // of two infinite values
+    const double none = std::numeric_limits<double>::quiet_NaN();  // of two infinite values
+    differences.ExtendRange(&none, 1);
     EXPECT_EQ(differences.Smallest(), -1e300);
+    for (std::size_t place = 0; place < 20; ++place) {  // wherever the smallest one stands
+        std::vector<double> many(20, 1.0);
+        many[place] = -7;
+        many[(place + 5) % 20] = none;
+        PairDifferences ofMany;
+        ofMany.ExtendRange(many.data(), many.size());
+        EXPECT_EQ(ofMany.Smallest(), -7);
+    }
 }
 
 TEST(PairDifferences, FormOneIntervalEachWhereTheyStandFarApartTheZerosLast) {
@@ -79,15 +130,24 @@ TEST(PairDifferences, OfTheFirstTwoIntervalsAllCountForTheFirst) {
 }
 
 TEST(PairDifferences, DistributionShowsTheThreeCountsInFrontOfTheIntervals) {
-    const PairDifferences differences(0, 1);
+    const PairDifferences differences;
     ResultElement element("T", ResultType::kHypothesisTest, TestFamily::kRelated, Decision::kRetain);
-    differences.AddDistribution(element, 3, -2, 5);
+    differences.AddDistribution(element, 3, -2, 5, false);
     EXPECT_NE(TextOf(element).find(
                   R"(<StructuredTable name="ContinuousDistribution"><Attribute name="NegativeDifferences" value="3"/>)"
                   R"(<Attribute name="Ties" value="-2"/><Attribute name="PositiveDifferences" value="5"/>)"
                   R"(<SimpleTable name="Interval"><RowNames>count;value</RowNames><ColumnNames/><Row/><Row/>)"
                   R"(</SimpleTable></StructuredTable>)"),
               std::string::npos);
+}
+
+TEST(PairDifferences, DistributionOfABriefRunHasTheCountsAlone) {
+    const PairDifferences differences;
+    ResultElement element("T", ResultType::kHypothesisTest, TestFamily::kRelated, Decision::kRetain);
+    differences.AddDistribution(element, 3, -2, 5, true);
+    const std::string text = TextOf(element);
+    EXPECT_NE(text.find(R"(<Attribute name="PositiveDifferences" value="5"/></StructuredTable>)"), std::string::npos);
+    EXPECT_EQ(text.find("Interval"), std::string::npos);
 }
 
 }  // namespace

@@ -10,6 +10,16 @@
 
 namespace {
 
+WalshAverages AveragesOf(const std::vector<WeightedDifference>& sample) {
+    std::vector<double> values;
+    std::vector<double> weights;
+    for (const WeightedDifference& entry : sample) {
+        values.push_back(entry.difference);
+        weights.push_back(entry.weight);
+    }
+    return WalshAverages(values, weights.data());
+}
+
 std::vector<WeightedDifference> Unweighted(const std::vector<double>& values) {
     std::vector<WeightedDifference> sample;
     for (const double value : values) sample.push_back({value, 1});
@@ -17,7 +27,7 @@ std::vector<WeightedDifference> Unweighted(const std::vector<double>& values) {
 }
 
 TEST(WalshAverages, AreFoundByTheirPosition) {  // of 1, 2, 4, 8: 1 1.5 2 2.5 3 4 4.5 5 6 8
-    const WalshAverages averages(Unweighted({8, 1, 4, 2}));
+    const WalshAverages averages = AveragesOf(Unweighted({8, 1, 4, 2}));
     const std::vector<double> expected{1, 1.5, 2, 2.5, 3, 4, 4.5, 5, 6, 8};
     for (std::size_t i = 0; i < expected.size(); ++i) {
         EXPECT_EQ(averages.At(static_cast<double>(i + 1)), expected[i]) << i;
@@ -26,54 +36,54 @@ TEST(WalshAverages, AreFoundByTheirPosition) {  // of 1, 2, 4, 8: 1 1.5 2 2.5 3 
 }
 
 TEST(WalshAverages, PositionsOutsideTheListGiveItsEnds) {
-    const WalshAverages averages(Unweighted({1, 2, 4, 8}));
+    const WalshAverages averages = AveragesOf(Unweighted({1, 2, 4, 8}));
     const double infinity = std::numeric_limits<double>::infinity();
     for (const double position : {0.0, -1.0, -1e300, -infinity}) EXPECT_EQ(averages.At(position), 1);
     for (const double position : {10.0, 11.0, 1e300, infinity, std::nan("")}) EXPECT_EQ(averages.At(position), 8);
 }
 
 TEST(WalshAverages, OneValueIsItsOwnMedian) {
-    EXPECT_EQ(WalshAverages(Unweighted({-2.5})).Median(), -2.5);
+    EXPECT_EQ(AveragesOf(Unweighted({-2.5})).Median(), -2.5);
 }
 
 TEST(WalshAverages, EvenTotalWithAHalfThatNoValueJustReachesTakesOneValue) {
     // 1 twice and 5 once: 1 has 3, 3 has 2, 5 has 1. The total is 6, and 3 of it is reached by 1: (1 + 3) / 2.
-    EXPECT_EQ(WalshAverages({{1, 2}, {5, 1}}).Median(), 2);
+    EXPECT_EQ(AveragesOf({{1, 2}, {5, 1}}).Median(), 2);
     // 1 three times and 5 once: 6, 3, 1 of 10; the fifth and the sixth both are 1.
-    EXPECT_EQ(WalshAverages({{1, 3}, {5, 1}}).Median(), 1);
+    EXPECT_EQ(AveragesOf({{1, 3}, {5, 1}}).Median(), 1);
 }
 
 TEST(WalshAverages, ValueWithoutWeightTakesPartAsTheNextOneAndAsTheLast) {
     // Weights: 1 has 3, (1 + 5) / 2 = 3 has 2, 5 has 1; 2 and what it makes with others have none: 1.5, 2, 3.5.
-    const WalshAverages averages({{1, 2}, {5, 1}, {2, 0}});
+    const WalshAverages averages = AveragesOf({{1, 2}, {5, 1}, {2, 0}});
     EXPECT_EQ(averages.Median(), 1.25);  // of 1 and 1.5
     EXPECT_EQ(averages.At(4), 3);
-    EXPECT_EQ(WalshAverages({{1, 1}, {9, 0}}).Median(), 9);  // a total of 1 is reached by the end of the list alone
+    EXPECT_EQ(AveragesOf({{1, 1}, {9, 0}}).Median(), 9);  // a total of 1 is reached by the end of the list alone
 }
 
 TEST(WalshAverages, TotalsBeyond32And64BitsStayRight) {
     constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
-    EXPECT_EQ(WalshAverages({{1, kMost}, {2, 1}, {3, 1}}).Median(), 1);
+    EXPECT_EQ(AveragesOf({{1, kMost}, {2, 1}, {3, 1}}).Median(), 1);
     // Four of them: totals of 4 w and 8 w^2 + 2 w, above 64 bits. Half of it lies in the middle by symmetry.
-    EXPECT_EQ(WalshAverages({{1, kMost}, {2, kMost}, {3, kMost}, {4, kMost}}).Median(), 2.5);
+    EXPECT_EQ(AveragesOf({{1, kMost}, {2, kMost}, {3, kMost}, {4, kMost}}).Median(), 2.5);
 }
 
 TEST(WalshAverages, SignOfZeroDoesNotShow) {
-    EXPECT_FALSE(std::signbit(WalshAverages(Unweighted({-1, 0, 1})).Median()));
-    EXPECT_FALSE(std::signbit(WalshAverages(Unweighted({-1, 0, 1})).At(3)));
+    EXPECT_FALSE(std::signbit(AveragesOf(Unweighted({-1, 0, 1})).Median()));
+    EXPECT_FALSE(std::signbit(AveragesOf(Unweighted({-1, 0, 1})).At(3)));
 }
 
 TEST(WalshAverages, ExtremeValuesKeepTheirOrder) {
     const double most = std::numeric_limits<double>::max();
-    const WalshAverages averages(Unweighted({-most, most}));
+    const WalshAverages averages = AveragesOf(Unweighted({-most, most}));
     EXPECT_EQ(averages.Median(), 0);
-    EXPECT_EQ(WalshAverages(Unweighted({5e-324, 5e-324, 5e-324})).Median(), 5e-324);
+    EXPECT_EQ(AveragesOf(Unweighted({5e-324, 5e-324, 5e-324})).Median(), 5e-324);
 }
 
 TEST(WalshAverages, WhatIsNoNumberEndsNothing) {
     const double nan = std::nan("");
     for (const double value : {nan, -nan}) {
-        const WalshAverages averages({{value, 2}, {1, 1}, {value, 1}, {-3, 0}});
+        const WalshAverages averages = AveragesOf({{value, 2}, {1, 1}, {value, 1}, {-3, 0}});
         // There is no order, but nothing comes out that isn't an average: of the numbers, 1, -1 and -3.
         for (const double found : {averages.Median(), averages.At(2)}) {
             EXPECT_TRUE(std::isnan(found) || found == 1 || found == -1 || found == -3) << found;
@@ -101,7 +111,7 @@ TEST(WalshAverages, AgreeWithThePlainListToTheLastBit) {
     for (int round = 0; round < 3000; ++round) {
         const std::vector<WeightedDifference> sample = RandomSample(random, round % 2 == 0);
         const PlainWeightedList list = PlainWeightedList::OfWalshAverages(sample);
-        const WalshAverages averages(sample);
+        const WalshAverages averages = AveragesOf(sample);
         ASSERT_EQ(averages.Median(), list.Median()) << round;
         for (std::int64_t position = -1; position <= list.TotalWeight() + 1; ++position) {
             const auto x = static_cast<double>(position);
@@ -111,8 +121,8 @@ TEST(WalshAverages, AgreeWithThePlainListToTheLastBit) {
 }
 
 TEST(WalshAverages, TotalOfZeroIsTheMeanOfTheFirstTwo) {
-    EXPECT_EQ(WalshAverages({{1, 0}, {4, 0}}).Median(), 1.75);  // 1 and 2.5
-    EXPECT_EQ(WalshAverages({{3, 0}}).Median(), 3);
+    EXPECT_EQ(AveragesOf({{1, 0}, {4, 0}}).Median(), 1.75);  // 1 and 2.5
+    EXPECT_EQ(AveragesOf({{3, 0}}).Median(), 3);
 }
 
 // ---- Pairwise differences ----
