@@ -1,9 +1,12 @@
 #include "related/RankedRows.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstdlib>
+#include <numeric>
 #include <string>
 
-#include "support/CaseWeight.h"
 #include "support/ComparisonTables.h"
 #include "support/Int32.h"
 #include "support/QKUnivariateVariable.h"
@@ -18,6 +21,11 @@ namespace {
 
 constexpr std::int32_t kFewestFields = 2;
 constexpr std::int32_t kFewestToCompare = 3;
+
+/// Up to this length of a row, and from this number of rows on, comparing all values of a row with one another beats
+/// sorting them.
+constexpr std::size_t kMostCounted = 16;
+constexpr std::size_t kFewestCounted = 32;
 
 /// k (k + 1) n and (k - 1) (k + 1) k n, 32 bits wide by definition; docs/limits.md says what a user sees.
 double RankProduct(std::int32_t k, std::int32_t n) {
@@ -87,7 +95,7 @@ void RequestDescriptives(const TARNPlanBuilder& builder, TARNPlan& plan) {
 void PlanRankedRows(TARNPlanBuilder& builder, TARNPlan& plan, const RankedRowsTest& test) {
     PlanFields(builder, plan.GetVarList(), test);
     builder.ReadComparison(test.rules, test.comparisonMissing);
-    if (builder.IsOK()) RequestDescriptives(builder, plan);
+    if (builder.IsOK() && !plan.IsBrief()) RequestDescriptives(builder, plan);
     builder.RequestOriginFrequencies(Origins::kSeveral);
 }
 
@@ -110,8 +118,11 @@ QKStatus RankedRows::BeginPass() {
     } else if (state == State::kBeforeSteps) {
         orderedSamples = OrderSamples(meanRanks);
         steps.Begin(orderedSamples.size(), orderedSamples.size());
+        if (isExact) balances.assign(row.size() * row.size(), 0);
         state = State::kSteps;
     }
+    rowsSeen = 0;
+    uncertainSeen = 0;
     return status;
 }
 
@@ -126,39 +137,171 @@ void RankedRows::GetUsedVariables(std::vector<int>& fieldIndices) {
     fieldIndices.insert(fieldIndices.end(), variableIndices.begin(), variableIndices.end());
 }
 
-QKStatus RankedRows::ProcessRow(const Record& record) {
-    const std::int32_t weight = CaseWeight(record, weightVariableIndex);
-    const auto valueOf = [&](std::size_t sample) { return record[static_cast<std::size_t>(variableIndices[sample])]; };
-    if (state == State::kOverall) {
-        for (std::size_t i = 0; i < row.size(); ++i) row[i] = valueOf(i);
-        rowRanks.Sort(row);
-        AddToOverall(weight);
-    } else if (state == State::kSteps) {
-        for (std::size_t i = 0; i < row.size(); ++i) {
-            row[i] = valueOf(static_cast<std::size_t>(orderedSamples[i].sample));
-        }
-        rowRanks.Sort(row);
-        AddToCandidates(weight);
+void RankedRows::TakeColumns(ColumnBatch& batch) {
+    columns.resize(variableIndices.size());
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        const std::size_t sample =
+            state == State::kOverall ? i : static_cast<std::size_t>(orderedSamples[i].sample);
+        columns[i] = batch.Values(variableIndices[sample]);
     }
-    return QKStatus();
+}
+
+void RankedRows::AddRows(ColumnBatch& batch) {
+    if (state != State::kOverall && state != State::kSteps) return;
+    TakeColumns(batch);
+    const std::int32_t* const weights = batch.Weights(weightVariableIndex);
+    if (state == State::kOverall) {
+        AddToOverall(weights, batch.Size());
+    } else {
+        AddToSteps(weights, batch.Size());
+    }
+}
+
+/// Whether all sums are still exact. Ranks are multiples of 1/2, and the largest sum, that of the cubes of ties, is
+/// below k^3 times the weight.
+bool RankedRows::NoteWeights(const std::int32_t* weights, std::size_t count) {
+    constexpr double kMostExact = 2251799813685248.0;  // 2^51
+    std::int64_t sum = 0;
+    for (std::size_t i = 0; i < count; ++i) sum += std::abs(static_cast<std::int64_t>(weights[i]));
+    absoluteWeight += static_cast<double>(sum);
+    isExact = isExact && absoluteWeight * k * k * k < kMostExact;
+    return isExact;
+}
+
+void RankedRows::AddToOverall(const std::int32_t* weights, std::size_t count) {
+    std::int64_t sum = 0;
+    for (std::size_t i = 0; i < count; ++i) sum += weights[i];
+    n = Add32(n, Wrap32(sum));
+    if (NoteWeights(weights, count) && columns.size() <= kMostCounted && count >= kFewestCounted) {
+        CountRanks(weights, count);
+        return;
+    }
+    for (std::size_t place = 0; place < count && !IsStopped(); ++place) AddRowToOverall(place, weights[place]);
+}
+
+void RankedRows::CountRanks(const std::int32_t* weights, std::size_t count) {
+    RankCounter counter(columns.size());
+    std::vector<std::int64_t> twiceRanks(columns.size() * RowComparison::kRankRoom);
+    std::array<std::uint8_t, RowComparison::kBlockRows> isUncertain;
+    std::int64_t countedWeight = 0;
+    for (std::size_t begin = 0; begin < count; begin += RowComparison::kBlockRows) {
+        const std::size_t rows = std::min(RowComparison::kBlockRows, count - begin);
+        RowComparison::Rank({columns.data(), columns.size(), begin, rows}, twiceRanks.data(), isUncertain.data());
+        for (std::size_t i = 0; i < rows; ++i) {
+            const std::int32_t weight = weights[begin + i];
+            if (isUncertain[i] != 0) {
+                AddRowToOverall(begin + i, weight);
+                continue;
+            }
+            countedWeight += weight;
+            for (std::size_t field = 0; field < columns.size(); ++field) {
+                const std::int64_t twiceRank = twiceRanks[field * RowComparison::kRankRoom + i];
+                counter.Add(field, static_cast<std::size_t>(twiceRank), weight);
+            }
+        }
+    }
+    TakeCounts(counter, countedWeight);
+}
+
+/// The squares of a row's ranks add up to k (k + 1) (2 k + 1) / 6 less a twelfth of the sum of t^3 - t.
+void RankedRows::TakeCounts(const RankCounter& counter, std::int64_t weight) {
+    const auto fields = static_cast<std::int64_t>(columns.size());
+    std::int64_t squares = 0;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        std::int64_t sum = 0;
+        for (std::size_t twiceRank = 2; twiceRank < counter.Width(); ++twiceRank) {
+            if (!counter.HasCome(i, twiceRank)) continue;
+            const std::int64_t weightOfRank = counter.WeightOf(i, twiceRank);
+            const auto whole = static_cast<std::int64_t>(twiceRank);
+            sum += whole * weightOfRank;
+            squares += whole * whole * weightOfRank;
+            if (!isBrief) {
+                rankFrequencies[i].Add(static_cast<double>(twiceRank) * 0.5, static_cast<double>(weightOfRank));
+            }
+        }
+        rankSums[i] += static_cast<double>(sum) * 0.5;
+    }
+    tieSum += static_cast<double>(2 * fields * (fields + 1) * (2 * fields + 1) * weight - 3 * squares);
 }
 
 /// A weight of 0 adds nothing but the entries of its ranks.
-void RankedRows::AddToOverall(std::int32_t weight) {
-    n = Add32(n, weight);
+void RankedRows::AddRowToOverall(std::size_t place, std::int32_t weight) {
     if (row.empty()) return;
+    for (std::size_t i = 0; i < row.size(); ++i) row[i] = columns[i][place];
+    rowRanks.Sort(row);
     tieSum += rowRanks.Rank(0, row.size() - 1) * weight;
     for (std::size_t i = 0; i < row.size(); ++i) {
         rankSums[i] += weight * rowRanks.At(i);
-        rankFrequencies[i].Add(rowRanks.At(i), weight);
+        if (!isBrief) rankFrequencies[i].Add(rowRanks.At(i), weight);
     }
 }
 
-void RankedRows::AddToCandidates(std::int32_t weight) {
+/// In the first step all rows are compared; the later ones need those alone whose ranks depend on the subset. Where sums
+/// are not exact, each step takes all rows in turn.
+void RankedRows::AddToSteps(const std::int32_t* weights, std::size_t count) {
+    if (!isExact) {
+        for (std::size_t place = 0; place < count && !IsStopped(); ++place) AddRowToCandidates(place, weights[place]);
+        return;
+    }
+    if (isFirstStep) {
+        for (std::size_t begin = 0; begin < count && !IsStopped(); begin += RowComparison::kBlockRows) {
+            CompareInBlock(begin, weights, std::min(RowComparison::kBlockRows, count - begin));
+        }
+    }
+    for (; uncertainSeen < uncertainRows.size() && !IsStopped(); ++uncertainSeen) {
+        const std::size_t place = uncertainRows[uncertainSeen] - rowsSeen;
+        if (place >= count) break;
+        AddRowToCandidates(place, weights[place]);
+    }
+    rowsSeen += count;
+}
+
+void RankedRows::CompareInBlock(std::size_t begin, const std::int32_t* weights, std::size_t count) {
+    std::array<std::uint8_t, RowComparison::kBlockRows> isUncertain;
+    std::array<std::int64_t, RowComparison::kRankRoom> certainWeights{};
+    RowComparison::MarkUncertain({columns.data(), columns.size(), begin, count}, isUncertain.data());
+    for (std::size_t i = 0; i < count; ++i) {
+        certainWeights[i] = isUncertain[i] != 0 ? 0 : weights[begin + i];
+        comparedWeight += certainWeights[i];
+        if (isUncertain[i] != 0) uncertainRows.push_back(rowsSeen + begin + i);
+    }
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        for (std::size_t j = i + 1; j < columns.size(); ++j) {
+            const std::int64_t balance =
+                RowComparison::Balance(columns[i] + begin, columns[j] + begin, certainWeights.data(), count);
+            balances[i * columns.size() + j] += balance;
+            balances[j * columns.size() + i] -= balance;
+        }
+    }
+}
+
+void RankedRows::AddRowToCandidates(std::size_t place, std::int32_t weight) {
+    for (std::size_t i = 0; i < row.size(); ++i) row[i] = columns[i][place];
+    rowRanks.Sort(row);
     for (SubsetRecord& subset : steps.Candidates()) {
         rowRanks.Rank(subset.firstPosition, subset.lastPosition);
         for (std::size_t i = 0; i < subset.sums.size(); ++i) {
             subset.sums[i] += weight * rowRanks.At(subset.firstPosition + i);
+        }
+    }
+}
+
+/// Twice the rank of a value in a subset of m is m + 1 plus the values of the subset below it less those above it.
+void RankedRows::AddBalances() {
+    if (isFirstStep) {
+        for (std::size_t i = 0; i < row.size(); ++i) {  // from here on sums over the positions up to each one
+            std::int64_t* const ofPosition = balances.data() + i * row.size();
+            std::partial_sum(ofPosition, ofPosition + row.size(), ofPosition);
+        }
+        isFirstStep = false;
+    }
+    for (SubsetRecord& subset : steps.Candidates()) {
+        for (std::size_t i = 0; i < subset.sums.size(); ++i) {
+            const std::int64_t* const ofPosition = balances.data() + (subset.firstPosition + i) * row.size();
+            const std::int64_t before = subset.firstPosition == 0 ? 0 : ofPosition[subset.firstPosition - 1];
+            const std::int64_t twice = (static_cast<std::int64_t>(subset.Size()) + 1) * comparedWeight +
+                                       ofPosition[subset.lastPosition] - before;
+            subset.sums[i] += static_cast<double>(twice) * 0.5;
         }
     }
 }
@@ -204,6 +347,7 @@ void RankedRows::ComparePairs() {
 }
 
 void RankedRows::EndStep() {
+    if (isExact) AddBalances();
     AddMessages(steps.EndPass(sigLevel, [&](SubsetRecord& subset) {
         subset.statistic = SubsetChiSquare(subset, n);
         subset.sig = ChiSquareSig(subset.statistic, static_cast<double>(subset.Size()) - 1);
@@ -245,6 +389,7 @@ void RankedRows::AddFields(ResultElement& element) const {
         StructuredTable field = element.AddTable(TableName::kVariableInformation + SizeToString(position));
         field.Row(RowName::kGroupIndex, variableIndices[position]);
         field.Row(RowName::kMeanOfRank, meanRanks[position]);
+        if (isBrief) continue;
         std::vector<double> weights;
         std::vector<double> ranks;
         for (const auto& [rank, weight] : rankFrequencies[position].Entries()) {

@@ -4,9 +4,10 @@
 #include <memory>
 #include <vector>
 
+#include "contract/ColumnPass.h"
 #include "contract/TARNPlan.h"
 #include "contract/TARNPlanBuilder.h"
-#include "contract/TARNTest.h"
+#include "related/RankCounter.h"
 #include "related/RowRanks.h"
 #include "support/ComparisonRequest.h"
 #include "support/PairwiseComparison.h"
@@ -37,7 +38,7 @@ double FriedmanChiSquare(const std::vector<double>& rankSums, std::int32_t n, do
 
 /// What the Friedman test and Kendall's W share: k continuous fields, each record's values ranked among themselves.
 /// One pass for the overall statistic; then a pass per step of a stepwise comparison.
-class RankedRows : public TARNTest {
+class RankedRows : public ColumnTest {
  public:
     void SetUnivariateResults(UnivariateResults*) override {}
     QKStatus BeginPass() override;
@@ -50,10 +51,10 @@ class RankedRows : public TARNTest {
     /// Reads from its settings "variableIndex" (the fields), "weightVariableIndex", "sigLevel" and
     /// "typeOfMultipleComparison". `whichTest` is a constant.
     RankedRows(std::unique_ptr<QKSettings> testSettings, const RankedRowsTest& whichTest)
-        : TARNTest(std::move(testSettings)), kind(whichTest), steps(whichTest.rules) {}
+        : ColumnTest(std::move(testSettings)), kind(whichTest), steps(whichTest.rules) {}
 
-    /// Takes a record, whatever the status of the test.
-    QKStatus ProcessRow(const Record& record);
+    /// Takes records, whatever the status of the test.
+    void AddRows(ColumnBatch& batch);
 
     /// Writes the rows of the table of statistics that stand between "TotalN" and "DegreeOfFreedom".
     virtual void AddStatistic(StructuredTable& statistics) const = 0;
@@ -66,8 +67,17 @@ class RankedRows : public TARNTest {
     enum class State { kOverall, kBeforeSteps, kSteps, kFinished };
 
     void ReadSettings();
-    void AddToOverall(std::int32_t weight);
-    void AddToCandidates(std::int32_t weight);
+    void TakeColumns(ColumnBatch& batch);
+    bool NoteWeights(const std::int32_t* weights, std::size_t count);
+    void AddToOverall(const std::int32_t* weights, std::size_t count);
+    void CountRanks(const std::int32_t* weights, std::size_t count);
+    void TakeCounts(const RankCounter& counter, std::int64_t weight);
+    void AddRowToOverall(std::size_t place, std::int32_t weight);
+    void AddToSteps(const std::int32_t* weights, std::size_t count);
+    void CompareInBlock(std::size_t begin, const std::int32_t* weights, std::size_t count);
+    void AddRowToCandidates(std::size_t place, std::int32_t weight);
+    void AddBalances();
+    bool IsStopped() const { return work != nullptr && work->IsStopped(); }
     void EndOverall();
     void Compare();
     void ComparePairs();
@@ -78,8 +88,12 @@ class RankedRows : public TARNTest {
     double sigLevel = kDefaultSigLevel;
     std::vector<int> variableIndices;
     int weightVariableIndex = -1;
+    std::vector<const double*> columns;  // of the batch, in the order in which the fields are ranked
     std::vector<double> row;
     RowRanks rowRanks;
+    /// Of all records so far, without their signs. As long as sums over them are exact, these may be made in any order.
+    double absoluteWeight = 0;
+    bool isExact = true;
     std::vector<double> rankSums;
     std::vector<double> meanRanks;
     std::vector<RankFrequencies> rankFrequencies;
@@ -91,4 +105,13 @@ class RankedRows : public TARNTest {
     bool pairwiseDone = false;
     std::vector<OrderedSample> orderedSamples;
     StepwiseComparison steps;
+    /// What the first step leaves for the others, over the rows whose ranks follow from single comparisons: their
+    /// weight, and for each two positions by how much more of it lies above than below. The other rows, by their
+    /// numbers, are ranked in each step.
+    std::int64_t comparedWeight = 0;
+    std::vector<std::int64_t> balances;
+    std::vector<std::size_t> uncertainRows;
+    bool isFirstStep = true;
+    std::size_t rowsSeen = 0;       // in this step
+    std::size_t uncertainSeen = 0;  // of the list above
 };

@@ -33,8 +33,10 @@ constexpr RankedRowsTest kFriedman{
 
 TARNFriedman::TARNFriedman(std::unique_ptr<QKSettings> testSettings) : RankedRows(std::move(testSettings), kFriedman) {}
 
-QKStatus TARNFriedman::ProcessRecord(Record& record) {
-    return status.IsError() ? status : ProcessRow(record);
+QKStatus TARNFriedman::ProcessColumns(ColumnBatch& batch) {
+    if (status.IsError()) return status;
+    AddRows(batch);
+    return QKStatus();
 }
 
 void TARNFriedman::AddStatistic(StructuredTable& statistics) const {

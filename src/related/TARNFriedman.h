@@ -9,7 +9,7 @@ class TARNFriedman : public RankedRows {
  public:
     explicit TARNFriedman(std::unique_ptr<QKSettings> testSettings);
 
-    QKStatus ProcessRecord(Record& record) override;
+    QKStatus ProcessColumns(ColumnBatch& batch) override;
 
  protected:
     void AddStatistic(StructuredTable& statistics) const override;

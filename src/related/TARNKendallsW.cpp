@@ -38,10 +38,11 @@ double Concordance(double chiSquare, std::int32_t k, std::int32_t n) {
 TARNKendallsW::TARNKendallsW(std::unique_ptr<QKSettings> testSettings)
     : RankedRows(std::move(testSettings), kKendallsW) {}
 
-/// Takes a record of a test in error, too, whose status is then that of the record. The Friedman test differs, which is
-/// intended; a worker hands no record to a test that began in error.
-QKStatus TARNKendallsW::ProcessRecord(Record& record) {
-    status = ProcessRow(record);
+/// Takes records of a test in error, too, whose status is then theirs. The Friedman test differs, which is intended; a
+/// worker hands no record to a test that began in error.
+QKStatus TARNKendallsW::ProcessColumns(ColumnBatch& batch) {
+    AddRows(batch);
+    status = QKStatus();
     return status;
 }
 

@@ -9,7 +9,7 @@ class TARNKendallsW : public RankedRows {
  public:
     explicit TARNKendallsW(std::unique_ptr<QKSettings> testSettings);
 
-    QKStatus ProcessRecord(Record& record) override;
+    QKStatus ProcessColumns(ColumnBatch& batch) override;
 
  protected:
     void AddStatistic(StructuredTable& statistics) const override;
