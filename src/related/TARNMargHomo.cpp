@@ -16,8 +16,6 @@
 
 #include "contract/TARNPlanBuilder.h"
 #include "platform/common/QKDistFun.h"
-#include "platform/common/Truncation.h"
-#include "support/CaseWeight.h"
 #include "support/Int32.h"
 #include "support/QKUnivariateVariable.h"
 #include "support/ResultElements.h"
@@ -67,6 +65,11 @@ int TARNCategoryTable::FindRow(const IQKVariable& variable, int category) const 
     const IQKVariable* first = varList->GetVarAt(columns.front().field);
     return isText ? first->FindCategory(variable.GetCategoryText(category))
                   : first->FindCategory(variable.GetCategoryValue(category));
+}
+
+std::vector<int> TARNCategoryTable::RowsOf(int field) const {
+    const Column* column = Find(field);
+    return column == nullptr ? std::vector<int>() : column->rowOfCategory;
 }
 
 const TARNCategoryTable::Column* TARNCategoryTable::Find(int field) const {
@@ -150,7 +153,8 @@ QKStatus TARNMargHomo::BeginPass() {
         AddStatusMessage(QKStatus(kSettingMissing), MessageKind::kError);
         return status;
     }
-    cells.assign(scores.size(), std::vector<std::int32_t>(scores.size()));
+    cells.assign((scores.size() + 1) * (scores.size() + 1), 0);
+    PlaceColumns();
     passesRemaining = 1;
     return status;
 }
@@ -164,37 +168,56 @@ bool TARNMargHomo::ReadScores() {
     return true;
 }
 
+/// At last stands where a category goes that the second field doesn't list.
+void TARNMargHomo::PlaceColumns() {
+    const auto beside = static_cast<std::uint32_t>(scores.size());
+    columnOfCategory.clear();
+    if (categoryTable != nullptr) {
+        for (const int row : categoryTable->RowsOf(secondVariableIndex)) {
+            columnOfCategory.push_back(std::min(static_cast<std::uint32_t>(row), beside));
+        }
+    }
+    columnOfCategory.push_back(beside);
+}
+
 void TARNMargHomo::GetUsedVariables(std::vector<int>& fieldIndices) {
     fieldIndices.push_back(firstVariableIndex);
     fieldIndices.push_back(secondVariableIndex);
 }
 
-QKStatus TARNMargHomo::ProcessRecord(Record& record) {
+/// A category that the fields don't list, or for which a given list of scores is too short, has no cell: it is counted
+/// beside the table, where nobody looks.
+QKStatus TARNMargHomo::ProcessColumns(ColumnBatch& batch) {
     if (status.IsError() || categoryTable == nullptr) return status;
-    const auto valueOf = [&](int field) { return TruncateToInt32(record[static_cast<std::size_t>(field)]); };
-    const int row = valueOf(firstVariableIndex);
-    const int column = categoryTable->FindAligned(secondVariableIndex, valueOf(secondVariableIndex));
-    // A category that the fields don't list, or a given list of scores that is too short, has no cell.
-    const auto hasCell = [&](int category) {
-        return category >= 0 && static_cast<std::size_t>(category) < cells.size();
-    };
-    if (!hasCell(row) || !hasCell(column)) return status;
-    const std::int32_t weight = CaseWeight(record, weightVariableIndex);
-    std::int32_t& cell = cells[static_cast<std::size_t>(row)][static_cast<std::size_t>(column)];
-    cell = Add32(cell, weight);
-    totalN = Add32(totalN, weight);
+    const std::int32_t* const first = batch.WholeNumbers(firstVariableIndex);
+    const std::int32_t* const second = batch.WholeNumbers(secondVariableIndex);
+    const std::int32_t* const weights = batch.Weights(weightVariableIndex);
+    const auto beside = static_cast<std::uint32_t>(scores.size());
+    const auto lastCategory = static_cast<std::uint32_t>(columnOfCategory.size() - 1);
+    for (std::size_t i = 0; i < batch.Size(); ++i) {
+        const std::uint32_t row = std::min(static_cast<std::uint32_t>(first[i]), beside);
+        const std::uint32_t column = columnOfCategory[std::min(static_cast<std::uint32_t>(second[i]), lastCategory)];
+        cells[std::size_t{row} * (std::size_t{beside} + 1) + column] += static_cast<std::uint32_t>(weights[i]);
+    }
     return status;
 }
 
+std::int32_t TARNMargHomo::Cell(std::size_t row, std::size_t column) const {
+    return static_cast<std::int32_t>(cells[row * (scores.size() + 1) + column]);
+}
+
 QKStatus TARNMargHomo::EndPass() {
+    for (std::size_t i = 0; i < scores.size(); ++i) {
+        for (std::size_t j = 0; j < scores.size(); ++j) totalN = Add32(totalN, Cell(i, j));
+    }
     if (totalN < 1) {
         AddStatusMessage(QKStatus(StatusCode::kNoRecords), MessageKind::kError);
         return status;
     }
-    for (std::size_t i = 0; i < cells.size(); ++i) {
-        for (std::size_t j = 0; j < cells.size(); ++j) {
+    for (std::size_t i = 0; i < scores.size(); ++i) {
+        for (std::size_t j = 0; j < scores.size(); ++j) {
             if (i == j) continue;
-            const double count = cells[i][j];
+            const double count = Cell(i, j);
             const double halfDistance = (scores[i] - scores[j]) * 0.5;
             testStatistic += count * scores[i];
             expectedStatistic += count * (scores[i] + scores[j]);
@@ -227,7 +250,11 @@ QKXML::XMLElement* TARNMargHomo::MakeResultElement() {
     comparison.Row(RowName::kRowNames, firstVariableIndex);
     comparison.Row(RowName::kColumnNames, secondVariableIndex);
     auto content = MakeSimpleTable(TableName::kContent, "", "");
-    for (const std::vector<std::int32_t>& row : cells) content->AddChild(MakeRowElement(JoinValues(row)));
+    std::vector<std::int32_t> row(scores.size());
+    for (std::size_t i = 0; i < scores.size(); ++i) {
+        for (std::size_t j = 0; j < scores.size(); ++j) row[j] = Cell(i, j);
+        content->AddChild(MakeRowElement(JoinValues(row)));
+    }
     comparison.Add(std::move(content));
     return element.Release();
 }

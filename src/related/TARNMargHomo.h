@@ -4,8 +4,8 @@
 #include <memory>
 #include <vector>
 
+#include "contract/ColumnPass.h"
 #include "contract/TARNPlan.h"
-#include "contract/TARNTest.h"
 #include "platform/common/QKVarList.h"
 
 /// The categories of fields that mean the same: a row per category of the field that was added first, in its order.
@@ -20,6 +20,8 @@ class TARNCategoryTable {
 
     /// The row of a field's category, which is the index of the same category in the first field; -1 for none.
     int FindAligned(int field, int category) const;
+    /// The rows of all categories of a field that was added.
+    std::vector<int> RowsOf(int field) const;
 
     /// The number of a row: the value of its category, its index where categories are texts.
     double ScoreOf(int row) const;
@@ -38,16 +40,16 @@ class TARNCategoryTable {
 };
 
 /// The test of marginal homogeneity of one pair of ordered categorical fields, setting "RMarginalHomogeneity".
-class TARNMargHomo : public TARNTest {
+class TARNMargHomo : public ColumnTest {
  public:
     /// Reads from its settings "variablePairFirstIndex", "variablePairSecondIndex", "weightVariableIndex", "sigLevel",
     /// and "scoreList" or "numberOfCategories". The table may be null; then no scores can be made.
     TARNMargHomo(std::unique_ptr<QKSettings> testSettings, std::unique_ptr<TARNCategoryTable> alignedCategories)
-        : TARNTest(std::move(testSettings)), categoryTable(std::move(alignedCategories)) {}
+        : ColumnTest(std::move(testSettings)), categoryTable(std::move(alignedCategories)) {}
 
     void SetUnivariateResults(UnivariateResults*) override {}
     QKStatus BeginPass() override;
-    QKStatus ProcessRecord(Record& record) override;
+    QKStatus ProcessColumns(ColumnBatch& batch) override;
     bool NeedsAnotherPass() override { return false; }
     QKStatus EndPass() override;
     void GetUsedVariables(std::vector<int>& fieldIndices) override;
@@ -55,14 +57,19 @@ class TARNMargHomo : public TARNTest {
 
  private:
     bool ReadScores();
+    void PlaceColumns();
+    std::int32_t Cell(std::size_t row, std::size_t column) const;
 
     int weightVariableIndex = -1;
     int firstVariableIndex = -1;
     int secondVariableIndex = -1;
     std::int32_t totalN = 0;
     std::vector<double> scores;
-    /// Joint counts: a row per category of the first field, a column per the same category of the second.
-    std::vector<std::vector<std::int32_t>> cells;
+    /// Joint counts: a row per category of the first field, a column per the same category of the second, and one more
+    /// of each for the records that have no cell.
+    std::vector<std::uint32_t> cells;
+    /// Per category of the second field its column.
+    std::vector<std::uint32_t> columnOfCategory;
     double sigLevel = kDefaultSigLevel;
     double testStatistic = 0;
     double expectedStatistic = 0;
