@@ -15,18 +15,16 @@ double DifferenceWalk::Empirical(double value, std::int32_t count) const {
     return (count == 0 ? 1.0 : count) / totalN;
 }
 
-void DifferenceWalk::Add(double value, std::int32_t weight) {
-    if (QKMV::IsMissing(previousValue)) previousValue = value;
-    // Behind the whole weight only records of weight 0 are left, and each of them is a run by itself.
-    if (value == previousValue && cumulativeCount < totalN) {
-        runWeight = Add32(runWeight, weight);
-        cumulativeCount = Add32(cumulativeCount, weight);
-        return;
+void DifferenceWalk::Add(const double* values, const std::int32_t* weights, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+        if (QKMV::IsMissing(previousValue)) previousValue = values[i];
+        // Behind the whole weight only records of weight 0 are left, and each of them is a run by itself.
+        const bool isInRun = values[i] == previousValue && cumulativeCount < totalN;
+        if (!isInRun) CloseRun();
+        cumulativeCount = Add32(cumulativeCount, weights[i]);
+        runWeight = isInRun ? Add32(runWeight, weights[i]) : weights[i];
+        previousValue = values[i];
     }
-    CloseRun();
-    cumulativeCount = Add32(cumulativeCount, weight);
-    runWeight = weight;
-    previousValue = value;
 }
 
 void DifferenceWalk::Close() {

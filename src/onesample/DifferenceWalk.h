@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "onesample/TheoreticalDistribution.h"
@@ -14,7 +15,7 @@ class DifferenceWalk {
     /// `totalN`: the weight of all values to come. Borrows the distribution.
     DifferenceWalk(TheoreticalDistribution& theory, std::int32_t totalN);
 
-    void Add(double value, std::int32_t weight);
+    void Add(const double* values, const std::int32_t* weights, std::size_t count);
     /// After the last value.
     void Close();
 

@@ -26,8 +26,8 @@ QKStatus DistributionEstimates::Choose(const TheoreticalDistribution& distributi
     return QKStatus();
 }
 
-QKStatus DistributionEstimates::AddRecord(const Record& record) {
-    return sampleStatistics == nullptr ? QKStatus() : sampleStatistics->AddRecord(record);
+void DistributionEstimates::Add(std::span<const double> values, const std::int32_t* weights) {
+    if (sampleStatistics != nullptr) sampleStatistics->AddColumn(values, weights);
 }
 
 QKStatus DistributionEstimates::EndPass() {

@@ -1,10 +1,11 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
+#include <span>
 
 #include "onesample/TheoreticalDistribution.h"
 #include "platform/common/QKStatus.h"
-#include "platform/common/Record.h"
 #include "support/QKUnivariateVariable.h"
 
 /// The parameters of a distribution that come from the sample: those that were not given. Of a range with one end
@@ -15,7 +16,8 @@ class DistributionEstimates {
     /// distribution. 220002 without memory.
     QKStatus Choose(const TheoreticalDistribution& distribution, int variableIndex, int weightIndex, bool hasError);
 
-    QKStatus AddRecord(const Record& record);
+    /// `weights`: those of the values, truncated.
+    void Add(std::span<const double> values, const std::int32_t* weights);
     QKStatus EndPass();
     /// Writes the estimates into the distribution.
     void TakeInto(TheoreticalDistribution& distribution) const;

@@ -19,7 +19,6 @@
 #include "contract/TARNPlanBuilder.h"
 #include "onesample/LillieforsSignificance.h"
 #include "platform/common/QKPower.h"
-#include "support/CaseWeight.h"
 #include "support/Int32.h"
 #include "vocabulary/OneSampleKeys.h"
 #include "vocabulary/SettingKeys.h"
@@ -189,18 +188,42 @@ void TARNKSmirnowOneSample::CheckParameters() {
 
 // ---- Passes ----
 
-QKStatus TARNKSmirnowOneSample::ProcessRecord(Record& record) {
-    const double value = record[static_cast<std::size_t>(variableIndex)];
-    const std::int32_t weight = CaseWeight(record, weightVariableIndex);
-    const ValueFit fit = distribution.FitOf(value, estimates.HasRange());
-    if (fit != ValueFit::kGood) {
-        if (IsFirstPass()) Refuse(fit, value, weight);
-    } else if (IsFirstPass()) {
-        totalN = Add32(totalN, weight);
-        return estimates.AddRecord(record);
-    } else {
-        walk.Add(value, weight);
+QKStatus TARNKSmirnowOneSample::ProcessColumns(ColumnBatch& batch) {
+    const double* const values = batch.Values(variableIndex);
+    const std::int32_t* const weights = batch.Weights(weightVariableIndex);
+    if (FitsAll()) return AddValues(values, weights, batch.Size());
+    fittingValues.clear();
+    fittingWeights.clear();
+    double previous = QKMV::Missing();
+    ValueFit fit = ValueFit::kGood;
+    for (std::size_t i = 0; i < batch.Size(); ++i) {
+        if (!(values[i] == previous)) fit = distribution.FitOf(values[i], estimates.HasRange());
+        previous = values[i];
+        if (fit == ValueFit::kGood) {
+            fittingValues.push_back(values[i]);
+            fittingWeights.push_back(weights[i]);
+        } else if (IsFirstPass()) {
+            Refuse(fit, values[i], weights[i]);
+            if (fit == ValueFit::kNoCount) break;
+        }
     }
+    return AddValues(fittingValues.data(), fittingWeights.data(), fittingValues.size());
+}
+
+bool TARNKSmirnowOneSample::FitsAll() const {
+    return distribution.kind == DistributionKind::kNormal ||
+           (distribution.kind == DistributionKind::kUniform && estimates.HasRange());
+}
+
+QKStatus TARNKSmirnowOneSample::AddValues(const double* values, const std::int32_t* weights, std::size_t count) {
+    if (!IsFirstPass()) {
+        walk.Add(values, weights, count);
+        return status;
+    }
+    std::int64_t sum = 0;
+    for (std::size_t i = 0; i < count; ++i) sum += weights[i];
+    totalN = Add32(totalN, Wrap32(sum));
+    estimates.Add({values, count}, weightVariableIndex < 0 ? nullptr : weights);
     return status;
 }
 

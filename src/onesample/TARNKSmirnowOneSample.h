@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "contract/ColumnPass.h"
 #include "contract/TARNPlan.h"
-#include "contract/TARNTest.h"
 #include "onesample/DifferenceWalk.h"
 #include "onesample/DistributionEstimates.h"
 #include "onesample/TheoreticalDistribution.h"
@@ -15,15 +15,15 @@
 
 /// The Kolmogorov-Smirnov test of one continuous field against a distribution, settings "OKolmogorovSmirnovNormal",
 /// "OKolmogorovSmirnovUniform", "OKolmogorovSmirnovPoisson" and "OKolmogorovSmirnovExponential".
-class TARNKSmirnowOneSample : public TARNTest {
+class TARNKSmirnowOneSample : public ColumnTest {
  public:
     /// Reads from its settings "distributionFunction", "isUseSample", "variableIndex", "weightVariableIndex",
     /// "sigLevel" and the parameters "min", "max", "mean", "stdDev", of which those that are missing are estimated.
-    explicit TARNKSmirnowOneSample(std::unique_ptr<QKSettings> testSettings) : TARNTest(std::move(testSettings)) {}
+    explicit TARNKSmirnowOneSample(std::unique_ptr<QKSettings> testSettings) : ColumnTest(std::move(testSettings)) {}
 
     void SetUnivariateResults(UnivariateResults*) override {}
     QKStatus BeginPass() override;
-    QKStatus ProcessRecord(Record& record) override;
+    QKStatus ProcessColumns(ColumnBatch& batch) override;
     /// The one place that moves the pass on: to be asked once after each pass.
     bool NeedsAnotherPass() override { return passCounter++ == 0; }
     QKStatus EndPass() override;
@@ -33,6 +33,8 @@ class TARNKSmirnowOneSample : public TARNTest {
  private:
     void ReadSettings();
     void CheckParameters();
+    bool FitsAll() const;
+    QKStatus AddValues(const double* values, const std::int32_t* weights, std::size_t count);
     void Refuse(ValueFit fit, double value, std::int32_t weight);
     void EndFirstPass();
     void ComputeSignificance();
@@ -56,6 +58,9 @@ class TARNKSmirnowOneSample : public TARNTest {
     double zStatistic = 0;
     bool sigAtFloor = false;
     std::size_t passCounter = 0;
+    // Of a batch, those within the distribution's range.
+    std::vector<double> fittingValues;
+    std::vector<std::int32_t> fittingWeights;
 };
 
 /// The plan builders of the four settings. Keys: "variableName", one field; "isUseSample", true to estimate all
