@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "contract/ColumnPass.h"
 #include "contract/TARNPlan.h"
-#include "contract/TARNTest.h"
 #include "platform/common/QKMV.h"
 #include "support/ResultElements.h"
 
@@ -18,17 +18,17 @@ struct ChiSquareCell {
 };
 
 /// The chi-square test of the frequencies of one categorical field, setting "OChiSquare".
-class TARNChiSquare : public TARNTest {
+class TARNChiSquare : public ColumnTest {
  public:
     /// Reads from its settings "variableIndex", "measureLevel", "sigLevel", "classFormation" and, for expected values,
     /// "givenCategoryList", "originalGivenCategoryList" and "expectedValue".
-    explicit TARNChiSquare(std::unique_ptr<QKSettings> testSettings) : TARNTest(std::move(testSettings)) {}
+    explicit TARNChiSquare(std::unique_ptr<QKSettings> testSettings) : ColumnTest(std::move(testSettings)) {}
 
     /// Borrowed; read in `BeginPass`.
     void SetUnivariateResults(UnivariateResults* results) override { univariateResults = results; }
     QKStatus BeginPass() override;
     /// The frequencies are in the descriptives already.
-    QKStatus ProcessRecord(Record&) override { return status; }
+    QKStatus ProcessColumns(ColumnBatch&) override { return status; }
     bool NeedsAnotherPass() override { return false; }
     QKStatus EndPass() override;
     void GetUsedVariables(std::vector<int>& fieldIndices) override { fieldIndices.push_back(variableIndex); }
