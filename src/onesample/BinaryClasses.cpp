@@ -1,11 +1,12 @@
 #include "onesample/BinaryClasses.h"
 
+#include <algorithm>
+#include <array>
 #include <utility>
 
 #include "contract/TARNVariableInfo.h"
 #include "onesample/GivenCategories.h"
 #include "platform/common/QKVarList.h"
-#include "support/CaseWeight.h"
 #include "support/QKUnivariateVariable.h"
 #include "support/QKVecValue.h"
 #include "vocabulary/OneSampleKeys.h"
@@ -56,7 +57,11 @@ void BinaryClassesPlan::ReadFormation() {
         // Under any text: the sample's midpoint is a cut point that arrives without a value.
         isCutPoint = true;
         builder.TestSettings().AddSetting(SettingKey::kClassFormation, kFormedByCutPoint);
-        if (formation == kFormedByCutPoint) ReadCutPoint();
+        if (formation == kFormedByCutPoint) {
+            ReadCutPoint();
+        } else if (measureLevel == FieldKind::kContinuous) {
+            for (const int end : {Statistic::kMin, Statistic::kMax}) plan.Request(field, end);
+        }
     }
 }
 
@@ -175,19 +180,37 @@ void BinaryClasses::ReadGivenClasses(const QKSettings& settings) {
 
 // ---- Records ----
 
-void BinaryClasses::Add(const Record& record) {
-    const double value = record[static_cast<std::size_t>(variableIndex)];
-    bool isFirst = false;
-    if (measureLevel == FieldKind::kContinuous) {
-        isFirst = !(value > cutPoint);  // the cut point itself belongs to the first class
-    } else if (classFormation == Formation::kFromData) {
-        if (firstRecord) OrderClassesByFirstRecord(value);
+void BinaryClasses::Add(ColumnBatch& batch) {
+    if (measureLevel != FieldKind::kContinuous && classFormation == Formation::kFromData) {
+        if (firstRecord) OrderClassesByFirstRecord(batch.Values(variableIndex)[0]);
         return;
-    } else {
-        isFirst = firstClass.Contains(value);
     }
-    std::int64_t& count = isFirst ? firstCount : secondCount;
-    count += CaseWeight(record, weightVariableIndex);
+    const std::int32_t* const weights = batch.Weights(weightVariableIndex);
+    constexpr std::size_t kBlock = 1024;
+    std::array<std::uint32_t, kBlock> areFirst;
+    for (std::size_t begin = 0; begin < batch.Size(); begin += kBlock) {
+        const std::size_t count = std::min(kBlock, batch.Size() - begin);
+        if (measureLevel == FieldKind::kContinuous) {
+            const double* const values = batch.Values(variableIndex) + begin;
+            // The cut point itself belongs to the first class.
+            for (std::size_t i = 0; i < count; ++i) areFirst[i] = static_cast<std::uint32_t>(!(values[i] > cutPoint));
+        } else {
+            firstClass.Mark(batch.WholeNumbers(variableIndex) + begin, count, areFirst.data());
+        }
+        AddClasses(areFirst.data(), weights + begin, count);
+    }
+}
+
+/// Without a branch: which class comes next can't be foreseen.
+void BinaryClasses::AddClasses(const std::uint32_t* areFirst, const std::int32_t* weights, std::size_t count) {
+    std::int64_t total = 0;
+    std::int64_t first = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        total += weights[i];
+        first += weights[i] & -static_cast<std::int32_t>(areFirst[i]);
+    }
+    firstCount += first;
+    secondCount += total - first;
 }
 
 /// The first class is the category of the first record that reaches the test, whatever its weight, and not the smaller

@@ -5,13 +5,13 @@
 #include <string>
 #include <vector>
 
+#include "contract/ColumnPass.h"
 #include "contract/TARNPlan.h"
 #include "contract/TARNPlanBuilder.h"
-#include "onesample/CategorySet.h"
 #include "platform/common/QKMV.h"
 #include "platform/common/QKSettings.h"
 #include "platform/common/QKStatus.h"
-#include "platform/common/Record.h"
+#include "support/CategorySet.h"
 #include "support/ResultElements.h"
 #include "support/UnivariateResults.h"
 
@@ -78,8 +78,8 @@ class BinaryClasses {
     /// Sets the classes up for a pass. Not OK: an error that the test is to raise.
     [[nodiscard]] QKStatus Begin(const QKSettings& settings, const UnivariateResults* univariateResults,
                                  const BinaryCodes& codes);
-    /// Takes a record of the pass.
-    void Add(const Record& record);
+    /// Takes records of the pass.
+    void Add(ColumnBatch& batch);
 
     int GetVariableIndex() const { return variableIndex; }
     /// Sums of weights.
@@ -102,6 +102,7 @@ class BinaryClasses {
     void ReadCutPoint(const QKSettings& settings, const UnivariateResults* univariateResults);
     QKStatus TakeClassesOfData(const std::map<int, std::int32_t>& frequencies, const BinaryCodes& codes);
     void ReadGivenClasses(const QKSettings& settings);
+    void AddClasses(const std::uint32_t* areFirst, const std::int32_t* weights, std::size_t count);
     void OrderClassesByFirstRecord(double value);
 
     Formation classFormation = Formation::kFromData;

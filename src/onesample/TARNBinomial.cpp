@@ -110,8 +110,8 @@ void TARNBinomial::GetUsedVariables(std::vector<int>& fieldIndices) {
     fieldIndices = {classes.GetVariableIndex()};
 }
 
-QKStatus TARNBinomial::ProcessRecord(Record& record) {
-    classes.Add(record);
+QKStatus TARNBinomial::ProcessColumns(ColumnBatch& batch) {
+    classes.Add(batch);
     return status;
 }
 

@@ -5,22 +5,22 @@
 #include <memory>
 #include <vector>
 
+#include "contract/ColumnPass.h"
 #include "contract/TARNPlan.h"
-#include "contract/TARNTest.h"
 #include "onesample/BinaryClasses.h"
 
 /// The binomial test of one field, setting "OBinomial".
-class TARNBinomial : public TARNTest {
+class TARNBinomial : public ColumnTest {
  public:
     /// Reads from its settings "testProbability", "sigLevel" and what `BinaryClasses` reads.
-    explicit TARNBinomial(std::unique_ptr<QKSettings> testSettings) : TARNTest(std::move(testSettings)) {}
+    explicit TARNBinomial(std::unique_ptr<QKSettings> testSettings) : ColumnTest(std::move(testSettings)) {}
 
     /// Borrowed; read in `BeginPass`. A null leaves what was there.
     void SetUnivariateResults(UnivariateResults* results) override {
         if (results != nullptr) univariateResults = results;
     }
     QKStatus BeginPass() override;
-    QKStatus ProcessRecord(Record& record) override;
+    QKStatus ProcessColumns(ColumnBatch& batch) override;
     bool NeedsAnotherPass() override { return false; }
     QKStatus EndPass() override;
     void GetUsedVariables(std::vector<int>& fieldIndices) override;

@@ -83,8 +83,8 @@ void TARNEstimateCI::GetUsedVariables(std::vector<int>& fieldIndices) {
     fieldIndices = {classes.GetVariableIndex()};
 }
 
-QKStatus TARNEstimateCI::ProcessRecord(Record& record) {
-    classes.Add(record);
+QKStatus TARNEstimateCI::ProcessColumns(ColumnBatch& batch) {
+    classes.Add(batch);
     return status;
 }
 

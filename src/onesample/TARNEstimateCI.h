@@ -3,23 +3,23 @@
 #include <memory>
 #include <vector>
 
+#include "contract/ColumnPass.h"
 #include "contract/TARNPlan.h"
-#include "contract/TARNTest.h"
 #include "onesample/BinaryClasses.h"
 #include "onesample/ProportionIntervals.h"
 
 /// Confidence intervals for the share of the first of two classes of a field, setting "OEstimateConfidenceInterval".
-class TARNEstimateCI : public TARNTest {
+class TARNEstimateCI : public ColumnTest {
  public:
     /// Reads from its settings "confidenceLevel", a flag for each method and what `BinaryClasses` reads.
-    explicit TARNEstimateCI(std::unique_ptr<QKSettings> testSettings) : TARNTest(std::move(testSettings)) {}
+    explicit TARNEstimateCI(std::unique_ptr<QKSettings> testSettings) : ColumnTest(std::move(testSettings)) {}
 
     /// Borrowed; read in `BeginPass`. A null leaves what was there.
     void SetUnivariateResults(UnivariateResults* results) override {
         if (results != nullptr) univariateResults = results;
     }
     QKStatus BeginPass() override;
-    QKStatus ProcessRecord(Record& record) override;
+    QKStatus ProcessColumns(ColumnBatch& batch) override;
     bool NeedsAnotherPass() override { return false; }
     QKStatus EndPass() override;
     void GetUsedVariables(std::vector<int>& fieldIndices) override;

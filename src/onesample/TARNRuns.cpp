@@ -10,6 +10,8 @@
 
 #include "onesample/TARNRuns.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "contract/TARNPlanBuilder.h"
@@ -18,7 +20,6 @@
 #include "platform/common/QKDistFun.h"
 #include "platform/common/QKVarList.h"
 #include "platform/common/Truncation.h"
-#include "support/CaseWeight.h"
 #include "support/Int32.h"
 #include "support/QKUnivariateVariable.h"
 #include "support/QKVecValue.h"
@@ -213,35 +214,55 @@ void TARNRuns::PrepareContinuous() {
     }
 }
 
-QKStatus TARNRuns::ProcessRecord(Record& record) {
-    const double value = record[static_cast<std::size_t>(variableIndex)];
-    const std::int32_t weight = CaseWeight(record, weightVariableIndex);
-    if (QKMV::IsMissing(cutPoint)) LearnClasses(value);
-    const Class classOfValue = ClassOf(value);
-    std::int32_t& count = classOfValue == Class::kLower ? lowerCount : upperCount;
-    count = Add32(count, weight);
-    if (lastClass != classOfValue) {
-        runs = Add32(runs, 1);
-        lastClass = classOfValue;
+QKStatus TARNRuns::ProcessColumns(ColumnBatch& batch) {
+    const double* const values = batch.Values(variableIndex);
+    if (QKMV::IsMissing(cutPoint)) LearnClasses(values, batch.Size());
+    const std::int32_t* const weights = batch.Weights(weightVariableIndex);
+    constexpr std::size_t kBlock = 1024;
+    std::array<std::uint32_t, kBlock> areLower;
+    for (std::size_t begin = 0; begin < batch.Size(); begin += kBlock) {
+        const std::size_t count = std::min(kBlock, batch.Size() - begin);
+        // The cut itself and a category in neither list belong to the upper class.
+        if (measureKind == MeasureKind::kCategorical) {
+            group1.Mark(batch.WholeNumbers(variableIndex) + begin, count, areLower.data());
+        } else {
+            for (std::size_t i = 0; i < count; ++i) {
+                areLower[i] = static_cast<std::uint32_t>(values[begin + i] < cutPoint);
+            }
+        }
+        AddClasses(areLower.data(), weights + begin, count);
     }
     return status;
+}
+
+/// Without a branch: at random, where a run ends can't be foreseen.
+void TARNRuns::AddClasses(const std::uint32_t* areLower, const std::int32_t* weights, std::size_t count) {
+    std::uint32_t total = 0;
+    std::uint32_t lower = 0;
+    auto begun = static_cast<std::uint32_t>(static_cast<std::uint32_t>(lastClass) != areLower[0]);
+    for (std::size_t i = 0; i < count; ++i) {
+        total += static_cast<std::uint32_t>(weights[i]);
+        lower += static_cast<std::uint32_t>(weights[i]) & -areLower[i];
+    }
+    for (std::size_t i = 1; i < count; ++i) begun += areLower[i] ^ areLower[i - 1];
+    lowerCount = Add32(lowerCount, static_cast<std::int32_t>(lower));
+    upperCount = Add32(upperCount, static_cast<std::int32_t>(total - lower));
+    runs = Add32(runs, static_cast<std::int32_t>(begun));
+    lastClass = static_cast<Class>(areLower[count - 1]);
 }
 
 /// Without a cut the first value makes the first class, unless there is a list, and the first other value the second
 /// one. A continuous field without a cut comes here, too: its values then show as classes, but they all count as not
 /// below the cut.
-void TARNRuns::LearnClasses(double value) {
+void TARNRuns::LearnClasses(const double* values, std::size_t count) {
     if (group1List.empty()) {
-        group1List.push_back(value);
+        group1List.push_back(values[0]);
         if (measureKind == MeasureKind::kCategorical) group1 = CategorySet(group1List);
     }
-    if (value != group1List[0] && group2List.empty()) group2List.push_back(value);
-}
-
-/// The cut itself and a category in neither list belong to the upper class.
-TARNRuns::Class TARNRuns::ClassOf(double value) const {
-    const bool isLower = measureKind == MeasureKind::kCategorical ? group1.Contains(value) : value < cutPoint;
-    return isLower ? Class::kLower : Class::kUpper;
+    if (!group2List.empty()) return;
+    const auto isOther = [&](double value) { return value != group1List[0]; };
+    const double* const other = std::find_if(values, values + count, isOther);
+    if (other != values + count) group2List.push_back(*other);
 }
 
 QKStatus TARNRuns::EndPass() {

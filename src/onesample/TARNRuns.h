@@ -5,23 +5,23 @@
 #include <string>
 #include <vector>
 
+#include "contract/ColumnPass.h"
 #include "contract/TARNPlan.h"
-#include "contract/TARNTest.h"
-#include "onesample/CategorySet.h"
 #include "platform/common/QKMV.h"
+#include "support/CategorySet.h"
 #include "support/ResultElements.h"
 
 /// The runs test of the order of two classes of one field, setting "ORuns".
-class TARNRuns : public TARNTest {
+class TARNRuns : public ColumnTest {
  public:
     /// Reads from its settings "variableIndex", "measureLevel", "weightVariableIndex" and "sigLevel"; "dataCutPoint"
     /// and "givenCutPoint", or "givenCategoryList", "group2List" and "GivenCategoryListInvalid".
-    explicit TARNRuns(std::unique_ptr<QKSettings> testSettings) : TARNTest(std::move(testSettings)) {}
+    explicit TARNRuns(std::unique_ptr<QKSettings> testSettings) : ColumnTest(std::move(testSettings)) {}
 
     /// Borrowed; read in `BeginPass`.
     void SetUnivariateResults(UnivariateResults* results) override { univariateResults = results; }
     QKStatus BeginPass() override;
-    QKStatus ProcessRecord(Record& record) override;
+    QKStatus ProcessColumns(ColumnBatch& batch) override;
     bool NeedsAnotherPass() override { return false; }
     QKStatus EndPass() override;
     void GetUsedVariables(std::vector<int>& fieldIndices) override { fieldIndices.push_back(variableIndex); }
@@ -29,12 +29,12 @@ class TARNRuns : public TARNTest {
 
  private:
     enum class MeasureKind { kContinuous = 1, kCategorical = 2 };
-    enum class Class { kNone = 0, kUpper = 1, kLower = 2 };
+    enum class Class : std::uint32_t { kUpper = 0, kLower = 1, kNone = 2 };
 
     void PrepareCategorical();
     void PrepareContinuous();
-    void LearnClasses(double value);
-    Class ClassOf(double value) const;
+    void LearnClasses(const double* values, std::size_t count);
+    void AddClasses(const std::uint32_t* areLower, const std::int32_t* weights, std::size_t count);
     void AddCondition(ResultElement& element) const;
 
     UnivariateResults* univariateResults = nullptr;

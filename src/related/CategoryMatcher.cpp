@@ -1,15 +1,8 @@
 #include "related/CategoryMatcher.h"
 
 #include <algorithm>
+#include <unordered_set>
 
-namespace {
-
-template <typename T>
-bool Contains(const std::vector<T>& list, const T& value) {
-    return std::find(list.begin(), list.end(), value) != list.end();
-}
-
-}  // namespace
 
 bool CategoryMatcher::AreSame(int field, int category, int otherField, int otherCategory) const {
     const IQKVariable* a = varList->GetVarAt(field);
@@ -37,10 +30,13 @@ std::vector<bool> CategoryMatcher::FlagsOfSame(int field, int otherField, int ot
 
 std::vector<bool> CategoryMatcher::FlagsOfListed(int field, const std::vector<double>& values,
                                                  const std::vector<std::string>& texts) const {
+    // Both the list and the categories may be long.
+    const std::unordered_set<double> listedValues(values.begin(), values.end());
+    const std::unordered_set<std::string> listedTexts(texts.begin(), texts.end());
     return Flags(field, [&](const IQKVariable& variable, int category) {
         return variable.GetKind() == FieldKind::kNumericCategories
-                   ? Contains(values, variable.GetCategoryValue(category))
-                   : Contains(texts, variable.GetCategoryText(category));
+                   ? listedValues.contains(variable.GetCategoryValue(category))
+                   : listedTexts.contains(variable.GetCategoryText(category));
     });
 }
 

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
-#include "platform/common/Record.h"
 #include "related/CategoryMatcher.h"
+#include "support/CategorySet.h"
 
 /// Which categories of several fields are a success: those of a list or, without one, the category that the first field
 /// shows in the first record. Not known until one or the other has been said.
@@ -19,22 +21,23 @@ class SuccessClasses {
     void SetList(const std::vector<int>& fields, const std::vector<double>& values,
                  const std::vector<std::string>& texts);
     /// Whether any category of any field is a success, and whether any is none.
-    bool HasSuccess() const { return HasCategory(true); }
-    bool HasFailure() const { return HasCategory(false); }
+    bool HasSuccess() const { return HasCategory(1); }
+    bool HasFailure() const { return HasCategory(0); }
 
-    bool AreKnown() const { return !flags.empty(); }
-    /// Successes are the category that the first field has in this record, and the same one in the other fields. That
-    /// holds for the whole run, whatever the weight of the record.
-    void SetFromRecord(const std::vector<int>& fields, const Record& record);
+    bool AreKnown() const { return !successes.empty(); }
+    /// Successes are this category of the first field, and the same one in the other fields: that of the first record,
+    /// whatever its weight. It holds for the whole run.
+    void SetFromFirst(const std::vector<int>& fields, std::int32_t category);
 
-    /// Whether a category is a success in the field at a position of the list of fields.
-    bool IsSuccess(std::size_t position, int category) const;
-    /// Whether the value of a field, which may be another one than that at the position, is a success there.
-    bool IsSuccess(std::size_t position, const Record& record, int field) const;
+    /// The successes of the field at a position of the list of fields, which may be asked of another field's values.
+    const CategorySet& Of(std::size_t position) const {
+        return position < successes.size() ? successes[position] : noSuccess;
+    }
 
  private:
-    bool HasCategory(bool success) const;
+    bool HasCategory(std::uint32_t success) const;
 
     CategoryMatcher categories;
-    std::vector<std::vector<bool>> flags;  ///< per field a bit per category
+    std::vector<CategorySet> successes;
+    CategorySet noSuccess;
 };

@@ -12,8 +12,11 @@
 
 #include "related/TARNCochransQ.h"
 
+#include <algorithm>
+#include <array>
+#include <numeric>
+
 #include "contract/TARNPlanBuilder.h"
-#include "support/CaseWeight.h"
 #include "support/ComparisonTables.h"
 #include "support/Int32.h"
 #include "support/QKUnivariateVariable.h"
@@ -41,6 +44,9 @@ constexpr RefusalCodes kTooFewToCompare{.pairwise = 221219_warning, .stepwise = 
 
 constexpr std::size_t kFewestFields = 2;
 constexpr std::size_t kFewestToCompare = 3;
+
+/// Records that are taken at a time, so that what is known of them stays at hand.
+constexpr std::size_t kBlock = 1024;
 
 }  // namespace
 
@@ -116,9 +122,9 @@ QKStatus TARNCochransQ::BeginPass() {
     } else if (state == State::kBeforeSteps) {
         orderedSamples = OrderSamples(counts.Proportions());
         steps.Begin(orderedSamples.size(), orderedSamples.size());
+        commonSuccesses.assign(orderedSamples.size() * orderedSamples.size(), 0);
         state = State::kSteps;
     }
-    rowTerms.assign(variableIndices.size(), 0);
     return status;
 }
 
@@ -161,41 +167,83 @@ void TARNCochransQ::GetUsedVariables(std::vector<int>& fieldIndices) {
     fieldIndices.insert(fieldIndices.end(), variableIndices.begin(), variableIndices.end());
 }
 
-QKStatus TARNCochransQ::ProcessRecord(Record& record) {
+QKStatus TARNCochransQ::ProcessColumns(ColumnBatch& batch) {
     if (status.IsError()) return status;
-    const auto weight = static_cast<std::uint32_t>(CaseWeight(record, weightVariableIndex));
     if (state == State::kOverall) {
-        AddToOverall(record, weight);
-    } else if (state == State::kSteps) {
-        AddToCandidates(record, weight);
+        AddToOverall(batch);
+    } else if (state == State::kSteps && isFirstStep) {
+        AddCommonSuccesses(batch);
     }
     return status;
 }
 
-void TARNCochransQ::AddToOverall(const Record& record, std::uint32_t weight) {
-    if (!success.AreKnown()) success.SetFromRecord(variableIndices, record);
-    counts.n += weight;
-    std::uint32_t successes = 0;
-    for (std::size_t i = 0; i < variableIndices.size(); ++i) {
-        if (!success.IsSuccess(i, record, variableIndices[i])) continue;
-        counts.ofField[i] += weight;
-        ++successes;
+void TARNCochransQ::AddToOverall(ColumnBatch& batch) {
+    if (!success.AreKnown()) {
+        success.SetFromFirst(variableIndices, batch.WholeNumbers(variableIndices.front())[0]);
     }
-    counts.sumRowSuccess += successes * weight;
-    counts.sumRowSuccessSquared += successes * successes * weight;
+    const std::int32_t* const weights = batch.Weights(weightVariableIndex);
+    std::array<std::uint32_t, kBlock> succeeds;
+    for (std::size_t begin = 0; begin < batch.Size(); begin += kBlock) {
+        const std::size_t count = std::min(kBlock, batch.Size() - begin);
+        std::array<std::uint32_t, kBlock> successesOfRow{};
+        for (std::size_t i = 0; i < variableIndices.size(); ++i) {
+            success.Of(i).Mark(batch.WholeNumbers(variableIndices[i]) + begin, count, succeeds.data());
+            std::uint32_t sum = 0;
+            for (std::size_t row = 0; row < count; ++row) {
+                sum += static_cast<std::uint32_t>(weights[begin + row]) & -succeeds[row];
+                successesOfRow[row] += succeeds[row];
+            }
+            counts.ofField[i] += sum;
+        }
+        for (std::size_t row = 0; row < count; ++row) {
+            const std::uint32_t weighted = successesOfRow[row] * static_cast<std::uint32_t>(weights[begin + row]);
+            counts.n += static_cast<std::uint32_t>(weights[begin + row]);
+            counts.sumRowSuccess += weighted;
+            counts.sumRowSuccessSquared += successesOfRow[row] * weighted;
+        }
+    }
 }
 
-/// The successes of an ordered field are given by the flags of the listed field at the same position, not by its own.
-/// That is intended; it matters only where the fields don't have the same categories in the same order.
-void TARNCochransQ::AddToCandidates(const Record& record, std::uint32_t weight) {
-    for (const SubsetRecord& subset : steps.Candidates()) {
-        std::uint32_t successes = 0;
-        for (std::size_t position = subset.firstPosition; position <= subset.lastPosition; ++position) {
-            const auto sample = static_cast<std::size_t>(orderedSamples[position].sample);
-            if (success.IsSuccess(position, record, variableIndices[sample])) ++successes;
+/// A square of a sum of successes is the sum of the products of any two, so that these serve all candidates of all
+/// steps.
+///
+/// The successes of an ordered field are given by the categories of the listed field at the same position, not by its
+/// own. That is intended; it matters only where the fields don't have the same categories in the same order.
+void TARNCochransQ::AddCommonSuccesses(ColumnBatch& batch) {
+    const std::size_t fields = orderedSamples.size();
+    const std::int32_t* const weights = batch.Weights(weightVariableIndex);
+    std::vector<std::uint32_t> masks(fields * kBlock);
+    std::array<std::uint32_t, kBlock> weighted;
+    for (std::size_t begin = 0; begin < batch.Size() && !(work != nullptr && work->IsStopped()); begin += kBlock) {
+        const std::size_t count = std::min(kBlock, batch.Size() - begin);
+        for (std::size_t i = 0; i < fields; ++i) {
+            const int field = variableIndices[static_cast<std::size_t>(orderedSamples[i].sample)];
+            std::uint32_t* const ofField = masks.data() + i * kBlock;
+            success.Of(i).Mark(batch.WholeNumbers(field) + begin, count, ofField);
+            for (std::size_t row = 0; row < count; ++row) ofField[row] = -ofField[row];
         }
-        rowTerms[subset.firstPosition] += successes * successes * weight;
+        for (std::size_t i = 0; i < fields; ++i) {
+            for (std::size_t row = 0; row < count; ++row) {
+                weighted[row] = static_cast<std::uint32_t>(weights[begin + row]) & masks[i * kBlock + row];
+            }
+            for (std::size_t j = i; j < fields; ++j) {
+                std::uint32_t sum = 0;
+                for (std::size_t row = 0; row < count; ++row) sum += weighted[row] & masks[j * kBlock + row];
+                commonSuccesses[i * fields + j] += sum;
+                if (i != j) commonSuccesses[j * fields + i] += sum;
+            }
+        }
     }
+}
+
+/// The sum of the squared successes of a subset's records, from sums up to each two positions.
+std::uint32_t TARNCochransQ::RowTerm(const SubsetRecord& subset) const {
+    const auto upTo = [&](std::size_t i, std::size_t j) {
+        return i == 0 || j == 0 ? 0 : commonSuccesses[(i - 1) * orderedSamples.size() + j - 1];
+    };
+    const std::size_t first = subset.firstPosition;
+    const std::size_t end = std::size_t{subset.lastPosition} + 1;
+    return upTo(end, end) - 2 * upTo(first, end) + upTo(first, first);
 }
 
 QKStatus TARNCochransQ::EndPass() {
@@ -242,9 +290,18 @@ bool TARNCochransQ::NeedsAnotherPass() {
 }
 
 void TARNCochransQ::EndStep() {
+    if (isFirstStep) {
+        const std::size_t fields = orderedSamples.size();
+        for (std::size_t i = 0; i < fields; ++i) {
+            std::uint32_t* const row = commonSuccesses.data() + i * fields;
+            std::partial_sum(row, row + fields, row);
+            for (std::size_t j = 0; i > 0 && j < fields; ++j) row[j] += commonSuccesses[(i - 1) * fields + j];
+        }
+        isFirstStep = false;
+    }
     AddMessages(steps.EndPass(sigLevel, [&](SubsetRecord& subset) {
         // The counts are those of the listed fields at these positions, not of the ordered ones. That is intended.
-        subset.statistic = counts.SubsetQ(subset.firstPosition, subset.lastPosition, rowTerms[subset.firstPosition]);
+        subset.statistic = counts.SubsetQ(subset.firstPosition, subset.lastPosition, RowTerm(subset));
         subset.sig = ChiSquareSig(subset.statistic, static_cast<double>(subset.Size()) - 1);
         return StepwiseComparison::Outcome::kComputed;
     }));
@@ -283,7 +340,7 @@ void TARNCochransQ::AddClasses(ResultElement& element) const {
         // Truncated, and the other class gets the rest: the two add up to 100.
         const std::int32_t percent = counts.Percentage(i);
         const std::int32_t rest = Subtract32(100, percent);
-        const bool isFirstClass = success.IsSuccess(i, 0);
+        const bool isFirstClass = success.Of(i).Contains(0) != 0;
         content->AddChild(
             MakeRowElement(JoinValues(isFirstClass ? std::vector{percent, rest} : std::vector{rest, percent})));
     }

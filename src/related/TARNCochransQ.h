@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "contract/ColumnPass.h"
 #include "contract/TARNPlan.h"
-#include "contract/TARNTest.h"
 #include "related/SuccessClasses.h"
 #include "related/SuccessCounts.h"
 #include "support/ComparisonRequest.h"
@@ -15,17 +15,17 @@
 #include "support/StepwiseComparison.h"
 
 /// Cochran's Q test of k categorical fields, setting "RCochransQ".
-class TARNCochransQ : public TARNTest {
+class TARNCochransQ : public ColumnTest {
  public:
     /// Reads from its settings "variableIndex" (the fields), "weightVariableIndex", "sigLevel", "pairWise", "stepWise"
     /// and, with "userSpecifyGroupList", "successCategoryListNum" and "successCategoryListStr".
     TARNCochransQ(std::unique_ptr<QKSettings> testSettings, const CategoryMatcher& fieldCategories)
-        : TARNTest(std::move(testSettings)), success(fieldCategories) {}
+        : ColumnTest(std::move(testSettings)), success(fieldCategories) {}
 
     /// Borrowed; read in `BeginPass`.
     void SetUnivariateResults(UnivariateResults* results) override { univariateResults = results; }
     QKStatus BeginPass() override;
-    QKStatus ProcessRecord(Record& record) override;
+    QKStatus ProcessColumns(ColumnBatch& batch) override;
     bool NeedsAnotherPass() override;
     QKStatus EndPass() override;
     void GetUsedVariables(std::vector<int>& fieldIndices) override;
@@ -37,8 +37,9 @@ class TARNCochransQ : public TARNTest {
     void ReadSettings();
     void PrepareCategories();
     void CheckCategoriesOfData();
-    void AddToOverall(const Record& record, std::uint32_t weight);
-    void AddToCandidates(const Record& record, std::uint32_t weight);
+    void AddToOverall(ColumnBatch& batch);
+    void AddCommonSuccesses(ColumnBatch& batch);
+    std::uint32_t RowTerm(const SubsetRecord& subset) const;
     void EndOverall();
     void Compare();
     void EndStep();
@@ -60,8 +61,10 @@ class TARNCochransQ : public TARNTest {
     SuccessClasses success;
     std::vector<PairRecord> pairwiseResults;
     std::vector<OrderedSample> orderedSamples;
-    /// Per candidate, by its first position, the sum of the squared successes of its records.
-    std::vector<std::uint32_t> rowTerms;
+    /// For each two positions the weight of the records in which both succeed, found in the first step; then, for the
+    /// later ones, too, the sums of that over all positions up to these two. It wraps as a counter of 32 bits does.
+    std::vector<std::uint32_t> commonSuccesses;
+    bool isFirstStep = true;
     StepwiseComparison steps{ComparisonRulesOf::kCochransQ};
 };
 

@@ -12,12 +12,12 @@
 #include "related/TARNMcNemar.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "contract/TARNPlanBuilder.h"
 #include "contract/TARNVariableInfo.h"
 #include "platform/common/QKDistFun.h"
-#include "support/CaseWeight.h"
 #include "support/Int32.h"
 #include "support/QKUnivariateVariable.h"
 #include "support/QKVecValue.h"
@@ -192,15 +192,37 @@ void TARNMcNemar::GetUsedVariables(std::vector<int>& fieldIndices) {
     fieldIndices.push_back(secondVariableIndex);
 }
 
-QKStatus TARNMcNemar::ProcessRecord(Record& record) {
+/// Without a branch: what is not in both classes at once follows from the sums.
+QKStatus TARNMcNemar::ProcessColumns(ColumnBatch& batch) {
     if (status.IsError()) return status;
-    const std::int32_t weight = CaseWeight(record, weightVariableIndex);
-    if (!success.AreKnown()) success.SetFromRecord({firstVariableIndex, secondVariableIndex}, record);
-    const bool firstSucceeds = success.IsSuccess(0, record, firstVariableIndex);
-    const bool secondSucceeds = success.IsSuccess(1, record, secondVariableIndex);
-    std::int32_t& count = firstSucceeds ? (secondSucceeds ? bothSuccessCount : successFailCount)
-                                        : (secondSucceeds ? failSuccessCount : bothFailCount);
-    count = Add32(count, weight);
+    const std::int32_t* const first = batch.WholeNumbers(firstVariableIndex);
+    const std::int32_t* const second = batch.WholeNumbers(secondVariableIndex);
+    const std::int32_t* const weights = batch.Weights(weightVariableIndex);
+    if (!success.AreKnown()) success.SetFromFirst({firstVariableIndex, secondVariableIndex}, first[0]);
+
+    constexpr std::size_t kBlock = 1024;
+    std::array<std::uint32_t, kBlock> firstSucceeds;
+    std::array<std::uint32_t, kBlock> secondSucceeds;
+    std::uint32_t total = 0;
+    std::uint32_t ofFirst = 0;
+    std::uint32_t ofSecond = 0;
+    std::uint32_t ofBoth = 0;
+    for (std::size_t begin = 0; begin < batch.Size(); begin += kBlock) {
+        const std::size_t count = std::min(kBlock, batch.Size() - begin);
+        success.Of(0).Mark(first + begin, count, firstSucceeds.data());
+        success.Of(1).Mark(second + begin, count, secondSucceeds.data());
+        for (std::size_t i = 0; i < count; ++i) {
+            const auto weight = static_cast<std::uint32_t>(weights[begin + i]);
+            total += weight;
+            ofFirst += weight & -firstSucceeds[i];
+            ofSecond += weight & -secondSucceeds[i];
+            ofBoth += weight & -(firstSucceeds[i] & secondSucceeds[i]);
+        }
+    }
+    bothSuccessCount = Add32(bothSuccessCount, static_cast<std::int32_t>(ofBoth));
+    successFailCount = Add32(successFailCount, static_cast<std::int32_t>(ofFirst - ofBoth));
+    failSuccessCount = Add32(failSuccessCount, static_cast<std::int32_t>(ofSecond - ofBoth));
+    bothFailCount = Add32(bothFailCount, static_cast<std::int32_t>(total - ofFirst - ofSecond + ofBoth));
     return status;
 }
 

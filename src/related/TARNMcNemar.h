@@ -5,23 +5,23 @@
 #include <string>
 #include <vector>
 
+#include "contract/ColumnPass.h"
 #include "contract/TARNPlan.h"
-#include "contract/TARNTest.h"
 #include "platform/common/QKMV.h"
 #include "related/SuccessClasses.h"
 
 /// The McNemar test of one pair of categorical fields, setting "RMcNemar".
-class TARNMcNemar : public TARNTest {
+class TARNMcNemar : public ColumnTest {
  public:
     /// Reads from its settings "variablePairFirstIndex", "variablePairSecondIndex", "weightVariableIndex", "sigLevel"
     /// and, with "userSpecifyGroupList", the lists of success categories.
     TARNMcNemar(std::unique_ptr<QKSettings> testSettings, const CategoryMatcher& fieldCategories)
-        : TARNTest(std::move(testSettings)), success(fieldCategories) {}
+        : ColumnTest(std::move(testSettings)), success(fieldCategories) {}
 
     /// Borrowed; read in `BeginPass`.
     void SetUnivariateResults(UnivariateResults* results) override { univariateResults = results; }
     QKStatus BeginPass() override;
-    QKStatus ProcessRecord(Record& record) override;
+    QKStatus ProcessColumns(ColumnBatch& batch) override;
     bool NeedsAnotherPass() override { return false; }
     QKStatus EndPass() override;
     void GetUsedVariables(std::vector<int>& fieldIndices) override;
