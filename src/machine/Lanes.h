@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <cstring>
 
-/// Doubles that are compared several at a time. Compilers don't make that of a loop by themselves, since a comparison of
-/// what is no number may trap; with these types it is said, and the same code is made for any processor.
+/// Doubles that are compared several at a time. Compilers don't make that of a loop by themselves, since a comparison
+/// of what is no number may trap; with these types it is said, and the same code is made for any processor.
 ///
 /// This header includes nothing of the project and is open to all floors.
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <unordered_set>
 
-
 bool CategoryMatcher::AreSame(int field, int category, int otherField, int otherCategory) const {
     const IQKVariable* a = varList->GetVarAt(field);
     const IQKVariable* b = varList->GetVarAt(otherField);

@@ -140,8 +140,7 @@ void RankedRows::GetUsedVariables(std::vector<int>& fieldIndices) {
 void RankedRows::TakeColumns(ColumnBatch& batch) {
     columns.resize(variableIndices.size());
     for (std::size_t i = 0; i < columns.size(); ++i) {
-        const std::size_t sample =
-            state == State::kOverall ? i : static_cast<std::size_t>(orderedSamples[i].sample);
+        const std::size_t sample = state == State::kOverall ? i : static_cast<std::size_t>(orderedSamples[i].sample);
         columns[i] = batch.Values(variableIndices[sample]);
     }
 }
@@ -236,8 +235,8 @@ void RankedRows::AddRowToOverall(std::size_t place, std::int32_t weight) {
     }
 }
 
-/// In the first step all rows are compared; the later ones need those alone whose ranks depend on the subset. Where sums
-/// are not exact, each step takes all rows in turn.
+/// In the first step all rows are compared; the later ones need those alone whose ranks depend on the subset. Where
+/// sums are not exact, each step takes all rows in turn.
 void RankedRows::AddToSteps(const std::int32_t* weights, std::size_t count) {
     if (!isExact) {
         for (std::size_t place = 0; place < count && !IsStopped(); ++place) AddRowToCandidates(place, weights[place]);

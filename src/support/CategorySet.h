@@ -7,8 +7,8 @@
 
 #include "platform/common/Truncation.h"
 
-/// Some categories of a field, asked for many records: the cost of a record doesn't grow with their number, and there is
-/// no branch. An index below 0 stands for a category that the field doesn't know; no record has it.
+/// Some categories of a field, asked for many records: the cost of a record doesn't grow with their number, and there
+/// is no branch. An index below 0 stands for a category that the field doesn't know; no record has it.
 class CategorySet {
  public:
     CategorySet() = default;

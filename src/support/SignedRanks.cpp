@@ -44,7 +44,9 @@ bool IsSequenceFree(const SignedDifferences& sample) {
 void RankByWords(const SignedDifferences& sample, const WorkShare& work, TARNRank& rank) {
     const std::span<const double> differences = sample.Differences();
     LargeArray<std::uint64_t> words(differences.size());
-    for (std::size_t i = 0; i < words.size(); ++i) words[i] = std::rotl(std::bit_cast<std::uint64_t>(differences[i]), 1);
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        words[i] = std::rotl(std::bit_cast<std::uint64_t>(differences[i]), 1);
+    }
     QKSort::SortKeys(words.data(), words.size());
     constexpr std::size_t kPart = 4096;
     std::vector<double> values(kPart);

@@ -21,8 +21,8 @@ void SortByValue(std::vector<WeightedDifference>& values);
 
 /// Order statistics of a list of weighted values that is too long to be made. It is defined as sorted in ascending
 /// order, of equal values those without weight in front, with the running sum of its weights; but a derived class only
-/// answers how much weight lies up to a bound. A value at a position is then found by some twenty questions, twice 64 at
-/// most, over the doubles, and is one of the list to the last bit.
+/// answers how much weight lies up to a bound. A value at a position is then found by some twenty questions, twice 64
+/// at most, over the doubles, and is one of the list to the last bit.
 ///
 /// Weights are not negative. Where they are (an impossible weight of a record), the value is one at which the running
 /// sum reaches the position from below, though not always the first one.

@@ -256,8 +256,8 @@ TEST_F(Analyze, InterruptEndsWithStatus1AndNoFile) {
 TEST_F(Analyze, InterruptEndsAReadThatWaitsForInput) {
     const std::string pipe = folder.Path("data.csv.pipe");
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);  // nobody ever writes to it
-    const CommandResult result = harness::RunTarnInterrupted(
-        {"analyze", pipe, "--one-sample", "x", "--out", folder.Path("result.xml")}, 0);
+    const CommandResult result =
+        harness::RunTarnInterrupted({"analyze", pipe, "--one-sample", "x", "--out", folder.Path("result.xml")}, 0);
     EXPECT_EQ(result.exitStatus, 1);
     EXPECT_EQ(result.out, "");
     EXPECT_EQ(result.err, "tarn: the run failed with code 1: the run was cancelled\n");

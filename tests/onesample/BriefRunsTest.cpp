@@ -49,7 +49,8 @@ TEST(BriefOneSampleRuns, RunsAndKolmogorovSmirnovAreAsEver) {
     QKSettings cut = Entry();
     cut.AddSetting("contVarClassFormation", "cutPointMean");
     ExpectBriefIsTheSameWithoutPlots("ORuns", cut, fields, OneField(), false);
-    for (const char* test : {"OKolmogorovSmirnovNormal", "OKolmogorovSmirnovUniform", "OKolmogorovSmirnovExponential"}) {
+    for (const char* test :
+         {"OKolmogorovSmirnovNormal", "OKolmogorovSmirnovUniform", "OKolmogorovSmirnovExponential"}) {
         QKSettings entry = Entry();
         entry.AddSetting("isUseSample", true);
         ExpectBriefIsTheSameWithoutPlots(test, entry, fields, OneField(), false);

@@ -16,7 +16,8 @@ using harness::Rows;
 
 Rows ThreeFields() {
     Rows rows;
-    for (int i = 0; i < 60; ++i) rows.push_back({double(i * 7 % 11), double(i * 5 % 13) + 1, double(i % 4), 1.0 + i % 3});
+    for (int i = 0; i < 60; ++i)
+        rows.push_back({double(i * 7 % 11), double(i * 5 % 13) + 1, double(i % 4), 1.0 + i % 3});
     return rows;
 }
 

@@ -27,7 +27,8 @@ Ranked Rank(const Columns& columns) {
     std::vector<const double*> pointers;
     for (const auto& column : columns) pointers.push_back(column.data());
     const std::size_t rows = columns.front().size();
-    Ranked ranked{std::vector<std::int64_t>(columns.size() * RowComparison::kRankRoom), std::vector<std::uint8_t>(rows)};
+    Ranked ranked{std::vector<std::int64_t>(columns.size() * RowComparison::kRankRoom),
+                  std::vector<std::uint8_t>(rows)};
     const RowBlock block{pointers.data(), columns.size(), 0, rows};
     RowComparison::Rank(block, ranked.twiceRanks.data(), ranked.isUncertain.data());
     std::vector<std::uint8_t> marks(rows);
@@ -64,8 +65,8 @@ TEST(RowComparison, MarksRowsWhoseTiesDontFollowFromSingleComparisons) {
     const double infinity = std::numeric_limits<double>::infinity();
     const double nan = std::numeric_limits<double>::quiet_NaN();
     // Distinct; equal; nearly equal; just not; equal infinities; two infinities; no number; zeros of both signs.
-    const Ranked ranked = Rank({{1, 1, 1, 1, infinity, infinity, nan, 0.0},
-                                {2, 1, 1 + 8e-15, 1 + 2e-14, infinity, -infinity, 1, -0.0}});
+    const Ranked ranked =
+        Rank({{1, 1, 1, 1, infinity, infinity, nan, 0.0}, {2, 1, 1 + 8e-15, 1 + 2e-14, infinity, -infinity, 1, -0.0}});
     EXPECT_EQ(ranked.isUncertain, (std::vector<std::uint8_t>{0, 0, 1, 0, 1, 0, 1, 0}));
     EXPECT_EQ(ranked.At(0, 3), 1);
     EXPECT_EQ(ranked.At(0, 5), 2);
