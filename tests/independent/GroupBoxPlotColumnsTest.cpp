@@ -139,8 +139,11 @@ TEST(GroupBoxPlotColumns, ValuesBesideTheFencesAreOneAfterTheOther) {
 
 TEST(GroupBoxPlotColumns, FencesBeyondTheLargestNumberTakeEverythingForRoundingButAZero) {
     ColumnData data(33);
-    const std::vector<double> values{-1.7e308, -1.6e308, -1e308, -5, -0.0, 0.0, 3, 1e308, 1.6e308, 1.7e308};
-    for (int i = 0; i < 10; ++i) ExpectAsPlain(data, values, std::vector<std::int32_t>(values.size(), 1));
+    for (const std::vector<double>& values :
+         {std::vector<double>{-1.7e308, -1.6e308, -1e308, -5, -0.0, 0.0, 3, 1e308, 1.6e308, 1.7e308},
+          {-1.7e308, -1.6e308, -1.6e308, 0, 0, 0, 1.6e308, 1.6e308, 1.7e308}}) {
+        for (int i = 0; i < 10; ++i) ExpectAsPlain(data, values, std::vector<std::int32_t>(values.size(), 1));
+    }
 }
 
 TEST(GroupHistogramColumns, RangeOfAscendingValuesIsOneAfterTheOther) {
