@@ -12,7 +12,7 @@
 /// `HXContext::GetInputIterator` until `hx_component_endExecution`.
 ///
 /// A record is one double per field, in the order of the fields in the data model of the execution. The value of a
-/// categorical field is the position of the category in that data model. The component reads all records more than
+/// categorical field is the position of the category in that data model. The component may read all records more than
 /// once, and each time the same records have to come in the same order.
 typedef struct HXIterator {
     /// The host's own; given back to it as the first argument of each function.
