@@ -44,7 +44,10 @@ class LookingTest : public ScriptedTest {
 
 class TARNPlannerPlanTest : public testing::Test {
  protected:
-    TARNPlannerPlanTest() { running_ = this; }
+    TARNPlannerPlanTest() {
+        running_ = this;
+        settings_.AddSetting("threads", 1);  // the tests share one log, whose order is what is looked at
+    }
     ~TARNPlannerPlanTest() override { running_ = nullptr; }
 
     /// Adds an entry to the settings whose plan builder this is.
