@@ -4,7 +4,9 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <memory>
+#include <numeric>
 #include <random>
 #include <string>
 #include <vector>
@@ -72,22 +74,37 @@ TARN_GROUPS_BENCHMARK(Median5, kMedian, 5, Shape::kContinuous, "none");
 TARN_GROUPS_BENCHMARK(Median5Pairs, kMedian, 5, Shape::kContinuous, "pairWise");
 TARN_GROUPS_BENCHMARK(Median5Steps, kMedian, 5, Shape::kContinuous, "stepWise");
 
+// Many groups: what takes time for each pair or each subset shows here.
+TARN_GROUPS_BENCHMARK(KruskalWallis200Steps, kKruskal, 200, Shape::kContinuous, "stepWise");
+TARN_GROUPS_BENCHMARK(JonckheereTerpstra200Pairs, kJonckheere, 200, Shape::kContinuous, "pairWise");
+TARN_GROUPS_BENCHMARK(JonckheereTerpstra200Steps, kJonckheere, 200, Shape::kContinuous, "stepWise");
+TARN_GROUPS_BENCHMARK(Median200Pairs, kMedian, 200, Shape::kContinuous, "pairWise");
+TARN_GROUPS_BENCHMARK(Median200Steps, kMedian, 200, Shape::kContinuous, "stepWise");
+
 /// J of all groups, from records that are in order.
 void JonckheereStatistic(benchmark::State& state) {
     const auto groups = static_cast<std::size_t>(state.range(0));
     std::mt19937_64 random(20263);
-    std::vector<std::size_t> places(kRecords);
+    std::vector<std::int32_t> places(kRecords);
+    std::vector<double> values(kRecords);
+    const std::vector<std::int32_t> weights(kRecords, 1);
     std::vector<double> sizes(groups, 0.0);
-    for (std::size_t& place : places) {
-        place = random() % groups;
+    std::vector<std::size_t> all(groups);
+    std::iota(all.begin(), all.end(), std::size_t{0});
+    for (std::size_t i = 0; i < kRecords; ++i) {
+        const std::size_t place = random() % groups;
+        places[i] = static_cast<std::int32_t>(place);
+        values[i] = 0.5 * static_cast<double>(i);
         ++sizes[place];
     }
     for (auto _ : state) {
+        JonckheereWalk walk;
+        walk.Begin(groups, PairRankSums::Ties::kShared);
+        walk.Add(values.data(), weights.data(), places.data(), kRecords);
+        walk.Close();
         JonckheereSubset subset;
         subset.SetGroups(sizes);
-        double value = 0;
-        for (const std::size_t place : places) subset.Add(value += 0.5, 1, place);
-        subset.Compute();
+        subset.Compute(walk.Of(all));
         benchmark::DoNotOptimize(subset.z);
     }
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kRecords));

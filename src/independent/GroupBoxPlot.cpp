@@ -7,7 +7,6 @@
 
 #include "platform/common/QKMV.h"
 #include "platform/common/QKXML.h"
-#include "support/CaseWeight.h"
 
 namespace {
 
@@ -44,17 +43,6 @@ std::string JoinBackwards(const std::vector<double>& high, const std::vector<dou
 
 }  // namespace
 
-GroupBoxPlot::GroupBoxPlot(std::int32_t groupCount, int variable, int weight, int caseId)
-    : count(groupCount),
-      variableIndex(variable),
-      weightIndex(weight),
-      caseIdIndex(caseId),
-      quantiles(variable, weight) {}
-
-void GroupBoxPlot::AddToQuantiles(const Record& record) {
-    quantiles.QuantileStep(record[static_cast<std::size_t>(variableIndex)], CaseWeight(record, weightIndex), count);
-}
-
 void GroupBoxPlot::AddAscendingToQuantiles(const double* values, const std::int32_t* weights, std::size_t size) {
     quantiles.QuantileSteps(values, weights, size, count);
 }
@@ -67,11 +55,6 @@ void GroupBoxPlot::Finish() {
     // From the far ends, so that they can only move inward.
     smallestNonOutlier = quantiles.GetMax();
     largestNonOutlier = quantiles.GetMin();
-}
-
-void GroupBoxPlot::AddToOutliers(const Record& record) {
-    const double* const caseId = caseIdIndex < 0 ? nullptr : &record[static_cast<std::size_t>(caseIdIndex)];
-    AddToOutliers(record[static_cast<std::size_t>(variableIndex)], caseId);
 }
 
 /// Ascending values are compared with a finite number in ascending order, too, so that each kind of them stands

@@ -1,10 +1,13 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <span>
 #include <string>
 
+#include "independent/GroupSplit.h"
 #include "support/Ascending.h"
 #include "support/Histogram.h"
 #include "support/QKUnivariateVariable.h"
@@ -49,3 +52,27 @@ class GroupHistogram {
     double groupMax = std::numeric_limits<double>::lowest();
     QKContUnivariateVariable variable{-1, -1};
 };
+
+/// The histograms of two groups. `split` has taken the groups of the records; `values` ascend.
+using GroupHistograms = std::array<GroupHistogram, 2>;
+
+/// First pass.
+inline void ExtendRanges(const GroupSplit& split, const double* values, GroupHistograms& histograms) {
+    for (std::size_t group = 0; group < histograms.size(); ++group) {
+        double lowest = 0;
+        double highest = 0;
+        if (!split.FindRange(static_cast<std::int32_t>(group), values, lowest, highest)) continue;
+        histograms[group].ExtendRange(lowest);
+        histograms[group].ExtendRange(highest);
+    }
+}
+
+/// Second pass. `weights` null: each is 1.
+inline void FillHistograms(GroupSplit& split, const double* values, const std::int32_t* weights,
+                           GroupHistograms& histograms) {
+    split.Part(values, weights);
+    for (std::size_t group = 0; group < histograms.size(); ++group) {
+        const std::span<const double> parted = split.Values(group);
+        histograms[group].AddAscending(parted.data(), split.Weights(group), parted.size());
+    }
+}

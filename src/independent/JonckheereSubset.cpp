@@ -51,57 +51,23 @@ double JonckheereVariance(const std::vector<double>& sizes, long double pairsTie
 void JonckheereSubset::SetGroups(std::vector<double> groupSizes) {
     sizes = std::move(groupSizes);
     totalN = std::accumulate(sizes.begin(), sizes.end(), 0.0);
-    pairs.assign(sizes.empty() ? 0 : sizes.size() * (sizes.size() - 1) / 2, PairRankSum());
-    tieWeight = 0;
-    pairsTied = triplesTied = 0;
-}
-
-PairRankSum& JonckheereSubset::PairAt(std::size_t first, std::size_t second) {
-    const std::size_t before = first * sizes.size() - first * (first + 1) / 2;
-    return pairs[before + second - first - 1];
-}
-
-void JonckheereSubset::Add(double value, std::int32_t weight, std::size_t place) {
-    for (std::size_t first = 0; first < place; ++first) {
-        PairAt(first, place).Add(value, weight, PairRankSum::Side::kSecond);
-    }
-    for (std::size_t second = place + 1; second < sizes.size(); ++second) {
-        PairAt(place, second).Add(value, weight, PairRankSum::Side::kFirst);
-    }
-    if (value != tieValue) {
-        CloseTie();
-        tieValue = value;
-    }
-    tieWeight += weight;
-}
-
-void JonckheereSubset::CloseTie() {
-    const long double t = tieWeight;
-    pairsTied += t * (t - 1);
-    triplesTied += t * t * (t - 1);
-    tieWeight = 0;
 }
 
 bool JonckheereSubset::HasEmptyGroup() const {
     return std::find(sizes.begin(), sizes.end(), 0.0) != sizes.end();
 }
 
-void JonckheereSubset::Compute() {
-    j = 0;
-    for (PairRankSum& pair : pairs) {
-        pair.Close();
-        j += pair.SumOfRanks() - pair.SizeOfSecond() * (pair.SizeOfSecond() + 1) / 2;
-    }
-    CloseTie();
+void JonckheereSubset::Compute(const JonckheereCounts& counts) {
+    j = counts.j;
     double sumOfSquares = 0;
     for (const double size : sizes) sumOfSquares += size * size;
     mean = (totalN * totalN - sumOfSquares) / 4;
     double variance = 0;
     if (totalN >= 3) {
-        variance = JonckheereVariance(sizes, pairsTied, triplesTied);
-    } else if (!pairs.empty()) {
+        variance = JonckheereVariance(sizes, counts.pairsTied, counts.triplesTied);
+    } else if (sizes.size() > 1) {
         const double n = sizes[0] + sizes[1];
-        variance = (n * n * n - n - pairs.front().TieCorrectionSum()) / 12 * (sizes[0] * sizes[1] / (n * (n - 1)));
+        variance = (n * n * n - n - counts.tieCorrectionSum) / 12 * (sizes[0] * sizes[1] / (n * (n - 1)));
     }
     standardError = std::sqrt(variance);
     z = standardError == 0 ? 0 : (j - mean) / standardError;

@@ -6,8 +6,6 @@
 #include <utility>
 
 #include "platform/common/QKDistFun.h"
-#include "platform/common/QKMV.h"
-#include "platform/common/Truncation.h"
 #include "support/Significance.h"
 
 void MedianSubset::SetGroups(const std::vector<std::int32_t>& categories, std::vector<double> groupSizes,
@@ -21,8 +19,19 @@ void MedianSubset::SetGroups(const std::vector<std::int32_t>& categories, std::v
     for (std::vector<double>& row : counts) row.assign(sizes.size(), 0.0);
 }
 
-void MedianSubset::AddToMedian(double value, std::int32_t weight) {
+void MedianSubset::AddToMedian(double value, double weight) {
     quantiles.QuantileStep(value, weight, TruncateToInt32(totalN));
+}
+
+void MedianSubset::AddToMedian(const double* values, const std::int32_t* weights, std::size_t count) {
+    quantiles.QuantileSteps(values, weights, count, TruncateToInt32(totalN));
+}
+
+void MedianSubset::Count(const double* values, const std::int32_t* weights, const std::int32_t* places,
+                         std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+        if (places[i] >= 0) Count(values[i], weights[i], places[i]);
+    }
 }
 
 void MedianSubset::FinishMedian() {

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "platform/common/QKMV.h"
+#include "platform/common/Truncation.h"
 #include "support/QKUnivariateVariable.h"
 
 /// What decides between two groups in place of Pearson's chi-square.
@@ -22,9 +24,6 @@ class MedianSubset {
     static constexpr std::size_t kNotAbove = 0;
     static constexpr std::size_t kAbove = 1;
 
-    /// `weightIndex`: negative where there is no weight field.
-    MedianSubset(int variableIndex, int weightIndex) : quantiles(variableIndex, weightIndex) {}
-
     /// Takes the groups of these sizes, by their categories, out of `categoryCount`; empties the table.
     void SetGroups(const std::vector<std::int32_t>& categories, std::vector<double> groupSizes,
                    std::int32_t categoryCount);
@@ -32,13 +31,26 @@ class MedianSubset {
     std::int32_t PlaceOf(std::int32_t category) const { return positionOf[static_cast<std::size_t>(category)]; }
 
     /// A value in ascending order, towards the median of the subset.
-    void AddToMedian(double value, std::int32_t weight);
+    void AddToMedian(double value, double weight);
+    /// The same for many values; `weights` null: each is 1.
+    void AddToMedian(const double* values, const std::int32_t* weights, std::size_t count);
+    /// The position of the median among the cases, from 1 on.
+    double MedianPosition() const { return (static_cast<double>(TruncateToInt32(totalN)) + 1) * 0.5; }
+    /// Whether no further value matters.
+    bool HasMedian() const { return !QKMV::IsMissing(quantiles.GetMedian()); }
     /// Takes the median of what was added; 0 if there was nothing.
     void FinishMedian();
     void SetMedian(double given) { median = given; }
     /// Counts a case of the group at a place: above only if strictly so.
     void Count(double value, std::int32_t weight, std::int32_t place) {
         counts[value > median ? kAbove : kNotAbove][static_cast<std::size_t>(place)] += weight;
+    }
+
+    /// The same for many; `places`: negative for a case outside the subset.
+    void Count(const double* values, const std::int32_t* weights, const std::int32_t* places, std::size_t count);
+    void AddCounts(std::size_t place, double notAbove, double above) {
+        counts[kNotAbove][place] += notAbove;
+        counts[kAbove][place] += above;
     }
 
     std::size_t GroupCount() const { return sizes.size(); }
@@ -58,11 +70,9 @@ class MedianSubset {
     /// Of a subset of two groups.
     FourfoldSignificance CompareTwoGroups() const;
 
-    std::vector<std::int32_t> members;  ///< the categories of a pair or of the overall test
     bool degenerate = false;
     double chiSquare = 0;
     double sig = 0;
-    double adjustedSig = 0;
 
  private:
     std::vector<std::int32_t> positionOf;
@@ -70,7 +80,7 @@ class MedianSubset {
     double totalN = 0;
     double median = 0;
     std::vector<double> counts[2];
-    QKContUnivariateVariable quantiles;
+    QKContUnivariateVariable quantiles{-1, -1};
 };
 
 /// A table of two rows and two columns: cases not above and above a median, in two groups.

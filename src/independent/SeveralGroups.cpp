@@ -1,8 +1,8 @@
 #include "independent/SeveralGroups.h"
 
-#include <cstddef>
+#include <numeric>
+#include <span>
 
-#include "platform/common/Truncation.h"
 #include "support/Int32.h"
 #include "support/UnivariateResults.h"
 #include "vocabulary/SettingKeys.h"
@@ -24,19 +24,6 @@ GroupedFields PlanSeveralGroups(TARNPlanBuilder& builder, TARNPlan& plan, const 
     return fields;
 }
 
-// ---- Sizes ----
-
-void GroupSizes::Add(std::int32_t category, std::int32_t weight) {
-    const auto index = static_cast<std::size_t>(category);
-    if (index >= sizes.size()) sizes.resize(index + 1, 0);
-    sizes[index] = Add32(sizes[index], weight);
-}
-
-std::int32_t GroupSizes::Of(std::int32_t category) const {
-    const auto index = static_cast<std::size_t>(category);
-    return index < sizes.size() ? sizes[index] : 0;
-}
-
 // ---- What comes next ----
 
 QKStatus SeveralGroups::BeginPass() {
@@ -50,10 +37,9 @@ QKStatus SeveralGroups::BeginPass() {
     }
     if (isPrepared || status.IsError()) return status;
     if (phase == Phase::kPairs) {
-        BeginPairs();
         isPreparing = preparesComparisons;
     } else if (IsStepping()) {
-        stepsBegun ? BeginNextStep() : BeginSteps();
+        if (!stepsBegun) BeginSteps();
         stepsBegun = true;
         isPreparing = preparesComparisons;
     }
@@ -61,6 +47,7 @@ QKStatus SeveralGroups::BeginPass() {
 }
 
 QKStatus SeveralGroups::EndPass() {
+    split.Release();
     if (status.IsError()) return status;
     --passesRemaining;
     const bool endsStep = IsStepping();
@@ -83,14 +70,19 @@ QKStatus SeveralGroups::EndPass() {
     isPrepared = isPreparing;
     isPreparing = false;
     phase = NextPhase();
+    if (phase == Phase::kFinished || status.IsError()) Release();
     return status;
 }
 
 SeveralGroups::Phase SeveralGroups::NextPhase() const {
-    if (overallPass < kOverallPasses) return Phase::kOverall;
+    if (overallPass < OverallPasses()) return Phase::kOverall;
     if (wanted.pairwise && !pairwiseDone) return Phase::kPairs;
     if (wanted.stepwise && !steps.IsDone()) return Phase::kSteps;
     return Phase::kFinished;
+}
+
+int SeveralGroups::OverallPasses() const {
+    return isBrief ? BriefPasses() : kOverallPasses;
 }
 
 bool SeveralGroups::IsStepping() const {
@@ -110,7 +102,7 @@ void SeveralGroups::Settle(bool isSignificant) {
     for (const TestMessage& warning : wanted.Refuse(isSignificant ? rules_.tooFewGroups : rules_.notSignificant)) {
         AddStatusMessage(warning.status, warning.kind);
     }
-    passesRemaining = kOverallPasses - 1 - overallPass;
+    passesRemaining = OverallPasses() - 1 - overallPass;
 }
 
 void SeveralGroups::EndStep() {
@@ -132,7 +124,11 @@ void SeveralGroups::BeginSizes() {
     wanted = ComparisonRequest::OfTest(*settings, steps.Rules().wanted);
     CountCategories();
     if (status.IsError()) return;
-    passesRemaining = kOverallPasses + (wanted.pairwise ? rules_.passesOfPairs : 0);
+    groupSizes.assign(static_cast<std::size_t>(categoryCount), 0);
+    std::vector<std::int32_t> categories(groupSizes.size());
+    std::iota(categories.begin(), categories.end(), 0);
+    split.SetGroups(std::move(categories), groupSizes.size());
+    passesRemaining = OverallPasses() + (wanted.pairwise ? rules_.passesOfPairs : 0);
     if (wanted.stepwise) passesRemaining += rules_.passesOfStep * (categoryCount - 2);
 }
 
@@ -152,23 +148,70 @@ void SeveralGroups::GetUsedVariables(std::vector<int>& fieldIndices) {
     fieldIndices.push_back(groupVariableIndex);
 }
 
-std::int32_t SeveralGroups::CategoryOf(const Record& record) const {
-    const std::int32_t category = TruncateToInt32(record[static_cast<std::size_t>(groupVariableIndex)]);
-    return category >= 0 && category < categoryCount ? category : -1;
-}
-
 void SeveralGroups::FindGroups() {
     for (std::int32_t category = 0; category < categoryCount; ++category) {
-        const std::int32_t size = groupSizes.Of(category);
+        const std::int32_t size = SizeOf(category);
         if (rules_.groups == GroupsAre::kOfPositiveSize ? size > 0 : size != 0) activeGroups.push_back(category);
     }
+    split.SetGroups(PlacesOf(activeGroups), activeGroups.size());
+}
+
+std::vector<std::int32_t> SeveralGroups::PlacesOf(const std::vector<std::int32_t>& categories) const {
+    std::vector<std::int32_t> places(static_cast<std::size_t>(categoryCount), GroupSplit::kNoGroup);
+    for (std::size_t place = 0; place < categories.size(); ++place) {
+        places[static_cast<std::size_t>(categories[place])] = static_cast<std::int32_t>(place);
+    }
+    return places;
 }
 
 void SeveralGroups::BeginBoxes() {
-    for (const std::int32_t group : activeGroups) {
-        groupBoxes.emplace_back(groupSizes.Of(group), variableIndex, weightIndex, GroupBoxPlot::kNoCaseId);
+    if (!isBrief || NeedsMedians()) {
+        for (const std::int32_t group : activeGroups) {
+            groupBoxes.emplace_back(SizeOf(group));
+        }
     }
     if (activeGroups.empty()) AddStatusMessage(QKStatus(StatusCode::kNoRecords), MessageKind::kError);
+}
+
+// ---- Records ----
+
+QKStatus SeveralGroups::ProcessColumns(ColumnBatch& batch) {
+    split.Take(batch, groupVariableIndex);
+    const GroupedRecords records{batch.Size(), batch.Values(variableIndex), batch.Weights(weightIndex), split.Groups(),
+                                 batch.WholeNumbers(groupVariableIndex)};
+    if (phase == Phase::kOverall) {
+        if (overallPass == kSizesPass) {
+            AddSizes(records);
+        } else if (!groupBoxes.empty()) {
+            AddToBoxes(records);
+        }
+    }
+    Take(records);
+    return status;
+}
+
+void SeveralGroups::AddSizes(const GroupedRecords& records) {
+    for (std::size_t i = 0; i < records.size; ++i) {
+        if (records.groups[i] == GroupSplit::kNoGroup) continue;
+        std::int32_t& size = groupSizes[static_cast<std::size_t>(records.groups[i])];
+        size = Add32(size, records.weights[i]);
+        sumOfWeights += records.weights[i];
+        hasNegativeWeight = hasNegativeWeight || records.weights[i] < 0;
+    }
+}
+
+void SeveralGroups::AddToBoxes(const GroupedRecords& records) {
+    const bool areQuantiles = overallPass == kQuantilesPass;
+    if (!areQuantiles && isBrief) return;
+    split.Part(records.values, areQuantiles && weightIndex >= 0 ? records.weights : nullptr);
+    for (std::size_t place = 0; place < groupBoxes.size(); ++place) {
+        const std::span<const double> values = split.Values(place);
+        if (areQuantiles) {
+            groupBoxes[place].AddAscendingToQuantiles(values.data(), split.Weights(place), values.size());
+        } else {
+            groupBoxes[place].AddAscendingToOutliers(values.data(), nullptr, values.size());
+        }
+    }
 }
 
 // ---- Element ----
@@ -178,14 +221,14 @@ void SeveralGroups::AddBoxes(ResultElement& element, const std::function<void(St
     const bool byCategory = rules_.boxes == BoxesAre::kByCategory;
     StructuredTable boxes = element.AddTable(TableName::kBoxPlotInfo);
     boxes.Row(RowName::kGroupFieldIndex, groupVariableIndex);
-    boxes.Row(RowName::kGroupCount, byCategory ? categoryCount : static_cast<std::int32_t>(groupBoxes.size()));
+    boxes.Row(RowName::kGroupCount, byCategory ? categoryCount : static_cast<std::int32_t>(activeGroups.size()));
     if (addOverall) addOverall(boxes);
-    for (std::size_t place = 0; place < groupBoxes.size(); ++place) {
+    for (std::size_t place = 0; place < activeGroups.size(); ++place) {
         const std::int32_t group = activeGroups[place];
         StructuredTable table = boxes.Table(GroupTableName(byCategory ? static_cast<std::size_t>(group) : place));
         table.Row(RowName::kGroupIndex, group);
         if (addGroup) addGroup(table, place);
-        groupBoxes[place].AddTables(table);
+        if (!isBrief) groupBoxes[place].AddTables(table);
     }
 }
 

@@ -6,8 +6,9 @@
 #include <utility>
 #include <vector>
 
-#include "contract/TARNTest.h"
+#include "contract/ColumnPass.h"
 #include "independent/GroupBoxPlot.h"
+#include "independent/GroupSplit.h"
 #include "independent/TwoGroups.h"
 #include "support/ComparisonRequest.h"
 #include "support/ComparisonTables.h"
@@ -15,16 +16,6 @@
 #include "support/StepwiseComparison.h"
 
 /// What the tests of several groups share: Kruskal-Wallis, Jonckheere-Terpstra and median.
-
-/// The weighted size of each category that had a record.
-class GroupSizes {
- public:
-    void Add(std::int32_t category, std::int32_t weight);
-    std::int32_t Of(std::int32_t category) const;
-
- private:
-    std::vector<std::int32_t> sizes;
-};
 
 /// Which categories are groups of the test. A sum of weights that has wrapped around may lie below 0.
 enum class GroupsAre { kOfPositiveSize, kOfAnySizeBut0 };
@@ -56,14 +47,28 @@ struct SeveralGroupsRules {
     BoxesAre boxes = BoxesAre::kByPlace;
 };
 
+/// Records of a batch. A group is the place of the record's category among the groups, in the first pass the category
+/// itself; `GroupSplit::kNoGroup` for a record that takes no part.
+struct GroupedRecords {
+    std::size_t size;
+    const double* values;
+    const std::int32_t* weights;
+    const std::int32_t* groups;
+    const std::int32_t* categories;
+};
+
 /// A test of several groups on records in ascending order of the test field, that goes through three phases: overall,
 /// then all pairs if they are wanted, then homogeneous subsets if they are. The first phase has three passes: sizes of
 /// the groups, quantiles of their box plots, outliers. This class decides what comes next; a test says, in the
-/// operations below, what it does then. What a pass does with a record is up to the test, too.
-class SeveralGroups : public TARNTest {
+/// operations below, what it does then. What a pass does with a record is up to the test, too, but for the sizes and
+/// the boxes.
+///
+/// A brief run has no boxes, and of the first phase only the passes that the test needs.
+class SeveralGroups : public ColumnTest {
  public:
     void SetUnivariateResults(UnivariateResults* results) override { univariateResults = results; }
     QKStatus BeginPass() final;
+    QKStatus ProcessColumns(ColumnBatch& batch) final;
     QKStatus EndPass() final;
     bool NeedsAnotherPass() final;
     void GetUsedVariables(std::vector<int>& fieldIndices) override;
@@ -74,7 +79,7 @@ class SeveralGroups : public TARNTest {
     /// `rules` is borrowed for the life of the test.
     SeveralGroups(std::unique_ptr<QKSettings> testSettings, const SeveralGroupsRules& rules,
                   const ComparisonRules& comparisonRules)
-        : TARNTest(std::move(testSettings)), rules_(rules), steps(comparisonRules) {}
+        : ColumnTest(std::move(testSettings)), rules_(rules), steps(comparisonRules) {}
 
     // ---- What a test does, in the order in which it is called ----
 
@@ -82,38 +87,45 @@ class SeveralGroups : public TARNTest {
     virtual void ReadOwnSettings() {}
     /// Sets `categoryCount`. By default it comes from the descriptives, and has to be 2 at least.
     virtual void CountCategories();
+    /// How many passes the first phase has in a brief run. Asked whenever the answer matters, since it may depend on
+    /// the comparisons that are still wanted.
+    virtual int BriefPasses() const = 0;
+    /// Whether the medians of the groups are needed in a brief run, too.
+    virtual bool NeedsMedians() const { return false; }
     /// Before the second pass, when the groups are known. Calls `BeginBoxes`.
     virtual void BeginOverall() = 0;
+    /// The next records of a pass.
+    virtual void Take(const GroupedRecords& records) = 0;
     /// After each pass of the first phase, of which `overallPass` is the number. One of them calls `Settle`.
     virtual void EndOverallPass() = 0;
-    virtual void BeginPairs() {}
     virtual void EndPairs() {}
+    /// Before the first step. Before each other one every candidate has lost its last group.
     virtual void BeginSteps() = 0;
-    /// Before each step but the first one: every candidate has lost its last group.
-    virtual void BeginNextStep() {}
     /// After a pass that prepares a comparison.
     virtual void EndPreparation() {}
     /// Computes a candidate at the end of a step.
     virtual StepwiseComparison::Outcome ComputeStep(SubsetRecord& range) = 0;
     virtual void EndStep();
+    /// After the last pass: the time to give up what was kept, since tests live as long as the document.
+    virtual void Release() {}
 
     // ---- What it calls ----
 
-    /// The category of a record, -1 for one that takes no part.
-    std::int32_t CategoryOf(const Record& record) const;
+    /// Whether the run is to end: to be asked where a comparison of many groups takes its time.
+    bool IsStopped() const { return work != nullptr && work->IsStopped(); }
     /// Makes the boxes of the groups; an error where there is no group.
     void BeginBoxes();
-    /// Takes a record of a group in the second and the third pass.
-    void AddToBox(const Record& record, std::int32_t place) {
-        GroupBoxPlot& box = groupBoxes[static_cast<std::size_t>(place)];
-        if (overallPass == kQuantilesPass) {
-            box.AddToQuantiles(record);
-        } else {
-            box.AddToOutliers(record);
-        }
-    }
     /// Ends the overall test. Comparisons need a significant one of three groups at least.
     void Settle(bool isSignificant);
+
+    /// The median of the group at a place, after the second pass.
+    double MedianOf(std::size_t place) const { return groupBoxes[place].Median(); }
+    /// Whether a weight was below 0, and the sum of all weights, of the records in any category.
+    bool HasNegativeWeight() const { return hasNegativeWeight; }
+    std::int64_t SumOfWeights() const { return sumOfWeights; }
+    std::int32_t SizeOf(std::int32_t category) const { return groupSizes[static_cast<std::size_t>(category)]; }
+    /// Per category its place among some categories, or `GroupSplit::kNoGroup`.
+    std::vector<std::int32_t> PlacesOf(const std::vector<std::int32_t>& categories) const;
 
     /// The boxes of the groups. `addOverall` adds what stands in front of them, `addGroup` what a group has beside its
     /// box, by its place among the groups; both may be empty.
@@ -130,7 +142,10 @@ class SeveralGroups : public TARNTest {
  private:
     void ReadFields();
     void BeginSizes();
+    void AddSizes(const GroupedRecords& records);
+    void AddToBoxes(const GroupedRecords& records);
     void FindGroups();
+    int OverallPasses() const;
     bool IsStepping() const;
     Phase NextPhase() const;
 
@@ -149,13 +164,16 @@ class SeveralGroups : public TARNTest {
     /// Whether each comparison takes a pass in front of the one that it ends with, and whether this is such a pass.
     bool preparesComparisons = false;
     bool isPreparing = false;
-    GroupSizes groupSizes;
+    std::vector<std::int32_t> groupSizes;    // the weighted size of each category
     std::vector<std::int32_t> activeGroups;  // categories that are groups, in their order
-    std::vector<GroupBoxPlot> groupBoxes;    // theirs
     StepwiseComparison steps;
 
  private:
     UnivariateResults* univariateResults = nullptr;
+    GroupSplit split;
+    bool hasNegativeWeight = false;
+    std::int64_t sumOfWeights = 0;
+    std::vector<GroupBoxPlot> groupBoxes;  // of the groups, where boxes or medians are wanted
     bool isPrepared = false;
     bool stepsBegun = false;
 };

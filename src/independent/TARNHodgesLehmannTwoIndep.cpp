@@ -19,7 +19,6 @@
 
 #include "contract/TARNPlanBuilder.h"
 #include "platform/common/QKDistFun.h"
-#include "support/CaseWeight.h"
 #include "support/Int32.h"
 #include "support/ResultElements.h"
 #include "vocabulary/SettingKeys.h"
@@ -46,12 +45,6 @@ constexpr std::int64_t kNoRecordYet = -1;
 /// A product 64 bits wide by definition, which wraps around.
 std::int64_t Multiply64(std::int64_t a, std::int64_t b) {
     return static_cast<std::int64_t>(static_cast<std::uint64_t>(a) * static_cast<std::uint64_t>(b));
-}
-
-double TieCorrectionSum(const std::vector<std::uint32_t>& runs) {
-    double sum = 0;
-    for (const double t : runs) sum += t * t * t - t;
-    return sum;
 }
 
 double StandardError(std::int64_t n1, std::int64_t n2, double tieCorrectionSum) {
@@ -89,6 +82,7 @@ QKStatus TARNHodgesLehmannTwoIndep::BeginPass() {
         const QKStatus taken =
             groups.TakeCategoriesOfData(univariateResults, groupVariableIndex, kNoFrequencies, kNotTwoCategories);
         if (taken.IsError()) AddStatusMessage(taken, MessageKind::kError);
+        groups.Prepare(split);
     }
     groupCounts = {kNoRecordYet, kNoRecordYet};
     return status;
@@ -98,21 +92,23 @@ void TARNHodgesLehmannTwoIndep::GetUsedVariables(std::vector<int>& fieldIndices)
     fieldIndices = {variableIndex, groupVariableIndex};
 }
 
-QKStatus TARNHodgesLehmannTwoIndep::ProcessRecord(Record& record) {
-    const std::size_t group = groups.GroupOf(record[static_cast<std::size_t>(groupVariableIndex)]);
-    if (group == TwoGroups::kNeither) return status;
-    const double value = record[static_cast<std::size_t>(variableIndex)];
-    const std::int32_t weight = CaseWeight(record, weightIndex);
-    if (groupCounts[group] == kNoRecordYet) {
-        previousValue = value;
-        runWeight = weight;
-        groupCounts = {0, 0};
-        groupCounts[group] = weight;
-    } else {
-        groupCounts[group] += weight;
-        ExtendTieRun(value, weight);
+QKStatus TARNHodgesLehmannTwoIndep::ProcessColumns(ColumnBatch& batch) {
+    const double* const values = batch.Values(variableIndex);
+    const std::int32_t* const weights = batch.Weights(weightIndex);
+    split.Take(batch, groupVariableIndex);
+    for (std::size_t i = 0; i < batch.Size(); ++i) {
+        if (split.Groups()[i] == GroupSplit::kNoGroup) continue;
+        const auto group = static_cast<std::size_t>(split.Groups()[i]);
+        if (groupCounts[group] == kNoRecordYet) {
+            previousValue = values[i];
+            runWeight = weights[i];
+            groupCounts = {0, 0};
+        } else {
+            ExtendTieRun(values[i], weights[i]);
+        }
+        groupCounts[group] += weights[i];
+        lists[group].push_back({values[i], weights[i]});
     }
-    lists[group].push_back({value, weight});
     return status;
 }
 
@@ -123,12 +119,16 @@ void TARNHodgesLehmannTwoIndep::ExtendTieRun(double value, std::int32_t weight) 
         runWeight = Add32(runWeight, weight);
         return;
     }
-    if (runWeight > 1) tieRuns.push_back(static_cast<std::uint32_t>(runWeight));
+    if (runWeight > 1) {
+        const double t = runWeight;
+        tieCorrectionSum += t * t * t - t;
+    }
     runWeight = weight;
     previousValue = value;
 }
 
 QKStatus TARNHodgesLehmannTwoIndep::EndPass() {
+    split.Release();
     if (status.IsError()) return status;
     QKStatus estimated(StatusCode::kNoRecords);
     const bool hasPairs = !lists[TwoGroups::kFirst].empty() && !lists[TwoGroups::kSecond].empty();
@@ -148,11 +148,12 @@ QKStatus TARNHodgesLehmannTwoIndep::EndPass() {
 /// Without a weight field each position is that of one difference, which is what the weighted position comes to when
 /// all weights are 1. Positions are as wide as the running weights.
 QKStatus TARNHodgesLehmannTwoIndep::Estimate() {
-    const PairwiseDifferences differences(std::move(lists[TwoGroups::kFirst]), std::move(lists[TwoGroups::kSecond]));
+    PairwiseDifferences differences(std::move(lists[TwoGroups::kFirst]), std::move(lists[TwoGroups::kSecond]));
+    differences.SetWork(work);
     const auto [n1, n2] = groupCounts;
     estimate = differences.Median();
     const double meanOfU = static_cast<double>(Multiply64(n1, n2)) / 2;
-    const double standardError = StandardError(n1, n2, TieCorrectionSum(tieRuns));
+    const double standardError = StandardError(n1, n2, tieCorrectionSum);
     const double q = QKMath::QKDistFun::IdfStdNorm(1 - (1 - confidenceLevel) / 2);
     lower = differences.At(Position(std::floor(meanOfU - q * standardError) + 1));
     upper = differences.At(Position(std::ceil(meanOfU + q * standardError)));

@@ -5,22 +5,23 @@
 #include <memory>
 #include <vector>
 
+#include "contract/ColumnPass.h"
 #include "contract/TARNPlan.h"
-#include "contract/TARNTest.h"
 #include "independent/TwoGroups.h"
 #include "support/WeightedOrder.h"
 
 /// The Hodges-Lehmann estimate of the shift of two independent groups, setting "IHodgesLehmannEstimateGroups".
-class TARNHodgesLehmannTwoIndep : public TARNTest {
+class TARNHodgesLehmannTwoIndep : public ColumnTest {
  public:
     /// Reads from its settings "variableIndex", "groupVariableIndex", "weightVariableIndex" and "confidenceLevel".
-    explicit TARNHodgesLehmannTwoIndep(std::unique_ptr<QKSettings> testSettings) : TARNTest(std::move(testSettings)) {}
+    explicit TARNHodgesLehmannTwoIndep(std::unique_ptr<QKSettings> testSettings)
+        : ColumnTest(std::move(testSettings)) {}
 
     void SetUnivariateResults(UnivariateResults* results) override {
         if (results != nullptr) univariateResults = results;
     }
     QKStatus BeginPass() override;
-    QKStatus ProcessRecord(Record& record) override;
+    QKStatus ProcessColumns(ColumnBatch& batch) override;
     bool NeedsAnotherPass() override { return false; }
     QKStatus EndPass() override;
     void GetUsedVariables(std::vector<int>& fieldIndices) override;
@@ -33,13 +34,14 @@ class TARNHodgesLehmannTwoIndep : public TARNTest {
     UnivariateResults* univariateResults = nullptr;
     double confidenceLevel = kDefaultConfidenceLevel;
     TwoGroups groups;
+    GroupSplit split;
     int variableIndex = -1;
     int groupVariableIndex = -1;
     int weightIndex = -1;
     double previousValue = 0;
     std::int32_t runWeight = 0;
-    /// Sizes of the runs of equal values, 2 or more, without the last one.
-    std::vector<std::uint32_t> tieRuns;
+    /// Over the runs of equal values, 2 or more, without the last one.
+    double tieCorrectionSum = 0;
     /// One entry per record, for each group.
     std::array<std::vector<WeightedDifference>, 2> lists;
     /// Weighted sizes of the groups; -1 until the first record.

@@ -13,11 +13,12 @@
 
 #include "independent/TARNJonckTer.h"
 
+#include <algorithm>
+#include <limits>
 #include <utility>
 
 #include "contract/TARNPlanBuilder.h"
 #include "platform/common/QKDistFun.h"
-#include "support/CaseWeight.h"
 #include "support/Significance.h"
 #include "vocabulary/SettingKeys.h"
 #include "vocabulary/StatusCodes.h"
@@ -45,15 +46,15 @@ constexpr SeveralGroupsRules kRules{.noUnivariateResults = 222206_error,
                                     .passesOfStep = 1};
 constexpr long kEmptyGroup = 222210_error;  // of a step a warning
 
-PairRecord RecordOf(const JonckheereSubset& pair) {
+/// The adjusted significance is the test's.
+PairRecord RecordOf(const JonckheereSubset& pair, std::int32_t sample1, std::int32_t sample2) {
     PairRecord record;
-    record.sample1 = pair.members[0];
-    record.sample2 = pair.members[1];
+    record.sample1 = sample1;
+    record.sample2 = sample2;
     record.testStatistic = pair.j;
     record.standardError = pair.standardError;
     record.standardTestStatistic = pair.z;
     record.sig = pair.sigDirected;
-    record.adjSig = pair.adjustedSig;
     record.untestable = pair.degenerate;
     return record;
 }
@@ -83,80 +84,50 @@ void TARNJonckTer::ReadOwnSettings() {
     settings->GetSettingValByName(kOrderOfHypotheses, orderOfHypotheses);
 }
 
+int TARNJonckTer::BriefPasses() const {
+    constexpr int kSizesAndWalk = 2;
+    return kSizesAndWalk;
+}
+
+/// The places of a stepwise subset are given by positions among the groups with cases, though its records look their
+/// place up by category. Where a category is empty the two differ; documents depend on it. The walk then goes over all
+/// categories, and each pair is walked by itself, since any two of them may have to stand for a pair of single cases.
 void TARNJonckTer::BeginOverall() {
     BeginBoxes();
-    overall.positionOf.assign(static_cast<std::size_t>(categoryCount), JonckheereSubset::kNotInside);
+    if (status.IsError()) return;
+    walksAllCategories = wanted.stepwise && static_cast<std::size_t>(activeGroups.back()) + 1 != activeGroups.size();
+    const bool sizesAreCounts = !HasNegativeWeight() && SumOfWeights() <= std::numeric_limits<std::int32_t>::max();
+    const bool areShared = tieScan.AreShared() && sizesAreCounts && !walksAllCategories;
+    walk.Begin(walksAllCategories ? static_cast<std::size_t>(categoryCount) : activeGroups.size(),
+               areShared ? PairRankSums::Ties::kShared : PairRankSums::Ties::kOfEachPair, work);
     std::vector<double> sizes;
-    for (const std::int32_t group : activeGroups) {
-        overall.positionOf[static_cast<std::size_t>(group)] = static_cast<std::int32_t>(sizes.size());
-        sizes.push_back(SizeOf(group));
-    }
-    if (!status.IsError()) overall.SetGroups(std::move(sizes));
+    for (const std::int32_t group : activeGroups) sizes.push_back(SizeOf(group));
+    overall.SetGroups(std::move(sizes));
 }
 
-void TARNJonckTer::BeginPairs() {
-    for (std::size_t i = 0; i < activeGroups.size(); ++i) {
-        for (std::size_t j = i + 1; j < activeGroups.size(); ++j) {
-            JonckheereSubset& pair = pairSubsets.emplace_back();
-            pair.members = {activeGroups[i], activeGroups[j]};
-            pair.positionOf.assign(static_cast<std::size_t>(categoryCount), JonckheereSubset::kNotInside);
-            pair.positionOf[static_cast<std::size_t>(activeGroups[i])] = 0;
-            pair.positionOf[static_cast<std::size_t>(activeGroups[j])] = 1;
-            pair.SetGroups({SizeOf(activeGroups[i]), SizeOf(activeGroups[j])});
-        }
-    }
+std::size_t TARNJonckTer::PlaceInWalk(std::size_t placeOfGroup) const {
+    return walksAllCategories ? static_cast<std::size_t>(activeGroups[placeOfGroup]) : placeOfGroup;
 }
 
-/// The places of a subset are given by positions among the groups with cases, though its records look their place up by
-/// category. Where a category is empty the two differ; documents depend on it.
 void TARNJonckTer::BeginSteps() {
     steps.Begin(activeGroups.size(), static_cast<std::size_t>(categoryCount));
-    for (const SubsetRecord& range : steps.Candidates()) {
-        JonckheereSubset& subset = stepSubsets.emplace_back();
-        subset.positionOf.assign(static_cast<std::size_t>(categoryCount), JonckheereSubset::kNotInside);
-        std::vector<double> sizes;
-        for (std::uint32_t position = range.firstPosition; position <= range.lastPosition; ++position) {
-            subset.positionOf[position] = static_cast<std::int32_t>(sizes.size());
-            sizes.push_back(SizeOf(activeGroups[position]));
+}
+
+void TARNJonckTer::Take(const GroupedRecords& records) {
+    if (phase != Phase::kOverall) return;
+    if (overallPass == kSizesPass) {
+        wholeRank.AddAscending(records.values, weightIndex < 0 ? nullptr : records.weights, records.groups,
+                               records.size);
+        tieScan.Add(records.values, records.groups, records.size);
+    } else if (overallPass == kQuantilesPass) {
+        const std::int32_t* const places = walksAllCategories ? records.categories : records.groups;
+        // Among many groups that are walked pair by pair, a batch takes longer than a cancel may.
+        constexpr std::size_t kBetweenQuestions = 4096;
+        for (std::size_t begin = 0; begin < records.size && !IsStopped(); begin += kBetweenQuestions) {
+            walk.Add(records.values + begin, records.weights + begin, places + begin,
+                     std::min(kBetweenQuestions, records.size - begin));
         }
-        subset.SetGroups(std::move(sizes));
     }
-}
-
-void TARNJonckTer::BeginNextStep() {
-    for (const SubsetRecord& range : steps.Candidates()) {
-        JonckheereSubset& subset = stepSubsets[range.firstPosition];
-        subset.positionOf[range.lastPosition + 1] = JonckheereSubset::kNotInside;
-        std::vector<double> sizes = subset.sizes;
-        sizes.pop_back();
-        subset.SetGroups(std::move(sizes));
-    }
-}
-
-QKStatus TARNJonckTer::ProcessRecord(Record& record) {
-    const double value = record[static_cast<std::size_t>(variableIndex)];
-    const std::int32_t weight = CaseWeight(record, weightIndex);
-    const std::int32_t group = CategoryOf(record);
-    if (group < 0) return status;
-    if (phase == Phase::kOverall && overallPass == kSizesPass) {
-        groupSizes.Add(group, weight);
-        return wholeRank.AddValue(value, weight, group);
-    }
-    const auto addTo = [&](JonckheereSubset& subset) {
-        const std::int32_t place = subset.positionOf[static_cast<std::size_t>(group)];
-        if (place >= 0) subset.Add(value, weight, static_cast<std::size_t>(place));
-        return place;
-    };
-    if (phase == Phase::kOverall) {
-        const std::int32_t place =
-            overallPass == kQuantilesPass ? addTo(overall) : overall.positionOf[static_cast<std::size_t>(group)];
-        if (place >= 0) AddToBox(record, place);
-    } else if (phase == Phase::kPairs) {
-        for (JonckheereSubset& pair : pairSubsets) addTo(pair);
-    } else {
-        for (const SubsetRecord& range : steps.Candidates()) addTo(stepSubsets[range.firstPosition]);
-    }
-    return status;
 }
 
 void TARNJonckTer::EndOverallPass() {
@@ -165,25 +136,41 @@ void TARNJonckTer::EndOverallPass() {
         for (std::int32_t group = 0; group < categoryCount; ++group) {
             rankSums.push_back(wholeRank.GroupRanks(group).sumOfRanks);
         }
-        wholeRank = TARNRank();  // it holds every rank, and tests live as long as the document
-    } else if (overallPass == kQuantilesPass) {
-        overallSignificant = Judge(overall);
-    } else {
-        Settle(overallSignificant);
+        wholeRank = TARNRank();  // tests live as long as the document
+        return;
     }
+    if (overallPass == kQuantilesPass) {
+        walk.Close();
+        std::vector<std::size_t> places;
+        for (std::size_t place = 0; place < activeGroups.size(); ++place) places.push_back(PlaceInWalk(place));
+        overallSignificant = Judge(overall, walk.Of(places));
+    }
+    if (overallPass == (isBrief ? kQuantilesPass : kOutliersPass)) Settle(overallSignificant);
 }
 
 void TARNJonckTer::EndPairs() {
-    for (JonckheereSubset& pair : pairSubsets) {
-        Judge(pair);
-        if (!pair.degenerate) pair.adjustedSig = AdjustByPairCount(pair.sigDirected, categoryCount);
+    for (std::size_t i = 0; i < activeGroups.size(); ++i) {
+        for (std::size_t j = i + 1; j < activeGroups.size() && !IsStopped(); ++j) {
+            JonckheereSubset pair;
+            pair.SetGroups(
+                {static_cast<double>(SizeOf(activeGroups[i])), static_cast<double>(SizeOf(activeGroups[j]))});
+            Judge(pair, walk.OfPair(PlaceInWalk(i), PlaceInWalk(j)));
+            PairRecord& record = pairs.emplace_back(RecordOf(pair, activeGroups[i], activeGroups[j]));
+            if (!pair.degenerate) record.adjSig = AdjustByPairCount(pair.sigDirected, categoryCount);
+        }
     }
 }
 
 StepwiseComparison::Outcome TARNJonckTer::ComputeStep(SubsetRecord& range) {
     using Outcome = StepwiseComparison::Outcome;
-    JonckheereSubset& subset = stepSubsets[range.firstPosition];
-    Judge(subset);
+    if (IsStopped()) return Outcome::kFailed;
+    std::vector<double> sizes;
+    for (std::uint32_t position = range.firstPosition; position <= range.lastPosition; ++position) {
+        sizes.push_back(SizeOf(activeGroups[position]));
+    }
+    JonckheereSubset subset;
+    subset.SetGroups(std::move(sizes));
+    Judge(subset, walk.OfRange(range.firstPosition, range.lastPosition));
     range.statistic = subset.j;
     range.standardError = subset.standardError;
     range.standardTestStatistic = subset.z;
@@ -191,15 +178,19 @@ StepwiseComparison::Outcome TARNJonckTer::ComputeStep(SubsetRecord& range) {
     return subset.degenerate ? Outcome::kUntestable : Outcome::kComputed;
 }
 
+void TARNJonckTer::Release() {
+    walk = {};
+}
+
 /// Whether the groups of the subset differ at the level; a subset that can't be tested counts as one whose groups do.
-bool TARNJonckTer::Judge(JonckheereSubset& subset) {
+bool TARNJonckTer::Judge(JonckheereSubset& subset, const JonckheereCounts& counts) {
     subset.degenerate = subset.GroupCount() == 2 && subset.HasEmptyGroup();
     if (subset.degenerate) {
         const MessageKind kind = phase == Phase::kOverall ? MessageKind::kError : MessageKind::kWarning;
         AddStatusMessage(QKStatus(kEmptyGroup), kind);
         return true;
     }
-    subset.Compute();
+    subset.Compute(counts);
     if (phase == Phase::kOverall) {
         subset.sigTwoTail = TwoTailedNormal(subset.z);
         return sigLevel > subset.sigTwoTail;
@@ -227,9 +218,7 @@ QKXML::XMLElement* TARNJonckTer::MakeResultElement() {
     statistics.Row(RowName::kAsymptoticSig2Tailed, overall.sigTwoTail);
     AddBoxes(element, {}, {});
 
-    if (HasPairsToShow() && !pairSubsets.empty()) {
-        std::vector<PairRecord> pairs;
-        for (const JonckheereSubset& pair : pairSubsets) pairs.push_back(RecordOf(pair));
+    if (HasPairsToShow() && !pairs.empty()) {
         AddPairwiseResult(element, steps.Rules(), Samples(), pairs);
     }
     AddSteps(element, Samples());

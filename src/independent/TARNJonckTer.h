@@ -7,7 +7,9 @@
 
 #include "contract/TARNPlan.h"
 #include "independent/JonckheereSubset.h"
+#include "independent/JonckheereWalk.h"
 #include "independent/SeveralGroups.h"
+#include "independent/TieScan.h"
 #include "support/TARNRank.h"
 
 /// The Jonckheere-Terpstra test of ordered independent groups, setting "IJonckheereTerpstra", with its comparisons and
@@ -18,30 +20,32 @@ class TARNJonckTer : public SeveralGroups {
     /// "orderOfHypotheses", "pairWise" and "stepWise".
     explicit TARNJonckTer(std::unique_ptr<QKSettings> testSettings);
 
-    QKStatus ProcessRecord(Record& record) override;
     QKXML::XMLElement* MakeResultElement() override;
 
  private:
     void ReadOwnSettings() override;
+    int BriefPasses() const override;
     void BeginOverall() override;
+    void Take(const GroupedRecords& records) override;
     void EndOverallPass() override;
-    void BeginPairs() override;
     void EndPairs() override;
     void BeginSteps() override;
-    void BeginNextStep() override;
     StepwiseComparison::Outcome ComputeStep(SubsetRecord& range) override;
-    bool Judge(JonckheereSubset& subset);
-    double SizeOf(std::int32_t category) const { return groupSizes.Of(category); }
+    void Release() override;
+    bool Judge(JonckheereSubset& subset, const JonckheereCounts& counts);
+    std::size_t PlaceInWalk(std::size_t placeOfGroup) const;
 
     ComparedSamples Samples() const;
 
     std::string orderOfHypotheses;
     TARNRank wholeRank;
     std::vector<double> rankSums;  // per category
+    TieScan tieScan;
+    JonckheereWalk walk;  // over the groups, or over all categories
+    bool walksAllCategories = false;
     JonckheereSubset overall;
     bool overallSignificant = false;
-    std::vector<JonckheereSubset> pairSubsets;
-    std::vector<JonckheereSubset> stepSubsets;  // by their first positions among the active groups
+    std::vector<PairRecord> pairs;
 };
 
 /// The plan builder of "IJonckheereTerpstra". Keys: "variableName", "groupVariableName"; "originVariableName",

@@ -12,10 +12,10 @@
 
 #include "independent/TARNKSMedian.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "contract/TARNPlanBuilder.h"
-#include "support/CaseWeight.h"
 #include "vocabulary/SettingKeys.h"
 #include "vocabulary/StatusCodes.h"
 #include "vocabulary/TestFacts.h"
@@ -53,13 +53,13 @@ constexpr long kNoneAbove[] = {222325_error, 222329_warning, 222332_warning};
 constexpr long kAllAbove[] = {222324_error, 222328_warning, 222331_warning};
 constexpr long kTooFewGroupsWithCases[] = {222319_error, 222333_warning, 222334_warning};
 
-PairRecord RecordOf(const MedianSubset& pair) {
+/// The adjusted significance is the test's.
+PairRecord RecordOf(const MedianSubset& pair, std::int32_t sample1, std::int32_t sample2) {
     PairRecord record;
-    record.sample1 = pair.members[0];
-    record.sample2 = pair.members[1];
+    record.sample1 = sample1;
+    record.sample2 = sample2;
     record.testStatistic = pair.chiSquare;
     record.sig = pair.sig;
-    record.adjSig = pair.adjustedSig;
     record.untestable = pair.degenerate;
     return record;
 }
@@ -78,7 +78,7 @@ void PlanKSMedian(const QKSettings& entry, TARNPlan& plan) {
     builder.TestSettings().AddSetting(kMedian, median);
     if (builder.IsOK()) {
         plan.Request(fields.group, Statistic::kFrequencies);
-        plan.Request(fields.test, Statistic::kMedian);
+        if (!plan.IsBrief()) plan.Request(fields.test, Statistic::kMedian);  // for the readers of the field alone
         plan.RequestSorted(fields.test);
     }
     builder.AddToSortedWorker<TARNKSMedian>(fields.test);
@@ -99,85 +99,54 @@ void TARNKSMedian::BeginOverall() {
     BeginBoxes();
     if (status.IsError()) return;
     overall = MakeSubset(activeGroups);
+    records.Begin(activeGroups.size());
     if (activeGroups.size() < 2) AddStatusMessage(QKStatus(kTooFewGroupsWithCases[0]), MessageKind::kError);
 }
 
 MedianSubset TARNKSMedian::MakeSubset(const std::vector<std::int32_t>& categories) const {
-    MedianSubset subset(variableIndex, weightIndex);
+    MedianSubset subset;
     std::vector<double> sizes;
-    for (const std::int32_t category : categories) sizes.push_back(groupSizes.Of(category));
+    for (const std::int32_t category : categories) sizes.push_back(SizeOf(category));
     subset.SetGroups(categories, std::move(sizes), categoryCount);
-    subset.members = categories;
     if (userSpecifyMedian) subset.SetMedian(givenMedian);
     return subset;
 }
 
-void TARNKSMedian::BeginPairs() {
-    for (std::size_t i = 0; i < activeGroups.size(); ++i) {
-        for (std::size_t j = i + 1; j < activeGroups.size(); ++j) {
-            pairSubsets.push_back(MakeSubset({activeGroups[i], activeGroups[j]}));
-        }
-    }
-}
-
 void TARNKSMedian::BeginSteps() {
     std::vector<double> medians;
-    for (const GroupBoxPlot& box : groupBoxes) medians.push_back(box.Median());
+    for (std::size_t place = 0; place < activeGroups.size(); ++place) medians.push_back(MedianOf(place));
     for (const OrderedSample& sample : OrderSamples(medians)) {
         sortedGroups.push_back(activeGroups[static_cast<std::size_t>(sample.sample)]);
     }
     steps.Begin(sortedGroups.size(), activeGroups.size());
-    stepSubsets.assign(steps.Candidates().size(), MedianSubset(variableIndex, weightIndex));
-    BeginNextStep();
 }
 
-/// In each step every candidate gets a median of its own again.
-void TARNKSMedian::BeginNextStep() {
-    for (const SubsetRecord& range : steps.Candidates()) {
-        stepSubsets[range.firstPosition] =
-            MakeSubset({sortedGroups.begin() + range.firstPosition, sortedGroups.begin() + range.lastPosition + 1});
-    }
-}
-
-QKStatus TARNKSMedian::ProcessRecord(Record& record) {
-    const double value = record[static_cast<std::size_t>(variableIndex)];
-    const std::int32_t weight = CaseWeight(record, weightIndex);
-    const std::int32_t category = CategoryOf(record);
-    if (category < 0) return status;
+void TARNKSMedian::Take(const GroupedRecords& batch) {
     if (phase == Phase::kOverall) {
-        CountOverall(record, value, weight, category);
-    } else if (phase == Phase::kPairs) {
-        for (MedianSubset& pair : pairSubsets) AddToSubset(pair, value, weight, category);
-    } else {
-        for (const SubsetRecord& range : steps.Candidates()) {
-            AddToSubset(stepSubsets[range.firstPosition], value, weight, category);
-        }
-    }
-    return status;
-}
-
-void TARNKSMedian::CountOverall(const Record& record, double value, std::int32_t weight, std::int32_t category) {
-    if (overallPass == kSizesPass) {
-        groupSizes.Add(category, weight);
+        if (overallPass != kSizesPass) TakeOverall(batch);
         return;
     }
-    const std::int32_t place = overall.PlaceOf(category);
-    if (place == MedianSubset::kNotInside) return;
-    AddToBox(record, place);
-    if (overallPass == kOutliersPass) {
-        overall.Count(value, weight, place);
-    } else if (!userSpecifyMedian) {
-        overall.AddToMedian(value, weight);
+    if (records.IsClosed()) return;
+    for (std::size_t i = 0; i < batch.size; ++i) {
+        if (batch.groups[i] == GroupSplit::kNoGroup) continue;
+        records.Add(batch.values[i], batch.weights[i], static_cast<std::size_t>(batch.groups[i]));
     }
 }
 
-void TARNKSMedian::AddToSubset(MedianSubset& subset, double value, std::int32_t weight, std::int32_t category) const {
-    const std::int32_t place = subset.PlaceOf(category);
-    if (place == MedianSubset::kNotInside) return;
-    if (isPreparing) {
-        subset.AddToMedian(value, weight);
-    } else {
-        subset.Count(value, weight, place);
+void TARNKSMedian::TakeOverall(const GroupedRecords& batch) {
+    if (overallPass == kOutliersPass) {
+        overall.Count(batch.values, batch.weights, batch.groups, batch.size);
+    } else if (!userSpecifyMedian) {
+        // Between records without a group lie stretches of others, nearly always one alone.
+        const auto isGroup = [](std::int32_t group) { return group != GroupSplit::kNoGroup; };
+        const std::int32_t* const end = batch.groups + batch.size;
+        for (const std::int32_t* from = std::find_if(batch.groups, end, isGroup); from != end;) {
+            const std::int32_t* const to = std::find_if_not(from, end, isGroup);
+            const std::ptrdiff_t first = from - batch.groups;
+            overall.AddToMedian(batch.values + first, weightIndex < 0 ? nullptr : batch.weights + first,
+                                static_cast<std::size_t>(to - from));
+            from = std::find_if(to, end, isGroup);
+        }
     }
 }
 
@@ -193,26 +162,45 @@ void TARNKSMedian::EndOverallPass() {
     }
 }
 
-void TARNKSMedian::EndPreparation() {
-    for (MedianSubset& subset : phase == Phase::kPairs ? pairSubsets : stepSubsets) subset.FinishMedian();
+MedianSubset TARNKSMedian::CountedSubset(const std::vector<std::int32_t>& categories) {
+    records.Close();
+    MedianSubset subset = MakeSubset(categories);
+    std::vector<std::size_t> places;
+    for (const std::int32_t category : categories) {
+        places.push_back(static_cast<std::size_t>(overall.PlaceOf(category)));
+    }
+    if (!userSpecifyMedian) records.FindMedian(subset, places);
+    records.Count(subset, places);
+    return subset;
 }
 
 void TARNKSMedian::EndPairs() {
     const auto groupCount = static_cast<std::int32_t>(activeGroups.size());
-    for (MedianSubset& pair : pairSubsets) {
-        Judge(pair, Mode::kPair, pair.members);
-        if (!pair.degenerate) pair.adjustedSig = AdjustByPairCount(pair.sig, groupCount);
+    for (std::size_t i = 0; i < activeGroups.size(); ++i) {
+        for (std::size_t j = i + 1; j < activeGroups.size() && !IsStopped(); ++j) {
+            const std::vector<std::int32_t> members{activeGroups[i], activeGroups[j]};
+            MedianSubset pair = CountedSubset(members);
+            Judge(pair, Mode::kPair, members);
+            PairRecord& record = pairs.emplace_back(RecordOf(pair, members[0], members[1]));
+            if (!pair.degenerate) record.adjSig = AdjustByPairCount(pair.sig, groupCount);
+        }
     }
 }
 
 StepwiseComparison::Outcome TARNKSMedian::ComputeStep(SubsetRecord& range) {
     using Outcome = StepwiseComparison::Outcome;
-    MedianSubset& subset = stepSubsets[range.firstPosition];
+    if (IsStopped()) return Outcome::kFailed;
+    MedianSubset subset =
+        CountedSubset({sortedGroups.begin() + range.firstPosition, sortedGroups.begin() + range.lastPosition + 1});
     Judge(subset, Mode::kStep,
           {static_cast<std::int32_t>(range.firstPosition), static_cast<std::int32_t>(range.lastPosition)});
     range.statistic = subset.chiSquare;
     range.sig = subset.sig;
     return subset.degenerate ? Outcome::kUntestable : Outcome::kComputed;
+}
+
+void TARNKSMedian::Release() {
+    records = {};
 }
 
 /// Computes what comes out of a subset, or says why nothing can. `named`: what a warning names the subset by.
@@ -261,9 +249,7 @@ QKXML::XMLElement* TARNKSMedian::MakeResultElement() {
         group.Row(RowName::kNotGreaterThanMedian, overall.Counts(MedianSubset::kNotAbove)[place]);
     };
     AddBoxes(element, addGrandMedian, addCounts);
-    if (HasPairsToShow() && !pairSubsets.empty()) {
-        std::vector<PairRecord> pairs;
-        for (const MedianSubset& pair : pairSubsets) pairs.push_back(RecordOf(pair));
+    if (HasPairsToShow() && !pairs.empty()) {
         AddPairwiseResult(element, steps.Rules(), Samples(activeGroups), pairs);
     }
     AddSteps(element, Samples(sortedGroups));
@@ -290,7 +276,7 @@ void TARNKSMedian::AddStatistics(ResultElement& element) const {
 ComparedSamples TARNKSMedian::Samples(const std::vector<std::int32_t>& groups) const {
     std::vector<double> medians;
     for (const std::int32_t group : groups) {
-        medians.push_back(groupBoxes[static_cast<std::size_t>(overall.PlaceOf(group))].Median());
+        medians.push_back(MedianOf(static_cast<std::size_t>(overall.PlaceOf(group))));
     }
     return {groupVariableIndex, JoinValues(groups), JoinValues(medians)};
 }

@@ -7,18 +7,18 @@
 #include <vector>
 
 #include "contract/TARNPlan.h"
+#include "independent/MedianRecords.h"
 #include "independent/MedianSubset.h"
 #include "independent/SeveralGroups.h"
 
 /// The median test of several independent groups, setting "IMedian", with its comparisons and the box plots of the
-/// groups. A pass for the medians of the subsets prepares each comparison; with a given median none does.
+/// groups. A pass prepares each comparison; with a given median none does.
 class TARNKSMedian : public SeveralGroups {
  public:
     /// Reads from its settings "variableIndex", "groupVariableIndex", "weightVariableIndex", "sigLevel",
     /// "userSpecifyMedian", "median", "pairWise" and "stepWise".
     explicit TARNKSMedian(std::unique_ptr<QKSettings> testSettings);
 
-    QKStatus ProcessRecord(Record& record) override;
     QKXML::XMLElement* MakeResultElement() override;
 
  private:
@@ -26,17 +26,20 @@ class TARNKSMedian : public SeveralGroups {
     enum class Mode { kOverall, kPair, kStep };
 
     void ReadOwnSettings() override;
+    int BriefPasses() const override { return kOutliersPass + 1; }
+    bool NeedsMedians() const override { return wanted.pairwise || wanted.stepwise; }
     void BeginOverall() override;
+    void Take(const GroupedRecords& records) override;
     void EndOverallPass() override;
-    void BeginPairs() override;
     void EndPairs() override;
     void BeginSteps() override;
-    void BeginNextStep() override;
-    void EndPreparation() override;
+    void EndPreparation() override { records.Close(); }
     StepwiseComparison::Outcome ComputeStep(SubsetRecord& range) override;
+    void Release() override;
+
     MedianSubset MakeSubset(const std::vector<std::int32_t>& categories) const;
-    void CountOverall(const Record& record, double value, std::int32_t weight, std::int32_t category);
-    void AddToSubset(MedianSubset& subset, double value, std::int32_t weight, std::int32_t category) const;
+    void TakeOverall(const GroupedRecords& batch);
+    MedianSubset CountedSubset(const std::vector<std::int32_t>& categories);
     void Judge(MedianSubset& subset, Mode mode, const std::vector<std::int32_t>& named);
     void MakeDegenerate(MedianSubset& subset, Mode mode, const long (&codes)[3],
                         const std::vector<std::int32_t>& named);
@@ -47,11 +50,11 @@ class TARNKSMedian : public SeveralGroups {
 
     bool userSpecifyMedian = false;
     double givenMedian = 0;
-    MedianSubset overall{-1, -1};
+    MedianSubset overall;
     std::optional<FourfoldSignificance> ofTwoGroups;
-    std::vector<MedianSubset> pairSubsets;
+    MedianRecords records;  // of the groups, kept in the first pass of the comparisons
+    std::vector<PairRecord> pairs;
     std::vector<std::int32_t> sortedGroups;  // categories, in ascending order of their medians
-    std::vector<MedianSubset> stepSubsets;   // by their first positions among the sorted groups
 };
 
 /// The plan builder of "IMedian". Keys: "variableName", "groupVariableName"; "originVariableName",

@@ -17,7 +17,6 @@
 #include <string>
 
 #include "contract/TARNPlanBuilder.h"
-#include "support/CaseWeight.h"
 #include "support/ResultElements.h"
 #include "vocabulary/SettingKeys.h"
 #include "vocabulary/StatusCodes.h"
@@ -77,9 +76,7 @@ QKStatus TARNKSmirnowTwoSample::BeginPass() {
     if (passCounter == 0) {
         ReadSettings();
     } else {
-        if (!status.IsError()) {
-            for (Sample& sample : samples) sample.variable.Begin();
-        }
+        if (!status.IsError()) BeginWalk();
         passesRemaining = 1;
     }
     return status;
@@ -101,7 +98,20 @@ void TARNKSmirnowTwoSample::ReadSettings() {
         return;
     }
     if (userSpecifyGroupList) groups = TwoGroups(AsDoubles(first), AsDoubles(second));
+    groups.Prepare(split);
     passesRemaining = 2;
+}
+
+void TARNKSmirnowTwoSample::BeginWalk() {
+    if (!isBrief) {
+        for (GroupHistogram& histogram : histograms) histogram.Begin();
+    }
+    // Each share, and their difference, is rounded by less than 1e-15 in all.
+    constexpr double kRounding = 1e-15;
+    constexpr double kMostPairs = 0x1p62;
+    const auto [n1, n2] = std::pair(static_cast<double>(samples[0].n), static_cast<double>(samples[1].n));
+    const bool areExact = walksCounts && n1 * n2 < kMostPairs;
+    extent.reach = areExact ? static_cast<std::int64_t>(n1 * n2 * kRounding) + 1 : -1;
 }
 
 void TARNKSmirnowTwoSample::GetUsedVariables(std::vector<int>& fieldIndices) {
@@ -109,58 +119,88 @@ void TARNKSmirnowTwoSample::GetUsedVariables(std::vector<int>& fieldIndices) {
     fieldIndices.push_back(groupVariableIndex);
 }
 
-QKStatus TARNKSmirnowTwoSample::ProcessRecord(Record& record) {
-    const double value = record[static_cast<std::size_t>(variableIndex)];
-    const std::int32_t category = TruncateToInt32(record[static_cast<std::size_t>(groupVariableIndex)]);
-    const std::size_t group = groups.GroupOf(category);
-    const std::int32_t weight = CaseWeight(record, weightIndex);
-    if (passCounter > 0) {
-        if (group != TwoGroups::kNeither) samples[group].variable.Add(value, weight);
-        Walk(value, group, category, weight);
-    } else if (group != TwoGroups::kNeither) {
-        samples[group].n += static_cast<std::uint32_t>(weight);
-        samples[group].variable.ExtendRange(value);
+QKStatus TARNKSmirnowTwoSample::ProcessColumns(ColumnBatch& batch) {
+    const double* const values = batch.Values(variableIndex);
+    const std::int32_t* const weights = weightIndex < 0 ? nullptr : batch.Weights(weightIndex);
+    split.Take(batch, groupVariableIndex);
+    if (passCounter == 0) {
+        Count(values, weights);
+    } else {
+        if (!isBrief) FillHistograms(split, values, weights, histograms);
+        Walk(values, batch.Weights(weightIndex));
     }
     return status;
 }
 
-void TARNKSmirnowTwoSample::Walk(double value, std::size_t group, std::int32_t category, std::int32_t weight) {
-    const auto added = static_cast<std::uint32_t>(weight);
-    if (QKMV::IsMissing(lastValue) && group != TwoGroups::kNeither) {
-        lastValue = value;
-        lastGroup = category;
+void TARNKSmirnowTwoSample::Count(const double* values, const std::int32_t* weights) {
+    for (const std::size_t group : {TwoGroups::kFirst, TwoGroups::kSecond}) {
+        samples[group].n += static_cast<std::uint32_t>(split.WeightOf(static_cast<std::int32_t>(group), weights));
     }
-    if (value == lastValue) {
-        if (group != TwoGroups::kNeither) samples[group].cumulative += added;
-        return;
+    ExtendRanges(split, values, histograms);
+    const std::size_t size = split.Size();
+    const bool isBelowZero = weights != nullptr && *std::min_element(weights, weights + size) < 0;
+    // What is no number stands at an end of the order.
+    const bool isNumber = !std::isnan(values[0]) && !std::isnan(values[size - 1]);
+    walksCounts = walksCounts && !isBelowZero && isNumber && split.CountOf(GroupSplit::kNoGroup) == 0;
+}
+
+void TARNKSmirnowTwoSample::Walk(const double* values, const std::int32_t* weights) {
+    const std::int32_t* const places = split.Groups();
+    for (std::size_t i = 0; i < split.Size(); ++i) {
+        const auto added = static_cast<std::uint32_t>(weights[i]);
+        if (QKMV::IsMissing(lastValue) && places[i] != GroupSplit::kNoGroup) {
+            walkBeganInGroup = true;
+            lastValue = values[i];
+        }
+        auto group = static_cast<std::size_t>(places[i]);
+        if (values[i] != lastValue) {
+            if (MayBeExtreme()) TakeDifference();
+            lastValue = values[i];
+            // A record of neither group that brings a new value counts for the second one here, though its n does not
+            // know it. Documents depend on it.
+            if (places[i] == GroupSplit::kNoGroup) group = TwoGroups::kSecond;
+        } else if (places[i] == GroupSplit::kNoGroup) {
+            continue;
+        }
+        samples[group].cumulative += added;
     }
-    TakeDifference();
-    // A record of neither group that brings a new value counts for the second one here, though its n does not know it.
-    // Documents depend on it.
-    samples[group == TwoGroups::kFirst ? TwoGroups::kFirst : TwoGroups::kSecond].cumulative += added;
-    lastValue = value;
+}
+
+/// Whether the difference, as it stands, could be more extreme than those before, rounding included.
+bool TARNKSmirnowTwoSample::MayBeExtreme() {
+    if (extent.reach < 0) return true;
+    const auto& [first, second] = samples;
+    const std::int64_t difference =
+        std::int64_t{first.cumulative} * second.n - std::int64_t{second.cumulative} * first.n;
+    const bool isHigh = difference >= extent.largest - extent.reach;
+    const bool isLow = difference <= extent.smallest + extent.reach;
+    extent.largest = std::max(extent.largest, difference);
+    extent.smallest = std::min(extent.smallest, difference);
+    return isHigh || isLow;
 }
 
 /// The share of the group up to a value: it has no step in front of its smallest value and none behind its largest.
-double TARNKSmirnowTwoSample::Sample::DistributionAt(double value) const {
-    if (variable.Min() > value) return 0;
-    if (value >= variable.Max()) return 1;
-    return static_cast<double>(cumulative) / n;
+double TARNKSmirnowTwoSample::DistributionAt(std::size_t group, double value) const {
+    if (histograms[group].Min() > value) return 0;
+    if (value >= histograms[group].Max()) return 1;
+    return static_cast<double>(samples[group].cumulative) / samples[group].n;
 }
 
 void TARNKSmirnowTwoSample::TakeDifference() {
-    if (groups.GroupOf(lastGroup) == TwoGroups::kNeither) {
+    if (!walkBeganInGroup) {
         status = QKStatus(kFirstRecordInNoGroup, true);
         return;
     }
-    const auto& [first, second] = samples;
-    double difference = first.DistributionAt(lastValue) - second.DistributionAt(lastValue);
-    if (first.n < second.n) difference = second.DistributionAt(lastValue) - first.DistributionAt(lastValue);
+    const double first = DistributionAt(TwoGroups::kFirst, lastValue);
+    const double second = DistributionAt(TwoGroups::kSecond, lastValue);
+    const bool secondIsLarger = samples[TwoGroups::kFirst].n < samples[TwoGroups::kSecond].n;
+    const double difference = secondIsLarger ? second - first : first - second;
     if (difference >= 0) extremes.positive = std::max(extremes.positive, difference);
     if (difference <= 0) extremes.negative = std::min(extremes.negative, difference);
 }
 
 QKStatus TARNKSmirnowTwoSample::EndPass() {
+    split.Release();
     if (passCounter == 0) return status;
     if (samples[TwoGroups::kFirst].n == 0 || samples[TwoGroups::kSecond].n == 0) {
         AddStatusMessage(QKStatus(kGroupEmpty), MessageKind::kError);
@@ -169,7 +209,9 @@ QKStatus TARNKSmirnowTwoSample::EndPass() {
     if (status.IsError()) return status;
     TakeDifference();
     ComputeSignificance();
-    for (Sample& sample : samples) sample.variable.End();
+    if (!isBrief) {
+        for (GroupHistogram& histogram : histograms) histogram.End();
+    }
     return status;
 }
 
@@ -203,7 +245,7 @@ QKXML::XMLElement* TARNKSmirnowTwoSample::MakeResultElement() {
         StructuredTable table = element.AddTable(GroupTableName(group));
         table.Row(RowName::kGroupIndex, SizeToString(group));
         table.Row(RowName::kN, static_cast<std::int32_t>(samples[group].n));
-        samples[group].variable.AddIntervals(table);
+        if (!isBrief) histograms[group].AddIntervals(table);
     }
     return element.Release();
 }

@@ -17,10 +17,11 @@
 #include <algorithm>
 #include <cmath>
 #include <exception>
+#include <functional>
+#include <numeric>
 #include <utility>
 
 #include "contract/TARNPlanBuilder.h"
-#include "support/CaseWeight.h"
 #include "support/Int32.h"
 #include "support/Significance.h"
 #include "vocabulary/SettingKeys.h"
@@ -127,34 +128,40 @@ void TARNKruskalWOneWay::CountCategories() {
     settings->GetSettingValByName(kNumberOfCategories, categoryCount);
 }
 
+int TARNKruskalWOneWay::BriefPasses() const {
+    constexpr int kRanks = 1;
+    constexpr int kRanksMediansAndFirstStep = 3;
+    return wanted.stepwise ? kRanksMediansAndFirstStep : kRanks;
+}
+
 void TARNKruskalWOneWay::BeginOverall() {
     try {
         BeginBoxes();
-        placeOf.assign(static_cast<std::size_t>(categoryCount), kNoGroup);
     } catch (const std::exception&) {
         AddStatusMessage(QKStatus(StatusCode::kAllocationFailed), MessageKind::kError);
-        return;
-    }
-    for (std::size_t place = 0; place < activeGroups.size(); ++place) {
-        placeOf[static_cast<std::size_t>(activeGroups[place])] = static_cast<std::int32_t>(place);
     }
 }
 
 /// The groups in ascending order of their mean ranks, those of equal ones in ascending order of their medians.
 void TARNKruskalWOneWay::BeginSteps() {
-    sortedGroups = activeGroups;
+    const std::vector<std::int32_t> places = PlacesOf(activeGroups);
     const auto key = [&](std::int32_t group) {
-        const std::int32_t place = placeOf[static_cast<std::size_t>(group)];
-        return std::pair(MeanRank(group), groupBoxes[static_cast<std::size_t>(place)].Median());
+        const std::int32_t place = places[static_cast<std::size_t>(group)];
+        return std::pair(MeanRank(group), MedianOf(static_cast<std::size_t>(place)));
     };
+    sortedGroups = activeGroups;
     std::stable_sort(sortedGroups.begin(), sortedGroups.end(),
                      [&](std::int32_t a, std::int32_t b) { return key(a) < key(b); });
-    positionOf.assign(static_cast<std::size_t>(categoryCount), sortedGroups.size());
-    for (std::size_t position = 0; position < sortedGroups.size(); ++position) {
-        positionOf[static_cast<std::size_t>(sortedGroups[position])] = position;
-    }
+    positionOf = PlacesOf(sortedGroups);
     steps.Begin(sortedGroups.size(), static_cast<std::size_t>(categoryCount));
-    stepRanks.resize(sortedGroups.size());
+    const std::int32_t largest = *std::max_element(groupSizes.begin(), groupSizes.end());
+    if (tieScan.AreShared() && !HasNegativeWeight() && RangeRanks::AreExact(SumOfWeights(), largest)) {
+        stepRanks = StepRanks::kAwaitWalk;
+        rangeRanks.Begin(sortedGroups.size(), work);
+    } else {
+        stepRanks = StepRanks::kOfEachStep;
+        subsetRanks.resize(sortedGroups.size());
+    }
 }
 
 void TARNKruskalWOneWay::GetUsedVariables(std::vector<int>& fieldIndices) {
@@ -162,63 +169,77 @@ void TARNKruskalWOneWay::GetUsedVariables(std::vector<int>& fieldIndices) {
     fieldIndices.push_back(variableIndex);
 }
 
-QKStatus TARNKruskalWOneWay::ProcessRecord(Record& record) {
-    const double value = record[static_cast<std::size_t>(variableIndex)];
-    const std::int32_t weight = CaseWeight(record, weightIndex);
-    const std::int32_t group = CategoryOf(record);
-    if (group < 0) return status;
+void TARNKruskalWOneWay::Take(const GroupedRecords& records) {
     if (phase == Phase::kOverall && overallPass == kSizesPass) {
-        groupSizes.Add(group, weight);
-        return wholeRank.AddValue(value, weight, group);
+        wholeRank.AddAscending(records.values, weightIndex < 0 ? nullptr : records.weights, records.groups,
+                               records.size);
+        if (wanted.stepwise) tieScan.Add(records.values, records.groups, records.size);
+    } else {
+        TakeStep(records);
     }
-    if (phase == Phase::kOverall) {
-        const std::int32_t place = placeOf[static_cast<std::size_t>(group)];
-        if (place != kNoGroup) AddToBox(record, place);
+}
+
+void TARNKruskalWOneWay::TakeStep(const GroupedRecords& records) {
+    if (stepRanks != StepRanks::kAwaitWalk && stepRanks != StepRanks::kOfEachStep) return;
+    positions.assign(records.groups, records.groups + records.size);
+    for (std::size_t i = 0; i < records.size; ++i) {
+        if (positions[i] != GroupSplit::kNoGroup) positions[i] = PositionOf(records.categories[i]);
     }
-    if (positionOf.empty()) return status;  // no step has begun
-    const std::size_t position = positionOf[static_cast<std::size_t>(group)];
+    if (stepRanks == StepRanks::kAwaitWalk) {
+        rangeRanks.Add(records.values, records.weights, positions.data(), records.size);
+        return;
+    }
+    std::vector<std::int32_t> inside(records.size);
     for (const SubsetRecord& subset : steps.Candidates()) {
-        if (position < subset.firstPosition || position > subset.lastPosition) continue;
-        const QKStatus added = stepRanks[subset.firstPosition].AddValue(value, weight, group);
-        if (added.IsError()) return added;
+        if (IsStopped()) return;
+        for (std::size_t i = 0; i < records.size; ++i) {
+            const auto position = static_cast<std::uint32_t>(positions[i]);
+            const bool isInside = position >= subset.firstPosition && position <= subset.lastPosition;
+            inside[i] = isInside ? positions[i] : GroupSplit::kNoGroup;
+        }
+        subsetRanks[subset.firstPosition].AddAscending(records.values, weightIndex < 0 ? nullptr : records.weights,
+                                                       inside.data(), records.size);
     }
-    return status;
 }
 
 void TARNKruskalWOneWay::EndOverallPass() {
     if (overallPass != kSizesPass) return;
     const auto withCases = std::count_if(activeGroups.begin(), activeGroups.end(),
-                                         [this](std::int32_t group) { return groupSizes.Of(group) > 0; });
+                                         [this](std::int32_t group) { return SizeOf(group) > 0; });
     if (withCases < 2) {
         AddStatusMessage(QKStatus(kTooFewGroupsWithCases), MessageKind::kError);
         return;
     }
-    overall = ComputeH(activeGroups, wholeRank);
+    wholeRank.CloseTieRun();
     for (std::int32_t group = 0; group < categoryCount; ++group) {
         rankSums.push_back(wholeRank.GroupRanks(group).sumOfRanks);
     }
     tieSum = wholeRank.TieCorrectionSum();
-    wholeRank = TARNRank();  // it holds every rank, and tests live as long as the document
+    wholeRank = TARNRank();  // tests live as long as the document
+    overall = ComputeH(
+        activeGroups, [this](std::int32_t group) { return rankSums[static_cast<std::size_t>(group)]; }, tieSum);
     Settle(overall.sig < sigLevel);
     if (wanted.pairwise) ComparePairs();
 }
 
 /// The statistic of some groups over their own ranks. Its remark goes out each time, whether there are ties or not.
-TARNKruskalWOneWay::Result TARNKruskalWOneWay::ComputeH(const std::vector<std::int32_t>& groups, TARNRank& rank) {
-    rank.CloseTieRun();
+template <typename SumOfRanks>
+TARNKruskalWOneWay::Result TARNKruskalWOneWay::ComputeH(const std::vector<std::int32_t>& groups, SumOfRanks sumOfRanks,
+                                                        double tieCorrectionSum) {
+    std::vector<std::int32_t> fromTheLast = groups;
+    std::sort(fromTheLast.begin(), fromTheLast.end(), std::greater<>());
     Result result;
     double sum = 0;
-    for (std::int32_t group = categoryCount; group-- > 0;) {
-        if (std::find(groups.begin(), groups.end(), group) == groups.end()) continue;
-        const double sumOfRanks = rank.GroupRanks(group).sumOfRanks;
-        result.totalN = Add32(result.totalN, groupSizes.Of(group));
-        sum += sumOfRanks * sumOfRanks / groupSizes.Of(group);
+    for (const std::int32_t group : fromTheLast) {
+        const double ranks = sumOfRanks(group);
+        result.totalN = Add32(result.totalN, SizeOf(group));
+        sum += ranks * ranks / SizeOf(group);
     }
     const double n = result.totalN;
     const double next = Add32(result.totalN, 1);
     const double expected = Add32(Multiply32(3, result.totalN), 3);
     const double h = 12 * sum / (next * n) - expected;
-    const double correction = 1 - rank.TieCorrectionSum() / (n * n * n - n);
+    const double correction = 1 - tieCorrectionSum / (n * n * n - n);
     result.statistic = correction != 0 ? h / correction : 0.0;
     AddStatusMessage(QKStatus(kStatisticComputed), MessageKind::kHelpMessage);
     result.degreesOfFreedom = static_cast<double>(groups.size()) - 1;
@@ -239,22 +260,45 @@ void TARNKruskalWOneWay::ComparePairs() {
 PairRecord TARNKruskalWOneWay::Compare(std::int32_t a, std::int32_t b) const {
     const double n = overall.totalN;
     const double standardError =
-        std::sqrt((1.0 / groupSizes.Of(b) + 1.0 / groupSizes.Of(a)) * ((n + 1) * n / 12 - tieSum / (12 * (n - 1))));
+        std::sqrt((1.0 / SizeOf(b) + 1.0 / SizeOf(a)) * ((n + 1) * n / 12 - tieSum / (12 * (n - 1))));
     return MakeNormalPair(a, b, MeanRank(a) - MeanRank(b), standardError, static_cast<std::size_t>(categoryCount));
 }
 
 StepwiseComparison::Outcome TARNKruskalWOneWay::ComputeStep(SubsetRecord& range) {
+    if (IsStopped()) return StepwiseComparison::Outcome::kFailed;
     const std::vector<std::int32_t> groups(sortedGroups.begin() + range.firstPosition,
                                            sortedGroups.begin() + range.lastPosition + 1);
-    const Result result = ComputeH(groups, stepRanks[range.firstPosition]);
+    Result result;
+    if (stepRanks == StepRanks::kOfEachStep) {
+        TARNRank& rank = subsetRanks[range.firstPosition];
+        rank.CloseTieRun();
+        const auto sumOfRanks = [&](std::int32_t group) { return rank.GroupRanks(PositionOf(group)).sumOfRanks; };
+        result = ComputeH(groups, sumOfRanks, rank.TieCorrectionSum());
+    } else {
+        const auto sumOfRanks = [&](std::int32_t group) {
+            return rangeRanks.SumOfRanks(static_cast<std::size_t>(PositionOf(group)), range.firstPosition,
+                                         range.lastPosition);
+        };
+        result = ComputeH(groups, sumOfRanks, rangeRanks.TieCorrectionSum(range.firstPosition, range.lastPosition));
+    }
     range.statistic = result.statistic;
     range.sig = result.sig;
     return StepwiseComparison::Outcome::kComputed;
 }
 
 void TARNKruskalWOneWay::EndStep() {
+    if (stepRanks == StepRanks::kAwaitWalk) {
+        rangeRanks.Close();
+        stepRanks = StepRanks::kOfOneWalk;
+    }
     SeveralGroups::EndStep();
-    for (TARNRank& rank : stepRanks) rank.Reset();
+    for (TARNRank& rank : subsetRanks) rank.Reset();
+}
+
+void TARNKruskalWOneWay::Release() {
+    rangeRanks = {};
+    subsetRanks = {};
+    positions = {};
 }
 
 // ---- Element ----
@@ -290,7 +334,7 @@ ComparedSamples TARNKruskalWOneWay::PairedSamples() const {
     samples.orderValues.clear();
     for (const std::int32_t group : activeGroups) {
         if (group != activeGroups.front()) samples.orderValues += ";";
-        if (groupSizes.Of(group) > 0) samples.orderValues += DoubleToString(MeanRank(group));
+        if (SizeOf(group) > 0) samples.orderValues += DoubleToString(MeanRank(group));
     }
     return samples;
 }

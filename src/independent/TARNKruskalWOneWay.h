@@ -6,7 +6,9 @@
 #include <vector>
 
 #include "contract/TARNPlan.h"
+#include "independent/RangeRanks.h"
 #include "independent/SeveralGroups.h"
+#include "independent/TieScan.h"
 #include "platform/common/QKMV.h"
 #include "support/PairwiseComparison.h"
 #include "support/TARNRank.h"
@@ -19,7 +21,6 @@ class TARNKruskalWOneWay : public SeveralGroups {
     /// "numberOfCategories" and "typeOfMultipleComparison".
     explicit TARNKruskalWOneWay(std::unique_ptr<QKSettings> testSettings);
 
-    QKStatus ProcessRecord(Record& record) override;
     void GetUsedVariables(std::vector<int>& fieldIndices) override;
     QKXML::XMLElement* MakeResultElement() override;
 
@@ -33,18 +34,23 @@ class TARNKruskalWOneWay : public SeveralGroups {
     };
 
     void CountCategories() override;
+    int BriefPasses() const override;
+    bool NeedsMedians() const override { return wanted.stepwise; }
     void BeginOverall() override;
+    void Take(const GroupedRecords& records) override;
     void EndOverallPass() override;
     void BeginSteps() override;
     StepwiseComparison::Outcome ComputeStep(SubsetRecord& range) override;
     void EndStep() override;
+    void Release() override;
 
+    void TakeStep(const GroupedRecords& records);
     void ComparePairs();
-    Result ComputeH(const std::vector<std::int32_t>& groups, TARNRank& rank);
+    template <typename SumOfRanks>
+    Result ComputeH(const std::vector<std::int32_t>& groups, SumOfRanks sumOfRanks, double tieCorrectionSum);
     PairRecord Compare(std::int32_t a, std::int32_t b) const;
-    double MeanRank(std::int32_t group) const {
-        return rankSums[static_cast<std::size_t>(group)] / groupSizes.Of(group);
-    }
+    double MeanRank(std::int32_t group) const { return rankSums[static_cast<std::size_t>(group)] / SizeOf(group); }
+    std::int32_t PositionOf(std::int32_t group) const { return positionOf[static_cast<std::size_t>(group)]; }
     ComparedSamples Samples(const std::vector<std::int32_t>& groups) const;
     ComparedSamples PairedSamples() const;
 
@@ -52,11 +58,18 @@ class TARNKruskalWOneWay : public SeveralGroups {
     std::vector<double> rankSums;  // per category, over all records
     double tieSum = 0;
     Result overall;
-    std::vector<std::int32_t> placeOf;  // per category its place among the groups, or -1
     std::vector<PairRecord> pairs;
+
     std::vector<std::int32_t> sortedGroups;
-    std::vector<std::size_t> positionOf;  // per category its place among the sorted groups
-    std::vector<TARNRank> stepRanks;      // of the subsets under test, by their first positions
+    std::vector<std::int32_t> positionOf;  // per category its place among the sorted groups
+    /// The ranks of all subsets come from one walk, made with the first step, where that is the same to the last bit;
+    /// else each subset is ranked in each step.
+    enum class StepRanks { kNone, kAwaitWalk, kOfOneWalk, kOfEachStep };
+    StepRanks stepRanks = StepRanks::kNone;
+    TieScan tieScan;
+    RangeRanks rangeRanks;
+    std::vector<TARNRank> subsetRanks;    // of the subsets under test, by their first positions
+    std::vector<std::int32_t> positions;  // of the records of a batch
 };
 
 /// The plan builder of "IKruskalWallis". Keys: "variableName", "groupVariableName", "typeOfMultipleComparison";

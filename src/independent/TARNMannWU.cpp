@@ -19,7 +19,7 @@
 
 #include "contract/TARNPlanBuilder.h"
 #include "independent/MannWhitneyExact.h"
-#include "support/CaseWeight.h"
+#include "platform/common/Truncation.h"
 #include "support/Int32.h"
 #include "support/ResultElements.h"
 #include "support/Significance.h"
@@ -42,9 +42,6 @@ constexpr TwoGroupsCodes kGroupsCodes{.noUnivariateResults = 220706_error,
                                       .inBothLists = 220710_error,
                                       .groupEmpty = 220711_error};
 constexpr long kListEmpty = 220701_error;
-
-/// The keys of the groups' ranks.
-constexpr double kRankKeys[] = {1.0, 2.0};
 
 /// Both limits are inclusive. The second one is part of the rule, though no pair of sizes within the first exceeds it.
 bool HasExactSignificance(double n1, double n2) {
@@ -83,7 +80,7 @@ QKStatus TARNMannWU::BeginPass() {
 
 /// A test that its plan builder failed reads its settings too, so that its condition can show the fields.
 void TARNMannWU::BeginRanking() {
-    passesRemaining = 2;
+    passesRemaining = isBrief ? 1 : 2;
     settings->GetSettingValByName(SettingKey::kVariableIndex, variableIndex);
     settings->GetSettingValByName(SettingKey::kGroupVariableIndex, groupVariableIndex);
     settings->GetSettingValByName(SettingKey::kWeightVariableIndex, weightIndex);
@@ -95,7 +92,7 @@ void TARNMannWU::BeginRanking() {
         AddStatusMessage(valid, MessageKind::kError);
         return;
     }
-    groups.BuildCategoryCode(univariateResults->GetCategoryCount(groupVariableIndex));
+    groups.Prepare(split);
     rank.Reset();
     groupCounts = {};
 }
@@ -107,23 +104,22 @@ void TARNMannWU::GetUsedVariables(std::vector<int>& fieldIndices) {
 
 QKStatus TARNMannWU::ProcessColumns(ColumnBatch& batch) {
     const double* const values = batch.Values(variableIndex);
-    const std::int32_t* const categories = batch.WholeNumbers(groupVariableIndex);
-    const std::int32_t* const weights = batch.Weights(weightIndex);
-    for (std::size_t i = 0; i < batch.Size(); ++i) {
-        const std::size_t group = groups.CodeOf(categories[i]);
-        if (group == TwoGroups::kNeither) continue;
-        if (passCounter == 1) {
-            groupVariables[group].Add(values[i], weights[i]);
-            continue;
-        }
-        groupCounts[group] += weights[i];
-        groupVariables[group].ExtendRange(values[i]);
-        static_cast<void>(rank.AddValue(values[i], weights[i], kRankKeys[group]));  // it never fails
+    const std::int32_t* const weights = weightIndex < 0 ? nullptr : batch.Weights(weightIndex);
+    split.Take(batch, groupVariableIndex);
+    if (passCounter == 1) {
+        FillHistograms(split, values, weights, groupVariables);
+        return status;
     }
+    rank.AddAscending(values, weights, split.Groups(), split.Size());
+    for (const std::size_t group : {TwoGroups::kFirst, TwoGroups::kSecond}) {
+        groupCounts[group] += static_cast<double>(split.WeightOf(static_cast<std::int32_t>(group), weights));
+    }
+    if (!isBrief) ExtendRanges(split, values, groupVariables);
     return status;
 }
 
 QKStatus TARNMannWU::EndPass() {
+    split.Release();
     if (status.IsError()) return status;
     if (passCounter == 0) {
         EndRanking();
@@ -146,10 +142,10 @@ void TARNMannWU::EndRanking() {
         AddStatusMessage(QKStatus(kGroupsCodes.groupEmpty), MessageKind::kError);
         return;
     }
-    passesRemaining = 1;
+    passesRemaining = isBrief ? 0 : 1;
     rank.CloseTieRun();
-    const double rankSumOfFirst = rank.GroupRanks(kRankKeys[TwoGroups::kFirst]).sumOfRanks;
-    const double rankSumOfSecond = rank.GroupRanks(kRankKeys[TwoGroups::kSecond]).sumOfRanks;
+    const double rankSumOfFirst = rank.GroupRanks(TwoGroups::kFirst).sumOfRanks;
+    const double rankSumOfSecond = rank.GroupRanks(TwoGroups::kSecond).sumOfRanks;
     meanRank = {rankSumOfFirst / n1, rankSumOfSecond / n2};
     w = rankSumOfSecond;
     u = n1 * (n1 + 1) / 2 + n1 * n2 - rankSumOfFirst;
@@ -162,7 +158,7 @@ void TARNMannWU::EndRanking() {
     standardError = std::sqrt(spread * (n1 * n2 / (n * (n - 1))));
     if (spread != 0) z = (u - n1 * n2 / 2) / standardError;
     asymptoticSig = TwoTailedNormal(z);
-    passCounter = 1;
+    passCounter = isBrief ? 2 : 1;
     rank = TARNRank();  // it holds every rank, and tests live as long as the document
 }
 
@@ -179,7 +175,7 @@ QKXML::XMLElement* TARNMannWU::MakeResultElement() {
         table.Row(RowName::kGroupIndex, JoinValues(groups.List(group)));
         table.Row(RowName::kN, groupCounts[group]);
         table.Row(RowName::kMeanOfRank, meanRank[group]);
-        groupVariables[group].AddIntervals(table);
+        if (!isBrief) groupVariables[group].AddIntervals(table);
     }
     StructuredTable statistics = element.AddTable(TableName::kStatisticsResult);
     statistics.Row(RowName::kTotalN, totalN);

@@ -33,12 +33,13 @@ class TARNMannWU : public ColumnTest {
     int variableIndex = -1;
     int groupVariableIndex = -1;
     TwoGroups groups;
+    GroupSplit split;
     double sigLevel = kDefaultSigLevel;
     UnivariateResults* univariateResults = nullptr;
     int passCounter = 0;
     TARNRank rank;
     std::array<double, 2> meanRank{};
-    std::array<GroupHistogram, 2> groupVariables;
+    GroupHistograms groupVariables;
     std::int32_t totalN = 0;
     /// Weighted sizes of the groups.
     std::array<double, 2> groupCounts{};

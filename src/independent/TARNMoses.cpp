@@ -16,7 +16,7 @@
 
 #include "contract/TARNPlanBuilder.h"
 #include "independent/MosesSignificance.h"
-#include "support/CaseWeight.h"
+#include "platform/common/Truncation.h"
 #include "support/Int32.h"
 #include "support/ResultElements.h"
 #include "vocabulary/SettingKeys.h"
@@ -114,21 +114,20 @@ QKStatus TARNMoses::BeginPass() {
         return status;
     }
     if (status.IsError()) return status;
-    passesRemaining = kPasses - passCounter;
+    passesRemaining = Passes() - passCounter;
     if (passCounter == 1) {
-        for (const std::int32_t count : groupCounts) {
-            groupBoxes.emplace_back(count, variableIndex, weightIndex, caseIdIndex);
-        }
+        for (const std::int32_t count : groupCounts) groupBoxes.emplace_back(count);
     }
     return status;
 }
 
 void TARNMoses::BeginRanking() {
-    passesRemaining = kPasses;
+    passesRemaining = Passes();
     ReadSettings();
     if (!status.IsError()) ValidateGroups();
     if (status.IsError()) return;
-    groups.BuildCategoryCode(univariateResults->GetCategoryCount(groupVariableIndex));
+    groups.Prepare(split);
+    groups.Prepare(caseIds);
     totalN = 0;
     groupCounts = {};
     rank.Reset();
@@ -161,24 +160,41 @@ void TARNMoses::GetUsedVariables(std::vector<int>& fieldIndices) {
     fieldIndices.push_back(groupVariableIndex);
 }
 
-QKStatus TARNMoses::ProcessRecord(Record& record) {
-    const std::size_t group = groups.CodeOf(record[static_cast<std::size_t>(groupVariableIndex)]);
-    if (group == TwoGroups::kNeither) return status;
-    if (passCounter == 1) {
-        groupBoxes[group].AddToQuantiles(record);
-    } else if (passCounter == 2) {
-        groupBoxes[group].AddToOutliers(record);
-    } else {
-        const std::int32_t weight = CaseWeight(record, weightIndex);
-        groupCounts[group] = Add32(groupCounts[group], weight);
-        return rank.AddValue(record[static_cast<std::size_t>(variableIndex)], weight, static_cast<std::int32_t>(group));
+QKStatus TARNMoses::ProcessColumns(ColumnBatch& batch) {
+    const double* const values = batch.Values(variableIndex);
+    const std::int32_t* const weights = weightIndex < 0 ? nullptr : batch.Weights(weightIndex);
+    split.Take(batch, groupVariableIndex);
+    if (passCounter == 0) {
+        rank.AddAscending(values, weights, split.Groups(), split.Size());
+        for (const std::size_t group : {TwoGroups::kFirst, TwoGroups::kSecond}) {
+            const std::int64_t weight = split.WeightOf(static_cast<std::int32_t>(group), weights);
+            groupCounts[group] = Add32(groupCounts[group], Wrap32(weight));
+        }
+        return status;
+    }
+    split.Part(values, weights);
+    const bool hasCaseIds = passCounter == 2 && caseIdIndex >= 0;
+    if (hasCaseIds) {
+        caseIds.Take(batch, groupVariableIndex);
+        caseIds.Part(batch.Values(caseIdIndex), nullptr);
+    }
+    for (const std::size_t group : {TwoGroups::kFirst, TwoGroups::kSecond}) {
+        const std::span<const double> parted = split.Values(group);
+        if (passCounter == 1) {
+            groupBoxes[group].AddAscendingToQuantiles(parted.data(), split.Weights(group), parted.size());
+        } else {
+            const double* const ids = hasCaseIds ? caseIds.Values(group).data() : nullptr;
+            groupBoxes[group].AddAscendingToOutliers(parted.data(), ids, parted.size());
+        }
     }
     return status;
 }
 
 QKStatus TARNMoses::EndPass() {
+    split.Release();
+    caseIds.Release();
     if (status.IsError()) return status;
-    passesRemaining = kPasses - 1 - passCounter;
+    passesRemaining = Passes() - 1 - passCounter;
     if (passCounter == 0) {
         EndRanking();
         if (status.IsError()) return status;
@@ -242,12 +258,12 @@ QKXML::XMLElement* TARNMoses::MakeResultElement() {
 
     StructuredTable boxPlots = element.AddTable(TableName::kBoxPlotInfo);
     boxPlots.Row(RowName::kGroupFieldIndex, groupVariableIndex);
-    boxPlots.Row(RowName::kGroupCount, static_cast<std::int32_t>(groupBoxes.size()));
-    for (std::size_t group = 0; group < groupBoxes.size(); ++group) {
+    boxPlots.Row(RowName::kGroupCount, static_cast<std::int32_t>(groupCounts.size()));
+    for (std::size_t group = 0; group < groupCounts.size(); ++group) {
         StructuredTable table = element.AddTable(GroupTableName(group));
         table.Row(RowName::kGroupIndex, JoinValues(groups.List(group)));
         table.Row(RowName::kN, groupCounts[group]);
-        groupBoxes[group].AddTables(table);
+        if (!isBrief) groupBoxes[group].AddTables(table);
     }
     return element.Release();
 }

@@ -5,30 +5,31 @@
 #include <memory>
 #include <vector>
 
+#include "contract/ColumnPass.h"
 #include "contract/TARNPlan.h"
-#include "contract/TARNTest.h"
 #include "independent/GroupBoxPlot.h"
 #include "independent/TwoGroups.h"
 #include "support/TARNRank.h"
 
 /// The Moses test of extreme reactions of two independent groups, setting "IMoses". The first group is the control
 /// group.
-class TARNMoses : public TARNTest {
+class TARNMoses : public ColumnTest {
  public:
     /// Reads from its settings "variableIndex", "groupVariableIndex", "weightVariableIndex", "caseIDVariableIndex",
     /// "sigLevel", "userSpecifyNumberOfOutliers", "NumberOfOutliers" and the groups.
-    explicit TARNMoses(std::unique_ptr<QKSettings> testSettings) : TARNTest(std::move(testSettings)) {}
+    explicit TARNMoses(std::unique_ptr<QKSettings> testSettings) : ColumnTest(std::move(testSettings)) {}
 
     void SetUnivariateResults(UnivariateResults* results) override { univariateResults = results; }
     QKStatus BeginPass() override;
-    QKStatus ProcessRecord(Record& record) override;
-    bool NeedsAnotherPass() override { return !status.IsError() && passCounter < kPasses; }
+    QKStatus ProcessColumns(ColumnBatch& batch) override;
+    bool NeedsAnotherPass() override { return !status.IsError() && passCounter < Passes(); }
     QKStatus EndPass() override;
     void GetUsedVariables(std::vector<int>& fieldIndices) override;
     QKXML::XMLElement* MakeResultElement() override;
 
  private:
-    static constexpr int kPasses = 3;
+    /// For the ranks; and for the boxes and the outliers.
+    int Passes() const { return isBrief ? 1 : 3; }
 
     void BeginRanking();
     void ReadSettings();
@@ -42,6 +43,8 @@ class TARNMoses : public TARNTest {
     int groupVariableIndex = -1;
     UnivariateResults* univariateResults = nullptr;
     TwoGroups groups;
+    GroupSplit split;
+    GroupSplit caseIds;
     double sigLevel = kDefaultSigLevel;
     bool userSpecifyNumberOfOutliers = false;
     int passCounter = 0;

@@ -18,7 +18,6 @@
 #include "contract/TARNPlanBuilder.h"
 #include "independent/RunsSignificance.h"
 #include "platform/common/QKDistFun.h"
-#include "support/CaseWeight.h"
 #include "support/Int32.h"
 #include "vocabulary/SettingKeys.h"
 #include "vocabulary/StatusCodes.h"
@@ -74,7 +73,7 @@ QKStatus TARNWaldWolfRuns::BeginPass() {
 
 /// A test that its plan builder failed reads its fields too, so that its condition can show them.
 void TARNWaldWolfRuns::BeginCounting() {
-    passesRemaining = 2;
+    passesRemaining = isBrief ? 1 : 2;
     settings->GetSettingValByName(SettingKey::kSigLevel, sigLevel);
     twoCategoryLists = AsksForLists(*settings);
     settings->GetSettingValByName(SettingKey::kVariableIndex, variableIndex);
@@ -83,6 +82,7 @@ void TARNWaldWolfRuns::BeginCounting() {
     if (status.IsError()) return;
     const QKStatus read = ReadGroups();
     if (read.IsError()) AddStatusMessage(read, MessageKind::kError);
+    groups.Prepare(split);
     runs = RunCounter();
 }
 
@@ -99,21 +99,21 @@ QKStatus TARNWaldWolfRuns::ReadGroups() {
     return QKStatus();
 }
 
-QKStatus TARNWaldWolfRuns::ProcessRecord(Record& record) {
-    const std::size_t group = groups.GroupOf(record[static_cast<std::size_t>(groupVariableIndex)]);
-    if (group == TwoGroups::kNeither) return status;
-    const double value = record[static_cast<std::size_t>(variableIndex)];
-    const std::int32_t weight = CaseWeight(record, weightIndex);
+QKStatus TARNWaldWolfRuns::ProcessColumns(ColumnBatch& batch) {
+    const double* const values = batch.Values(variableIndex);
+    const std::int32_t* const weights = batch.Weights(weightIndex);
+    split.Take(batch, groupVariableIndex);
     if (passCounter == 1) {
-        groupVariables[group].Add(value, weight);
-    } else {
-        groupVariables[group].ExtendRange(value);
-        runs.Add(value, group, weight);
+        FillHistograms(split, values, weightIndex < 0 ? nullptr : weights, groupVariables);
+        return status;
     }
+    runs.Add(values, split.Groups(), weights, split.Size());
+    if (!isBrief) ExtendRanges(split, values, groupVariables);
     return status;
 }
 
 QKStatus TARNWaldWolfRuns::EndPass() {
+    split.Release();
     if (passCounter == 0) {
         EndCounting();
     } else {
@@ -182,7 +182,7 @@ QKXML::XMLElement* TARNWaldWolfRuns::MakeResultElement() {
         StructuredTable table = element.AddTable(GroupTableName(group));
         table.Row(RowName::kGroupIndex, SizeToString(group));
         table.Row(RowName::kN, runs.Counts()[group]);
-        groupVariables[group].AddIntervals(table);
+        if (!isBrief) groupVariables[group].AddIntervals(table);
     }
     StructuredTable statistics = element.AddTable(TableName::kStatisticsResult);
     statistics.Row(RowName::kTotalN, TotalN());

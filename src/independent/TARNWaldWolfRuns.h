@@ -5,26 +5,26 @@
 #include <memory>
 #include <vector>
 
+#include "contract/ColumnPass.h"
 #include "contract/TARNPlan.h"
-#include "contract/TARNTest.h"
 #include "independent/GroupHistogram.h"
 #include "independent/RunCounter.h"
 #include "independent/TwoGroups.h"
 #include "support/ResultElements.h"
 
 /// The Wald-Wolfowitz runs test of two independent groups, setting "IWaldWolfowitzRuns".
-class TARNWaldWolfRuns : public TARNTest {
+class TARNWaldWolfRuns : public ColumnTest {
  public:
     /// Reads from its settings "variableIndex", "groupVariableIndex", "weightVariableIndex" and "sigLevel", and, where
     /// they are there, "classFormation" with "group1List" and "group2List", which its plan builder does not write.
-    explicit TARNWaldWolfRuns(std::unique_ptr<QKSettings> testSettings) : TARNTest(std::move(testSettings)) {}
+    explicit TARNWaldWolfRuns(std::unique_ptr<QKSettings> testSettings) : ColumnTest(std::move(testSettings)) {}
 
     void SetUnivariateResults(UnivariateResults* results) override {
         if (results != nullptr) univariateResults = results;
     }
     QKStatus BeginPass() override;
-    QKStatus ProcessRecord(Record& record) override;
-    bool NeedsAnotherPass() override { return passCounter == 1; }
+    QKStatus ProcessColumns(ColumnBatch& batch) override;
+    bool NeedsAnotherPass() override { return passCounter == 1 && !isBrief; }
     QKStatus EndPass() override;
     void GetUsedVariables(std::vector<int>& fieldIndices) override {
         fieldIndices = {variableIndex, groupVariableIndex};
@@ -53,6 +53,7 @@ class TARNWaldWolfRuns : public TARNTest {
     double sigLevel = kDefaultSigLevel;
     bool twoCategoryLists = false;
     TwoGroups groups;
+    GroupSplit split;
     int variableIndex = -1;
     int groupVariableIndex = -1;
     int weightIndex = -1;
@@ -60,7 +61,7 @@ class TARNWaldWolfRuns : public TARNTest {
     RunsResult minimum;
     RunsResult maximum;
     std::uint32_t passCounter = 0;
-    std::array<GroupHistogram, 2> groupVariables;
+    GroupHistograms groupVariables;
 };
 
 /// The plan builder of "IWaldWolfowitzRuns". Keys: "variableName" and "groupVariableName", one field each, the second

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "contract/TARNVariableInfo.h"
+#include "platform/common/Truncation.h"
 #include "support/QKUnivariateVariable.h"
 #include "support/QKVecValue.h"
 #include "support/TextMakers.h"
@@ -116,6 +117,7 @@ void RequestGroupedFields(const TARNPlanBuilder& builder, TARNPlan& plan, const 
     if (!builder.IsOK()) return;
     plan.Request(fields.group, Statistic::kFrequencies);
     plan.RequestSorted(fields.test);
+    if (plan.IsBrief()) return;  // the range of the field is for its readers alone
     plan.Request(fields.test, Statistic::kMin);
     plan.Request(fields.test, Statistic::kMax);
 }
@@ -191,24 +193,16 @@ QKStatus TwoGroups::TakeCategoriesOfData(const UnivariateResults* results, int g
     return QKStatus();
 }
 
-void TwoGroups::BuildCategoryCode(int categoryCount) {
-    if (groupLists[kFirst].empty() || groupLists[kSecond].empty() || categoryCount <= 0) return;
-    categoryCode.assign(static_cast<std::size_t>(categoryCount), kNeither);
-    // The first group last, since it wins where a category were in both.
+void TwoGroups::Prepare(GroupSplit& split) const {
+    std::vector<std::int32_t> groupOf;
     for (const std::size_t group : {kSecond, kFirst}) {
         for (const double category : groupLists[group]) {
             const std::int32_t index = TruncateToInt32(category);
-            if (index == category && index >= 0 && index < categoryCount) {
-                categoryCode[static_cast<std::size_t>(index)] = static_cast<std::uint8_t>(group);
-            }
+            if (index != category || index < 0) continue;
+            const auto place = static_cast<std::size_t>(index);
+            if (place >= groupOf.size()) groupOf.resize(place + 1, GroupSplit::kNoGroup);
+            groupOf[place] = static_cast<std::int32_t>(group);
         }
     }
-}
-
-std::size_t TwoGroups::GroupOf(double category) const {
-    for (const std::size_t group : {kFirst, kSecond}) {
-        const std::vector<double>& list = groupLists[group];
-        if (std::find(list.begin(), list.end(), category) != list.end()) return group;
-    }
-    return kNeither;
+    split.SetGroups(std::move(groupOf), groupLists.size());
 }

@@ -9,9 +9,9 @@
 
 #include "contract/TARNPlan.h"
 #include "contract/TARNPlanBuilder.h"
+#include "independent/GroupSplit.h"
 #include "platform/common/QKSettings.h"
 #include "platform/common/QKStatus.h"
-#include "platform/common/Truncation.h"
 #include "support/UnivariateResults.h"
 
 /// What the tests of two independent groups share: a continuous test field, a categorical field that names the groups,
@@ -68,13 +68,11 @@ struct TwoGroupsCodes {
 /// The name of the table of a group: "Group0", "Group1".
 std::string GroupTableName(std::size_t group);
 
-/// The categories of two groups, and the group of a record.
+/// The categories of two groups.
 class TwoGroups {
  public:
-    /// The answers to which group a record belongs to.
     static constexpr std::size_t kFirst = 0;
     static constexpr std::size_t kSecond = 1;
-    static constexpr std::size_t kNeither = 2;
 
     TwoGroups() = default;
     TwoGroups(std::vector<double> first, std::vector<double> second)
@@ -95,20 +93,10 @@ class TwoGroups {
     QKStatus TakeCategoriesOfData(const UnivariateResults* results, int groupField, long noFrequencies,
                                   long notTwoCategories);
 
-    /// Prepares `CodeOf` for a field of that many categories.
-    void BuildCategoryCode(int categoryCount);
-    /// The group of a record by the truncated value of its group field.
-    std::size_t CodeOf(double category) const {
-        const std::int32_t index = TruncateToInt32(category);
-        const auto position = static_cast<std::size_t>(index);
-        return index >= 0 && position < categoryCode.size() ? categoryCode[position] : kNeither;
-    }
-    /// The same by comparing the value as it is with the lists, the first one first; needs no preparation.
-    std::size_t GroupOf(double category) const;
+    /// Makes `split` part records by these groups. A category that were in both is in the first one.
+    void Prepare(GroupSplit& split) const;
 
  private:
     std::array<std::vector<double>, 2> groupLists;
     bool userSpecifyGroupList = false;
-    /// Per category index its group, small to stay in the cache beside the records.
-    std::vector<std::uint8_t> categoryCode;
 };

@@ -88,7 +88,7 @@ void ExpectAsPlain(ColumnData& data, const std::vector<double>& values, const st
     PlainBox plain(hinges);
     for (std::size_t i = 0; i < count; ++i) plain.Add(values[i], ids[i]);
 
-    GroupBoxPlot box(total, 0, -1, -1);
+    GroupBoxPlot box(total);
     std::size_t begin = 0;
     for (const std::size_t end : data.Cuts(count)) {
         box.AddAscendingToQuantiles(values.data() + begin, weights.data() + begin, end - begin);

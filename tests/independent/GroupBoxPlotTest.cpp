@@ -19,16 +19,19 @@ constexpr int kNone = -1;
 
 /// "Box" and the two rows of "Outliers".
 std::vector<std::string> TablesOf(const Records& records, std::int32_t count, int weightIndex, int caseIdIndex) {
-    GroupBoxPlot box(count, 0, weightIndex, caseIdIndex);
-    std::vector<Record> rows;
-    for (const std::vector<double>& values : records) {
-        Record record(values.size());
-        for (std::size_t i = 0; i < values.size(); ++i) record[i] = values[i];
-        rows.push_back(record);
+    std::vector<double> values;
+    std::vector<std::int32_t> weights;
+    std::vector<double> caseIds;
+    for (const std::vector<double>& record : records) {
+        values.push_back(record[0]);
+        if (weightIndex >= 0)
+            weights.push_back(static_cast<std::int32_t>(record[static_cast<std::size_t>(weightIndex)]));
+        if (caseIdIndex >= 0) caseIds.push_back(record[static_cast<std::size_t>(caseIdIndex)]);
     }
-    for (const Record& record : rows) box.AddToQuantiles(record);
+    GroupBoxPlot box(count);
+    box.AddAscendingToQuantiles(values.data(), weightIndex < 0 ? nullptr : weights.data(), values.size());
     box.Finish();
-    for (const Record& record : rows) box.AddToOutliers(record);
+    box.AddAscendingToOutliers(values.data(), caseIdIndex < 0 ? nullptr : caseIds.data(), values.size());
 
     const std::unique_ptr<QKXML::XMLElement> parent = QKXML::XMLElement::Create("Group0");
     StructuredTable table(*parent);

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <tuple>
 
 #include "tests/harness/WithinUlp.h"
@@ -17,20 +18,40 @@ namespace {
 
 using several::Samples;
 
+using Records = std::vector<std::tuple<double, std::int32_t, std::int32_t>>;
+
+/// Groups of these sizes, from records (value, weight, group).
+JonckheereSubset Computed(const std::vector<double>& sizes, const Records& records) {
+    std::vector<double> values;
+    std::vector<std::int32_t> weights;
+    std::vector<std::int32_t> places;
+    for (const auto& [value, weight, place] : records) {
+        values.push_back(value);
+        weights.push_back(weight);
+        places.push_back(place);
+    }
+    JonckheereWalk walk;
+    walk.Begin(sizes.size(), PairRankSums::Ties::kShared);
+    walk.Add(values.data(), weights.data(), places.data(), values.size());
+    walk.Close();
+    std::vector<std::size_t> groups(sizes.size());
+    std::iota(groups.begin(), groups.end(), std::size_t{0});
+    JonckheereSubset subset;
+    subset.SetGroups(sizes);
+    subset.Compute(walk.Of(groups));
+    return subset;
+}
+
 /// The groups at their places, in ascending order of the values.
 JonckheereSubset Computed(const Samples& samples) {
-    std::vector<std::pair<double, std::size_t>> records;
+    Records records;
     std::vector<double> sizes;
     for (std::size_t place = 0; place < samples.size(); ++place) {
         sizes.push_back(static_cast<double>(samples[place].size()));
-        for (const double value : samples[place]) records.emplace_back(value, place);
+        for (const double value : samples[place]) records.emplace_back(value, 1, static_cast<std::int32_t>(place));
     }
-    std::stable_sort(records.begin(), records.end(), [](auto a, auto b) { return a.first < b.first; });
-    JonckheereSubset subset;
-    subset.SetGroups(sizes);
-    for (const auto& [value, place] : records) subset.Add(value, 1, place);
-    subset.Compute();
-    return subset;
+    std::stable_sort(records.begin(), records.end(), [](auto a, auto b) { return std::get<0>(a) < std::get<0>(b); });
+    return Computed(sizes, records);
 }
 
 /// The variance among groups of these sizes where the tied values are so many each.
@@ -156,45 +177,16 @@ TEST(JonckheereSubset, OneGroupHasNoPair) {
 }
 
 TEST(JonckheereSubset, WeightsCountAsRepeatedRecords) {
-    JonckheereSubset subset;
-    subset.SetGroups({3, 3, 2});
-    for (const auto& [value, weight, place] : {std::tuple(1.0, 1, 0U),
-                                               {2.0, 2, 0U},
-                                               {2.0, 1, 1U},
-                                               {2.5, 0, 2U},
-                                               {3.0, 1, 1U},
-                                               {3.0, 1, 2U},
-                                               {4.0, 1, 1U},
-                                               {4.0, 1, 2U}}) {
-        subset.Add(value, weight, place);
-    }
-    subset.Compute();
+    const JonckheereSubset subset =
+        Computed({3, 3, 2}, {{1, 1, 0}, {2, 2, 0}, {2, 1, 1}, {2.5, 0, 2}, {3, 1, 1}, {3, 1, 2}, {4, 1, 1}, {4, 1, 2}});
     EXPECT_EQ(subset.j, 18);
     EXPECT_EQ(subset.standardError, std::sqrt(1473.0 / 112));
 }
 
 TEST(JonckheereSubset, AMillionTiedCasesHaveNoSpread) {
-    JonckheereSubset subset;
-    subset.SetGroups({123'457, 999'983, 7});
-    subset.Add(5, 999'983, 1);
-    subset.Add(5, 7, 2);
-    subset.Add(5, 123'457, 0);
-    subset.Compute();
+    const JonckheereSubset subset = Computed({123'457, 999'983, 7}, {{5, 999'983, 1}, {5, 7, 2}, {5, 123'457, 0}});
     EXPECT_EQ(subset.standardError, 0);
     EXPECT_EQ(subset.z, 0);
-}
-
-TEST(JonckheereSubset, NewGroupsBeginAnew) {
-    JonckheereSubset subset = Computed({{1, 2, 2}, {2, 3, 4}, {3, 4}});
-    subset.SetGroups({2, 2});
-    subset.Add(1, 1, 0);
-    subset.Add(2, 1, 1);
-    subset.Add(3, 1, 0);
-    subset.Add(4, 1, 1);
-    subset.Compute();
-    EXPECT_EQ(subset.TotalN(), 4);
-    EXPECT_EQ(subset.j, 3);
-    EXPECT_EQ(subset.standardError, std::sqrt(5.0 / 3));
 }
 
 TEST(JonckheereSubset, KnowsAnEmptyGroup) {

@@ -38,10 +38,6 @@ class Scripted : public SeveralGroups {
     Scripted(const SeveralGroupsRules& rules, const Script& given, int categories)
         : SeveralGroups(Settings(given), rules, ComparisonRulesOf::kJonckTer), script(given), count(categories) {}
 
-    QKStatus ProcessRecord(Record& record) override {
-        if (phase == Phase::kOverall && overallPass == kSizesPass) groupSizes.Add(CategoryOf(record), 1);
-        return status;
-    }
     QKXML::XMLElement* MakeResultElement() override { return nullptr; }
 
     /// Runs to the end, over a record in each category.
@@ -73,20 +69,20 @@ class Scripted : public SeveralGroups {
 
     void ReadOwnSettings() override { preparesComparisons = script.prepares; }
     void CountCategories() override { categoryCount = count; }
+    int BriefPasses() const override { return script.settlesIn + 1; }
     void BeginOverall() override {
         calls.emplace_back("overall");
         BeginBoxes();
     }
+    void Take(const GroupedRecords&) override {}
     void EndOverallPass() override {
         if (overallPass == script.settlesIn) Settle(script.isSignificant);
     }
-    void BeginPairs() override { calls.emplace_back("pairs"); }
     void EndPairs() override { calls.emplace_back("end pairs"); }
     void BeginSteps() override {
         calls.emplace_back("steps");
         steps.Begin(activeGroups.size(), activeGroups.size());
     }
-    void BeginNextStep() override { calls.emplace_back("next step"); }
     void EndPreparation() override { calls.emplace_back("prepared"); }
     StepwiseComparison::Outcome ComputeStep(SubsetRecord& range) override {
         range.sig = 0;
@@ -114,21 +110,20 @@ TEST(SeveralGroups, ThreePassesWhereNothingIsCompared) {
 // Four groups that all differ: candidates of three and of two, then of two.
 TEST(SeveralGroups, PairsComeBeforeSteps) {
     EXPECT_EQ(CallsOf(kPlain, {.pairwise = true, .stepwise = true}),
-              Calls({"|", "overall", "|", "|", "pairs", "end pairs", "|", "steps", "end step", "|", "next step",
-                     "end step", "|"}));
+              Calls({"|", "overall", "|", "|", "end pairs", "|", "steps", "end step", "|", "end step", "|"}));
 }
 
 TEST(SeveralGroups, APreparedComparisonTakesTwoPassesAndBeginsOnce) {
     EXPECT_EQ(CallsOf(kPlain, {.pairwise = true, .prepares = true}),
-              Calls({"|", "overall", "|", "|", "pairs", "prepared", "|", "end pairs", "|"}));
-    EXPECT_EQ(CallsOf(kPlain, {.stepwise = true, .prepares = true}),
-              Calls({"|", "overall", "|", "|", "steps", "prepared", "|", "end step", "|", "next step", "prepared", "|",
-                     "end step", "|"}));
+              Calls({"|", "overall", "|", "|", "prepared", "|", "end pairs", "|"}));
+    EXPECT_EQ(
+        CallsOf(kPlain, {.stepwise = true, .prepares = true}),
+        Calls({"|", "overall", "|", "|", "steps", "prepared", "|", "end step", "|", "prepared", "|", "end step", "|"}));
 }
 
 TEST(SeveralGroups, AnEarlyStepGoesWithTheOutliers) {
     EXPECT_EQ(CallsOf(kEarly, {.stepwise = true, .settlesIn = 0}),
-              Calls({"|", "overall", "|", "steps", "end step", "|", "next step", "end step", "|"}));
+              Calls({"|", "overall", "|", "steps", "end step", "|", "end step", "|"}));
 }
 
 TEST(SeveralGroups, ARefusedComparisonIsNeverBegun) {
