@@ -85,9 +85,21 @@ DataHistogram ReadHistogram(const ResultTable& table) {
     const ResultTable* const interval = table.Table("Interval");
     constexpr std::size_t kCountsAndValues = 2;
     if (interval == nullptr || interval->lines.size() < kCountsAndValues) return {};
-    DataHistogram histogram{NumbersOf(interval->lines[0]), NumbersOf(interval->lines[1])};
-    if (histogram.counts.size() != histogram.values.size()) return {};
-    return histogram;
+    return {interval->lines[0], interval->lines[1]};
+}
+
+DataHistogram::DataHistogram(std::string_view counts, std::string_view values) {
+    if (std::ranges::count(counts, ';') != std::ranges::count(values, ';') || counts.empty() || values.empty()) return;
+    counts_ = counts;
+    values_ = values;
+}
+
+std::vector<double> DataHistogram::Counts() const {
+    return NumbersOf(counts_);
+}
+
+std::vector<double> DataHistogram::Values() const {
+    return NumbersOf(values_);
 }
 
 void ReadSamples(const TestResult& test, const ResultDocument& document, const ResultField* group,

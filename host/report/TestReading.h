@@ -61,13 +61,22 @@ struct Figure {
     Number value;
 };
 
-/// How often values occur: `counts` beside the `values`, or beside the means of the intervals into which many values
-/// are put; those of categories are their indices. Both are of one length.
-struct DataHistogram {
-    std::vector<double> counts;
-    std::vector<double> values;
+/// How often values occur: counts beside the values, or beside the means of the intervals into which many values are
+/// put; those of categories are their indices. Both are of one length. The numbers are read when they are asked for,
+/// from the document that the reading stays with: there are hundreds of them, and most readers want none.
+class DataHistogram {
+ public:
+    DataHistogram() = default;
+    /// The two lines of a table, borrowed; empty where they aren't of one length.
+    DataHistogram(std::string_view counts, std::string_view values);
 
-    bool IsEmpty() const { return counts.empty(); }
+    bool IsEmpty() const { return counts_.empty(); }
+    std::vector<double> Counts() const;
+    std::vector<double> Values() const;
+
+ private:
+    std::string_view counts_;
+    std::string_view values_;
 };
 
 /// The box plot of a sample. Empty numbers for a sample without.

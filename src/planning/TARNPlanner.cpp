@@ -220,7 +220,7 @@ TARNTestWorker& TARNPlanner::SortedWorkerFor(int field, const QKStatus& planStat
 QKStatus TARNPlanner::WriteResults(std::ostream& out, const QKOutputParameters& output) {
     if (!IsComplete()) return QKStatus(StatusCode::kRunNotComplete);
     try {
-        MakeWriter().Write(out, output);
+        MakeWriter().Write(out, output, WorkShare(ThreadBudget(*settings)));
     } catch (const std::exception&) {
         return QKStatus(StatusCode::kAllocationFailed);
     }
@@ -231,7 +231,8 @@ QKStatus TARNPlanner::MakeDocument(const QKOutputParameters& output, std::unique
     if (!IsComplete()) return QKStatus(StatusCode::kRunNotComplete);
     try {
         const CancelState cancel(queryCancel, cancelled);
-        document = MakeWriter().MakeDocument(output, [&] { return cancel.Poll(); });
+        const WorkShare work(ThreadBudget(*settings), [&] { return cancel.Poll(); });
+        document = MakeWriter().MakeDocument(output, work);
     } catch (const std::exception&) {
         return QKStatus(StatusCode::kAllocationFailed);
     }

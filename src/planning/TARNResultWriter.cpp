@@ -33,13 +33,13 @@ TARNResultWriter::TARNResultWriter(const QKVarList& fields, const TARNVariableIn
       parameters(runParameters),
       variableInfo(info) {}
 
-void TARNResultWriter::Write(std::ostream& out, const QKOutputParameters& output) const {
-    QKXML::WriteTree(out, nullptr, MakeDocument(output, {}).get(), 1);
+void TARNResultWriter::Write(std::ostream& out, const QKOutputParameters& output, const WorkShare& work) const {
+    QKXML::WriteTree(out, nullptr, MakeDocument(output, work).get(), 1);
     out.flush();
 }
 
 std::unique_ptr<XMLElement> TARNResultWriter::MakeDocument(const QKOutputParameters& output,
-                                                           const std::function<bool()>& stop) const {
+                                                           const WorkShare& work) const {
     auto root = XMLElement::Create("Tabulon");
     root->AddAttribute("xmlns", kNamespace);
     root->AddAttribute("xmlns:xsi", kSchemaInstance);
@@ -54,7 +54,7 @@ std::unique_ptr<XMLElement> TARNResultWriter::MakeDocument(const QKOutputParamet
     tarnOutput.AddChild(MakeHeader(output));
     tarnOutput.AddChild(MakeDataDictionary());
     tarnOutput.AddChild(MakeTests());
-    auto infos = MakeFieldInfos(*varList, univariateResults, parameters.weightIndex, parameters.caseIdIndex, stop);
+    auto infos = MakeFieldInfos(*varList, univariateResults, parameters.weightIndex, parameters.caseIdIndex, work);
     if (infos == nullptr) return nullptr;
     tarnOutput.AddChild(std::move(infos));
     return root;

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <ostream>
 #include <vector>
 
 #include "contract/TARNVariableInfo.h"
+#include "machine/WorkShare.h"
 #include "platform/common/IQKAlgorithm.h"
 #include "platform/common/QKStatus.h"
 #include "platform/common/QKVarList.h"
@@ -32,12 +32,10 @@ class TARNResultWriter {
     TARNResultWriter(const QKVarList& varList, const TARNVariableInfo& variableInfo, UnivariateResults results,
                      Elements elements, const TARNRunParameters& parameters);
 
-    /// The document as a tree, which shares the elements. `stop`, which may be empty, is asked once for each field:
-    /// true ends it, and there is no document then.
-    std::unique_ptr<QKXML::XMLElement> MakeDocument(const QKOutputParameters& output,
-                                                    const std::function<bool()>& stop) const;
-    /// Writes the document and flushes the stream.
-    void Write(std::ostream& out, const QKOutputParameters& output) const;
+    /// The document as a tree, which shares the elements; null where the work was stopped.
+    std::unique_ptr<QKXML::XMLElement> MakeDocument(const QKOutputParameters& output, const WorkShare& work) const;
+    /// Writes the document and flushes the stream. `work` is never stopped.
+    void Write(std::ostream& out, const QKOutputParameters& output, const WorkShare& work) const;
 
  private:
     using ElementPointer = std::unique_ptr<QKXML::XMLElement>;

@@ -1,7 +1,10 @@
 #include "support/FieldInfos.h"
 
+#include <cstddef>
 #include <map>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "support/ResultElements.h"
 
@@ -45,20 +48,26 @@ void AddCategorical(XMLElement& info, const UnivariateResults& results, int fiel
 }  // namespace
 
 std::unique_ptr<XMLElement> MakeFieldInfos(const QKVarList& varList, const UnivariateResults& results, int weightIndex,
-                                           int caseIdIndex, const std::function<bool()>& stop) {
-    auto infos = XMLElement::Create(Element::kFieldInfos);
-    for (int field = 0; field < varList.Size(); ++field) {
-        if (stop && stop()) return nullptr;
-        if (field == weightIndex || field == caseIdIndex || !results.HasVariable(field)) continue;
+                                           int caseIdIndex, const WorkShare& work) {
+    std::vector<std::unique_ptr<XMLElement>> ofFields(static_cast<std::size_t>(varList.Size()));
+    const bool isComplete = work.Run(ofFields.size(), [&](std::size_t position) {
+        const int field = static_cast<int>(position);
+        if (field == weightIndex || field == caseIdIndex || !results.HasVariable(field)) return;
         const int kind = varList.GetVarAt(field)->GetKind();
-        if (kind != FieldKind::kContinuous && !FieldKind::IsCategorical(kind)) continue;
-        XMLElement& info = infos->AddChildElement(XMLElement::Create(Element::kFieldInfo));
-        info.AddAttribute(ElementAttribute::kVarIndex, IntToString(field));
+        if (kind != FieldKind::kContinuous && !FieldKind::IsCategorical(kind)) return;
+        auto info = XMLElement::Create(Element::kFieldInfo);
+        info->AddAttribute(ElementAttribute::kVarIndex, IntToString(field));
         if (kind == FieldKind::kContinuous) {
-            AddContinuous(info, results, field);
+            AddContinuous(*info, results, field);
         } else {
-            AddCategorical(info, results, field);
+            AddCategorical(*info, results, field);
         }
+        ofFields[position] = std::move(info);
+    });
+    if (!isComplete) return nullptr;
+    auto infos = XMLElement::Create(Element::kFieldInfos);
+    for (std::unique_ptr<XMLElement>& info : ofFields) {
+        if (info != nullptr) infos->AddChild(std::move(info));
     }
     return infos;
 }

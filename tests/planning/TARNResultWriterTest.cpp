@@ -119,7 +119,7 @@ std::string Written(const QKVarList& fields, const UnivariateCollector& univaria
     const TARNResultWriter writer(fields, TARNVariableInfo(fields), UnivariateResults(univariates), elements,
                                   parameters);
     std::ostringstream out;
-    writer.Write(out, {"Studio", "", "\"us\" & <them>"});
+    writer.Write(out, {"Studio", "", "\"us\" & <them>"}, WorkShare());
     return out.str();
 }
 

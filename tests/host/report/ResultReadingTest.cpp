@@ -51,8 +51,8 @@ TEST(ResultReading, HasBoxesWithOutliersAndHistogramsOfGroups) {
     ASSERT_EQ(sample.box.outliers.size(), 2u);
     EXPECT_EQ(sample.box.outliers[1].value, -7.5);
     EXPECT_EQ(sample.box.outliers[1].caseId, "3");
-    EXPECT_EQ(sample.histogram.counts, (Values{2, 1, 1}));
-    EXPECT_EQ(sample.histogram.values, (Values{1, 3.5, 9}));
+    EXPECT_EQ(sample.histogram.Counts(), (Values{2, 1, 1}));
+    EXPECT_EQ(sample.histogram.Values(), (Values{1, 3.5, 9}));
 }
 
 TEST(ResultReading, HasTheHistogramOfDifferencesAndThoseOfFields) {
@@ -66,12 +66,12 @@ TEST(ResultReading, HasTheHistogramOfDifferencesAndThoseOfFields) {
               Row("TotalN", "9") + Row("Mean", "4.5") + SimpleTable("Interval", "", "", {"4;5", "1;8"})) +
         "</FieldInfo>";
     const ResultReading reading = Read(test, descriptives);
-    EXPECT_EQ(reading.tests.at(0).histogram.counts, (Values{3, 2, 1}));
-    EXPECT_EQ(reading.tests.at(0).histogram.values, (Values{-1, 2, 0}));
+    EXPECT_EQ(reading.tests.at(0).histogram.Counts(), (Values{3, 2, 1}));
+    EXPECT_EQ(reading.tests.at(0).histogram.Values(), (Values{-1, 2, 0}));
     ASSERT_EQ(reading.fields.size(), 1u);
     EXPECT_EQ(reading.fields[0].field, "v");
     EXPECT_EQ(reading.fields[0].figures.at(1).key + " " + reading.fields[0].figures.at(1).value.text, "Mean 4.5");
-    EXPECT_EQ(reading.fields[0].histogram.counts, (Values{4, 5}));
+    EXPECT_EQ(reading.fields[0].histogram.Counts(), (Values{4, 5}));
 }
 
 TEST(ResultReading, HasNoHistogramOfListsThatDoNotMatch) {
