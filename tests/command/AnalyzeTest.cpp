@@ -238,6 +238,70 @@ INSTANTIATE_TEST_SUITE_P(
                             "expected one of them, or --cut-point"}),
     [](const testing::TestParamInfo<Mistake>& test) { return std::string(test.param.name); });
 
+// ---- Brief runs ----
+
+namespace {
+
+/// Sixty cases with ties and missing values: continuous x and y, of two categories a and b, ordered p and q, groups g.
+std::string ManyKinds() {
+    std::string rows = "x,y,z,a,b,c,p,q,g\n";
+    for (int i = 0; i < 60; ++i) {
+        const auto cell = [&](int value) { return (i * 7 + value) % 23 == 0 ? std::string("NA") : std::to_string(value); };
+        rows += cell(i * 37 % 11 + i * 11 % 4 * 3) + "," + cell(i * 53 % 13 + 4) + "," + cell(i * 17 % 7 + 9) + "," + cell(i * 31 % 5 % 2) + "," +
+                cell(i * 29 % 3 % 2) + "," + cell(i * 41 % 7 == 0 ? 0 : 1) + "," + cell(1 + i * 13 % 3) + "," +
+                cell(1 + i * 19 % 17 % 3) + "," + cell(1 + i * 11 % 4) + "\n";
+    }
+    return rows;
+}
+
+using Arguments = std::vector<std::string>;
+
+const std::vector<Arguments> kEveryTest{
+    {"--one-sample", "x", "--tests", "kolmogorov-smirnov,binomial,runs,wilcoxon", "--test-value", "4"},
+    {"--one-sample", "a", "--nominal", "a", "--tests", "binomial,chi-square,runs"},
+    {"--related", "x,y", "--tests", "sign,wilcoxon,hodges-lehmann"},
+    {"--related", "x,y,z", "--tests", "friedman,kendall", "--compare", "pairwise", "--alpha", "0.4"},
+    {"--related", "x,y,z", "--tests", "friedman,kendall", "--compare", "stepwise", "--alpha", "0.4"},
+    {"--related", "a,b", "--nominal", "a,b", "--tests", "mcnemar"},
+    {"--related", "a,b,c", "--nominal", "a,b,c", "--tests", "cochran", "--compare", "pairwise", "--alpha", "0.4"},
+    {"--related", "p,q", "--ordinal", "p,q", "--tests", "marginal-homogeneity"},
+    {"--independent", "x,y", "--group", "a", "--nominal", "a", "--tests",
+     "mann-whitney,kolmogorov-smirnov,wald-wolfowitz,moses,hodges-lehmann"},
+    {"--independent", "x,y", "--group", "g", "--nominal", "g", "--tests", "kruskal-wallis,jonckheere,median",
+     "--compare", "pairwise", "--alpha", "0.4"},
+    {"--independent", "x,y", "--group", "g", "--nominal", "g", "--tests", "kruskal-wallis,jonckheere,median",
+     "--compare", "stepwise", "--alpha", "0.4"},
+};
+
+}  // namespace
+
+TEST_F(Analyze, BriefRunsHaveTheStatisticsOfWholeOnes) {
+    const std::string data = folder.Write("data.csv", ManyKinds());
+    for (const Arguments& request : kEveryTest) {
+        SCOPED_TRACE(testing::PrintToString(request));
+        Arguments arguments{"analyze", data};
+        arguments.insert(arguments.end(), request.begin(), request.end());
+        const auto with = [&](Arguments more) {
+            more.insert(more.begin(), arguments.begin(), arguments.end());
+            return RunTarn(more);
+        };
+        // CSV without a document is brief by itself, beside a document it is not.
+        const CommandResult whole = with({"--format", "csv", "--out", folder.Path("whole.xml")});
+        ASSERT_EQ(whole.exitStatus, 0) << whole.err;
+        const CommandResult csv = with({"--format", "csv"});
+        EXPECT_EQ(csv.out, whole.out);
+        EXPECT_EQ(csv.err, whole.err);
+        const CommandResult brief = with({"--brief", "--quiet", "--out", folder.Path("brief.xml")});
+        ASSERT_EQ(brief.exitStatus, 0) << brief.err;
+        const std::string briefText = harness::ReadFile(folder.Path("brief.xml"));
+        EXPECT_LE(briefText.size(), harness::ReadFile(folder.Path("whole.xml")).size());
+        EXPECT_EQ(briefText.find("\"Box\""), std::string::npos);
+        for (const char* const format : {"text", "json", "csv"}) {
+            EXPECT_EQ(RunTarn({"show", folder.Path("brief.xml"), "--format", format}).exitStatus, 0) << format;
+        }
+    }
+}
+
 TEST_F(Analyze, InterruptEndsWithStatus1AndNoFile) {
     std::string rows = "x,y,g\n";
     for (int i = 0; i < 400000; ++i) {
