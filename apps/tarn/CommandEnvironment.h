@@ -11,8 +11,8 @@ namespace tarn {
 /// The folder of the running program; empty where the system doesn't say.
 std::string ProgramFolder();
 
-/// Where the engine's library is looked for: beside the program, where it is built, and in the folder of libraries of the
-/// tree in which the program is installed.
+/// Where the engine's library is looked for: beside the program, where it is built, and in the folder of libraries of
+/// the tree in which the program is installed.
 std::vector<std::string> LibraryFolders();
 
 /// What an analysis of the command needs: the language of the user, Ctrl-C and the progress bar, both borrowed, and how

@@ -216,7 +216,8 @@ class CommandLine {
             Add("show", "Show a stored result document", [this] { return Show(resultPath_, shownFormat_); });
         AddArgument(show, "RESULT", resultPath_, "A result document, or - for standard input");
         Options shown(show, kOutput);
-        AddFormat(shown, "How to show it, as text if not given", [this](ReportFormat format) { shownFormat_ = format; });
+        AddFormat(shown, "How to show it, as text if not given",
+                  [this](ReportFormat format) { shownFormat_ = format; });
 
         CLI::App& explain = Add("explain", "Explain a code or a test", [this] { return ExplainTopic(topic_); });
         AddArgument(explain, "TOPIC", topic_, "A code of a message, or the name of a test");

@@ -82,7 +82,7 @@ class ColumnSource {
     virtual std::size_t RecordCount() const = 0;
     /// Values of a record: one for each field of the `QKVarList`.
     virtual std::size_t FieldCount() const = 0;
-    /// The `RecordCount()` values of a field, in the order of the records. Borrowed from the stream, not written to, and
-    /// valid as long as the stream.
+    /// The `RecordCount()` values of a field, in the order of the records. Borrowed from the stream, not written to,
+    /// and valid as long as the stream.
     virtual const double* Column(std::size_t field) const = 0;
 };

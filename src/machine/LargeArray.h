@@ -30,16 +30,36 @@ class LargeArray {
 #endif
     }
 
-    std::size_t size() const { return size_; }
-    bool empty() const { return size_ == 0; }
-    Value* data() { return values_.get(); }
-    const Value* data() const { return values_.get(); }
-    Value& operator[](std::size_t i) { return values_[i]; }
-    const Value& operator[](std::size_t i) const { return values_[i]; }
-    Value* begin() { return data(); }
-    Value* end() { return data() + size_; }
-    const Value* begin() const { return data(); }
-    const Value* end() const { return data() + size_; }
+    std::size_t size() const {
+        return size_;
+    }
+    bool empty() const {
+        return size_ == 0;
+    }
+    Value* data() {
+        return values_.get();
+    }
+    const Value* data() const {
+        return values_.get();
+    }
+    Value& operator[](std::size_t i) {
+        return values_[i];
+    }
+    const Value& operator[](std::size_t i) const {
+        return values_[i];
+    }
+    Value* begin() {
+        return data();
+    }
+    Value* end() {
+        return data() + size_;
+    }
+    const Value* begin() const {
+        return data();
+    }
+    const Value* end() const {
+        return data() + size_;
+    }
 
  private:
     std::unique_ptr<Value[]> values_;

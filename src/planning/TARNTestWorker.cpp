@@ -133,7 +133,10 @@ class TARNTestWorker::Batch : public ColumnBatch {
 
 TARNTestWorker::TARNTestWorker(const QKTarn::MissingMarkers& markers, bool analysisTreatment,
                                MultiPassRecordIter& records, const QKTarn::RecordFlags& incomplete)
-    : iterator(&records), incompleteRecords(&incomplete), missingMarkers(&markers), analysisMissing(analysisTreatment) {}
+    : iterator(&records),
+      incompleteRecords(&incomplete),
+      missingMarkers(&markers),
+      analysisMissing(analysisTreatment) {}
 
 void TARNTestWorker::SetProgress(ProgressListener* progressListener, double base, double share) {
     listener = progressListener;
@@ -228,8 +231,8 @@ QKStatus TARNTestWorker::Begin(const std::vector<TARNTest*>& active, std::vector
 /// That is known of the columns and so the same in all passes of a test, which may keep something from one to the next.
 ColumnTest* TARNTestWorker::TakesColumns(TARNTest& test, const std::vector<int>& usedFields) const {
     if (columns == nullptr) return nullptr;
-    const bool areNumbers = std::none_of(usedFields.begin(), usedFields.end(),
-                                         [&](int field) { return columns->Store().HasNaN(field); });
+    const bool areNumbers =
+        std::none_of(usedFields.begin(), usedFields.end(), [&](int field) { return columns->Store().HasNaN(field); });
     return areNumbers ? dynamic_cast<ColumnTest*>(&test) : nullptr;
 }
 

@@ -25,8 +25,8 @@ class TARNTestWorker {
     static constexpr int kNotSorted = -1;
 
     /// Reads `records` unless it is given a sorted view. `incomplete`: for each record of that stream, in order,
-    /// whether it misses anything. `markers`: what marks a missing value in each field. All are borrowed for the time of
-    /// the passes. `analysisMissing` false: a record that misses anything is lost to every test.
+    /// whether it misses anything. `markers`: what marks a missing value in each field. All are borrowed for the time
+    /// of the passes. `analysisMissing` false: a record that misses anything is lost to every test.
     TARNTestWorker(const QKTarn::MissingMarkers& markers, bool analysisMissing, MultiPassRecordIter& records,
                    const QKTarn::RecordFlags& incomplete);
     ~TARNTestWorker() = default;  // not virtual: `SetProgress` is the one virtual operation, and nothing derives

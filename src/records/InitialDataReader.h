@@ -2,9 +2,9 @@
 
 #include <vector>
 
+#include "machine/WorkShare.h"
 #include "platform/common/QKStatus.h"
 #include "platform/common/QKVarList.h"
-#include "machine/WorkShare.h"
 #include "platform/common/Record.h"
 #include "records/ColumnStore.h"
 #include "records/MissingMarkers.h"

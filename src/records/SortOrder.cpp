@@ -33,9 +33,8 @@ std::size_t ChunkCount(std::size_t count) {
 /// Does a range of the places 0 .. count-1 after another.
 template <typename Job>
 void ForChunks(const WorkShare& share, std::size_t count, Job job) {
-    share.Run(ChunkCount(count), [&](std::size_t chunk) {
-        job(chunk * kChunk, std::min(count, (chunk + 1) * kChunk));
-    });
+    share.Run(ChunkCount(count),
+              [&](std::size_t chunk) { job(chunk * kChunk, std::min(count, (chunk + 1) * kChunk)); });
 }
 
 // ---- Few different whole numbers: scores, ranks, ratings ----
@@ -85,8 +84,8 @@ void SortWholeNumbers(std::span<const double> column, const WholeNumbers& number
 /// of them share are not in the way.
 struct Packing {
     std::uint64_t least = 0;
-    unsigned unit = 0;          // trailing bits that are 0 in all keys, from the least one on
-    unsigned lost = 0;          // further bits that don't fit beside the position
+    unsigned unit = 0;  // trailing bits that are 0 in all keys, from the least one on
+    unsigned lost = 0;  // further bits that don't fit beside the position
     unsigned positionBits = 0;
 
     std::uint64_t Word(double value, std::size_t position) const {
@@ -161,9 +160,8 @@ class WordSort {
     /// One round; whether a long piece is left.
     bool PartLongPieces() {
         std::vector<std::size_t> middles(pieces_.size());
-        share_.Run(pieces_.size(), [&](std::size_t i) {
-            middles[i] = IsLong(pieces_[i]) ? Part(pieces_[i]) : pieces_[i].end;
-        });
+        share_.Run(pieces_.size(),
+                   [&](std::size_t i) { middles[i] = IsLong(pieces_[i]) ? Part(pieces_[i]) : pieces_[i].end; });
         if (share_.IsStopped()) return false;
         std::vector<Piece> parted;
         for (std::size_t i = 0; i < pieces_.size(); ++i) {

@@ -87,17 +87,15 @@ class Entries {
             AddList(Tests::kKendall, {"x0", "x1", "x2"}, compare);
             AddList(Tests::kFriedman, {"x0", "x1", "x2", "x3", "x4", "x5", "x6", "x7", "x8", "x9"}, compare);
             AddList(Tests::kCochran, {"a", "b", "c"}, compare);
-            for (const TestFacts* const test :
-                 {&Tests::kKruskalWallis, &Tests::kJonckheereTerpstra, &Tests::kMedian}) {
+            for (const TestFacts* const test : {&Tests::kKruskalWallis, &Tests::kJonckheereTerpstra, &Tests::kMedian}) {
                 Add(*test, "x0", [&](QKSettings& entry) {
                     compare(entry);
                     entry.AddSetting("groupVariableName", "g");
                 });
             }
         }
-        for (const TestFacts* const test :
-             {&Tests::kMannWhitney, &Tests::kKolmogorovSmirnovTwoSample, &Tests::kWaldWolfowitz, &Tests::kMoses,
-              &Tests::kHodgesLehmannGroups}) {
+        for (const TestFacts* const test : {&Tests::kMannWhitney, &Tests::kKolmogorovSmirnovTwoSample,
+                                            &Tests::kWaldWolfowitz, &Tests::kMoses, &Tests::kHodgesLehmannGroups}) {
             Add(*test, "x0", [](QKSettings& entry) { entry.AddSetting("groupVariableName", "a"); });
             Add(*test, "x1", [](QKSettings& entry) { entry.AddSetting("groupVariableName", "b"); });
         }
@@ -311,9 +309,8 @@ class PlannedTest : private TARNPlan {
         const std::vector<int>& judged = analysisMissing_ && !used.empty() ? used : allFields_;
         for (stream->Rewind(); stream->HasMore();) {
             const Record& record = *stream->Next();
-            const bool misses = std::any_of(judged.begin(), judged.end(), [&](int field) {
-                return QKTarn::IsMissingIn(record, field, markers_);
-            });
+            const bool misses = std::any_of(judged.begin(), judged.end(),
+                                            [&](int field) { return QKTarn::IsMissingIn(record, field, markers_); });
             if (!misses) records.push_back(record);
         }
         return records;

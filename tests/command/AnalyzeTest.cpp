@@ -246,10 +246,12 @@ namespace {
 std::string ManyKinds() {
     std::string rows = "x,y,z,a,b,c,p,q,g\n";
     for (int i = 0; i < 60; ++i) {
-        const auto cell = [&](int value) { return (i * 7 + value) % 23 == 0 ? std::string("NA") : std::to_string(value); };
-        rows += cell(i * 37 % 11 + i * 11 % 4 * 3) + "," + cell(i * 53 % 13 + 4) + "," + cell(i * 17 % 7 + 9) + "," + cell(i * 31 % 5 % 2) + "," +
-                cell(i * 29 % 3 % 2) + "," + cell(i * 41 % 7 == 0 ? 0 : 1) + "," + cell(1 + i * 13 % 3) + "," +
-                cell(1 + i * 19 % 17 % 3) + "," + cell(1 + i * 11 % 4) + "\n";
+        const auto cell = [&](int value) {
+            return (i * 7 + value) % 23 == 0 ? std::string("NA") : std::to_string(value);
+        };
+        rows += cell(i * 37 % 11 + i * 11 % 4 * 3) + "," + cell(i * 53 % 13 + 4) + "," + cell(i * 17 % 7 + 9) + "," +
+                cell(i * 31 % 5 % 2) + "," + cell(i * 29 % 3 % 2) + "," + cell(i * 41 % 7 == 0 ? 0 : 1) + "," +
+                cell(1 + i * 13 % 3) + "," + cell(1 + i * 19 % 17 % 3) + "," + cell(1 + i * 11 % 4) + "\n";
     }
     return rows;
 }

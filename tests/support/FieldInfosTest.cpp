@@ -21,7 +21,8 @@ constexpr int kNoField = -1;
 std::string FieldInfosOf(const CollectorRig& rig, Fields& fields, int weightIndex = kNoField,
                          int caseIdIndex = kNoField) {
     std::ostringstream out;
-    const auto element = MakeFieldInfos(fields.List(), UnivariateResults(*rig.collector), weightIndex, caseIdIndex, WorkShare(2));
+    const auto element =
+        MakeFieldInfos(fields.List(), UnivariateResults(*rig.collector), weightIndex, caseIdIndex, WorkShare(2));
     QKXML::WriteTree(out, nullptr, element.get(), 0);
     return out.str();
 }
