@@ -6,7 +6,6 @@
 #include <span>
 
 #include "host/InputError.h"
-#include "machine/LargeBlock.h"
 
 namespace tarn {
 
@@ -128,11 +127,11 @@ class Preparation {
         const bool areRounded = source.isWeight && requirements_.roundWeights &&
                                 std::ranges::any_of(cells, [](double weight) { return weight != std::round(weight); });
         if (areAllLeft && !source.takesNumber && !areRounded) return cells.data();
-        double* value = data_.made.emplace_back(MakeLargeBlock(data_.recordCount)).get();
+        double* value = data_.made.emplace_back(data_.recordCount).data();
         for (std::size_t row = 0; row < cells.size(); ++row) {
             if (!IsDropped(row)) *value++ = source.isWeight ? *WeightOf(row) : ValueOf(source, cells[row]);
         }
-        return data_.made.back().get();
+        return data_.made.back().data();
     }
 
     static double ValueOf(const FieldSource& source, double cell) {

@@ -2,12 +2,12 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "host/engine/Requirements.h"
 #include "host/table/Table.h"
+#include "machine/LargeArray.h"
 
 namespace tarn {
 
@@ -36,7 +36,7 @@ struct PreparedData {
     std::vector<const double*> columns;
     std::size_t recordCount = 0;
     RecordCounts counts;
-    std::vector<std::unique_ptr<double[]>> made;  ///< those of the columns that differ from the table
+    std::vector<LargeArray<double>> made;  ///< those of the columns that differ from the table
 };
 
 /// Weighs, drops and encodes the records of a table. The result borrows the table. A required field that the table
