@@ -219,8 +219,8 @@ TEST(InitialDataReaderTest, AFailedAllocationYields220002) {
     fields.Continuous("x");
     InitialDataReader reader(nullptr, false, nullptr, &fields.List());
     double value = 1;
-    // A block of such records is larger than any memory; no more than the first value is looked at before that.
-    const Record huge = Record::View(&value, std::size_t{1} << 50);
+    // Columns of such a record are more than any memory holds; no more than the first value is looked at before that.
+    const Record huge = Record::View(&value, std::size_t{1} << 60);
     EXPECT_EQ(reader.AddRecord(huge), QKStatus(220002));
     EXPECT_EQ(reader.Count(), 0);
     EXPECT_FALSE(reader.Begin().HasMore());
