@@ -53,7 +53,6 @@ constexpr SeveralGroupsRules kRules{.tooFewGroups = {.pairwise = 222118_warning,
                                     .groups = GroupsAre::kOfAnySizeBut0,
                                     .boxes = BoxesAre::kByCategory};
 
-constexpr std::int32_t kNoGroup = -1;
 
 /// A number of the element that may have no value.
 std::string TextOrEmpty(double value) {
