@@ -53,7 +53,6 @@ constexpr SeveralGroupsRules kRules{.tooFewGroups = {.pairwise = 222118_warning,
                                     .groups = GroupsAre::kOfAnySizeBut0,
                                     .boxes = BoxesAre::kByCategory};
 
-
 /// A number of the element that may have no value.
 std::string TextOrEmpty(double value) {
     return QKMV::IsMissing(value) ? std::string() : DoubleToString(value);
