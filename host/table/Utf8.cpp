@@ -44,7 +44,7 @@ std::size_t CharacterLength(const char* first, const char* last) {
 // Whether all of 32 bytes are ASCII and none is a NUL: no upper bit is set, nor becomes so where 1 is taken away.
 bool ArePlain(const char* bytes) {
     std::uint64_t seen = 0;
-    for (int i = 0; i < 4; ++i) {
+    for (std::size_t i = 0; i < 4; ++i) {
         std::uint64_t word = 0;
         std::memcpy(&word, bytes + 8 * i, sizeof word);
         seen |= word | (word - 0x0101010101010101);

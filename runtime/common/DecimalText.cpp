@@ -1,5 +1,6 @@
 #include "runtime/common/DecimalText.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <charconv>
@@ -149,7 +150,7 @@ char* Write(const Decimal& decimal, char* to) {
         return to + count + 1;
     }
     if (place < 0 && place >= kLastWithoutExponent) {
-        std::memcpy(to, "0.000", 5);
+        std::copy_n("0.000", 5, to);
         to += 1 - place;
         std::memcpy(to, digits, kAllDigits);
         return to + count;
@@ -167,13 +168,13 @@ char* Write(const Decimal& decimal, char* to) {
 
 char* WriteDecimal(double value, char* to) {
     if (std::isnan(value)) {
-        std::memcpy(to, "nan", 3);
+        std::copy_n("nan", 3, to);
         return to + 3;
     }
     if (std::signbit(value)) *to++ = '-';
     const double magnitude = std::fabs(value);
     if (std::isinf(magnitude)) {
-        std::memcpy(to, "inf", 3);
+        std::copy_n("inf", 3, to);
         return to + 3;
     }
     if (magnitude < static_cast<double>(kSmallestWith16Digits)) {
