@@ -83,7 +83,8 @@ std::unique_ptr<XMLElement> CopyWith(const XMLElement& source, Edit edit) {
     for (const auto& child : source.GetChildren()) {
         const XMLElement* const element = child->AsElement();
         std::shared_ptr<const XMLNode> edited = element == nullptr ? nullptr : edit(*element);
-        copy->AddChild(edited == nullptr ? child : std::move(edited));
+        if (edited == nullptr) edited = child;
+        copy->AddChild(std::move(edited));
     }
     return copy;
 }
