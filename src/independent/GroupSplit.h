@@ -97,7 +97,7 @@ class GroupSplit {
         std::size_t end = 0;
     };
     /// Those of no group come first.
-    static std::size_t PartOf(std::int32_t group) { return static_cast<std::size_t>(group + 1); }
+    static std::size_t PartOf(std::int32_t group) { return static_cast<std::size_t>(std::int64_t{group} + 1); }
 
     /// Each group has room for all, so that no count of them has to come first.
     void PartInTwo(const double* values, const std::int32_t* weights) {
