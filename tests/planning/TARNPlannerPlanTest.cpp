@@ -46,10 +46,16 @@ class TARNPlannerPlanTest : public testing::Test {
  protected:
     TARNPlannerPlanTest() {
         running_ = this;
-        settings_.AddSetting("threads", 1);  // the tests share one log, whose order is what is looked at
+        settings_ = OneThread();
     }
     ~TARNPlannerPlanTest() override { running_ = nullptr; }
 
+    /// Settings without a test yet: the tests share one log, whose order is what is looked at.
+    static QKSettings OneThread() {
+        QKSettings settings;
+        settings.AddSetting("threads", 1);
+        return settings;
+    }
     /// Adds an entry to the settings whose plan builder this is.
     void Plan(std::function<void(TARNPlan&)> builder) {
         QKSettings entry;
@@ -216,7 +222,7 @@ TEST_F(TARNPlannerPlanTest, EachWorkerFillsThePartOfTheScaleThatItsNumberOfTests
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(testing::PrintToString(row.tests));
-        settings_ = QKSettings();
+        settings_ = OneThread();
         planner_.reset();
         listener_.steps.clear();
         for (int i = 0; i < row.tests[0]; ++i) PlanMain({});
@@ -265,7 +271,7 @@ TEST_F(TARNPlannerPlanTest, AnUnknownKindFailsTheWholeRunBehindTheWalkOfTheSetti
     fields_.Other("o");
     for (const std::string name : {"o", "nowhere", ""}) {
         SCOPED_TRACE(name);
-        settings_ = QKSettings();
+        settings_ = OneThread();
         planner_.reset();
         bool walkedOn = false;
         PlanMain({.name = "before"});
