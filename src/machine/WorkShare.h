@@ -23,10 +23,12 @@ class WorkShare {
     /// `budget`: how many threads may work at a time, the calling one among them; 0: as many as the machine has.
     /// `stop`: true ends the work. It is asked on the thread that made this object alone; may be empty.
     explicit WorkShare(unsigned budget = 1, std::function<bool()> stop = {})
-        : threads_(budget > 0 ? budget : std::max(1U, std::thread::hardware_concurrency())), stop_(std::move(stop)) {}
+        : threads_(budget > 0 ? std::min(budget, Most()) : OfMachine()), stop_(std::move(stop)) {}
     WorkShare(const WorkShare&) = delete;
     WorkShare& operator=(const WorkShare&) = delete;
 
+    /// A budget beyond what could be of use is cut: thousands of threads would take the memory and the processes of
+    /// everybody else on the machine.
     unsigned Threads() const { return threads_; }
     /// Whether the calling thread is the one that made this object.
     bool IsOwner() const { return std::this_thread::get_id() == owner_; }
@@ -66,6 +68,9 @@ class WorkShare {
     }
 
  private:
+    static unsigned OfMachine() { return std::max(1U, std::thread::hardware_concurrency()); }
+    static unsigned Most() { return std::max(16U, OfMachine()); }
+
     /// One call of `Run`.
     struct Round {
         const WorkShare& share;

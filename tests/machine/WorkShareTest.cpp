@@ -107,6 +107,14 @@ TEST(WorkShareTest, NoMoreThreadsThanTheBudget) {
     EXPECT_LE(most, 3);
 }
 
+TEST(WorkShareTest, ABudgetBeyondAllUseIsCut) {
+    const WorkShare share(2'000'000'000);
+    EXPECT_EQ(share.Threads(), std::max(16U, std::thread::hardware_concurrency()));
+    std::atomic<int> done = 0;
+    EXPECT_TRUE(share.Run(1000, [&](std::size_t) { ++done; }));
+    EXPECT_EQ(done, 1000);
+}
+
 TEST(WorkShareTest, NoBudgetTakesWhatTheMachineHas) {
     EXPECT_EQ(WorkShare(0).Threads(), std::max(1U, std::thread::hardware_concurrency()));
     EXPECT_EQ(WorkShare().Threads(), 1U);
