@@ -22,7 +22,7 @@ using EntryPoints = HostedComponent;
 // ---- The library ----
 
 TEST(Library, InitialiseOfNullIsABadHandleAndLeavesNoHost) {
-    const TinyLibrary fresh = FreshLibrary();
+    const FreshLibrary fresh;
     EXPECT_EQ(fresh.initialise(nullptr), HX_BAD_HANDLE);
     std::size_t needed = 99;
     int error = 0;
@@ -31,7 +31,7 @@ TEST(Library, InitialiseOfNullIsABadHandleAndLeavesNoHost) {
 }
 
 TEST(Library, InitialiseOfNullKeepsTheHostThatIsThere) {
-    const TinyLibrary fresh = FreshLibrary();
+    const FreshLibrary fresh;
     TinyHost host;
     tiny_host_init(&host);
     EXPECT_EQ(fresh.initialise(&host.host), HX_OK);
@@ -42,7 +42,7 @@ TEST(Library, InitialiseOfNullKeepsTheHostThatIsThere) {
 }
 
 TEST(Library, AHostOfAnUnknownVersionIsNone) {
-    const TinyLibrary fresh = FreshLibrary();
+    const FreshLibrary fresh;
     TinyHost host;
     tiny_host_init(&host);
     for (const auto& [version, result] : {std::pair{0, HX_NO_HOST_HELPER},
@@ -58,7 +58,7 @@ TEST(Library, AHostOfAnUnknownVersionIsNone) {
 }
 
 TEST(Library, AComponentMadeBeforeInitialiseHasNoHelper) {
-    const TinyLibrary fresh = FreshLibrary();
+    const FreshLibrary fresh;
     TinyHost host;
     tiny_host_init(&host);
     void* component = nullptr;
@@ -330,7 +330,7 @@ TEST_F(EntryPoints, ExhaustedMemoryBecomesAResultWhereverItComes) {
 }
 
 TEST(Library, FunctionsCanBeCalledInTheirOrderByAHostInC) {
-    const TinyLibrary fresh = FreshLibrary();
+    const FreshLibrary fresh;
     const std::string model = ModelText().Continuous("before").Continuous("after").Build();
     const double values[] = {1, 2, 2, 4, 3, 2, 4, 4};
     TinyHost host;

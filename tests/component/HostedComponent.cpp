@@ -2,6 +2,10 @@
 
 #include <filesystem>
 
+#ifdef __SANITIZE_ADDRESS__
+#include <sanitizer/lsan_interface.h>
+#endif
+
 #include "support/QKVecValue.h"
 #include "tests/component/SettingsText.h"
 #include "tests/harness/Command.h"
@@ -18,15 +22,22 @@ const TinyLibrary& Library() {
     return library;
 }
 
-TinyLibrary FreshLibrary() {
+FreshLibrary::FreshLibrary() : TinyLibrary() {
+#ifdef __SANITIZE_ADDRESS__
+    __lsan_disable();
+#endif
     static const harness::ScratchFolder folder;
     static int copies = 0;
     const std::string path = folder.Path("libtarn-" + std::to_string(++copies) + ".so");
     std::filesystem::copy_file(TARN_LIBRARY_PATH, path);
-    TinyLibrary library;
-    const char* const missing = tiny_load(path.c_str(), &library);
+    const char* const missing = tiny_load(path.c_str(), this);
     EXPECT_EQ(missing, nullptr) << missing;
-    return library;
+}
+
+FreshLibrary::~FreshLibrary() {
+#ifdef __SANITIZE_ADDRESS__
+    __lsan_enable();
+#endif
 }
 
 // ---- Documents ----
