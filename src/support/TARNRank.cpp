@@ -49,14 +49,7 @@ void TARNRank::CloseTieRun() {
         stats.Extend(midRank);
         stats.ranks.emplace_back(midRank, pendingWeights[i]);
     }
-    if (tieWeight < 2) return;
-    // Infinite values aren't tied with one another, and a run may be closed twice; of equal openers the last run
-    // counts.
-    if (!hasTies || currentValue != lastTiedValue) tieSumBelow = tieSum;
-    hasTies = true;
-    lastTiedValue = currentValue;
-    const double t = tieWeight;
-    tieSum = tieSumBelow + (t * t * t - t);
+    tieCorrection.AddRun(currentValue, tieWeight);
 }
 
 GroupRankStats& TARNRank::GroupRanks(std::int32_t group) {
@@ -186,8 +179,7 @@ std::size_t TARNRank::AddClosedRuns(const Block& block) {
     }
     if (longest >= 2) {
         for (std::size_t run = 0; run < closed; ++run) {
-            const double t = std::max(below[run + 1] - below[run], 1);
-            tieSum += t * t * t - t;
+            tieCorrection.AddHigherRun(below[run + 1] - below[run]);
         }
     }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/common/QKStatus.h"
+#include "support/TieCorrection.h"
 
 /// What `TARNRank` keeps of the ranks of one group.
 struct GroupRankStats {
@@ -52,7 +53,7 @@ class TARNRank {
     /// The ranks of a group; a group that had no value has them as they begin, and is there from then on.
     GroupRankStats& GroupRanks(std::int32_t group);
     /// Sum of t cubed minus t over the sizes t of the tied runs.
-    double TieCorrectionSum() const { return tieSum; }
+    double TieCorrectionSum() const { return tieCorrection.Sum(); }
     /// Back to the beginning, for another stream of values.
     void Reset();
 
@@ -82,10 +83,7 @@ class TARNRank {
 
     QKStatus status;
     std::vector<GroupRankStats> groupRanks;
-    double tieSum = 0;
-    double tieSumBelow = 0;       // without the last tied run, ...
-    double lastTiedValue = 0;     // ... which this value opened, ...
-    bool hasTies = false;         // ... if there is one
+    TieCorrection tieCorrection;
     std::int32_t tieWeight = 0;   // of the run being built
     std::int32_t casesBelow = 0;  // weight of all closed runs
     double currentValue = 0;      // that opened the run being built
