@@ -27,6 +27,7 @@ class GroupSplit {
     }
     std::size_t GroupCount() const { return parts_.empty() ? 0 : parts_.size() - 1; }
 
+    /// By the truncated value of the group field.
     void Take(ColumnBatch& batch, int groupField) {
         const std::int32_t* const categories = batch.WholeNumbers(groupField);
         const auto outside = static_cast<std::uint32_t>(groupOf_.size() - 1);
@@ -34,6 +35,14 @@ class GroupSplit {
         for (std::size_t i = 0; i < groups_.size(); ++i) {
             groups_[i] = groupOf_[std::min(static_cast<std::uint32_t>(categories[i]), outside)];
         }
+    }
+    /// By the value of the group field as it is: one with a fraction is in no group.
+    void TakeExactly(ColumnBatch& batch, int groupField) {
+        Take(batch, groupField);
+        const double* const values = batch.Values(groupField);
+        const std::int32_t* const categories = batch.WholeNumbers(groupField);
+        for (std::size_t i = 0; i < groups_.size(); ++i)
+            groups_[i] = values[i] == categories[i] ? groups_[i] : kNoGroup;
     }
     std::size_t Size() const { return groups_.size(); }
     /// Of the records taken, one for each.

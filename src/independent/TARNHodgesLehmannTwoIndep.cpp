@@ -95,7 +95,7 @@ void TARNHodgesLehmannTwoIndep::GetUsedVariables(std::vector<int>& fieldIndices)
 QKStatus TARNHodgesLehmannTwoIndep::ProcessColumns(ColumnBatch& batch) {
     const double* const values = batch.Values(variableIndex);
     const std::int32_t* const weights = batch.Weights(weightIndex);
-    split.Take(batch, groupVariableIndex);
+    split.TakeExactly(batch, groupVariableIndex);
     for (std::size_t i = 0; i < batch.Size(); ++i) {
         if (split.Groups()[i] == GroupSplit::kNoGroup) continue;
         const auto group = static_cast<std::size_t>(split.Groups()[i]);

@@ -102,7 +102,7 @@ QKStatus TARNWaldWolfRuns::ReadGroups() {
 QKStatus TARNWaldWolfRuns::ProcessColumns(ColumnBatch& batch) {
     const double* const values = batch.Values(variableIndex);
     const std::int32_t* const weights = batch.Weights(weightIndex);
-    split.Take(batch, groupVariableIndex);
+    split.TakeExactly(batch, groupVariableIndex);
     if (passCounter == 1) {
         FillHistograms(split, values, weightIndex < 0 ? nullptr : weights, groupVariables);
         return status;

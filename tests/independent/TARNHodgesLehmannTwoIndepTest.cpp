@@ -134,6 +134,12 @@ TEST(HodgesLehmannTwoGroups, FirstGroupIsTheLowerCategoryIndexWhateverItsValue) 
     EXPECT_EQ(Values(groups::ResultOf(kTest, Entry(), fields, RowsOf({{11}, {1}})))[0], "10");
 }
 
+TEST(HodgesLehmannTwoGroups, ACategoryWithAFractionIsInNoGroup) {
+    Rows rows = RowsOf({{11}, {1}});
+    rows.push_back({500, 0.5});
+    EXPECT_EQ(Values(groups::ResultOf(kTest, Entry(), TwoFields(), rows)), Texts({"10", "10", "10"}));
+}
+
 TEST(HodgesLehmannTwoGroups, IntervalEndsAtThePositionsOfTheStandardError) {
     // 0 to 7 and 0, 10, ..., 70: 64 differences, 32 -+ 1.96 * s with s^2 = 17 * 64 / 12 less the tie of the two
     // zeros, which is the first run: (1 - 6 / 4080). s = 9.5149, so positions 14 and 51. With 10 j between -70 and 0,

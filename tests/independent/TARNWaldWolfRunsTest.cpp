@@ -292,7 +292,7 @@ TEST(WaldWolfowitz, ListsOfTheSettingsMakeTheGroups) {
         EXPECT_EQ(test.GetPassKind(), 2 - pass);
         // Category 7 is in no list: it parts nothing, not even the block of the twos.
         for (const auto& [value, category] :
-             std::vector<std::pair<double, double>>{{1, 0}, {2, 3}, {2, 7}, {2, 1}, {3, 7}, {4, 1}, {6, 3}}) {
+             std::vector<std::pair<double, double>>{{1, 0}, {2, 3}, {2, 7}, {2, 1}, {3, 7}, {4, 1}, {5, 1.5}, {6, 3}}) {
             Record record(2);
             record[0] = value;
             record[1] = category;
