@@ -21,6 +21,7 @@ constexpr std::array kTopKeys{
     KnownKey{"confidenceLevel", kNumber},
     KnownKey{kThreads, kNumber},
     KnownKey{kBrief, kFlag},
+    KnownKey{kExtendedArithmetic, kFlag},
     KnownKey{kPlanCaseId, kText, kPlan},
     KnownKey{"TarnTabulonModelID", kNumber, kPlan},
     KnownKey{kPlanTests, kObjects, kPlan},

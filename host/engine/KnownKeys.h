@@ -86,6 +86,8 @@ inline constexpr const char* kIsSelected = "isSelected";
 inline constexpr const char* kThreads = "threads";
 /// Whether the statistics are all that is wanted: no histograms, no boxes, no descriptives but those that a test needs.
 inline constexpr const char* kBrief = "brief";
+/// Whether numbers are as wide as they need to be and statistics have the form of the textbook.
+inline constexpr const char* kExtendedArithmetic = "extendedArithmetic";
 /// A key behind the last test of a request.
 inline constexpr const char* kDone = "done";
 

@@ -176,27 +176,32 @@ double FairBinomial(std::uint64_t x, std::uint64_t n) {
     return std::ldexp(static_cast<double>(sum), -static_cast<int>(n));
 }
 
-}  // namespace
-
-double QKDistFun::CdfBin(double x, double n, double p, int& err) {
+/// The lower tail of the binomial distribution, or the upper one.
+double BinomialTail(double x, double n, double p, bool isUpper, int& err) {
     const bool isInDomain = n >= 0 && !std::isinf(n) && IsProbability(p) && x <= n;
     err = isInDomain ? 0 : 1;
     if (!isInDomain) return QKMV::Missing();
     const double successes = std::floor(x);
     const double trials = std::floor(n);
-    if (successes < 0) return 0;
-    if (successes == trials || p == 0) return 1;
-    if (p == 1) return 0;
-    if (p == 0.5 && trials <= kLargestExactTrials)
-        return FairBinomial(static_cast<std::uint64_t>(successes), static_cast<std::uint64_t>(trials));
+    if (successes < 0) return isUpper ? 1 : 0;
+    if (successes == trials || p == 0) return isUpper ? 0 : 1;
+    if (p == 1) return isUpper ? 1 : 0;
+    const double otherFailures = trials - successes - 1;  // the most that more successes leave
+    if (p == 0.5 && trials <= kLargestExactTrials) {
+        return FairBinomial(static_cast<std::uint64_t>(isUpper ? otherFailures : successes),
+                            static_cast<std::uint64_t>(trials));
+    }
 
     const WorkReal q = 1 - static_cast<WorkReal>(p);
     const WorkReal deviation = DifferenceOfProducts(1, successes, trials, p);
-    if (deviation <= 0) return ProbabilityResult(BinomialLowerTail(successes, trials, p, q, deviation));
-    return ProbabilityResult(1 - BinomialLowerTail(trials - successes - 1, trials, q, p, -(deviation + 1)));
+    const bool isSumOfUpper = deviation > 0;
+    const WorkReal sum = isSumOfUpper ? BinomialLowerTail(otherFailures, trials, q, p, -(deviation + 1))
+                                      : BinomialLowerTail(successes, trials, p, q, deviation);
+    return ProbabilityResult(isSumOfUpper == isUpper ? sum : 1 - sum);
 }
 
-double QKDistFun::CDFHyper(double x, double total, double margin1, double margin2, int& status) {
+/// The lower tail of the hypergeometric distribution, or the upper one.
+double HypergeometricTail(double x, double total, double margin1, double margin2, bool isUpper, int& status) {
     const auto isMargin = [total](double margin) { return margin >= 0 && margin <= total; };
     if (std::isnan(x) || !std::isfinite(total) || !isMargin(margin1) || !isMargin(margin2)) {
         status = 1;
@@ -210,16 +215,35 @@ double QKDistFun::CDFHyper(double x, double total, double margin1, double margin
     const WorkReal otherRow = count - row;
     const WorkReal otherColumn = count - column;
     // The last two are the same but for a total beyond the whole numbers of the type.
-    if (cell < std::max({WorkReal{0}, column - otherRow, row - otherColumn})) return 0;
-    if (cell >= std::min(row, column)) return 1;
+    if (cell < std::max({WorkReal{0}, column - otherRow, row - otherColumn})) return isUpper ? 1 : 0;
+    if (cell >= std::min(row, column)) return isUpper ? 0 : 1;
 
     const WorkReal deviation = DifferenceOfProducts(cell, count, row, column) / count;
-    if (deviation <= 0) {
-        return ProbabilityResult(HypergeometricLowerTail(cell, row, otherRow, column, otherColumn, count, deviation));
-    }
     // The upper tail is the lower one of the other row's cell in the same column.
-    return ProbabilityResult(
-        1 - HypergeometricLowerTail(column - (cell + 1), otherRow, row, column, otherColumn, count, -(deviation + 1)));
+    const bool isSumOfUpper = deviation > 0;
+    const WorkReal sum =
+        isSumOfUpper
+            ? HypergeometricLowerTail(column - (cell + 1), otherRow, row, column, otherColumn, count, -(deviation + 1))
+            : HypergeometricLowerTail(cell, row, otherRow, column, otherColumn, count, deviation);
+    return ProbabilityResult(isSumOfUpper == isUpper ? sum : 1 - sum);
+}
+
+}  // namespace
+
+double QKDistFun::CdfBin(double x, double n, double p, int& err) {
+    return BinomialTail(x, n, p, false, err);
+}
+
+double QKDistFun::SfBin(double x, double n, double p, int& err) {
+    return BinomialTail(x, n, p, true, err);
+}
+
+double QKDistFun::CDFHyper(double x, double total, double margin1, double margin2, int& status) {
+    return HypergeometricTail(x, total, margin1, margin2, false, status);
+}
+
+double QKDistFun::SfHyper(double x, double total, double margin1, double margin2, int& status) {
+    return HypergeometricTail(x, total, margin1, margin2, true, status);
 }
 
 }  // namespace QKMath

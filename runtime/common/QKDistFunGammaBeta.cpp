@@ -62,16 +62,18 @@ constexpr WorkReal kLogOfLargest = 709.8L;
 constexpr WorkReal kLargestGammaShape = 1e8L;
 constexpr WorkReal kLargestBetaShape = 1e9L;
 
-/// P(a, x) for a large shape a by the first term of the uniform expansion of Temme (1979), The asymptotic expansion of
-/// the incomplete gamma functions.
-WorkReal LargeGammaCdf(WorkReal x, WorkReal a) {
+/// P(a, x), or the upper tail Q(a, x), for a large shape a by the first term of the uniform expansion of Temme (1979),
+/// The asymptotic expansion of the incomplete gamma functions.
+WorkReal LargeGammaTail(WorkReal x, WorkReal a, bool isUpper) {
     constexpr WorkReal kSeriesUpTo = 1e-4L;
     const WorkReal mu = (x - a) / a;
-    if (mu <= -1) return 0;
+    if (mu <= -1) return isUpper ? 1 : 0;
     const WorkReal halfSquare = -boost::math::log1pmx(mu, MathPolicy());
     const WorkReal eta = std::copysign(std::sqrt(2 * halfSquare), mu);
     const WorkReal coefficient = std::fabs(mu) > kSeriesUpTo ? 1 / mu - 1 / eta : -1 / 3.0L + eta / 12;
-    return std::erfc(-eta * std::sqrt(a / 2)) / 2 - std::exp(-a * halfSquare) / std::sqrt(kTwoPi * a) * coefficient;
+    const WorkReal sign = isUpper ? -1 : 1;
+    return std::erfc(-sign * eta * std::sqrt(a / 2)) / 2 -
+           sign * std::exp(-a * halfSquare) / std::sqrt(kTwoPi * a) * coefficient;
 }
 
 /// The quantile x / a of the gamma distribution with a large shape a, by Wilson and Hilferty (1931).
@@ -128,8 +130,19 @@ double QKDistFun::CdfChi(double x, double df) {
     if (std::isinf(x)) return 1;
     const WorkReal a = static_cast<WorkReal>(df) / 2;
     const WorkReal half = static_cast<WorkReal>(x) / 2;
-    return ProbabilityResult(a > kLargestGammaShape ? LargeGammaCdf(half, a)
+    return ProbabilityResult(a > kLargestGammaShape ? LargeGammaTail(half, a, false)
                                                     : boost::math::gamma_p(a, half, MathPolicy()));
+}
+
+double QKDistFun::SfChi(double x, double df) {
+    if (std::isnan(x)) return x;
+    if (!IsPositiveFinite(df)) return QKMV::Missing();
+    if (x <= 0) return 1;
+    if (std::isinf(x)) return 0;
+    const WorkReal a = static_cast<WorkReal>(df) / 2;
+    const WorkReal half = static_cast<WorkReal>(x) / 2;
+    return ProbabilityResult(a > kLargestGammaShape ? LargeGammaTail(half, a, true)
+                                                    : boost::math::gamma_q(a, half, MathPolicy()));
 }
 
 double QKDistFun::IdfChi(double p, double df) {

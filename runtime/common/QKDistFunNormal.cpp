@@ -55,6 +55,14 @@ double QKDistFun::CdfNorm(double x, double mean, double sd) {
     return StdNormOfTwoParts(high, std::isinf(high) ? 0 : static_cast<double>(z - high));
 }
 
+double QKDistFun::SfStdNorm(double x) {
+    return CdfStdNorm(-x);
+}
+
+double QKDistFun::SfNorm(double x, double mean, double sd) {
+    return CdfNorm(-x, -mean, sd);
+}
+
 double QKDistFun::IdfStdNorm(double p) {
     if (!IsProbability(p)) return QKMV::Missing();
     if (p == 0) return -kInfinity;

@@ -25,6 +25,8 @@ class TARNPlan {
     /// Whether the statistics of the tests are all that is wanted: nothing is then asked for or made that a plot or a
     /// table of descriptives alone would show.
     virtual bool IsBrief() const = 0;
+    /// Whether the run computes beyond the widths of its definition (see `Arithmetic`).
+    virtual bool IsExtended() const = 0;
 
     /// 1, 2 or 3 for a field of that kind. 0 for any other, and then the whole run ends with 220004: the one
     /// failure of a plan builder that does not stay in its test.

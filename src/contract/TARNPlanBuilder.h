@@ -72,6 +72,7 @@ class TARNPlanBuilder {
         EndMessage();
         test->AddMessages(messages);
         test->SetBrief(plan_.IsBrief());
+        test->SetExtended(plan_.IsExtended());
         return test;
     }
 

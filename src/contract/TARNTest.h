@@ -8,6 +8,7 @@
 #include "platform/common/QKStatus.h"
 #include "platform/common/QKXML.h"
 #include "platform/common/Record.h"
+#include "support/Arithmetic.h"
 #include "support/TestMessage.h"
 #include "support/UnivariateResults.h"
 #include "vocabulary/DefaultLevels.h"
@@ -51,6 +52,9 @@ class TARNTest {
     /// Says that no histogram, no box and no outlier is wanted: a test that makes any leaves it out of its element, and
     /// has no pass for it.
     void SetBrief(bool brief) { isBrief = brief; }
+    /// Says in which of the two ways of `Arithmetic` the test computes. Called before the first pass.
+    void SetExtended(bool extended) { arithmetic.Extend(extended); }
+    const Arithmetic& GetArithmetic() const { return arithmetic; }
     /// The threads of the run, and the question whether to stop, for work that takes longer than some milliseconds.
     /// Called before the first pass; borrowed, and needed until the last pass has ended.
     void SetWork(const WorkShare* share) { work = share; }
@@ -64,5 +68,6 @@ class TARNTest {
     std::vector<TestMessage> messages;
     int passesRemaining = 0;
     bool isBrief = false;
+    Arithmetic arithmetic;
     const WorkShare* work = nullptr;  // null for a test that is driven without a run
 };

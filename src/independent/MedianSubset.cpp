@@ -62,7 +62,7 @@ MedianSubset::ExpectedCells MedianSubset::ComputeChiSquare() {
         }
     }
     cells.manyBelowFive = 4 * belowFive > 2 * sizes.size();
-    sig = ChiSquareSig(chiSquare, static_cast<double>(sizes.size()) - 1);
+    sig = ChiSquareSig(chiSquare, static_cast<double>(sizes.size()) - 1, *arithmetic);
     return cells;
 }
 
@@ -71,7 +71,7 @@ FourfoldSignificance MedianSubset::CompareTwoGroups() const {
     const FourfoldTable table{counts[kNotAbove][0], counts[kNotAbove][1], counts[kAbove][0], counts[kAbove][1]};
     if (totalN <= kMostCasesOfExactTest) return {true, 0, FisherExactSignificance(table)};
     const double corrected = YatesChiSquare(table);
-    return {false, corrected, ChiSquareSig(corrected, 1)};
+    return {false, corrected, ChiSquareSig(corrected, 1, *arithmetic)};
 }
 
 double FisherExactSignificance(const FourfoldTable& table) {

@@ -6,6 +6,7 @@
 
 #include "platform/common/QKMV.h"
 #include "platform/common/Truncation.h"
+#include "support/Arithmetic.h"
 #include "support/QKUnivariateVariable.h"
 
 /// What decides between two groups in place of Pearson's chi-square.
@@ -23,6 +24,9 @@ class MedianSubset {
     static constexpr std::int32_t kNotInside = -1;
     static constexpr std::size_t kNotAbove = 0;
     static constexpr std::size_t kAbove = 1;
+
+    /// Borrows `by`.
+    explicit MedianSubset(const Arithmetic& by) : arithmetic(&by) {}
 
     /// Takes the groups of these sizes, by their categories, out of `categoryCount`; empties the table.
     void SetGroups(const std::vector<std::int32_t>& categories, std::vector<double> groupSizes,
@@ -75,6 +79,7 @@ class MedianSubset {
     double sig = 0;
 
  private:
+    const Arithmetic* arithmetic;
     std::vector<std::int32_t> positionOf;
     std::vector<double> sizes;
     double totalN = 0;

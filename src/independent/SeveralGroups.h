@@ -79,7 +79,7 @@ class SeveralGroups : public ColumnTest {
     /// `rules` is borrowed for the life of the test.
     SeveralGroups(std::unique_ptr<QKSettings> testSettings, const SeveralGroupsRules& rules,
                   const ComparisonRules& comparisonRules)
-        : ColumnTest(std::move(testSettings)), rules_(rules), steps(comparisonRules) {}
+        : ColumnTest(std::move(testSettings)), rules_(rules), steps(comparisonRules, arithmetic) {}
 
     // ---- What a test does, in the order in which it is called ----
 

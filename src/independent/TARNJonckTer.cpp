@@ -136,7 +136,7 @@ void TARNJonckTer::EndOverallPass() {
         for (std::int32_t group = 0; group < categoryCount; ++group) {
             rankSums.push_back(wholeRank.GroupRanks(group).sumOfRanks);
         }
-        wholeRank = TARNRank();  // tests live as long as the document
+        wholeRank.Reset();  // tests live as long as the document
         return;
     }
     if (overallPass == kQuantilesPass) {
@@ -156,7 +156,7 @@ void TARNJonckTer::EndPairs() {
                 {static_cast<double>(SizeOf(activeGroups[i])), static_cast<double>(SizeOf(activeGroups[j]))});
             Judge(pair, walk.OfPair(PlaceInWalk(i), PlaceInWalk(j)));
             PairRecord& record = pairs.emplace_back(RecordOf(pair, activeGroups[i], activeGroups[j]));
-            if (!pair.degenerate) record.adjSig = AdjustByPairCount(pair.sigDirected, categoryCount);
+            if (!pair.degenerate) record.adjSig = AdjustByPairCount(pair.sigDirected, categoryCount, arithmetic);
         }
     }
 }
@@ -192,7 +192,7 @@ bool TARNJonckTer::Judge(JonckheereSubset& subset, const JonckheereCounts& count
     }
     subset.Compute(counts);
     if (phase == Phase::kOverall) {
-        subset.sigTwoTail = TwoTailedNormal(subset.z);
+        subset.sigTwoTail = TwoTailedNormal(subset.z, arithmetic);
         return sigLevel > subset.sigTwoTail;
     }
     // The usual order takes the smaller tail and any other one the larger tail, whatever the sign: the direction that

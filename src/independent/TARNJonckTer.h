@@ -38,7 +38,7 @@ class TARNJonckTer : public SeveralGroups {
     ComparedSamples Samples() const;
 
     std::string orderOfHypotheses;
-    TARNRank wholeRank;
+    TARNRank wholeRank{arithmetic};
     std::vector<double> rankSums;  // per category
     TieScan tieScan;
     JonckheereWalk walk;  // over the groups, or over all categories

@@ -104,7 +104,7 @@ void TARNKSMedian::BeginOverall() {
 }
 
 MedianSubset TARNKSMedian::MakeSubset(const std::vector<std::int32_t>& categories) const {
-    MedianSubset subset;
+    MedianSubset subset(arithmetic);
     std::vector<double> sizes;
     for (const std::int32_t category : categories) sizes.push_back(SizeOf(category));
     subset.SetGroups(categories, std::move(sizes), categoryCount);
@@ -182,7 +182,7 @@ void TARNKSMedian::EndPairs() {
             MedianSubset pair = CountedSubset(members);
             Judge(pair, Mode::kPair, members);
             PairRecord& record = pairs.emplace_back(RecordOf(pair, members[0], members[1]));
-            if (!pair.degenerate) record.adjSig = AdjustByPairCount(pair.sig, groupCount);
+            if (!pair.degenerate) record.adjSig = AdjustByPairCount(pair.sig, groupCount, arithmetic);
         }
     }
 }

@@ -50,7 +50,7 @@ class TARNKSMedian : public SeveralGroups {
 
     bool userSpecifyMedian = false;
     double givenMedian = 0;
-    MedianSubset overall;
+    MedianSubset overall{arithmetic};
     std::optional<FourfoldSignificance> ofTwoGroups;
     MedianRecords records;  // of the groups, kept in the first pass of the comparisons
     std::vector<PairRecord> pairs;

@@ -158,7 +158,7 @@ void TARNKruskalWOneWay::BeginSteps() {
         rangeRanks.Begin(sortedGroups.size(), work);
     } else {
         stepRanks = StepRanks::kOfEachStep;
-        subsetRanks.resize(sortedGroups.size());
+        subsetRanks.resize(sortedGroups.size(), TARNRank(arithmetic));
     }
 }
 
@@ -213,7 +213,7 @@ void TARNKruskalWOneWay::EndOverallPass() {
         rankSums.push_back(wholeRank.GroupRanks(group).sumOfRanks);
     }
     tieSum = wholeRank.TieCorrectionSum();
-    wholeRank = TARNRank();  // tests live as long as the document
+    wholeRank.Reset();  // tests live as long as the document
     overall = ComputeH(
         activeGroups, [this](std::int32_t group) { return rankSums[static_cast<std::size_t>(group)]; }, tieSum);
     Settle(overall.sig < sigLevel);
@@ -241,7 +241,7 @@ TARNKruskalWOneWay::Result TARNKruskalWOneWay::ComputeH(const std::vector<std::i
     result.statistic = correction != 0 ? h / correction : 0.0;
     AddStatusMessage(QKStatus(kStatisticComputed), MessageKind::kHelpMessage);
     result.degreesOfFreedom = static_cast<double>(groups.size()) - 1;
-    result.sig = ChiSquareSig(result.statistic, result.degreesOfFreedom);
+    result.sig = ChiSquareSig(result.statistic, result.degreesOfFreedom, arithmetic);
     return result;
 }
 
@@ -259,7 +259,8 @@ PairRecord TARNKruskalWOneWay::Compare(std::int32_t a, std::int32_t b) const {
     const double n = overall.totalN;
     const double standardError =
         std::sqrt((1.0 / SizeOf(b) + 1.0 / SizeOf(a)) * ((n + 1) * n / 12 - tieSum / (12 * (n - 1))));
-    return MakeNormalPair(a, b, MeanRank(a) - MeanRank(b), standardError, static_cast<std::size_t>(categoryCount));
+    return MakeNormalPair(a, b, MeanRank(a) - MeanRank(b), standardError, static_cast<std::size_t>(categoryCount),
+                          arithmetic);
 }
 
 StepwiseComparison::Outcome TARNKruskalWOneWay::ComputeStep(SubsetRecord& range) {

@@ -54,7 +54,7 @@ class TARNKruskalWOneWay : public SeveralGroups {
     ComparedSamples Samples(const std::vector<std::int32_t>& groups) const;
     ComparedSamples PairedSamples() const;
 
-    TARNRank wholeRank;
+    TARNRank wholeRank{arithmetic};
     std::vector<double> rankSums;  // per category, over all records
     double tieSum = 0;
     Result overall;

@@ -157,9 +157,9 @@ void TARNMannWU::EndRanking() {
     const double spread = Spread(n, rank.TieCorrectionSum());
     standardError = std::sqrt(spread * (n1 * n2 / (n * (n - 1))));
     if (spread != 0) z = (u - n1 * n2 / 2) / standardError;
-    asymptoticSig = TwoTailedNormal(z);
+    asymptoticSig = TwoTailedNormal(z, arithmetic);
     passCounter = isBrief ? 2 : 1;
-    rank = TARNRank();  // it holds every rank, and tests live as long as the document
+    rank.Reset();  // it holds every rank, and tests live as long as the document
 }
 
 // ---- Element ----

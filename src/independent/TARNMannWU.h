@@ -37,7 +37,7 @@ class TARNMannWU : public ColumnTest {
     double sigLevel = kDefaultSigLevel;
     UnivariateResults* univariateResults = nullptr;
     int passCounter = 0;
-    TARNRank rank;
+    TARNRank rank{arithmetic};
     std::array<double, 2> meanRank{};
     GroupHistograms groupVariables;
     std::int32_t totalN = 0;

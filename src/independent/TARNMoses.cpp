@@ -223,7 +223,7 @@ void TARNMoses::EndRanking() {
     ChooseNumberOfOutliers();
     trimmedSpan = TrimmedSpan(control.ranks, numberOfOutliers);
     trimmedSig = MosesSignificance(trimmedSpan, m, n, numberOfOutliers);
-    rank = TARNRank();  // it holds every rank, and tests live as long as the document
+    rank.Reset();  // it holds every rank, and tests live as long as the document
 }
 
 void TARNMoses::ChooseNumberOfOutliers() {

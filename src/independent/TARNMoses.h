@@ -48,7 +48,7 @@ class TARNMoses : public ColumnTest {
     double sigLevel = kDefaultSigLevel;
     bool userSpecifyNumberOfOutliers = false;
     int passCounter = 0;
-    TARNRank rank;
+    TARNRank rank{arithmetic};
     std::vector<GroupBoxPlot> groupBoxes;
     std::int32_t totalN = 0;
     /// Outliers that are trimmed from each end of the control group.

@@ -232,7 +232,7 @@ QKStatus TARNChiSquare::EndPass() {
             const double difference = static_cast<double>(cell.observed) - expected;
             testStatistic += difference * difference / expected;
         }
-        asymptoticSig = ChiSquareSig(testStatistic, static_cast<double>(cells.size()) - 1);
+        asymptoticSig = ChiSquareSig(testStatistic, static_cast<double>(cells.size()) - 1, arithmetic);
     }
     AddExpectedCountsMessage(below, smallest);
     passesRemaining = 0;

@@ -164,12 +164,12 @@ QKStatus TARNWilcoxonSR::EndPass() {
         return status;
     }
     if (!isBrief) histogram.Close();
-    const SignedRanks ranks = RankSignedDifferences(differences, work);
+    const SignedRanks ranks = RankSignedDifferences(differences, work, arithmetic);
     differences.Clear();  // it holds every record, and tests live as long as the document
     positiveRankSum = ranks.sumOfPositive;
     standardError = std::sqrt(TiedVariance(nonTiedWeight, ranks.tieCorrectionSum));
     standardTestStatistic = (positiveRankSum - RankProduct(nonTiedWeight) * 0.25) / standardError;
-    asymptoticSig = TwoTailedNormal(standardTestStatistic);
+    asymptoticSig = TwoTailedNormal(standardTestStatistic, arithmetic);
     return status;
 }
 

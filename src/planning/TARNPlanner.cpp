@@ -91,6 +91,7 @@ void TARNPlanner::ReadCommonSettings() {
         analysisMissing = missingTreatment == kAnalysisTreatment;
     }
     settings->GetSettingValByName(SettingKey::kBrief, isBrief);
+    settings->GetSettingValByName(SettingKey::kExtendedArithmetic, isExtended);
     settings->GetSettingValByName(SettingKey::kSigLevel, sigLevel);
     settings->GetSettingValByName(SettingKey::kConfidenceLevel, confidenceLevel);
     std::string caseId;
@@ -109,6 +110,7 @@ void TARNPlanner::MakeStores() {
     memoIterator = reader->Begin();
     sortedData = std::make_unique<TARNSortedDataSet>(memoIterator);
     univariates = std::make_unique<UnivariateCollector>(memoIterator, *varList);
+    univariates->Extend(isExtended);
     weightIndex = varList->GetFreqWeightIndex();
     if (weightIndex != QKVarList::kNoWeight) {
         hasWeight = true;

@@ -75,6 +75,7 @@ class TARNPlanner : public IQKAlgorithm, private TARNPlan {
     int GetCaseIdIndex() const override { return caseIdIndex; }
     const QKVarList& GetVarList() const override { return *varList; }
     bool IsBrief() const override { return isBrief; }
+    bool IsExtended() const override { return isExtended; }
     int GetMeasureLevel(const std::string& fieldName) override;
     bool Request(int field, int statistic) override { return univariates->Request(field, statistic); }
     void RegisterSorted(int field) override { sortedData->Register(field); }
@@ -111,6 +112,7 @@ class TARNPlanner : public IQKAlgorithm, private TARNPlan {
     bool hasWeight = false;
     bool analysisMissing = true;
     bool isBrief = false;
+    bool isExtended = false;
     double sigLevel = kDefaultSigLevel;
     double confidenceLevel = kDefaultConfidenceLevel;
     TARNVariableInfo variableInfo;

@@ -321,7 +321,7 @@ void RankedRows::EndOverall() {
     }
     for (std::size_t i = 0; i < rankSums.size(); ++i) meanRanks[i] = rankSums[i] / n;
     chiSquare = FriedmanChiSquare(rankSums, n, tieSum);
-    sig = ChiSquareSig(chiSquare, k - 1.0);
+    sig = ChiSquareSig(chiSquare, k - 1.0, arithmetic);
     if (comparison.pairwise || comparison.stepwise) Compare();
 }
 
@@ -340,8 +340,9 @@ void RankedRows::Compare() {
 
 void RankedRows::ComparePairs() {
     const double standardError = std::sqrt(static_cast<double>(k) * (k + 1.0) / (6.0 * n));
-    pairwiseResults = CompareNormalPairs(rankSums.size(), standardError,
-                                         [&](std::size_t i, std::size_t j) { return (rankSums[i] - rankSums[j]) / n; });
+    pairwiseResults = CompareNormalPairs(
+        rankSums.size(), standardError, [&](std::size_t i, std::size_t j) { return (rankSums[i] - rankSums[j]) / n; },
+        arithmetic);
     pairwiseDone = true;
 }
 
@@ -349,7 +350,7 @@ void RankedRows::EndStep() {
     if (isExact) AddBalances();
     AddMessages(steps.EndPass(sigLevel, [&](SubsetRecord& subset) {
         subset.statistic = SubsetChiSquare(subset, n);
-        subset.sig = ChiSquareSig(subset.statistic, static_cast<double>(subset.Size()) - 1);
+        subset.sig = ChiSquareSig(subset.statistic, static_cast<double>(subset.Size()) - 1, arithmetic);
         return StepwiseComparison::Outcome::kComputed;
     }));
     --passesRemaining;

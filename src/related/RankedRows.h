@@ -51,7 +51,7 @@ class RankedRows : public ColumnTest {
     /// Reads from its settings "variableIndex" (the fields), "weightVariableIndex", "sigLevel" and
     /// "typeOfMultipleComparison". `whichTest` is a constant.
     RankedRows(std::unique_ptr<QKSettings> testSettings, const RankedRowsTest& whichTest)
-        : ColumnTest(std::move(testSettings)), kind(whichTest), steps(whichTest.rules) {}
+        : ColumnTest(std::move(testSettings)), kind(whichTest), steps(whichTest.rules, arithmetic) {}
 
     /// Takes records, whatever the status of the test.
     void AddRows(ColumnBatch& batch);

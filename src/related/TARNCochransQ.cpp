@@ -266,7 +266,7 @@ void TARNCochransQ::EndOverall() {
         return;
     }
     q = counts.Q();
-    sig = ChiSquareSig(q, static_cast<double>(variableIndices.size()) - 1);
+    sig = ChiSquareSig(q, static_cast<double>(variableIndices.size()) - 1, arithmetic);
     Compare();
     state = comparison.stepwise ? State::kBeforeSteps : State::kFinished;
 }
@@ -277,8 +277,9 @@ void TARNCochransQ::Compare() {
         AddMessages(comparison.Refuse(isSignificant ? kTooFewToCompare : kNotSignificant));
         passesRemaining = 0;
     } else if (comparison.pairwise) {
-        pairwiseResults = CompareNormalPairs(variableIndices.size(), counts.StandardError(),
-                                             [&](std::size_t i, std::size_t j) { return counts.Difference(i, j); });
+        pairwiseResults = CompareNormalPairs(
+            variableIndices.size(), counts.StandardError(),
+            [&](std::size_t i, std::size_t j) { return counts.Difference(i, j); }, arithmetic);
         pairwiseDone = true;
     }
 }
@@ -302,7 +303,7 @@ void TARNCochransQ::EndStep() {
     AddMessages(steps.EndPass(sigLevel, [&](SubsetRecord& subset) {
         // The counts are those of the listed fields at these positions, not of the ordered ones. That is intended.
         subset.statistic = counts.SubsetQ(subset.firstPosition, subset.lastPosition, RowTerm(subset));
-        subset.sig = ChiSquareSig(subset.statistic, static_cast<double>(subset.Size()) - 1);
+        subset.sig = ChiSquareSig(subset.statistic, static_cast<double>(subset.Size()) - 1, arithmetic);
         return StepwiseComparison::Outcome::kComputed;
     }));
     if (!steps.IsDone()) return;

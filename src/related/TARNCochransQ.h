@@ -65,7 +65,7 @@ class TARNCochransQ : public ColumnTest {
     /// later ones, too, the sums of that over all positions up to these two. It wraps as a counter of 32 bits does.
     std::vector<std::uint32_t> commonSuccesses;
     bool isFirstStep = true;
-    StepwiseComparison steps{ComparisonRulesOf::kCochransQ};
+    StepwiseComparison steps{ComparisonRulesOf::kCochransQ, arithmetic};
 };
 
 /// The plan builder of "RCochransQ". Keys: "variableName", the fields; "classFormation", and with its value

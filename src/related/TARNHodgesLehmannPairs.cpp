@@ -112,7 +112,7 @@ void TARNHodgesLehmannPairs::Estimate() {
 
 void TARNHodgesLehmannPairs::ComputeRankMoments() {
     meanRank = MeanRank(totalN);
-    rankStdError = RankStandardError(totalN, RankSignedDifferences(sample, work).tieCorrectionSum);
+    rankStdError = RankStandardError(totalN, RankSignedDifferences(sample, work, arithmetic).tieCorrectionSum);
 }
 
 /// Without a weight field each position is that of one average, which is what the weighted position comes to when all

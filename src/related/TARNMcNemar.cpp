@@ -232,7 +232,7 @@ std::int32_t TARNMcNemar::Discordant() const {
 
 QKStatus TARNMcNemar::EndPass() {
     testStatistic = ChangeStatistic(failSuccessCount, successFailCount);
-    asymptoticSig = std::min(ChiSquareSig(testStatistic, kDegreesOfFreedom), 1.0);
+    asymptoticSig = std::min(ChiSquareSig(testStatistic, kDegreesOfFreedom, arithmetic), 1.0);
     if (Discordant() < kExactBelow) {
         AddStatusMessage(QKStatus(kExactBesideAsymptotic), MessageKind::kHelpMessage);
         int err = 0;

@@ -174,7 +174,7 @@ void TARNSign::EndCounting() {
         standardError = std::sqrt(n) * 0.5;
         const double corrected = CorrectForContinuity(positiveCount - n * 0.5);
         standardTestStatistic = corrected == 0 ? 0.0 : corrected / standardError;
-        asymptoticSig = TwoTailedNormal(standardTestStatistic);
+        asymptoticSig = TwoTailedNormal(standardTestStatistic, arithmetic);
     }
     ++passCounter;
 }

@@ -112,14 +112,14 @@ void TARNWilcoxonPairs::TakeCounts() {
 }
 
 void TARNWilcoxonPairs::EndRanking() {
-    const SignedRanks ranks = RankSignedDifferences(ranked, work);
+    const SignedRanks ranks = RankSignedDifferences(ranked, work, arithmetic);
     ranked.Clear();  // it holds every record, and tests live as long as the document
     positiveRankSum = ranks.sumOfPositive;
     nonZeroN = Add32(positiveCount, negativeCount);
     meanRank = RankProduct(nonZeroN) * 0.25;
     standardError = std::sqrt(TiedVariance(nonZeroN, ranks.tieCorrectionSum));
     standardTestStatistic = (positiveRankSum - meanRank) / standardError;
-    asymptoticSig = TwoTailedNormal(standardTestStatistic);
+    asymptoticSig = TwoTailedNormal(standardTestStatistic, arithmetic);
 }
 
 std::int32_t TARNWilcoxonPairs::TotalN() const {

@@ -65,9 +65,9 @@ void TARNSettingsExpansion::ReadGlobalKey(const std::string& key) {
     } else if (key == SettingKey::kThreads) {
         int threads = 0;
         if (modelSettings->GetSettingValByName(key, threads)) executionSettings->AddSetting(key, threads);
-    } else if (key == SettingKey::kBrief) {
-        bool isBrief = false;
-        if (modelSettings->GetSettingValByName(key, isBrief)) executionSettings->AddSetting(key, isBrief);
+    } else if (key == SettingKey::kBrief || key == SettingKey::kExtendedArithmetic) {
+        bool isWanted = false;
+        if (modelSettings->GetSettingValByName(key, isWanted)) executionSettings->AddSetting(key, isWanted);
     } else if (key == SettingKey::kSigLevel) {
         double level = kDefaultSigLevel;
         modelSettings->GetSettingValByName(key, level);

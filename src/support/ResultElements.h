@@ -58,6 +58,7 @@ class StructuredTable {
     void Row(std::string_view name, std::string_view value);
     void Row(std::string_view name, const char* value) { Row(name, std::string_view(value)); }
     void Row(std::string_view name, std::int32_t value) { Row(name, IntToString(value)); }
+    void Row(std::string_view name, std::int64_t value) { Row(name, IntToString(value)); }
     void Row(std::string_view name, double value) { Row(name, DoubleToString(value)); }
     void Row(std::string_view name, bool value) = delete;  // a truth value goes through BoolToString
 

@@ -111,10 +111,11 @@ void SignedDifferences::Clear() {
     *this = SignedDifferences();
 }
 
-SignedRanks RankSignedDifferences(const SignedDifferences& sample, const WorkShare* share) {
+SignedRanks RankSignedDifferences(const SignedDifferences& sample, const WorkShare* share,
+                                  const Arithmetic& arithmetic) {
     const WorkShare alone;
     const WorkShare& work = share == nullptr ? alone : *share;
-    TARNRank rank;
+    TARNRank rank(arithmetic);
     if (!IsSequenceFree(sample)) {
         RankInSequence(sample, rank);
     } else if (sample.AreWeighted()) {

@@ -8,6 +8,7 @@
 
 #include "machine/LargeArray.h"
 #include "machine/WorkShare.h"
+#include "support/Arithmetic.h"
 
 /// What the tests on differences share: the differences that a pass collects, and the ranks of their absolute values.
 
@@ -68,7 +69,7 @@ struct SignedRanks {
 /// Ranks the absolute values. Truncated weights move the ranks, those as they stand weigh them in the sum. The sign bit
 /// says on which side a difference is, be it a number or not. `work` may be null; of no use once it was stopped. Throws
 /// `std::bad_alloc`.
-SignedRanks RankSignedDifferences(const SignedDifferences& sample, const WorkShare* work);
+SignedRanks RankSignedDifferences(const SignedDifferences& sample, const WorkShare* work, const Arithmetic& arithmetic);
 
 // ---- Implementation ----
 

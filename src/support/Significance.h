@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "platform/common/QKDistFun.h"
+#include "support/Arithmetic.h"
 
 /// An exact binomial significance is computed for fewer cases than this.
 inline constexpr int kExactBelow = 26;
@@ -15,13 +16,20 @@ inline double CorrectForContinuity(double difference) {
     return 0.0;
 }
 
-/// Two-tailed significance of a standard normal statistic. The upper tail is one minus the lower one, so that it is
-/// exactly 0 from about 8.3 on.
-inline double TwoTailedNormal(double z) {
-    return 2 * (1 - QKMath::QKDistFun::CdfStdNorm(std::fabs(z)));
+/// P(Z > z) of the standard normal distribution. As defined it is one minus the lower tail, so that it is exactly 0
+/// from about 8.3 on.
+inline double UpperTailOfNormal(double z, const Arithmetic& arithmetic) {
+    return arithmetic.UpperTail([=] { return QKMath::QKDistFun::CdfStdNorm(z); },
+                                [=] { return QKMath::QKDistFun::SfStdNorm(z); });
 }
 
-/// Significance of a chi-square statistic: one minus the lower tail, too.
-inline double ChiSquareSig(double statistic, double degreesOfFreedom) {
-    return 1 - QKMath::QKDistFun::CdfChi(statistic, degreesOfFreedom);
+/// Two-tailed significance of a standard normal statistic.
+inline double TwoTailedNormal(double z, const Arithmetic& arithmetic) {
+    return 2 * UpperTailOfNormal(std::fabs(z), arithmetic);
+}
+
+/// Significance of a chi-square statistic: its upper tail, too.
+inline double ChiSquareSig(double statistic, double degreesOfFreedom, const Arithmetic& arithmetic) {
+    return arithmetic.UpperTail([=] { return QKMath::QKDistFun::CdfChi(statistic, degreesOfFreedom); },
+                                [=] { return QKMath::QKDistFun::SfChi(statistic, degreesOfFreedom); });
 }

@@ -18,9 +18,11 @@ std::vector<OrderedSample> OrderSamples(const std::vector<double>& orderValues) 
     return samples;
 }
 
-double AdjustForSubset(double sig, std::size_t size, std::size_t sampleCount) {
+double AdjustForSubset(double sig, std::size_t size, std::size_t sampleCount, const Arithmetic& arithmetic) {
     if (size == sampleCount || size + 1 == sampleCount) return sig;
-    return 1 - std::pow(1 - sig, static_cast<double>(sampleCount) / static_cast<double>(size));
+    const double exponent = static_cast<double>(sampleCount) / static_cast<double>(size);
+    return arithmetic.UpperTail([=] { return std::pow(1 - sig, exponent); },
+                                [=] { return -std::expm1(exponent * std::log1p(-sig)); });
 }
 
 namespace {
@@ -104,7 +106,7 @@ bool StepwiseComparison::WalkCandidates(double sigLevel, const Compute& compute)
             erase();
             continue;
         }
-        candidate.adjSig = AdjustForSubset(candidate.sig, candidate.Size(), sampleCount_);
+        candidate.adjSig = AdjustForSubset(candidate.sig, candidate.Size(), sampleCount_, *arithmetic_);
         if (!IsHomogeneous(candidate, sigLevel)) {
             DropLastSample(candidate);
             if (!candidate.HasOneSample()) {

@@ -5,6 +5,7 @@
 #include <functional>
 #include <vector>
 
+#include "support/Arithmetic.h"
 #include "support/ComparisonRules.h"
 #include "support/TestMessage.h"
 
@@ -45,7 +46,7 @@ struct SubsetRecord {
 TestMessage LoneSampleWarning(const SubsetRecord& subset);
 
 /// The adjusted significance of a subset of `size` out of `sampleCount` samples.
-double AdjustForSubset(double sig, std::size_t size, std::size_t sampleCount);
+double AdjustForSubset(double sig, std::size_t size, std::size_t sampleCount, const Arithmetic& arithmetic);
 
 /// Removes subsets that lie inside another one of the list, all but those that stand right behind a removed one: a step
 /// is made after a removal, too, so that what moves into the empty place is not looked at. That is intended. A search
@@ -68,7 +69,9 @@ class StepwiseComparison {
     /// Fills the statistic and the significance of a subset, not the adjusted one.
     using Compute = std::function<Outcome(SubsetRecord&)>;
 
-    explicit StepwiseComparison(const ComparisonRules& testRules) : rules(testRules) {}
+    /// Borrows `arithmetic`.
+    StepwiseComparison(const ComparisonRules& testRules, const Arithmetic& arithmetic)
+        : rules(testRules), arithmetic_(&arithmetic) {}
 
     /// Sets up the candidates over `positionCount` ordered samples. All of them together are no candidate, as the test
     /// has rejected them. `sampleCount`: how many samples the significances are adjusted for; a test may count empty
@@ -95,6 +98,7 @@ class StepwiseComparison {
     void Tidy();
 
     ComparisonRules rules;
+    const Arithmetic* arithmetic_;
     std::size_t positionCount_ = 0;
     std::size_t sampleCount_ = 0;
     std::vector<SubsetRecord> candidates;

@@ -5,7 +5,6 @@
 #include <limits>
 
 #include "platform/common/Truncation.h"
-#include "support/Int32.h"
 
 namespace {
 
@@ -26,7 +25,7 @@ QKStatus TARNRank::AddValue(double value, double weight, std::int32_t group) {
 
 void TARNRank::BeginRun(double opener) {
     if (!isFirstValue) CloseTieRun();
-    casesBelow = Add32(casesBelow, tieWeight);
+    casesBelow = arithmetic->Count(casesBelow + tieWeight);
     isFirstValue = false;
     currentValue = opener;
     tieWeight = 0;
@@ -35,13 +34,14 @@ void TARNRank::BeginRun(double opener) {
 }
 
 void TARNRank::AddToRun(double weight, std::int32_t group) {
-    tieWeight = Add32(tieWeight, TruncateToInt32(weight));
+    tieWeight = arithmetic->Count(tieWeight + TruncateToInt32(weight));
     pendingGroups.push_back(group);
     pendingWeights.push_back(weight);
 }
 
 void TARNRank::CloseTieRun() {
-    const double midRank = Add32(tieWeight, 1) * 0.5 + casesBelow;
+    const double midRank =
+        static_cast<double>(arithmetic->Count(tieWeight + 1)) * 0.5 + static_cast<double>(casesBelow);
     for (std::size_t i = 0; i < pendingGroups.size(); ++i) {
         GroupRankStats& stats = GroupRanks(pendingGroups[i]);
         stats.sumOfRanks += midRank * pendingWeights[i];
@@ -59,7 +59,7 @@ GroupRankStats& TARNRank::GroupRanks(std::int32_t group) {
 }
 
 void TARNRank::Reset() {
-    *this = TARNRank();
+    *this = TARNRank(*arithmetic);
 }
 
 // ---- Many at once ----
@@ -158,7 +158,7 @@ std::size_t TARNRank::AddClosedRuns(const Block& block) {
     MarkOpeners(block.values, block.size, openers.data());
     std::array<std::int32_t, kBlock> runOf;
     std::array<std::int32_t, kBlock + 1> below;  // the weight below a run
-    std::int32_t weight = casesBelow;
+    auto weight = static_cast<std::int32_t>(casesBelow);
     std::size_t runs = 0;
     std::size_t last = 0;
     for (std::size_t i = 0; i < block.size; ++i) {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/common/QKStatus.h"
+#include "support/Arithmetic.h"
 #include "support/TieCorrection.h"
 
 /// What `TARNRank` keeps of the ranks of one group.
@@ -32,6 +33,8 @@ struct GroupRankStats {
 /// checks the order: a lower value only starts a new run.
 class TARNRank {
  public:
+    /// Borrows `by`.
+    explicit TARNRank(const Arithmetic& by) : arithmetic(&by) {}
     virtual ~TARNRank() = default;
 
     /// Whether a value is tied with the one that opened a run: they differ by less than 1e-14, whatever the scale of
@@ -81,11 +84,12 @@ class TARNRank {
     std::size_t AddClosedRuns(const Block& block);
     void AddExactSums();
 
+    const Arithmetic* arithmetic;
     QKStatus status;
     std::vector<GroupRankStats> groupRanks;
     TieCorrection tieCorrection;
-    std::int32_t tieWeight = 0;   // of the run being built
-    std::int32_t casesBelow = 0;  // weight of all closed runs
+    std::int64_t tieWeight = 0;   // of the run being built
+    std::int64_t casesBelow = 0;  // weight of all closed runs
     double currentValue = 0;      // that opened the run being built
     std::vector<std::int32_t> pendingGroups;
     std::vector<double> pendingWeights;

@@ -6,8 +6,8 @@
 
 namespace {
 
-template <typename Value>
-std::string Join(const std::vector<Value>& values, void (*append)(std::string&, Value)) {
+template <typename Value, typename Append>
+std::string Join(const std::vector<Value>& values, const Append& append) {
     std::string joined;
     for (const Value& value : values) {
         if (&value != values.data()) joined += ';';
@@ -18,15 +18,15 @@ std::string Join(const std::vector<Value>& values, void (*append)(std::string&, 
 
 }  // namespace
 
-void AppendInt(std::string& text, std::int32_t value) {
-    char digits[16];
+void AppendInt(std::string& text, std::int64_t value) {
+    char digits[24];
     text.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
 }
 void AppendDouble(std::string& text, double value) {
     QKXML::AppendNumber(text, value);
 }
 
-std::string IntToString(std::int32_t value) {
+std::string IntToString(std::int64_t value) {
     return std::to_string(value);
 }
 std::string SizeToString(std::size_t value) {

@@ -10,7 +10,7 @@
 /// run takes the place of a NaN. A run of less than 2 is no tie.
 class TieCorrection {
  public:
-    void AddRun(double opener, std::int32_t size) {
+    void AddRun(double opener, std::int64_t size) {
         if (size < 2) return;
         const double term = TermOf(size);
         if (firstTerm == 0) {
@@ -28,7 +28,7 @@ class TieCorrection {
         lastOpener = opener;
     }
     /// Of an opener that is finite and above all before it; the quick way for many.
-    void AddHigherRun(std::int32_t size) {
+    void AddHigherRun(std::int64_t size) {
         if (size < 2) return;
         const double term = TermOf(size);
         if (isFirstNaN) {
@@ -42,8 +42,8 @@ class TieCorrection {
     double Sum() const { return sum; }
 
  private:
-    static double TermOf(std::int32_t size) {
-        const double t = size;
+    static double TermOf(std::int64_t size) {
+        const auto t = static_cast<double>(size);
         return t * t * t - t;
     }
     void AddLast(double term) {

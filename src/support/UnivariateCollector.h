@@ -9,6 +9,7 @@
 #include "platform/common/QKStatus.h"
 #include "platform/common/QKVarList.h"
 #include "records/InitialDataReader.h"
+#include "support/Arithmetic.h"
 #include "support/QKUnivariateVariable.h"
 
 class TARNSortedDataSet;
@@ -21,6 +22,9 @@ class UnivariateCollector {
 
     /// Borrows the fields; the store of `memo` is read in `Compute` only.
     UnivariateCollector(const QKTarn::TarnMemoIterator& memo, const QKVarList& varList);
+
+    /// Says in which of the two ways of `Arithmetic` the records count. Called before the first request.
+    void Extend(bool extended) { arithmetic.Extend(extended); }
 
     /// Asks for a statistic (a code of `Statistic`) of a field. False if the field got no record of its own, or if
     /// quantiles of a continuous field are asked for before there is a sorted view of anything; true otherwise,
@@ -54,6 +58,7 @@ class UnivariateCollector {
     bool EndPassOfAll(QKStatus& status);
 
     QKTarn::TarnMemoIterator memo;
+    Arithmetic arithmetic;
     int weightIndex = kNoWeight;
     const QKVarList* varList;
     std::map<int, std::unique_ptr<QKUnivariateVariable>> variables;

@@ -25,7 +25,16 @@ inline constexpr const char* kType = "type";
 inline constexpr const char* kClassification = "classification";
 inline constexpr const char* kDecision = "decision";
 inline constexpr const char* kVarIndex = "varIndex";
+/// Of a test that came out otherwise than as defined, with what is so: `ArithmeticWay`, joined by a blank.
+inline constexpr const char* kArithmetic = "arithmetic";
 }  // namespace ElementAttribute
+
+/// In what a test came out otherwise than as defined (see `Arithmetic`): a number was wider, or a statistic has the
+/// textbook's form.
+namespace ArithmeticWay {
+inline constexpr const char* kExtended = "extended";
+inline constexpr const char* kTextbook = "textbook";
+}  // namespace ArithmeticWay
 
 /// Names of tables.
 namespace TableName {

@@ -13,6 +13,9 @@ inline constexpr const char* kThreads = "threads";
 /// True for a run whose statistics are all that is wanted: no histograms, no boxes, no descriptives but those that a
 /// test needs. Absent: false.
 inline constexpr const char* kBrief = "brief";
+/// True for a run whose numbers are as wide as they need to be, whose tails are worked out by themselves, and whose
+/// statistics have the textbook's form. Absent: false.
+inline constexpr const char* kExtendedArithmetic = "extendedArithmetic";
 
 // Of a test's entry in the execution settings.
 inline constexpr const char* kVariableName = "variableName";

@@ -328,6 +328,7 @@ class PlannedTest : private TARNPlan {
     int GetCaseIdIndex() const override { return kNoCaseId; }
     const QKVarList& GetVarList() const override { return varList_; }
     bool IsBrief() const override { return false; }
+    bool IsExtended() const override { return false; }
     int GetMeasureLevel(const std::string& name) override { return varList_.GetVariable(name)->GetKind(); }
     bool Request(int field, int statistic) override { return univariates_->Request(field, statistic); }
     void RegisterSorted(int field) override { sorted_->Register(field); }

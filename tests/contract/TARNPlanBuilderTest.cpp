@@ -41,6 +41,7 @@ class NotingPlan : public TARNPlan {
     int GetWeightIndex() const override { return weightIndex; }
     int GetCaseIdIndex() const override { return kNoCaseId; }
     bool IsBrief() const override { return false; }
+    bool IsExtended() const override { return false; }
     const QKVarList& GetVarList() const override { return const_cast<harness::Fields&>(fields).List(); }
     int GetMeasureLevel(const std::string&) override { return 0; }
     bool Request(int field, int statistic) override {

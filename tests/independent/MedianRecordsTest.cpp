@@ -26,7 +26,7 @@ MedianSubset SubsetOf(const GroupedColumns& records, const std::vector<std::size
         const GroupedColumns own = records.Of([&](std::int32_t other) { return other == categories.back(); });
         sizes.push_back(std::accumulate(own.weights.begin(), own.weights.end(), 0.0));
     }
-    MedianSubset subset;
+    MedianSubset subset(Arithmetic::AsDefined());
     subset.SetGroups(categories, sizes, kGroups);
     return subset;
 }

@@ -14,7 +14,7 @@ namespace {
 
 /// A subset of groups of one table: the cases not above 0, and those above it.
 MedianSubset SubsetOf(const std::vector<std::int32_t>& notAbove, const std::vector<std::int32_t>& above) {
-    MedianSubset subset;
+    MedianSubset subset(Arithmetic::AsDefined());
     std::vector<std::int32_t> categories;
     std::vector<double> sizes;
     for (std::size_t i = 0; i < above.size(); ++i) {
@@ -33,7 +33,7 @@ MedianSubset SubsetOf(const std::vector<std::int32_t>& notAbove, const std::vect
 // ---- Groups, median and counts ----
 
 TEST(MedianSubset, PlacesItsGroupsInTheOrderGiven) {
-    MedianSubset subset;
+    MedianSubset subset(Arithmetic::AsDefined());
     subset.SetGroups({3, 0}, {5, 2}, 5);
     EXPECT_EQ(subset.PlaceOf(3), 0);
     EXPECT_EQ(subset.PlaceOf(0), 1);
@@ -47,7 +47,7 @@ TEST(MedianSubset, PlacesItsGroupsInTheOrderGiven) {
 }
 
 TEST(MedianSubset, ValueEqualToTheMedianIsNotAbove) {
-    MedianSubset subset;
+    MedianSubset subset(Arithmetic::AsDefined());
     subset.SetGroups({0}, {3}, 1);
     for (const double value : {1.0, 2.0, 2.0}) subset.AddToMedian(value, 1);
     subset.FinishMedian();
@@ -58,14 +58,14 @@ TEST(MedianSubset, ValueEqualToTheMedianIsNotAbove) {
 }
 
 TEST(MedianSubset, MedianIsBetweenTheMiddleCasesAndZeroWithoutAny) {
-    MedianSubset subset;
+    MedianSubset subset(Arithmetic::AsDefined());
     subset.SetGroups({0}, {4}, 1);
     subset.AddToMedian(1, 2);
     subset.AddToMedian(4, 2);
     subset.FinishMedian();
     EXPECT_EQ(subset.Median(), 2.5);
 
-    MedianSubset empty;
+    MedianSubset empty(Arithmetic::AsDefined());
     empty.SetGroups({0}, {4}, 1);
     empty.FinishMedian();
     EXPECT_EQ(empty.Median(), 0);
@@ -73,7 +73,7 @@ TEST(MedianSubset, MedianIsBetweenTheMiddleCasesAndZeroWithoutAny) {
 
 TEST(MedianSubset, ValueOfWeightZeroMovesTheMedianButIsNoCase) {
     // Two cases, 1 and 9: the position 1.5 lies between 9 and the value passed last, which is 5.
-    MedianSubset subset;
+    MedianSubset subset(Arithmetic::AsDefined());
     subset.SetGroups({0}, {2}, 1);
     subset.AddToMedian(1, 1);
     subset.AddToMedian(5, 0);

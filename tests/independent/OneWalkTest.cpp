@@ -241,7 +241,7 @@ void ExpectPlainRanges(const GroupedColumns& records) {
     ranks.Close();
     for (std::int32_t last = kGroups - 1; last > 0; --last) {
         for (std::int32_t first = 0; first < last; ++first) {
-            TARNRank plain;
+            TARNRank plain(Arithmetic::AsDefined());
             for (std::size_t i = 0; i < records.Size(); ++i) {
                 const std::int32_t group = records.groups[i];
                 if (group < first || group > last) continue;

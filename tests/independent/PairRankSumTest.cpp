@@ -30,7 +30,7 @@ PairRankSum SumOf(const Cases& cases) {
 
 /// The same by `TARNRank`, which has a key for each group.
 void ExpectAsByRank(const Cases& cases) {
-    TARNRank rank;
+    TARNRank rank(Arithmetic::AsDefined());
     double sizes[2] = {0, 0};
     for (const Case& one : cases) {
         static_cast<void>(rank.AddValue(one.value, one.weight, one.side == kFirst ? 1 : 2));

@@ -74,7 +74,7 @@ Reference ByTARNRank(const Values& row, std::size_t first, std::size_t last) {
     for (std::size_t i = first; i <= last; ++i) ascending.emplace_back(row[i], i);
     std::stable_sort(ascending.begin(), ascending.end(),
                      [](const auto& a, const auto& b) { return a.first < b.first; });
-    TARNRank rank;
+    TARNRank rank(Arithmetic::AsDefined());
     for (const auto& [value, position] : ascending) {
         EXPECT_FALSE(rank.AddValue(value, 1, static_cast<std::int32_t>(position)).IsError());
     }

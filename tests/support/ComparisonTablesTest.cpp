@@ -71,7 +71,7 @@ struct StepwiseText {
 
 /// Four samples of which 0-2 belong together and 1-2 has no statistic where a test can say so; 3 is alone.
 StepwiseText WriteStepwise(const ComparisonRules& rules) {
-    StepwiseComparison search(rules);
+    StepwiseComparison search(rules, Arithmetic::AsDefined());
     search.Begin(4, 4);
     while (!search.IsDone()) {
         (void)search.EndPass(kLevel, [&](SubsetRecord& subset) {

@@ -11,10 +11,10 @@ namespace {
 
 // 3 * 2 / 2 of 0.1 in the two orders of rounding: 0.1 * 6 / 2 and 3 * 0.1 * 2 / 2.
 TEST(AdjustByPairCount, FormsTheNumberOfPairsFirstIn32Bits) {
-    EXPECT_EQ(AdjustByPairCount(0.1, 3), 6 * 0.1 / 2);
-    EXPECT_EQ(AdjustByPairCount(0.5, 3), 1);
-    EXPECT_EQ(AdjustByPairCount(0.5, 46342), -2147432674 * 0.5 / 2);  // 46341 * 46342 - 2^32
-    EXPECT_EQ(AdjustByPairCount(1e-9, 65537), 65536 * 1e-9 / 2);
+    EXPECT_EQ(AdjustByPairCount(0.1, 3, Arithmetic::AsDefined()), 6 * 0.1 / 2);
+    EXPECT_EQ(AdjustByPairCount(0.5, 3, Arithmetic::AsDefined()), 1);
+    EXPECT_EQ(AdjustByPairCount(0.5, 46342, Arithmetic::AsDefined()), -2147432674 * 0.5 / 2);  // 46341 * 46342 - 2^32
+    EXPECT_EQ(AdjustByPairCount(1e-9, 65537, Arithmetic::AsDefined()), 65536 * 1e-9 / 2);
 }
 
 TEST(AdjustForPairs, IsBonferronisAndAtMost1) {
@@ -26,7 +26,7 @@ TEST(AdjustForPairs, IsBonferronisAndAtMost1) {
 }
 
 TEST(MakeNormalPair, FillsTheRecord) {
-    const PairRecord pair = MakeNormalPair(1, 3, -0.98, 0.5, 4);
+    const PairRecord pair = MakeNormalPair(1, 3, -0.98, 0.5, 4, Arithmetic::AsDefined());
     EXPECT_EQ(pair.sample1, 1);
     EXPECT_EQ(pair.sample2, 3);
     EXPECT_EQ(pair.testStatistic, -0.98);

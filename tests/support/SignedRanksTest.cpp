@@ -16,7 +16,7 @@ namespace {
 SignedRanks RanksOf(const std::vector<double>& differences, const std::vector<double>& weights = {}) {
     SignedDifferences sample;
     sample.Add(differences.data(), weights.empty() ? nullptr : weights.data(), differences.size(), true);
-    return RankSignedDifferences(sample, nullptr);
+    return RankSignedDifferences(sample, nullptr, Arithmetic::AsDefined());
 }
 
 /// A rank is half the weight of its equals and a half behind the weight of all that are smaller.
@@ -43,7 +43,7 @@ TEST(SignedRanks, AreThoseOfTheAbsoluteValues) {
 }
 
 TEST(SignedRanks, OfNothingAreNothing) {
-    const SignedRanks ranks = RankSignedDifferences(SignedDifferences(), nullptr);
+    const SignedRanks ranks = RankSignedDifferences(SignedDifferences(), nullptr, Arithmetic::AsDefined());
     EXPECT_EQ(ranks.sumOfPositive, 0);
     EXPECT_EQ(ranks.tieCorrectionSum, 0);
 }

@@ -37,8 +37,9 @@ class TwoTailedNormalOf : public testing::TestWithParam<NormalTail> {};
 
 TEST_P(TwoTailedNormalOf, AStatisticOfEitherSign) {
     // One minus a lower tail: its error is that of numbers near 1.
-    EXPECT_NEAR(TwoTailedNormal(GetParam().z), GetParam().significance, 4.5e-16);
-    EXPECT_EQ(TwoTailedNormal(-GetParam().z), TwoTailedNormal(GetParam().z));
+    EXPECT_NEAR(TwoTailedNormal(GetParam().z, Arithmetic::AsDefined()), GetParam().significance, 4.5e-16);
+    EXPECT_EQ(TwoTailedNormal(-GetParam().z, Arithmetic::AsDefined()),
+              TwoTailedNormal(GetParam().z, Arithmetic::AsDefined()));
 }
 
 // mpmath with 30 digits: 2 * ncdf(-z)
@@ -48,11 +49,11 @@ INSTANTIATE_TEST_SUITE_P(, TwoTailedNormalOf,
                                          NormalTail{8, 1.2441921148543568e-15}));
 
 TEST(TwoTailedNormal, IsExactly0WhereTheLowerTailRoundsTo1) {
-    EXPECT_EQ(TwoTailedNormal(10), 0);
+    EXPECT_EQ(TwoTailedNormal(10, Arithmetic::AsDefined()), 0);
 }
 
 TEST(TwoTailedNormal, OfNoNumberIsNoNumber) {
-    EXPECT_TRUE(std::isnan(TwoTailedNormal(std::numeric_limits<double>::quiet_NaN())));
+    EXPECT_TRUE(std::isnan(TwoTailedNormal(std::numeric_limits<double>::quiet_NaN(), Arithmetic::AsDefined())));
 }
 
 TEST(ExactSignificance, IsComputedBelow26Cases) {

@@ -30,7 +30,7 @@ struct Walk {
 
 /// Searches to the end. `sigOf`: below 0 for a subset without a statistic.
 Walk Search(const ComparisonRules& rules, int positions, int samples, const plain::SigOf& sigOf) {
-    Walk walk{{}, StepwiseComparison(rules)};
+    Walk walk{{}, StepwiseComparison(rules, Arithmetic::AsDefined())};
     walk.search.Begin(static_cast<std::size_t>(positions), static_cast<std::size_t>(samples));
     while (!walk.search.IsDone()) {
         ++walk.result.passes;
@@ -165,7 +165,7 @@ plain::SigOf Sigs(std::map<std::pair<int, int>, double> sigs) {
 }
 
 TEST(StepwiseComparison, AllSamplesTogetherAreNoCandidate) {
-    StepwiseComparison search(ComparisonRulesOf::kFriedman);
+    StepwiseComparison search(ComparisonRulesOf::kFriedman, Arithmetic::AsDefined());
     search.Begin(5, 5);
     Ends ends;
     for (const SubsetRecord& candidate : search.Candidates()) {
@@ -256,7 +256,7 @@ TEST(StepwiseComparison, SubsetWithoutAStatisticIsAddedThoughItLiesInsideAnother
 }
 
 TEST(StepwiseComparison, ErrorInAPassEndsTheSearch) {
-    StepwiseComparison search(ComparisonRulesOf::kKSMedian);
+    StepwiseComparison search(ComparisonRulesOf::kKSMedian, Arithmetic::AsDefined());
     search.Begin(4, 4);
     int asked = 0;
     const auto fails = [&](SubsetRecord&) { return ++asked == 2 ? Outcome::kFailed : Outcome::kComputed; };
@@ -289,11 +289,13 @@ TEST(StepwiseComparison, PlainSignificanceDecidesForGroupListsAndTheAdjustedOneE
 // ---- Adjustment and order ----
 
 TEST(AdjustForSubset, IsThePowerBelowOneSampleLessThanAll) {
-    EXPECT_EQ(AdjustForSubset(0.03, 5, 5), 0.03);
-    EXPECT_EQ(AdjustForSubset(0.03, 4, 5), 0.03);
-    EXPECT_TRUE(harness::WithinUlp(AdjustForSubset(0.03, 3, 5), 0.04949831642937075, 16));  // mpmath: 1 - 0.97^(5/3)
-    EXPECT_TRUE(harness::WithinUlp(AdjustForSubset(0.03, 2, 5), 0.07332096942900453, 16));  // mpmath: 1 - 0.97^2.5
-    EXPECT_EQ(AdjustForSubset(1, 2, 9), 1);
+    EXPECT_EQ(AdjustForSubset(0.03, 5, 5, Arithmetic::AsDefined()), 0.03);
+    EXPECT_EQ(AdjustForSubset(0.03, 4, 5, Arithmetic::AsDefined()), 0.03);
+    EXPECT_TRUE(harness::WithinUlp(AdjustForSubset(0.03, 3, 5, Arithmetic::AsDefined()), 0.04949831642937075,
+                                   16));  // mpmath: 1 - 0.97^(5/3)
+    EXPECT_TRUE(harness::WithinUlp(AdjustForSubset(0.03, 2, 5, Arithmetic::AsDefined()), 0.07332096942900453,
+                                   16));  // mpmath: 1 - 0.97^2.5
+    EXPECT_EQ(AdjustForSubset(1, 2, 9, Arithmetic::AsDefined()), 1);
 }
 
 TEST(OrderSamples, EqualValuesKeepTheirOrder) {

@@ -72,7 +72,7 @@ void ExpectAsPlain(const Table& table, const std::vector<std::size_t>& cuts) {
         if (table.groups[i] >= 0) plain.Add(table.values[i], weight, table.groups[i]);
     }
     plain.Close();
-    TARNRank rank;
+    TARNRank rank(Arithmetic::AsDefined());
     rank.KeepRanksOf(kKept);
     std::size_t begin = 0;
     for (const std::size_t end : cuts) {
@@ -142,7 +142,7 @@ TEST(TARNRankColumns, InfiniteValuesAreRunsOfTheirOwn) {
 }
 
 TEST(TARNRankColumns, NoValueAndNoneOfAGroupChangeNothing) {
-    TARNRank rank;
+    TARNRank rank(Arithmetic::AsDefined());
     rank.AddAscending(nullptr, nullptr, nullptr, 0);
     const double values[] = {1, 2, 3};
     const std::int32_t groups[] = {-1, -5, -1};

@@ -17,7 +17,7 @@ struct Value {
 };
 
 TARNRank RankOf(const std::vector<Value>& values, std::int32_t kept = 0) {
-    TARNRank rank;
+    TARNRank rank(Arithmetic::AsDefined());
     rank.KeepRanksOf(kept);
     for (const Value& value : values) EXPECT_TRUE(rank.AddValue(value.value, value.weight, value.group).IsOK());
     rank.CloseTieRun();
@@ -25,7 +25,7 @@ TARNRank RankOf(const std::vector<Value>& values, std::int32_t kept = 0) {
 }
 
 TEST(TARNRank, NoValueAdded) {
-    TARNRank rank;
+    TARNRank rank(Arithmetic::AsDefined());
     rank.CloseTieRun();
     EXPECT_EQ(rank.TieCorrectionSum(), 0);
     const GroupRankStats& stats = rank.GroupRanks(3);
