@@ -140,8 +140,10 @@ void DescribeRun(CLI::App& app, RunOptions& run) {
         ->add_option("--settings", run.settingsPath, "A request in the user's terms, as a host hands it to the engine")
         ->option_text("FILE");
     request->require_option(1);
-    Options(app, kHowToTest)
-        .Flag("--strict", run.strict, "Run nothing if the engine would pass over anything in the plan or the request");
+    Options how(app, kHowToTest);
+    how.Flag("--strict", run.strict, "Run nothing if the engine would pass over anything in the plan or the request");
+    how.Flag("--extended", run.extended,
+             "Compute as wide as needed: no count wraps around, and tails keep their digits");
     DescribeTable(app, run.table, [&](std::string field) { run.caseIdField = std::move(field); });
     DescribeOutput(app, run.output, run.brief, "Write the result document there instead of to standard output");
 }
@@ -181,6 +183,8 @@ void DescribeAnalyze(CLI::App& app, AnalyzeOptions& analyze) {
                [&](const std::string& missing) { analysis.listwise = missing == "listwise"; });
     how.Choice("--user-missing", "exclude|include", "Whether user-missing values are missing or values like any other",
                [&](const std::string& user) { analysis.includeUserMissing = user == "include"; });
+
+    how.Flag("--as-defined", analysis.asDefined, "Compute with the engine's fixed widths, as run does");
 
     DescribeTable(app, analyze.table, [&](std::string field) { analysis.caseId = std::move(field); });
     app.add_option_function<std::vector<std::string>>(

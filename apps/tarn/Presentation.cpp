@@ -66,6 +66,12 @@ ResultReading ReadDocument(std::string document, const std::string& name) {
     return ReadAll(ReadResult(std::move(document), name), Texts());
 }
 
+ResultReading ReadDocument(std::string document, ArithmeticMode arithmetic) {
+    ResultDocument result = ReadResult(std::move(document));
+    result.arithmetic = arithmetic;
+    return ReadAll(std::move(result), Texts());
+}
+
 std::string Present(const ResultReading& result, ReportFormat format, const std::vector<std::string>& notes) {
     switch (format) {
         case ReportFormat::kText:

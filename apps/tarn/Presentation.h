@@ -18,9 +18,12 @@ const std::vector<std::string>& FormatNames();
 /// A language is a file in the folder that TARN_MESSAGES names or in the folder "messages" beside the program.
 const MessageCatalogue& Texts();
 
-/// Reads a result document in the language of the user; its text is used up by it. `name` stands for the document in an
-/// `InputError`, which is thrown if it is no result document.
-ResultReading ReadDocument(std::string document, const std::string& name = "the result document");
+/// Reads a stored result document in the language of the user; its text is used up by it. `name` stands for the
+/// document in an `InputError`, which is thrown if it is no result document.
+ResultReading ReadDocument(std::string document, const std::string& name);
+
+/// Reads the document of a run that computed in that mode.
+ResultReading ReadDocument(std::string document, ArithmeticMode arithmetic);
 
 /// A result in a format, with notes on the whole run; the text one as the terminal of standard output can show it. Not
 /// for `kXml`, which is the document itself.

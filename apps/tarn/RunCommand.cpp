@@ -43,9 +43,10 @@ std::optional<AnalysisOutcome> RunPlanFile(const RunOptions& options, Interrupt&
         plan.settings.RemoveSetting(kPlanCaseId, true);
         plan.settings.AddSetting(kPlanCaseId, *options.caseIdField);
     }
-    if (options.brief) {
-        plan.settings.RemoveSetting(kBrief, true);
-        plan.settings.AddSetting(kBrief, true);
+    for (const auto& [isWanted, key] : {std::pair(options.brief, kBrief), {options.extended, kExtendedArithmetic}}) {
+        if (!isWanted) continue;
+        plan.settings.RemoveSetting(key, true);
+        plan.settings.AddSetting(key, true);
     }
     const Table table = LoadTableOf(options.table, true, interrupt);
     ProgressBar progress(!options.output.quiet);
@@ -59,6 +60,7 @@ std::optional<AnalysisOutcome> RunSettingsFile(const RunOptions& options, Interr
     const std::vector<std::string> passedOver = PassedOverInRequest(request, source.Name());
     if (options.caseIdField) request[kRequestCaseId] = *options.caseIdField;
     if (options.brief) PutInFront(request, kBrief, true);
+    if (options.extended) PutInFront(request, kExtendedArithmetic, true);
     static_cast<void>(
         MakeSettingsDocument(request, source.Name()));  // a shape that no setting has, before the table is read
     if (!TellPassedOver(passedOver, options.strict)) return std::nullopt;
@@ -88,7 +90,7 @@ ExitStatus Run(const RunOptions& options) {
     // Standard output carries one result: the document or what was asked for, or beside a document in a file the table.
     const bool isTableShown = outcome.succeeded && !output.quiet && format != ReportFormat::kText;
     std::optional<ResultReading> result;
-    if (isReportShown || isTableShown) result = ReadDocument(std::move(outcome.document));
+    if (isReportShown || isTableShown) result = ReadDocument(std::move(outcome.document), outcome.arithmetic);
     if (isReportShown) PrintResult(Present(*result, format, {}));
     const ExitStatus status = TellRemarks(outcome);
     if (isTableShown) (isStored && !output.format ? std::cout : std::cerr) << PresentShortly(*result);

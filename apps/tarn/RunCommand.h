@@ -15,8 +15,9 @@ struct RunOptions {
     std::string planPath;  ///< either this or the next one
     std::string settingsPath;
     std::optional<std::string> caseIdField;
-    bool brief = false;   ///< statistics alone, whatever the plan or the request says
-    bool strict = false;  ///< what the engine would pass over is a mistake, and nothing is run
+    bool extended = false;  ///< extended arithmetic, whatever the plan or the request says
+    bool brief = false;     ///< statistics alone, whatever the plan or the request says
+    bool strict = false;    ///< what the engine would pass over is a mistake, and nothing is run
 };
 
 /// `tarn run`: runs a plan or a request on a table and stores the document. Throws an `InputError` for an input that

@@ -28,8 +28,15 @@ std::string DescribeMessage(const EngineMessage& message, const MessageCatalogue
     return tellsThem || message.parameters.empty() ? line : line + " (" + JoinList(message.parameters, "; ") + ")";
 }
 
+bool IsTrue(const nlohmann::ordered_json& request, const char* key) {
+    const auto found = request.find(key);
+    return found != request.end() && found->is_boolean() && found->get<bool>();
+}
+
 AnalysisOutcome OutcomeOf(EngineOutcome result, const MessageCatalogue& texts) {
-    AnalysisOutcome outcome{result.succeeded, std::move(result.document), {}, {}};
+    AnalysisOutcome outcome;
+    outcome.succeeded = result.succeeded;
+    outcome.document = std::move(result.document);
     for (const EngineMessage& message : result.messages) outcome.remarks.push_back(DescribeMessage(message, texts));
     if (!outcome.succeeded && outcome.remarks.empty()) outcome.remarks.emplace_back("the run failed without a message");
     return outcome;
@@ -55,6 +62,7 @@ AnalysisOutcome Analyze(const Table& table, const AnalysisOptions& options, cons
 ResultReading ReadAnalysis(std::string document, const AnalysisOptions& options,
                            const AnalysisEnvironment& environment) {
     ResultDocument result = ReadResult(std::move(document));
+    result.arithmetic = options.asDefined ? ArithmeticMode::kAsDefined : ArithmeticMode::kExtended;
     PutInOrder(result, OrderOf(options));
     return ReadAll(std::move(result), *environment.texts);
 }
@@ -76,6 +84,7 @@ AnalysisOutcome RunRequest(const nlohmann::ordered_json& request, const std::str
     run.isCancelled = environment.isCancelled;
     const EngineLibrary engine(environment.libraryFolders);
     AnalysisOutcome outcome = OutcomeOf(RunInEngine(engine, table, run), *environment.texts);
+    if (IsTrue(request, kExtendedArithmetic)) outcome.arithmetic = ArithmeticMode::kExtended;
     if (const std::string note = WeightNote(table, WeightRule::kRounded); !note.empty()) outcome.notes.push_back(note);
     return outcome;
 }
@@ -88,6 +97,9 @@ AnalysisOutcome RunPlan(PlanSettings& plan, const Table& table, const AnalysisEn
     run.onProgress = environment.onProgress;
     run.isCancelled = environment.isCancelled;
     AnalysisOutcome outcome = OutcomeOf(RunInFactory(plan, table, run), *environment.texts);
+    bool isExtended = false;
+    plan.settings.GetSettingValByName(kExtendedArithmetic, isExtended);
+    if (isExtended) outcome.arithmetic = ArithmeticMode::kExtended;
     if (const std::string note = WeightNote(table, WeightRule::kCut); !note.empty()) outcome.notes.push_back(note);
     return outcome;
 }

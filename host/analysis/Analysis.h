@@ -20,6 +20,8 @@ struct AnalysisOutcome {
     /// Whether there is a document.
     bool succeeded = false;
     std::string document;
+    /// How the engine was asked to compute.
+    ArithmeticMode arithmetic = ArithmeticMode::kAsDefined;
     /// What the engine says of the run, a line each: why it failed, or warnings of one that did not.
     std::vector<std::string> remarks;
     /// What a reader of the results should know of the data, as sentences.

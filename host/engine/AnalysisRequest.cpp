@@ -90,6 +90,7 @@ class Builder {
 
     void AddCommonKeys() {
         if (options_.brief) request_[kBrief] = true;
+        if (!options_.asDefined) request_[kExtendedArithmetic] = true;
         request_["missingTreatment"] = options_.listwise ? "listwise" : "analysis";
         request_["sigLevel"] = ShareOf(kAlpha, options_.alpha);
         request_["confidenceLevel"] = PercentOf(kConfidence, options_.confidence);

@@ -34,7 +34,8 @@ struct AnalysisOptions {
     bool listwise = false;
     bool includeUserMissing = false;
     std::string caseId;
-    bool brief = false;  ///< statistics alone: no histograms, no boxes, no descriptives but those that a test needs
+    bool brief = false;      ///< statistics alone: no histograms, no boxes, no descriptives but those that a test needs
+    bool asDefined = false;  ///< the engine's fixed widths, too; else it computes as wide as it needs to
     /// The orders that were given for categories; the table was read with them.
     std::vector<FieldOrder> orders;
     /// The families in the order in which their fields were named; those that are missing come last.

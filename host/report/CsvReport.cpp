@@ -12,11 +12,11 @@ namespace tarn {
 
 namespace {
 
-constexpr std::array<std::string_view, 30> kColumns{
+constexpr std::array<std::string_view, 31> kColumns{
     "row",      "number",       "test",        "name",      "family",    "fields",    "group",      "part",
     "sample1",  "sample2",      "n",           "statistic", "std_error", "z",         "df",         "p_value",
     "p_kind",   "p_tails",      "adj_p_value", "estimate",  "conf_low",  "conf_high", "conf_level", "decision",
-    "messages", "beyond_range", "n_total",     "direction", "p_holm",    "p_bh",
+    "messages", "beyond_range", "n_total",     "direction", "p_holm",    "p_bh",      "arithmetic",
 };
 
 using Row = std::map<std::string_view, std::string>;
@@ -38,7 +38,8 @@ void Append(std::string& text, const Row& row) {
 }
 
 /// What all rows of one test have in common.
-Row CommonCells(const TestReading& reading, std::size_t number, const TestTexts* about) {
+Row CommonCells(const TestReading& reading, std::size_t number, const TestTexts* about,
+                const ResultDocument& document) {
     Row row;
     row["number"] = std::to_string(number);
     row["test"] = reading.name;
@@ -46,6 +47,9 @@ Row CommonCells(const TestReading& reading, std::size_t number, const TestTexts*
     row["family"] = reading.family;
     row["fields"] = JoinList(reading.fields, ";");
     row["group"] = reading.group;
+    // "extended" of a test where that makes a difference is what the run says of itself.
+    row["arithmetic"] = NameOf(document.arithmetic);
+    if (reading.IsTextbook()) row["arithmetic"] += " textbook";
     return row;
 }
 
@@ -174,7 +178,7 @@ std::string CsvReport(const ResultReading& result, const MessageCatalogue& texts
     text += '\n';
     const std::vector<TestReading>& readings = result.tests;
     for (std::size_t i = 0; i < readings.size(); ++i) {
-        const Row common = CommonCells(readings[i], i + 1, texts.Test(readings[i].name));
+        const Row common = CommonCells(readings[i], i + 1, texts.Test(readings[i].name), result.document);
         AppendTest(text, common, readings[i], result.family.tests[i], result.document);
         AppendComparisons(text, common, readings[i]);
     }

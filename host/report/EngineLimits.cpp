@@ -56,6 +56,12 @@ bool CountsWrap(const TestReading& test, const ResultDocument& document) {
     return WeightOf(document) > kLargestInt32 || Number(test.n) < 0;
 }
 
+/// Sums of weights are made of doubles in places.
+bool CountsAreRounded(const TestReading&, const ResultDocument& document) {
+    constexpr double kMostExact = 9007199254740992;  // 2^53
+    return WeightOf(document) > kMostExact;
+}
+
 /// n (n + 1) in 32 bits.
 bool SquareWraps(double n) {
     return n * (n + 1) > kLargestInt32;
@@ -118,19 +124,23 @@ bool KruskalWallisWraps(const TestReading& test, const ResultDocument&) {
     return 3 * Number(test.n) + 3 > kLargestInt32;
 }
 
+constexpr ArithmeticMode kFixed = ArithmeticMode::kAsDefined;
+
 constexpr std::array kLimits{
-    EngineLimit{"case-counts", "", kAll, CountsWrap},
-    EngineLimit{"wilcoxon-pairs", Tests::kWilcoxonPairs.resultName, kNormalApproximation, WilcoxonPairsWraps},
-    EngineLimit{"hodges-lehmann-pairs", Tests::kHodgesLehmannPairs.resultName, kIntervalOnly, HodgesLehmannPairsWraps},
-    EngineLimit{"hodges-lehmann-groups", Tests::kHodgesLehmannGroups.resultName, kIntervalOnly,
+    EngineLimit{"case-counts", "", kAll, kFixed, CountsWrap},
+    EngineLimit{"wilcoxon-pairs", Tests::kWilcoxonPairs.resultName, kNormalApproximation, kFixed, WilcoxonPairsWraps},
+    EngineLimit{"hodges-lehmann-pairs", Tests::kHodgesLehmannPairs.resultName, kIntervalOnly, kFixed,
+                HodgesLehmannPairsWraps},
+    EngineLimit{"hodges-lehmann-groups", Tests::kHodgesLehmannGroups.resultName, kIntervalOnly, kFixed,
                 HodgesLehmannGroupsWraps},
-    EngineLimit{"ranked-rows", Tests::kFriedman.resultName, kChiSquare, RankedRowsWrap},
-    EngineLimit{"ranked-rows", Tests::kKendall.resultName, kChiSquare, RankedRowsWrap},
-    EngineLimit{"cochran", Tests::kCochran.resultName, kChiSquare, CochransQWraps},
-    EngineLimit{"cochran-pairs", Tests::kCochran.resultName, kPairsOnly, CochransQPairsWrap},
-    EngineLimit{"kolmogorov-smirnov-groups", Tests::kKolmogorovSmirnovTwoSample.resultName, kChiSquare,
+    EngineLimit{"ranked-rows", Tests::kFriedman.resultName, kChiSquare, kFixed, RankedRowsWrap},
+    EngineLimit{"ranked-rows", Tests::kKendall.resultName, kChiSquare, kFixed, RankedRowsWrap},
+    EngineLimit{"cochran", Tests::kCochran.resultName, kChiSquare, kFixed, CochransQWraps},
+    EngineLimit{"cochran-pairs", Tests::kCochran.resultName, kPairsOnly, kFixed, CochransQPairsWrap},
+    EngineLimit{"kolmogorov-smirnov-groups", Tests::kKolmogorovSmirnovTwoSample.resultName, kChiSquare, kFixed,
                 KolmogorovSmirnovGroupsWraps},
-    EngineLimit{"kruskal-wallis", Tests::kKruskalWallis.resultName, kChiSquare, KruskalWallisWraps},
+    EngineLimit{"kruskal-wallis", Tests::kKruskalWallis.resultName, kChiSquare, kFixed, KruskalWallisWraps},
+    EngineLimit{"case-counts-of-doubles", "", kAll, ArithmeticMode::kExtended, CountsAreRounded},
 };
 
 }  // namespace
@@ -166,8 +176,11 @@ std::span<const EngineLimit> EngineLimits() {
 std::vector<const EngineLimit*> LimitsPassed(const TestReading& test, const ResultDocument& document) {
     std::vector<const EngineLimit*> passed;
     if (test.HasError()) return passed;
+    // A document that doesn't say how it was made came out as defined.
+    const bool isExtended = document.arithmetic == ArithmeticMode::kExtended;
     for (const EngineLimit& limit : kLimits) {
         const bool concerns = limit.test.empty() || limit.test == test.name;
+        if ((limit.mode == ArithmeticMode::kExtended) != isExtended) continue;
         if (concerns && limit.isPassed(test, document)) passed.push_back(&limit);
     }
     return passed;

@@ -25,6 +25,7 @@ struct EngineLimit {
     std::string_view key;   ///< under which a catalogue of messages has its sentence
     std::string_view test;  ///< as in the document; "" for every test
     std::span<const Quantity> quantities;
+    ArithmeticMode mode;  ///< in which it is one
     /// Whether a test passes the limit, or may pass it where the document says too little to be sure.
     bool (*isPassed)(const TestReading& test, const ResultDocument& document);
 

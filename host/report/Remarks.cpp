@@ -74,8 +74,8 @@ bool ExactDecidesOverTies(const TestReading& reading) {
 
 // The search goes through the fields in the order of their successes, while a statistic takes its two parts from the
 // fields in the order of the request.
-bool MixesFields(const TestResult& test) {
-    if (test.name != Tests::kCochran.resultName) return false;
+bool MixesFields(const TestResult& test, const ResultDocument& document) {
+    if (test.name != Tests::kCochran.resultName || document.arithmetic == ArithmeticMode::kExtended) return false;
     const ResultTable* const subsets = test.content.Table("StepwiseResult");
     const ResultTable* const info = subsets == nullptr ? nullptr : subsets->Table("StepwiseInfo");
     if (info == nullptr || info->lines.empty()) return false;
@@ -86,14 +86,17 @@ bool MixesFields(const TestResult& test) {
     return false;
 }
 
-std::vector<std::string> RemarksOn(const TestResult& test, const TestReading& reading, const MessageCatalogue& texts) {
+std::vector<std::string> RemarksOn(const TestResult& test, const ResultDocument& document, const TestReading& reading,
+                                   const MessageCatalogue& texts) {
     std::vector<std::string> remarks;
     const auto add = [&](const char* key) {
         if (const std::string* const text = texts.Remark(key)) remarks.push_back(*text);
     };
     if (reading.name == Tests::kMannWhitney.resultName && ExactDecidesOverTies(reading)) add(kMannWhitneyTies);
-    if (MixesFields(test)) add(kCochranSubsets);
-    if (reading.name == Tests::kMoses.resultName && !reading.HasError()) RemarkOnMoses(reading, texts, remarks);
+    if (MixesFields(test, document)) add(kCochranSubsets);
+    const bool isExtended = document.arithmetic == ArithmeticMode::kExtended;
+    if (reading.name == Tests::kMoses.resultName && !reading.HasError() && !isExtended)
+        RemarkOnMoses(reading, texts, remarks);
     return remarks;
 }
 

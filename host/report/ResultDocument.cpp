@@ -89,6 +89,7 @@ TestResult ReadTest(const pugi::xml_node& node) {
     test.type = node.attribute("type").value();
     test.classification = node.attribute("classification").value();
     test.decision = node.attribute("decision").value();
+    test.arithmetic = node.attribute("arithmetic").value();
     test.content.name = test.name;
     for (const pugi::xml_node& child : node.children()) {
         const std::string_view name = child.attribute("name").value();
@@ -177,6 +178,18 @@ const ResultField* ResultDocument::FieldAt(std::string_view index) const {
     return ElementAt(fields, index);
 }
 
+std::string_view NameOf(ArithmeticMode mode) {
+    switch (mode) {
+        case ArithmeticMode::kAsDefined:
+            return "as-defined";
+        case ArithmeticMode::kExtended:
+            return "extended";
+        case ArithmeticMode::kUnknown:
+            break;
+    }
+    return "";
+}
+
 ResultDocument ReadResult(std::string document, const std::string& name) {
     pugi::xml_document xml;
     const pugi::xml_parse_result parsed = xml.load_buffer_inplace(document.data(), document.size());
@@ -205,6 +218,8 @@ ResultDocument ReadResult(std::string document, const std::string& name) {
         result.fields.push_back(ReadField(field));
     }
     for (const pugi::xml_node& test : tests.children("Algorithm")) result.tests.push_back(ReadTest(test));
+    const auto isOther = [](const TestResult& test) { return !test.arithmetic.empty(); };
+    if (std::ranges::any_of(result.tests, isOther)) result.arithmetic = ArithmeticMode::kExtended;
     ReadFieldInfos(output.child("FieldInfos"), result);
     MendIntervalFields(result);
     return result;

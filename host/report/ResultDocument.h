@@ -65,6 +65,9 @@ struct TestResult {
     std::string type;            ///< "hypothesis_test" or "confidence_interval"
     std::string classification;  ///< "One_Sample", "Related_Samples" or "Independent_Samples"
     std::string decision;        ///< "reject", "retain", "unknown"; "" where nothing is decided
+    /// In what it came out otherwise than as defined, joined by blanks: "extended" where a number was wider, "textbook"
+    /// where a statistic has the textbook's form; "" for a test that came out as defined.
+    std::string arithmetic;
     std::string conditionKey;
     std::vector<std::string> parameters;        ///< of the condition, by their position
     std::vector<std::string> ordinalAsNumbers;  ///< the indices of ordinal fields that it took as numbers
@@ -74,8 +77,16 @@ struct TestResult {
     bool HasError() const;
 };
 
+/// How a run computed: as the engine is defined, with counts and products of fixed widths, or extended, with numbers as
+/// wide as they need to be. A document alone says so only where that makes a difference.
+enum class ArithmeticMode { kUnknown, kAsDefined, kExtended };
+
+/// The name of a mode in the outputs: "as-defined", "extended"; "" for one that isn't known.
+std::string_view NameOf(ArithmeticMode mode);
+
 /// The fields of the data model that the tests speak of, and the tests.
 struct ResultDocument {
+    ArithmeticMode arithmetic = ArithmeticMode::kUnknown;
     std::string application;
     std::string applicationVersion;  ///< may be empty
     std::string sigLevel;

@@ -64,6 +64,10 @@ void ReadCases(const TestResult& test, const ResultDocument& document, TestReadi
 void ReadMethods(const TestTexts* about, TestReading& reading) {
     if (about == nullptr) return;
     if (!reading.statistics.empty() || !reading.intervals.empty()) reading.method = about->method;
+    // What the textbook has in place of the document's usual form is said of each test in the conventions.
+    if (reading.IsTextbook() && reading.method.ends_with('.')) {
+        reading.method.replace(reading.method.size() - 1, 1, "; textbook.");
+    }
     if (!reading.pairs.empty()) reading.pairsMethod = about->pairs;
     if (!reading.subsets.empty()) reading.subsetsMethod = about->steps;
 }
@@ -114,6 +118,10 @@ const StatisticSet* TestReading::Leading() const {
     return statistics.empty() ? nullptr : &statistics.back();
 }
 
+bool TestReading::IsTextbook() const {
+    return arithmetic.find("textbook") != std::string::npos;
+}
+
 bool TestReading::HasError() const {
     return std::ranges::any_of(notes, [](const Note& note) { return note.kind == "error"; });
 }
@@ -144,12 +152,13 @@ TestReading ReadTest(const TestResult& test, const ResultDocument& document, con
     ReadCases(test, document, reading);
     reading.counts = ReadCounts(test, document);
     reading.scales = ScalesOf(test, document);
+    reading.arithmetic = test.arithmetic;
     ReadMethods(about, reading);
     reading.limits = LimitsPassed(reading, document);
     if (reading.IsBeyondRange(Quantity::kPValue) || IsUndefined(reading)) reading.decision.clear();
     NameGivenMedian(test, texts, reading);
-    reading.remarks = RemarksOn(test, reading, texts);
-    if (MixesFields(test)) reading.subsets.clear();
+    reading.remarks = RemarksOn(test, document, reading, texts);
+    if (MixesFields(test, document)) reading.subsets.clear();
     TurnToOneDirection(test, document, texts, reading);
     return reading;
 }

@@ -162,6 +162,7 @@ struct TestReading {
     std::string decision;
     Direction direction;
     std::vector<Scale> scales;
+    std::string arithmetic;  ///< as of `TestResult`
     std::vector<StatisticSet> statistics;
     std::vector<Interval> intervals;
     std::vector<Figure> figures;
@@ -184,6 +185,8 @@ struct TestReading {
     /// The set whose significance decides, or the first one; null for none.
     const StatisticSet* Leading() const;
     bool HasError() const;
+    /// Whether a statistic has the textbook's form in place of the document's usual one.
+    bool IsTextbook() const;
     /// Whether what a test reports of a quantity is beyond the range of the engine.
     bool IsBeyondRange(Quantity quantity) const;
 };

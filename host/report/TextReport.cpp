@@ -321,6 +321,12 @@ std::string FamilyLine(const TestFamilyPValues& family, const Number& level) {
            " after Holm's adjustment, " + std::to_string(afterBenjaminiHochberg) + " after Benjamini and Hochberg's\n";
 }
 
+/// How the run computed, if that is known.
+std::string ArithmeticLine(ArithmeticMode mode) {
+    if (mode == ArithmeticMode::kUnknown) return "";
+    return std::string("\nArithmetic: ") + (mode == ArithmeticMode::kExtended ? "extended" : "as defined") + "\n";
+}
+
 /// A line for each test, and from five tests on the significances adjusted for their number.
 std::string Summary(const ResultReading& result) {
     const std::vector<TestReading>& readings = result.tests;
@@ -380,6 +386,7 @@ std::string TextReport(const ResultReading& result, const MessageCatalogue& text
         text += (number == 0 ? "" : "\n") + Block(reading, result, texts, style).Text(number + 1);
         ++number;
     }
+    text += ArithmeticLine(result.document.arithmetic);
     for (const std::string& note : notes) text += (&note == &notes.front() ? "\nNote: " : "Note: ") + note + "\n";
     return text;
 }

@@ -292,7 +292,7 @@ TEST_F(Misreadings, SubsetsThatMixFieldsAreNotShown) {
     const auto run = [](const char* related) {
         return RunTarn({"analyze", harness::SourcePath("examples/headache.csv"), "--fields",
                         harness::SourcePath("examples/headache.fields.json"), "--related", related, "--tests",
-                        "cochran", "--success", "yes", "--compare", "stepwise"})
+                        "cochran", "--success", "yes", "--compare", "stepwise", "--as-defined"})
             .out;
     };
     const std::string descending = run("relief_a,relief_b,relief_c");

@@ -226,7 +226,40 @@ TEST(EngineLimits, AreToldInJsonAndCsv) {
     EXPECT_EQ(told.at("tests").at(0).at("adjusted_p"), nullptr);
     // Neither a decision in front of the messages nor an adjusted significance behind the direction.
     const std::string csv = CsvReport(ReadAll(document, MessageCatalogue::English()), MessageCatalogue::English());
-    EXPECT_TRUE(csv.ends_with(",,,,,,,,std_error;z;p_value,,v minus u,,\n")) << csv;
+    EXPECT_TRUE(csv.ends_with(",,,,,,,,std_error;z;p_value,,v minus u,,,\n")) << csv;
+}
+
+// ---- Extended arithmetic ----
+
+ResultDocument Extended(ResultDocument document) {
+    document.arithmetic = ArithmeticMode::kExtended;
+    return document;
+}
+
+TEST(EngineLimits, OfExtendedArithmeticAreThoseOfDoubles) {
+    EXPECT_EQ(KeysOf(Extended(WeightedDocument(WilcoxonPairs("9000", "90000")))), Strings{});
+    EXPECT_EQ(KeysOf(Extended(WeightedDocument(WilcoxonPairs("9000", "90000"), "9007199254740992"))), Strings{});
+    EXPECT_EQ(KeysOf(Extended(WeightedDocument(WilcoxonPairs("9000", "90000"), "9007199254740994"))),
+              Strings{"case-counts-of-doubles"});
+}
+
+// A stored document says how it was made where that makes a difference.
+TEST(EngineLimits, AreNoneOfADocumentThatSaysItIsExtended) {
+    std::string document = DocumentOf(WilcoxonPairs("9000", "90000"), "");
+    const std::string name = "name=\"RWilcoxonSignedRanks\"";
+    document.insert(document.find(name) + name.size(), " arithmetic=\"extended textbook\"");
+    const ResultReading reading = ReadAll(ReadResult(document), MessageCatalogue::English());
+    EXPECT_EQ(reading.document.arithmetic, ArithmeticMode::kExtended);
+    EXPECT_TRUE(reading.tests.front().limits.empty());
+    EXPECT_TRUE(reading.tests.front().IsTextbook());
+    EXPECT_TRUE(reading.tests.front().method.ends_with("; textbook.")) << reading.tests.front().method;
+    const std::string text = TextReport(reading, MessageCatalogue::English(), {});
+    EXPECT_TRUE(text.ends_with("\nArithmetic: extended\n")) << text;
+    const std::string csv = CsvReport(reading, MessageCatalogue::English());
+    EXPECT_TRUE(csv.ends_with(",extended textbook\n")) << csv;
+    const nlohmann::json told = nlohmann::json::parse(JsonReport(reading, MessageCatalogue::English()));
+    EXPECT_EQ(told.at("arithmetic"), "extended");
+    EXPECT_EQ(told.at("tests").at(0).at("arithmetic"), "extended textbook");
 }
 
 }  // namespace
