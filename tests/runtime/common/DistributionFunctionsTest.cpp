@@ -78,6 +78,20 @@ double CDFHyper(double x, double total, double margin1, double margin2) {
     return value;
 }
 
+double SfBin(double x, double n, double p) {
+    int err = -1;
+    const double value = QKDistFun::SfBin(x, n, p, err);
+    EXPECT_EQ(err != 0, value == kMissing) << x << " " << n << " " << p;
+    return value;
+}
+
+double SfHyper(double x, double total, double margin1, double margin2) {
+    int status = -1;
+    const double value = QKDistFun::SfHyper(x, total, margin1, margin2, status);
+    EXPECT_EQ(status != 0, value == kMissing) << x << " " << total << " " << margin1 << " " << margin2;
+    return value;
+}
+
 int ErrOfCdfBin(double x, double n, double p) {
     int err = -1;
     QKDistFun::CdfBin(x, n, p, err);
@@ -115,6 +129,15 @@ TEST(QKDistFun, CdfBinTable) {
 }
 TEST(QKDistFun, CDFHyperTable) {
     ExpectTable(kHypergeometricCdf, kDiscreteBound, CDFHyper);
+}
+TEST(QKDistFun, SfChiTable) {
+    ExpectTable(kChiSquareSurvival, kChiSquareBound, QKDistFun::SfChi);
+}
+TEST(QKDistFun, SfBinTable) {
+    ExpectTable(kBinomialSurvival, kDiscreteBound, SfBin);
+}
+TEST(QKDistFun, SfHyperTable) {
+    ExpectTable(kHypergeometricSurvival, kDiscreteBound, SfHyper);
 }
 TEST(QKDistFun, LogGammaTable) {
     ExpectTable(kLogGamma, kFullPrecision, QKDistFun::zomrdnlgam);
@@ -168,6 +191,51 @@ TEST(QKDistFun, IdfStdNormInvertsTheCdf) {
     }
     for (const double p : {1e-300, 0.125, 0.25}) EXPECT_EQ(std::signbit(QKDistFun::IdfStdNorm(p)), true);
     EXPECT_EQ(QKDistFun::IdfStdNorm(0.25), -QKDistFun::IdfStdNorm(0.75));
+}
+
+// Upper tails --------------------------------------------------------------------------------------------------------
+
+TEST(QKDistFun, UpperTailOfTheNormalIsTheLowerOneOfTheMirrorImage) {
+    ExpectTable(kStdNormCdf, kNormalBound, [](double x) { return QKDistFun::SfStdNorm(-x); });
+    EXPECT_EQ(QKDistFun::SfNorm(7, 3, 2), QKDistFun::SfStdNorm(2));
+    EXPECT_EQ(QKDistFun::SfNorm(7, 3, -2), kMissing);
+    EXPECT_TRUE(std::isnan(QKDistFun::SfStdNorm(kNaN)));
+}
+
+// Where neither tail is small, both are right to a rounding or so of 1.
+TEST(QKDistFun, TailsAddUpToOne) {
+    for (double x = -4; x <= 4; x += 0.125) {
+        EXPECT_NEAR(QKDistFun::SfStdNorm(x) + QKDistFun::CdfStdNorm(x), 1, 4e-16) << x;
+    }
+    for (const double df : {0.5, 1.0, 7.0, 300.0, 1e6, 5e8}) {
+        for (const double p : {1e-4, 0.2, 0.5, 0.8, 1 - 1e-4}) {
+            const double x = QKDistFun::IdfChi(p, df);
+            EXPECT_NEAR(QKDistFun::SfChi(x, df) + QKDistFun::CdfChi(x, df), 1, 4e-16) << p << " " << df;
+        }
+    }
+    for (double x = 0; x <= 20; ++x) {
+        EXPECT_NEAR(SfBin(x, 20, 0.3) + CdfBin(x, 20, 0.3), 1, 4e-16) << x;
+        EXPECT_NEAR(SfHyper(x, 50, 20, 30) + CDFHyper(x, 50, 20, 30), 1, 4e-16) << x;
+    }
+}
+
+TEST(QKDistFun, UpperTailsHaveTheEndsAndTheDomainOfTheLowerOnes) {
+    EXPECT_EQ(QKDistFun::SfChi(0, 3), 1);
+    EXPECT_EQ(QKDistFun::SfChi(-1, 3), 1);
+    EXPECT_EQ(QKDistFun::SfChi(kInfinity, 3), 0);
+    EXPECT_TRUE(std::isnan(QKDistFun::SfChi(kNaN, 3)));
+    for (const double bad : {0.0, -1.0, kNaN, kInfinity}) EXPECT_EQ(QKDistFun::SfChi(1, bad), kMissing) << bad;
+    EXPECT_EQ(SfBin(-1, 4, 0.3), 1);
+    EXPECT_EQ(SfBin(4, 4, 0.3), 0);
+    EXPECT_EQ(SfBin(2, 4, 0), 0);
+    EXPECT_EQ(SfBin(2, 4, 1), 1);
+    EXPECT_EQ(SfBin(4, 4, 1), 0);
+    EXPECT_EQ(SfBin(5, 4, 0.3), kMissing);
+    EXPECT_EQ(SfBin(1, 4, 1.5), kMissing);
+    EXPECT_EQ(SfHyper(-1, 10, 4, 5), 1);
+    EXPECT_EQ(SfHyper(4, 10, 4, 5), 0);
+    EXPECT_EQ(SfHyper(1, 10, 11, 5), kMissing);
+    EXPECT_EQ(SfHyper(kNaN, 10, 4, 5), kMissing);
 }
 
 // Quantiles ----------------------------------------------------------------------------------------------------------

@@ -57,6 +57,16 @@ def gamma_p(a, x):
     return mp.exp(a * mp.log(x) - x - mp.loggamma(a + 1)) * series
 
 
+def gamma_q(a, x):
+    """The upper tail as 1 - P(a, x), with as many digits more as the tail is small."""
+    global FIXED_BITS
+    usual_bits, FIXED_BITS = FIXED_BITS, 1600
+    with mp.workdps(480):
+        tail = 1 - gamma_p(a, x)
+    FIXED_BITS = usual_bits
+    return tail
+
+
 def beta_p(a, b, x, y):
     """I_x(a, b) with y = 1 - x, by x^a y^b / (a B(a, b)) * (1 + x (a+b)/(a+1) + ...)."""
     a, b, x, y = (mp.mpf(v) for v in (a, b, x, y))
@@ -92,6 +102,16 @@ def binomial_cdf(x, n, p):
         return mp.mpf(1)
     first = x + 1
     return 1 - term(first) * sum_of_ratios(lambda k: ((n - first - k) * fixed_p, (first + k + 1) * fixed_q))
+
+
+def binomial_sf(x, n, p):
+    """More than x successes are fewer than n - x failures."""
+    return binomial_cdf(n - x - 1, n, 1 - mp.mpf(p)) if x < n else mp.mpf(0)
+
+
+def hypergeometric_sf(x, total, row, column):
+    """A larger first cell is a smaller one below it."""
+    return hypergeometric_cdf(column - x - 1, total, total - row, column)
 
 
 def hypergeometric_cdf(x, total, row, column):
@@ -337,6 +357,32 @@ def main():
         + [(249800000, 10**9, 5 * 10**8, 5 * 10**8), (249990000, 10**9, 5 * 10**8, 5 * 10**8)]
         + [(249999999, 10**9, 5 * 10**8, 5 * 10**8), (250004000, 10**9, 5 * 10**8, 5 * 10**8)]
         + [(89980000, 10**9, 3 * 10**8, 3 * 10**8), (5 * 10**6 - 50000, 2 * 10**9, 10**8, 10**8)],
+    )
+    table(
+        "kChiSquareSurvival",
+        "x, df, P(X > x): 1 minus the series of the lower tail with 480 digits.",
+        lambda x, df: gamma_q(mp.mpf(df) / 2, mp.mpf(x) / 2),
+        [(1e-10, 1), (0.3, 1), (3.84, 1), (30.0, 1), (100.0, 1), (500.0, 1), (1360.0, 1), (0.01, 2), (5.99, 2), (1380.0, 2)]
+        + [(0.5, 3), (80.0, 3), (1390.0, 3), (4.0, 10), (25.2, 10), (400.0, 10), (1440.0, 10), (60.0, 101.5)]
+        + [(200.0, 101.5), (1800.0, 101.5), (900.0, 1e3), (1300.0, 1e3), (3500.0, 1e3), (10300.0, 1e4), (16500.0, 1e4)],
+    )
+    table(
+        "kBinomialSurvival",
+        "x, n, p, P(X > x): the lower tail of the failures.",
+        binomial_sf,
+        [(0, 1, 0.3), (2, 10, 0.5), (7, 10, 0.3), (9, 10, 0.125), (30, 60, 0.5), (59, 60, 0.5), (12, 40, 1 / 3)]
+        + [(400, 1000, 0.5), (600, 1000, 0.5), (990, 1000, 0.5), (300, 1000, 0.3), (700, 1000, 0.3), (3, 10**5, 1e-5)]
+        + [(40, 10**5, 1e-5), (55000, 10**5, 0.5), (58000, 10**5, 0.5), (71000, 10**6, 0.07), (80000, 10**6, 0.07)]
+        + [(500100000, 10**9, 0.5), (100, 10**9, 1e-9)],
+    )
+    table(
+        "kHypergeometricSurvival",
+        "x, total, margin1, margin2, P(X > x): the lower tail of the cell below.",
+        hypergeometric_sf,
+        [(0, 2, 1, 1), (3, 8, 4, 4), (1, 8, 4, 4), (9, 20, 10, 10), (4, 30, 12, 9), (49, 100, 50, 50), (25, 100, 50, 50)]
+        + [(29, 1000, 100, 300), (90, 1000, 100, 300), (250, 1000, 500, 500), (480, 1000, 500, 500)]
+        + [(1300, 10**4, 3000, 4000), (2200, 10**4, 3000, 4000), (118, 10**5, 3000, 4000), (25500, 10**5, 50000, 50000)]
+        + [(27500, 10**5, 50000, 50000), (250500, 10**6, 500000, 500000), (1100, 10**7, 10**5, 10**5)],
     )
     table(
         "kLogGamma",
