@@ -207,7 +207,7 @@ def compare(title, sides, runs, check, baseline=False):
         if figures[0].memory is not None:
             line += "  peak %5.0f MB" % median([one.memory for one in figures])
         if place + 1 < len(sides):
-            line += "  %s %.1f wall, %.1f CPU" % ("x last:" if baseline else "last is x",
-                                                  ratio(place, "wall"), ratio(place, "cpu"))
+            line += "  %s wall, %s CPU" % tuple(
+                ("x last: %.2f" if baseline else "last is x %.1f") % ratio(place, what) for what in ("wall", "cpu"))
         print(line)
     sys.stdout.flush()
