@@ -207,7 +207,7 @@ def compare(title, sides, runs, check, baseline=False):
         if figures[0].memory is not None:
             line += "  peak %5.0f MB" % median([one.memory for one in figures])
         if place + 1 < len(sides):
-            line += "  %s wall, %s CPU" % tuple(
-                ("x last: %.2f" if baseline else "last is x %.1f") % ratio(place, what) for what in ("wall", "cpu"))
+            form = "  x last: %.2f wall, %.2f CPU" if baseline else "  last is x %.1f wall, %.1f CPU"
+            line += form % (ratio(place, "wall"), ratio(place, "cpu"))
         print(line)
     sys.stdout.flush()
