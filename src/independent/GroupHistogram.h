@@ -17,6 +17,9 @@
 /// histogram over it.
 class GroupHistogram {
  public:
+    /// Borrows `by`.
+    explicit GroupHistogram(const Arithmetic& by = Arithmetic::AsDefined()) : variable(-1, -1, by) {}
+
     /// First pass: takes part whatever the weight of the record.
     void ExtendRange(double value) {
         if (value < groupMin) groupMin = value;
@@ -50,7 +53,7 @@ class GroupHistogram {
  private:
     double groupMin = std::numeric_limits<double>::max();
     double groupMax = std::numeric_limits<double>::lowest();
-    QKContUnivariateVariable variable{-1, -1};
+    QKContUnivariateVariable variable;
 };
 
 /// The histograms of two groups. `split` has taken the groups of the records; `values` ascend.

@@ -62,7 +62,8 @@ class TARNKSmirnowTwoSample : public ColumnTest {
     bool userSpecifyGroupList = false;
     double sigLevel = kDefaultSigLevel;
     std::array<Sample, 2> samples;
-    GroupHistograms histograms;  // their ranges bound the distribution functions
+    GroupHistograms histograms{GroupHistogram(arithmetic),
+                               GroupHistogram(arithmetic)};  // their ranges bound the distribution functions
     ExtremeDifferences extremes;
     GroupSplit split;
     bool walksCounts = true;  // numbers alone, no weight below 0, and every record in a group

@@ -39,7 +39,7 @@ class TARNMannWU : public ColumnTest {
     int passCounter = 0;
     TARNRank rank{arithmetic};
     std::array<double, 2> meanRank{};
-    GroupHistograms groupVariables;
+    GroupHistograms groupVariables{GroupHistogram(arithmetic), GroupHistogram(arithmetic)};
     std::int32_t totalN = 0;
     /// Weighted sizes of the groups.
     std::array<double, 2> groupCounts{};

@@ -61,7 +61,7 @@ class TARNWaldWolfRuns : public ColumnTest {
     RunsResult minimum;
     RunsResult maximum;
     std::uint32_t passCounter = 0;
-    GroupHistograms groupVariables;
+    GroupHistograms groupVariables{GroupHistogram(arithmetic), GroupHistogram(arithmetic)};
 };
 
 /// The plan builder of "IWaldWolfowitzRuns". Keys: "variableName" and "groupVariableName", one field each, the second

@@ -111,6 +111,7 @@ void TARNPlanner::MakeStores() {
     sortedData = std::make_unique<TARNSortedDataSet>(memoIterator);
     univariates = std::make_unique<UnivariateCollector>(memoIterator, *varList);
     univariates->Extend(isExtended);
+    univariates->OfferSortedData(sortedData.get());
     weightIndex = varList->GetFreqWeightIndex();
     if (weightIndex != QKVarList::kNoWeight) {
         hasWeight = true;

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "planning/TARNReporter.h"
-#include "vocabulary/ResultKeys.h"
+#include "support/ResultElements.h"
 #include "vocabulary/StatusCodes.h"
 
 namespace {
@@ -314,23 +314,11 @@ void TARNTestWorker::ReportProgress() {
     }
 }
 
-namespace {
-
-/// Says of an element that is another one than as defined in what.
-void NoteArithmetic(const Arithmetic& arithmetic, QKXML::XMLElement& element) {
-    std::string ways;
-    if (arithmetic.WasWider()) ways = ArithmeticWay::kExtended;
-    if (arithmetic.TookTextbook()) ways += (ways.empty() ? "" : " ") + std::string(ArithmeticWay::kTextbook);
-    if (!ways.empty()) element.AddAttribute(ElementAttribute::kArithmetic, ways);
-}
-
-}  // namespace
-
 QKStatus TARNTestWorker::CollectResults() {
     try {
         for (const auto& test : tests) {
             std::shared_ptr<QKXML::XMLElement> element(test->MakeResultElement());
-            NoteArithmetic(test->GetArithmetic(), *element);
+            NoteDeparture(test->GetArithmetic().GetDeparture(), *element);
             if (finish) {
                 results.push_back(finish(std::move(element)));
             } else {

@@ -36,8 +36,11 @@ bool ReadPair(const QKSettings& settings, int& firstVariableIndex, int& secondVa
 class PairDifferences {
  public:
     PairDifferences() = default;
-    PairDifferences(int firstField, int secondField, int weightField)
-        : firstVariableIndex(firstField), secondVariableIndex(secondField), weightVariableIndex(weightField) {}
+    PairDifferences(int firstField, int secondField, int weightField, const Arithmetic& by = Arithmetic::AsDefined())
+        : firstVariableIndex(firstField),
+          secondVariableIndex(secondField),
+          weightVariableIndex(weightField),
+          histogram(by) {}
 
     /// The differences of a batch, valid until a batch is handed over again.
     const double* Of(ColumnBatch& batch);

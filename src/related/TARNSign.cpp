@@ -112,7 +112,7 @@ void TARNSign::BeginCounting() {
         AddStatusMessage(QKStatus(kNotAPair), MessageKind::kError);
         return;
     }
-    differences = PairDifferences(firstVariableIndex, secondVariableIndex, weightVariableIndex);
+    differences = PairDifferences(firstVariableIndex, secondVariableIndex, weightVariableIndex, arithmetic);
 }
 
 /// A test that its plan builder failed comes through here as well and may show a second error beside the first.

@@ -67,7 +67,7 @@ void TARNWilcoxonPairs::ReadSettings() {
         return;
     }
     settings->GetSettingValByName(SettingKey::kWeightVariableIndex, weightVariableIndex);
-    differences = PairDifferences(firstVariableIndex, secondVariableIndex, weightVariableIndex);
+    differences = PairDifferences(firstVariableIndex, secondVariableIndex, weightVariableIndex, arithmetic);
 }
 
 void TARNWilcoxonPairs::GetUsedVariables(std::vector<int>& fieldIndices) {

@@ -30,6 +30,12 @@ class Whole {
     std::uint64_t bits_;
 };
 
+/// What came of a number: whether it is wider than defined, and whether it is the textbook's where that differs.
+struct Departure {
+    bool isWider = false;
+    bool isTextbook = false;
+};
+
 /// How a run computes where its definition costs digits. As defined, counters and some products have 32 or 64 bits
 /// and wrap around, an upper tail is one minus the lower one, and a handful of statistics have the form of the
 /// documents that depend on it. Extended, numbers are as wide as they need to be, tails are worked out by themselves,
@@ -61,6 +67,10 @@ class Arithmetic {
         if (!isExtended_ || most <= std::numeric_limits<std::int32_t>::max()) return true;
         Note();
         return false;
+    }
+    /// The same of sums that are folded where they are used, which says whether any was wider.
+    bool StaysNarrow(std::int64_t most) const {
+        return !isExtended_ || most <= std::numeric_limits<std::int32_t>::max();
     }
     /// A counter of 32 bits without one.
     std::int64_t UnsignedCount(std::int64_t sum) const {
@@ -110,6 +120,12 @@ class Arithmetic {
     /// element says both.
     bool WasWider() const { return wasWider_.load(std::memory_order_relaxed); }
     bool TookTextbook() const { return tookTextbook_.load(std::memory_order_relaxed); }
+    Departure GetDeparture() const { return {WasWider(), TookTextbook()}; }
+    /// Takes over a number that was worked out elsewhere.
+    void Adopt(const Departure& departure) const {
+        if (departure.isWider) Note();
+        if (departure.isTextbook) tookTextbook_.store(true, std::memory_order_relaxed);
+    }
 
  private:
     void Note() const { wasWider_.store(true, std::memory_order_relaxed); }

@@ -14,7 +14,7 @@ namespace {
 
 void AddContinuous(XMLElement& info, const UnivariateResults& results, int field) {
     StructuredTable distribution(info, TableName::kContinuousDistribution);
-    distribution.Row(RowName::kTotalN, results.GetCount(field));
+    distribution.Row(RowName::kTotalN, results.GetWideCount(field));
     distribution.Row(RowName::kMin, results.GetMin(field));
     distribution.Row(RowName::kMax, results.GetMax(field));
     distribution.Row(RowName::kMean, results.GetMean(field));
@@ -28,10 +28,10 @@ void AddContinuous(XMLElement& info, const UnivariateResults& results, int field
 
 void AddCategorical(XMLElement& info, const UnivariateResults& results, int field) {
     StructuredTable distribution(info, TableName::kCategoricalDistribution);
-    distribution.Row(RowName::kTotalN, results.GetCount(field));
+    distribution.Row(RowName::kTotalN, results.GetWideCount(field));
 
-    std::map<int, std::int32_t> frequencies;
-    results.GetFrequencies(field, frequencies);
+    std::map<int, std::int64_t> frequencies;
+    results.GetWideFrequencies(field, frequencies);
     std::string counts;
     std::string categories;
     for (const auto& [category, frequency] : frequencies) {
@@ -62,6 +62,7 @@ std::unique_ptr<XMLElement> MakeFieldInfos(const QKVarList& varList, const Univa
         } else {
             AddCategorical(*info, results, field);
         }
+        NoteDeparture(results.GetDeparture(field), *info);
         ofFields[position] = std::move(info);
     });
     if (!isComplete) return nullptr;

@@ -5,12 +5,29 @@
 #include <cmath>
 #include <functional>
 
+#include "support/CaseWeight.h"
 #include "support/Int32.h"
+
+namespace {
+
+/// A counter of 32 bits, or of 64 that the arithmetic folds.
+template <typename Counter>
+Counter Sum(Counter count, std::int32_t weight, const Arithmetic& arithmetic) {
+    if constexpr (sizeof(Counter) == sizeof(std::int32_t)) {
+        return Add32(count, weight);
+    } else {
+        return arithmetic.Count(count + weight);
+    }
+}
+
+}  // namespace
 
 void Histogram::SetUp(double lowest, double highest, std::size_t wishedBins) {
     low = lowest;
     binCount = wishedBins;
     zeroCount = 0;
+    weightSeen = 0;
+    weightlessBins.clear();
     edges.clear();
 
     const double width = (highest - lowest) / static_cast<double>(wishedBins);
@@ -40,39 +57,60 @@ void Histogram::SetUp(double lowest, double highest, std::size_t wishedBins) {
 }
 
 void Histogram::Add(double value, std::int32_t weight) {
+    weightSeen += std::abs(std::int64_t{weight});
     if (value == 0.0) {
-        zeroCount = Add32(zeroCount, weight);
+        zeroCount = arithmetic->Count(zeroCount + weight);
         return;
     }
     const std::size_t index = FindBin(value);
     if (index >= binCount) return;
     HistogramBin& bin = bins[index];
-    bin.count = Add32(bin.count, weight);
-    bin.mean += (value - bin.mean) * weight / bin.count;
+    if (weight == 0 && arithmetic->TakesTextbook(false)) {
+        if (bin.count == 0) weightlessBins.push_back(index);
+        return;
+    }
+    bin.count = arithmetic->Count(bin.count + weight);
+    bin.mean += (value - bin.mean) * weight / static_cast<double>(bin.count);
+}
+
+/// Whether values are added one after another, for a weight of 0 that is to be passed over.
+bool Histogram::TakesOneByOne(const std::int32_t* weights, std::size_t count) const {
+    return weights != nullptr && arithmetic->TakesTextbook(false) && HasWeightless(weights, count);
 }
 
 /// A value depends on the interval's mean before it alone, so values of different intervals are worked on at once.
 /// Which interval each one falls into is found beforehand, and without a branch that can't be foretold.
 void Histogram::AddColumn(const double* values, const std::int32_t* weights, std::size_t count) {
-    if (!isGuessClose) {
+    if (!isGuessClose || TakesOneByOne(weights, count)) {
         for (std::size_t i = 0; i < count; ++i) Add(values[i], weights == nullptr ? 1 : weights[i]);
         return;
     }
+    weightSeen += SumOfMagnitudes(weights, count);
+    bins.push_back({zeroCount, 0.0});  // the slot of the zeros; its mean is of no use
+    if (arithmetic->StaysNarrow(weightSeen)) {
+        AddToBins<std::int32_t>(values, weights, count);
+    } else {
+        AddToBins<std::int64_t>(values, weights, count);
+    }
+    zeroCount = bins.back().count;
+    bins.pop_back();
+}
+
+template <typename Counter>
+void Histogram::AddToBins(const double* values, const std::int32_t* weights, std::size_t count) {
     constexpr std::size_t kBlock = 64;  // small enough for the processor to look for the next ones beside the divisions
     std::array<std::int32_t, kBlock> slots;
-    bins.push_back({zeroCount, 0.0});  // the slot of the zeros; its mean is of no use
     for (std::size_t begin = 0; begin < count; begin += kBlock) {
         const std::size_t size = std::min(kBlock, count - begin);
         FindSlots(values + begin, size, slots.data());
         for (std::size_t i = 0; i < size; ++i) {
             const std::int32_t weight = weights == nullptr ? 1 : weights[begin + i];
             HistogramBin& bin = bins[static_cast<std::size_t>(slots[i])];
-            bin.count = Add32(bin.count, weight);
-            bin.mean += (values[begin + i] - bin.mean) * weight / bin.count;
+            const Counter sum = Sum(static_cast<Counter>(bin.count), weight, *arithmetic);
+            bin.count = sum;
+            bin.mean += (values[begin + i] - bin.mean) * weight / static_cast<double>(sum);
         }
     }
-    zeroCount = bins.back().count;
-    bins.pop_back();
 }
 
 /// The interval of each value as `FindBin` has it, 0 for one beyond the last edge; the slot behind all of them for a
@@ -106,7 +144,8 @@ namespace {
 /// own chain alone.
 class BinChains {
  public:
-    explicit BinChains(std::vector<HistogramBin>& histogramBins) : bins(histogramBins) {}
+    BinChains(std::vector<HistogramBin>& histogramBins, const Arithmetic& by, bool isNarrowHere)
+        : bins(histogramBins), arithmetic(by), isNarrow(isNarrowHere) {}
 
     bool IsFull() const { return active == kMost; }
     bool IsEmpty() const { return active == 0; }
@@ -121,7 +160,9 @@ class BinChains {
         std::size_t steps = chains[0].left;
         for (std::size_t i = 1; i < active; ++i) steps = std::min(steps, chains[i].left);
         const bool isWeighted = chains[0].weights != nullptr;
-        if (active > 4) {
+        if (!isNarrow) {
+            isWeighted ? Step<8, true, std::int64_t>(steps) : Step<8, false, std::int64_t>(steps);
+        } else if (active > 4) {
             isWeighted ? Step<8, true>(steps) : Step<8, false>(steps);
         } else if (active > 2) {
             isWeighted ? Step<4, true>(steps) : Step<4, false>(steps);
@@ -150,18 +191,18 @@ class BinChains {
     };
 
     /// Lanes without a chain do what the first one does, in vain.
-    template <std::size_t kLanes, bool kIsWeighted>
+    template <std::size_t kLanes, bool kIsWeighted, typename Counter = std::int32_t>
     void Step(std::size_t steps) {
         const double* values[kLanes];
         const std::int32_t* weights[kLanes];
         double means[kLanes];
-        std::int32_t counts[kLanes];
+        Counter counts[kLanes];
         for (std::size_t lane = 0; lane < kLanes; ++lane) {
             const Chain& chain = chains[lane < active ? lane : 0];
             values[lane] = chain.values;
             weights[lane] = chain.weights;
             means[lane] = bins[chain.bin].mean;
-            counts[lane] = bins[chain.bin].count;
+            counts[lane] = static_cast<Counter>(bins[chain.bin].count);
         }
         for (std::size_t i = 0; i < steps; ++i) {
             double distances[kLanes];
@@ -170,11 +211,17 @@ class BinChains {
                 std::int32_t added[kLanes];
                 for (std::size_t lane = 0; lane < kLanes; ++lane) added[lane] = weights[lane][i];
                 for (std::size_t lane = 0; lane < kLanes; ++lane) distances[lane] *= added[lane];
-                for (std::size_t lane = 0; lane < kLanes; ++lane) counts[lane] = Add32(counts[lane], added[lane]);
+                for (std::size_t lane = 0; lane < kLanes; ++lane) {
+                    counts[lane] = Sum(counts[lane], added[lane], arithmetic);
+                }
             } else {
-                for (std::size_t lane = 0; lane < kLanes; ++lane) counts[lane] = Add32(counts[lane], 1);
+                for (std::size_t lane = 0; lane < kLanes; ++lane) {
+                    counts[lane] = Sum(counts[lane], 1, arithmetic);
+                }
             }
-            for (std::size_t lane = 0; lane < kLanes; ++lane) means[lane] += distances[lane] / counts[lane];
+            for (std::size_t lane = 0; lane < kLanes; ++lane) {
+                means[lane] += distances[lane] / static_cast<double>(counts[lane]);
+            }
         }
         for (std::size_t lane = 0; lane < std::min(kLanes, active); ++lane) {
             bins[chains[lane].bin] = {counts[lane], means[lane]};
@@ -182,6 +229,8 @@ class BinChains {
     }
 
     std::vector<HistogramBin>& bins;
+    const Arithmetic& arithmetic;
+    bool isNarrow;  // whether 32 bits do for each count
     std::array<Chain, kMost> chains;
     std::size_t active = 0;
 };
@@ -190,6 +239,11 @@ class BinChains {
 
 void Histogram::AddAscending(const double* values, const std::int32_t* weights, std::size_t count) {
     const double* const end = values + count;
+    if (TakesOneByOne(weights, count)) {
+        for (std::size_t i = 0; i < count; ++i) Add(values[i], weights[i]);
+        return;
+    }
+    weightSeen += SumOfMagnitudes(weights, count);
     const double* const zeros = std::partition_point(values, end, [](double value) { return value < 0; });
     const double* const positive = std::partition_point(zeros, end, [](double value) { return value <= 0; });
     const auto weightsFrom = [&](const double* place) {
@@ -197,7 +251,7 @@ void Histogram::AddAscending(const double* values, const std::int32_t* weights, 
     };
     AddAscendingOfOneSign(values, zeros, weights);
     for (const double* zero = zeros; zero != positive; ++zero) {
-        zeroCount = Add32(zeroCount, weights == nullptr ? 1 : weights[zero - values]);
+        zeroCount = arithmetic->Count(zeroCount + (weights == nullptr ? 1 : weights[zero - values]));
     }
     AddAscendingOfOneSign(positive, end, weightsFrom(positive));
 }
@@ -211,7 +265,7 @@ void Histogram::AddAscendingOfOneSign(const double* begin, const double* end, co
     if (binsPerUnit > 0) {
         const double* const beyond =
             std::partition_point(begin, end, [this](double candidate) { return candidate <= edges.back(); });
-        BinChains chains(bins);
+        BinChains chains(bins, *arithmetic, arithmetic->StaysNarrow(weightSeen));
         while (value != beyond || !chains.IsEmpty()) {
             while (value != beyond && !chains.IsFull()) {
                 const std::size_t bin = FindBin(*value);
@@ -227,6 +281,10 @@ void Histogram::AddAscendingOfOneSign(const double* begin, const double* end, co
 }
 
 void Histogram::Close() {
+    const auto isShown = [this](std::size_t bin) { return bins[bin].count > 0; };
+    if (std::any_of(weightlessBins.begin(), weightlessBins.end(), isShown)) {
+        static_cast<void>(arithmetic->TakesTextbook());
+    }
     if (zeroCount > 0) bins.push_back({zeroCount, 0.0});
 }
 

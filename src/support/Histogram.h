@@ -4,9 +4,11 @@
 #include <cstdint>
 #include <vector>
 
+#include "support/Arithmetic.h"
+
 /// One interval of a histogram: the sum of the weights and the mean of the values that fell into it.
 struct HistogramBin {
-    std::int32_t count = 0;
+    std::int64_t count = 0;
     double mean = 0;
 };
 
@@ -19,12 +21,15 @@ class Histogram {
     /// How many intervals descriptives and tests ask for.
     static constexpr std::size_t kDefaultBins = 400;
 
+    /// Borrows `by`.
+    explicit Histogram(const Arithmetic& by = Arithmetic::AsDefined()) : arithmetic(&by) {}
+
     /// Makes `wishedBins` empty intervals between `low` and `high`, one more where zero lies on or above the lower
     /// end of an interval and strictly below its upper end. The last edge is `high` + 1.
     void SetUp(double low, double high, std::size_t wishedBins);
 
     /// Takes a value with its weight; an exact zero goes to a counter of its own. A weight of 0 is not guarded: in
-    /// an interval that is still empty it makes the mean a NaN.
+    /// an interval that is still empty it makes the mean a NaN. The textbook's way passes over it.
     void Add(double value, std::int32_t weight);
     /// The same for many values in any order. `weights`: null: each is 1.
     void AddColumn(const double* values, const std::int32_t* weights, std::size_t count);
@@ -45,12 +50,18 @@ class Histogram {
  private:
     std::size_t SearchBin(double value) const;
     void FindSlots(const double* values, std::size_t count, std::int32_t* slots) const;
+    bool TakesOneByOne(const std::int32_t* weights, std::size_t count) const;
+    template <typename Counter>
+    void AddToBins(const double* values, const std::int32_t* weights, std::size_t count);
     void AddAscendingOfOneSign(const double* begin, const double* end, const std::int32_t* weights);
 
+    const Arithmetic* arithmetic;
     std::vector<HistogramBin> bins;
     std::vector<double> edges;
     std::size_t binCount = 0;
-    std::int32_t zeroCount = 0;
+    std::int64_t zeroCount = 0;
+    std::int64_t weightSeen = 0;              // whatever the signs
+    std::vector<std::size_t> weightlessBins;  // in which a weight of 0 came first, where that is passed over
 
     double low = 0;
     std::size_t zeroEdges = 0;  // that were added: 1 where zero became an edge of its own

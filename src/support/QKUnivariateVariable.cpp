@@ -5,7 +5,6 @@
 #include <cmath>
 #include <iterator>
 #include <limits>
-#include <numeric>
 
 #include "records/TARNSortedDataSet.h"
 #include "support/Ascending.h"
@@ -31,9 +30,14 @@ bool HasAny(const double* values, std::size_t count, Question isSuch) {
     return std::any_of(std::begin(found), std::end(found), [](double one) { return one > 0; });
 }
 
-std::int64_t SumOfWeights(const std::int32_t* weights, std::size_t count) {
-    if (weights == nullptr) return static_cast<std::int64_t>(count);
-    return std::accumulate(weights, weights + count, std::int64_t{0});
+/// The sum of a total and of what is added, in 32 bits or in 64 that the arithmetic folds.
+template <typename Counter>
+Counter Sum(Counter total, std::int32_t added, const Arithmetic& arithmetic) {
+    if constexpr (sizeof(Counter) == sizeof(std::int32_t)) {
+        return Add32(total, added);
+    } else {
+        return arithmetic.Count(total + added);
+    }
 }
 
 }  // namespace
@@ -99,7 +103,7 @@ void QKContUnivariateVariable::AddColumns(std::span<const Column> columns, const
                     present += QKMV::IsMissing(values[i]) ? 0 : 1;
                 }
                 variable->AddPresent(presentValues.data(), presentWeights.data(), present);
-            } else if (variable->WantsMoments()) {
+            } else if (variable->WantsMoments() && !variable->PassesOverSome(blockWeights, size)) {
                 together.push_back(&variable->moments);
                 valuesTogether.push_back(values);
                 variable->AddRangeAndCount(values, blockWeights, size);
@@ -118,16 +122,44 @@ void QKContUnivariateVariable::AddPresent(const double* values, const std::int32
         return;
     }
     if (WantsMoments()) {
-        Moments* const own = &moments;
-        Moments::Add({&own, 1}, &values, weights, size);
+        if (PassesOverSome(weights, size)) {
+            AddWeighty(values, weights, size);
+        } else {
+            Moments* const own = &moments;
+            Moments::Add({&own, 1}, &values, weights, size);
+        }
     }
     AddRangeAndCount(values, weights, size);
+}
+
+/// Whether the moments are to pass over any of these weights. As defined a weight of 0 isn't guarded: it divides by 0,
+/// so that the deviation is no number, nor is the mean where it comes first.
+bool QKContUnivariateVariable::PassesOverSome(const std::int32_t* weights, std::size_t size) const {
+    return weights != nullptr && arithmetic->TakesTextbook(false) && HasWeightless(weights, size);
+}
+
+/// Takes the values that have a weight into the moments.
+void QKContUnivariateVariable::AddWeighty(const double* values, const std::int32_t* weights, std::size_t size) {
+    std::vector<double> weightyValues;
+    std::vector<std::int32_t> weightyWeights;
+    for (std::size_t i = 0; i < size; ++i) {
+        if (weights[i] == 0) {
+            hasWeightless = true;
+            isWeightlessFirst = isWeightlessFirst || (moments.weight == 0 && weightyValues.empty());
+        } else {
+            weightyValues.push_back(values[i]);
+            weightyWeights.push_back(weights[i]);
+        }
+    }
+    Moments* const own = &moments;
+    const double* const taken = weightyValues.data();
+    Moments::Add({&own, 1}, &taken, weightyWeights.data(), weightyValues.size());
 }
 
 /// Most blocks have nothing outside the range that is known by then. A value that is no number is taken as the first
 /// one of all alone, and then stays.
 void QKContUnivariateVariable::AddRangeAndCount(const double* values, const std::int32_t* weights, std::size_t size) {
-    count = Wrap32(count + SumOfWeights(weights, size));
+    count += SumOfWeights(weights, size);
     if (!Wants(Statistic::kMin) && !Wants(Statistic::kMax)) return;
     const bool hasNone =
         (Wants(Statistic::kMin) && QKMV::IsMissing(min)) || (Wants(Statistic::kMax) && QKMV::IsMissing(max));
@@ -143,51 +175,74 @@ void QKContUnivariateVariable::AddRangeAndCount(const double* values, const std:
 
 void QKContUnivariateVariable::Moments::Add(std::span<Moments* const> together, const double* const* values,
                                             const std::int32_t* weights, std::size_t count) {
+    const std::int64_t added = SumOfMagnitudes(weights, count);
     while (!together.empty()) {
-        const std::size_t taken = std::min(together.size(), kMostTogether);
-        const std::span<Moments* const> lanes = together.first(taken);
-        const bool isWeighted = weights != nullptr;
-        if (taken > 4) {
-            isWeighted ? AddInLanes<8, true>(lanes, values, weights, count)
-                       : AddInLanes<8, false>(lanes, values, weights, count);
-        } else if (taken > 2) {
-            isWeighted ? AddInLanes<4, true>(lanes, values, weights, count)
-                       : AddInLanes<4, false>(lanes, values, weights, count);
-        } else if (taken > 1) {
-            isWeighted ? AddInLanes<2, true>(lanes, values, weights, count)
-                       : AddInLanes<2, false>(lanes, values, weights, count);
-        } else {
-            isWeighted ? AddInLanes<1, true>(lanes, values, weights, count)
-                       : AddInLanes<1, false>(lanes, values, weights, count);
+        const std::span<Moments* const> lanes = together.first(std::min(together.size(), kMostTogether));
+        bool areNarrow = true;
+        for (Moments* const lane : lanes) {
+            lane->weightSeen += added;
+            areNarrow &= lane->arithmetic->StaysNarrow(lane->weightSeen);
         }
-        together = together.subspan(taken);
-        values += taken;
+        if (areNarrow) {
+            AddAll<std::int32_t>(lanes, values, weights, count);
+        } else {
+            AddAll<std::int64_t>(lanes, values, weights, count);
+        }
+        together = together.subspan(lanes.size());
+        values += lanes.size();
+    }
+}
+
+template <typename Counter>
+void QKContUnivariateVariable::Moments::AddAll(std::span<Moments* const> lanes, const double* const* values,
+                                               const std::int32_t* weights, std::size_t count) {
+    const bool isWeighted = weights != nullptr;
+    if (lanes.size() > 4) {
+        isWeighted ? AddInLanes<8, true, Counter>(lanes, values, weights, count)
+                   : AddInLanes<8, false, Counter>(lanes, values, weights, count);
+    } else if (lanes.size() > 2) {
+        isWeighted ? AddInLanes<4, true, Counter>(lanes, values, weights, count)
+                   : AddInLanes<4, false, Counter>(lanes, values, weights, count);
+    } else if (lanes.size() > 1) {
+        isWeighted ? AddInLanes<2, true, Counter>(lanes, values, weights, count)
+                   : AddInLanes<2, false, Counter>(lanes, values, weights, count);
+    } else {
+        isWeighted ? AddInLanes<1, true, Counter>(lanes, values, weights, count)
+                   : AddInLanes<1, false, Counter>(lanes, values, weights, count);
     }
 }
 
 /// Lanes that are left over do what the first one does, in vain.
-template <std::size_t kLanes, bool kIsWeighted>
+template <std::size_t kLanes, bool kIsWeighted, typename Counter>
 void QKContUnivariateVariable::Moments::AddInLanes(std::span<Moments* const> together, const double* const* values,
                                                    const std::int32_t* weights, std::size_t count) {
     const double* columns[kLanes];
     double means[kLanes];
     double m2s[kLanes];
-    std::int32_t totals[kLanes];
+    Counter totals[kLanes];
+    const Arithmetic* by[kLanes];
     for (std::size_t lane = 0; lane < kLanes; ++lane) {
         const std::size_t place = lane < together.size() ? lane : 0;
         columns[lane] = values[place];
         means[lane] = together[place]->mean;
         m2s[lane] = together[place]->m2;
-        totals[lane] = together[place]->weight;
+        totals[lane] = static_cast<Counter>(together[place]->weight);
+        by[lane] = together[place]->arithmetic;
     }
     for (std::size_t i = 0; i < count; ++i) {
         const std::int32_t added = kIsWeighted ? weights[i] : 1;
         double before[kLanes];
         double total[kLanes];
         double step[kLanes];
-        for (std::size_t lane = 0; lane < kLanes; ++lane) before[lane] = totals[lane];
-        for (std::size_t lane = 0; lane < kLanes; ++lane) totals[lane] = Add32(totals[lane], added);
-        for (std::size_t lane = 0; lane < kLanes; ++lane) total[lane] = totals[lane];
+        for (std::size_t lane = 0; lane < kLanes; ++lane) {
+            before[lane] = static_cast<double>(totals[lane]);
+        }
+        for (std::size_t lane = 0; lane < kLanes; ++lane) {
+            totals[lane] = Sum(totals[lane], added, *by[lane]);
+        }
+        for (std::size_t lane = 0; lane < kLanes; ++lane) {
+            total[lane] = static_cast<double>(totals[lane]);
+        }
         for (std::size_t lane = 0; lane < kLanes; ++lane) step[lane] = columns[lane][i] - means[lane];
         if constexpr (kIsWeighted) {
             const double w = added;
@@ -204,7 +259,11 @@ void QKContUnivariateVariable::Moments::AddInLanes(std::span<Moments* const> tog
             }
         }
     }
-    for (std::size_t lane = 0; lane < together.size(); ++lane) *together[lane] = {means[lane], m2s[lane], totals[lane]};
+    for (std::size_t lane = 0; lane < together.size(); ++lane) {
+        together[lane]->mean = means[lane];
+        together[lane]->m2 = m2s[lane];
+        together[lane]->weight = totals[lane];
+    }
 }
 
 QKStatus QKContUnivariateVariable::EndPass() {
@@ -213,7 +272,12 @@ QKStatus QKContUnivariateVariable::EndPass() {
         needsPass = false;
         return QKStatus();
     }
-    if (Wants(Statistic::kMeanAndStdDev) && count > 1) stdDev = std::sqrt(moments.m2 / (count - 1));
+    const std::int64_t total = GetCount();
+    if (Wants(Statistic::kMeanAndStdDev) && total > 1) {
+        stdDev = std::sqrt(moments.m2 / static_cast<double>(total - 1));
+    }
+    const bool showsWeightless = isWeightlessFirst || (hasWeightless && total > 1);
+    if (showsWeightless) static_cast<void>(arithmetic->TakesTextbook());
     QKStatus status;
     if (Wants(Statistic::kQuantiles) && sortedData != nullptr) status = ComputeQuantiles();
     if (Wants(Statistic::kHistogram)) {
@@ -236,7 +300,7 @@ QKStatus QKContUnivariateVariable::ComputeQuantiles() {
         weights != nullptr && std::find(weights, weights + size, TruncateToInt32(QKMV::Missing())) != weights + size;
     const bool hasNaN = size > 0 && (std::isnan(values[0]) || std::isnan(values[size - 1]));
     const auto stepsOf = [&](std::size_t begin, std::size_t end) {
-        QuantileSteps(values + begin, weights == nullptr ? nullptr : weights + begin, end - begin, count);
+        QuantileSteps(values + begin, weights == nullptr ? nullptr : weights + begin, end - begin, GetCount());
     };
     if (mayMissWeights || hasNaN) {
         const double* const exactWeights = mayMissWeights ? view->Values(weightIndex) : nullptr;
@@ -254,9 +318,9 @@ QKStatus QKContUnivariateVariable::ComputeQuantiles() {
 }
 
 void QKContUnivariateVariable::QuantileSteps(const double* values, const std::int32_t* weights, std::size_t size,
-                                             std::int32_t total) {
+                                             std::int64_t total) {
     if (size == 0) return;
-    const double n = total;
+    const auto n = static_cast<double>(total);
     const double hinge = std::trunc((n + 3) * 0.5) * 0.5;
     const double first = values[0];
     const double highest = HighestOfAscending(values, size);
@@ -322,8 +386,8 @@ void QKContUnivariateVariable::ExtendRange(double value) {
 
 // ---- Categorical fields ----
 
-QKCateUnivariateVariable::QKCateUnivariateVariable(int field, int weight, int categories)
-    : QKUnivariateVariable(kMissingCategory),
+QKCateUnivariateVariable::QKCateUnivariateVariable(int field, int weight, int categories, const Arithmetic& by)
+    : QKUnivariateVariable(kMissingCategory, by),
       fieldIndex(field),
       weightIndex(weight),
       categoryCount(categories),
@@ -347,8 +411,8 @@ bool QKCateUnivariateVariable::AddStatistic(int code) {
 QKStatus QKCateUnivariateVariable::AddRecord(const Record& record) {
     const std::int32_t weight = CaseWeight(record, weightIndex);
     const std::size_t place = PlaceOf(record[static_cast<std::size_t>(fieldIndex)]);
-    if (place < frequencies.size()) frequencies[place] = Add32(frequencies[place], weight);
-    count = Add32(count, weight);
+    if (place < frequencies.size()) frequencies[place] += weight;
+    count += weight;
     return QKStatus();
 }
 
@@ -357,29 +421,35 @@ QKStatus QKCateUnivariateVariable::AddRecord(const Record& record) {
 void QKCateUnivariateVariable::AddColumn(std::span<const double> values, const std::int32_t* weights) {
     constexpr std::size_t kTables = 4;
     const std::size_t width = frequencies.size() + 1;
-    std::vector<std::int32_t> tables(kTables * width);
+    std::vector<std::int64_t> tables(kTables * width);
     for (std::size_t i = 0; i < values.size(); ++i) {
         const std::int32_t weight = IsMissing(values[i]) ? 0 : weights == nullptr ? 1 : weights[i];
-        std::int32_t& sum = tables[i % kTables * width + PlaceOf(values[i])];
-        sum = Add32(sum, weight);
+        tables[i % kTables * width + PlaceOf(values[i])] += weight;
     }
     for (std::size_t i = 0; i < tables.size(); ++i) {
         const std::size_t place = i % width;
-        if (place < frequencies.size()) frequencies[place] = Add32(frequencies[place], tables[i]);
-        count = Add32(count, tables[i]);
+        if (place < frequencies.size()) frequencies[place] += tables[i];
+        count += tables[i];
     }
 }
 
+std::vector<std::int64_t> QKCateUnivariateVariable::GetFrequencies() const {
+    std::vector<std::int64_t> counts;
+    for (const std::int64_t frequency : frequencies) counts.push_back(arithmetic->Count(frequency));
+    return counts;
+}
+
 QKStatus QKCateUnivariateVariable::EndPass() {
-    if (Wants(Statistic::kModeFrequency) && !frequencies.empty()) {
+    const std::vector<std::int64_t> counts = GetFrequencies();
+    if (Wants(Statistic::kModeFrequency) && !counts.empty()) {
         // The largest one as it stands: negative weights may have left it below 0.
-        modeFrequency = *std::max_element(frequencies.begin(), frequencies.end());
+        modeFrequency = *std::max_element(counts.begin(), counts.end());
     }
     if (Wants(Statistic::kMedian)) {
-        std::int32_t sum = 0;
-        for (std::size_t category = 0; category < frequencies.size(); ++category) {
-            sum = Add32(sum, frequencies[category]);
-            if (sum >= count / 2) {
+        std::int64_t sum = 0;
+        for (std::size_t category = 0; category < counts.size(); ++category) {
+            sum = arithmetic->Count(sum + counts[category]);
+            if (sum >= GetCount() / 2) {
                 medianCategory = static_cast<int>(category);
                 break;
             }

@@ -10,7 +10,9 @@
 #include "platform/common/QKStatus.h"
 #include "platform/common/Record.h"
 #include "platform/common/Truncation.h"
+#include "support/Arithmetic.h"
 #include "support/Histogram.h"
+#include "support/Int32.h"
 
 class TARNSortedDataSet;
 
@@ -52,15 +54,18 @@ class QKUnivariateVariable {
     bool IsMissing(double value) const { return value == missingMarker; }
 
     /// Sum of the weights seen.
-    std::int32_t GetCount() const { return count; }
+    std::int64_t GetCount() const { return arithmetic->Count(count); }
+    /// What came of all that was asked for.
+    Departure GetDeparture() const { return arithmetic->GetDeparture(); }
 
  protected:
-    explicit QKUnivariateVariable(double marker) : missingMarker(marker) {}
+    QKUnivariateVariable(double marker, const Arithmetic& by) : arithmetic(&by), missingMarker(marker) {}
 
     bool Wants(int statistic) const { return (statistics >> statistic & 1u) != 0; }
     void Store(int statistic) { statistics |= 1u << statistic; }
 
-    std::int32_t count = 0;
+    const Arithmetic* arithmetic;
+    std::int64_t count = 0;  // whole
     TARNSortedDataSet* sortedData = nullptr;
 
  private:
@@ -75,8 +80,13 @@ class QKUnivariateVariable {
 /// serves a test as a free-standing histogram.
 class QKContUnivariateVariable : public QKUnivariateVariable {
  public:
-    QKContUnivariateVariable(int field, int weight)
-        : QKUnivariateVariable(QKMV::Missing()), fieldIndex(field), weightIndex(weight) {}
+    /// Borrows `by`.
+    QKContUnivariateVariable(int field, int weight, const Arithmetic& by = Arithmetic::AsDefined())
+        : QKUnivariateVariable(QKMV::Missing(), by),
+          fieldIndex(field),
+          weightIndex(weight),
+          moments{&by},
+          histogram(by) {}
 
     bool AddStatistic(int code) override;
     QKStatus AddRecord(const Record& record) override;
@@ -99,6 +109,9 @@ class QKContUnivariateVariable : public QKUnivariateVariable {
 
     bool WantsQuantiles() const { return Wants(Statistic::kQuantiles) && sortedData != nullptr; }
     double GetMean() const { return moments.mean; }
+    /// What came of the mean, and of the quantiles.
+    Departure MeanDeparture() const { return {IsWider(), isWeightlessFirst}; }
+    Departure MedianDeparture() const { return {IsWider(), areQuantilesRefused && !QKMV::IsMissing(median.result)}; }
     double GetStdDev() const { return stdDev; }
     double GetMin() const { return min; }
     double GetMax() const { return max; }
@@ -107,14 +120,21 @@ class QKContUnivariateVariable : public QKUnivariateVariable {
     double GetThirdQuartile() const { return thirdQuartile.result; }
     const std::vector<HistogramBin>& GetBins() const { return histogram.Bins(); }
 
+    /// Says of a request for quantiles whether it would have been refused as defined. Where each one would have been,
+    /// they are the textbook's alone.
+    void NoteQuantileRequest(bool isRefused) {
+        areQuantilesRefused = isRefused && !areQuantilesDefined;
+        areQuantilesDefined = areQuantilesDefined || !isRefused;
+    }
+
     /// The histogram, for a test that fills it by itself.
     Histogram& GetHistogram() { return histogram; }
 
     /// The steps towards the hinges, for values in ascending order over all calls; none of them missing. `weights`:
     /// null: each is 1; `total`: the sum of all weights. Keeps the range up to date as well.
-    void QuantileSteps(const double* values, const std::int32_t* weights, std::size_t size, std::int32_t total);
+    void QuantileSteps(const double* values, const std::int32_t* weights, std::size_t size, std::int64_t total);
     /// One such step.
-    void QuantileStep(double value, std::int32_t weight, std::int32_t total) {
+    void QuantileStep(double value, std::int32_t weight, std::int64_t total) {
         QuantileSteps(&value, &weight, 1, total);
     }
     /// After the last step: a hinge that was not reached takes the last value.
@@ -125,16 +145,21 @@ class QKContUnivariateVariable : public QKUnivariateVariable {
 
     /// The mean with the sum of the squares about it.
     struct Moments {
+        const Arithmetic* arithmetic;
         double mean = 0;
         double m2 = 0;
-        std::int32_t weight = 0;
+        std::int64_t weight = 0;
+        std::int64_t weightSeen = 0;  // whatever the signs
 
         /// Several of them side by side.
         static void Add(std::span<Moments* const> together, const double* const* values, const std::int32_t* weights,
                         std::size_t count);
 
      private:
-        template <std::size_t kLanes, bool kIsWeighted>
+        template <typename Counter>
+        static void AddAll(std::span<Moments* const> lanes, const double* const* values, const std::int32_t* weights,
+                           std::size_t count);
+        template <std::size_t kLanes, bool kIsWeighted, typename Counter>
         static void AddInLanes(std::span<Moments* const> together, const double* const* values,
                                const std::int32_t* weights, std::size_t count);
     };
@@ -150,7 +175,10 @@ class QKContUnivariateVariable : public QKUnivariateVariable {
         void Close();
     };
 
+    bool IsWider() const { return GetCount() != Wrap32(count); }
     bool WantsMoments() const { return phase == Phase::kMoments && Wants(Statistic::kMeanAndStdDev); }
+    bool PassesOverSome(const std::int32_t* weights, std::size_t size) const;
+    void AddWeighty(const double* values, const std::int32_t* weights, std::size_t count);
     void AddPresent(const double* values, const std::int32_t* weights, std::size_t count);
     void AddRangeAndCount(const double* values, const std::int32_t* weights, std::size_t count);
     void ExtendRange(double value);
@@ -162,6 +190,10 @@ class QKContUnivariateVariable : public QKUnivariateVariable {
     Phase phase = Phase::kMoments;
 
     Moments moments;
+    bool hasWeightless = false;      // among the values, where they are passed over in the moments
+    bool isWeightlessFirst = false;  // of those with and without a weight
+    bool areQuantilesDefined = false;
+    bool areQuantilesRefused = false;
     double stdDev = 0;
     double min = QKMV::Missing();
     double max = QKMV::Missing();
@@ -174,7 +206,8 @@ class QKContUnivariateVariable : public QKUnivariateVariable {
 /// The descriptive record of a categorical field: its frequencies, the mode's and the median category.
 class QKCateUnivariateVariable : public QKUnivariateVariable {
  public:
-    QKCateUnivariateVariable(int field, int weight, int categories);
+    /// Borrows `by`.
+    QKCateUnivariateVariable(int field, int weight, int categories, const Arithmetic& by = Arithmetic::AsDefined());
 
     bool AddStatistic(int code) override;
     QKStatus AddRecord(const Record& record) override;
@@ -185,8 +218,8 @@ class QKCateUnivariateVariable : public QKUnivariateVariable {
 
     int GetCategoryCount() const { return categoryCount; }
     /// The frequency of each category.
-    const std::vector<std::int32_t>& GetFrequencies() const { return frequencies; }
-    std::int32_t GetModeFrequency() const { return modeFrequency; }
+    std::vector<std::int64_t> GetFrequencies() const;
+    std::int64_t GetModeFrequency() const { return modeFrequency; }
     int GetMedianCategory() const { return medianCategory; }
 
  private:
@@ -200,7 +233,7 @@ class QKCateUnivariateVariable : public QKUnivariateVariable {
     int weightIndex;
     int categoryCount;
     bool needsPass = true;
-    std::vector<std::int32_t> frequencies;
-    std::int32_t modeFrequency = 0;
+    std::vector<std::int64_t> frequencies;  // whole
+    std::int64_t modeFrequency = 0;
     int medianCategory = 0;
 };

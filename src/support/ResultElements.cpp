@@ -92,6 +92,13 @@ std::unique_ptr<XMLElement> MakeIntervalTable(std::string_view countText, std::s
     return table;
 }
 
+void NoteDeparture(const Departure& departure, XMLElement& element) {
+    std::string ways;
+    if (departure.isWider) ways = ArithmeticWay::kExtended;
+    if (departure.isTextbook) ways += (ways.empty() ? "" : " ") + std::string(ArithmeticWay::kTextbook);
+    if (!ways.empty()) element.AddAttribute(ElementAttribute::kArithmetic, ways);
+}
+
 std::unique_ptr<XMLElement> MakeWarningElement(const std::vector<TestMessage>& messages) {
     auto element = XMLElement::Create(Element::kStructuredTable);
     element->AddAttribute(ElementAttribute::kName, TableName::kWarningMessages);

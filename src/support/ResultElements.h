@@ -9,6 +9,7 @@
 
 #include "platform/common/QKStatus.h"
 #include "platform/common/QKXML.h"
+#include "support/Arithmetic.h"
 #include "support/Histogram.h"
 #include "support/TestMessage.h"
 #include "support/TextMakers.h"
@@ -41,6 +42,9 @@ std::unique_ptr<QKXML::XMLElement> MakeIntervalTable(std::string_view countText,
 
 /// The "WarningMessages" table.
 std::unique_ptr<QKXML::XMLElement> MakeWarningElement(const std::vector<TestMessage>& messages);
+
+/// Says of an element in what it is another one than as defined, if in anything.
+void NoteDeparture(const Departure& departure, QKXML::XMLElement& element);
 
 /// A field as a condition's parameter where the test marks a missing one: its index, "__MISSING__" if negative.
 std::string FieldOrMissing(int fieldIndex);

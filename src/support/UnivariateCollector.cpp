@@ -9,16 +9,15 @@
 UnivariateCollector::UnivariateCollector(const QKTarn::TarnMemoIterator& memoIterator, const QKVarList& fields)
     : memo(memoIterator), varList(&fields) {}
 
-std::unique_ptr<QKUnivariateVariable> UnivariateCollector::MakeVariable(int field) const {
+std::unique_ptr<QKUnivariateVariable> UnivariateCollector::MakeVariable(int field) {
     const IQKVariable* variable = varList->GetVarAt(field);
     if (variable == nullptr) return nullptr;
-    if (variable->GetKind() == FieldKind::kContinuous) {
-        return std::make_unique<QKContUnivariateVariable>(field, weightIndex);
-    }
-    if (FieldKind::IsCategorical(variable->GetKind())) {
-        return std::make_unique<QKCateUnivariateVariable>(field, weightIndex, variable->GetCategoryCount());
-    }
-    return nullptr;
+    const bool isContinuous = variable->GetKind() == FieldKind::kContinuous;
+    if (!isContinuous && !FieldKind::IsCategorical(variable->GetKind())) return nullptr;
+    Arithmetic& own = arithmetics[field];
+    own.Extend(isExtended);
+    if (isContinuous) return std::make_unique<QKContUnivariateVariable>(field, weightIndex, own);
+    return std::make_unique<QKCateUnivariateVariable>(field, weightIndex, variable->GetCategoryCount(), own);
 }
 
 bool UnivariateCollector::Request(int field, int code) {
@@ -32,12 +31,21 @@ bool UnivariateCollector::Request(int field, int code) {
     if (*variable == nullptr) return false;
 
     const bool wantsQuantiles = code == Statistic::kMedian || code == Statistic::kQuantiles || code == Statistic::kAll;
-    if (wantsQuantiles && FindContinuous(field) != nullptr) {
-        if (sortedData == nullptr) return false;
-        (*variable)->SetSortedData(sortedData);
-        sortedData->ExpectReader(field);
-    }
+    if (wantsQuantiles && !RequestQuantiles(field)) return false;
     (*variable)->AddStatistic(code);
+    return true;
+}
+
+bool UnivariateCollector::RequestQuantiles(int field) {
+    auto* const variable = dynamic_cast<QKContUnivariateVariable*>(variables.at(field).get());
+    if (variable == nullptr) return true;
+    const bool isRefused = sortedData == nullptr;
+    TARNSortedDataSet* const views = isRefused && arithmetics[field].TakesTextbook(false) ? offeredData : sortedData;
+    if (views == nullptr) return false;
+    if (isRefused) views->Register(field);  // whoever asks may do so afterwards, or never
+    variable->NoteQuantileRequest(isRefused);
+    variable->SetSortedData(views);
+    views->ExpectReader(field);
     return true;
 }
 

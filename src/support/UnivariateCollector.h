@@ -24,17 +24,19 @@ class UnivariateCollector {
     UnivariateCollector(const QKTarn::TarnMemoIterator& memo, const QKVarList& varList);
 
     /// Says in which of the two ways of `Arithmetic` the records count. Called before the first request.
-    void Extend(bool extended) { arithmetic.Extend(extended); }
+    void Extend(bool extended) { isExtended = extended; }
 
     /// Asks for a statistic (a code of `Statistic`) of a field. False if the field got no record of its own, or if
     /// quantiles of a continuous field are asked for before there is a sorted view of anything; true otherwise,
-    /// even where the field has no such statistic.
+    /// even where the field has no such statistic. The textbook's way refuses no quantiles for which there are views.
     bool Request(int field, int code);
 
     /// The weight field from now on, for the records that exist as well.
     void SetWeight(int index);
     /// Where quantiles find sorted views; borrowed, needed until `Compute` is over.
     void SetSortedData(TARNSortedDataSet* views) { sortedData = views; }
+    /// The same for those that are asked for before, where none is refused.
+    void OfferSortedData(TARNSortedDataSet* views) { offeredData = views; }
 
     /// Whether any continuous field wants quantiles, for which its view has to be sorted before `Compute`.
     bool WantsQuantiles() const;
@@ -52,15 +54,18 @@ class UnivariateCollector {
     const QKCateUnivariateVariable* FindCategorical(int field) const;
 
  private:
-    std::unique_ptr<QKUnivariateVariable> MakeVariable(int field) const;
+    std::unique_ptr<QKUnivariateVariable> MakeVariable(int field);
+    bool RequestQuantiles(int field);
     std::vector<std::vector<int>> MakeJobs(std::size_t threads) const;
     void AddColumns(const std::vector<int>& fields, const WorkShare& work) const;
     bool EndPassOfAll(QKStatus& status);
 
     QKTarn::TarnMemoIterator memo;
-    Arithmetic arithmetic;
+    bool isExtended = false;
+    std::map<int, Arithmetic> arithmetics;  // of the records, so that each says for itself what came of it
     int weightIndex = kNoWeight;
     const QKVarList* varList;
     std::map<int, std::unique_ptr<QKUnivariateVariable>> variables;
     TARNSortedDataSet* sortedData = nullptr;
+    TARNSortedDataSet* offeredData = nullptr;
 };

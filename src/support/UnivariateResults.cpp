@@ -1,5 +1,7 @@
 #include "support/UnivariateResults.h"
 
+#include "support/Int32.h"
+
 namespace {
 
 /// A value of a field's continuous record, the missing double where there is none.
@@ -10,17 +12,24 @@ double ContinuousValue(const UnivariateCollector& collector, int field,
 }
 
 /// A value of a field's categorical record, -1 where there is none.
-std::int32_t CategoricalValue(const UnivariateCollector& collector, int field,
-                              std::int32_t (QKCateUnivariateVariable::*value)() const) {
+template <typename Value>
+Value CategoricalValue(const UnivariateCollector& collector, int field,
+                       Value (QKCateUnivariateVariable::*value)() const) {
     const QKCateUnivariateVariable* variable = collector.FindCategorical(field);
     return variable ? (variable->*value)() : -1;
+}
+
+/// What came of a value of a field's continuous record.
+Departure ContinuousDeparture(const UnivariateCollector& collector, int field,
+                              Departure (QKContUnivariateVariable::*departure)() const) {
+    const QKContUnivariateVariable* variable = collector.FindContinuous(field);
+    return variable ? (variable->*departure)() : Departure();
 }
 
 }  // namespace
 
 std::int32_t UnivariateResults::GetCount(int field) const {
-    const QKUnivariateVariable* variable = collector_->Find(field);
-    return variable ? variable->GetCount() : -1;
+    return Wrap32(GetWideCount(field));
 }
 
 bool UnivariateResults::HasVariable(int field) const {
@@ -58,19 +67,45 @@ int UnivariateResults::GetMedianCategory(int field) const {
     return CategoricalValue(*collector_, field, &QKCateUnivariateVariable::GetMedianCategory);
 }
 std::int32_t UnivariateResults::GetModeFrequency(int field) const {
-    return CategoricalValue(*collector_, field, &QKCateUnivariateVariable::GetModeFrequency);
+    return Wrap32(CategoricalValue(*collector_, field, &QKCateUnivariateVariable::GetModeFrequency));
 }
 
 bool UnivariateResults::GetFrequencies(int field, std::map<int, std::int32_t>& frequencies) const {
-    const QKCateUnivariateVariable* variable = collector_->FindCategorical(field);
-    if (variable == nullptr) return false;
+    std::map<int, std::int64_t> wide;
+    if (!GetWideFrequencies(field, wide)) return false;
     frequencies.clear();
-    for (const std::int32_t frequency : variable->GetFrequencies()) {
-        frequencies.emplace_hint(frequencies.end(), static_cast<int>(frequencies.size()), frequency);
+    for (const auto& [category, frequency] : wide) {
+        frequencies.emplace_hint(frequencies.end(), category, Wrap32(frequency));
     }
     return true;
 }
 
 int UnivariateResults::GetCategoryCount(int field) const {
     return CategoricalValue(*collector_, field, &QKCateUnivariateVariable::GetCategoryCount);
+}
+
+std::int64_t UnivariateResults::GetWideCount(int field) const {
+    const QKUnivariateVariable* variable = collector_->Find(field);
+    return variable ? variable->GetCount() : -1;
+}
+
+bool UnivariateResults::GetWideFrequencies(int field, std::map<int, std::int64_t>& frequencies) const {
+    const QKCateUnivariateVariable* variable = collector_->FindCategorical(field);
+    if (variable == nullptr) return false;
+    frequencies.clear();
+    for (const std::int64_t frequency : variable->GetFrequencies()) {
+        frequencies.emplace_hint(frequencies.end(), static_cast<int>(frequencies.size()), frequency);
+    }
+    return true;
+}
+
+Departure UnivariateResults::GetDeparture(int field) const {
+    const QKUnivariateVariable* variable = collector_->Find(field);
+    return variable ? variable->GetDeparture() : Departure();
+}
+Departure UnivariateResults::GetMeanDeparture(int field) const {
+    return ContinuousDeparture(*collector_, field, &QKContUnivariateVariable::MeanDeparture);
+}
+Departure UnivariateResults::GetMedianDeparture(int field) const {
+    return ContinuousDeparture(*collector_, field, &QKContUnivariateVariable::MedianDeparture);
 }

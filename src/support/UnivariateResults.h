@@ -34,6 +34,18 @@ class UnivariateResults {
     virtual bool GetFrequencies(int field, std::map<int, std::int32_t>& frequencies) const;
     virtual int GetCategoryCount(int field) const;
 
+    // ---- Beyond 32 bits ----
+
+    /// `GetCount` in all its digits where the run computes beyond 32 bits, and the same as that where it doesn't.
+    std::int64_t GetWideCount(int field) const;
+    /// `GetFrequencies` so.
+    bool GetWideFrequencies(int field, std::map<int, std::int64_t>& frequencies) const;
+    /// What came of the numbers of a field's record; nothing for a field that has none.
+    Departure GetDeparture(int field) const;
+    /// What came of the mean alone, and of the median.
+    Departure GetMeanDeparture(int field) const;
+    Departure GetMedianDeparture(int field) const;
+
  private:
     const UnivariateCollector* collector_;
 };

@@ -11,7 +11,7 @@
 
 namespace {
 
-using Frequencies = std::vector<std::int32_t>;  // of the categories from 0 up
+using Frequencies = std::vector<std::int64_t>;  // of the categories from 0 up
 /// A category of field 0 with its weight in field 1.
 using Weighted = std::pair<double, double>;
 

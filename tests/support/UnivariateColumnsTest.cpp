@@ -227,7 +227,7 @@ TEST(UnivariateColumns, CategoriesAreOneValueAfterTheOther) {
         }
         const std::vector<std::int32_t> weights = data.Chance(0.5) ? data.Weights(count) : std::vector<std::int32_t>();
 
-        std::vector<std::int32_t> frequencies(static_cast<std::size_t>(categories));
+        std::vector<std::int64_t> frequencies(static_cast<std::size_t>(categories));
         std::int32_t total = 0;
         for (std::size_t k = 0; k < count; ++k) {
             if (values[k] == kMissingCategory) continue;
@@ -235,8 +235,8 @@ TEST(UnivariateColumns, CategoriesAreOneValueAfterTheOther) {
             const std::int32_t category = TruncateToInt32(values[k]);
             total = Add32(total, weight);
             if (category < 0 || category >= categories) continue;
-            std::int32_t& frequency = frequencies[static_cast<std::size_t>(category)];
-            frequency = Add32(frequency, weight);
+            std::int64_t& frequency = frequencies[static_cast<std::size_t>(category)];
+            frequency = Wrap32(frequency + weight);
         }
 
         QKCateUnivariateVariable variable(0, -1, categories);
