@@ -219,7 +219,7 @@ void TARNKSmirnowTwoSample::ComputeSignificance() {
     if (extremes.HasPositive()) extremes.absolute = extremes.positive;
     if (extremes.HasNegative()) extremes.absolute = std::max(extremes.absolute, std::fabs(extremes.negative));
     z = std::sqrt(PairsPerCase(samples[TwoGroups::kFirst].n, samples[TwoGroups::kSecond].n)) * extremes.absolute;
-    const std::optional<double> significance = KolmogorovSignificance(z);
+    const std::optional<double> significance = KolmogorovSignificance(z, arithmetic);
     if (significance) {
         sig = *significance;
     } else {

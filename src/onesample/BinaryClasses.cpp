@@ -128,7 +128,7 @@ void BinaryClasses::ReadMeasureLevel(const QKSettings& settings) {
 }
 
 QKStatus BinaryClasses::Begin(const QKSettings& settings, const UnivariateResults* univariateResults,
-                              const BinaryCodes& codes) {
+                              const BinaryCodes& codes, const Arithmetic& arithmetic) {
     firstCount = 0;
     secondCount = 0;
     if (measureLevel == FieldKind::kContinuous) {
@@ -136,11 +136,13 @@ QKStatus BinaryClasses::Begin(const QKSettings& settings, const UnivariateResult
         ReadCutPoint(settings, univariateResults);
         return QKStatus();
     }
-    std::map<int, std::int32_t> frequencies;
-    if (univariateResults == nullptr || !univariateResults->GetFrequencies(variableIndex, frequencies)) {
+    std::map<int, std::int64_t> frequencies;
+    if (univariateResults == nullptr || !univariateResults->GetWideFrequencies(variableIndex, frequencies)) {
         return QKStatus(codes.noFrequencies);
     }
-    if (classFormation == Formation::kFromData) return TakeClassesOfData(frequencies, codes);
+    if (classFormation == Formation::kFromData) {
+        return TakeClassesOfData(frequencies, codes, arithmetic);
+    }
     ReadGivenClasses(settings);
     return QKStatus();
 }
@@ -154,12 +156,13 @@ void BinaryClasses::ReadCutPoint(const QKSettings& settings, const UnivariateRes
 }
 
 /// The classes are the field's categories, whether or not they occur, and their counts are there before the pass.
-QKStatus BinaryClasses::TakeClassesOfData(const std::map<int, std::int32_t>& frequencies, const BinaryCodes& codes) {
+QKStatus BinaryClasses::TakeClassesOfData(const std::map<int, std::int64_t>& frequencies, const BinaryCodes& codes,
+                                          const Arithmetic& arithmetic) {
     if (frequencies.size() > 2) return QKStatus(codes.tooManyCategories);
     if (frequencies.empty()) return QKStatus(codes.noCategory);
 
     const auto& [first, countOfFirst] = *frequencies.begin();
-    firstCount = countOfFirst;
+    firstCount = arithmetic.Count(countOfFirst);
     // A single category without a case is not taken, while of two without one both are.
     if (frequencies.size() == 1 && firstCount < 1) return QKStatus(codes.noCategory);
     givenCategories = {static_cast<double>(first)};
@@ -167,7 +170,7 @@ QKStatus BinaryClasses::TakeClassesOfData(const std::map<int, std::int32_t>& fre
 
     const auto& [second, countOfSecond] = *frequencies.rbegin();
     notUsedCategories = {static_cast<double>(second)};
-    secondCount = countOfSecond;
+    secondCount = arithmetic.Count(countOfSecond);
     return firstCount == 0 && secondCount == 0 ? QKStatus(codes.noCategory) : QKStatus();
 }
 

@@ -77,7 +77,7 @@ class BinaryClasses {
     void ReadMeasureLevel(const QKSettings& settings);
     /// Sets the classes up for a pass. Not OK: an error that the test is to raise.
     [[nodiscard]] QKStatus Begin(const QKSettings& settings, const UnivariateResults* univariateResults,
-                                 const BinaryCodes& codes);
+                                 const BinaryCodes& codes, const Arithmetic& arithmetic);
     /// Takes records of the pass.
     void Add(ColumnBatch& batch);
 
@@ -100,7 +100,8 @@ class BinaryClasses {
     enum class Formation { kFromData = 0, kGivenCategoryList = 1, kCutPoint = 2 };
 
     void ReadCutPoint(const QKSettings& settings, const UnivariateResults* univariateResults);
-    QKStatus TakeClassesOfData(const std::map<int, std::int32_t>& frequencies, const BinaryCodes& codes);
+    QKStatus TakeClassesOfData(const std::map<int, std::int64_t>& frequencies, const BinaryCodes& codes,
+                               const Arithmetic& arithmetic);
     void ReadGivenClasses(const QKSettings& settings);
     void AddClasses(const std::uint32_t* areFirst, const std::int32_t* weights, std::size_t count);
     void OrderClassesByFirstRecord(double value);

@@ -5,6 +5,7 @@
 
 #include "onesample/TheoreticalDistribution.h"
 #include "platform/common/QKMV.h"
+#include "support/Arithmetic.h"
 #include "support/KolmogorovSignificance.h"
 
 /// The walk over the ascending values of a sample that finds where its distribution function is farthest from a
@@ -12,8 +13,8 @@
 class DifferenceWalk {
  public:
     DifferenceWalk() = default;
-    /// `totalN`: the weight of all values to come. Borrows the distribution.
-    DifferenceWalk(TheoreticalDistribution& theory, std::int32_t totalN);
+    /// `totalN`: the weight of all values to come. Borrows the distribution and `by`.
+    DifferenceWalk(TheoreticalDistribution& theory, std::int64_t totalN, const Arithmetic& by);
 
     void Add(const double* values, const std::int32_t* weights, std::size_t count);
     /// After the last value.
@@ -22,15 +23,27 @@ class DifferenceWalk {
     const ExtremeDifferences& Extremes() const { return extremes; }
 
  private:
-    double Empirical(double value, std::int32_t count) const;
+    /// The share of the cases up to a value, as defined and in the textbook's form.
+    struct Levels {
+        double defined = 0;
+        double textbook = 0;
+    };
+
+    template <typename Counter>
+    void AddValues(const double* values, const std::int32_t* weights, std::size_t count);
     void CloseRun();
-    void Take(double difference);
+    Levels LevelsAt(double value, std::int64_t count) const;
+    void Take(const Levels& levels, double theoretical);
 
     TheoreticalDistribution* distribution = nullptr;
-    std::int32_t totalN = 0;
+    std::int64_t totalN = 0;
+    const Arithmetic* arithmetic = nullptr;
     ExtremeDifferences extremes;
-    std::int32_t cumulativeCount = 0;
-    std::int32_t runWeight = 0;
+    ExtremeDifferences textbookExtremes;  // where a level was another one
+    bool isTextbookApart = false;
+    std::int64_t cumulativeCount = 0;
+    std::int64_t runWeight = 0;
+    std::int64_t weightSeen = 0;             // whatever the signs
     double previousValue = QKMV::Missing();  // of the run being built
-    double previousEmpirical = 0;            // behind the run before
+    Levels previous;                         // behind the run before
 };

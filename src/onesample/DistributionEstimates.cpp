@@ -6,7 +6,7 @@
 #include "vocabulary/StatusCodes.h"
 
 QKStatus DistributionEstimates::Choose(const TheoreticalDistribution& distribution, int variableIndex, int weightIndex,
-                                       bool hasError) {
+                                       bool hasError, const Arithmetic& arithmetic) {
     const bool isUniform = distribution.kind == DistributionKind::kUniform;
     const bool isNormal = distribution.kind == DistributionKind::kNormal;
     meanFromSample = !isUniform && QKMV::IsMissing(distribution.mean);
@@ -15,7 +15,7 @@ QKStatus DistributionEstimates::Choose(const TheoreticalDistribution& distributi
         (isUniform || !hasError) && (QKMV::IsMissing(distribution.minimum) || QKMV::IsMissing(distribution.maximum));
     if (!meanFromSample && !stdDevFromSample && !rangeFromSample) return QKStatus();
 
-    sampleStatistics.reset(new (std::nothrow) QKContUnivariateVariable(variableIndex, weightIndex));
+    sampleStatistics.reset(new (std::nothrow) QKContUnivariateVariable(variableIndex, weightIndex, arithmetic));
     if (sampleStatistics == nullptr) return QKStatus(StatusCode::kAllocationFailed);
     if (meanFromSample) sampleStatistics->AddStatistic(Statistic::kMean);
     if (stdDevFromSample) sampleStatistics->AddStatistic(Statistic::kMeanAndStdDev);

@@ -13,8 +13,9 @@
 class DistributionEstimates {
  public:
     /// Finds out what is to be estimated. An error of the test takes away the range, but not that of a uniform
-    /// distribution. 220002 without memory.
-    QKStatus Choose(const TheoreticalDistribution& distribution, int variableIndex, int weightIndex, bool hasError);
+    /// distribution. 220002 without memory. Borrows `arithmetic`.
+    QKStatus Choose(const TheoreticalDistribution& distribution, int variableIndex, int weightIndex, bool hasError,
+                    const Arithmetic& arithmetic);
 
     /// `weights`: those of the values, truncated.
     void Add(std::span<const double> values, const std::int32_t* weights);

@@ -12,11 +12,11 @@
 
 namespace {
 
-constexpr std::int32_t kSmallestN = 5;
+constexpr std::int64_t kSmallestN = 5;
 constexpr double kTolerance = 1e-14;
 
 struct CriticalValues {
-    std::int32_t n;
+    std::int64_t n;
     double at20;  ///< of the significance 0.2
     double at15;  ///< of the significance 0.15
 };
@@ -28,13 +28,16 @@ constexpr std::array<CriticalValues, 22> kTable{
      {20, 0.159, 0.166},  {25, 0.143, 0.15},  {30, 0.131, 0.138}, {40, 0.115, 0.12},  {100, 0.074, 0.077},
      {400, 0.037, 0.039}, {900, 0.025, 0.026}}};
 
-/// Of n from the first row's on.
-CriticalValues CriticalValuesOf(std::int32_t n) {
+/// Of n past the last row. As defined the divisor is n and not its square root. The table of critical values ends that
+/// way, and documents depend on it: nearly every D of a large sample lies above both.
+CriticalValues PastTheTable(std::int64_t n, double divisor) {
+    return {n, 0.736 / divisor, 0.768 / divisor};
+}
+
+/// Of n from the first row's to the last one's.
+CriticalValues CriticalValuesOf(std::int64_t n) {
     const auto above = std::lower_bound(kTable.begin(), kTable.end(), n,
-                                        [](const CriticalValues& row, std::int32_t wanted) { return row.n < wanted; });
-    // Past the last row the divisor is n and not its square root. The table of critical values ends that way, and
-    // documents depend on it: nearly every D of a large sample lies above both.
-    if (above == kTable.end()) return {n, 0.736 / n, 0.768 / n};
+                                        [](const CriticalValues& row, std::int64_t wanted) { return row.n < wanted; });
     if (above->n == n) return *above;
     const CriticalValues& below = *(above - 1);
     const double share = static_cast<double>(n - below.n) / (above->n - below.n);
@@ -79,16 +82,24 @@ double Interpolate(double difference, double upperSig, double upper, double lowe
     return (upperSig - lowerSig) / (upper - lower) * (difference - lower) + lowerSig;
 }
 
-}  // namespace
-
-LillieforsSignificance LillieforsSignificanceOf(std::int32_t n, double difference) {
-    if (n < kSmallestN) return {QKMV::Missing()};
-    const Exponent exponent(n);
-    const double at10 = exponent.CriticalValueAt10();
-    if (difference - at10 >= kTolerance) return {exponent.Significance(difference)};
-    if (IsEqual(difference, at10)) return {0.1};
-    const CriticalValues critical = CriticalValuesOf(n);
+/// Above 0.1; `at10`: the critical value of that.
+LillieforsSignificance Interpolated(double difference, double at10, const CriticalValues& critical) {
     if (Reaches(difference, critical.at15)) return {Interpolate(difference, 0.1, at10, 0.15, critical.at15)};
     if (Reaches(difference, critical.at20)) return {Interpolate(difference, 0.15, critical.at15, 0.2, critical.at20)};
     return {0.2, true};
+}
+
+}  // namespace
+
+LillieforsSignificance LillieforsSignificanceOf(std::int64_t n, double difference, const Arithmetic& arithmetic) {
+    if (n < kSmallestN) return {QKMV::Missing()};
+    const Exponent exponent(static_cast<double>(n));
+    const double at10 = exponent.CriticalValueAt10();
+    if (difference - at10 >= kTolerance) return {exponent.Significance(difference)};
+    if (IsEqual(difference, at10)) return {0.1};
+    if (n <= kTable.back().n) return Interpolated(difference, at10, CriticalValuesOf(n));
+    const auto size = static_cast<double>(n);
+    const LillieforsSignificance asDefined = Interpolated(difference, at10, PastTheTable(n, size));
+    const LillieforsSignificance textbook = Interpolated(difference, at10, PastTheTable(n, std::sqrt(size)));
+    return arithmetic.TakesTextbook(textbook != asDefined) ? textbook : asDefined;
 }

@@ -19,7 +19,6 @@
 #include "platform/common/QKDistFun.h"
 #include "platform/common/QKMV.h"
 #include "platform/common/QKPower.h"
-#include "support/Int32.h"
 #include "support/ResultElements.h"
 #include "support/Significance.h"
 #include "vocabulary/OneSampleKeys.h"
@@ -63,11 +62,12 @@ double OfTails(double tail, bool both) {
 }
 
 /// The smaller tail of the binomial distribution from `count` on, `count` included; the missing value on a failure.
-double SmallerTail(std::int32_t count, std::int32_t n, double probability) {
+double SmallerTail(double count, double n, double probability, const Arithmetic& arithmetic) {
     int err = 0;
     const double lower = QKMath::QKDistFun::CdfBin(count, n, probability, err);
     if (err != 0) return QKMV::Missing();
-    const double upper = 1 - QKMath::QKDistFun::CdfBin(count - 1.0, n, probability, err);
+    const double upper = arithmetic.UpperTail([&] { return QKMath::QKDistFun::CdfBin(count - 1, n, probability, err); },
+                                              [&] { return QKMath::QKDistFun::SfBin(count - 1, n, probability, err); });
     if (err != 0) return QKMV::Missing();
     return std::min(lower, upper);
 }
@@ -101,7 +101,7 @@ QKStatus TARNBinomial::BeginPass() {
     }
     classes.ReadMeasureLevel(*settings);
     if (status.IsError()) return status;
-    const QKStatus begun = classes.Begin(*settings, univariateResults, kCodes);
+    const QKStatus begun = classes.Begin(*settings, univariateResults, kCodes, arithmetic);
     if (begun.IsError()) AddStatusMessage(begun, MessageKind::kError);
     return status;
 }
@@ -116,8 +116,9 @@ QKStatus TARNBinomial::ProcessColumns(ColumnBatch& batch) {
 }
 
 QKStatus TARNBinomial::EndPass() {
-    firstCount = Wrap32(classes.GetFirstCount());
-    totalN = Wrap32(classes.GetFirstCount() + classes.GetSecondCount());
+    firstCount = arithmetic.Count(classes.GetFirstCount());
+    secondCount = arithmetic.Count(classes.GetSecondCount());
+    totalN = arithmetic.Count(classes.GetFirstCount() + classes.GetSecondCount());
     if (totalN == 0) {
         AddStatusMessage(QKStatus(StatusCode::kNoRecords), MessageKind::kError);
         return status;
@@ -133,14 +134,15 @@ QKStatus TARNBinomial::EndPass() {
 }
 
 void TARNBinomial::ComputeAsymptotic() {
-    const double mean = totalN * testProbability;
+    const double mean = static_cast<double>(totalN) * testProbability;
     standardError = std::sqrt((1 - testProbability) * mean);
-    standardTestStatistic = CorrectForContinuity(firstCount - mean) / standardError;
-    asymptoticSig = OfTails(1 - QKMath::QKDistFun::CdfStdNorm(std::fabs(standardTestStatistic)), twoTailed);
+    standardTestStatistic = CorrectForContinuity(static_cast<double>(firstCount) - mean) / standardError;
+    asymptoticSig = OfTails(UpperTailOfNormal(std::fabs(standardTestStatistic), arithmetic), twoTailed);
 }
 
 void TARNBinomial::ComputeExact() {
-    const double tail = SmallerTail(firstCount, totalN, testProbability);
+    const double tail =
+        SmallerTail(static_cast<double>(firstCount), static_cast<double>(totalN), testProbability, arithmetic);
     if (QKMV::IsMissing(tail)) {
         AddStatusMessage(QKStatus(StatusCode::kSignificanceFailed), MessageKind::kError);
     } else {
@@ -149,9 +151,9 @@ void TARNBinomial::ComputeExact() {
 }
 
 void TARNBinomial::ComputePercentages() {
-    const double n = totalN;
-    percentages = {firstCount / n * 100, Wrap32(classes.GetSecondCount()) / n * 100, testProbability * 100,
-                   (1 - testProbability) * 100};
+    const auto n = static_cast<double>(totalN);
+    percentages = {static_cast<double>(firstCount) / n * 100, static_cast<double>(secondCount) / n * 100,
+                   testProbability * 100, (1 - testProbability) * 100};
     if (!twoTailed && percentages[2] > percentages[0]) {
         AddMessage({QKStatus(kProbabilityAboveObservedShare),
                     MessageKind::kHelpMessage,

@@ -36,8 +36,9 @@ class TARNBinomial : public ColumnTest {
     double sigLevel = kDefaultSigLevel;
     double testProbability = 0.5;
     BinaryClasses classes;
-    std::int32_t firstCount = 0;
-    std::int32_t totalN = 0;
+    std::int64_t firstCount = 0;
+    std::int64_t secondCount = 0;
+    std::int64_t totalN = 0;
     /// Observed first and second class, then the hypothesized ones.
     std::array<double, 4> percentages{};
     double asymptoticSig = 0;

@@ -10,6 +10,8 @@
 #include "onesample/TARNChiSquare.h"
 
 #include <algorithm>
+#include <cmath>
+#include <functional>
 #include <limits>
 #include <map>
 
@@ -17,7 +19,6 @@
 #include "contract/TARNVariableInfo.h"
 #include "platform/common/QKVarList.h"
 #include "platform/common/Truncation.h"
-#include "support/Int32.h"
 #include "support/QKUnivariateVariable.h"
 #include "support/QKVecValue.h"
 #include "support/Significance.h"
@@ -34,6 +35,7 @@ constexpr const char* kConditionOfList = "UserSpecifiesProbabilities_O_ChiSquare
 constexpr const char* kGivenExpectedValue = "givenExpectedValue";  // of "classFormation"
 constexpr const char* kCategoryValue = "categoryValue";
 constexpr const char* kExpectedValue = "expectedValue";
+constexpr const char* kGivenValue = "givenValue";  // of a test's own settings: expected values as they were given
 
 constexpr long kSettingMissing = 220201_error;
 constexpr long kNameMissing = 220203_error;
@@ -93,6 +95,7 @@ void PlanExpectedValues(TARNPlanBuilder& builder, const QKVarList& varList, int 
     ExpectedCategories given = ReadElements(builder, elements, numeric);
     if (!builder.IsOK()) return;
 
+    AddVecSetting(builder.TestSettings(), kGivenValue, given.expected, false);
     double sum = 0;
     for (const double expected : given.expected) sum += expected;
     for (double& expected : given.expected) expected /= sum;
@@ -201,24 +204,42 @@ void TARNChiSquare::BuildCells(const std::vector<double>& categories) {
         AddStatusMessage(QKStatus(kBadExpectedValues), MessageKind::kError);
         return;
     }
-    std::map<int, std::int32_t> frequencies;
-    if (univariateResults != nullptr) univariateResults->GetFrequencies(variableIndex, frequencies);
+    std::vector<double> given;
+    settings->GetSettingValByName(kGivenValue, given);
+    if (given.size() != proportions.size()) {
+        const bool areEqual =
+            std::adjacent_find(proportions.begin(), proportions.end(), std::not_equal_to<>()) == proportions.end();
+        given = areEqual ? std::vector<double>(proportions.size(), 1) : proportions;
+    }
+    std::map<int, std::int64_t> frequencies;
+    if (univariateResults != nullptr) univariateResults->GetWideFrequencies(variableIndex, frequencies);
     for (std::size_t i = 0; i < categories.size(); ++i) {
         const std::int32_t category = TruncateToInt32(categories[i]);
         const auto found = frequencies.find(category);  // a category that the field doesn't know has no entry
-        const std::int32_t observed = found == frequencies.end() ? 0 : found->second;
-        cells.push_back({category, static_cast<std::uint64_t>(observed), proportions[i]});
+        const std::int64_t observed = found == frequencies.end() ? 0 : arithmetic.Count(found->second);
+        cells.push_back({category, static_cast<std::uint64_t>(observed), proportions[i], given[i]});
     }
+}
+
+/// The observed count less the expected one, of expected values that are whole numbers: where counts are large and near
+/// to what is expected most digits cancel.
+double ChiSquareCell::AboveExpected(long double sumOfGiven, std::int64_t totalN) const {
+    const long double product = static_cast<long double>(totalN) * given;
+    return static_cast<double>((static_cast<long double>(observed) * sumOfGiven - product) / sumOfGiven);
 }
 
 QKStatus TARNChiSquare::EndPass() {
     double sumOfProportions = 0;
+    long double sumOfGiven = 0;
+    bool areWhole = true;
     std::uint64_t sumOfObserved = 0;
     for (const ChiSquareCell& cell : cells) {
         sumOfProportions += cell.proportion;
+        sumOfGiven += cell.given;
+        areWhole = areWhole && cell.given == std::trunc(cell.given);
         sumOfObserved += cell.observed;
     }
-    totalN = Wrap32(static_cast<std::int64_t>(sumOfObserved));
+    totalN = arithmetic.Count(static_cast<std::int64_t>(sumOfObserved));
     if (totalN == 0) AddStatusMessage(QKStatus(StatusCode::kNoRecords), MessageKind::kError);
 
     std::size_t below = 0;
@@ -226,10 +247,15 @@ QKStatus TARNChiSquare::EndPass() {
     testStatistic = 0;
     if (!status.IsError()) {
         for (const ChiSquareCell& cell : cells) {
-            const double expected = cell.proportion / sumOfProportions * totalN;
+            const double expected = cell.proportion / sumOfProportions * static_cast<double>(totalN);
             smallest = std::min(smallest, expected);
             if (expected < kSmallExpectedCount) ++below;
-            const double difference = static_cast<double>(cell.observed) - expected;
+            const double difference =
+                arithmetic.Carefully([&] { return static_cast<double>(cell.observed) - expected; },
+                                     [&] {
+                                         return areWhole ? cell.AboveExpected(sumOfGiven, totalN)
+                                                         : static_cast<double>(cell.observed) - expected;
+                                     });
             testStatistic += difference * difference / expected;
         }
         asymptoticSig = ChiSquareSig(testStatistic, static_cast<double>(cells.size()) - 1, arithmetic);
@@ -259,7 +285,8 @@ void TARNChiSquare::AddComparison(ResultElement& element) const {
     }
     auto content = MakeSimpleTable(TableName::kContent, JoinValues(categories), Literal::kTwoColumns);
     for (const ChiSquareCell& cell : cells) {
-        content->AddChild(MakeRowElement(SizeToString(cell.observed) + ";" + DoubleToString(totalN * cell.proportion)));
+        content->AddChild(MakeRowElement(SizeToString(cell.observed) + ";" +
+                                         DoubleToString(static_cast<double>(totalN) * cell.proportion)));
     }
     element.AddTable(TableName::kTwoClassComparison).Add(std::move(content));
     // Behind the comparison, where other tests have it in front of the messages.

@@ -15,6 +15,9 @@ struct ChiSquareCell {
     std::int32_t category;  ///< its index, -1 for one that the field doesn't know
     std::uint64_t observed;
     double proportion;  ///< expected
+    double given;       ///< the same as it was given, whatever the sum of all
+
+    double AboveExpected(long double sumOfGiven, std::int64_t totalN) const;
 };
 
 /// The chi-square test of the frequencies of one categorical field, setting "OChiSquare".
@@ -44,7 +47,7 @@ class TARNChiSquare : public ColumnTest {
 
     UnivariateResults* univariateResults = nullptr;
     int measureLevel = 0;
-    std::int32_t totalN = 0;
+    std::int64_t totalN = 0;
     std::vector<ChiSquareCell> cells;
     int variableIndex = -1;
     double asymptoticSig = 0;

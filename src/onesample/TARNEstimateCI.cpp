@@ -74,7 +74,7 @@ QKStatus TARNEstimateCI::BeginPass() {
     classes.ReadFormation(*settings);
     classes.ReadMeasureLevel(*settings);
     if (status.IsError()) return status;
-    const QKStatus begun = classes.Begin(*settings, univariateResults, kCodes);
+    const QKStatus begun = classes.Begin(*settings, univariateResults, kCodes, arithmetic);
     if (begun.IsError()) AddStatusMessage(begun, MessageKind::kError);
     return status;
 }
@@ -95,10 +95,10 @@ QKStatus TARNEstimateCI::EndPass() {
         AddStatusMessage(QKStatus(StatusCode::kNoRecords), MessageKind::kError);
         return status;
     }
-    if (isDoClopperPearson) clopperPearson = ClopperPearsonInterval(counts, confidenceLevel);
-    if (isDoJeffreys) jeffreys = JeffreysInterval(counts, confidenceLevel);
+    if (isDoClopperPearson) clopperPearson = ClopperPearsonInterval(counts, confidenceLevel, arithmetic);
+    if (isDoJeffreys) jeffreys = JeffreysInterval(counts, confidenceLevel, arithmetic);
     if (isDoProfileLikelihood) {
-        const std::optional<ProportionInterval> limits = ProfileLikelihoodInterval(counts, confidenceLevel);
+        const std::optional<ProportionInterval> limits = ProfileLikelihoodInterval(counts, confidenceLevel, arithmetic);
         if (limits) {
             profileLikelihood = *limits;
         } else {

@@ -19,7 +19,7 @@
 #include "contract/TARNPlanBuilder.h"
 #include "onesample/LillieforsSignificance.h"
 #include "platform/common/QKPower.h"
-#include "support/Int32.h"
+#include "support/CaseWeight.h"
 #include "vocabulary/OneSampleKeys.h"
 #include "vocabulary/SettingKeys.h"
 #include "vocabulary/StatusCodes.h"
@@ -136,14 +136,15 @@ void PlanKSmirnowExponential(const QKSettings& entry, TARNPlan& plan) {
 QKStatus TARNKSmirnowOneSample::BeginPass() {
     if (IsFirstPass()) {
         ReadSettings();
-        const QKStatus chosen = estimates.Choose(distribution, variableIndex, weightVariableIndex, status.IsError());
+        const QKStatus chosen =
+            estimates.Choose(distribution, variableIndex, weightVariableIndex, status.IsError(), arithmetic);
         if (chosen.IsError()) AddStatusMessage(chosen, MessageKind::kError);
         if (!status.IsError()) passesRemaining = 2;
     } else {
         estimates.TakeInto(distribution);
         CheckParameters();
         passesRemaining = 1;
-        walk = DifferenceWalk(distribution, totalN);
+        walk = DifferenceWalk(distribution, totalN, arithmetic);
     }
     return status;
 }
@@ -220,9 +221,7 @@ QKStatus TARNKSmirnowOneSample::AddValues(const double* values, const std::int32
         walk.Add(values, weights, count);
         return status;
     }
-    std::int64_t sum = 0;
-    for (std::size_t i = 0; i < count; ++i) sum += weights[i];
-    totalN = Add32(totalN, Wrap32(sum));
+    weightSum += SumOfWeights(weights, count);
     estimates.Add({values, count}, weightVariableIndex < 0 ? nullptr : weights);
     return status;
 }
@@ -230,7 +229,7 @@ QKStatus TARNKSmirnowOneSample::AddValues(const double* values, const std::int32
 /// A value outside the range is passed over and reported with the element; one that is no count stops the test.
 void TARNKSmirnowOneSample::Refuse(ValueFit fit, double value, std::int32_t weight) {
     hasOutliers = true;
-    outlierWeight = Add32(outlierWeight, weight);
+    outlierWeight += weight;
     if (fit != ValueFit::kNoCount) return;
     AddMessage({QKStatus(kNotPoisson), MessageKind::kError, {DoubleToString(value), IntToString(weight)}, {}});
 }
@@ -249,6 +248,7 @@ QKStatus TARNKSmirnowOneSample::EndPass() {
 void TARNKSmirnowOneSample::EndFirstPass() {
     const QKStatus ended = estimates.EndPass();
     if (ended.IsError()) AddStatusMessage(ended, MessageKind::kError);
+    totalN = arithmetic.Count(weightSum);
     if (totalN > 0) return;
     AddStatusMessage(QKStatus(RowOf(distribution.kind).noValues), MessageKind::kError);
 }
@@ -256,13 +256,13 @@ void TARNKSmirnowOneSample::EndFirstPass() {
 void TARNKSmirnowOneSample::ComputeSignificance() {
     const double difference = walk.Extremes().absolute;
     if (IsLilliefors()) {
-        const LillieforsSignificance significance = LillieforsSignificanceOf(totalN, difference);
+        const LillieforsSignificance significance = LillieforsSignificanceOf(totalN, difference, arithmetic);
         asymptoticSig = significance.value;
         sigAtFloor = significance.isFloor;
         return;
     }
-    zStatistic = std::sqrt(totalN) * difference;
-    const std::optional<double> significance = KolmogorovSignificance(zStatistic);
+    zStatistic = std::sqrt(static_cast<double>(totalN)) * difference;
+    const std::optional<double> significance = KolmogorovSignificance(zStatistic, arithmetic);
     if (significance) {
         asymptoticSig = *significance;
     } else {
@@ -272,15 +272,22 @@ void TARNKSmirnowOneSample::ComputeSignificance() {
 
 // ---- Element ----
 
+/// A sample too small for a significance has the missing value there, which lies below every level: it rejects. In the
+/// textbook's way nothing is rejected without a significance.
+Decision TARNKSmirnowOneSample::Decided() {
+    const Decision decision = Decide(status, sigLevel, asymptoticSig);
+    const bool rejectsWithoutSignificance = decision == Decision::kReject && QKMV::IsMissing(asymptoticSig);
+    return rejectsWithoutSignificance && arithmetic.TakesTextbook() ? Decision::kRetain : decision;
+}
+
 QKXML::XMLElement* TARNKSmirnowOneSample::MakeResultElement() {
-    // A sample too small for a significance has the missing value there, which lies below every level: it rejects.
-    ResultElement element(Tests::kKolmogorovSmirnov, Decide(status, sigLevel, asymptoticSig));
+    ResultElement element(Tests::kKolmogorovSmirnov, Decided());
     AddCondition(element);
     WarnOfRefusedValues();
     if (element.EndsWithMessages(messages, status)) return element.Release();
 
     StructuredTable statistics = element.AddTable(TableName::kStatisticsResult);
-    statistics.Row(RowName::kTotalN, Add32(totalN, outlierWeight));
+    statistics.Row(RowName::kTotalN, arithmetic.Count(weightSum + outlierWeight));
     walk.Extremes().AddTable(statistics);
     statistics.Row(RowName::kTestStatistic, IsLilliefors() ? walk.Extremes().absolute : zStatistic);
     statistics.Row(RowName::kAsymptoticSig2Tailed, (sigAtFloor ? ">" : "") + NumberOrMissing(asymptoticSig));
@@ -312,6 +319,6 @@ void TARNKSmirnowOneSample::WarnOfRefusedValues() {
     if (!hasOutliers || totalN <= 0 || (!isUniform && !isExponential)) return;
     AddMessage({QKStatus(isUniform ? kUniformOutliers : kExponentialOutliers),
                 MessageKind::kWarning,
-                {IntToString(outlierWeight)},
+                {IntToString(arithmetic.Count(outlierWeight))},
                 {}});
 }

@@ -38,6 +38,7 @@ class TARNKSmirnowOneSample : public ColumnTest {
     void Refuse(ValueFit fit, double value, std::int32_t weight);
     void EndFirstPass();
     void ComputeSignificance();
+    Decision Decided();
     bool IsLilliefors() const { return isUseSample && distribution.kind == DistributionKind::kNormal; }
     bool IsFirstPass() const { return passCounter == 0; }
     void AddCondition(ResultElement& element) const;
@@ -49,10 +50,11 @@ class TARNKSmirnowOneSample : public ColumnTest {
     int variableIndex = -1;
     /// Of the values refused in the first pass: whether there is any, and their weight.
     bool hasOutliers = false;
-    std::int32_t outlierWeight = 0;
+    std::int64_t outlierWeight = 0;
     double sigLevel = kDefaultSigLevel;
     DistributionEstimates estimates;
-    std::int32_t totalN = 0;
+    std::int64_t weightSum = 0;  // whole
+    std::int64_t totalN = 0;
     DifferenceWalk walk;
     double asymptoticSig = 0;
     double zStatistic = 0;

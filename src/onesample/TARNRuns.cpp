@@ -13,14 +13,14 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 
 #include "contract/TARNPlanBuilder.h"
 #include "contract/TARNVariableInfo.h"
 #include "onesample/GivenCategories.h"
 #include "platform/common/QKDistFun.h"
 #include "platform/common/QKVarList.h"
-#include "platform/common/Truncation.h"
-#include "support/Int32.h"
+#include "support/CaseWeight.h"
 #include "support/QKUnivariateVariable.h"
 #include "support/QKVecValue.h"
 #include "support/Significance.h"
@@ -185,8 +185,8 @@ QKStatus TARNRuns::BeginPass() {
     settings->GetSettingValByName(kInvalidCategories, invalidCategories);
     if (status.IsError()) return status;
     settings->GetSettingValByName(SettingKey::kWeightVariableIndex, weightVariableIndex);
-    lastClass = Class::kNone;
-    runs = upperCount = lowerCount = 0;
+    lastClass = lastWeightyClass = Class::kNone;
+    runs = weightyRuns = upperCount = lowerCount = 0;
     passesRemaining = 1;
     return status;
 }
@@ -206,9 +206,15 @@ void TARNRuns::PrepareContinuous() {
     if (!settings->GetSettingValByName(kDataCutPoint, formation)) return;
     const bool hasResults = univariateResults != nullptr;
     if (formation == kCutAtMedian) {
-        if (hasResults) cutPoint = univariateResults->GetMedian(variableIndex);
+        if (hasResults) {
+            cutPoint = univariateResults->GetMedian(variableIndex);
+            arithmetic.Adopt(univariateResults->GetMedianDeparture(variableIndex));
+        }
     } else if (formation == kCutAtMean) {
-        if (hasResults) cutPoint = univariateResults->GetMean(variableIndex);
+        if (hasResults) {
+            cutPoint = univariateResults->GetMean(variableIndex);
+            arithmetic.Adopt(univariateResults->GetMeanDeparture(variableIndex));
+        }
     } else if (!settings->GetSettingValByName(OneSampleKey::kGivenCutPoint, cutPoint)) {
         AddStatusMessage(QKStatus(kCutPointMissing), MessageKind::kError);
     }
@@ -235,20 +241,60 @@ QKStatus TARNRuns::ProcessColumns(ColumnBatch& batch) {
     return status;
 }
 
+namespace {
+
+template <typename Counter>
+struct ClassWeights {
+    Counter total = 0;
+    Counter lower = 0;
+
+    ClassWeights(const std::uint32_t* areLower, const std::int32_t* weights, std::size_t count) {
+        for (std::size_t i = 0; i < count; ++i) {
+            total += static_cast<Counter>(weights[i]);
+            lower += static_cast<Counter>(weights[i]) & -static_cast<Counter>(areLower[i]);
+        }
+    }
+};
+
+}  // namespace
+
 /// Without a branch: at random, where a run ends can't be foreseen.
 void TARNRuns::AddClasses(const std::uint32_t* areLower, const std::int32_t* weights, std::size_t count) {
-    std::uint32_t total = 0;
-    std::uint32_t lower = 0;
-    auto begun = static_cast<std::uint32_t>(static_cast<std::uint32_t>(lastClass) != areLower[0]);
-    for (std::size_t i = 0; i < count; ++i) {
-        total += static_cast<std::uint32_t>(weights[i]);
-        lower += static_cast<std::uint32_t>(weights[i]) & -areLower[i];
+    const bool isWide = weightVariableIndex >= 0 && !arithmetic.StaysNarrow(std::numeric_limits<std::int64_t>::max());
+    if (isWide) {
+        const ClassWeights<std::int64_t> sums(areLower, weights, count);
+        lowerCount += sums.lower;
+        upperCount += sums.total - sums.lower;
+    } else {
+        const ClassWeights<std::uint32_t> sums(areLower, weights, count);
+        lowerCount += static_cast<std::int32_t>(sums.lower);
+        upperCount += static_cast<std::int32_t>(sums.total - sums.lower);
     }
+    auto begun = static_cast<std::uint32_t>(static_cast<std::uint32_t>(lastClass) != areLower[0]);
     for (std::size_t i = 1; i < count; ++i) begun += areLower[i] ^ areLower[i - 1];
-    lowerCount = Add32(lowerCount, static_cast<std::int32_t>(lower));
-    upperCount = Add32(upperCount, static_cast<std::int32_t>(total - lower));
-    runs = Add32(runs, static_cast<std::int32_t>(begun));
+    AddRuns(areLower, weights, count, begun);
+}
+
+/// A record that counts for nothing makes a run as defined, and none in the textbook's way. `begun`: the runs that
+/// begin among these records.
+void TARNRuns::AddRuns(const std::uint32_t* areLower, const std::int32_t* weights, std::size_t count,
+                       std::int64_t begun) {
+    runs += begun;
+    const Class lastBefore = lastClass;
     lastClass = static_cast<Class>(areLower[count - 1]);
+    if (!arithmetic.TakesTextbook(false)) return;
+    const bool mayBeWeightless = weightVariableIndex >= 0 && HasWeightless(weights, count);
+    if (lastBefore == lastWeightyClass && !mayBeWeightless) {
+        weightyRuns += begun;
+        lastWeightyClass = lastClass;
+        return;
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        const auto own = static_cast<Class>(areLower[i]);
+        if (weights[i] == 0 || own == lastWeightyClass) continue;
+        ++weightyRuns;
+        lastWeightyClass = own;
+    }
 }
 
 /// Without a cut the first value makes the first class, unless there is a list, and the first other value the second
@@ -265,18 +311,33 @@ void TARNRuns::LearnClasses(const double* values, std::size_t count) {
     if (other != values + count) group2List.push_back(*other);
 }
 
+/// The runs less their mean, 2 n1 n0 / n + 1.
+double TARNRuns::RunsAboveMean() const {
+    return arithmetic.Carefully([this] { return static_cast<double>(observedRuns) - expectedRuns; },
+                                [this] {
+                                    const Whole n = Whole(upperCount) + lowerCount;
+                                    const Whole p = Whole(upperCount) * lowerCount * 2;
+                                    return ((Whole(observedRuns) - 1) * n - p).Value() / n.Value();
+                                });
+}
+
 QKStatus TARNRuns::EndPass() {
+    lowerCount = arithmetic.Count(lowerCount);
+    upperCount = arithmetic.Count(upperCount);
     if (upperCount < 1 || lowerCount < 1) {
         AddStatusMessage(QKStatus(kEmptyClass), MessageKind::kError);
         return status;
     }
-    const double n = static_cast<double>(upperCount) + lowerCount;
-    totalN = TruncateToInt32(n);
-    const RunsDistribution expected = DistributionOfRuns(lowerCount, upperCount);
+    observedRuns = arithmetic.Count(arithmetic.TakesTextbook(weightyRuns != runs) ? weightyRuns : runs);
+    const auto n0 = static_cast<double>(upperCount);
+    const auto n1 = static_cast<double>(lowerCount);
+    const double n = n0 + n1;
+    totalN = arithmetic.Truncated(n);
+    const RunsDistribution expected = DistributionOfRuns(n1, n0);
     expectedRuns = expected.mean;
     expectedStdDev = standardError = expected.stdDev;
 
-    double difference = runs - expectedRuns;
+    double difference = RunsAboveMean();
     if (n < kCorrectedBelow) difference = CorrectForContinuity(difference);
     // Two cases have standard error 0, but no difference either.
     standardTestStatistic = difference == 0 ? 0.0 : difference / standardError;
@@ -310,10 +371,10 @@ QKXML::XMLElement* TARNRuns::MakeResultElement() {
     StructuredTable parameters = element.AddTable(TableName::kRunsParameters);
     parameters.Row(RowName::kMean, expectedRuns);
     parameters.Row(RowName::kStdDev, expectedStdDev);
-    parameters.Row(RowName::kObservedRunNumber, runs);
+    parameters.Row(RowName::kObservedRunNumber, observedRuns);
     StructuredTable statistics = element.AddTable(TableName::kStatisticsResult);
     statistics.Row(RowName::kTotalN, totalN);
-    statistics.Row(RowName::kTestStatistic, runs);
+    statistics.Row(RowName::kTestStatistic, observedRuns);
     statistics.Row(RowName::kStandardError, standardError);
     statistics.Row(RowName::kStandardTestStatistic, standardTestStatistic);
     statistics.Row(RowName::kAsymptoticSig2Tailed, asymptoticSig);

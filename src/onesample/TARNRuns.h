@@ -35,6 +35,8 @@ class TARNRuns : public ColumnTest {
     void PrepareContinuous();
     void LearnClasses(const double* values, std::size_t count);
     void AddClasses(const std::uint32_t* areLower, const std::int32_t* weights, std::size_t count);
+    void AddRuns(const std::uint32_t* areLower, const std::int32_t* weights, std::size_t count, std::int64_t begun);
+    double RunsAboveMean() const;
     void AddCondition(ResultElement& element) const;
 
     UnivariateResults* univariateResults = nullptr;
@@ -45,18 +47,21 @@ class TARNRuns : public ColumnTest {
     std::vector<std::string> invalidCategories;
     MeasureKind measureKind = MeasureKind::kCategorical;
     Class lastClass = Class::kNone;
-    std::int32_t runs = 0;
+    Class lastWeightyClass = Class::kNone;
+    std::int64_t runs = 0;
+    std::int64_t weightyRuns = 0;  // of the records that have a weight
+    std::int64_t observedRuns = 0;
     double expectedStdDev = QKMV::Missing();
     double expectedRuns = QKMV::Missing();
-    std::int32_t upperCount = 0;
-    std::int32_t lowerCount = 0;
+    std::int64_t upperCount = 0;
+    std::int64_t lowerCount = 0;
     int variableIndex = -1;
     int weightVariableIndex = -1;
     double standardTestStatistic = 0;
     double asymptoticSig = 0;
     double sigLevel = kDefaultSigLevel;
     double standardError = QKMV::Missing();
-    std::int32_t totalN = 0;
+    std::int64_t totalN = 0;
 };
 
 /// The plan builder of "ORuns". Keys: "variableName"; of a continuous field "contVarClassFormation" with

@@ -2,7 +2,8 @@
 //
 // Question    Is the field symmetric about a hypothesized median?
 // Data        Records that don't miss the field. d is the value less the hypothesized median; zero differences take no
-//             part in the ranks. Sums are of weights with their fractions, while the ranks are those of truncated ones.
+//             part in the ranks. Sums are of weights with their fractions, while the ranks are those of truncated ones;
+//             the textbook's way takes truncated ones in both, as all other tests do.
 // Statistic   Sum of the mid-ranks of |d| over the positive d. Normal approximation without continuity correction:
 //             mean n (n + 1) / 4, variance (2 n + 1) n (n + 1) / 24 - sum of (t^3 - t) / 48 over the runs of t equal
 //             |d|, n the weight of the differences that are not zero. There is no exact significance.
@@ -19,7 +20,6 @@
 #include <string>
 
 #include "contract/TARNPlanBuilder.h"
-#include "support/Int32.h"
 #include "support/Significance.h"
 #include "vocabulary/OneSampleKeys.h"
 #include "vocabulary/SettingKeys.h"
@@ -83,8 +83,8 @@ void PlanWilcoxonSR(const QKSettings& entry, TARNPlan& plan) {
     CopyTestValue(builder);
     builder.RequestOriginFrequencies(Origins::kOne);
     if (builder.IsOK()) {
-        // Refused as long as no sorted test is planned: the median of the field is then the missing value. Documents
-        // depend on it.
+        // As defined refused as long as no sorted test is planned: the median of the field is then the missing value.
+        // Documents depend on it.
         plan.Request(field, Statistic::kMedian);
         plan.RequestSorted(field);
     }
@@ -115,6 +115,7 @@ void TARNWilcoxonSR::ReadSettings() {
         AddStatusMessage(QKStatus(kTestValueMissing), MessageKind::kError);
     } else {
         observedMedian = univariateResults->GetMedian(variableIndex);
+        arithmetic.Adopt(univariateResults->GetMedianDeparture(variableIndex));
         minValue = univariateResults->GetMin(variableIndex);
         maxValue = univariateResults->GetMax(variableIndex);
     }
@@ -131,7 +132,7 @@ void TARNWilcoxonSR::ReadSettings() {
 QKStatus TARNWilcoxonSR::ProcessColumns(ColumnBatch& batch) {
     const double* const values = batch.Values(variableIndex);
     const std::int32_t* const truncatedWeights = batch.Weights(weightVariableIndex);
-    const double* const weights = weightVariableIndex < 0 ? nullptr : batch.Values(weightVariableIndex);
+    const double* weights = weightVariableIndex < 0 ? nullptr : batch.Values(weightVariableIndex);
     if (!isBrief) histogram.AddColumn(values, weights == nullptr ? nullptr : truncatedWeights, batch.Size());
     scratch.resize(batch.Size());
     for (std::size_t i = 0; i < scratch.size(); ++i) {
@@ -139,21 +140,33 @@ QKStatus TARNWilcoxonSR::ProcessColumns(ColumnBatch& batch) {
         // What is no number stands on the side of the negative ones, and behind all of them.
         scratch[i] = std::isnan(difference) ? -std::numeric_limits<double>::quiet_NaN() : difference;
     }
+    if (weights != nullptr && arithmetic.TakesTextbook(HasFractions(weights, truncatedWeights))) {
+        wholeWeights.assign(truncatedWeights, truncatedWeights + batch.Size());
+        weights = wholeWeights.data();
+    }
     AddWeights(weights, truncatedWeights);
     differences.Add(scratch.data(), weights, scratch.size(), false);
     return status;
 }
 
+/// Whether any weight is another one when it is truncated.
+bool TARNWilcoxonSR::HasFractions(const double* weights, const std::int32_t* truncatedWeights) const {
+    for (std::size_t i = 0; i < scratch.size(); ++i) {
+        if (weights[i] != truncatedWeights[i]) return true;
+    }
+    return false;
+}
+
 /// One after another: fractions are rounded.
 void TARNWilcoxonSR::AddWeights(const double* weights, const std::int32_t* truncatedWeights) {
-    std::uint32_t ties = 0;
+    std::int64_t ties = 0;
     for (std::size_t i = 0; i < scratch.size(); ++i) {
         const double weight = weights == nullptr ? 1.0 : weights[i];
-        ties += scratch[i] == 0 ? static_cast<std::uint32_t>(truncatedWeights[i]) : 0;
+        ties += scratch[i] == 0 ? truncatedWeights[i] : 0;
         nonTiedWeight += scratch[i] != 0 ? weight : 0.0;
         totalWeight += weight;
     }
-    tieCount = Add32(tieCount, static_cast<std::int32_t>(ties));
+    tieCount += ties;
 }
 
 QKStatus TARNWilcoxonSR::EndPass() {
@@ -163,6 +176,7 @@ QKStatus TARNWilcoxonSR::EndPass() {
         AddStatusMessage(QKStatus(StatusCode::kNoRecords), MessageKind::kError);
         return status;
     }
+    tieCount = arithmetic.Count(tieCount);
     if (!isBrief) histogram.Close();
     const SignedRanks ranks = RankSignedDifferences(differences, work, arithmetic);
     differences.Clear();  // it holds every record, and tests live as long as the document

@@ -29,6 +29,7 @@ class TARNWilcoxonSR : public ColumnTest {
  private:
     void ReadSettings();
     void AddWeights(const double* weights, const std::int32_t* truncatedWeights);
+    bool HasFractions(const double* weights, const std::int32_t* truncatedWeights) const;
     void AddDistribution(ResultElement& element) const;
 
     int weightVariableIndex = -1;
@@ -40,12 +41,13 @@ class TARNWilcoxonSR : public ColumnTest {
     double observedMedian = 0;
     double sigLevel = kDefaultSigLevel;
     UnivariateResults* univariateResults = nullptr;
-    Histogram histogram;
+    Histogram histogram{arithmetic};
     double minValue = std::numeric_limits<double>::max();
     double maxValue = std::numeric_limits<double>::lowest();
     double totalWeight = 0;
-    std::int32_t tieCount = 0;
+    std::int64_t tieCount = 0;
     std::vector<double> scratch;
+    std::vector<double> wholeWeights;  // of a batch
     /// Of the records whose difference is not zero.
     SignedDifferences differences;
     double positiveRankSum = 0;

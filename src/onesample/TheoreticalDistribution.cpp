@@ -24,9 +24,15 @@ double UniformCdf(double x, double minimum, double maximum) {
     return (x - minimum) / (maximum - minimum);
 }
 
-double ExponentialCdf(double x, double mean) {
+double ExponentialCdf(double x, double mean, const Arithmetic& arithmetic) {
     const double upper = Exponential(-x / mean);
-    return QKMV::IsMissing(upper) ? upper : 1 - upper;
+    if (QKMV::IsMissing(upper)) return upper;
+    return arithmetic.Carefully([=] { return 1 - upper; }, [=] { return -std::expm1(-x / mean); });
+}
+
+/// Up to k events come as long as the wait for one more is longer, half a chi-square of 2 (k + 1) degrees of freedom.
+double PoissonCdfByChiSquare(double x, double mean) {
+    return x < 0 ? 0 : QKDistFun::SfChi(2 * mean, 2 * (std::floor(x) + 1));
 }
 
 }  // namespace
@@ -85,16 +91,17 @@ void TheoreticalDistribution::ApproximateByNormal() {
     stdDev = std::sqrt(mean);
 }
 
-double TheoreticalDistribution::Cdf(double x) {
+double TheoreticalDistribution::Cdf(double x, const Arithmetic& arithmetic) {
     switch (kind) {
         case DistributionKind::kUniform:
             return UniformCdf(x, minimum, maximum);
         case DistributionKind::kExponential:
-            return ExponentialCdf(x, mean);
+            return ExponentialCdf(x, mean, arithmetic);
         case DistributionKind::kPoisson:
             if (isApproximated) break;
             if (!poisson) poisson.emplace(mean);
-            return poisson->At(x);
+            // Each term of a large mean is the exponential of a difference of large numbers.
+            return arithmetic.Carefully([&] { return poisson->At(x); }, [&] { return PoissonCdfByChiSquare(x, mean); });
         case DistributionKind::kNormal:
             break;
     }

@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "platform/common/QKMV.h"
+#include "support/Arithmetic.h"
 
 enum class DistributionKind { kUniform, kPoisson, kNormal, kExponential };
 
@@ -45,7 +46,7 @@ class TheoreticalDistribution {
     /// Takes the normal distribution of the same mean and variance in place of the Poisson one, which stays the kind.
     void ApproximateByNormal();
     /// P(X <= x); the missing double if it has no value. Poisson: once the mean is final, and for ascending values.
-    double Cdf(double x);
+    double Cdf(double x, const Arithmetic& arithmetic);
 
  private:
     bool isApproximated = false;

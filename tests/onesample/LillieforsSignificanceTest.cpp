@@ -11,10 +11,10 @@
 namespace {
 
 double Significance(int n, double difference) {
-    return LillieforsSignificanceOf(n, difference).value;
+    return LillieforsSignificanceOf(n, difference, Arithmetic::AsDefined()).value;
 }
 bool IsFloor(int n, double difference) {
-    return LillieforsSignificanceOf(n, difference).isFloor;
+    return LillieforsSignificanceOf(n, difference, Arithmetic::AsDefined()).isFloor;
 }
 
 TEST(LillieforsSignificance, BelowATenthFollowsThePublishedFormula) {
@@ -85,6 +85,30 @@ TEST(LillieforsSignificance, PastTheLastRowTheDivisorIsNItself) {
     EXPECT_TRUE(IsFloor(1000, 0.000735));
     EXPECT_FALSE(IsFloor(1000, 0.02));
     EXPECT_LT(Significance(1000, 0.02), 0.15);
+}
+
+// The textbook's divisor: 0.736 / sqrt(1600) and 0.768 / sqrt(1600), which continue the table.
+TEST(LillieforsSignificance, PastTheLastRowTheTextbookDividesByTheRoot) {
+    Arithmetic extended;
+    extended.Extend(true);
+    const auto at = [&](double difference) { return LillieforsSignificanceOf(1600, difference, extended); };
+    EXPECT_NEAR(at(0.0192).value, 0.15, 1e-12);
+    EXPECT_NEAR(at(0.0184).value, 0.2, 1e-12);
+    EXPECT_FALSE(at(0.0184).isFloor);
+    EXPECT_TRUE(at(0.0183).isFloor);
+    EXPECT_NEAR(at(0.0188).value, 0.175, 1e-12);
+    EXPECT_TRUE(extended.TookTextbook());
+}
+
+TEST(LillieforsSignificance, WhereBothDivisorsGiveTheSameTheTextbookIsNotNamed) {
+    Arithmetic extended;
+    extended.Extend(true);
+    for (const double difference : {0.03, 0.0001}) {  // by the formula; below all critical values
+        EXPECT_EQ(LillieforsSignificanceOf(1600, difference, extended),
+                  LillieforsSignificanceOf(1600, difference, Arithmetic::AsDefined()));
+    }
+    EXPECT_EQ(LillieforsSignificanceOf(900, 0.0255, extended).value, Significance(900, 0.0255));
+    EXPECT_FALSE(extended.TookTextbook());
 }
 
 TEST(LillieforsSignificance, FewerThanFiveValuesHaveNone) {

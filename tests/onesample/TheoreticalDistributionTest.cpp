@@ -59,21 +59,23 @@ TEST(TheoreticalDistribution, UniformIsNotCutAtItsEnds) {
     TheoreticalDistribution uniform = Distribution(DistributionKind::kUniform);
     uniform.minimum = 2;
     uniform.maximum = 6;
-    EXPECT_EQ(uniform.Cdf(3), 0.25);
-    EXPECT_EQ(uniform.Cdf(8), 1.5);
+    EXPECT_EQ(uniform.Cdf(3, Arithmetic::AsDefined()), 0.25);
+    EXPECT_EQ(uniform.Cdf(8, Arithmetic::AsDefined()), 1.5);
 }
 
 TEST(TheoreticalDistribution, NormalAndExponential) {
     TheoreticalDistribution normal;
     normal.mean = 10;
     normal.stdDev = 2;
-    EXPECT_TRUE(harness::WithinUlp(normal.Cdf(8), 0.15865525393145707, 4));  // scipy.stats.norm.cdf(-1)
+    EXPECT_TRUE(harness::WithinUlp(normal.Cdf(8, Arithmetic::AsDefined()), 0.15865525393145707,
+                                   4));  // scipy.stats.norm.cdf(-1)
     TheoreticalDistribution exponential = Distribution(DistributionKind::kExponential);
     exponential.mean = 2;
-    EXPECT_TRUE(harness::WithinUlp(exponential.Cdf(3), 0.7768698398515702, 4));  // 1 - exp(-1.5)
-    EXPECT_EQ(exponential.Cdf(1e6), 1);                                          // the exponential underflows
+    EXPECT_TRUE(
+        harness::WithinUlp(exponential.Cdf(3, Arithmetic::AsDefined()), 0.7768698398515702, 4));  // 1 - exp(-1.5)
+    EXPECT_EQ(exponential.Cdf(1e6, Arithmetic::AsDefined()), 1);  // the exponential underflows
     exponential.mean = kNaN;
-    EXPECT_TRUE(QKMV::IsMissing(exponential.Cdf(1)));
+    EXPECT_TRUE(QKMV::IsMissing(exponential.Cdf(1, Arithmetic::AsDefined())));
 }
 
 TEST(TheoreticalDistribution, ApproximatedPoissonIsTheNormalOfItsVariance) {
@@ -81,7 +83,26 @@ TEST(TheoreticalDistribution, ApproximatedPoissonIsTheNormalOfItsVariance) {
     poisson.mean = 250000;
     poisson.ApproximateByNormal();
     EXPECT_EQ(poisson.stdDev, 500);
-    EXPECT_TRUE(harness::WithinUlp(poisson.Cdf(249500), 0.15865525393145707, 4));
+    EXPECT_TRUE(harness::WithinUlp(poisson.Cdf(249500, Arithmetic::AsDefined()), 0.15865525393145707, 4));
+}
+
+// mpmath 1.3 at 35 digits: expm1, and the terms of the Poisson distribution added up.
+TEST(TheoreticalDistribution, WithCareSmallPartsAndLargeMeansHaveTheirDigits) {
+    Arithmetic extended;
+    extended.Extend(true);
+    TheoreticalDistribution exponential = Distribution(DistributionKind::kExponential);
+    exponential.mean = 2;
+    EXPECT_TRUE(harness::WithinUlp(exponential.Cdf(1e-12, extended), 4.99999999999875e-13, 4));
+    EXPECT_FALSE(harness::WithinUlp(exponential.Cdf(1e-12, Arithmetic::AsDefined()), 4.99999999999875e-13, 1000));
+    exponential.mean = kNaN;
+    EXPECT_TRUE(QKMV::IsMissing(exponential.Cdf(1, extended)));
+    TheoreticalDistribution poisson = Distribution(DistributionKind::kPoisson);
+    poisson.mean = 4;
+    EXPECT_NEAR(poisson.Cdf(2, extended), 0.23810330555354434, 1e-15);
+    EXPECT_EQ(poisson.Cdf(-1, extended), 0);
+    TheoreticalDistribution large = Distribution(DistributionKind::kPoisson);
+    large.mean = 49999.5;
+    EXPECT_NEAR(large.Cdf(49999, extended), 0.50029735618345426, 1e-15);
 }
 
 TEST(TheoreticalDistribution, ValuesThatFit) {

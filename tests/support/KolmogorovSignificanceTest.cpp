@@ -13,7 +13,7 @@
 namespace {
 
 double Significance(double z) {
-    return KolmogorovSignificance(z).value_or(-1);
+    return KolmogorovSignificance(z, Arithmetic::AsDefined()).value_or(-1);
 }
 
 TEST(KolmogorovSignificance, AgreesWithTheWholeSeries) {
