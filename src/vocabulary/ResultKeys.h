@@ -25,7 +25,8 @@ inline constexpr const char* kType = "type";
 inline constexpr const char* kClassification = "classification";
 inline constexpr const char* kDecision = "decision";
 inline constexpr const char* kVarIndex = "varIndex";
-/// Of a test that came out otherwise than as defined, with what is so: `ArithmeticWay`, joined by a blank.
+/// Of a test, or of the descriptives of a field, that came out otherwise than as defined, with what is so:
+/// `ArithmeticWay`, joined by a blank.
 inline constexpr const char* kArithmetic = "arithmetic";
 }  // namespace ElementAttribute
 
