@@ -27,12 +27,21 @@ constexpr std::int32_t kFewestToCompare = 3;
 constexpr std::size_t kMostCounted = 16;
 constexpr std::size_t kFewestCounted = 32;
 
-/// k (k + 1) n and (k - 1) (k + 1) k n, 32 bits wide by definition; docs/limits.md says what a user sees.
-double RankProduct(std::int32_t k, std::int32_t n) {
-    return Multiply32(Multiply32(k, Add32(k, 1)), n);
+/// k (k + 1) n and (k - 1) (k + 1) k n, 32 bits wide as defined; docs/limits.md says what a user sees.
+double RankProduct(std::size_t k, std::int64_t n, const Arithmetic& arithmetic) {
+    return arithmetic.Signed32(Whole(k) * (Whole(k) + 1) * n);
 }
-double TieProduct(std::int32_t k, std::int32_t n) {
-    return Multiply32(Multiply32(Multiply32(Subtract32(k, 1), Add32(k, 1)), k), n);
+Whole TieProduct(std::size_t k, std::int64_t n) {
+    return (Whole(k) - 1) * (Whole(k) + 1) * k * n;
+}
+
+/// One less the share of ties. Without any the width of the product shows only where nothing is left of it.
+double TieFactor(std::size_t k, std::int64_t n, double tieSum, const Arithmetic& arithmetic) {
+    const Whole product = TieProduct(k, n);
+    if (tieSum == 0 && static_cast<std::uint32_t>(product.Bits()) != 0) return 1;
+    const double divisor = arithmetic.Signed32(product);
+    return arithmetic.Carefully([=] { return 1 - tieSum / divisor; },
+                                [=] { return (product.Value() - tieSum) / product.Value(); });
 }
 
 double SumOfSquares(const std::vector<double>& values) {
@@ -41,22 +50,45 @@ double SumOfSquares(const std::vector<double>& values) {
     return sum;
 }
 
-/// The statistic of a subset. No tie correction reaches it, which is intended: documents depend on it. The test with
-/// which a subset is compared is Friedman's in both tests; no W is computed for a subset.
-double SubsetChiSquare(const SubsetRecord& subset, std::int32_t n) {
-    const auto m = static_cast<std::int32_t>(subset.Size());
-    return (12 * SumOfSquares(subset.sums) / RankProduct(m, n) - 3.0 * n * (m + 1.0)) /
-           (1 - subset.tieTerm / TieProduct(m, n));
+/// What the statistic subtracts.
+double Subtrahend(std::size_t k, std::int64_t n) {
+    return 3.0 * static_cast<double>(n) * (static_cast<double>(k) + 1);
+}
+
+/// Of sums of ranks the squared distances from what is expected of each, four times as large and so whole.
+long double SquaredDistances(const std::vector<double>& rankSums, std::int64_t n) {
+    const long double twiceExpected = static_cast<long double>(n) * static_cast<long double>(rankSums.size() + 1);
+    long double sum = 0;
+    for (const double rankSum : rankSums) {
+        const long double distance = 2.0L * rankSum - twiceExpected;
+        sum += distance * distance;
+    }
+    return sum;
+}
+
+/// The statistic of a subset without a correction for ties. The test with which a subset is compared is Friedman's in
+/// both tests; no W is computed for a subset.
+double SubsetChiSquare(const std::vector<double>& rankSums, std::int64_t n, const Arithmetic& arithmetic) {
+    const std::size_t m = rankSums.size();
+    const double product = RankProduct(m, n, arithmetic);
+    const double statistic =
+        arithmetic.Carefully([&] { return 12 * SumOfSquares(rankSums) / product - Subtrahend(m, n); },
+                             [&] { return 3 * SquaredDistances(rankSums, n) / product; });
+    return statistic / TieFactor(m, n, 0, arithmetic);
 }
 
 }  // namespace
 
-double FriedmanChiSquare(const std::vector<double>& rankSums, std::int32_t n, double tieSum) {
-    const auto k = static_cast<std::int32_t>(rankSums.size());
-    const double a = 12 / RankProduct(k, n);
-    const double b = 1 - tieSum / TieProduct(k, n);
+double FriedmanChiSquare(const std::vector<double>& rankSums, std::int64_t n, double tieSum,
+                         const Arithmetic& arithmetic) {
+    const std::size_t k = rankSums.size();
+    const double product = RankProduct(k, n, arithmetic);
+    const double b = TieFactor(k, n, tieSum, arithmetic);
     if (b == 0) return 0;  // all rows constant
-    return (a * SumOfSquares(rankSums) - 3.0 * n * (k + 1.0)) / b;
+    const double statistic =
+        arithmetic.Carefully([&] { return 12 / product * SumOfSquares(rankSums) - Subtrahend(k, n); },
+                             [&] { return 3 * SquaredDistances(rankSums, n) / product; });
+    return statistic / b;
 }
 
 // ---- Plan ----
@@ -118,7 +150,9 @@ QKStatus RankedRows::BeginPass() {
     } else if (state == State::kBeforeSteps) {
         orderedSamples = OrderSamples(meanRanks);
         steps.Begin(orderedSamples.size(), orderedSamples.size());
+        countsTies = tieSum != 0 && arithmetic.TakesTextbook(false);
         if (isExact) balances.assign(row.size() * row.size(), 0);
+        if (isExact && countsTies) tieSteps.assign(row.size() * row.size(), 0);
         state = State::kSteps;
     }
     rowsSeen = 0;
@@ -170,7 +204,7 @@ bool RankedRows::NoteWeights(const std::int32_t* weights, std::size_t count) {
 void RankedRows::AddToOverall(const std::int32_t* weights, std::size_t count) {
     std::int64_t sum = 0;
     for (std::size_t i = 0; i < count; ++i) sum += weights[i];
-    n = Add32(n, Wrap32(sum));
+    n += sum;
     if (NoteWeights(weights, count) && columns.size() <= kMostCounted && count >= kFewestCounted) {
         CountRanks(weights, count);
         return;
@@ -264,10 +298,17 @@ void RankedRows::CompareInBlock(std::size_t begin, const std::int32_t* weights, 
         comparedWeight += certainWeights[i];
         if (isUncertain[i] != 0) uncertainRows.push_back(rowsSeen + begin + i);
     }
+    std::array<std::int64_t, RowComparison::kRankRoom> tiedWeights{};
     for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (countsTies) tiedWeights = certainWeights;
         for (std::size_t j = i + 1; j < columns.size(); ++j) {
-            const std::int64_t balance =
-                RowComparison::Balance(columns[i] + begin, columns[j] + begin, certainWeights.data(), count);
+            const double* const first = columns[i] + begin;
+            const double* const second = columns[j] + begin;
+            if (countsTies) {
+                tieSteps[i * columns.size() + j] +=
+                    RowComparison::TieStep(first, second, certainWeights.data(), tiedWeights.data(), count);
+            }
+            const std::int64_t balance = RowComparison::Balance(first, second, certainWeights.data(), count);
             balances[i * columns.size() + j] += balance;
             balances[j * columns.size() + i] -= balance;
         }
@@ -278,16 +319,30 @@ void RankedRows::AddRowToCandidates(std::size_t place, std::int32_t weight) {
     for (std::size_t i = 0; i < row.size(); ++i) row[i] = columns[i][place];
     rowRanks.Sort(row);
     for (SubsetRecord& subset : steps.Candidates()) {
-        rowRanks.Rank(subset.firstPosition, subset.lastPosition);
+        const double ties = rowRanks.Rank(subset.firstPosition, subset.lastPosition);
+        if (countsTies) subset.tieTerm += ties * weight;
         for (std::size_t i = 0; i < subset.sums.size(); ++i) {
             subset.sums[i] += weight * rowRanks.At(subset.firstPosition + i);
         }
     }
 }
 
+/// From the steps of ties at two positions the sums of t^3 - t over the positions from one to another. A tie of t
+/// values has t - d pairs of values that stand d apart in it, and t^3 - t is six times the sum of these distances.
+void RankedRows::SumTieSteps() {
+    const std::size_t fields = row.size();
+    for (std::size_t first = fields; first-- > 0;) {
+        std::int64_t* const ofFirst = tieSteps.data() + first * fields;
+        std::partial_sum(ofFirst, ofFirst + fields, ofFirst);
+        for (std::size_t last = first + 1; last < fields; ++last)
+            ofFirst[last] += tieSteps[(first + 1) * fields + last];
+    }
+}
+
 /// Twice the rank of a value in a subset of m is m + 1 plus the values of the subset below it less those above it.
 void RankedRows::AddBalances() {
     if (isFirstStep) {
+        if (countsTies) SumTieSteps();
         for (std::size_t i = 0; i < row.size(); ++i) {  // from here on sums over the positions up to each one
             std::int64_t* const ofPosition = balances.data() + i * row.size();
             std::partial_sum(ofPosition, ofPosition + row.size(), ofPosition);
@@ -295,6 +350,10 @@ void RankedRows::AddBalances() {
         isFirstStep = false;
     }
     for (SubsetRecord& subset : steps.Candidates()) {
+        if (countsTies) {
+            subset.tieTerm +=
+                6 * static_cast<double>(tieSteps[subset.firstPosition * row.size() + subset.lastPosition]);
+        }
         for (std::size_t i = 0; i < subset.sums.size(); ++i) {
             const std::int64_t* const ofPosition = balances.data() + (subset.firstPosition + i) * row.size();
             const std::int64_t before = subset.firstPosition == 0 ? 0 : ofPosition[subset.firstPosition - 1];
@@ -315,12 +374,13 @@ QKStatus RankedRows::EndPass() {
 }
 
 void RankedRows::EndOverall() {
+    n = arithmetic.Count(n);
     if (n == 0) {
         AddStatusMessage(QKStatus(StatusCode::kNoRecords), MessageKind::kError);
         return;
     }
-    for (std::size_t i = 0; i < rankSums.size(); ++i) meanRanks[i] = rankSums[i] / n;
-    chiSquare = FriedmanChiSquare(rankSums, n, tieSum);
+    for (std::size_t i = 0; i < rankSums.size(); ++i) meanRanks[i] = rankSums[i] / static_cast<double>(n);
+    chiSquare = FriedmanChiSquare(rankSums, n, tieSum, arithmetic);
     sig = ChiSquareSig(chiSquare, k - 1.0, arithmetic);
     if (comparison.pairwise || comparison.stepwise) Compare();
 }
@@ -339,17 +399,18 @@ void RankedRows::Compare() {
 }
 
 void RankedRows::ComparePairs() {
-    const double standardError = std::sqrt(static_cast<double>(k) * (k + 1.0) / (6.0 * n));
+    const auto cases = static_cast<double>(n);
+    const double standardError = std::sqrt(static_cast<double>(k) * (k + 1.0) / (6.0 * cases));
     pairwiseResults = CompareNormalPairs(
-        rankSums.size(), standardError, [&](std::size_t i, std::size_t j) { return (rankSums[i] - rankSums[j]) / n; },
-        arithmetic);
+        rankSums.size(), standardError,
+        [&](std::size_t i, std::size_t j) { return (rankSums[i] - rankSums[j]) / cases; }, arithmetic);
     pairwiseDone = true;
 }
 
 void RankedRows::EndStep() {
     if (isExact) AddBalances();
     AddMessages(steps.EndPass(sigLevel, [&](SubsetRecord& subset) {
-        subset.statistic = SubsetChiSquare(subset, n);
+        subset.statistic = SubsetStatistic(subset);
         subset.sig = ChiSquareSig(subset.statistic, static_cast<double>(subset.Size()) - 1, arithmetic);
         return StepwiseComparison::Outcome::kComputed;
     }));
@@ -357,6 +418,20 @@ void RankedRows::EndStep() {
     if (!steps.IsDone()) return;
     passesRemaining = 0;
     state = State::kFinished;
+}
+
+/// No tie correction reaches a subset; documents depend on it.
+double RankedRows::SubsetStatistic(const SubsetRecord& subset) const {
+    const double uncorrected = SubsetChiSquare(subset.sums, n, arithmetic);
+    const long double product = TieProduct(subset.Size(), n).Value();
+    const auto untied = static_cast<double>((product - subset.tieTerm) / product);
+    const double corrected = untied == 0 ? 0 : uncorrected / untied;
+    const double degreesOfFreedom = static_cast<double>(subset.Size()) - 1;
+    const bool differs =
+        countsTies && steps.LeaveOtherTraces(subset, uncorrected, corrected, sigLevel, [=, this](double statistic) {
+            return ChiSquareSig(statistic, degreesOfFreedom, arithmetic);
+        });
+    return arithmetic.TakesTextbook(differs) ? corrected : uncorrected;
 }
 
 // ---- Element ----
