@@ -48,5 +48,6 @@ void CommonSuccesses::Close() {
 Whole CommonSuccesses::RowTerm(std::size_t first, std::size_t last) const {
     const std::size_t width = fieldCount + 1;
     const std::size_t end = last + 1;
-    return upTo[end * width + end] - upTo[first * width + end] - upTo[end * width + first] + upTo[first * width + first];
+    return upTo[end * width + end] - upTo[first * width + end] - upTo[end * width + first] +
+           upTo[first * width + first];
 }
