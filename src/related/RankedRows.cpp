@@ -304,11 +304,15 @@ void RankedRows::CompareInBlock(std::size_t begin, const std::int32_t* weights, 
         for (std::size_t j = i + 1; j < columns.size(); ++j) {
             const double* const first = columns[i] + begin;
             const double* const second = columns[j] + begin;
+            std::int64_t balance = 0;
             if (countsTies) {
-                tieSteps[i * columns.size() + j] +=
-                    RowComparison::TieStep(first, second, certainWeights.data(), tiedWeights.data(), count);
+                const auto [above, tieStep] =
+                    RowComparison::CompareTied(first, second, certainWeights.data(), tiedWeights.data(), count);
+                balance = above;
+                tieSteps[i * columns.size() + j] += tieStep;
+            } else {
+                balance = RowComparison::Balance(first, second, certainWeights.data(), count);
             }
-            const std::int64_t balance = RowComparison::Balance(first, second, certainWeights.data(), count);
             balances[i * columns.size() + j] += balance;
             balances[j * columns.size() + i] -= balance;
         }

@@ -91,7 +91,10 @@ TEST(RowComparison, TieStepsAddUpToTheTiesOfARow) {
     for (std::size_t i = 0; i < columns.size(); ++i) {
         std::vector<std::int64_t> tied = weights;
         for (std::size_t j = i + 1; j < columns.size(); ++j) {
-            sum += RowComparison::TieStep(columns[i].data(), columns[j].data(), weights.data(), tied.data(), 4);
+            const auto [balance, tieStep] =
+                RowComparison::CompareTied(columns[i].data(), columns[j].data(), weights.data(), tied.data(), 4);
+            EXPECT_EQ(balance, RowComparison::Balance(columns[i].data(), columns[j].data(), weights.data(), 4));
+            sum += tieStep;
         }
     }
     EXPECT_EQ(6 * sum, 60 * weights[0] + 12 * weights[1] + 24 * weights[2]);
