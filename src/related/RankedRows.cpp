@@ -56,11 +56,11 @@ double Subtrahend(std::size_t k, std::int64_t n) {
 }
 
 /// Of sums of ranks the squared distances from what is expected of each, four times as large and so whole.
-long double SquaredDistances(const std::vector<double>& rankSums, std::int64_t n) {
-    const long double twiceExpected = static_cast<long double>(n) * static_cast<long double>(rankSums.size() + 1);
+long double SquaredDistances(const std::vector<std::int64_t>& twiceRankSums, std::int64_t n) {
+    const std::int64_t twiceExpected = n * (static_cast<std::int64_t>(twiceRankSums.size()) + 1);
     long double sum = 0;
-    for (const double rankSum : rankSums) {
-        const long double distance = 2.0L * rankSum - twiceExpected;
+    for (const std::int64_t twice : twiceRankSums) {
+        const auto distance = static_cast<long double>(twice - twiceExpected);
         sum += distance * distance;
     }
     return sum;
@@ -68,26 +68,25 @@ long double SquaredDistances(const std::vector<double>& rankSums, std::int64_t n
 
 /// The statistic of a subset without a correction for ties. The test with which a subset is compared is Friedman's in
 /// both tests; no W is computed for a subset.
-double SubsetChiSquare(const std::vector<double>& rankSums, std::int64_t n, const Arithmetic& arithmetic) {
-    const std::size_t m = rankSums.size();
+double SubsetChiSquare(const RankSums& ranks, std::int64_t n, const Arithmetic& arithmetic) {
+    const std::size_t m = ranks.sums.size();
     const double product = RankProduct(m, n, arithmetic);
     const double statistic =
-        arithmetic.Carefully([&] { return 12 * SumOfSquares(rankSums) / product - Subtrahend(m, n); },
-                             [&] { return 3 * SquaredDistances(rankSums, n) / product; });
+        arithmetic.Carefully([&] { return 12 * SumOfSquares(ranks.sums) / product - Subtrahend(m, n); },
+                             [&] { return 3 * SquaredDistances(ranks.twice, n) / product; });
     return statistic / TieFactor(m, n, 0, arithmetic);
 }
 
 }  // namespace
 
-double FriedmanChiSquare(const std::vector<double>& rankSums, std::int64_t n, double tieSum,
-                         const Arithmetic& arithmetic) {
-    const std::size_t k = rankSums.size();
+double FriedmanChiSquare(const RankSums& ranks, std::int64_t n, double tieSum, const Arithmetic& arithmetic) {
+    const std::size_t k = ranks.sums.size();
     const double product = RankProduct(k, n, arithmetic);
     const double b = TieFactor(k, n, tieSum, arithmetic);
     if (b == 0) return 0;  // all rows constant
     const double statistic =
-        arithmetic.Carefully([&] { return 12 / product * SumOfSquares(rankSums) - Subtrahend(k, n); },
-                             [&] { return 3 * SquaredDistances(rankSums, n) / product; });
+        arithmetic.Carefully([&] { return 12 / product * SumOfSquares(ranks.sums) - Subtrahend(k, n); },
+                             [&] { return 3 * SquaredDistances(ranks.twice, n) / product; });
     return statistic / b;
 }
 
@@ -142,7 +141,7 @@ QKStatus RankedRows::BeginPass() {
         chiSquare = 0;
         k = static_cast<std::int32_t>(variableIndices.size());
         row.assign(variableIndices.size(), 0.0);
-        rankSums.assign(variableIndices.size(), 0.0);
+        rankSums = {std::vector<double>(row.size()), std::vector<std::int64_t>(row.size())};
         meanRanks.assign(variableIndices.size(), 0.0);
         rankFrequencies.assign(variableIndices.size(), RankFrequencies());
         if (k < kFewestFields) AddStatusMessage(QKStatus(kind.tooFewFields), MessageKind::kError);
@@ -155,6 +154,7 @@ QKStatus RankedRows::BeginPass() {
         if (isExact && countsTies) tieSteps.assign(row.size() * row.size(), 0);
         state = State::kSteps;
     }
+    if (state == State::kSteps) twiceSubsetSums.assign(row.size() * row.size(), 0);
     rowsSeen = 0;
     uncertainSeen = 0;
     return status;
@@ -252,7 +252,8 @@ void RankedRows::TakeCounts(const RankCounter& counter, std::int64_t weight) {
                 rankFrequencies[i].Add(static_cast<double>(twiceRank) * 0.5, static_cast<double>(weightOfRank));
             }
         }
-        rankSums[i] += static_cast<double>(sum) * 0.5;
+        rankSums.sums[i] += static_cast<double>(sum) * 0.5;
+        rankSums.twice[i] += sum;
     }
     tieSum += static_cast<double>(2 * fields * (fields + 1) * (2 * fields + 1) * weight - 3 * squares);
 }
@@ -264,7 +265,8 @@ void RankedRows::AddRowToOverall(std::size_t place, std::int32_t weight) {
     rowRanks.Sort(row);
     tieSum += rowRanks.Rank(0, row.size() - 1) * weight;
     for (std::size_t i = 0; i < row.size(); ++i) {
-        rankSums[i] += weight * rowRanks.At(i);
+        rankSums.sums[i] += weight * rowRanks.At(i);
+        rankSums.twice[i] += weight * rowRanks.TwiceAt(i);
         if (!isBrief) rankFrequencies[i].Add(rowRanks.At(i), weight);
     }
 }
@@ -327,6 +329,7 @@ void RankedRows::AddRowToCandidates(std::size_t place, std::int32_t weight) {
         if (countsTies) subset.tieTerm += ties * weight;
         for (std::size_t i = 0; i < subset.sums.size(); ++i) {
             subset.sums[i] += weight * rowRanks.At(subset.firstPosition + i);
+            TwiceSumsOf(subset)[i] += weight * rowRanks.TwiceAt(subset.firstPosition + i);
         }
     }
 }
@@ -364,6 +367,7 @@ void RankedRows::AddBalances() {
             const std::int64_t twice = (static_cast<std::int64_t>(subset.Size()) + 1) * comparedWeight +
                                        ofPosition[subset.lastPosition] - before;
             subset.sums[i] += static_cast<double>(twice) * 0.5;
+            TwiceSumsOf(subset)[i] += twice;
         }
     }
 }
@@ -383,7 +387,7 @@ void RankedRows::EndOverall() {
         AddStatusMessage(QKStatus(StatusCode::kNoRecords), MessageKind::kError);
         return;
     }
-    for (std::size_t i = 0; i < rankSums.size(); ++i) meanRanks[i] = rankSums[i] / static_cast<double>(n);
+    for (std::size_t i = 0; i < meanRanks.size(); ++i) meanRanks[i] = rankSums.sums[i] / static_cast<double>(n);
     chiSquare = FriedmanChiSquare(rankSums, n, tieSum, arithmetic);
     sig = ChiSquareSig(chiSquare, k - 1.0, arithmetic);
     if (comparison.pairwise || comparison.stepwise) Compare();
@@ -406,8 +410,14 @@ void RankedRows::ComparePairs() {
     const auto cases = static_cast<double>(n);
     const double standardError = std::sqrt(static_cast<double>(k) * (k + 1.0) / (6.0 * cases));
     pairwiseResults = CompareNormalPairs(
-        rankSums.size(), standardError,
-        [&](std::size_t i, std::size_t j) { return (rankSums[i] - rankSums[j]) / cases; }, arithmetic);
+        rankSums.sums.size(), standardError,
+        [&](std::size_t i, std::size_t j) {
+            const double difference =
+                arithmetic.Carefully([&] { return rankSums.sums[i] - rankSums.sums[j]; },
+                                     [&] { return static_cast<double>(rankSums.twice[i] - rankSums.twice[j]) * 0.5; });
+            return difference / cases;
+        },
+        arithmetic);
     pairwiseDone = true;
 }
 
@@ -425,8 +435,9 @@ void RankedRows::EndStep() {
 }
 
 /// No tie correction reaches a subset; documents depend on it.
-double RankedRows::SubsetStatistic(const SubsetRecord& subset) const {
-    const double uncorrected = SubsetChiSquare(subset.sums, n, arithmetic);
+double RankedRows::SubsetStatistic(const SubsetRecord& subset) {
+    const std::int64_t* const twice = TwiceSumsOf(subset);
+    const double uncorrected = SubsetChiSquare({subset.sums, std::vector(twice, twice + subset.Size())}, n, arithmetic);
     const long double product = TieProduct(subset.Size(), n).Value();
     const auto untied = static_cast<double>((product - subset.tieTerm) / product);
     const double corrected = untied == 0 ? 0 : uncorrected / untied;

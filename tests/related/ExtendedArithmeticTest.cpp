@@ -13,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+#include "related/RankedRows.h"
 #include "tests/harness/BothArithmetics.h"
 #include "tests/related/PairRun.h"
 #include "tests/related/RankedRun.h"
@@ -383,6 +384,37 @@ TEST(ExtendedFriedman, IsRightForAMillionMillionCases) {
     ExpectStatistics(
         RankedTest("RKendallsCoefficient", rows).extended,
         {{"TotalN", 968005521200}, {"TestStatistic", 4952842.27027264417}, {"KendallsW", 1.70551446997698666e-6}});
+}
+
+TEST(ExtendedFriedman, IsRightWhereTheCubesOfTiesAreRounded) {
+    // 14 fields: 14^3 times the weight is beyond 2^51, and the rows are taken one by one.
+    Rows rows;
+    for (int copy = 0; copy < 12; ++copy) {
+        for (int i = 0; i < 35; ++i) {
+            std::vector<double> row;
+            for (int j = 0; j < 14; ++j) row.push_back((j * (i % 13 + 1) + i * 5) % 29 / 2);
+            std::vector<double> turned;
+            for (const double value : row) turned.push_back(20 - value);
+            row.push_back(2e9 + i * i % 17 * 1000);
+            turned.push_back(2e9);
+            rows.push_back(row);
+            rows.push_back(turned);
+        }
+    }
+    ExpectStatistics(RankedTest("RFriedmansTwoWayByRanks", rows).extended,
+                     {{"TotalN", 1680003264000},
+                      {"TestStatistic", 1.86753190757406965},
+                      {"AsymptoticSig2Tailed", 0.999846659135879362}});
+}
+
+TEST(ExtendedFriedman, SumsOfRanksKeepAllTheirDigits) {
+    // 2^53 rows, the sums 15,000,000.5, -5,000,000.5 and -10,000,000 beside what is expected: the first two are beyond
+    // the digits of a double.
+    constexpr std::int64_t n = std::int64_t{1} << 53;
+    Arithmetic extended;
+    extended.Extend(true);
+    const RankSums ranks{{2.0 * n, 2.0 * n, 2.0 * n}, {4 * n + 30'000'001, 4 * n - 10'000'001, 4 * n - 20'000'000}};
+    EXPECT_TRUE(IsWithin(FriedmanChiSquare(ranks, n, 0, extended), 0.0388578080823265837, kTwelveDigits));
 }
 
 TEST(ExtendedFriedman, KeepsTheDigitsOfTails) {
