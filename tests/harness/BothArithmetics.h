@@ -2,52 +2,54 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <cstdlib>
-#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "tests/harness/EntryRun.h"
 
-/// A test as it is defined, and the same with the extended arithmetic.
+/// A run as defined and with extended arithmetic, over the same table.
 namespace harness {
 
 struct BothArithmetics {
-    Table asDefined;
-    Table extended;
+    Outcome defined;
+    Outcome extended;
 
-    /// What the extended element says of itself: "", "extended", "textbook" or both.
-    std::string Mark() const { return extended.Attribute("arithmetic"); }
+    Table Defined(int test = 0) const { return defined.document.Test(test); }
+    Table Extended(int test = 0) const { return extended.document.Test(test); }
 };
 
-inline BothArithmetics RunBothArithmetics(const std::string& test, const QKSettings& entry, Fields& fields,
-                                          const Rows& rows,
-                                          const std::vector<std::pair<std::string, double>>& common = {}) {
+inline BothArithmetics RunBoth(const QKSettings& settings, Fields& fields, const Rows& rows) {
+    BothArithmetics both;
+    both.defined = Run(settings, fields, rows);
+    QKSettings extended = settings;
+    extended.AddSetting("extendedArithmetic", true);
+    both.extended = Run(extended, fields, rows);
+    EXPECT_FALSE(both.defined.status.IsError()) << both.defined.status.GetErrorCode();
+    EXPECT_FALSE(both.extended.status.IsError()) << both.extended.status.GetErrorCode();
+    EXPECT_EQ(both.defined.text.find("arithmetic="), std::string::npos);
+    return both;
+}
+
+inline BothArithmetics RunBoth(const std::string& test, const QKSettings& entry, Fields& fields, const Rows& rows,
+                               const std::vector<std::pair<std::string, double>>& common = {}) {
     QKSettings settings;
     for (const auto& [key, value] : common) settings.AddSetting(key, value);
     settings.AddSetting(test, entry);
-    const Outcome asDefined = Run(settings, fields, rows);
-    settings.AddSetting("extendedArithmetic", true);
-    const Outcome extended = Run(settings, fields, rows);
-    EXPECT_FALSE(asDefined.status.IsError() || extended.status.IsError());
-    EXPECT_EQ(asDefined.document.Test(0).Attribute("arithmetic"), "");
-    return {asDefined.document.Test(0), extended.document.Test(0)};
+    return RunBoth(settings, fields, rows);
 }
 
-/// A number of an element within a share of what is expected.
-inline testing::AssertionResult IsWithin(double actual, double expected, double share) {
-    if (actual == expected || std::fabs(actual - expected) <= share * std::fabs(expected)) {
-        return testing::AssertionSuccess();
-    }
-    std::ostringstream text;
-    text.precision(17);
-    text << actual << " in place of " << expected << ", off by " << std::fabs(actual / expected - 1);
-    return testing::AssertionFailure() << text.str();
+/// A row of a table, right to so much of its value.
+inline testing::AssertionResult IsNear(const Table& table, const std::string& row, double expected,
+                                       double relative = 1e-12) {
+    const double actual = Number(table, row);
+    if (std::fabs(actual - expected) <= relative * std::fabs(expected)) return testing::AssertionSuccess();
+    return testing::AssertionFailure() << row << " is " << table.Row(row) << " and not " << expected;
 }
 
-/// The digits that an extended element is to have.
-inline constexpr double kTwelveDigits = 1e-12;
+/// What an element says of the way in which it was worked out; empty if nothing.
+inline std::string WayOf(const Table& test) {
+    return test.Attribute("arithmetic");
+}
 
 }  // namespace harness

@@ -22,12 +22,21 @@ namespace {
 
 using harness::BothArithmetics;
 using harness::Fields;
-using harness::IsWithin;
-using harness::kTwelveDigits;
 using harness::Number;
 using harness::Rows;
 using harness::Table;
 using harness::Texts;
+
+constexpr double kTwelveDigits = 1e-12;
+
+bool IsWithin(double actual, double expected, double share) {
+    return std::fabs(actual - expected) <= share * std::fabs(expected);
+}
+
+/// What the extended element says of itself: nothing, "extended", "textbook" or both.
+std::string MarkOf(const BothArithmetics& both) {
+    return harness::WayOf(both.Extended());
+}
 
 /// A value with the weight of its record.
 struct Weighted {
@@ -41,7 +50,7 @@ BothArithmetics PairTest(const std::string& test, const Sample& differences) {
     fields.Continuous("before").Continuous("after").Weight("w");
     Rows rows;
     for (const auto& [difference, weight] : differences) rows.push_back({0, difference, weight});
-    return harness::RunBothArithmetics(test, pairs::Entry({"before", "after"}), fields, rows);
+    return harness::RunBoth(test, pairs::Entry({"before", "after"}), fields, rows);
 }
 
 /// Rows of values, the last of which is the weight.
@@ -49,7 +58,7 @@ BothArithmetics RankedTest(const std::string& test, const Rows& rows, const std:
     const std::size_t count = rows.front().size() - 1;
     Fields fields = ranked::ContinuousFields(count);
     fields.Weight("w");
-    return harness::RunBothArithmetics(test, ranked::Entry(ranked::Names(count), comparison), fields, rows);
+    return harness::RunBoth(test, ranked::Entry(ranked::Names(count), comparison), fields, rows);
 }
 
 /// 1 is the success, 0 the failure, the last value of a row its weight.
@@ -61,7 +70,7 @@ BothArithmetics CochranTest(const Rows& rows, const std::string& comparison = "n
     QKSettings entry = ranked::Entry(ranked::Names(count), comparison);
     entry.AddSetting("classFormation", "givenCategoryList");
     AddVecSetting(entry, "successCategoryList", Texts({"yes"}), false);
-    return harness::RunBothArithmetics("RCochransQ", entry, fields, rows);
+    return harness::RunBoth("RCochransQ", entry, fields, rows);
 }
 
 Table Statistics(const Table& test) {
@@ -70,16 +79,16 @@ Table Statistics(const Table& test) {
 
 void ExpectStatistics(const Table& test, const std::vector<std::pair<std::string, double>>& expected) {
     for (const auto& [row, value] : expected) {
-        EXPECT_TRUE(IsWithin(Number(Statistics(test), row), value, kTwelveDigits)) << row;
+        EXPECT_TRUE(harness::IsNear(Statistics(test), row, value, kTwelveDigits));
     }
 }
 
 /// Their statistics are equal to the letter, and nothing is marked.
 void ExpectSame(const BothArithmetics& both) {
-    EXPECT_EQ(both.Mark(), "");
-    for (const pugi::xml_node row : Statistics(both.asDefined).Node().children("Attribute")) {
+    EXPECT_EQ(MarkOf(both), "");
+    for (const pugi::xml_node row : Statistics(both.Defined()).Node().children("Attribute")) {
         const std::string name = row.attribute("name").value();
-        EXPECT_EQ(Statistics(both.extended).Row(name), row.attribute("value").value()) << name;
+        EXPECT_EQ(Statistics(both.Extended()).Row(name), row.attribute("value").value()) << name;
     }
 }
 
@@ -114,39 +123,39 @@ Sample Scaled(double scale) {
 
 TEST(ExtendedSign, CountsBeyond32Bits) {
     const BothArithmetics below = PairTest("RSign", Scaled(47721858));
-    EXPECT_EQ(Statistics(below.extended).Row("TotalN"), "2147483610");
-    EXPECT_EQ(Statistics(below.asDefined).Row("StandardTestStatistic"),
-              Statistics(below.extended).Row("StandardTestStatistic"));
-    EXPECT_EQ(below.Mark(), "");
+    EXPECT_EQ(Statistics(below.Extended()).Row("TotalN"), "2147483610");
+    EXPECT_EQ(Statistics(below.Defined()).Row("StandardTestStatistic"),
+              Statistics(below.Extended()).Row("StandardTestStatistic"));
+    EXPECT_EQ(MarkOf(below), "");
 
     const BothArithmetics above = PairTest("RSign", Scaled(47721859));
-    EXPECT_EQ(above.Mark(), "extended");
-    EXPECT_EQ(Statistics(above.extended).Row("TotalN"), "2147483655");
-    EXPECT_EQ(Statistics(above.asDefined).Row("TotalN"), "-2147483641");  // 2^32 less
-    ExpectStatistics(above.extended, {{"TestStatistic", 1002159039},
-                                      {"StandardError", 21292.1971740823403},
-                                      {"StandardTestStatistic", 4482.56780263981712}});
-    EXPECT_EQ(above.extended.Sub("ContinuousDistribution").Row("Ties"), "334053013");
+    EXPECT_EQ(MarkOf(above), "extended");
+    EXPECT_EQ(Statistics(above.Extended()).Row("TotalN"), "2147483655");
+    EXPECT_EQ(Statistics(above.Defined()).Row("TotalN"), "-2147483641");  // 2^32 less
+    ExpectStatistics(above.Extended(), {{"TestStatistic", 1002159039},
+                                        {"StandardError", 21292.1971740823403},
+                                        {"StandardTestStatistic", 4482.56780263981712}});
+    EXPECT_EQ(above.Extended().Sub("ContinuousDistribution").Row("Ties"), "334053013");
 }
 
 TEST(ExtendedSign, IsRightForAMillionMillionCases) {
     const BothArithmetics both = PairTest("RSign", Mirrored());
-    EXPECT_EQ(both.Mark(), "extended");
-    EXPECT_EQ(Statistics(both.extended).Row("TotalN"), "1000001500000");
-    ExpectStatistics(both.extended, {{"TestStatistic", 500001500000},
-                                     {"StandardError", 500000.374999859375},
-                                     {"StandardTestStatistic", 1.49999787500201562},
-                                     {"AsymptoticSig2Tailed", 0.133614952987852873}});
+    EXPECT_EQ(MarkOf(both), "extended");
+    EXPECT_EQ(Statistics(both.Extended()).Row("TotalN"), "1000001500000");
+    ExpectStatistics(both.Extended(), {{"TestStatistic", 500001500000},
+                                       {"StandardError", 500000.374999859375},
+                                       {"StandardTestStatistic", 1.49999787500201562},
+                                       {"AsymptoticSig2Tailed", 0.133614952987852873}});
 }
 
 TEST(ExtendedSign, KeepsTheDigitsOfTails) {
     const BothArithmetics far = PairTest("RSign", {{1, 6825}, {-1, 3175}});
-    EXPECT_EQ(far.Mark(), "");
-    EXPECT_EQ(Statistics(far.asDefined).Row("AsymptoticSig2Tailed"), "0");
-    ExpectStatistics(far.extended, {{"AsymptoticSig2Tailed", 1.59780824253107913e-291}});
+    EXPECT_EQ(MarkOf(far), "");
+    EXPECT_EQ(Statistics(far.Defined()).Row("AsymptoticSig2Tailed"), "0");
+    ExpectStatistics(far.Extended(), {{"AsymptoticSig2Tailed", 1.59780824253107913e-291}});
     // Twice 1 + 25 of 2^25, and twice 1.
-    ExpectStatistics(PairTest("RSign", {{1, 24}, {-1, 1}}).extended, {{"ExactSig2Tailed", 1.54972076416015625e-6}});
-    ExpectStatistics(PairTest("RSign", {{1, 25}}).extended, {{"ExactSig2Tailed", 5.9604644775390625e-8}});
+    ExpectStatistics(PairTest("RSign", {{1, 24}, {-1, 1}}).Extended(), {{"ExactSig2Tailed", 1.54972076416015625e-6}});
+    ExpectStatistics(PairTest("RSign", {{1, 25}}).Extended(), {{"ExactSig2Tailed", 5.9604644775390625e-8}});
 }
 
 // ---- Wilcoxon test ----
@@ -156,37 +165,37 @@ TEST(ExtendedWilcoxonPairs, ProductIsNotBoundBy32Bits) {
         return PairTest("RWilcoxonSignedRanks", {{2, 20000}, {-1, 16000}, {-3, n - 36000}, {0, 5000}});
     };
     const BothArithmetics below = run(46340);
-    EXPECT_EQ(below.Mark(), "");
-    EXPECT_EQ(Statistics(below.asDefined).Row("StandardError"), Statistics(below.extended).Row("StandardError"));
-    EXPECT_EQ(Statistics(below.asDefined).Row("StandardTestStatistic"),
-              Statistics(below.extended).Row("StandardTestStatistic"));
-    ExpectStatistics(below.extended, {{"StandardError", 2831565.47405251606},
-                                      {"StandardTestStatistic", -5.95094309293286711},
-                                      {"AsymptoticSig2Tailed", 2.66601777194956872e-9}});
+    EXPECT_EQ(MarkOf(below), "");
+    EXPECT_EQ(Statistics(below.Defined()).Row("StandardError"), Statistics(below.Extended()).Row("StandardError"));
+    EXPECT_EQ(Statistics(below.Defined()).Row("StandardTestStatistic"),
+              Statistics(below.Extended()).Row("StandardTestStatistic"));
+    ExpectStatistics(below.Extended(), {{"StandardError", 2831565.47405251606},
+                                        {"StandardTestStatistic", -5.95094309293286711},
+                                        {"AsymptoticSig2Tailed", 2.66601777194956872e-9}});
 
     const BothArithmetics above = run(46341);
-    EXPECT_EQ(above.Mark(), "extended");
-    EXPECT_EQ(Statistics(above.asDefined).Row("StandardError"), "nan");  // of a negative product
-    ExpectStatistics(above.extended, {{"TestStatistic", 520010000},
-                                      {"StandardError", 2831659.09371966067},
-                                      {"StandardTestStatistic", -5.95892900293827608},
-                                      {"AsymptoticSig2Tailed", 2.53896365319178243e-9}});
+    EXPECT_EQ(MarkOf(above), "extended");
+    EXPECT_EQ(Statistics(above.Defined()).Row("StandardError"), "nan");  // of a negative product
+    ExpectStatistics(above.Extended(), {{"TestStatistic", 520010000},
+                                        {"StandardError", 2831659.09371966067},
+                                        {"StandardTestStatistic", -5.95892900293827608},
+                                        {"AsymptoticSig2Tailed", 2.53896365319178243e-9}});
 }
 
 TEST(ExtendedWilcoxonPairs, IsRightForAMillionMillionCases) {
     const BothArithmetics both = PairTest("RWilcoxonSignedRanks", Mirrored());
-    EXPECT_EQ(both.Mark(), "extended");
-    ExpectStatistics(both.extended, {{"TotalN", 1000001500000},
-                                     {"TestStatistic", 2.50001126021375001e+23},
-                                     {"StandardError", 288675206762180214.0},
-                                     {"StandardTestStatistic", 1.30257311224566874},
-                                     {"AsymptoticSig2Tailed", 0.192720542253311305}});
+    EXPECT_EQ(MarkOf(both), "extended");
+    ExpectStatistics(both.Extended(), {{"TotalN", 1000001500000},
+                                       {"TestStatistic", 2.50001126021375001e+23},
+                                       {"StandardError", 288675206762180214.0},
+                                       {"StandardTestStatistic", 1.30257311224566874},
+                                       {"AsymptoticSig2Tailed", 0.192720542253311305}});
 }
 
 TEST(ExtendedWilcoxonPairs, KeepsTheDigitsOfTails) {
     const Sample sample{{1, 600}, {2, 500}, {3, 700}, {-1, 50}, {-2, 30}, {-3, 12}};
     ExpectStatistics(
-        PairTest("RWilcoxonSignedRanks", sample).extended,
+        PairTest("RWilcoxonSignedRanks", sample).Extended(),
         {{"StandardTestStatistic", 35.5768274638360529}, {"AsymptoticSig2Tailed", 3.19782273663999922e-277}});
 }
 
@@ -201,20 +210,20 @@ TEST(ExtendedHodgesLehmannPairs, IntervalIsNotBoundBy32Bits) {
     const auto run = [](std::int64_t n, bool hasZero) {
         return PairTest("RHodgesLehmannEstimatePairs", Irregular(n, hasZero));
     };
-    EXPECT_EQ(EstimateOf(run(46340, false).extended), Texts({"46.59375", "44.90625", "48.28125"}));
-    EXPECT_EQ(EstimateOf(run(46340, false).asDefined), Texts({"46.59375", "44.90625", "48.28125"}));
-    EXPECT_EQ(EstimateOf(run(46340, true).extended), Texts({"46.125", "44.4375", "47.71875"}));
-    EXPECT_EQ(run(46340, true).Mark(), "");
+    EXPECT_EQ(EstimateOf(run(46340, false).Extended()), Texts({"46.59375", "44.90625", "48.28125"}));
+    EXPECT_EQ(EstimateOf(run(46340, false).Defined()), Texts({"46.59375", "44.90625", "48.28125"}));
+    EXPECT_EQ(EstimateOf(run(46340, true).Extended()), Texts({"46.125", "44.4375", "47.71875"}));
+    EXPECT_EQ(MarkOf(run(46340, true)), "");
     // As defined both positions are below 0 and in front of all averages.
-    EXPECT_EQ(EstimateOf(run(46341, false).extended), Texts({"46.59375", "44.90625", "48.28125"}));
-    EXPECT_EQ(EstimateOf(run(46341, false).asDefined)[1], "-249.8125");  // the smallest difference
-    EXPECT_EQ(EstimateOf(run(46341, true).extended), Texts({"46.125", "44.4375", "47.71875"}));
-    EXPECT_EQ(run(46341, true).Mark(), "extended");
+    EXPECT_EQ(EstimateOf(run(46341, false).Extended()), Texts({"46.59375", "44.90625", "48.28125"}));
+    EXPECT_EQ(EstimateOf(run(46341, false).Defined())[1], "-249.8125");  // the smallest difference
+    EXPECT_EQ(EstimateOf(run(46341, true).Extended()), Texts({"46.125", "44.4375", "47.71875"}));
+    EXPECT_EQ(MarkOf(run(46341, true)), "extended");
 
-    EXPECT_EQ(EstimateOf(run(1'000'000, false).extended), Texts({"46.59375", "46.28125", "46.9375"}));
-    EXPECT_EQ(EstimateOf(run(1'000'000, true).extended), Texts({"46.125", "45.75", "46.46875"}));
-    EXPECT_EQ(EstimateOf(run(1'000'000'000'000, false).extended), Texts({"46.59375", "46.59375", "46.59375"}));
-    EXPECT_EQ(EstimateOf(run(1'000'000'000'000, true).extended), Texts({"46.125", "46.125", "46.125"}));
+    EXPECT_EQ(EstimateOf(run(1'000'000, false).Extended()), Texts({"46.59375", "46.28125", "46.9375"}));
+    EXPECT_EQ(EstimateOf(run(1'000'000, true).Extended()), Texts({"46.125", "45.75", "46.46875"}));
+    EXPECT_EQ(EstimateOf(run(1'000'000'000'000, false).Extended()), Texts({"46.59375", "46.59375", "46.59375"}));
+    EXPECT_EQ(EstimateOf(run(1'000'000'000'000, true).Extended()), Texts({"46.125", "46.125", "46.125"}));
 }
 
 TEST(ExtendedHodgesLehmannPairs, ZerosCostNoDigits) {
@@ -223,10 +232,10 @@ TEST(ExtendedHodgesLehmannPairs, ZerosCostNoDigits) {
     // fourteenth is 0.15 and the fifteenth 0.2125.
     const Sample sample{{-1e9, 1}, {0, 1}, {0.125, 1}, {0.3, 4}};
     const BothArithmetics both = PairTest("RHodgesLehmannEstimatePairs", sample);
-    EXPECT_EQ(both.Mark(), "");
-    EXPECT_TRUE(IsWithin(Number(Statistics(both.extended), "Estimate"), (0.15 + 0.2125) / 2, kTwelveDigits));
-    EXPECT_FALSE(IsWithin(Number(Statistics(both.asDefined), "Estimate"), (0.15 + 0.2125) / 2, kTwelveDigits));
-    EXPECT_TRUE(IsWithin(Number(Statistics(both.asDefined), "Estimate"), (0.15 + 0.2125) / 2, 1e-5));
+    EXPECT_EQ(MarkOf(both), "");
+    EXPECT_TRUE(IsWithin(Number(Statistics(both.Extended()), "Estimate"), (0.15 + 0.2125) / 2, kTwelveDigits));
+    EXPECT_FALSE(IsWithin(Number(Statistics(both.Defined()), "Estimate"), (0.15 + 0.2125) / 2, kTwelveDigits));
+    EXPECT_TRUE(IsWithin(Number(Statistics(both.Defined()), "Estimate"), (0.15 + 0.2125) / 2, 1e-5));
 }
 
 // ---- McNemar test ----
@@ -247,46 +256,46 @@ BothArithmetics McNemarTest(double toSuccess, double toFailure, double bothSucce
     add(1, 1, toFailure);
     add(1, 0, bothSucceed);
     add(0, 1, bothFail);
-    return harness::RunBothArithmetics("RMcNemar", entry, fields, rows);
+    return harness::RunBoth("RMcNemar", entry, fields, rows);
 }
 
 TEST(ExtendedMcNemar, CountsBeyond32Bits) {
     const BothArithmetics below = McNemarTest(1000, 900, 2147480000, 1747);
-    EXPECT_EQ(Statistics(below.asDefined).Row("TotalN"), "2147483647");
-    EXPECT_EQ(below.Mark(), "textbook");  // of the list of failures alone
+    EXPECT_EQ(Statistics(below.Defined()).Row("TotalN"), "2147483647");
+    EXPECT_EQ(MarkOf(below), "textbook");  // of the list of failures alone
     const BothArithmetics above = McNemarTest(1000, 900, 2147480000, 1748);
-    EXPECT_EQ(above.Mark(), "extended textbook");
-    EXPECT_EQ(Statistics(above.asDefined).Row("TotalN"), "-2147483648");
-    EXPECT_EQ(Statistics(above.extended).Row("TotalN"), "2147483648");
-    EXPECT_EQ(Statistics(above.extended).Row("TestStatistic"), Statistics(above.asDefined).Row("TestStatistic"));
+    EXPECT_EQ(MarkOf(above), "extended textbook");
+    EXPECT_EQ(Statistics(above.Defined()).Row("TotalN"), "-2147483648");
+    EXPECT_EQ(Statistics(above.Extended()).Row("TotalN"), "2147483648");
+    EXPECT_EQ(Statistics(above.Extended()).Row("TestStatistic"), Statistics(above.Defined()).Row("TestStatistic"));
 
     const BothArithmetics many = McNemarTest(500'000'750'000, 500'000'000'000, 10, 3);
-    ExpectStatistics(many.extended, {{"TotalN", 1'000'000'750'013},
-                                     {"TestStatistic", 0.562498078127441404},
-                                     {"AsymptoticSig2Tailed", 0.453255476418455921}});
-    EXPECT_EQ(many.extended.Sub("CategoryFieldsComparison").SimpleRows("Content"),
+    ExpectStatistics(many.Extended(), {{"TotalN", 1'000'000'750'013},
+                                       {"TestStatistic", 0.562498078127441404},
+                                       {"AsymptoticSig2Tailed", 0.453255476418455921}});
+    EXPECT_EQ(many.Extended().Sub("CategoryFieldsComparison").SimpleRows("Content"),
               Texts({"10;500000000000", "500000750000;3"}));
 }
 
 TEST(ExtendedMcNemar, KeepsTheDigitsOfTails) {
-    ExpectStatistics(McNemarTest(1500, 30, 10, 10).extended,
+    ExpectStatistics(McNemarTest(1500, 30, 10, 10).Extended(),
                      {{"TestStatistic", 1410.43202614379085}, {"AsymptoticSig2Tailed", 1.13640616767658393e-308}});
 }
 
 TEST(ExtendedMcNemar, TheSecondFieldHasFailuresOfItsOwn) {
     // "no" is category 0 of the first field and 1 of the second.
     const BothArithmetics both = McNemarTest(7, 5, 3, 2);
-    EXPECT_EQ(both.asDefined.Sub("CategoryFieldsComparison").Row("ColumnFailList"), "0");
-    EXPECT_EQ(both.extended.Sub("CategoryFieldsComparison").Row("ColumnFailList"), "1");
-    EXPECT_EQ(both.extended.Sub("CategoryFieldsComparison").Row("RowFailList"), "0");
-    EXPECT_EQ(both.Mark(), "textbook");
+    EXPECT_EQ(both.Defined().Sub("CategoryFieldsComparison").Row("ColumnFailList"), "0");
+    EXPECT_EQ(both.Extended().Sub("CategoryFieldsComparison").Row("ColumnFailList"), "1");
+    EXPECT_EQ(both.Extended().Sub("CategoryFieldsComparison").Row("RowFailList"), "0");
+    EXPECT_EQ(MarkOf(both), "textbook");
 
     Fields fields;
     fields.Text("before", {"no", "yes"}).Text("after", {"no", "yes"});
     QKSettings entry = pairs::Entry({"before", "after"});
     entry.AddSetting("classFormation", "givenCategoryList");
     AddVecSetting(entry, "categoriesList", Texts({"yes"}), false);
-    EXPECT_EQ(harness::RunBothArithmetics("RMcNemar", entry, fields, {{0, 1}, {1, 1}, {1, 0}}).Mark(), "");
+    EXPECT_EQ(MarkOf(harness::RunBoth("RMcNemar", entry, fields, {{0, 1}, {1, 1}, {1, 0}})), "");
 }
 
 // ---- Marginal homogeneity ----
@@ -303,17 +312,17 @@ TEST(ExtendedMarginalHomogeneity, IsRightForManyCases) {
                 }
             }
         }
-        return harness::RunBothArithmetics("RMarginalHomogeneity", pairs::Entry({"before", "after"}), fields, rows);
+        return harness::RunBoth("RMarginalHomogeneity", pairs::Entry({"before", "after"}), fields, rows);
     };
     ExpectSame(run(1));
     const BothArithmetics both = run(1000);
-    EXPECT_EQ(both.Mark(), "extended");
-    EXPECT_EQ(Statistics(both.asDefined).Row("TotalN"), "54672896");  // 640,004,800,000 - 149 * 2^32
-    ExpectStatistics(both.extended, {{"TotalN", 640004800000},
-                                     {"TestStatistic", 1920014960000},
-                                     {"StandardError", 2000009.44997767448},
-                                     {"StandardTestStatistic", -1.11999470803750675},
-                                     {"AsymptoticSig2Tailed", 0.262716017200010856}});
+    EXPECT_EQ(MarkOf(both), "extended");
+    EXPECT_EQ(Statistics(both.Defined()).Row("TotalN"), "54672896");  // 640,004,800,000 - 149 * 2^32
+    ExpectStatistics(both.Extended(), {{"TotalN", 640004800000},
+                                       {"TestStatistic", 1920014960000},
+                                       {"StandardError", 2000009.44997767448},
+                                       {"StandardTestStatistic", -1.11999470803750675},
+                                       {"AsymptoticSig2Tailed", 0.262716017200010856}});
 }
 
 // ---- Friedman test and Kendall's W ----
@@ -329,18 +338,18 @@ Rows AlmostBalanced(double n, double more) {
 TEST(ExtendedFriedman, ProductsAreNotBoundBy32Bits) {
     // 12 * 178,956,970 = 2^31 - 8.
     const BothArithmetics below = RankedTest("RFriedmansTwoWayByRanks", AlmostBalanced(178956970, 9000));
-    EXPECT_EQ(below.Mark(), "");
-    ExpectStatistics(below.extended,
+    EXPECT_EQ(MarkOf(below), "");
+    ExpectStatistics(below.Extended(),
                      {{"TestStatistic", 0.904843393358749872}, {"AsymptoticSig2Tailed", 0.636085877857678187}});
-    EXPECT_TRUE(IsWithin(Number(Statistics(below.asDefined), "TestStatistic"), 0.904843393358749872, 1e-6));
+    EXPECT_TRUE(IsWithin(Number(Statistics(below.Defined()), "TestStatistic"), 0.904843393358749872, 1e-6));
     const BothArithmetics above = RankedTest("RFriedmansTwoWayByRanks", AlmostBalanced(178956971, 9000));
-    EXPECT_EQ(above.Mark(), "extended");
-    ExpectStatistics(above.extended,
+    EXPECT_EQ(MarkOf(above), "extended");
+    ExpectStatistics(above.Extended(),
                      {{"TestStatistic", 0.904742906047510158}, {"AsymptoticSig2Tailed", 0.636117837940358893}});
-    EXPECT_LT(Number(Statistics(above.asDefined), "TestStatistic"), -1e9);  // of a negative product
+    EXPECT_LT(Number(Statistics(above.Defined()), "TestStatistic"), -1e9);  // of a negative product
     const BothArithmetics w = RankedTest("RKendallsCoefficient", AlmostBalanced(178956971, 9000));
-    EXPECT_EQ(w.Mark(), "extended");
-    ExpectStatistics(w.extended, {{"KendallsW", 2.52782247316733518e-9}});
+    EXPECT_EQ(MarkOf(w), "extended");
+    ExpectStatistics(w.Extended(), {{"KendallsW", 2.52782247316733518e-9}});
 }
 
 TEST(ExtendedFriedman, ProductBesideTiesIsNotBoundBy32Bits) {
@@ -355,13 +364,13 @@ TEST(ExtendedFriedman, ProductBesideTiesIsNotBoundBy32Bits) {
         return RankedTest("RFriedmansTwoWayByRanks", rows);
     };
     const BothArithmetics below = run(33575);
-    EXPECT_EQ(below.Mark(), "");
-    ExpectStatistics(below.asDefined, {{"TestStatistic", 1309395.41405238209}});
-    ExpectStatistics(below.extended, {{"TestStatistic", 1309395.41405238209}});
+    EXPECT_EQ(MarkOf(below), "");
+    ExpectStatistics(below.Defined(), {{"TestStatistic", 1309395.41405238209}});
+    ExpectStatistics(below.Extended(), {{"TestStatistic", 1309395.41405238209}});
     const BothArithmetics above = run(33576);
-    EXPECT_EQ(above.Mark(), "extended");
-    ExpectStatistics(above.extended, {{"TestStatistic", 1309434.41275421615}});
-    EXPECT_FALSE(IsWithin(Number(Statistics(above.asDefined), "TestStatistic"), 1309434.41275421615, 1e-6));
+    EXPECT_EQ(MarkOf(above), "extended");
+    ExpectStatistics(above.Extended(), {{"TestStatistic", 1309434.41275421615}});
+    EXPECT_FALSE(IsWithin(Number(Statistics(above.Defined()), "TestStatistic"), 1309434.41275421615, 1e-6));
 }
 
 TEST(ExtendedFriedman, IsRightForAMillionMillionCases) {
@@ -376,13 +385,13 @@ TEST(ExtendedFriedman, IsRightForAMillionMillionCases) {
         weight += 1000;
     } while (std::next_permutation(order.begin(), order.end()));
     const BothArithmetics both = RankedTest("RFriedmansTwoWayByRanks", rows);
-    EXPECT_EQ(both.Mark(), "extended");
-    ExpectStatistics(both.extended, {{"TotalN", 960005520000},
-                                     {"TestStatistic", 11.4499341628785634},
-                                     {"AsymptoticSig2Tailed", 9.52585866243291667e-3}});
+    EXPECT_EQ(MarkOf(both), "extended");
+    ExpectStatistics(both.Extended(), {{"TotalN", 960005520000},
+                                       {"TestStatistic", 11.4499341628785634},
+                                       {"AsymptoticSig2Tailed", 9.52585866243291667e-3}});
     rows.insert(rows.end(), {{1, 1, 2, 3, 2e9}, {2, 3, 1, 1, 2000000500}, {3, 2, 3, 1, 2e9}, {1, 3, 2, 3, 2000000700}});
     ExpectStatistics(
-        RankedTest("RKendallsCoefficient", rows).extended,
+        RankedTest("RKendallsCoefficient", rows).Extended(),
         {{"TotalN", 968005521200}, {"TestStatistic", 4952842.27027264417}, {"KendallsW", 1.70551446997698666e-6}});
 }
 
@@ -401,7 +410,7 @@ TEST(ExtendedFriedman, IsRightWhereTheCubesOfTiesAreRounded) {
             rows.push_back(turned);
         }
     }
-    ExpectStatistics(RankedTest("RFriedmansTwoWayByRanks", rows).extended,
+    ExpectStatistics(RankedTest("RFriedmansTwoWayByRanks", rows).Extended(),
                      {{"TotalN", 1680003264000},
                       {"TestStatistic", 1.86753190757406965},
                       {"AsymptoticSig2Tailed", 0.999846659135879362}});
@@ -419,7 +428,7 @@ TEST(ExtendedFriedman, SumsOfRanksKeepAllTheirDigits) {
 
 TEST(ExtendedFriedman, KeepsTheDigitsOfTails) {
     const Rows rows{{1, 2, 3, 640}, {2, 1, 3, 30}, {1, 1, 2, 20}};
-    ExpectStatistics(RankedTest("RFriedmansTwoWayByRanks", rows).extended,
+    ExpectStatistics(RankedTest("RFriedmansTwoWayByRanks", rows).Extended(),
                      {{"TestStatistic", 1314.16058394160584}, {"AsymptoticSig2Tailed", 4.30184768887464032e-286}});
 }
 
@@ -427,12 +436,12 @@ TEST(ExtendedFriedman, SubsetsAreCorrectedForTheirTies) {
     Rows rows = ranked::FirstBase();
     for (auto& row : rows) row.push_back(1);
     const BothArithmetics both = RankedTest("RFriedmansTwoWayByRanks", rows, "stepWise");
-    EXPECT_EQ(both.Mark(), "textbook");
+    EXPECT_EQ(MarkOf(both), "textbook");
     // R: friedman.test(x[, 1:2]).
-    ranked::ExpectNumbers(ranked::RowsOf(both.extended, "StepwiseResult", "Content")[1],
+    ranked::ExpectNumbers(ranked::RowsOf(both.Extended(), "StepwiseResult", "Content")[1],
                           {1, 2, 2, 0, 0, 0.157299207050284, 0.157299207050284});
-    EXPECT_TRUE(RankedTest("RFriedmansTwoWayByRanks", rows).Mark().empty());
-    EXPECT_TRUE(RankedTest("RFriedmansTwoWayByRanks", Rows(9, {3, 1, 2, 1}), "stepWise").Mark().empty());
+    EXPECT_TRUE(MarkOf(RankedTest("RFriedmansTwoWayByRanks", rows)).empty());
+    EXPECT_TRUE(MarkOf(RankedTest("RFriedmansTwoWayByRanks", Rows(9, {3, 1, 2, 1}), "stepWise")).empty());
 }
 
 // ---- Cochran's Q ----
@@ -446,31 +455,31 @@ TEST(ExtendedCochransQ, StandardErrorOfPairsIsNotBoundBy32Bits) {
         return ranked::NumbersOf(ranked::RowsOf(test, "PairwiseResult", "Content")[0]);
     };
     const BothArithmetics below = run(65535);
-    EXPECT_EQ(below.Mark(), "");
-    EXPECT_EQ(ranked::RowsOf(below.asDefined, "PairwiseResult", "Content")[0].substr(0, 40),
-              ranked::RowsOf(below.extended, "PairwiseResult", "Content")[0].substr(0, 40));
-    EXPECT_TRUE(IsWithin(firstPair(below.asDefined)[3], 2.53807887894502153e-3, kTwelveDigits));
+    EXPECT_EQ(MarkOf(below), "");
+    EXPECT_EQ(ranked::RowsOf(below.Defined(), "PairwiseResult", "Content")[0].substr(0, 40),
+              ranked::RowsOf(below.Extended(), "PairwiseResult", "Content")[0].substr(0, 40));
+    EXPECT_TRUE(IsWithin(firstPair(below.Defined())[3], 2.53807887894502153e-3, kTwelveDigits));
 
     const BothArithmetics above = run(65536);
-    EXPECT_EQ(above.Mark(), "extended");
-    EXPECT_EQ(firstPair(above.asDefined)[4], 0);  // over an infinite standard error
-    const std::vector<double> pair = firstPair(above.extended);
+    EXPECT_EQ(MarkOf(above), "extended");
+    EXPECT_EQ(firstPair(above.Defined())[4], 0);  // over an infinite standard error
+    const std::vector<double> pair = firstPair(above.Extended());
     EXPECT_TRUE(IsWithin(pair[3], 2.53804015093478372e-3, kTwelveDigits));
     EXPECT_TRUE(IsWithin(pair[4], 3.00601806021075878, kTwelveDigits));
     EXPECT_TRUE(IsWithin(pair[6], 7.9407982809901003e-3, kTwelveDigits));
-    ExpectStatistics(above.asDefined, {{"TestStatistic", 19771.0843373493976}});
-    ExpectStatistics(above.extended, {{"TestStatistic", 19771.0843373493976}});
+    ExpectStatistics(above.Defined(), {{"TestStatistic", 19771.0843373493976}});
+    ExpectStatistics(above.Extended(), {{"TestStatistic", 19771.0843373493976}});
 }
 
 TEST(ExtendedCochransQ, SumsOfSquaresAreNotBoundBy32Bits) {
     // The sum of (Ti - Tj)^2 is 2^32 - 175,946 and 2^32 + 9,416.
     const BothArithmetics below = CochranTest({{1, 0, 0, 46335}, {1, 1, 0, 10}});
-    ExpectStatistics(below.asDefined, {{"TestStatistic", 92670.0043154601359}});
-    ExpectSame({below.asDefined, below.extended});
+    ExpectStatistics(below.Defined(), {{"TestStatistic", 92670.0043154601359}});
+    ExpectSame(below);
     const BothArithmetics above = CochranTest({{1, 0, 0, 46336}, {1, 1, 0, 10}});
-    EXPECT_EQ(above.Mark(), "extended");
-    ExpectStatistics(above.asDefined, {{"TestStatistic", 9416.0 * 2 / (3 * 46356 - 46376)}});
-    ExpectStatistics(above.extended, {{"TestStatistic", 92672.004315367022}});
+    EXPECT_EQ(MarkOf(above), "extended");
+    ExpectStatistics(above.Defined(), {{"TestStatistic", 9416.0 * 2 / (3 * 46356 - 46376)}});
+    ExpectStatistics(above.Extended(), {{"TestStatistic", 92672.004315367022}});
 }
 
 TEST(ExtendedCochransQ, IsRightForAMillionMillionCases) {
@@ -482,15 +491,15 @@ TEST(ExtendedCochransQ, IsRightForAMillionMillionCases) {
         }
     }
     const BothArithmetics both = CochranTest(rows);
-    EXPECT_EQ(both.Mark(), "extended");
-    ExpectStatistics(both.extended, {{"TotalN", 960003600000},
-                                     {"TestStatistic", 1.72499353127425772},
-                                     {"AsymptoticSig2Tailed", 0.631391532014869324}});
+    EXPECT_EQ(MarkOf(both), "extended");
+    ExpectStatistics(both.Extended(), {{"TotalN", 960003600000},
+                                       {"TestStatistic", 1.72499353127425772},
+                                       {"AsymptoticSig2Tailed", 0.631391532014869324}});
 }
 
 TEST(ExtendedCochransQ, KeepsTheDigitsOfTails) {
     const Rows rows{{1, 0, 0, 700}, {0, 1, 0, 30}, {1, 1, 1, 50}, {0, 0, 1, 3}};
-    ExpectStatistics(CochranTest(rows).extended,
+    ExpectStatistics(CochranTest(rows).Extended(),
                      {{"TestStatistic", 1276.17735334242838}, {"AsymptoticSig2Tailed", 7.61392784375985736e-278}});
 }
 
@@ -500,8 +509,8 @@ TEST(ExtendedCochransQ, SubsetsHaveTheSuccessesOfTheirFields) {
               {1, 1, 1}, {1, 1, 1}, {1, 1, 0}, {1, 1, 0}, {1, 1, 0}, {1, 1, 1}, {1, 1, 0}, {1, 1, 0}, {0, 0, 0}};
     for (auto& row : rows) row.push_back(1);
     const BothArithmetics both = CochranTest(rows, "stepWise");
-    EXPECT_EQ(both.Mark(), "textbook");
-    const auto subsets = ranked::RowsOf(both.extended, "StepwiseResult", "Content");
+    EXPECT_EQ(MarkOf(both), "textbook");
+    const auto subsets = ranked::RowsOf(both.Extended(), "StepwiseResult", "Content");
     ASSERT_EQ(subsets.size(), 2U);
     EXPECT_EQ(subsets[0], "1;2;0;;;1;1");  // R: friedman.test(x[, 1:2])
     EXPECT_EQ(subsets[1], "0;0;__MISSING__;;;__MISSING__;__MISSING__");
@@ -509,9 +518,9 @@ TEST(ExtendedCochransQ, SubsetsHaveTheSuccessesOfTheirFields) {
     // Named in ascending order of their successes the two are the same.
     for (auto& row : rows) std::swap(row[0], row[2]);
     const BothArithmetics ascending = CochranTest(rows, "stepWise");
-    EXPECT_EQ(ascending.Mark(), "");
-    EXPECT_EQ(ranked::RowsOf(ascending.asDefined, "StepwiseResult", "Content"), subsets);
-    EXPECT_EQ(ranked::RowsOf(ascending.extended, "StepwiseResult", "Content"), subsets);
+    EXPECT_EQ(MarkOf(ascending), "");
+    EXPECT_EQ(ranked::RowsOf(ascending.Defined(), "StepwiseResult", "Content"), subsets);
+    EXPECT_EQ(ranked::RowsOf(ascending.Extended(), "StepwiseResult", "Content"), subsets);
 }
 
 }  // namespace
