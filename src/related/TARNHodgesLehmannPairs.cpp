@@ -10,8 +10,10 @@
 
 #include "related/TARNHodgesLehmannPairs.h"
 
+#include <algorithm>
 #include <cmath>
 #include <new>
+#include <span>
 
 #include "contract/TARNPlanBuilder.h"
 #include "platform/common/QKDistFun.h"
@@ -38,6 +40,20 @@ double MeanRank(std::int64_t n, const Arithmetic& arithmetic) {
 /// In double arithmetic throughout, unlike the mean.
 double RankStandardError(double n, double tieCorrectionSum) {
     return std::sqrt((n + 1) * n * (2 * n + 1) / 24 - tieCorrectionSum / 48);
+}
+
+/// Whether averages of differences that are moved, and moved back, may be others. Not if all are multiples of 2^-20
+/// that are not large; the search is quickest then where no value is near 0.
+bool LosesDigits(std::span<const double> differences, double shift) {
+    constexpr double kSteps = 0x1p20;
+    constexpr double kLeastTooLarge = 0x1p30;
+    if (!std::isfinite(shift)) return false;  // nothing has a digit
+    if (std::fabs(shift) >= kLeastTooLarge) return true;
+    return !std::all_of(differences.begin(), differences.end(), [](double difference) {
+        if (!(std::fabs(difference) < kLeastTooLarge)) return false;
+        const double steps = difference * kSteps;
+        return static_cast<double>(static_cast<std::int64_t>(steps)) == steps;
+    });
 }
 
 }  // namespace
@@ -95,14 +111,14 @@ void TARNHodgesLehmannPairs::Estimate() {
     const std::int64_t tieCount = arithmetic.Count(totalN - differences.Positive() - differences.Negative());
     // Zero differences become ordinary values: all are at least 1 then. With no weight on a zero nothing moves.
     const double shift = tieCount > 0 ? 1 - differences.Smallest() : 0;
-    // The averages move along and back again, which costs them digits, or stay where they are.
-    const double shiftOfAverages =
-        arithmetic.Carefully([=] { return shift; }, [=] { return std::isfinite(shift) ? 0.0 : shift; });
+    // The averages move along and back again, or stay where they are if that would cost them digits.
+    const double shiftOfAverages = arithmetic.Carefully(
+        [=] { return shift; }, [&] { return LosesDigits(sample.Differences(), shift) ? 0.0 : shift; });
     Move(shiftOfAverages);
     const WalshAverages averages(sample.Differences(), sample.Weights(), work);
     if (work != nullptr && work->IsStopped()) return;
     estimate = averages.Median();
-    Move(shift - shiftOfAverages);
+    if (shiftOfAverages != shift) Move(shift - shiftOfAverages);
     ComputeRankMoments();
     ComputeInterval(averages);
     if (shift != 0) {
