@@ -85,10 +85,10 @@ void PairDifferences::Count(const double* differences, const std::int32_t* weigh
         });
         total = std::accumulate(weights, weights + count, std::int64_t{0});
     }
-    positiveWeight += static_cast<std::uint32_t>(SumOfLanes(positive));
-    negativeWeight += static_cast<std::uint32_t>(SumOfLanes(negative));
-    notZeroWeight += static_cast<std::uint32_t>(SumOfLanes(notZero));
-    totalWeight += static_cast<std::uint32_t>(total);
+    positiveWeight += SumOfLanes(positive);
+    negativeWeight += SumOfLanes(negative);
+    notZeroWeight += SumOfLanes(notZero);
+    totalWeight += total;
 }
 
 /// In several chains, of which the processor goes on with each while it waits for the others. What is no number extends
@@ -122,8 +122,8 @@ void PairDifferences::AddToHistogram(ColumnBatch& batch) {
     histogram.AddColumn(Of(batch), WeightsOf(batch), batch.Size());
 }
 
-void PairDifferences::AddDistribution(ResultElement& element, std::int32_t negativeCount, std::int32_t tieCount,
-                                      std::int32_t positiveCount, bool isBrief) const {
+void PairDifferences::AddDistribution(ResultElement& element, std::int64_t negativeCount, std::int64_t tieCount,
+                                      std::int64_t positiveCount, bool isBrief) const {
     StructuredTable distribution = element.AddTable(TableName::kContinuousDistribution);
     distribution.Row(RowName::kNegativeDifferences, negativeCount);
     distribution.Row(RowName::kTies, tieCount);

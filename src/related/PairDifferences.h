@@ -10,6 +10,7 @@
 #include "contract/TARNPlan.h"
 #include "contract/TARNPlanBuilder.h"
 #include "platform/common/QKSettings.h"
+#include "support/Arithmetic.h"
 #include "support/Histogram.h"
 #include "support/ResultElements.h"
 
@@ -36,8 +37,10 @@ bool ReadPair(const QKSettings& settings, int& firstVariableIndex, int& secondVa
 class PairDifferences {
  public:
     PairDifferences() = default;
-    PairDifferences(int firstField, int secondField, int weightField, const Arithmetic& by = Arithmetic::AsDefined())
-        : firstVariableIndex(firstField),
+    /// Borrows `by`.
+    PairDifferences(int firstField, int secondField, int weightField, const Arithmetic& by)
+        : arithmetic(&by),
+          firstVariableIndex(firstField),
           secondVariableIndex(secondField),
           weightVariableIndex(weightField),
           histogram(by) {}
@@ -55,10 +58,10 @@ class PairDifferences {
 
     // Weights of the differences by sign. The difference of two infinities may be no number, which is neither positive
     // nor negative nor zero.
-    std::int32_t Positive() const { return static_cast<std::int32_t>(positiveWeight); }
-    std::int32_t Negative() const { return static_cast<std::int32_t>(negativeWeight); }
-    std::int32_t NotZero() const { return static_cast<std::int32_t>(notZeroWeight); }
-    std::int32_t Total() const { return static_cast<std::int32_t>(totalWeight); }
+    std::int64_t Positive() const { return arithmetic->Count(positiveWeight); }
+    std::int64_t Negative() const { return arithmetic->Count(negativeWeight); }
+    std::int64_t NotZero() const { return arithmetic->Count(notZeroWeight); }
+    std::int64_t Total() const { return arithmetic->Count(totalWeight); }
     double Smallest() const { return minDifference; }
 
     /// Second pass.
@@ -67,8 +70,8 @@ class PairDifferences {
     void EndHistogram() { histogram.Close(); }
 
     /// Writes the table "ContinuousDistribution": the weights by sign, and, unless the run is brief, the histogram.
-    void AddDistribution(ResultElement& element, std::int32_t negativeCount, std::int32_t tieCount,
-                         std::int32_t positiveCount, bool isBrief) const;
+    void AddDistribution(ResultElement& element, std::int64_t negativeCount, std::int64_t tieCount,
+                         std::int64_t positiveCount, bool isBrief) const;
 
  private:
     const std::int32_t* WeightsOf(ColumnBatch& batch) const {
@@ -76,15 +79,15 @@ class PairDifferences {
     }
     const double* Subtract(const double* first, const double* second, std::size_t count);
 
+    const Arithmetic* arithmetic = &Arithmetic::AsDefined();
     int firstVariableIndex = 0;
     int secondVariableIndex = 0;
     int weightVariableIndex = -1;
     std::vector<double> scratch;
-    // They wrap as counters of 32 bits do.
-    std::uint32_t positiveWeight = 0;
-    std::uint32_t negativeWeight = 0;
-    std::uint32_t notZeroWeight = 0;
-    std::uint32_t totalWeight = 0;
+    std::int64_t positiveWeight = 0;
+    std::int64_t negativeWeight = 0;
+    std::int64_t notZeroWeight = 0;
+    std::int64_t totalWeight = 0;
     double maxDifference = std::numeric_limits<double>::lowest();
     double minDifference = std::numeric_limits<double>::max();
     Histogram histogram;

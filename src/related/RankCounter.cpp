@@ -75,4 +75,20 @@ std::int64_t Balance(const double* first, const double* second, const std::int64
     return SumOfLanes(balance);
 }
 
+BalanceAndTies CompareTied(const double* first, const double* second, const std::int64_t* weights, std::int64_t* tied,
+                           std::size_t count) {
+    WholeLanes balance{};
+    WholeLanes step{};
+    ForLanes(count, [&](std::size_t row, std::size_t left) {
+        const Sides sides = Compare(first + row, second + row, left);
+        const WholeLanes areTied = ~(sides.above | sides.below);
+        const WholeLanes ofRows = LoadLanes(weights + row);
+        const WholeLanes ofTied = LoadLanes(tied + row);
+        balance += (ofRows & sides.above) - (ofRows & sides.below);
+        step += ofTied & areTied;
+        StoreLanes(ofTied + (ofRows & areTied), tied + row);
+    });
+    return {SumOfLanes(balance), SumOfLanes(step)};
+}
+
 }  // namespace RowComparison

@@ -32,6 +32,15 @@ void Rank(const RowBlock& block, std::int64_t* twiceRanks, std::uint8_t* isUncer
 /// The weight of the rows whose first value is above the second one, less those where it is below. `weights`: of the
 /// rows of the block, with `kRankRoom` places.
 std::int64_t Balance(const double* first, const double* second, const std::int64_t* weights, std::size_t count);
+/// The same with the weight of the rows whose two values are tied, each times 1 plus the values asked for before that
+/// were tied with the first one: `tied` says the weight of a row that many times, and so for the next value. Of rows
+/// with a weight none is marked.
+struct BalanceAndTies {
+    std::int64_t balance;
+    std::int64_t tieStep;
+};
+BalanceAndTies CompareTied(const double* first, const double* second, const std::int64_t* weights, std::int64_t* tied,
+                           std::size_t count);
 
 }  // namespace RowComparison
 

@@ -27,12 +27,21 @@ constexpr std::int32_t kFewestToCompare = 3;
 constexpr std::size_t kMostCounted = 16;
 constexpr std::size_t kFewestCounted = 32;
 
-/// k (k + 1) n and (k - 1) (k + 1) k n, 32 bits wide by definition; docs/limits.md says what a user sees.
-double RankProduct(std::int32_t k, std::int32_t n) {
-    return Multiply32(Multiply32(k, Add32(k, 1)), n);
+/// k (k + 1) n and (k - 1) (k + 1) k n, 32 bits wide as defined; docs/limits.md says what a user sees.
+double RankProduct(std::size_t k, std::int64_t n, const Arithmetic& arithmetic) {
+    return arithmetic.Signed32(Whole(k) * (Whole(k) + 1) * n);
 }
-double TieProduct(std::int32_t k, std::int32_t n) {
-    return Multiply32(Multiply32(Multiply32(Subtract32(k, 1), Add32(k, 1)), k), n);
+Whole TieProduct(std::size_t k, std::int64_t n) {
+    return (Whole(k) - 1) * (Whole(k) + 1) * k * n;
+}
+
+/// One less the share of ties. Without any the width of the product shows only where nothing is left of it.
+double TieFactor(std::size_t k, std::int64_t n, double tieSum, const Arithmetic& arithmetic) {
+    const Whole product = TieProduct(k, n);
+    if (tieSum == 0 && static_cast<std::uint32_t>(product.Bits()) != 0) return 1;
+    const double divisor = arithmetic.Signed32(product);
+    return arithmetic.Carefully([=] { return 1 - tieSum / divisor; },
+                                [=] { return (product.Value() - tieSum) / product.Value(); });
 }
 
 double SumOfSquares(const std::vector<double>& values) {
@@ -41,22 +50,44 @@ double SumOfSquares(const std::vector<double>& values) {
     return sum;
 }
 
-/// The statistic of a subset. No tie correction reaches it, which is intended: documents depend on it. The test with
-/// which a subset is compared is Friedman's in both tests; no W is computed for a subset.
-double SubsetChiSquare(const SubsetRecord& subset, std::int32_t n) {
-    const auto m = static_cast<std::int32_t>(subset.Size());
-    return (12 * SumOfSquares(subset.sums) / RankProduct(m, n) - 3.0 * n * (m + 1.0)) /
-           (1 - subset.tieTerm / TieProduct(m, n));
+/// What the statistic subtracts.
+double Subtrahend(std::size_t k, std::int64_t n) {
+    return 3.0 * static_cast<double>(n) * (static_cast<double>(k) + 1);
+}
+
+/// Of sums of ranks the squared distances from what is expected of each, four times as large and so whole.
+long double SquaredDistances(const std::vector<std::int64_t>& twiceRankSums, std::int64_t n) {
+    const std::int64_t twiceExpected = n * (static_cast<std::int64_t>(twiceRankSums.size()) + 1);
+    long double sum = 0;
+    for (const std::int64_t twice : twiceRankSums) {
+        const auto distance = static_cast<long double>(twice - twiceExpected);
+        sum += distance * distance;
+    }
+    return sum;
+}
+
+/// The statistic of a subset without a correction for ties. The test with which a subset is compared is Friedman's in
+/// both tests; no W is computed for a subset.
+double SubsetChiSquare(const RankSums& ranks, std::int64_t n, const Arithmetic& arithmetic) {
+    const std::size_t m = ranks.sums.size();
+    const double product = RankProduct(m, n, arithmetic);
+    const double statistic =
+        arithmetic.Carefully([&] { return 12 * SumOfSquares(ranks.sums) / product - Subtrahend(m, n); },
+                             [&] { return 3 * SquaredDistances(ranks.twice, n) / product; });
+    return statistic / TieFactor(m, n, 0, arithmetic);
 }
 
 }  // namespace
 
-double FriedmanChiSquare(const std::vector<double>& rankSums, std::int32_t n, double tieSum) {
-    const auto k = static_cast<std::int32_t>(rankSums.size());
-    const double a = 12 / RankProduct(k, n);
-    const double b = 1 - tieSum / TieProduct(k, n);
+double FriedmanChiSquare(const RankSums& ranks, std::int64_t n, double tieSum, const Arithmetic& arithmetic) {
+    const std::size_t k = ranks.sums.size();
+    const double product = RankProduct(k, n, arithmetic);
+    const double b = TieFactor(k, n, tieSum, arithmetic);
     if (b == 0) return 0;  // all rows constant
-    return (a * SumOfSquares(rankSums) - 3.0 * n * (k + 1.0)) / b;
+    const double statistic =
+        arithmetic.Carefully([&] { return 12 / product * SumOfSquares(ranks.sums) - Subtrahend(k, n); },
+                             [&] { return 3 * SquaredDistances(ranks.twice, n) / product; });
+    return statistic / b;
 }
 
 // ---- Plan ----
@@ -110,7 +141,7 @@ QKStatus RankedRows::BeginPass() {
         chiSquare = 0;
         k = static_cast<std::int32_t>(variableIndices.size());
         row.assign(variableIndices.size(), 0.0);
-        rankSums.assign(variableIndices.size(), 0.0);
+        rankSums = {std::vector<double>(row.size()), std::vector<std::int64_t>(row.size())};
         meanRanks.assign(variableIndices.size(), 0.0);
         rankFrequencies.assign(variableIndices.size(), RankFrequencies());
         if (k < kFewestFields) AddStatusMessage(QKStatus(kind.tooFewFields), MessageKind::kError);
@@ -118,9 +149,12 @@ QKStatus RankedRows::BeginPass() {
     } else if (state == State::kBeforeSteps) {
         orderedSamples = OrderSamples(meanRanks);
         steps.Begin(orderedSamples.size(), orderedSamples.size());
+        countsTies = tieSum != 0 && arithmetic.TakesTextbook(false);
         if (isExact) balances.assign(row.size() * row.size(), 0);
+        if (isExact && countsTies) tieSteps.assign(row.size() * row.size(), 0);
         state = State::kSteps;
     }
+    if (state == State::kSteps) twiceSubsetSums.assign(row.size() * row.size(), 0);
     rowsSeen = 0;
     uncertainSeen = 0;
     return status;
@@ -170,7 +204,7 @@ bool RankedRows::NoteWeights(const std::int32_t* weights, std::size_t count) {
 void RankedRows::AddToOverall(const std::int32_t* weights, std::size_t count) {
     std::int64_t sum = 0;
     for (std::size_t i = 0; i < count; ++i) sum += weights[i];
-    n = Add32(n, Wrap32(sum));
+    n += sum;
     if (NoteWeights(weights, count) && columns.size() <= kMostCounted && count >= kFewestCounted) {
         CountRanks(weights, count);
         return;
@@ -218,7 +252,8 @@ void RankedRows::TakeCounts(const RankCounter& counter, std::int64_t weight) {
                 rankFrequencies[i].Add(static_cast<double>(twiceRank) * 0.5, static_cast<double>(weightOfRank));
             }
         }
-        rankSums[i] += static_cast<double>(sum) * 0.5;
+        rankSums.sums[i] += static_cast<double>(sum) * 0.5;
+        rankSums.twice[i] += sum;
     }
     tieSum += static_cast<double>(2 * fields * (fields + 1) * (2 * fields + 1) * weight - 3 * squares);
 }
@@ -230,7 +265,8 @@ void RankedRows::AddRowToOverall(std::size_t place, std::int32_t weight) {
     rowRanks.Sort(row);
     tieSum += rowRanks.Rank(0, row.size() - 1) * weight;
     for (std::size_t i = 0; i < row.size(); ++i) {
-        rankSums[i] += weight * rowRanks.At(i);
+        rankSums.sums[i] += weight * rowRanks.At(i);
+        rankSums.twice[i] += weight * rowRanks.TwiceAt(i);
         if (!isBrief) rankFrequencies[i].Add(rowRanks.At(i), weight);
     }
 }
@@ -264,10 +300,21 @@ void RankedRows::CompareInBlock(std::size_t begin, const std::int32_t* weights, 
         comparedWeight += certainWeights[i];
         if (isUncertain[i] != 0) uncertainRows.push_back(rowsSeen + begin + i);
     }
+    std::array<std::int64_t, RowComparison::kRankRoom> tiedWeights{};
     for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (countsTies) tiedWeights = certainWeights;
         for (std::size_t j = i + 1; j < columns.size(); ++j) {
-            const std::int64_t balance =
-                RowComparison::Balance(columns[i] + begin, columns[j] + begin, certainWeights.data(), count);
+            const double* const first = columns[i] + begin;
+            const double* const second = columns[j] + begin;
+            std::int64_t balance = 0;
+            if (countsTies) {
+                const auto [above, tieStep] =
+                    RowComparison::CompareTied(first, second, certainWeights.data(), tiedWeights.data(), count);
+                balance = above;
+                tieSteps[i * columns.size() + j] += tieStep;
+            } else {
+                balance = RowComparison::Balance(first, second, certainWeights.data(), count);
+            }
             balances[i * columns.size() + j] += balance;
             balances[j * columns.size() + i] -= balance;
         }
@@ -278,16 +325,31 @@ void RankedRows::AddRowToCandidates(std::size_t place, std::int32_t weight) {
     for (std::size_t i = 0; i < row.size(); ++i) row[i] = columns[i][place];
     rowRanks.Sort(row);
     for (SubsetRecord& subset : steps.Candidates()) {
-        rowRanks.Rank(subset.firstPosition, subset.lastPosition);
+        const double ties = rowRanks.Rank(subset.firstPosition, subset.lastPosition);
+        if (countsTies) subset.tieTerm += ties * weight;
         for (std::size_t i = 0; i < subset.sums.size(); ++i) {
             subset.sums[i] += weight * rowRanks.At(subset.firstPosition + i);
+            TwiceSumsOf(subset)[i] += weight * rowRanks.TwiceAt(subset.firstPosition + i);
         }
+    }
+}
+
+/// From the steps of ties at two positions the sums of t^3 - t over the positions from one to another. A tie of t
+/// values has t - d pairs of values that stand d apart in it, and t^3 - t is six times the sum of these distances.
+void RankedRows::SumTieSteps() {
+    const std::size_t fields = row.size();
+    for (std::size_t first = fields; first-- > 0;) {
+        std::int64_t* const ofFirst = tieSteps.data() + first * fields;
+        std::partial_sum(ofFirst, ofFirst + fields, ofFirst);
+        for (std::size_t last = first + 1; last < fields; ++last)
+            ofFirst[last] += tieSteps[(first + 1) * fields + last];
     }
 }
 
 /// Twice the rank of a value in a subset of m is m + 1 plus the values of the subset below it less those above it.
 void RankedRows::AddBalances() {
     if (isFirstStep) {
+        if (countsTies) SumTieSteps();
         for (std::size_t i = 0; i < row.size(); ++i) {  // from here on sums over the positions up to each one
             std::int64_t* const ofPosition = balances.data() + i * row.size();
             std::partial_sum(ofPosition, ofPosition + row.size(), ofPosition);
@@ -295,12 +357,17 @@ void RankedRows::AddBalances() {
         isFirstStep = false;
     }
     for (SubsetRecord& subset : steps.Candidates()) {
+        if (countsTies) {
+            subset.tieTerm +=
+                6 * static_cast<double>(tieSteps[subset.firstPosition * row.size() + subset.lastPosition]);
+        }
         for (std::size_t i = 0; i < subset.sums.size(); ++i) {
             const std::int64_t* const ofPosition = balances.data() + (subset.firstPosition + i) * row.size();
             const std::int64_t before = subset.firstPosition == 0 ? 0 : ofPosition[subset.firstPosition - 1];
             const std::int64_t twice = (static_cast<std::int64_t>(subset.Size()) + 1) * comparedWeight +
                                        ofPosition[subset.lastPosition] - before;
             subset.sums[i] += static_cast<double>(twice) * 0.5;
+            TwiceSumsOf(subset)[i] += twice;
         }
     }
 }
@@ -315,12 +382,13 @@ QKStatus RankedRows::EndPass() {
 }
 
 void RankedRows::EndOverall() {
+    n = arithmetic.Count(n);
     if (n == 0) {
         AddStatusMessage(QKStatus(StatusCode::kNoRecords), MessageKind::kError);
         return;
     }
-    for (std::size_t i = 0; i < rankSums.size(); ++i) meanRanks[i] = rankSums[i] / n;
-    chiSquare = FriedmanChiSquare(rankSums, n, tieSum);
+    for (std::size_t i = 0; i < meanRanks.size(); ++i) meanRanks[i] = rankSums.sums[i] / static_cast<double>(n);
+    chiSquare = FriedmanChiSquare(rankSums, n, tieSum, arithmetic);
     sig = ChiSquareSig(chiSquare, k - 1.0, arithmetic);
     if (comparison.pairwise || comparison.stepwise) Compare();
 }
@@ -339,9 +407,16 @@ void RankedRows::Compare() {
 }
 
 void RankedRows::ComparePairs() {
-    const double standardError = std::sqrt(static_cast<double>(k) * (k + 1.0) / (6.0 * n));
+    const auto cases = static_cast<double>(n);
+    const double standardError = std::sqrt(static_cast<double>(k) * (k + 1.0) / (6.0 * cases));
     pairwiseResults = CompareNormalPairs(
-        rankSums.size(), standardError, [&](std::size_t i, std::size_t j) { return (rankSums[i] - rankSums[j]) / n; },
+        rankSums.sums.size(), standardError,
+        [&](std::size_t i, std::size_t j) {
+            const double difference =
+                arithmetic.Carefully([&] { return rankSums.sums[i] - rankSums.sums[j]; },
+                                     [&] { return static_cast<double>(rankSums.twice[i] - rankSums.twice[j]) * 0.5; });
+            return difference / cases;
+        },
         arithmetic);
     pairwiseDone = true;
 }
@@ -349,7 +424,7 @@ void RankedRows::ComparePairs() {
 void RankedRows::EndStep() {
     if (isExact) AddBalances();
     AddMessages(steps.EndPass(sigLevel, [&](SubsetRecord& subset) {
-        subset.statistic = SubsetChiSquare(subset, n);
+        subset.statistic = SubsetStatistic(subset);
         subset.sig = ChiSquareSig(subset.statistic, static_cast<double>(subset.Size()) - 1, arithmetic);
         return StepwiseComparison::Outcome::kComputed;
     }));
@@ -357,6 +432,21 @@ void RankedRows::EndStep() {
     if (!steps.IsDone()) return;
     passesRemaining = 0;
     state = State::kFinished;
+}
+
+/// No tie correction reaches a subset; documents depend on it.
+double RankedRows::SubsetStatistic(const SubsetRecord& subset) {
+    const std::int64_t* const twice = TwiceSumsOf(subset);
+    const double uncorrected = SubsetChiSquare({subset.sums, std::vector(twice, twice + subset.Size())}, n, arithmetic);
+    const long double product = TieProduct(subset.Size(), n).Value();
+    const auto untied = static_cast<double>((product - subset.tieTerm) / product);
+    const double corrected = untied == 0 ? 0 : uncorrected / untied;
+    const double degreesOfFreedom = static_cast<double>(subset.Size()) - 1;
+    const bool differs =
+        countsTies && steps.LeaveOtherTraces(subset, uncorrected, corrected, sigLevel, [=, this](double statistic) {
+            return ChiSquareSig(statistic, degreesOfFreedom, arithmetic);
+        });
+    return arithmetic.TakesTextbook(differs) ? corrected : uncorrected;
 }
 
 // ---- Element ----

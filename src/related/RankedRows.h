@@ -33,8 +33,15 @@ struct RankedRowsTest {
 /// the descriptives of the fields, and for the frequencies of those under "originVariableName".
 void PlanRankedRows(TARNPlanBuilder& builder, TARNPlan& plan, const RankedRowsTest& test);
 
-/// The Friedman statistic of n rows whose ranks, 1 .. k in each row, have these sums per field.
-double FriedmanChiSquare(const std::vector<double>& rankSums, std::int32_t n, double tieSum);
+/// Sums of ranks per field: as the rows were added up, rounded where they are large, and twice as large in whole
+/// numbers.
+struct RankSums {
+    std::vector<double> sums;
+    std::vector<std::int64_t> twice;
+};
+
+/// The Friedman statistic of n rows whose ranks, 1 .. k in each row, have these sums.
+double FriedmanChiSquare(const RankSums& ranks, std::int64_t n, double tieSum, const Arithmetic& arithmetic);
 
 /// What the Friedman test and Kendall's W share: k continuous fields, each record's values ranked among themselves.
 /// One pass for the overall statistic; then a pass per step of a stepwise comparison.
@@ -59,7 +66,7 @@ class RankedRows : public ColumnTest {
     /// Writes the rows of the table of statistics that stand between "TotalN" and "DegreeOfFreedom".
     virtual void AddStatistic(StructuredTable& statistics) const = 0;
 
-    std::int32_t n = 0;
+    std::int64_t n = 0;
     std::int32_t k = 0;
     double chiSquare = 0;
 
@@ -76,12 +83,18 @@ class RankedRows : public ColumnTest {
     void AddToSteps(const std::int32_t* weights, std::size_t count);
     void CompareInBlock(std::size_t begin, const std::int32_t* weights, std::size_t count);
     void AddRowToCandidates(std::size_t place, std::int32_t weight);
+    void SumTieSteps();
     void AddBalances();
     bool IsStopped() const { return work != nullptr && work->IsStopped(); }
     void EndOverall();
     void Compare();
     void ComparePairs();
     void EndStep();
+    double SubsetStatistic(const SubsetRecord& subset);
+    /// Twice the sums of ranks of a candidate, which no other one with its first position has.
+    std::int64_t* TwiceSumsOf(const SubsetRecord& subset) {
+        return twiceSubsetSums.data() + subset.firstPosition * row.size();
+    }
     void AddFields(ResultElement& element) const;
 
     const RankedRowsTest& kind;
@@ -94,7 +107,7 @@ class RankedRows : public ColumnTest {
     /// Of all records so far, without their signs. As long as sums over them are exact, these may be made in any order.
     double absoluteWeight = 0;
     bool isExact = true;
-    std::vector<double> rankSums;
+    RankSums rankSums;
     std::vector<double> meanRanks;
     std::vector<RankFrequencies> rankFrequencies;
     double tieSum = 0;
@@ -110,6 +123,10 @@ class RankedRows : public ColumnTest {
     /// numbers, are ranked in each step.
     std::int64_t comparedWeight = 0;
     std::vector<std::int64_t> balances;
+    std::vector<std::int64_t> twiceSubsetSums;
+    /// What each two positions add to the ties of a subset that has both.
+    std::vector<std::int64_t> tieSteps;
+    bool countsTies = false;
     std::vector<std::size_t> uncertainRows;
     bool isFirstStep = true;
     std::size_t rowsSeen = 0;       // in this step

@@ -18,6 +18,7 @@ class RowRanks {
 
     /// The rank of the value at a position of those that were ranked last.
     double At(std::size_t position) const { return ranks[position]; }
+    std::int64_t TwiceAt(std::size_t position) const { return static_cast<std::int64_t>(2 * ranks[position]); }
 
  private:
     struct Entry {

@@ -14,9 +14,9 @@
 
 #include <algorithm>
 #include <array>
-#include <numeric>
 
 #include "contract/TARNPlanBuilder.h"
+#include "related/BlockWeights.h"
 #include "support/ComparisonTables.h"
 #include "support/Int32.h"
 #include "support/QKUnivariateVariable.h"
@@ -44,9 +44,6 @@ constexpr RefusalCodes kTooFewToCompare{.pairwise = 221219_warning, .stepwise = 
 
 constexpr std::size_t kFewestFields = 2;
 constexpr std::size_t kFewestToCompare = 3;
-
-/// Records that are taken at a time, so that what is known of them stays at hand.
-constexpr std::size_t kBlock = 1024;
 
 }  // namespace
 
@@ -118,11 +115,13 @@ QKStatus TARNCochransQ::BeginPass() {
         PrepareCategories();  // of a test that its plan builder failed, too: it may show both errors
         if (status.IsError()) return status;
         passesRemaining = comparison.stepwise ? static_cast<int>(variableIndices.size()) - 1 : 1;
-        counts = SuccessCounts(variableIndices.size());
+        counts = SuccessCounts(arithmetic, variableIndices.size());
     } else if (state == State::kBeforeSteps) {
         orderedSamples = OrderSamples(counts.Proportions());
         steps.Begin(orderedSamples.size(), orderedSamples.size());
-        commonSuccesses.assign(orderedSamples.size() * orderedSamples.size(), 0);
+        commonSuccesses = CommonSuccesses(orderedSamples.size());
+        hasOwnSuccesses = !HaveTheSameSuccesses() && arithmetic.TakesTextbook(false);
+        if (hasOwnSuccesses) ownSuccesses = CommonSuccesses(orderedSamples.size());
         state = State::kSteps;
     }
     return status;
@@ -182,68 +181,72 @@ void TARNCochransQ::AddToOverall(ColumnBatch& batch) {
         success.SetFromFirst(variableIndices, batch.WholeNumbers(variableIndices.front())[0]);
     }
     const std::int32_t* const weights = batch.Weights(weightVariableIndex);
-    std::array<std::uint32_t, kBlock> succeeds;
-    for (std::size_t begin = 0; begin < batch.Size(); begin += kBlock) {
-        const std::size_t count = std::min(kBlock, batch.Size() - begin);
-        std::array<std::uint32_t, kBlock> successesOfRow{};
-        for (std::size_t i = 0; i < variableIndices.size(); ++i) {
-            success.Of(i).Mark(batch.WholeNumbers(variableIndices[i]) + begin, count, succeeds.data());
-            std::uint32_t sum = 0;
-            for (std::size_t row = 0; row < count; ++row) {
-                sum += static_cast<std::uint32_t>(weights[begin + row]) & -succeeds[row];
-                successesOfRow[row] += succeeds[row];
-            }
-            counts.ofField[i] += sum;
+    std::vector<const std::int32_t*> columns;
+    for (const int field : variableIndices) columns.push_back(batch.WholeNumbers(field));
+    const auto k = static_cast<double>(columns.size());
+    for (std::size_t begin = 0; begin < batch.Size(); begin += BlockWeights::kRows) {
+        const std::size_t count = std::min(BlockWeights::kRows, batch.Size() - begin);
+        if (BlockWeights::AreNarrow(weights + begin, count, k * k)) {
+            AddBlock<std::int32_t>(columns, weights, begin, count);
+        } else {
+            AddBlock<std::int64_t>(columns, weights, begin, count);
         }
+    }
+}
+
+template <typename Sum>
+void TARNCochransQ::AddBlock(const std::vector<const std::int32_t*>& columns, const std::int32_t* weights,
+                             std::size_t begin, std::size_t count) {
+    std::array<std::uint32_t, BlockWeights::kRows> succeeds;
+    std::array<std::uint32_t, BlockWeights::kRows> successesOfRow{};
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        success.Of(i).Mark(columns[i] + begin, count, succeeds.data());
+        Sum sum = 0;
         for (std::size_t row = 0; row < count; ++row) {
-            const std::uint32_t weighted = successesOfRow[row] * static_cast<std::uint32_t>(weights[begin + row]);
-            counts.n += static_cast<std::uint32_t>(weights[begin + row]);
-            counts.sumRowSuccess += weighted;
-            counts.sumRowSuccessSquared += successesOfRow[row] * weighted;
+            sum += static_cast<Sum>(weights[begin + row]) & -static_cast<Sum>(succeeds[row]);
+            successesOfRow[row] += succeeds[row];
         }
+        counts.ofField[i] += sum;
     }
+    Sum cases = 0;
+    Sum squares = 0;
+    for (std::size_t row = 0; row < count; ++row) {
+        const Sum weight = weights[begin + row];
+        const auto successes = static_cast<Sum>(successesOfRow[row]);
+        cases += weight;
+        squares += successes * successes * weight;
+    }
+    counts.n += cases;
+    counts.sumRowSuccessSquared = counts.sumRowSuccessSquared + squares;
 }
 
-/// A square of a sum of successes is the sum of the products of any two, so that these serve all candidates of all
-/// steps.
-///
+/// The successes of the field that stands at a position of the order.
+const CategorySet& TARNCochransQ::SuccessesOf(std::size_t position) const {
+    return success.Of(static_cast<std::size_t>(orderedSamples[position].sample));
+}
+
+/// Whether each ordered field has the successes of the listed one at its position.
+bool TARNCochransQ::HaveTheSameSuccesses() const {
+    for (std::size_t i = 0; i < orderedSamples.size(); ++i) {
+        if (!SuccessesOf(i).IsSameAs(success.Of(i))) return false;
+    }
+    return true;
+}
+
 /// The successes of an ordered field are given by the categories of the listed field at the same position, not by its
-/// own. That is intended; it matters only where the fields don't have the same categories in the same order.
+/// own. Documents depend on it; it matters only where the fields don't have the same categories in the same order.
 void TARNCochransQ::AddCommonSuccesses(ColumnBatch& batch) {
-    const std::size_t fields = orderedSamples.size();
-    const std::int32_t* const weights = batch.Weights(weightVariableIndex);
-    std::vector<std::uint32_t> masks(fields * kBlock);
-    std::array<std::uint32_t, kBlock> weighted;
-    for (std::size_t begin = 0; begin < batch.Size() && !(work != nullptr && work->IsStopped()); begin += kBlock) {
-        const std::size_t count = std::min(kBlock, batch.Size() - begin);
-        for (std::size_t i = 0; i < fields; ++i) {
-            const int field = variableIndices[static_cast<std::size_t>(orderedSamples[i].sample)];
-            std::uint32_t* const ofField = masks.data() + i * kBlock;
-            success.Of(i).Mark(batch.WholeNumbers(field) + begin, count, ofField);
-            for (std::size_t row = 0; row < count; ++row) ofField[row] = -ofField[row];
-        }
-        for (std::size_t i = 0; i < fields; ++i) {
-            for (std::size_t row = 0; row < count; ++row) {
-                weighted[row] = static_cast<std::uint32_t>(weights[begin + row]) & masks[i * kBlock + row];
-            }
-            for (std::size_t j = i; j < fields; ++j) {
-                std::uint32_t sum = 0;
-                for (std::size_t row = 0; row < count; ++row) sum += weighted[row] & masks[j * kBlock + row];
-                commonSuccesses[i * fields + j] += sum;
-                if (i != j) commonSuccesses[j * fields + i] += sum;
-            }
-        }
+    std::vector<const std::int32_t*> columns;
+    std::vector<const CategorySet*> ofListed;
+    std::vector<const CategorySet*> own;
+    for (std::size_t i = 0; i < orderedSamples.size(); ++i) {
+        columns.push_back(batch.WholeNumbers(variableIndices[static_cast<std::size_t>(orderedSamples[i].sample)]));
+        ofListed.push_back(&success.Of(i));
+        own.push_back(&SuccessesOf(i));
     }
-}
-
-/// The sum of the squared successes of a subset's records, from sums up to each two positions.
-std::uint32_t TARNCochransQ::RowTerm(const SubsetRecord& subset) const {
-    const auto upTo = [&](std::size_t i, std::size_t j) {
-        return i == 0 || j == 0 ? 0 : commonSuccesses[(i - 1) * orderedSamples.size() + j - 1];
-    };
-    const std::size_t first = subset.firstPosition;
-    const std::size_t end = std::size_t{subset.lastPosition} + 1;
-    return upTo(end, end) - 2 * upTo(first, end) + upTo(first, first);
+    const std::int32_t* const weights = batch.Weights(weightVariableIndex);
+    commonSuccesses.Add(columns, ofListed, weights, batch.Size(), work);
+    if (hasOwnSuccesses) ownSuccesses.Add(columns, own, weights, batch.Size(), work);
 }
 
 QKStatus TARNCochransQ::EndPass() {
@@ -257,7 +260,7 @@ QKStatus TARNCochransQ::EndPass() {
 }
 
 void TARNCochransQ::EndOverall() {
-    if (counts.sumRowSuccess == 0) {
+    if (!counts.HasSuccess()) {
         AddStatusMessage(QKStatus(StatusCode::kNoRecords), MessageKind::kError);
         return;
     }
@@ -292,23 +295,37 @@ bool TARNCochransQ::NeedsAnotherPass() {
 
 void TARNCochransQ::EndStep() {
     if (isFirstStep) {
-        const std::size_t fields = orderedSamples.size();
-        for (std::size_t i = 0; i < fields; ++i) {
-            std::uint32_t* const row = commonSuccesses.data() + i * fields;
-            std::partial_sum(row, row + fields, row);
-            for (std::size_t j = 0; i > 0 && j < fields; ++j) row[j] += commonSuccesses[(i - 1) * fields + j];
-        }
+        commonSuccesses.Close();
+        if (hasOwnSuccesses) ownSuccesses.Close();
         isFirstStep = false;
     }
     AddMessages(steps.EndPass(sigLevel, [&](SubsetRecord& subset) {
-        // The counts are those of the listed fields at these positions, not of the ordered ones. That is intended.
-        subset.statistic = counts.SubsetQ(subset.firstPosition, subset.lastPosition, RowTerm(subset));
+        subset.statistic = SubsetQ(subset);
         subset.sig = ChiSquareSig(subset.statistic, static_cast<double>(subset.Size()) - 1, arithmetic);
         return StepwiseComparison::Outcome::kComputed;
     }));
     if (!steps.IsDone()) return;
     passesRemaining = 0;
     state = State::kFinished;
+}
+
+/// The counts of successes are those of the listed fields at the subset's positions, not of the ordered ones; documents
+/// depend on it.
+double TARNCochransQ::SubsetQ(const SubsetRecord& subset) const {
+    std::vector<std::int64_t> ofListed;
+    std::vector<std::int64_t> own;
+    for (std::size_t position = subset.firstPosition; position <= subset.lastPosition; ++position) {
+        ofListed.push_back(counts.ofField[position]);
+        own.push_back(counts.ofField[static_cast<std::size_t>(orderedSamples[position].sample)]);
+    }
+    const CommonSuccesses& ofRows = hasOwnSuccesses ? ownSuccesses : commonSuccesses;
+    const CochranTerms listed(ofListed, commonSuccesses.RowTerm(subset.firstPosition, subset.lastPosition));
+    const CochranTerms textbook(own, ofRows.RowTerm(subset.firstPosition, subset.lastPosition));
+    const double degreesOfFreedom = static_cast<double>(subset.Size()) - 1;
+    const bool differs =
+        steps.LeaveOtherTraces(subset, listed.WideQ(), textbook.WideQ(), sigLevel,
+                               [=, this](double value) { return ChiSquareSig(value, degreesOfFreedom, arithmetic); });
+    return arithmetic.TakesTextbook(differs) ? textbook.Q(arithmetic) : listed.Q(arithmetic);
 }
 
 // ---- Element ----
@@ -320,12 +337,13 @@ QKXML::XMLElement* TARNCochransQ::MakeResultElement() {
 
     AddClasses(element);
     StructuredTable statistics = element.AddTable(TableName::kStatisticsResult);
-    statistics.Row(RowName::kTotalN, static_cast<std::int32_t>(counts.n));
+    statistics.Row(RowName::kTotalN, arithmetic.Count(counts.n));
     statistics.Row(RowName::kTestStatistic, q);
     statistics.Row(RowName::kDegreeOfFreedom, static_cast<std::int32_t>(variableIndices.size()) - 1);
     statistics.Row(RowName::kAsymptoticSig2Tailed, sig);
     if (pairwiseDone && !pairwiseResults.empty()) {
-        const std::vector<std::int32_t> successes(counts.ofField.begin(), counts.ofField.end());
+        std::vector<std::int64_t> successes;
+        for (const std::int64_t count : counts.ofField) successes.push_back(arithmetic.Count(count));
         AddPairwiseResult(element, ComparisonRulesOf::kCochransQ,
                           {{}, JoinValues(variableIndices), JoinValues(successes)}, pairwiseResults);
     }

@@ -7,6 +7,7 @@
 
 #include "contract/ColumnPass.h"
 #include "contract/TARNPlan.h"
+#include "related/CommonSuccesses.h"
 #include "related/SuccessClasses.h"
 #include "related/SuccessCounts.h"
 #include "support/ComparisonRequest.h"
@@ -39,7 +40,12 @@ class TARNCochransQ : public ColumnTest {
     void CheckCategoriesOfData();
     void AddToOverall(ColumnBatch& batch);
     void AddCommonSuccesses(ColumnBatch& batch);
-    std::uint32_t RowTerm(const SubsetRecord& subset) const;
+    template <typename Sum>
+    void AddBlock(const std::vector<const std::int32_t*>& columns, const std::int32_t* weights, std::size_t begin,
+                  std::size_t count);
+    const CategorySet& SuccessesOf(std::size_t position) const;
+    bool HaveTheSameSuccesses() const;
+    double SubsetQ(const SubsetRecord& subset) const;
     void EndOverall();
     void Compare();
     void EndStep();
@@ -55,15 +61,17 @@ class TARNCochransQ : public ColumnTest {
     bool userSpecifyGroupList = false;
     UnivariateResults* univariateResults = nullptr;
     State state = State::kOverall;
-    SuccessCounts counts;
+    SuccessCounts counts{arithmetic};
     double q = 0;
     double sig = 0;
     SuccessClasses success;
     std::vector<PairRecord> pairwiseResults;
     std::vector<OrderedSample> orderedSamples;
-    /// For each two positions the weight of the records in which both succeed, found in the first step; then, for the
-    /// later ones, too, the sums of that over all positions up to these two. It wraps as a counter of 32 bits does.
-    std::vector<std::uint32_t> commonSuccesses;
+    /// For each two positions the weight of the records in which both succeed, found in the first step for all of them:
+    /// by the successes of the listed fields at these positions, and by those of the ordered ones where they differ.
+    CommonSuccesses commonSuccesses;
+    CommonSuccesses ownSuccesses;
+    bool hasOwnSuccesses = false;
     bool isFirstStep = true;
     StepwiseComparison steps{ComparisonRulesOf::kCochransQ, arithmetic};
 };

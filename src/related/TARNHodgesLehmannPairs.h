@@ -27,6 +27,7 @@ class TARNHodgesLehmannPairs : public ColumnTest {
 
  private:
     void Estimate();
+    void Move(double distance);
     void ComputeRankMoments();
     void ComputeInterval(const WeightedOrder& averages);
 
@@ -34,9 +35,7 @@ class TARNHodgesLehmannPairs : public ColumnTest {
     int firstVariableIndex = -1;
     int secondVariableIndex = -1;
     double confidenceLevel = kDefaultConfidenceLevel;
-    std::int32_t totalN = 0;
-    /// Added to all differences when some are zero.
-    double shift = 0;
+    std::int64_t totalN = 0;
     /// Of all records, zero differences too.
     SignedDifferences sample;
     double meanRank = 0;

@@ -29,8 +29,8 @@ constexpr RankedRowsTest kKendallsW{
     .rules = ComparisonRulesOf::kKendallsW,
 };
 
-double Concordance(double chiSquare, std::int32_t k, std::int32_t n) {
-    return chiSquare / (static_cast<double>(Subtract32(k, 1)) * n);
+double Concordance(double chiSquare, std::int32_t k, std::int64_t n) {
+    return chiSquare / (static_cast<double>(Subtract32(k, 1)) * static_cast<double>(n));
 }
 
 }  // namespace

@@ -16,7 +16,6 @@
 
 #include "contract/TARNPlanBuilder.h"
 #include "platform/common/QKDistFun.h"
-#include "support/Int32.h"
 #include "support/QKUnivariateVariable.h"
 #include "support/ResultElements.h"
 #include "vocabulary/SettingKeys.h"
@@ -197,39 +196,67 @@ QKStatus TARNMargHomo::ProcessColumns(ColumnBatch& batch) {
     for (std::size_t i = 0; i < batch.Size(); ++i) {
         const std::uint32_t row = std::min(static_cast<std::uint32_t>(first[i]), beside);
         const std::uint32_t column = columnOfCategory[std::min(static_cast<std::uint32_t>(second[i]), lastCategory)];
-        cells[std::size_t{row} * (std::size_t{beside} + 1) + column] += static_cast<std::uint32_t>(weights[i]);
+        cells[std::size_t{row} * (std::size_t{beside} + 1) + column] += weights[i];
     }
     return status;
 }
 
-std::int32_t TARNMargHomo::Cell(std::size_t row, std::size_t column) const {
-    return static_cast<std::int32_t>(cells[row * (scores.size() + 1) + column]);
+std::int64_t TARNMargHomo::Cell(std::size_t row, std::size_t column) const {
+    return arithmetic.Count(cells[row * (scores.size() + 1) + column]);
+}
+
+/// The sum over the cells beside the diagonal, each with its count and its scores.
+template <typename Sum, typename Term>
+Sum TARNMargHomo::SumOverChanges(Term term) const {
+    Sum sum = 0;
+    for (std::size_t i = 0; i < scores.size(); ++i) {
+        for (std::size_t j = 0; j < scores.size(); ++j) {
+            if (i != j)
+                sum += term(static_cast<Sum>(Cell(i, j)), static_cast<Sum>(scores[i]), static_cast<Sum>(scores[j]));
+        }
+    }
+    return sum;
 }
 
 QKStatus TARNMargHomo::EndPass() {
     for (std::size_t i = 0; i < scores.size(); ++i) {
-        for (std::size_t j = 0; j < scores.size(); ++j) totalN = Add32(totalN, Cell(i, j));
+        for (std::size_t j = 0; j < scores.size(); ++j) totalN = arithmetic.Count(totalN + Cell(i, j));
     }
     if (totalN < 1) {
         AddStatusMessage(QKStatus(StatusCode::kNoRecords), MessageKind::kError);
         return status;
     }
-    for (std::size_t i = 0; i < scores.size(); ++i) {
-        for (std::size_t j = 0; j < scores.size(); ++j) {
-            if (i == j) continue;
-            const double count = Cell(i, j);
-            const double halfDistance = (scores[i] - scores[j]) * 0.5;
-            testStatistic += count * scores[i];
-            expectedStatistic += count * (scores[i] + scores[j]);
-            variance += halfDistance * halfDistance * count;
-        }
-    }
-    expectedStatistic *= 0.5;
-    standardError = std::sqrt(variance);
-    if (variance != 0) standardTestStatistic = (testStatistic - expectedStatistic) / standardError;
-    asymptoticSig = (1 - QKMath::QKDistFun::CdfNorm(std::fabs(standardTestStatistic), 0, 1)) * 2;
+    ComputeStatistic();
     passesRemaining = 0;
     return status;
+}
+
+void TARNMargHomo::ComputeStatistic() {
+    // As they stand, or with digits enough for scores that cancel.
+    const auto sum = [&](auto term) {
+        return arithmetic.Carefully([&] { return SumOverChanges<double>(term); },
+                                    [&] { return SumOverChanges<long double>(term); });
+    };
+    testStatistic = sum([](auto count, auto row, auto) { return count * row; });
+    const double variance = sum([](auto count, auto row, auto column) {
+        const auto halfDistance = (row - column) / 2;
+        return halfDistance * halfDistance * count;
+    });
+    standardError = std::sqrt(variance);
+    const double excess = arithmetic.Carefully(
+        [&] {
+            return testStatistic - SumOverChanges<double>([](auto count, auto row, auto column) {
+                                       return count * (row + column);
+                                   }) * 0.5;
+        },
+        [&] {
+            return SumOverChanges<long double>(
+                [](auto count, auto row, auto column) { return count * (row - column) / 2; });
+        });
+    if (variance != 0) standardTestStatistic = excess / standardError;
+    const double distance = std::fabs(standardTestStatistic);
+    asymptoticSig = 2 * arithmetic.UpperTail([=] { return QKMath::QKDistFun::CdfNorm(distance, 0, 1); },
+                                             [=] { return QKMath::QKDistFun::SfNorm(distance, 0, 1); });
 }
 
 // ---- Element ----
@@ -250,7 +277,7 @@ QKXML::XMLElement* TARNMargHomo::MakeResultElement() {
     comparison.Row(RowName::kRowNames, firstVariableIndex);
     comparison.Row(RowName::kColumnNames, secondVariableIndex);
     auto content = MakeSimpleTable(TableName::kContent, "", "");
-    std::vector<std::int32_t> row(scores.size());
+    std::vector<std::int64_t> row(scores.size());
     for (std::size_t i = 0; i < scores.size(); ++i) {
         for (std::size_t j = 0; j < scores.size(); ++j) row[j] = Cell(i, j);
         content->AddChild(MakeRowElement(JoinValues(row)));

@@ -58,22 +58,23 @@ class TARNMargHomo : public ColumnTest {
  private:
     bool ReadScores();
     void PlaceColumns();
-    std::int32_t Cell(std::size_t row, std::size_t column) const;
+    std::int64_t Cell(std::size_t row, std::size_t column) const;
+    template <typename Sum, typename Term>
+    Sum SumOverChanges(Term term) const;
+    void ComputeStatistic();
 
     int weightVariableIndex = -1;
     int firstVariableIndex = -1;
     int secondVariableIndex = -1;
-    std::int32_t totalN = 0;
+    std::int64_t totalN = 0;
     std::vector<double> scores;
     /// Joint counts: a row per category of the first field, a column per the same category of the second, and one more
     /// of each for the records that have no cell.
-    std::vector<std::uint32_t> cells;
+    std::vector<std::int64_t> cells;
     /// Per category of the second field its column.
     std::vector<std::uint32_t> columnOfCategory;
     double sigLevel = kDefaultSigLevel;
     double testStatistic = 0;
-    double expectedStatistic = 0;
-    double variance = 0;
     double asymptoticSig = 0;
     double standardError = 0;
     double standardTestStatistic = 0;

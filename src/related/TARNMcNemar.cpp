@@ -18,7 +18,7 @@
 #include "contract/TARNPlanBuilder.h"
 #include "contract/TARNVariableInfo.h"
 #include "platform/common/QKDistFun.h"
-#include "support/Int32.h"
+#include "related/BlockWeights.h"
 #include "support/QKUnivariateVariable.h"
 #include "support/QKVecValue.h"
 #include "support/ResultElements.h"
@@ -52,15 +52,44 @@ constexpr long kNotAPair = 221614_error;
 constexpr std::int32_t kDegreesOfFreedom = 1;
 
 /// The statistic from the numbers of changes. Equal ones give 0, where the correction would give 1 / n.
-double ChangeStatistic(std::int32_t a, std::int32_t b) {
+double ChangeStatistic(double a, double b, double sum) {
     if (a == b) return 0.0;
-    const double excess = std::fabs(static_cast<double>(a) - b) - 1;
-    return excess * excess / Add32(a, b);
+    const double excess = std::fabs(a - b) - 1;
+    return excess * excess / sum;
 }
 
 /// Twice the lower binomial tail of the smaller number of changes. `err` is that of the binomial function.
-double ExactSignificance(std::int32_t a, std::int32_t b, int& err) {
-    return std::min(2 * QKMath::QKDistFun::CdfBin(std::min(a, b), Add32(a, b), 0.5, err), 1.0);
+double ExactSignificance(double a, double b, double sum, int& err) {
+    return std::min(2 * QKMath::QKDistFun::CdfBin(std::min(a, b), sum, 0.5, err), 1.0);
+}
+
+/// The weights of some records: of all, and of those in which a field succeeds.
+struct SuccessWeights {
+    std::int64_t total = 0;
+    std::int64_t ofFirst = 0;
+    std::int64_t ofSecond = 0;
+    std::int64_t ofBoth = 0;
+};
+
+/// Without a branch: what is not in both classes at once follows from the sums.
+template <typename Sum>
+void AddBlock(const std::int32_t* weights, const std::uint32_t* firstSucceeds, const std::uint32_t* secondSucceeds,
+              std::size_t count, SuccessWeights& sums) {
+    Sum total = 0;
+    Sum ofFirst = 0;
+    Sum ofSecond = 0;
+    Sum ofBoth = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        const Sum weight = weights[i];
+        total += weight;
+        ofFirst += weight & -static_cast<Sum>(firstSucceeds[i]);
+        ofSecond += weight & -static_cast<Sum>(secondSucceeds[i]);
+        ofBoth += weight & -static_cast<Sum>(firstSucceeds[i] & secondSucceeds[i]);
+    }
+    sums.total += total;
+    sums.ofFirst += ofFirst;
+    sums.ofSecond += ofSecond;
+    sums.ofBoth += ofBoth;
 }
 
 }  // namespace
@@ -161,8 +190,7 @@ void TARNMcNemar::ReadSettings() {
     settings->GetSettingValByName(kSuccessListFirst, successVar0);
     settings->GetSettingValByName(kSuccessListSecond, successVar1);
     settings->GetSettingValByName(kFailListFirst, failVar0);
-    // The second field's failures are read under the first field's key; documents depend on it.
-    settings->GetSettingValByName(kFailListFirst, failVar1);
+    hasFailVar1 = settings->GetSettingValByName(kFailListSecond, failVar1);
 }
 
 void TARNMcNemar::PrepareCategories() {
@@ -192,7 +220,6 @@ void TARNMcNemar::GetUsedVariables(std::vector<int>& fieldIndices) {
     fieldIndices.push_back(secondVariableIndex);
 }
 
-/// Without a branch: what is not in both classes at once follows from the sums.
 QKStatus TARNMcNemar::ProcessColumns(ColumnBatch& batch) {
     if (status.IsError()) return status;
     const std::int32_t* const first = batch.WholeNumbers(firstVariableIndex);
@@ -200,44 +227,44 @@ QKStatus TARNMcNemar::ProcessColumns(ColumnBatch& batch) {
     const std::int32_t* const weights = batch.Weights(weightVariableIndex);
     if (!success.AreKnown()) success.SetFromFirst({firstVariableIndex, secondVariableIndex}, first[0]);
 
-    constexpr std::size_t kBlock = 1024;
-    std::array<std::uint32_t, kBlock> firstSucceeds;
-    std::array<std::uint32_t, kBlock> secondSucceeds;
-    std::uint32_t total = 0;
-    std::uint32_t ofFirst = 0;
-    std::uint32_t ofSecond = 0;
-    std::uint32_t ofBoth = 0;
-    for (std::size_t begin = 0; begin < batch.Size(); begin += kBlock) {
-        const std::size_t count = std::min(kBlock, batch.Size() - begin);
+    std::array<std::uint32_t, BlockWeights::kRows> firstSucceeds;
+    std::array<std::uint32_t, BlockWeights::kRows> secondSucceeds;
+    SuccessWeights sums;
+    for (std::size_t begin = 0; begin < batch.Size(); begin += BlockWeights::kRows) {
+        const std::size_t count = std::min(BlockWeights::kRows, batch.Size() - begin);
         success.Of(0).Mark(first + begin, count, firstSucceeds.data());
         success.Of(1).Mark(second + begin, count, secondSucceeds.data());
-        for (std::size_t i = 0; i < count; ++i) {
-            const auto weight = static_cast<std::uint32_t>(weights[begin + i]);
-            total += weight;
-            ofFirst += weight & -firstSucceeds[i];
-            ofSecond += weight & -secondSucceeds[i];
-            ofBoth += weight & -(firstSucceeds[i] & secondSucceeds[i]);
+        if (weightVariableIndex < 0 || BlockWeights::AreNarrow(weights + begin, count, 1)) {
+            AddBlock<std::int32_t>(weights + begin, firstSucceeds.data(), secondSucceeds.data(), count, sums);
+        } else {
+            AddBlock<std::int64_t>(weights + begin, firstSucceeds.data(), secondSucceeds.data(), count, sums);
         }
     }
-    bothSuccessCount = Add32(bothSuccessCount, static_cast<std::int32_t>(ofBoth));
-    successFailCount = Add32(successFailCount, static_cast<std::int32_t>(ofFirst - ofBoth));
-    failSuccessCount = Add32(failSuccessCount, static_cast<std::int32_t>(ofSecond - ofBoth));
-    bothFailCount = Add32(bothFailCount, static_cast<std::int32_t>(total - ofFirst - ofSecond + ofBoth));
+    bothSuccessCount += sums.ofBoth;
+    successFailCount += sums.ofFirst - sums.ofBoth;
+    failSuccessCount += sums.ofSecond - sums.ofBoth;
+    bothFailCount += sums.total - sums.ofFirst - sums.ofSecond + sums.ofBoth;
     return status;
 }
 
-std::int32_t TARNMcNemar::Discordant() const {
-    return Add32(failSuccessCount, successFailCount);
+std::int64_t TARNMcNemar::Discordant() const {
+    return arithmetic.Count(failSuccessCount + successFailCount);
 }
 
 QKStatus TARNMcNemar::EndPass() {
-    testStatistic = ChangeStatistic(failSuccessCount, successFailCount);
+    for (std::int64_t* const count : {&failSuccessCount, &successFailCount, &bothSuccessCount, &bothFailCount}) {
+        *count = arithmetic.Count(*count);
+    }
+    const auto toSuccess = static_cast<double>(failSuccessCount);
+    const auto toFailure = static_cast<double>(successFailCount);
+    const auto changes = static_cast<double>(Discordant());
+    testStatistic = ChangeStatistic(toSuccess, toFailure, changes);
     asymptoticSig = std::min(ChiSquareSig(testStatistic, kDegreesOfFreedom, arithmetic), 1.0);
     if (Discordant() < kExactBelow) {
         AddStatusMessage(QKStatus(kExactBesideAsymptotic), MessageKind::kHelpMessage);
         int err = 0;
         const bool hasChange = failSuccessCount != 0 || successFailCount != 0;
-        exactSig = hasChange ? ExactSignificance(failSuccessCount, successFailCount, err) : 1.0;
+        exactSig = hasChange ? ExactSignificance(toSuccess, toFailure, changes, err) : 1.0;
         if (err != 0) AddStatusMessage(QKStatus(kBinomialFailed), MessageKind::kError);
     }
     passesRemaining = 0;
@@ -254,7 +281,7 @@ QKXML::XMLElement* TARNMcNemar::MakeResultElement() {
     if (element.EndsWithMessages(messages, status)) return element.Release();
 
     StructuredTable statistics = element.AddTable(TableName::kStatisticsResult);
-    statistics.Row(RowName::kTotalN, Add32(Discordant(), Add32(bothSuccessCount, bothFailCount)));
+    statistics.Row(RowName::kTotalN, arithmetic.Count(Discordant() + bothSuccessCount + bothFailCount));
     statistics.Row(RowName::kTestStatistic, testStatistic);
     statistics.Row(RowName::kDegreeOfFreedom, kDegreesOfFreedom);
     statistics.Row(RowName::kAsymptoticSig2Tailed, asymptoticSig);
@@ -268,7 +295,9 @@ QKXML::XMLElement* TARNMcNemar::MakeResultElement() {
     comparison.Row(RowName::kColumnNames, secondVariableIndex);
     comparison.Row(RowName::kColumnSuccessList, JoinValues(successVar1));
     comparison.AddUnknownCategories(TableName::kUnknownColumnCategories, successVar1, successListOriginal);
-    comparison.Row(RowName::kColumnFailList, JoinValues(failVar1));
+    // The second field's failures are those that stand under the first field's key; documents depend on it.
+    const bool areOwn = hasFailVar1 && arithmetic.TakesTextbook(failVar1 != failVar0);
+    comparison.Row(RowName::kColumnFailList, JoinValues(areOwn ? failVar1 : failVar0));
     auto content = MakeSimpleTable(TableName::kContent, "", "");
     content->AddChild(MakeRowElement(JoinValues(std::vector{bothSuccessCount, successFailCount})));
     content->AddChild(MakeRowElement(JoinValues(std::vector{failSuccessCount, bothFailCount})));

@@ -31,7 +31,7 @@ class TARNMcNemar : public ColumnTest {
     void ReadSettings();
     void PrepareCategories();
     void CheckCategoriesOfData();
-    std::int32_t Discordant() const;
+    std::int64_t Discordant() const;
 
     bool userSpecifyGroupList = false;
     std::vector<double> successListNum;
@@ -41,14 +41,15 @@ class TARNMcNemar : public ColumnTest {
     std::vector<double> successVar1;
     std::vector<double> failVar0;
     std::vector<double> failVar1;
+    bool hasFailVar1 = false;
     int weightVariableIndex = -1;
     int firstVariableIndex = -1;
     int secondVariableIndex = -1;
     double sigLevel = kDefaultSigLevel;
-    std::int32_t failSuccessCount = 0;
-    std::int32_t successFailCount = 0;
-    std::int32_t bothSuccessCount = 0;
-    std::int32_t bothFailCount = 0;
+    std::int64_t failSuccessCount = 0;
+    std::int64_t successFailCount = 0;
+    std::int64_t bothSuccessCount = 0;
+    std::int64_t bothFailCount = 0;
     double asymptoticSig = 0;
     double testStatistic = QKMV::Missing();
     double exactSig = 0;

@@ -16,7 +16,6 @@
 
 #include "contract/TARNPlanBuilder.h"
 #include "platform/common/QKDistFun.h"
-#include "support/Int32.h"
 #include "support/QKVecValue.h"
 #include "support/ResultElements.h"
 #include "support/Significance.h"
@@ -38,10 +37,12 @@ constexpr long kNotAPair = 220918_error;
 constexpr std::size_t kPairSize = 2;
 
 /// Two-tailed binomial significance of `positive` successes among `n` with probability 1/2: twice the smaller tail.
-double ExactSignificance(std::int32_t positive, std::int32_t n) {
+double ExactSignificance(double positive, double n, const Arithmetic& arithmetic) {
     int ignored = 0;  // the arguments lie in the domain, or are the wrapped counts of absurd weights
     const double lower = QKMath::QKDistFun::CdfBin(positive, n, 0.5, ignored);
-    const double upper = 1 - QKMath::QKDistFun::CdfBin(positive - 1.0, n, 0.5, ignored);
+    const double upper =
+        arithmetic.UpperTail([&] { return QKMath::QKDistFun::CdfBin(positive - 1.0, n, 0.5, ignored); },
+                             [&] { return QKMath::QKDistFun::SfBin(positive - 1.0, n, 0.5, ignored); });
     return std::min(2 * (upper > lower ? lower : upper), 1.0);
 }
 
@@ -162,17 +163,18 @@ void TARNSign::EndCounting() {
         return;
     }
     passesRemaining = isBrief ? 0 : 1;
-    const std::int32_t n = Add32(positiveCount, negativeCount);
+    const std::int64_t n = arithmetic.Count(positiveCount + negativeCount);
     if (n == 0) {
         asymptoticSig = 1.0;
     } else {
         if (n < kExactBelow) {
             AddStatusMessage(QKStatus(kExactInPlaceOfAsymptotic), MessageKind::kHelpMessage);
             hasExact = true;
-            exactSig = ExactSignificance(positiveCount, n);
+            exactSig = ExactSignificance(static_cast<double>(positiveCount), static_cast<double>(n), arithmetic);
         }
-        standardError = std::sqrt(n) * 0.5;
-        const double corrected = CorrectForContinuity(positiveCount - n * 0.5);
+        standardError = std::sqrt(static_cast<double>(n)) * 0.5;
+        const double corrected =
+            CorrectForContinuity(static_cast<double>(positiveCount) - static_cast<double>(n) * 0.5);
         standardTestStatistic = corrected == 0 ? 0.0 : corrected / standardError;
         asymptoticSig = TwoTailedNormal(standardTestStatistic, arithmetic);
     }
@@ -187,7 +189,7 @@ QKXML::XMLElement* TARNSign::MakeResultElement() {
     element.AddCondition(kConditionKey, {FieldOrMissing(firstVariableIndex), FieldOrMissing(secondVariableIndex)});
     if (element.EndsWithMessages(messages, status)) return element.Release();
 
-    differences.AddDistribution(element, negativeCount, Subtract32(Subtract32(totalN, negativeCount), positiveCount),
+    differences.AddDistribution(element, negativeCount, arithmetic.Count(totalN - negativeCount - positiveCount),
                                 positiveCount, isBrief);
     StructuredTable statistics = element.AddTable(TableName::kStatisticsResult);
     statistics.Row(RowName::kTotalN, totalN);

@@ -31,9 +31,9 @@ class TARNSign : public ColumnTest {
     int firstVariableIndex = -1;
     int secondVariableIndex = -1;
     double sigLevel = kDefaultSigLevel;
-    std::int32_t totalN = 0;
-    std::int32_t positiveCount = 0;
-    std::int32_t negativeCount = 0;
+    std::int64_t totalN = 0;
+    std::int64_t positiveCount = 0;
+    std::int64_t negativeCount = 0;
     double asymptoticSig = 0;
     double standardTestStatistic = 0;
     bool hasExact = false;

@@ -13,7 +13,6 @@
 #include <cmath>
 
 #include "contract/TARNPlanBuilder.h"
-#include "support/Int32.h"
 #include "support/ResultElements.h"
 #include "support/Significance.h"
 #include "vocabulary/SettingKeys.h"
@@ -29,14 +28,14 @@ constexpr PairCodes kCodes{.namesMissing = 221010_error,
                            .notTwoFields = 221009_error,
                            .notContinuous = 221004_error};
 
-/// n (n + 1), 32 bits wide by definition: above 46340 differences it wraps around, and the mean and the standard
-/// error are those of the wrapped number. docs/limits.md says what a user sees.
-double RankProduct(std::int32_t n) {
-    return Multiply32(n, Add32(n, 1));
+/// n (n + 1), 32 bits wide as defined: above 46340 differences it wraps around, and the mean and the standard error
+/// are those of the wrapped number. docs/limits.md says what a user sees.
+double RankProduct(std::int64_t n, const Arithmetic& arithmetic) {
+    return arithmetic.Signed32(Whole(n) * (Whole(n) + 1));
 }
 
-double TiedVariance(std::int32_t n, double tieCorrectionSum) {
-    return (2.0 * n + 1) * RankProduct(n) / 24 - tieCorrectionSum / 48;
+double TiedVariance(double n, double rankProduct, double tieCorrectionSum) {
+    return (2 * n + 1) * rankProduct / 24 - tieCorrectionSum / 48;
 }
 
 }  // namespace
@@ -107,23 +106,26 @@ QKStatus TARNWilcoxonPairs::EndPass() {
 /// What is no number counts as negative.
 void TARNWilcoxonPairs::TakeCounts() {
     positiveCount = differences.Positive();
-    negativeCount = Subtract32(differences.NotZero(), positiveCount);
-    tieCount = Subtract32(differences.Total(), differences.NotZero());
+    negativeCount = arithmetic.Count(differences.NotZero() - positiveCount);
+    tieCount = arithmetic.Count(differences.Total() - differences.NotZero());
 }
 
 void TARNWilcoxonPairs::EndRanking() {
     const SignedRanks ranks = RankSignedDifferences(ranked, work, arithmetic);
     ranked.Clear();  // it holds every record, and tests live as long as the document
     positiveRankSum = ranks.sumOfPositive;
-    nonZeroN = Add32(positiveCount, negativeCount);
-    meanRank = RankProduct(nonZeroN) * 0.25;
-    standardError = std::sqrt(TiedVariance(nonZeroN, ranks.tieCorrectionSum));
-    standardTestStatistic = (positiveRankSum - meanRank) / standardError;
+    const std::int64_t nonZeroN = arithmetic.Count(positiveCount + negativeCount);
+    const double product = RankProduct(nonZeroN, arithmetic);
+    standardError = std::sqrt(TiedVariance(static_cast<double>(nonZeroN), product, ranks.tieCorrectionSum));
+    // The sums of ranks of both signs add up to twice the expected one.
+    standardTestStatistic = arithmetic.Carefully([&] { return positiveRankSum - product * 0.25; },
+                                                 [&] { return ranks.excessOfPositive * 0.5; }) /
+                            standardError;
     asymptoticSig = TwoTailedNormal(standardTestStatistic, arithmetic);
 }
 
-std::int32_t TARNWilcoxonPairs::TotalN() const {
-    return Add32(Add32(positiveCount, tieCount), negativeCount);
+std::int64_t TARNWilcoxonPairs::TotalN() const {
+    return arithmetic.Count(positiveCount + tieCount + negativeCount);
 }
 
 // ---- Element ----

@@ -27,21 +27,19 @@ class TARNWilcoxonPairs : public ColumnTest {
     void ReadSettings();
     void TakeCounts();
     void EndRanking();
-    std::int32_t TotalN() const;
+    std::int64_t TotalN() const;
 
     double sigLevel = kDefaultSigLevel;
     int weightVariableIndex = -1;
     int firstVariableIndex = -1;
     int secondVariableIndex = -1;
-    std::int32_t positiveCount = 0;
-    std::int32_t negativeCount = 0;
-    std::int32_t tieCount = 0;
-    std::int32_t nonZeroN = 0;
+    std::int64_t positiveCount = 0;
+    std::int64_t negativeCount = 0;
+    std::int64_t tieCount = 0;
     /// Of the records whose difference is not zero.
     SignedDifferences ranked;
     double asymptoticSig = 0;
     double positiveRankSum = 0;
-    double meanRank = 0;
     double standardError = 0;
     double standardTestStatistic = 0;
     int passCounter = 0;

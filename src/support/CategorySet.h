@@ -41,6 +41,17 @@ class CategorySet {
         for (std::size_t i = 0; i < count; ++i) areIn[i] = Contains(categories[i]);
     }
 
+    /// Whether it has the same categories.
+    bool IsSameAs(const CategorySet& other) const {
+        const std::size_t most = std::max(isIn_.size(), other.isIn_.size());
+        for (std::size_t category = 0; category < most; ++category) {
+            if (Contains(static_cast<std::int32_t>(category)) != other.Contains(static_cast<std::int32_t>(category))) {
+                return false;
+            }
+        }
+        return true;
+    }
+
     /// How many categories the set answers for: those behind them are not in it.
     std::size_t Size() const { return isIn_.size() - 1; }
 

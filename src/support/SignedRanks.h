@@ -64,6 +64,7 @@ class SignedDifferences {
 struct SignedRanks {
     double sumOfPositive = 0;     ///< each rank times its weight, over the differences without a negative sign
     double tieCorrectionSum = 0;  ///< of t cubed minus t over the runs of t equal ones
+    double excessOfPositive = 0;  ///< that sum less the one over the others
 };
 
 /// Ranks the absolute values. Truncated weights move the ranks, those as they stand weigh them in the sum. The sign bit

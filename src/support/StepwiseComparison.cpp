@@ -133,6 +133,18 @@ bool StepwiseComparison::IsHomogeneous(const SubsetRecord& subset, double sigLev
     return rules.decides == Decides::kSig ? subset.sig >= sigLevel : !(sigLevel > subset.adjSig);
 }
 
+bool StepwiseComparison::LeaveOtherTraces(const SubsetRecord& candidate, double statistic, double other,
+                                          double sigLevel, const std::function<double(double)>& sigOf) const {
+    if (statistic == other) return false;
+    const auto isHomogeneous = [&](double value) {
+        SubsetRecord subset = candidate;
+        subset.sig = sigOf(value);
+        subset.adjSig = AdjustForSubset(subset.sig, subset.Size(), sampleCount_, *arithmetic_);
+        return IsHomogeneous(subset, sigLevel);
+    };
+    return isHomogeneous(statistic) || isHomogeneous(other);
+}
+
 bool StepwiseComparison::IsCovered(const SubsetRecord& subset) const {
     return std::any_of(finalSubsets.begin(), finalSubsets.end(),
                        [&](const SubsetRecord& found) { return found.Contains(subset); });

@@ -27,7 +27,7 @@ struct SubsetRecord {
     std::uint32_t firstPosition = 0;
     std::uint32_t lastPosition = 0;
     std::vector<double> sums;  ///< what the test adds up in a pass, per position; zeros when a pass begins
-    double tieTerm = 0;        ///< for a correction that no test makes
+    double tieTerm = 0;        ///< of t cubed minus t over the ties in it
     double statistic = 0;
     double standardError = 0;
     double standardTestStatistic = 0;
@@ -83,6 +83,11 @@ class StepwiseComparison {
 
     /// Judges the candidates. The messages are for the test to add.
     [[nodiscard]] std::vector<TestMessage> EndPass(double sigLevel, const Compute& compute);
+
+    /// Whether it shows which of two statistics a candidate has: they differ, and by one of them at least the candidate
+    /// is homogeneous, so that it is found or loses a sample. `sigOf`: the significance of a statistic.
+    bool LeaveOtherTraces(const SubsetRecord& candidate, double statistic, double other, double sigLevel,
+                          const std::function<double(double)>& sigOf) const;
 
     bool IsDone() const { return isDone; }
     const ComparisonRules& Rules() const { return rules; }

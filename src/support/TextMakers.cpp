@@ -47,3 +47,6 @@ std::string JoinValues(const std::vector<double>& values) {
 std::string JoinValues(const std::vector<std::int32_t>& values) {
     return Join(values, AppendInt);
 }
+std::string JoinValues(const std::vector<std::int64_t>& values) {
+    return Join(values, AppendInt);
+}

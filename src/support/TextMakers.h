@@ -21,3 +21,4 @@ std::string BoolToString(bool value);
 /// The values of a list joined with ";", without one at the end; empty for an empty list.
 std::string JoinValues(const std::vector<double>& values);
 std::string JoinValues(const std::vector<std::int32_t>& values);
+std::string JoinValues(const std::vector<std::int64_t>& values);

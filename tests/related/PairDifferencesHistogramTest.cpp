@@ -24,7 +24,7 @@ std::string TextOf(ResultElement& element) {
 
 /// The "Interval" rows of differences of weight 1 after both passes, as "counts / values".
 std::string IntervalsOf(const std::vector<double>& values) {
-    PairDifferences differences(0, 1, -1);
+    PairDifferences differences(0, 1, -1, Arithmetic::AsDefined());
     harness::BatchOf batch({std::vector<double>(values.size()), values});
     differences.ExtendRange(differences.Of(batch), values.size());
     differences.BeginHistogram();
@@ -42,14 +42,14 @@ std::string IntervalsOf(const std::vector<double>& values) {
 
 TEST(PairDifferences, AreSecondMinusFirst) {
     harness::BatchOf batch({{0}, {10}, {0}, {4}});
-    EXPECT_EQ(*PairDifferences(1, 3, -1).Of(batch), -6);
-    EXPECT_EQ(*PairDifferences(3, 1, -1).Of(batch), 6);
+    EXPECT_EQ(*PairDifferences(1, 3, -1, Arithmetic::AsDefined()).Of(batch), -6);
+    EXPECT_EQ(*PairDifferences(3, 1, -1, Arithmetic::AsDefined()).Of(batch), 6);
 }
 
 TEST(PairDifferences, OfTwoInfinitiesIsNoNumberAndHasNoSign) {
     const double infinity = std::numeric_limits<double>::infinity();
     harness::BatchOf batch({{infinity, -infinity}, {infinity, -infinity}});
-    PairDifferences differences(0, 1, -1);
+    PairDifferences differences(0, 1, -1, Arithmetic::AsDefined());
     const double* const values = differences.Of(batch);
     for (const double value : {values[0], values[1]}) {
         EXPECT_TRUE(std::isnan(value));

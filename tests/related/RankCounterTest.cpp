@@ -82,6 +82,24 @@ TEST(RowComparison, BalanceIsTheWeightAboveLessThatBelow) {
     EXPECT_EQ(RowComparison::Balance(second.data(), first.data(), weights.data(), first.size()), -21);
 }
 
+TEST(RowComparison, TieStepsAddUpToTheTiesOfARow) {
+    // Rows 1 1 1 1, 1 2 1 2, 1 2 2 2 and 1 2 3 4: t^3 - t is 60, twice 6, 24 and 0.
+    const Columns columns{{1, 1, 1, 1}, {1, 2, 2, 2}, {1, 1, 2, 3}, {1, 2, 2, 4}};
+    std::vector<std::int64_t> weights(RowComparison::kRankRoom, 1000);
+    for (std::size_t i = 0; i < 4; ++i) weights[i] = std::int64_t{100} << 8 * i;
+    std::int64_t sum = 0;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        std::vector<std::int64_t> tied = weights;
+        for (std::size_t j = i + 1; j < columns.size(); ++j) {
+            const auto [balance, tieStep] =
+                RowComparison::CompareTied(columns[i].data(), columns[j].data(), weights.data(), tied.data(), 4);
+            EXPECT_EQ(balance, RowComparison::Balance(columns[i].data(), columns[j].data(), weights.data(), 4));
+            sum += tieStep;
+        }
+    }
+    EXPECT_EQ(6 * sum, 60 * weights[0] + 12 * weights[1] + 24 * weights[2]);
+}
+
 TEST(RankCounter, AddsTheWeightsOfEachRankAndKnowsThoseOfNoWeight) {
     RankCounter counter(2);
     EXPECT_EQ(counter.Width(), 5U);

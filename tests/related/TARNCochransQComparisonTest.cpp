@@ -33,18 +33,18 @@ Rows Interviews() {
             {1, 1, 1}, {1, 1, 1}, {1, 1, 0}, {1, 1, 0}, {1, 1, 0}, {1, 1, 1}, {1, 1, 0}, {1, 1, 0}, {0, 0, 0}};
 }
 
-Table ResultOf(Fields& fields, const Rows& rows, const std::string& comparison) {
+Table ResultOf(Fields& fields, const Rows& rows, const std::string& comparison, bool isExtended = false) {
     QKSettings entry = ranked::Entry(Names(rows.front().size()), comparison);
     entry.AddSetting("classFormation", "givenCategoryList");
     AddVecSetting(entry, "successCategoryList", Texts({"yes"}), false);
-    return harness::ResultOf(kTest, entry, fields, rows);
+    return harness::ResultOf(kTest, entry, fields, rows, {{"extendedArithmetic", isExtended ? 1 : 0}});
 }
 
 /// Success is 1.
-Table Result(const Rows& rows, const std::string& comparison) {
+Table Result(const Rows& rows, const std::string& comparison, bool isExtended = false) {
     Fields fields;
     for (const std::string& name : Names(rows.front().size())) fields.Text(name, {"no", "yes"});
-    return ResultOf(fields, rows, comparison);
+    return ResultOf(fields, rows, comparison, isExtended);
 }
 
 // ---- All pairs ----
@@ -126,8 +126,21 @@ TEST(CochransQSteps, FlagsOfAFieldAreThoseOfTheListAtItsPosition) {
     EXPECT_EQ(RowsOf(test, "StepwiseResult", "Content")[1], "2;2;__MISSING__;;;__MISSING__;__MISSING__");
 }
 
-/// The stepwise result by definition, with everything counted anew in every subset.
-plain::Result SearchPlainly(const Rows& rows, double level) {
+TEST(CochransQSteps, ExtendedFlagsOfAFieldAreItsOwn) {
+    Fields fields;
+    fields.Text("x0", {"no", "yes"}).Text("x1", {"no", "yes"}).Text("x2", {"yes", "no"});
+    Rows rows = Interviews();
+    for (auto& row : rows) row[2] = 1 - row[2];
+    const Table test = ResultOf(fields, rows, "stepWise", true);
+    EXPECT_EQ(test.Attribute("arithmetic"), "textbook");
+    // x0 and x1 have 13 successes each, so that their Q is 0; x2 with its 3 stands alone.
+    EXPECT_EQ(RowsOf(test, "StepwiseResult", "Content"),
+              Texts({"1;2;0;;;1;1", "0;0;__MISSING__;;;__MISSING__;__MISSING__"}));
+}
+
+/// The stepwise result by definition, with everything counted anew in every subset. `isTextbook`: with the successes of
+/// the subset's own fields.
+plain::Result SearchPlainly(const Rows& rows, double level, bool isTextbook) {
     const std::size_t k = rows.front().size();
     std::vector<long> successes(k, 0);
     for (const auto& row : rows) {
@@ -147,9 +160,10 @@ plain::Result SearchPlainly(const Rows& rows, double level) {
         }
         long sum = 0;
         long squares = 0;
-        for (int p = first; p <= last; ++p) {  // of the list, not of the order
-            sum += successes[static_cast<std::size_t>(p)];
-            squares += successes[static_cast<std::size_t>(p)] * successes[static_cast<std::size_t>(p)];
+        for (auto p = static_cast<std::size_t>(first); p <= static_cast<std::size_t>(last); ++p) {
+            const long ofField = successes[isTextbook ? order[p] : p];  // of the list, not of the order
+            sum += ofField;
+            squares += ofField * ofField;
         }
         const double statistic = m * sum == rowTerm
                                      ? 0.0
@@ -159,7 +173,7 @@ plain::Result SearchPlainly(const Rows& rows, double level) {
     });
 }
 
-void ExpectSearchesAgree(std::size_t k, bool ascending) {
+void ExpectSearchesAgree(std::size_t k, bool ascending, bool isExtended) {
     std::mt19937 random(static_cast<unsigned>(3 * k) + (ascending ? 1 : 0));
     Rows rows(60, std::vector<double>(k));
     for (auto& row : rows) {
@@ -169,9 +183,9 @@ void ExpectSearchesAgree(std::size_t k, bool ascending) {
             row[i] = static_cast<double>(random() % (k + 2)) < 1 + static_cast<double>(place / 3 * 3) ? 1 : 0;
         }
     }
-    const Table test = Result(rows, "stepWise");
+    const Table test = Result(rows, "stepWise", isExtended);
     if (test.Attribute("decision") != "reject") return;  // two or three proportions may be alike
-    const plain::Result expected = SearchPlainly(rows, 0.05);
+    const plain::Result expected = SearchPlainly(rows, 0.05, isExtended);
     const auto subsets = RowsOf(test, "StepwiseResult", "Content");
     ASSERT_EQ(subsets.size(), expected.shown.size()) << k;
     for (std::size_t i = 0; i < subsets.size(); ++i) {
@@ -187,8 +201,15 @@ void ExpectSearchesAgree(std::size_t k, bool ascending) {
 
 TEST(CochransQSteps, SearchAgreesWithOneThatCountsEverySubsetAnewFrom3To40Fields) {
     for (std::size_t k = 3; k <= 40; k += k < 12 ? 1 : 4) {
-        ExpectSearchesAgree(k, true);
-        ExpectSearchesAgree(k, false);
+        ExpectSearchesAgree(k, true, false);
+        ExpectSearchesAgree(k, false, false);
+    }
+}
+
+TEST(CochransQSteps, ExtendedItAgreesWithOneThatCountsTheSubsetsOwnFields) {
+    for (std::size_t k = 3; k <= 40; k += k < 12 ? 1 : 4) {
+        ExpectSearchesAgree(k, true, true);
+        ExpectSearchesAgree(k, false, true);
     }
 }
 

@@ -328,10 +328,9 @@ TEST(CochransQ, NoDescriptivesGive221206) {
 // ---- Width ----
 
 TEST(SuccessCounts, ProductsAre32BitsWide) {
-    SuccessCounts counts(2);
+    SuccessCounts counts(Arithmetic::AsDefined(), 2);
     counts.n = 70000;
     counts.ofField = {70000, 0};
-    counts.sumRowSuccess = 70000;
     counts.sumRowSuccessSquared = 70000;
     // 2 * 70000^2 - 70000^2 = 4,900,000,000 wraps to 605,032,704, over 2 * 70000 - 70000.
     EXPECT_DOUBLE_EQ(counts.Q(), 605032704.0 / 70000);
@@ -340,17 +339,15 @@ TEST(SuccessCounts, ProductsAre32BitsWide) {
     EXPECT_DOUBLE_EQ(counts.Difference(1, 0), -1);
 }
 
-TEST(SuccessCounts, NumeratorIsUnsignedAndDenominatorSigned) {
-    SuccessCounts counts(2);
-    counts.ofField = {3, 3};  // the numerator is 0
-    EXPECT_EQ(counts.SubsetQ(0, 1, 20), 0);
-    counts.ofField = {3, 1};  // (2 * 10 - 16) / (2 * 4 - 20)
-    EXPECT_DOUBLE_EQ(counts.SubsetQ(0, 1, 20), 4.0 / -12);
-    EXPECT_EQ(counts.SubsetQ(0, 1, 8), 0);
+TEST(CochranTerms, NumeratorIsUnsignedAndDenominatorSigned) {
+    EXPECT_EQ(CochranTerms({3, 3}, 20).Q(Arithmetic::AsDefined()), 0);  // the numerator is 0
+    // (2 * 10 - 16) / (2 * 4 - 20)
+    EXPECT_DOUBLE_EQ(CochranTerms({3, 1}, 20).Q(Arithmetic::AsDefined()), 4.0 / -12);
+    EXPECT_EQ(CochranTerms({3, 1}, 8).Q(Arithmetic::AsDefined()), 0);
 }
 
 TEST(SuccessCounts, PercentageIsTruncated) {
-    SuccessCounts counts(3);
+    SuccessCounts counts(Arithmetic::AsDefined(), 3);
     counts.n = 3;
     counts.ofField = {2, 3, 0};
     EXPECT_EQ(counts.Percentage(0), 66);

@@ -53,8 +53,20 @@ TEST(FriedmanStepwise, ThreeFieldsAllDifferentAreThreeLoneSamplesWithThreeWarnin
     EXPECT_EQ(MessagesOf(test).size(), 3U);
 }
 
-/// The stepwise result by definition: every rank counted anew in every subset.
-plain::Result SearchPlainly(const Rows& rows, double level, std::vector<std::size_t>& order) {
+/// The sum of t cubed minus t over the ties of a row: of each value the equal ones, squared, less 1.
+double TieSumOf(const std::vector<double>& row, const std::vector<std::size_t>& fields) {
+    double sum = 0;
+    for (const std::size_t field : fields) {
+        const auto equals =
+            std::count_if(fields.begin(), fields.end(), [&](std::size_t i) { return row[i] == row[field]; });
+        sum += static_cast<double>(equals * equals - 1);
+    }
+    return sum;
+}
+
+/// The stepwise result by definition: every rank counted anew in every subset. `areTiesCorrected`: as in the textbook.
+plain::Result SearchPlainly(const Rows& rows, double level, std::vector<std::size_t>& order,
+                            bool areTiesCorrected = false) {
     const std::size_t k = rows.front().size();
     const auto sumsOf = [&](const std::vector<std::size_t>& fields) {
         std::vector<double> sums(fields.size(), 0.0);
@@ -79,11 +91,14 @@ plain::Result SearchPlainly(const Rows& rows, double level, std::vector<std::siz
         const auto n = static_cast<double>(rows.size());
         double squares = 0;
         for (const double sum : sums) squares += sum * sum;
-        return 1 - QKMath::QKDistFun::CdfChi(12 * squares / (m * (m + 1) * n) - 3 * n * (m + 1), m - 1);
+        double ties = 0;
+        for (const auto& row : rows) ties += TieSumOf(row, {order.begin() + first, order.begin() + last + 1});
+        const double untied = areTiesCorrected ? 1 - ties / ((m - 1) * m * (m + 1) * n) : 1;
+        return 1 - QKMath::QKDistFun::CdfChi((12 * squares / (m * (m + 1) * n) - 3 * n * (m + 1)) / untied, m - 1);
     });
 }
 
-TEST(FriedmanStepwise, StepwiseSearchAgreesWithOneThatRanksEverySubsetAnewFrom3To40Fields) {
+void ExpectSearchesAgree(bool isExtended) {
     std::mt19937 random(11);
     for (std::size_t k = 3; k <= 40; k += k < 12 ? 1 : 4) {
         Rows rows(24, std::vector<double>(k));
@@ -94,8 +109,12 @@ TEST(FriedmanStepwise, StepwiseSearchAgreesWithOneThatRanksEverySubsetAnewFrom3T
             }
         }
         std::vector<std::size_t> order;
-        const plain::Result expected = SearchPlainly(rows, 0.05, order);
-        const Table test = StepwiseResult(rows);
+        const plain::Result expected = SearchPlainly(rows, 0.05, order, isExtended);
+        const Table test =
+            ranked::ResultOf("RFriedmansTwoWayByRanks", rows, "stepWise", {{"extendedArithmetic", isExtended ? 1 : 0}});
+        const bool hasSubset = std::any_of(expected.shown.begin(), expected.shown.end(),
+                                           [](const plain::Found& found) { return found.first < found.last; });
+        EXPECT_EQ(test.Attribute("arithmetic"), isExtended && hasSubset ? "textbook" : "") << k;
         ASSERT_EQ(test.Attribute("decision"), "reject") << k;
         const auto positions = ranked::NumbersOf(RowsOf(test, "StepwiseResult", "StepwiseInfo")[0]);
         if (k <= 32) {
@@ -112,6 +131,14 @@ TEST(FriedmanStepwise, StepwiseSearchAgreesWithOneThatRanksEverySubsetAnewFrom3T
             EXPECT_NEAR(numbers[6], expected.shown[i].adjSig, 1e-11) << k;
         }
     }
+}
+
+TEST(FriedmanStepwise, StepwiseSearchAgreesWithOneThatRanksEverySubsetAnewFrom3To40Fields) {
+    ExpectSearchesAgree(false);
+}
+
+TEST(FriedmanStepwise, ExtendedItAgreesWithOneThatCorrectsEverySubsetForItsTies) {
+    ExpectSearchesAgree(true);
 }
 
 TEST(FriedmanStepwise, SubsetOfOneFieldLessThanAllIsNotAdjustedOneOfTwoLessIs) {

@@ -25,6 +25,15 @@ TEST(CategorySet, HoldsTheIndicesOfTheListAndNoOthers) {
     EXPECT_EQ(set.Size(), 4U);
 }
 
+TEST(CategorySet, IsTheSameAsOneOfTheSameCategories) {
+    const CategorySet set(std::vector<bool>{false, true});
+    EXPECT_TRUE(set.IsSameAs(CategorySet(std::vector<bool>{false, true, false})));
+    EXPECT_TRUE(CategorySet(std::vector<double>{1}).IsSameAs(set));
+    EXPECT_FALSE(set.IsSameAs(CategorySet(std::vector<bool>{false, true, true})));
+    EXPECT_FALSE(CategorySet(std::vector<bool>{false, true, true}).IsSameAs(set));
+    EXPECT_FALSE(set.IsSameAs(CategorySet()));
+}
+
 TEST(CategorySet, HoldsTheCategoriesWhoseBitIsSet) {
     const CategorySet set(std::vector<bool>{false, true, true, false});
     EXPECT_EQ(Marked(set, {0, 1, 2, 3, 4, -1}), (std::vector<std::uint32_t>{0, 1, 1, 0, 0, 0}));

@@ -93,6 +93,28 @@ TEST(SignedRanks, WeightsBeyondExactSumsAreTakenToo) {
     EXPECT_EQ(RanksOf({-1, 2}, {kLarge, kLarge}).sumOfPositive, (kLarge + (kLarge + 1) / 2) * kLarge);
 }
 
+TEST(SignedRanks, WeightsBeyondExactSumsKeepTheirDigitsWhereTheyAreAskedFor) {
+    Arithmetic extended;
+    extended.Extend(true);
+    // 2^30 records of 1 below 0, as many above, and 1 of 2: ranks (2^31 + 1) / 2 and 2^31 + 1, t = 2^31.
+    constexpr double kHalf = 0x1p30;
+    const double values[] = {-1, 2, 1};
+    const double weights[] = {kHalf, 1, kHalf};
+    SignedDifferences sample;
+    sample.Add(values, weights, 3, true);
+    const SignedRanks ranks = RankSignedDifferences(sample, nullptr, extended);
+    EXPECT_EQ(ranks.excessOfPositive, 0x1p31 + 1);
+    EXPECT_EQ(ranks.sumOfPositive, 0x1p60 + 0x1p29 + 0x1p31 + 1);
+    EXPECT_EQ(ranks.tieCorrectionSum, 0x1p93 - 0x1p31);
+    EXPECT_FALSE(extended.WasWider());  // it isn't said here, but where the counts are shown
+}
+
+TEST(SignedRanks, ExcessIsThatOverTheOtherSide) {
+    EXPECT_EQ(RanksOf({-2, 5, 1, 2, -4}).excessOfPositive, 5 + 1 + 2.5 - 2.5 - 4);
+    EXPECT_EQ(RanksOf({-2, 5}, {3, 2}).excessOfPositive, 4.5 * 2 - 2 * 3);
+    EXPECT_EQ(RanksOf({-1, 2}, {0.5, 1e9}).excessOfPositive, (1e9 + 1) / 2 * 1e9 - 0.5 * 0.5);
+}
+
 TEST(SignedDifferences, LeaveZerosOutUnlessAskedForThem) {
     const std::vector<double> differences{0, 3, -0.0, -1};
     const std::vector<std::int32_t> weights{7, 2, 5, 4};

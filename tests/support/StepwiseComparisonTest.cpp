@@ -288,6 +288,23 @@ TEST(StepwiseComparison, PlainSignificanceDecidesForGroupListsAndTheAdjustedOneE
 
 // ---- Adjustment and order ----
 
+TEST(StepwiseComparison, TwoStatisticsLeaveOtherTracesWhereOneOfThemIsHomogeneous) {
+    StepwiseComparison search(ComparisonRulesOf::kCochransQ, Arithmetic::AsDefined());
+    search.Begin(6, 6);
+    SubsetRecord subset;
+    subset.firstPosition = 1;
+    subset.lastPosition = 3;
+    const auto leaveTraces = [&](double statistic, double other) {  // the statistic is its own significance
+        return search.LeaveOtherTraces(subset, statistic, other, kLevel, [](double value) { return value; });
+    };
+    // Adjusted by the power 6 / 3: 1 - 0.97^2 is above 0.05, 1 - 0.98^2 below.
+    EXPECT_TRUE(leaveTraces(0.03, 0.04));
+    EXPECT_TRUE(leaveTraces(0.02, 0.03));
+    EXPECT_TRUE(leaveTraces(0.03, 0.02));
+    EXPECT_FALSE(leaveTraces(0.02, 0.01));
+    EXPECT_FALSE(leaveTraces(0.03, 0.03));
+}
+
 TEST(AdjustForSubset, IsThePowerBelowOneSampleLessThanAll) {
     EXPECT_EQ(AdjustForSubset(0.03, 5, 5, Arithmetic::AsDefined()), 0.03);
     EXPECT_EQ(AdjustForSubset(0.03, 4, 5, Arithmetic::AsDefined()), 0.03);

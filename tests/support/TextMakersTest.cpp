@@ -58,6 +58,7 @@ TEST(TextMakers, NumbersAreAppendedToATextAsTheyAreMade) {
 }
 
 TEST(TextMakers, ListsAreJoinedWithoutASeparatorAtTheEnd) {
+    EXPECT_EQ(JoinValues(std::vector<std::int64_t>{-9007199254740992, 0, 7}), "-9007199254740992;0;7");
     EXPECT_EQ(JoinValues(std::vector<double>{}), "");
     EXPECT_EQ(JoinValues(std::vector<double>{0.5}), "0.5");
     EXPECT_EQ(JoinValues(std::vector<double>{0.5, -1, 1.0 / 3}), "0.5;-1;0.333333333333333");
