@@ -16,8 +16,6 @@
 
 #include "contract/TARNPlanBuilder.h"
 #include "independent/MosesSignificance.h"
-#include "platform/common/Truncation.h"
-#include "support/Int32.h"
 #include "support/ResultElements.h"
 #include "vocabulary/SettingKeys.h"
 #include "vocabulary/StatusCodes.h"
@@ -48,8 +46,8 @@ constexpr long kOutliersReduced = 221117_warning;
 constexpr double kShareTrimmed = 0.05;
 
 /// From one mid-rank to another, to the nearest whole number, a half upward.
-std::int32_t Span(double lowestRank, double highestRank) {
-    return TruncateToInt32(highestRank - lowestRank + 1 + 0.5);
+std::int64_t Span(double lowestRank, double highestRank, const Arithmetic& arithmetic) {
+    return arithmetic.Truncated(highestRank - lowestRank + 1 + 0.5);
 }
 
 using RankList = std::vector<std::pair<double, double>>;
@@ -67,11 +65,12 @@ double RankAfterTrimming(Iterator entry, Iterator last, double trimmed, double m
     return middle;
 }
 
-std::int32_t TrimmedSpan(const RankList& ranks, std::int32_t trimmed) {
+std::int64_t TrimmedSpan(const RankList& ranks, std::int64_t outliers, const Arithmetic& arithmetic) {
+    const auto trimmed = static_cast<double>(outliers);
     const double middle = ranks[ranks.size() / 2].first;
     const double lowest = RankAfterTrimming(ranks.begin(), std::prev(ranks.end()), trimmed, middle);
     const double highest = RankAfterTrimming(ranks.rbegin(), std::prev(ranks.rend()), trimmed, middle);
-    return Span(lowest, highest);
+    return Span(lowest, highest, arithmetic);
 }
 
 }  // namespace
@@ -116,7 +115,7 @@ QKStatus TARNMoses::BeginPass() {
     if (status.IsError()) return status;
     passesRemaining = Passes() - passCounter;
     if (passCounter == 1) {
-        for (const std::int32_t count : groupCounts) groupBoxes.emplace_back(count);
+        for (const std::int64_t count : groupCounts) groupBoxes.emplace_back(count);
     }
     return status;
 }
@@ -143,7 +142,9 @@ void TARNMoses::ReadSettings() {
     settings->GetSettingValByName(SettingKey::kSigLevel, sigLevel);
     groups.Read(*settings);
     settings->GetSettingValByName(kUserSpecifyNumberOfOutliers, userSpecifyNumberOfOutliers);
-    if (userSpecifyNumberOfOutliers) settings->GetSettingValByName(kNumberOfOutliers, numberOfOutliers);
+    int given = static_cast<int>(numberOfOutliers);
+    if (userSpecifyNumberOfOutliers) settings->GetSettingValByName(kNumberOfOutliers, given);
+    numberOfOutliers = given;
 }
 
 void TARNMoses::ValidateGroups() {
@@ -167,8 +168,7 @@ QKStatus TARNMoses::ProcessColumns(ColumnBatch& batch) {
     if (passCounter == 0) {
         rank.AddAscending(values, weights, split.Groups(), split.Size());
         for (const std::size_t group : {TwoGroups::kFirst, TwoGroups::kSecond}) {
-            const std::int64_t weight = split.WeightOf(static_cast<std::int32_t>(group), weights);
-            groupCounts[group] = Add32(groupCounts[group], Wrap32(weight));
+            groupCounts[group] += split.WeightOf(static_cast<std::int32_t>(group), weights);
         }
         return status;
     }
@@ -206,8 +206,9 @@ QKStatus TARNMoses::EndPass() {
 }
 
 void TARNMoses::EndRanking() {
+    for (std::int64_t& count : groupCounts) count = arithmetic.Count(count);
     const auto [m, n] = groupCounts;
-    totalN = Add32(m, n);
+    totalN = arithmetic.Count(m + n);
     if (totalN == 0) {
         AddStatusMessage(QKStatus(StatusCode::kNoRecords), MessageKind::kError);
         return;
@@ -218,22 +219,23 @@ void TARNMoses::EndRanking() {
     }
     rank.CloseTieRun();
     const GroupRankStats& control = rank.GroupRanks(static_cast<std::int32_t>(TwoGroups::kFirst));
-    observedSpan = Span(control.minRank, control.maxRank);
-    observedSig = MosesSignificance(observedSpan, m, n, 0);
+    observedSpan = Span(control.minRank, control.maxRank, arithmetic);
+    observedSig = MosesSignificance(observedSpan, m, n, 0, arithmetic);
     ChooseNumberOfOutliers();
-    trimmedSpan = TrimmedSpan(control.ranks, numberOfOutliers);
-    trimmedSig = MosesSignificance(trimmedSpan, m, n, numberOfOutliers);
+    trimmedSpan = TrimmedSpan(control.ranks, numberOfOutliers, arithmetic);
+    trimmedSig = MosesSignificance(trimmedSpan, m, n, numberOfOutliers, arithmetic);
     rank.Reset();  // it holds every rank, and tests live as long as the document
 }
 
 void TARNMoses::ChooseNumberOfOutliers() {
-    const std::int32_t m = groupCounts[TwoGroups::kFirst];
+    const std::int64_t m = groupCounts[TwoGroups::kFirst];
     if (!userSpecifyNumberOfOutliers) {
-        numberOfOutliers = std::max(TruncateToInt32(m * kShareTrimmed), 1);
-    } else if (2 * std::int64_t{numberOfOutliers} > std::int64_t{m} - 2) {
+        const std::int64_t share = arithmetic.Truncated(static_cast<double>(m) * kShareTrimmed);
+        numberOfOutliers = std::max<std::int64_t>(share, 1);
+    } else if (2 * numberOfOutliers > m - 2) {
         AddMessage(
             {QKStatus(kOutliersReduced), MessageKind::kWarning, {IntToString(numberOfOutliers), IntToString(m)}, {}});
-        numberOfOutliers = static_cast<std::int32_t>((std::int64_t{m} - 2) / 2);
+        numberOfOutliers = (m - 2) / 2;
     }
 }
 

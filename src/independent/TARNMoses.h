@@ -50,13 +50,13 @@ class TARNMoses : public ColumnTest {
     int passCounter = 0;
     TARNRank rank{arithmetic};
     std::vector<GroupBoxPlot> groupBoxes;
-    std::int32_t totalN = 0;
+    std::int64_t totalN = 0;
     /// Outliers that are trimmed from each end of the control group.
-    std::int32_t numberOfOutliers = -1;
-    std::array<std::int32_t, 2> groupCounts{};
-    std::int32_t observedSpan = 0;
+    std::int64_t numberOfOutliers = -1;
+    std::array<std::int64_t, 2> groupCounts{};
+    std::int64_t observedSpan = 0;
     double observedSig = 0;
-    std::int32_t trimmedSpan = 0;
+    std::int64_t trimmedSpan = 0;
     double trimmedSig = 0;
 };
 
