@@ -62,6 +62,8 @@ class Arithmetic {
         Note();
         return false;
     }
+    /// A count that was kept in both widths, where steps on the way depended on it, so that folding its end won't do.
+    std::int64_t Either(std::int32_t narrow, std::int64_t wide) const { return Choose<std::int64_t>(narrow, wide); }
     /// A counter of 32 bits without one.
     std::int64_t UnsignedCount(std::int64_t sum) const {
         return Choose<std::int64_t>(static_cast<std::uint32_t>(sum), sum);
