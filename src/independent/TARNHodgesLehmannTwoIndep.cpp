@@ -16,10 +16,11 @@
 #include <cmath>
 #include <limits>
 #include <new>
+#include <tuple>
+#include <utility>
 
 #include "contract/TARNPlanBuilder.h"
 #include "platform/common/QKDistFun.h"
-#include "support/Int32.h"
 #include "support/ResultElements.h"
 #include "vocabulary/SettingKeys.h"
 #include "vocabulary/StatusCodes.h"
@@ -42,16 +43,17 @@ constexpr long kNotTwoCategories = 222509_error;
 
 constexpr std::int64_t kNoRecordYet = -1;
 
-/// A product 64 bits wide by definition, which wraps around.
-std::int64_t Multiply64(std::int64_t a, std::int64_t b) {
-    return static_cast<std::int64_t>(static_cast<std::uint64_t>(a) * static_cast<std::uint64_t>(b));
+/// N^3 - N.
+Whole CubicOf(std::int64_t n) {
+    return (Whole(n) * n - 1) * n;
 }
 
-double StandardError(std::int64_t n1, std::int64_t n2, double tieCorrectionSum) {
-    const std::int64_t n = n1 + n2;
-    const auto cubic = static_cast<double>(Multiply64(Multiply64(n, n) - 1, n));
-    const auto product = static_cast<double>(Multiply64(Multiply64(n + 1, n1), n2));
-    return std::sqrt((1 - tieCorrectionSum / cubic) * (product / 12));
+/// What the ties leave of the variance, 1 without any; N^3 - N is 64 bits wide by definition.
+double Untied(const TieCorrection& ties, std::int64_t n, const Arithmetic& arithmetic) {
+    const bool mattersWidth = ties.Sum() != 0;
+    const double cubic = (mattersWidth ? arithmetic : Arithmetic::AsDefined()).Signed64(CubicOf(n));
+    return arithmetic.Carefully([&] { return 1 - ties.Sum() / cubic; },
+                                [&] { return ties.SpreadOf(n) / CubicOf(n).Value(); });
 }
 
 /// What is no number stands in front of the list.
@@ -112,17 +114,12 @@ QKStatus TARNHodgesLehmannTwoIndep::ProcessColumns(ColumnBatch& batch) {
     return status;
 }
 
-/// The last run is never closed, so a tie among the largest values takes nothing off the standard error. That is
-/// intended: documents depend on it.
 void TARNHodgesLehmannTwoIndep::ExtendTieRun(double value, std::int32_t weight) {
     if (value == previousValue) {
-        runWeight = Add32(runWeight, weight);
+        runWeight += weight;
         return;
     }
-    if (runWeight > 1) {
-        const double t = runWeight;
-        tieCorrectionSum += t * t * t - t;
-    }
+    ties.AddHigherRun(arithmetic.Count(runWeight));
     runWeight = weight;
     previousValue = value;
 }
@@ -150,14 +147,32 @@ QKStatus TARNHodgesLehmannTwoIndep::EndPass() {
 QKStatus TARNHodgesLehmannTwoIndep::Estimate() {
     PairwiseDifferences differences(std::move(lists[TwoGroups::kFirst]), std::move(lists[TwoGroups::kSecond]));
     differences.SetWork(work);
-    const auto [n1, n2] = groupCounts;
     estimate = differences.Median();
-    const double meanOfU = static_cast<double>(Multiply64(n1, n2)) / 2;
-    const double standardError = StandardError(n1, n2, tieCorrectionSum);
-    const double q = QKMath::QKDistFun::IdfStdNorm(1 - (1 - confidenceLevel) / 2);
-    lower = differences.At(Position(std::floor(meanOfU - q * standardError) + 1));
-    upper = differences.At(Position(std::ceil(meanOfU + q * standardError)));
+    const auto valuesAt = [&](const Positions& positions) {
+        return std::pair(differences.At(positions.lower), differences.At(positions.upper));
+    };
+    const std::int64_t n = groupCounts[TwoGroups::kFirst] + groupCounts[TwoGroups::kSecond];
+    const Positions asDefined = PositionsOf(Untied(ties, n, arithmetic));
+    std::tie(lower, upper) = valuesAt(asDefined);
+    // The last run is never closed, so a tie among the largest values takes nothing off the standard error. That is
+    // intended: documents depend on it. By the textbook it counts like any other.
+    if (!arithmetic.TakesTextbook(false)) return QKStatus();
+    ties.AddHigherRun(runWeight);
+    const Positions textbook = PositionsOf(static_cast<double>(ties.SpreadOf(n) / CubicOf(n).Value()));
+    if (textbook == asDefined) return QKStatus();
+    const auto values = valuesAt(textbook);
+    if (arithmetic.TakesTextbook(values != std::pair(lower, upper))) std::tie(lower, upper) = values;
     return QKStatus();
+}
+
+/// The product behind the standard error is 64 bits wide by definition, too.
+TARNHodgesLehmannTwoIndep::Positions TARNHodgesLehmannTwoIndep::PositionsOf(double untied) const {
+    const auto [n1, n2] = groupCounts;
+    const double meanOfU = arithmetic.Signed64(Whole(n1) * n2) / 2;
+    const double product = arithmetic.Signed64((Whole(n1 + n2) + 1) * n1 * n2);
+    const double standardError = std::sqrt(untied * (product / 12));
+    const double q = QKMath::QKDistFun::IdfStdNorm(1 - (1 - confidenceLevel) / 2);
+    return {Position(std::floor(meanOfU - q * standardError) + 1), Position(std::ceil(meanOfU + q * standardError))};
 }
 
 // ---- Element ----

@@ -8,6 +8,7 @@
 #include "contract/ColumnPass.h"
 #include "contract/TARNPlan.h"
 #include "independent/TwoGroups.h"
+#include "support/TieCorrection.h"
 #include "support/WeightedOrder.h"
 
 /// The Hodges-Lehmann estimate of the shift of two independent groups, setting "IHodgesLehmannEstimateGroups".
@@ -28,8 +29,16 @@ class TARNHodgesLehmannTwoIndep : public ColumnTest {
     QKXML::XMLElement* MakeResultElement() override;
 
  private:
+    /// An interval by the positions at which its ends stand.
+    struct Positions {
+        double lower;
+        double upper;
+        bool operator==(const Positions&) const = default;
+    };
+
     void ExtendTieRun(double value, std::int32_t weight);
     QKStatus Estimate();
+    Positions PositionsOf(double untied) const;
 
     UnivariateResults* univariateResults = nullptr;
     double confidenceLevel = kDefaultConfidenceLevel;
@@ -39,9 +48,8 @@ class TARNHodgesLehmannTwoIndep : public ColumnTest {
     int groupVariableIndex = -1;
     int weightIndex = -1;
     double previousValue = 0;
-    std::int32_t runWeight = 0;
-    /// Over the runs of equal values, 2 or more, without the last one.
-    double tieCorrectionSum = 0;
+    std::int64_t runWeight = 0;
+    TieCorrection ties;  // of the runs that are closed
     /// One entry per record, for each group.
     std::array<std::vector<WeightedDifference>, 2> lists;
     /// Weighted sizes of the groups; -1 until the first record.
