@@ -137,6 +137,7 @@ struct Scene {
     double missing;  ///< the share of the cells that are missing
     bool hasWeight;
     bool analysisMissing = true;
+    bool hasEmptyCategory = false;  ///< of g, in front of others and behind them
 };
 
 inline void PrintTo(const Scene& scene, std::ostream* out) {
@@ -151,6 +152,7 @@ inline const Scene kScenes[] = {
     {"listwise", 400, 0, 0.02, false, false},
     {"weights", 250, 7, 0.1, true},
     {"long", 70'000, 40, 0.01, true},
+    {"gaps", 300, 9, 0.05, true, true, true},
 };
 
 /// x0 .. x9 continuous; a, b, c of two categories; p, q of three; g of five; w the weight.
@@ -177,6 +179,8 @@ struct Data {
         for (const unsigned categories : {2U, 2U, 2U, 3U, 3U, 5U}) {
             row.push_back(isMissing() ? harness::kNoCategory : static_cast<double>(random() % categories));
         }
+        // Of the five categories the second one and the last one stay empty.
+        if (scene.hasEmptyCategory && (row.back() == 1 || row.back() == 4)) row.back() = 2;
         constexpr double kWeights[] = {1, 2, 3, 0, 0.5, 1.75, 12};
         if (scene.hasWeight) row.push_back(isMissing() ? harness::kNone : kWeights[random() % std::size(kWeights)]);
         return row;
