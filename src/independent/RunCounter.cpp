@@ -139,7 +139,7 @@ void RunCounter::GoApart(const Walk<Narrow>& before) {
 template <typename Member>
 std::int64_t RunCounter::Of(Member member) const {
     if (!areApart_) return member(asDefined_);
-    const std::int64_t width = arithmetic_->Either(member(asDefined_), member(wide_));
+    const auto width = arithmetic_->Either<std::int64_t>(member(asDefined_), member(wide_));
     const std::int64_t textbook = member(byTextbook_);
     return arithmetic_->TakesTextbook(textbook != member(wide_)) ? textbook : width;
 }

@@ -43,17 +43,15 @@ constexpr long kNotTwoCategories = 222509_error;
 
 constexpr std::int64_t kNoRecordYet = -1;
 
-/// N^3 - N.
-Whole CubicOf(std::int64_t n) {
-    return (Whole(n) * n - 1) * n;
-}
-
-/// What the ties leave of the variance, 1 without any; N^3 - N is 64 bits wide by definition.
-double Untied(const TieCorrection& ties, std::int64_t n, const Arithmetic& arithmetic) {
-    const bool mattersWidth = ties.Sum() != 0;
-    const double cubic = (mattersWidth ? arithmetic : Arithmetic::AsDefined()).Signed64(CubicOf(n));
-    return arithmetic.Carefully([&] { return 1 - ties.Sum() / cubic; },
-                                [&] { return ties.SpreadOf(n) / CubicOf(n).Value(); });
+/// The products are 64 bits wide by definition.
+double StandardError(std::int64_t n1, std::int64_t n2, const TieCorrection& ties, const Arithmetic& arithmetic) {
+    const std::int64_t n = n1 + n2;
+    const Whole cubicN = (Whole(n) * n - 1) * n;
+    const double cubic = arithmetic.Signed64(cubicN);
+    const double product = arithmetic.Signed64((Whole(n) + 1) * n1 * n2);
+    const double untied =
+        arithmetic.Carefully([&] { return 1 - ties.Sum() / cubic; }, [&] { return ties.SpreadOf(n) / cubicN.Value(); });
+    return std::sqrt(untied * (product / 12));
 }
 
 /// What is no number stands in front of the list.
@@ -119,7 +117,8 @@ void TARNHodgesLehmannTwoIndep::ExtendTieRun(double value, std::int32_t weight) 
         runWeight += weight;
         return;
     }
-    ties.AddHigherRun(arithmetic.Count(runWeight));
+    ties.AddHigherRun(Arithmetic::AsDefined().Count(runWeight));
+    wideTies.AddHigherRun(runWeight);
     runWeight = weight;
     previousValue = value;
 }
@@ -151,26 +150,35 @@ QKStatus TARNHodgesLehmannTwoIndep::Estimate() {
     const auto valuesAt = [&](const Positions& positions) {
         return std::pair(differences.At(positions.lower), differences.At(positions.upper));
     };
-    const std::int64_t n = groupCounts[TwoGroups::kFirst] + groupCounts[TwoGroups::kSecond];
-    const Positions asDefined = PositionsOf(Untied(ties, n, arithmetic));
+    const Positions asDefined = PositionsOf(ties, Arithmetic::AsDefined());
     std::tie(lower, upper) = valuesAt(asDefined);
+    if (!arithmetic.TakesTextbook(false)) return QKStatus();
+
+    // Positions that move a little may still be those of the same values.
+    Arithmetic wide;
+    wide.Extend(true);
+    const Positions whole = PositionsOf(wideTies, wide);
+    if (whole != asDefined) {
+        const auto values = valuesAt(whole);
+        lower = arithmetic.Either(lower, values.first);
+        upper = arithmetic.Either(upper, values.second);
+    }
     // The last run is never closed, so a tie among the largest values takes nothing off the standard error. That is
     // intended: documents depend on it. By the textbook it counts like any other.
-    if (!arithmetic.TakesTextbook(false)) return QKStatus();
-    ties.AddHigherRun(runWeight);
-    const Positions textbook = PositionsOf(static_cast<double>(ties.SpreadOf(n) / CubicOf(n).Value()));
-    if (textbook == asDefined) return QKStatus();
+    wideTies.AddHigherRun(runWeight);
+    const Positions textbook = PositionsOf(wideTies, wide);
+    if (textbook == whole) return QKStatus();
     const auto values = valuesAt(textbook);
     if (arithmetic.TakesTextbook(values != std::pair(lower, upper))) std::tie(lower, upper) = values;
     return QKStatus();
 }
 
-/// The product behind the standard error is 64 bits wide by definition, too.
-TARNHodgesLehmannTwoIndep::Positions TARNHodgesLehmannTwoIndep::PositionsOf(double untied) const {
+/// Where the ends of the interval stand, by the sum over the ties and in the widths of some arithmetic.
+TARNHodgesLehmannTwoIndep::Positions TARNHodgesLehmannTwoIndep::PositionsOf(const TieCorrection& correction,
+                                                                            const Arithmetic& by) const {
     const auto [n1, n2] = groupCounts;
-    const double meanOfU = arithmetic.Signed64(Whole(n1) * n2) / 2;
-    const double product = arithmetic.Signed64((Whole(n1 + n2) + 1) * n1 * n2);
-    const double standardError = std::sqrt(untied * (product / 12));
+    const double meanOfU = by.Signed64(Whole(n1) * n2) / 2;
+    const double standardError = StandardError(n1, n2, correction, by);
     const double q = QKMath::QKDistFun::IdfStdNorm(1 - (1 - confidenceLevel) / 2);
     return {Position(std::floor(meanOfU - q * standardError) + 1), Position(std::ceil(meanOfU + q * standardError))};
 }

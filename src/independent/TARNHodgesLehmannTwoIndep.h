@@ -38,7 +38,7 @@ class TARNHodgesLehmannTwoIndep : public ColumnTest {
 
     void ExtendTieRun(double value, std::int32_t weight);
     QKStatus Estimate();
-    Positions PositionsOf(double untied) const;
+    Positions PositionsOf(const TieCorrection& correction, const Arithmetic& by) const;
 
     UnivariateResults* univariateResults = nullptr;
     double confidenceLevel = kDefaultConfidenceLevel;
@@ -49,7 +49,9 @@ class TARNHodgesLehmannTwoIndep : public ColumnTest {
     int weightIndex = -1;
     double previousValue = 0;
     std::int64_t runWeight = 0;
-    TieCorrection ties;  // of the runs that are closed
+    // Of the runs that are closed, counted in 32 bits and as wide as they are.
+    TieCorrection ties;
+    TieCorrection wideTies;
     /// One entry per record, for each group.
     std::array<std::vector<WeightedDifference>, 2> lists;
     /// Weighted sizes of the groups; -1 until the first record.

@@ -62,8 +62,12 @@ class Arithmetic {
         Note();
         return false;
     }
-    /// A count that was kept in both widths, where steps on the way depended on it, so that folding its end won't do.
-    std::int64_t Either(std::int32_t narrow, std::int64_t wide) const { return Choose<std::int64_t>(narrow, wide); }
+    /// A number that was worked out in both widths, where steps on the way depend on them, so that folding what comes
+    /// out won't do.
+    template <typename Number>
+    Number Either(Number narrow, Number wide) const {
+        return Choose(narrow, wide);
+    }
     /// A counter of 32 bits without one.
     std::int64_t UnsignedCount(std::int64_t sum) const {
         return Choose<std::int64_t>(static_cast<std::uint32_t>(sum), sum);
