@@ -41,13 +41,16 @@ class PairRankSum {
         }
         const std::int64_t twiceWithin = arithmetic->Count(runWeight + 1);
         const double midRank = static_cast<double>(twiceWithin) * 0.5 + static_cast<double>(casesBelow);
-        sumOfRanks += midRank * runWeightOfSecond;
-        twiceSumOfRanks +=
-            (WideNumber{twiceWithin} + WideNumber{2} * casesBelow) * static_cast<std::int64_t>(runWeightOfSecond);
+        sumOfRanks = arithmetic->Carefully([&] { return sumOfRanks + midRank * runWeightOfSecond; },
+                                           [&] {
+                                               twiceSumOfRanks += WideNumber{twiceWithin + 2 * casesBelow} *
+                                                                  static_cast<std::int64_t>(runWeightOfSecond);
+                                               return static_cast<long double>(twiceSumOfRanks) / 2;
+                                           });
     }
 
     double SumOfRanks() const { return sumOfRanks; }
-    /// Twice the same, without rounding.
+    /// Twice the same, without rounding, of a run that wants all digits.
     WideNumber TwiceSumOfRanks() const { return twiceSumOfRanks; }
     double SizeOfFirst() const { return sizes[0]; }
     double SizeOfSecond() const { return sizes[1]; }

@@ -37,7 +37,12 @@ void TARNRank::CloseTieRun() {
     const std::int64_t twiceMidRank = twiceWithin + 2 * casesBelow;
     for (std::size_t i = 0; i < pendingGroups.size(); ++i) {
         GroupRankStats& stats = StatsOf(pendingGroups[i]);
-        stats.Add(midRank, twiceMidRank, pendingWeights[i]);
+        const double weight = pendingWeights[i];
+        stats.sumOfRanks = arithmetic->Carefully([&] { return stats.sumOfRanks + midRank * weight; },
+                                                 [&] {
+                                                     stats.AddExactly(midRank, twiceMidRank, weight);
+                                                     return stats.sumOfRanks;  // comes at the end
+                                                 });
         if (pendingGroups[i] != keptGroup) continue;
         stats.Extend(midRank);
         stats.ranks.emplace_back(midRank, pendingWeights[i]);

@@ -16,7 +16,8 @@
 struct GroupRankStats {
     double sumOfRanks = 0.0;  ///< each value adds its rank times its weight
 
-    // The same without rounding: twice what the whole parts of the weights add, and what their fractions do.
+    // The same without rounding, for a run that wants all digits: twice what the whole parts of the weights add, and
+    // what their fractions do.
     WideNumber twiceSumOfRanks = 0;
     long double sumOfFractions = 0;
 
@@ -24,8 +25,7 @@ struct GroupRankStats {
     long double Above(WideNumber twiceExpected) const {
         return static_cast<long double>(twiceSumOfRanks - twiceExpected) / 2 + sumOfFractions;
     }
-    void Add(double midRank, std::int64_t twiceMidRank, double weight) {
-        sumOfRanks += midRank * weight;
+    void AddExactly(double midRank, std::int64_t twiceMidRank, double weight) {
         const std::int32_t whole = TruncateToInt32(weight);
         twiceSumOfRanks += WideNumber{twiceMidRank} * whole;
         if (weight != whole) sumOfFractions += static_cast<long double>(weight - whole) * midRank;
