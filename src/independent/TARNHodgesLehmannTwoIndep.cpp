@@ -13,10 +13,10 @@
 
 #include "independent/TARNHodgesLehmannTwoIndep.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <new>
-#include <tuple>
 #include <utility>
 
 #include "contract/TARNPlanBuilder.h"
@@ -144,33 +144,63 @@ QKStatus TARNHodgesLehmannTwoIndep::EndPass() {
 /// Without a weight field each position is that of one difference, which is what the weighted position comes to when
 /// all weights are 1. Positions are as wide as the running weights.
 QKStatus TARNHodgesLehmannTwoIndep::Estimate() {
+    const bool mayDiffer = arithmetic.TakesTextbook(false);
+    Lists weighty = mayDiffer && HasWeightless() ? WeightyLists() : Lists();
     PairwiseDifferences differences(std::move(lists[TwoGroups::kFirst]), std::move(lists[TwoGroups::kSecond]));
     differences.SetWork(work);
-    estimate = differences.Median();
-    const auto valuesAt = [&](const Positions& positions) {
-        return std::pair(differences.At(positions.lower), differences.At(positions.upper));
-    };
     const Positions asDefined = PositionsOf(ties, Arithmetic::AsDefined());
-    std::tie(lower, upper) = valuesAt(asDefined);
-    if (!arithmetic.TakesTextbook(false)) return QKStatus();
+    found = {differences.Median(), differences.At(asDefined.lower), differences.At(asDefined.upper)};
+    if (!mayDiffer) return QKStatus();
 
     // Positions that move a little may still be those of the same values.
     Arithmetic wide;
     wide.Extend(true);
     const Positions whole = PositionsOf(wideTies, wide);
     if (whole != asDefined) {
-        const auto values = valuesAt(whole);
-        lower = arithmetic.Either(lower, values.first);
-        upper = arithmetic.Either(upper, values.second);
+        found.lower = arithmetic.Either(found.lower, differences.At(whole.lower));
+        found.upper = arithmetic.Either(found.upper, differences.At(whole.upper));
     }
-    // The last run is never closed, so a tie among the largest values takes nothing off the standard error. That is
-    // intended: documents depend on it. By the textbook it counts like any other.
+    return TakeTextbook(whole, differences, std::move(weighty));
+}
+
+/// The last run is never closed, so a tie among the largest values takes nothing off the standard error, and a value
+/// without weight can be one of the two in the middle, or an end. That is intended: documents depend on it. By the
+/// textbook the last run counts like any other, and a value without weight does not.
+QKStatus TARNHodgesLehmannTwoIndep::TakeTextbook(const Positions& whole, const PairwiseDifferences& differences,
+                                                 Lists weighty) {
+    Arithmetic wide;
+    wide.Extend(true);
     wideTies.AddHigherRun(runWeight);
-    const Positions textbook = PositionsOf(wideTies, wide);
-    if (textbook == whole) return QKStatus();
-    const auto values = valuesAt(textbook);
-    if (arithmetic.TakesTextbook(values != std::pair(lower, upper))) std::tie(lower, upper) = values;
+    const Positions positions = PositionsOf(wideTies, wide);
+    const bool isSameList = weighty[TwoGroups::kFirst].empty() && weighty[TwoGroups::kSecond].empty();
+    if (isSameList && positions == whole) return QKStatus();
+    Interval textbook = found;
+    if (isSameList) {
+        textbook.lower = differences.At(positions.lower);
+        textbook.upper = differences.At(positions.upper);
+    } else {
+        if (weighty[TwoGroups::kFirst].empty() || weighty[TwoGroups::kSecond].empty()) {
+            static_cast<void>(arithmetic.TakesTextbook());
+            return QKStatus(StatusCode::kNoRecords);
+        }
+        PairwiseDifferences those(std::move(weighty[TwoGroups::kFirst]), std::move(weighty[TwoGroups::kSecond]));
+        those.SetWork(work);
+        textbook = {those.Median(), those.At(positions.lower), those.At(positions.upper)};
+    }
+    if (arithmetic.TakesTextbook(textbook != found)) found = textbook;
     return QKStatus();
+}
+
+bool TARNHodgesLehmannTwoIndep::HasWeightless() const {
+    return std::any_of(lists.begin(), lists.end(), [](const auto& list) {
+        return std::any_of(list.begin(), list.end(), [](const auto& entry) { return entry.weight == 0; });
+    });
+}
+
+TARNHodgesLehmannTwoIndep::Lists TARNHodgesLehmannTwoIndep::WeightyLists() const {
+    Lists weighty = lists;
+    for (auto& list : weighty) std::erase_if(list, [](const auto& entry) { return entry.weight == 0; });
+    return weighty;
 }
 
 /// Where the ends of the interval stand, by the sum over the ties and in the widths of some arithmetic.
@@ -191,9 +221,9 @@ QKXML::XMLElement* TARNHodgesLehmannTwoIndep::MakeResultElement() {
     if (element.EndsWithMessages(messages, status)) return element.Release();
 
     StructuredTable statistics = element.AddTable(TableName::kStatisticsResult);
-    statistics.Row(RowName::kEstimate, estimate);
+    statistics.Row(RowName::kEstimate, found.estimate);
     StructuredTable interval = statistics.Table(TableName::kAsymptotic);
-    interval.Row(RowName::kLower, lower);
-    interval.Row(RowName::kUpper, upper);
+    interval.Row(RowName::kLower, found.lower);
+    interval.Row(RowName::kUpper, found.upper);
     return element.Release();
 }

@@ -36,8 +36,19 @@ class TARNHodgesLehmannTwoIndep : public ColumnTest {
         bool operator==(const Positions&) const = default;
     };
 
+    struct Interval {
+        double estimate = 0;
+        double lower = 0;
+        double upper = 0;
+        bool operator==(const Interval&) const = default;
+    };
+    using Lists = std::array<std::vector<WeightedDifference>, 2>;
+
     void ExtendTieRun(double value, std::int32_t weight);
     QKStatus Estimate();
+    QKStatus TakeTextbook(const Positions& whole, const PairwiseDifferences& differences, Lists weighty);
+    bool HasWeightless() const;
+    Lists WeightyLists() const;
     Positions PositionsOf(const TieCorrection& correction, const Arithmetic& by) const;
 
     UnivariateResults* univariateResults = nullptr;
@@ -53,12 +64,10 @@ class TARNHodgesLehmannTwoIndep : public ColumnTest {
     TieCorrection ties;
     TieCorrection wideTies;
     /// One entry per record, for each group.
-    std::array<std::vector<WeightedDifference>, 2> lists;
+    Lists lists;
     /// Weighted sizes of the groups; -1 until the first record.
     std::array<std::int64_t, 2> groupCounts{};
-    double estimate = 0;
-    double lower = 0;
-    double upper = 0;
+    Interval found;
 };
 
 /// The plan builder of "IHodgesLehmannEstimateGroups". Keys: "variableName" and "groupVariableName", one field each;

@@ -50,8 +50,6 @@ std::int64_t Span(double lowestRank, double highestRank, const Arithmetic& arith
     return arithmetic.Truncated(highestRank - lowestRank + 1 + 0.5);
 }
 
-using RankList = std::vector<std::pair<double, double>>;
-
 /// The rank that is left where cases of weight `trimmed` are taken away at the front of the ranks, the last of which
 /// is never reached: that of the entry in which they end, or of the next one where they use it up. Where they don't
 /// end, the rank in the middle.
@@ -65,7 +63,8 @@ double RankAfterTrimming(Iterator entry, Iterator last, double trimmed, double m
     return middle;
 }
 
-std::int64_t TrimmedSpan(const RankList& ranks, std::int64_t outliers, const Arithmetic& arithmetic) {
+std::int64_t TrimmedSpan(const std::vector<std::pair<double, double>>& ranks, std::int64_t outliers,
+                         const Arithmetic& arithmetic) {
     const auto trimmed = static_cast<double>(outliers);
     const double middle = ranks[ranks.size() / 2].first;
     const double lowest = RankAfterTrimming(ranks.begin(), std::prev(ranks.end()), trimmed, middle);
@@ -218,13 +217,23 @@ void TARNMoses::EndRanking() {
         return;
     }
     rank.CloseTieRun();
-    const GroupRankStats& control = rank.GroupRanks(static_cast<std::int32_t>(TwoGroups::kFirst));
-    observedSpan = Span(control.minRank, control.maxRank, arithmetic);
-    observedSig = MosesSignificance(observedSpan, m, n, 0, arithmetic);
+    GroupRankStats& control = rank.GroupRanks(static_cast<std::int32_t>(TwoGroups::kFirst));
     ChooseNumberOfOutliers();
+    observedSpan = Span(control.minRank, control.maxRank, arithmetic);
     trimmedSpan = TrimmedSpan(control.ranks, numberOfOutliers, arithmetic);
+    if (arithmetic.TakesTextbook(false)) LeaveOutWeightless(control.ranks);
+    observedSig = MosesSignificance(observedSpan, m, n, 0, arithmetic);
     trimmedSig = MosesSignificance(trimmedSpan, m, n, numberOfOutliers, arithmetic);
     rank.Reset();  // it holds every rank, and tests live as long as the document
+}
+
+/// A control case without weight has a rank as defined, which can end a span. By the textbook it has none.
+void TARNMoses::LeaveOutWeightless(RankList& ranks) {
+    if (std::erase_if(ranks, [](const auto& entry) { return entry.second == 0; }) == 0 || ranks.empty()) return;
+    const std::int64_t observed = Span(ranks.front().first, ranks.back().first, arithmetic);
+    const std::int64_t trimmed = TrimmedSpan(ranks, numberOfOutliers, arithmetic);
+    if (arithmetic.TakesTextbook(observed != observedSpan)) observedSpan = observed;
+    if (arithmetic.TakesTextbook(trimmed != trimmedSpan)) trimmedSpan = trimmed;
 }
 
 void TARNMoses::ChooseNumberOfOutliers() {

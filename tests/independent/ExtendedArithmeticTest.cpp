@@ -206,6 +206,17 @@ TEST(ExtendedMoses, NarrowestSpanHasTheChanceOfItsArrangements) {
     EXPECT_EQ(ways.extended.Attribute("decision"), "retain");
 }
 
+// By hand: the control cases have the ranks 2, 3, 4 and 5 of 6, and the one without weight has 6.5.
+TEST(ExtendedMoses, ControlCaseWithoutWeightEndsNoSpan) {
+    const Ways ways = RunBoth("IMoses", groups::Entry(), groups::WeightedFields(),
+                              {{1, 1, 1}, {2, 0, 1}, {3, 0, 1}, {4, 0, 1}, {5, 0, 1}, {6, 1, 1}, {7, 0, 0.5}});
+    EXPECT_EQ(ways.Said(), "textbook");
+    EXPECT_EQ(Statistics(ways.defined).Sub("ObservedControlGroup").Row("TestStatistic"), "6");
+    const Table observed = Statistics(ways.extended).Sub("ObservedControlGroup");
+    EXPECT_EQ(observed.Row("TestStatistic"), "4");
+    ExpectNumbers(observed, {{"ExactSig1Tailed", 3.0 / 15}});  // 3 places of 4 cases side by side among C(6, 4)
+}
+
 // ---- Kolmogorov-Smirnov ----
 
 /// The first group has three quarters of its cases at the lower value, the second one a half of its.
@@ -383,6 +394,20 @@ TEST(ExtendedHodgesLehmann, TiesOfTheLargestValueCount) {
     EXPECT_EQ(Statistics(ways.defined).Sub("Asymptotic").Row("Upper"), "7");
     EXPECT_EQ(Statistics(ways.extended).Sub("Asymptotic").Row("Lower"), "-1");
     EXPECT_EQ(Statistics(ways.extended).Sub("Asymptotic").Row("Upper"), "5");
+}
+
+// By hand: the differences of 1, 9 and 0 are 1 and 9; as defined the value 7 without weight lies between them.
+TEST(ExtendedHodgesLehmann, ValueWithoutWeightIsNone) {
+    const Ways ways = RunBoth("IHodgesLehmannEstimateGroups", groups::Entry(), groups::WeightedFields(),
+                              {{0, 1, 1}, {1, 0, 1}, {7, 0, 0.5}, {9, 0, 1}});
+    EXPECT_EQ(ways.Said(), "textbook");
+    EXPECT_EQ(Statistics(ways.defined).Row("Estimate"), "4");
+    EXPECT_EQ(Statistics(ways.extended).Row("Estimate"), "5");
+    const Ways group = RunBoth("IHodgesLehmannEstimateGroups", groups::Entry(), groups::WeightedFields(),
+                               {{0, 1, 0.5}, {1, 0, 1}, {9, 0, 1}});
+    EXPECT_EQ(group.Said(), "textbook");
+    EXPECT_EQ(group.defined.Sub("WarningMessages").Exists(), false);
+    EXPECT_EQ(harness::MessagesOf(group.extended).size(), 1U);  // a group without a case
 }
 
 // ---- Kruskal-Wallis ----
