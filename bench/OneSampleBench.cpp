@@ -78,9 +78,9 @@ BENCHMARK_CAPTURE(WholeRunOfCategoricalField, RunsOfLongList, "ORuns", ListEntry
 void IntervalsOfCounts(benchmark::State& state) {
     const ProportionCounts counts{state.range(0) / 3, state.range(0) - state.range(0) / 3};
     for (auto _ : state) {
-        benchmark::DoNotOptimize(ClopperPearsonInterval(counts, 0.95));
-        benchmark::DoNotOptimize(JeffreysInterval(counts, 0.95));
-        benchmark::DoNotOptimize(ProfileLikelihoodInterval(counts, 0.95));
+        benchmark::DoNotOptimize(ClopperPearsonInterval(counts, 0.95, Arithmetic::AsDefined()));
+        benchmark::DoNotOptimize(JeffreysInterval(counts, 0.95, Arithmetic::AsDefined()));
+        benchmark::DoNotOptimize(ProfileLikelihoodInterval(counts, 0.95, Arithmetic::AsDefined()));
     }
 }
 BENCHMARK(IntervalsOfCounts)->Arg(30)->Arg(1'000'000)->Unit(benchmark::kMicrosecond);

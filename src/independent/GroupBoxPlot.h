@@ -17,7 +17,7 @@
 class GroupBoxPlot {
  public:
     /// `groupCount`: sum of the truncated weights of the group.
-    explicit GroupBoxPlot(std::int32_t groupCount) : count(groupCount) {}
+    explicit GroupBoxPlot(std::int64_t groupCount) : count(groupCount) {}
 
     /// `weights`: null: each is 1.
     void AddAscendingToQuantiles(const double* values, const std::int32_t* weights, std::size_t size);
@@ -36,7 +36,7 @@ class GroupBoxPlot {
     void TakeSmallest(double value);
     void TakeLargest(double value);
 
-    std::int32_t count;
+    std::int64_t count;
     QKContUnivariateVariable quantiles{-1, -1};
     std::vector<double> highOutliers;
     std::vector<double> highOutlierIds;

@@ -7,8 +7,6 @@
 
 namespace {
 
-__extension__ using Wide = __int128;
-
 /// The sixth power of a total up to here fits into 128 bits several times, and the third one into a long double.
 constexpr double kExactUpTo = 1'500'000;
 
@@ -40,7 +38,7 @@ double JonckheereVariance(const std::vector<double>& sizes, long double pairsTie
     const auto n = static_cast<long double>(std::accumulate(sizes.begin(), sizes.end(), 0.0));
     // More pairs are tied than there are where the records don't go with the sizes: nothing bounds them then.
     if (pairsTied > n * (n - 1)) return VarianceIn<long double>(sizes, pairsTied, triplesTied);
-    if (n <= kExactUpTo) return VarianceIn<Wide>(sizes, pairsTied, triplesTied);
+    if (n <= kExactUpTo) return VarianceIn<WideNumber>(sizes, pairsTied, triplesTied);
     // In these two cases nothing can vary; rounding must not leave a remainder.
     const bool isAllTied = pairsTied == n * (n - 1);
     const bool isOneGroup = std::count_if(sizes.begin(), sizes.end(), [](double size) { return size > 0; }) < 2;
@@ -57,8 +55,20 @@ bool JonckheereSubset::HasEmptyGroup() const {
     return std::find(sizes.begin(), sizes.end(), 0.0) != sizes.end();
 }
 
-void JonckheereSubset::Compute(const JonckheereCounts& counts) {
-    j = counts.j;
+/// Of cases of different groups.
+WideNumber JonckheereSubset::PairsOfCases() const {
+    WideNumber pairs = 0;
+    WideNumber before = 0;
+    for (const double size : sizes) {
+        const auto cases = static_cast<std::int64_t>(size);
+        pairs += before * cases;
+        before += cases;
+    }
+    return pairs;
+}
+
+void JonckheereSubset::Compute(const JonckheereCounts& counts, const Arithmetic& arithmetic) {
+    j = arithmetic.Carefully([&] { return counts.j; }, [&] { return static_cast<long double>(counts.twiceJ) / 2; });
     double sumOfSquares = 0;
     for (const double size : sizes) sumOfSquares += size * size;
     mean = (totalN * totalN - sumOfSquares) / 4;
@@ -70,5 +80,7 @@ void JonckheereSubset::Compute(const JonckheereCounts& counts) {
         variance = (n * n * n - n - counts.tieCorrectionSum) / 12 * (sizes[0] * sizes[1] / (n * (n - 1)));
     }
     standardError = std::sqrt(variance);
-    z = standardError == 0 ? 0 : (j - mean) / standardError;
+    const double above = arithmetic.Carefully(
+        [&] { return j - mean; }, [&] { return static_cast<long double>(counts.twiceJ - PairsOfCases()) / 2; });
+    z = standardError == 0 ? 0 : above / standardError;
 }

@@ -5,6 +5,8 @@
 #include <vector>
 
 #include "independent/JonckheereWalk.h"
+#include "support/Arithmetic.h"
+#include "support/WideNumber.h"
 
 /// Some of the groups of a Jonckheere-Terpstra test in their order, and what comes out of the counts of their records.
 class JonckheereSubset {
@@ -12,7 +14,7 @@ class JonckheereSubset {
     /// Takes the groups of these sizes, in the order of the subset.
     void SetGroups(std::vector<double> groupSizes);
     /// Computes `j`, `mean`, `standardError` and `z`.
-    void Compute(const JonckheereCounts& counts);
+    void Compute(const JonckheereCounts& counts, const Arithmetic& arithmetic);
 
     std::size_t GroupCount() const { return sizes.size(); }
     double TotalN() const { return totalN; }
@@ -27,6 +29,8 @@ class JonckheereSubset {
     double sigDirected = 0;  ///< of a comparison
 
  private:
+    WideNumber PairsOfCases() const;
+
     std::vector<double> sizes;
     double totalN = 0;
 };

@@ -21,9 +21,10 @@ bool AreApart(double lower, double upper) {
 
 }  // namespace
 
-void JonckheereWalk::Begin(std::size_t groupCount, PairRankSums::Ties ties, const WorkShare* work) {
+void JonckheereWalk::Begin(std::size_t groupCount, PairRankSums::Ties ties, const Arithmetic& arithmetic,
+                           const WorkShare* work) {
     *this = JonckheereWalk();
-    ranks_.Begin(groupCount, ties);
+    ranks_.Begin(groupCount, ties, arithmetic);
     ties_.Begin(groupCount, work);
 }
 
@@ -66,10 +67,18 @@ double JonckheereWalk::CountOf(std::size_t first, std::size_t second) const {
     return ranks_.SumOfRanks(first, second) - n * (n + 1) / 2;
 }
 
+WideNumber JonckheereWalk::TwiceCountOf(std::size_t first, std::size_t second) const {
+    const WideNumber n = static_cast<std::int64_t>(ranks_.SizeOf(second));
+    return ranks_.TwiceSumOfRanks(first, second) - n * (n + 1);
+}
+
 JonckheereCounts JonckheereWalk::RanksOf(const std::vector<std::size_t>& groups) const {
     JonckheereCounts counts;
     for (std::size_t i = 0; i < groups.size(); ++i) {
-        for (std::size_t j = i + 1; j < groups.size(); ++j) counts.j += CountOf(groups[i], groups[j]);
+        for (std::size_t j = i + 1; j < groups.size(); ++j) {
+            counts.j += CountOf(groups[i], groups[j]);
+            counts.twiceJ += TwiceCountOf(groups[i], groups[j]);
+        }
     }
     if (groups.size() > 1) counts.tieCorrectionSum = ranks_.TieCorrectionSum(groups[0], groups[1]);
     return counts;

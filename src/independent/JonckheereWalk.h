@@ -10,6 +10,7 @@
 /// What the statistic of some groups needs to know of their records.
 struct JonckheereCounts {
     double j = 0;
+    WideNumber twiceJ = 0;  ///< twice the same; see `PairRankSums::TwiceSumOfRanks`
     // Over the runs of t equal values: sum of t (t - 1), and of t^2 (t - 1), which a double rounds from 262,147 on.
     long double pairsTied = 0;
     long double triplesTied = 0;
@@ -22,8 +23,9 @@ struct JonckheereCounts {
 /// equal values are those of each of them in it.
 class JonckheereWalk {
  public:
-    /// `work`: as of `TieRuns`.
-    void Begin(std::size_t groupCount, PairRankSums::Ties ties, const WorkShare* work = nullptr);
+    /// `work`: as of `TieRuns`; `arithmetic`: as of `PairRankSums`.
+    void Begin(std::size_t groupCount, PairRankSums::Ties ties, const Arithmetic& arithmetic,
+               const WorkShare* work = nullptr);
     /// Takes ascending records; those of a group below 0, or beyond the last one, take no part.
     void Add(const double* values, const std::int32_t* weights, const std::int32_t* groups, std::size_t count);
     void Close();
@@ -36,6 +38,7 @@ class JonckheereWalk {
 
  private:
     double CountOf(std::size_t first, std::size_t second) const;
+    WideNumber TwiceCountOf(std::size_t first, std::size_t second) const;
     JonckheereCounts RanksOf(const std::vector<std::size_t>& groups) const;
 
     PairRankSums ranks_;

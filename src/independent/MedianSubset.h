@@ -39,7 +39,7 @@ class MedianSubset {
     /// The same for many values; `weights` null: each is 1.
     void AddToMedian(const double* values, const std::int32_t* weights, std::size_t count);
     /// The position of the median among the cases, from 1 on.
-    double MedianPosition() const { return (static_cast<double>(TruncateToInt32(totalN)) + 1) * 0.5; }
+    double MedianPosition() const { return (static_cast<double>(arithmetic->Truncated(totalN)) + 1) * 0.5; }
     /// Whether no further value matters.
     bool HasMedian() const { return !QKMV::IsMissing(quantiles.GetMedian()); }
     /// Takes the median of what was added; 0 if there was nothing.
@@ -99,8 +99,8 @@ struct FourfoldTable {
 /// Two-tailed significance of Fisher's exact test: the tail on the side of the observed table, and of the other tail
 /// the tables that are no more probable, by a tolerance of 1e-14. Source: Fisher (1935), Journal of the Royal
 /// Statistical Society 98, 39-82.
-double FisherExactSignificance(const FourfoldTable& table);
+double FisherExactSignificance(const FourfoldTable& table, const Arithmetic& arithmetic);
 
-/// Chi-square with continuity correction. Source: Yates (1934), Supplement to the Journal of the Royal Statistical
-/// Society 1, 217-235.
-double YatesChiSquare(const FourfoldTable& table);
+/// Chi-square with continuity correction, of n / 2; by the textbook of no more than there is to correct. Source: Yates
+/// (1934), Supplement to the Journal of the Royal Statistical Society 1, 217-235.
+double YatesChiSquare(const FourfoldTable& table, const Arithmetic& arithmetic);

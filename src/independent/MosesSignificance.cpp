@@ -4,6 +4,9 @@
 #include <cmath>
 #include <limits>
 
+#include "independent/TextbookForm.h"
+#include "platform/common/QKDistFun.h"
+
 // The sum has as many terms as there are other cases inside the span: billions, for large weights, and all of them
 // may matter. It is walked in another order. The i-th term counts the arrangements with i other cases in front of the
 // last case that is left; summed up to t, these are the arrangements whose first s - 1 places hold at least
@@ -52,14 +55,23 @@ double UpperTail(double total, double marked, double drawn, double least) {
 
 }  // namespace
 
-double MosesSignificance(std::int32_t s, std::int32_t m, std::int32_t n, std::int32_t h) {
+double MosesSignificance(std::int64_t s, std::int64_t m, std::int64_t n, std::int64_t h, const Arithmetic& arithmetic) {
     if (m < 1 || n < 1) return std::numeric_limits<double>::quiet_NaN();
-    const std::int64_t left = std::int64_t{m} - 2 * std::int64_t{h};
-    const std::int64_t others = s - left;
-    // Nothing inside the span counts as impossible, though one arrangement of the kind there is. That is intended:
-    // documents depend on it.
-    if (others <= 0) return 0;
-    // Fewer than two cases have no span, and no term of the sum is defined.
-    if (left < 2) return 0;
-    return UpperTail(static_cast<double>(m) + n, m, static_cast<double>(s) - 1, static_cast<double>(left) - 1);
+    const std::int64_t left = m - 2 * h;
+    const auto total = static_cast<double>(m) + static_cast<double>(n);
+    const auto marked = static_cast<double>(m);
+    const auto least = static_cast<double>(left - 1);
+    const auto chanceOf = [&](std::int64_t span) {
+        const double drawn = std::min(static_cast<double>(span - 1), total);
+        return arithmetic.Carefully([=] { return UpperTail(total, marked, drawn, least); },
+                                    [=] {
+                                        int ignored = 0;  // the numbers drawn and marked are parts of the total
+                                        return QKMath::QKDistFun::SfHyper(least - 1, total, marked, drawn, ignored);
+                                    });
+    };
+    // Nothing inside the span counts as impossible, though one arrangement of the kind there is; and fewer than two
+    // cases have no span, and no term of the sum is defined. That is intended: documents depend on it.
+    if (left < 2) return FormOf(0, 1, arithmetic);
+    if (s <= left) return FormOf(0, chanceOf(left), arithmetic);
+    return chanceOf(s);
 }

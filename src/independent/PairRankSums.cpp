@@ -1,11 +1,11 @@
 #include "independent/PairRankSums.h"
 
-void PairRankSums::Begin(std::size_t groupCount, Ties ties) {
+void PairRankSums::Begin(std::size_t groupCount, Ties ties, const Arithmetic& arithmetic) {
     *this = PairRankSums();
     ties_ = ties;
     sizes_.assign(groupCount, 0.0);
     if (ties == Ties::kOfEachPair) {
-        pairs_.assign(groupCount < 2 ? 0 : PairPlace(0, groupCount), PairRankSum());
+        pairs_.assign(groupCount < 2 ? 0 : PairPlace(0, groupCount), PairRankSum(arithmetic));
         return;
     }
     std::size_t end = 0;
@@ -104,6 +104,11 @@ void PairRankSums::TakeRunOfOne(std::size_t second, std::int64_t weight) {
 double PairRankSums::SumOfRanks(std::size_t first, std::size_t second) const {
     if (ties_ == Ties::kOfEachPair) return pairs_[PairPlace(first, second)].SumOfRanks();
     return sums_[rowBegins_[second] + first];
+}
+
+WideNumber PairRankSums::TwiceSumOfRanks(std::size_t first, std::size_t second) const {
+    if (ties_ == Ties::kOfEachPair) return pairs_[PairPlace(first, second)].TwiceSumOfRanks();
+    return static_cast<WideNumber>(2 * SumOfRanks(first, second));
 }
 
 double PairRankSums::TieCorrectionSum(std::size_t first, std::size_t second) const {

@@ -20,7 +20,8 @@ class PairRankSums {
         kOfEachPair  ///< whatever they are
     };
 
-    void Begin(std::size_t groupCount, Ties ties);
+    /// Borrows `arithmetic`, which pairs that are walked by themselves ask.
+    void Begin(std::size_t groupCount, Ties ties, const Arithmetic& arithmetic);
     void Add(double value, std::int32_t weight, std::size_t group);
     /// The same of a record that is tied with none, neither before it nor behind it.
     void AddAlone(double value, std::int32_t weight, std::size_t group);
@@ -30,6 +31,8 @@ class PairRankSums {
     double SizeOf(std::size_t group) const { return sizes_[group]; }
     /// That of the second group, `first` being below `second`.
     double SumOfRanks(std::size_t first, std::size_t second) const;
+    /// Twice the same. Without rounding where each pair is walked by itself, and as long as a sum stays below 2^53.
+    WideNumber TwiceSumOfRanks(std::size_t first, std::size_t second) const;
     /// Of a pair of two cases in all; of ties of each pair, of any pair.
     double TieCorrectionSum(std::size_t first, std::size_t second) const;
 

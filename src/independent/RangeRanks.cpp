@@ -7,11 +7,16 @@ double TieTerm(std::int64_t weight) {
     return weight < 2 ? 0 : t * t * t - t;
 }
 
+WideNumber WideTieTerm(std::int64_t weight) {
+    const WideNumber t = weight;
+    return weight < 2 ? 0 : t * t * t - t;
+}
+
 }  // namespace
 
 void RangeRanks::Begin(std::size_t groupCount, const WorkShare* work) {
     *this = RangeRanks();
-    pairs_.Begin(groupCount, PairRankSums::Ties::kShared);
+    pairs_.Begin(groupCount, PairRankSums::Ties::kShared, Arithmetic::AsDefined());  // nothing wraps
     ties_.Begin(groupCount, work);
     opener_ = std::numeric_limits<double>::quiet_NaN();
 }
@@ -59,4 +64,9 @@ void RangeRanks::Close() {
 
 double RangeRanks::TieCorrectionSum(std::size_t first, std::size_t last) {
     return tieSums_.Of(ties_, TieTerm, tieSumsAreExact_, first, last);
+}
+
+long double RangeRanks::SpreadOf(std::size_t first, std::size_t last, std::int64_t total) {
+    const WideNumber n = total;
+    return static_cast<long double>(n * n * n - n - wideTieSums_.Of(ties_, WideTieTerm, true, first, last));
 }

@@ -7,6 +7,7 @@
 
 #include "independent/PairRankSums.h"
 #include "independent/TieRuns.h"
+#include "support/WideNumber.h"
 
 /// The ranks of every range of consecutive groups, each range ranked by itself, from one walk over the records in
 /// ascending order. A rank counts what lies below, group by group, so that the rank sums of all pairs of groups are all
@@ -37,6 +38,8 @@ class RangeRanks {
     /// Sum of t cubed minus t over the runs of t tied cases in the groups `first` to `last`. Quick for one `last` after
     /// the other.
     double TieCorrectionSum(std::size_t first, std::size_t last);
+    /// N cubed minus N less that sum, N being the total of these groups, without rounding.
+    long double SpreadOf(std::size_t first, std::size_t last, std::int64_t total);
 
  private:
     /// The rank sum of a group by itself.
@@ -51,4 +54,5 @@ class RangeRanks {
     std::vector<double> below_;
     bool tieSumsAreExact_ = false;
     RangeTieSums<double> tieSums_;
+    RangeTieSums<WideNumber> wideTieSums_;
 };

@@ -4,6 +4,7 @@
 
 #include "platform/common/QKDistFun.h"
 #include "platform/common/QKPower.h"
+#include "support/WideNumber.h"
 
 using QKMath::QKDistFun;
 using QKMath::QKPower;
@@ -32,15 +33,15 @@ std::optional<double> Cuts(double n1, double first, double n2, double second) {
 }
 
 /// The arrangements with exactly that many runs.
-std::optional<double> Arrangements(std::int32_t runs, double n1, double n2) {
+std::optional<double> Arrangements(std::int64_t runs, double n1, double n2) {
     if (runs % 2 == 0) {
-        const std::int32_t cuts = runs / 2 - 1;
+        const auto cuts = static_cast<double>(runs / 2 - 1);
         const std::optional<double> ways = Cuts(n1, cuts, n2, cuts);
         if (!ways) return std::nullopt;
         return 2 * *ways;
     }
-    const std::int32_t more = (runs - 1) / 2;
-    const std::int32_t fewer = (runs - 3) / 2;
+    const auto more = static_cast<double>((runs - 1) / 2);
+    const auto fewer = static_cast<double>((runs - 3) / 2);
     const std::optional<double> firstHasMore = Cuts(n1, more, n2, fewer);
     const std::optional<double> secondHasMore = Cuts(n1, fewer, n2, more);
     if (!firstHasMore || !secondHasMore) return std::nullopt;
@@ -49,13 +50,23 @@ std::optional<double> Arrangements(std::int32_t runs, double n1, double n2) {
 
 }  // namespace
 
-std::optional<RunsStatistic> RunsNormalStatistic(std::int32_t runs, double n1, double n2) {
+std::optional<RunsStatistic> RunsNormalStatistic(std::int64_t runs, std::int64_t size1, std::int64_t size2,
+                                                 const Arithmetic& arithmetic) {
+    const auto n1 = static_cast<double>(size1);
+    const auto n2 = static_cast<double>(size2);
     const double n = n1 + n2;
     const double t = 2 * n1 * n2;
     const double variance = (t - n) * t / (n * n * (n - 1));
     if (!(variance > 0)) return std::nullopt;
     const double standardError = std::sqrt(variance);
-    const double deviation = runs - (t / n + 1);
+    // Or over a common denominator, in whole numbers.
+    const double deviation = arithmetic.Carefully(
+        [&] { return static_cast<double>(runs) - (t / n + 1); },
+        [&] {
+            const WideNumber total = WideNumber{size1} + size2;
+            return static_cast<long double>((WideNumber{runs} - 1) * total - WideNumber{2} * size1 * size2) /
+                   static_cast<long double>(total);
+        });
     if (n >= kUncorrectedFrom) return RunsStatistic{standardError, deviation / standardError};
     if (std::fabs(deviation) < 0.5) return RunsStatistic{standardError, 0.0};
     // The 0.5 is added whatever the sign: a number of runs above the mean moves away from it. The test is that of few
@@ -63,9 +74,11 @@ std::optional<RunsStatistic> RunsNormalStatistic(std::int32_t runs, double n1, d
     return RunsStatistic{standardError, (deviation + 0.5) / standardError};
 }
 
-std::optional<double> RunsExactSignificance(std::int32_t runs, double n1, double n2) {
+std::optional<double> RunsExactSignificance(std::int64_t runs, std::int64_t size1, std::int64_t size2) {
+    const auto n1 = static_cast<double>(size1);
+    const auto n2 = static_cast<double>(size2);
     double sum = 0;
-    for (std::int32_t count = 2; count <= runs; ++count) {
+    for (std::int64_t count = 2; count <= runs; ++count) {
         const std::optional<double> arrangements = Arrangements(count, n1, n2);
         if (!arrangements) return std::nullopt;
         sum += *arrangements;

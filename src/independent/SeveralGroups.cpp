@@ -3,7 +3,6 @@
 #include <numeric>
 #include <span>
 
-#include "support/Int32.h"
 #include "support/UnivariateResults.h"
 #include "vocabulary/SettingKeys.h"
 #include "vocabulary/StatusCodes.h"
@@ -149,8 +148,9 @@ void SeveralGroups::GetUsedVariables(std::vector<int>& fieldIndices) {
 }
 
 void SeveralGroups::FindGroups() {
+    for (std::int64_t& size : groupSizes) size = arithmetic.Count(size);
     for (std::int32_t category = 0; category < categoryCount; ++category) {
-        const std::int32_t size = SizeOf(category);
+        const std::int64_t size = SizeOf(category);
         if (rules_.groups == GroupsAre::kOfPositiveSize ? size > 0 : size != 0) activeGroups.push_back(category);
     }
     split.SetGroups(PlacesOf(activeGroups), activeGroups.size());
@@ -193,8 +193,7 @@ QKStatus SeveralGroups::ProcessColumns(ColumnBatch& batch) {
 void SeveralGroups::AddSizes(const GroupedRecords& records) {
     for (std::size_t i = 0; i < records.size; ++i) {
         if (records.groups[i] == GroupSplit::kNoGroup) continue;
-        std::int32_t& size = groupSizes[static_cast<std::size_t>(records.groups[i])];
-        size = Add32(size, records.weights[i]);
+        groupSizes[static_cast<std::size_t>(records.groups[i])] += records.weights[i];
         sumOfWeights += records.weights[i];
         hasNegativeWeight = hasNegativeWeight || records.weights[i] < 0;
     }

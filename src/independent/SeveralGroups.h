@@ -123,7 +123,7 @@ class SeveralGroups : public ColumnTest {
     /// Whether a weight was below 0, and the sum of all weights, of the records in any category.
     bool HasNegativeWeight() const { return hasNegativeWeight; }
     std::int64_t SumOfWeights() const { return sumOfWeights; }
-    std::int32_t SizeOf(std::int32_t category) const { return groupSizes[static_cast<std::size_t>(category)]; }
+    std::int64_t SizeOf(std::int32_t category) const { return groupSizes[static_cast<std::size_t>(category)]; }
     /// Per category its place among some categories, or `GroupSplit::kNoGroup`.
     std::vector<std::int32_t> PlacesOf(const std::vector<std::int32_t>& categories) const;
 
@@ -164,7 +164,7 @@ class SeveralGroups : public ColumnTest {
     /// Whether each comparison takes a pass in front of the one that it ends with, and whether this is such a pass.
     bool preparesComparisons = false;
     bool isPreparing = false;
-    std::vector<std::int32_t> groupSizes;    // the weighted size of each category
+    std::vector<std::int64_t> groupSizes;    // the weighted size of each category
     std::vector<std::int32_t> activeGroups;  // categories that are groups, in their order
     StepwiseComparison steps;
 

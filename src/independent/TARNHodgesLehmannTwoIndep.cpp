@@ -13,13 +13,14 @@
 
 #include "independent/TARNHodgesLehmannTwoIndep.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <new>
+#include <utility>
 
 #include "contract/TARNPlanBuilder.h"
 #include "platform/common/QKDistFun.h"
-#include "support/Int32.h"
 #include "support/ResultElements.h"
 #include "vocabulary/SettingKeys.h"
 #include "vocabulary/StatusCodes.h"
@@ -42,16 +43,15 @@ constexpr long kNotTwoCategories = 222509_error;
 
 constexpr std::int64_t kNoRecordYet = -1;
 
-/// A product 64 bits wide by definition, which wraps around.
-std::int64_t Multiply64(std::int64_t a, std::int64_t b) {
-    return static_cast<std::int64_t>(static_cast<std::uint64_t>(a) * static_cast<std::uint64_t>(b));
-}
-
-double StandardError(std::int64_t n1, std::int64_t n2, double tieCorrectionSum) {
+/// The products are 64 bits wide by definition.
+double StandardError(std::int64_t n1, std::int64_t n2, const TieCorrection& ties, const Arithmetic& arithmetic) {
     const std::int64_t n = n1 + n2;
-    const auto cubic = static_cast<double>(Multiply64(Multiply64(n, n) - 1, n));
-    const auto product = static_cast<double>(Multiply64(Multiply64(n + 1, n1), n2));
-    return std::sqrt((1 - tieCorrectionSum / cubic) * (product / 12));
+    const Whole cubicN = (Whole(n) * n - 1) * n;
+    const double cubic = arithmetic.Signed64(cubicN);
+    const double product = arithmetic.Signed64((Whole(n) + 1) * n1 * n2);
+    const double untied =
+        arithmetic.Carefully([&] { return 1 - ties.Sum() / cubic; }, [&] { return ties.SpreadOf(n) / cubicN.Value(); });
+    return std::sqrt(untied * (product / 12));
 }
 
 /// What is no number stands in front of the list.
@@ -112,17 +112,13 @@ QKStatus TARNHodgesLehmannTwoIndep::ProcessColumns(ColumnBatch& batch) {
     return status;
 }
 
-/// The last run is never closed, so a tie among the largest values takes nothing off the standard error. That is
-/// intended: documents depend on it.
 void TARNHodgesLehmannTwoIndep::ExtendTieRun(double value, std::int32_t weight) {
     if (value == previousValue) {
-        runWeight = Add32(runWeight, weight);
+        runWeight += weight;
         return;
     }
-    if (runWeight > 1) {
-        const double t = runWeight;
-        tieCorrectionSum += t * t * t - t;
-    }
+    ties.AddHigherRun(Arithmetic::AsDefined().Count(runWeight));
+    wideTies.AddHigherRun(runWeight);
     runWeight = weight;
     previousValue = value;
 }
@@ -148,16 +144,73 @@ QKStatus TARNHodgesLehmannTwoIndep::EndPass() {
 /// Without a weight field each position is that of one difference, which is what the weighted position comes to when
 /// all weights are 1. Positions are as wide as the running weights.
 QKStatus TARNHodgesLehmannTwoIndep::Estimate() {
+    const bool mayDiffer = arithmetic.TakesTextbook(false);
+    Lists weighty = mayDiffer && HasWeightless() ? WeightyLists() : Lists();
     PairwiseDifferences differences(std::move(lists[TwoGroups::kFirst]), std::move(lists[TwoGroups::kSecond]));
     differences.SetWork(work);
-    const auto [n1, n2] = groupCounts;
-    estimate = differences.Median();
-    const double meanOfU = static_cast<double>(Multiply64(n1, n2)) / 2;
-    const double standardError = StandardError(n1, n2, tieCorrectionSum);
-    const double q = QKMath::QKDistFun::IdfStdNorm(1 - (1 - confidenceLevel) / 2);
-    lower = differences.At(Position(std::floor(meanOfU - q * standardError) + 1));
-    upper = differences.At(Position(std::ceil(meanOfU + q * standardError)));
+    const Positions asDefined = PositionsOf(ties, Arithmetic::AsDefined());
+    found = {differences.Median(), differences.At(asDefined.lower), differences.At(asDefined.upper)};
+    if (!mayDiffer) return QKStatus();
+
+    // Positions that move a little may still be those of the same values.
+    Arithmetic wide;
+    wide.Extend(true);
+    const Positions whole = PositionsOf(wideTies, wide);
+    if (whole != asDefined) {
+        found.lower = arithmetic.Either(found.lower, differences.At(whole.lower));
+        found.upper = arithmetic.Either(found.upper, differences.At(whole.upper));
+    }
+    return TakeTextbook(whole, differences, std::move(weighty));
+}
+
+/// The last run is never closed, so a tie among the largest values takes nothing off the standard error, and a value
+/// without weight can be one of the two in the middle, or an end. That is intended: documents depend on it. By the
+/// textbook the last run counts like any other, and a value without weight does not.
+QKStatus TARNHodgesLehmannTwoIndep::TakeTextbook(const Positions& whole, const PairwiseDifferences& differences,
+                                                 Lists weighty) {
+    Arithmetic wide;
+    wide.Extend(true);
+    wideTies.AddHigherRun(runWeight);
+    const Positions positions = PositionsOf(wideTies, wide);
+    const bool isSameList = weighty[TwoGroups::kFirst].empty() && weighty[TwoGroups::kSecond].empty();
+    if (isSameList && positions == whole) return QKStatus();
+    Interval textbook = found;
+    if (isSameList) {
+        textbook.lower = differences.At(positions.lower);
+        textbook.upper = differences.At(positions.upper);
+    } else {
+        if (weighty[TwoGroups::kFirst].empty() || weighty[TwoGroups::kSecond].empty()) {
+            static_cast<void>(arithmetic.TakesTextbook());
+            return QKStatus(StatusCode::kNoRecords);
+        }
+        PairwiseDifferences those(std::move(weighty[TwoGroups::kFirst]), std::move(weighty[TwoGroups::kSecond]));
+        those.SetWork(work);
+        textbook = {those.Median(), those.At(positions.lower), those.At(positions.upper)};
+    }
+    if (arithmetic.TakesTextbook(textbook != found)) found = textbook;
     return QKStatus();
+}
+
+bool TARNHodgesLehmannTwoIndep::HasWeightless() const {
+    return std::any_of(lists.begin(), lists.end(), [](const auto& list) {
+        return std::any_of(list.begin(), list.end(), [](const auto& entry) { return entry.weight == 0; });
+    });
+}
+
+TARNHodgesLehmannTwoIndep::Lists TARNHodgesLehmannTwoIndep::WeightyLists() const {
+    Lists weighty = lists;
+    for (auto& list : weighty) std::erase_if(list, [](const auto& entry) { return entry.weight == 0; });
+    return weighty;
+}
+
+/// Where the ends of the interval stand, by the sum over the ties and in the widths of some arithmetic.
+TARNHodgesLehmannTwoIndep::Positions TARNHodgesLehmannTwoIndep::PositionsOf(const TieCorrection& correction,
+                                                                            const Arithmetic& by) const {
+    const auto [n1, n2] = groupCounts;
+    const double meanOfU = by.Signed64(Whole(n1) * n2) / 2;
+    const double standardError = StandardError(n1, n2, correction, by);
+    const double q = QKMath::QKDistFun::IdfStdNorm(1 - (1 - confidenceLevel) / 2);
+    return {Position(std::floor(meanOfU - q * standardError) + 1), Position(std::ceil(meanOfU + q * standardError))};
 }
 
 // ---- Element ----
@@ -168,9 +221,9 @@ QKXML::XMLElement* TARNHodgesLehmannTwoIndep::MakeResultElement() {
     if (element.EndsWithMessages(messages, status)) return element.Release();
 
     StructuredTable statistics = element.AddTable(TableName::kStatisticsResult);
-    statistics.Row(RowName::kEstimate, estimate);
+    statistics.Row(RowName::kEstimate, found.estimate);
     StructuredTable interval = statistics.Table(TableName::kAsymptotic);
-    interval.Row(RowName::kLower, lower);
-    interval.Row(RowName::kUpper, upper);
+    interval.Row(RowName::kLower, found.lower);
+    interval.Row(RowName::kUpper, found.upper);
     return element.Release();
 }

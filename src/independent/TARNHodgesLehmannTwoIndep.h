@@ -8,6 +8,7 @@
 #include "contract/ColumnPass.h"
 #include "contract/TARNPlan.h"
 #include "independent/TwoGroups.h"
+#include "support/TieCorrection.h"
 #include "support/WeightedOrder.h"
 
 /// The Hodges-Lehmann estimate of the shift of two independent groups, setting "IHodgesLehmannEstimateGroups".
@@ -28,8 +29,27 @@ class TARNHodgesLehmannTwoIndep : public ColumnTest {
     QKXML::XMLElement* MakeResultElement() override;
 
  private:
+    /// An interval by the positions at which its ends stand.
+    struct Positions {
+        double lower;
+        double upper;
+        bool operator==(const Positions&) const = default;
+    };
+
+    struct Interval {
+        double estimate = 0;
+        double lower = 0;
+        double upper = 0;
+        bool operator==(const Interval&) const = default;
+    };
+    using Lists = std::array<std::vector<WeightedDifference>, 2>;
+
     void ExtendTieRun(double value, std::int32_t weight);
     QKStatus Estimate();
+    QKStatus TakeTextbook(const Positions& whole, const PairwiseDifferences& differences, Lists weighty);
+    bool HasWeightless() const;
+    Lists WeightyLists() const;
+    Positions PositionsOf(const TieCorrection& correction, const Arithmetic& by) const;
 
     UnivariateResults* univariateResults = nullptr;
     double confidenceLevel = kDefaultConfidenceLevel;
@@ -39,16 +59,15 @@ class TARNHodgesLehmannTwoIndep : public ColumnTest {
     int groupVariableIndex = -1;
     int weightIndex = -1;
     double previousValue = 0;
-    std::int32_t runWeight = 0;
-    /// Over the runs of equal values, 2 or more, without the last one.
-    double tieCorrectionSum = 0;
+    std::int64_t runWeight = 0;
+    // Of the runs that are closed, counted in 32 bits and as wide as they are.
+    TieCorrection ties;
+    TieCorrection wideTies;
     /// One entry per record, for each group.
-    std::array<std::vector<WeightedDifference>, 2> lists;
+    Lists lists;
     /// Weighted sizes of the groups; -1 until the first record.
     std::array<std::int64_t, 2> groupCounts{};
-    double estimate = 0;
-    double lower = 0;
-    double upper = 0;
+    Interval found;
 };
 
 /// The plan builder of "IHodgesLehmannEstimateGroups". Keys: "variableName" and "groupVariableName", one field each;

@@ -14,10 +14,12 @@
 #include "independent/TARNJonckTer.h"
 
 #include <algorithm>
+#include <array>
 #include <limits>
 #include <utility>
 
 #include "contract/TARNPlanBuilder.h"
+#include "independent/TextbookForm.h"
 #include "platform/common/QKDistFun.h"
 #include "support/Significance.h"
 #include "vocabulary/SettingKeys.h"
@@ -92,16 +94,25 @@ int TARNJonckTer::BriefPasses() const {
 /// The places of a stepwise subset are given by positions among the groups with cases, though its records look their
 /// place up by category. Where a category is empty the two differ; documents depend on it. The walk then goes over all
 /// categories, and each pair is walked by itself, since any two of them may have to stand for a pair of single cases.
+/// By the textbook a subset has the records of its groups.
 void TARNJonckTer::BeginOverall() {
     BeginBoxes();
     if (status.IsError()) return;
-    walksAllCategories = wanted.stepwise && static_cast<std::size_t>(activeGroups.back()) + 1 != activeGroups.size();
-    const bool sizesAreCounts = !HasNegativeWeight() && SumOfWeights() <= std::numeric_limits<std::int32_t>::max();
+    const bool hasGap = wanted.stepwise && static_cast<std::size_t>(activeGroups.back()) + 1 != activeGroups.size();
+    walksTwice = hasGap && arithmetic.TakesTextbook(false);
+    walksAllCategories = hasGap && !walksTwice;
+    // Up to the second number the sums of ranks are not rounded where all pairs share their ties.
+    const double most = arithmetic.Carefully([] { return std::numeric_limits<std::int32_t>::max(); },
+                                             [] { return TARNRank::kMostExactWeight; });
+    const bool sizesAreCounts = !HasNegativeWeight() && static_cast<double>(SumOfWeights()) <= most;
     const bool areShared = tieScan.AreShared() && sizesAreCounts && !walksAllCategories;
     walk.Begin(walksAllCategories ? static_cast<std::size_t>(categoryCount) : activeGroups.size(),
-               areShared ? PairRankSums::Ties::kShared : PairRankSums::Ties::kOfEachPair, work);
+               areShared ? PairRankSums::Ties::kShared : PairRankSums::Ties::kOfEachPair, arithmetic, work);
+    if (walksTwice) {
+        walkAsDefined.Begin(static_cast<std::size_t>(categoryCount), PairRankSums::Ties::kOfEachPair, arithmetic, work);
+    }
     std::vector<double> sizes;
-    for (const std::int32_t group : activeGroups) sizes.push_back(SizeOf(group));
+    for (const std::int32_t group : activeGroups) sizes.push_back(static_cast<double>(SizeOf(group)));
     overall.SetGroups(std::move(sizes));
 }
 
@@ -110,7 +121,10 @@ std::size_t TARNJonckTer::PlaceInWalk(std::size_t placeOfGroup) const {
 }
 
 void TARNJonckTer::BeginSteps() {
-    steps.Begin(activeGroups.size(), static_cast<std::size_t>(categoryCount));
+    // Categories without cases count among the samples that a subset's significance is adjusted for, by the textbook
+    // the groups alone.
+    steps.Begin(activeGroups.size(),
+                arithmetic.TakesTextbook(false) ? activeGroups.size() : static_cast<std::size_t>(categoryCount));
 }
 
 void TARNJonckTer::Take(const GroupedRecords& records) {
@@ -124,8 +138,10 @@ void TARNJonckTer::Take(const GroupedRecords& records) {
         // Among many groups that are walked pair by pair, a batch takes longer than a cancel may.
         constexpr std::size_t kBetweenQuestions = 4096;
         for (std::size_t begin = 0; begin < records.size && !IsStopped(); begin += kBetweenQuestions) {
-            walk.Add(records.values + begin, records.weights + begin, places + begin,
-                     std::min(kBetweenQuestions, records.size - begin));
+            const std::size_t size = std::min(kBetweenQuestions, records.size - begin);
+            walk.Add(records.values + begin, records.weights + begin, places + begin, size);
+            if (!walksTwice) continue;
+            walkAsDefined.Add(records.values + begin, records.weights + begin, records.categories + begin, size);
         }
     }
 }
@@ -141,6 +157,7 @@ void TARNJonckTer::EndOverallPass() {
     }
     if (overallPass == kQuantilesPass) {
         walk.Close();
+        walkAsDefined.Close();
         std::vector<std::size_t> places;
         for (std::size_t place = 0; place < activeGroups.size(); ++place) places.push_back(PlaceInWalk(place));
         overallSignificant = Judge(overall, walk.Of(places));
@@ -156,21 +173,26 @@ void TARNJonckTer::EndPairs() {
                 {static_cast<double>(SizeOf(activeGroups[i])), static_cast<double>(SizeOf(activeGroups[j]))});
             Judge(pair, walk.OfPair(PlaceInWalk(i), PlaceInWalk(j)));
             PairRecord& record = pairs.emplace_back(RecordOf(pair, activeGroups[i], activeGroups[j]));
-            if (!pair.degenerate) record.adjSig = AdjustByPairCount(pair.sigDirected, categoryCount, arithmetic);
+            if (pair.degenerate) continue;
+            const auto adjusted = [&](std::int32_t samples) {
+                return AdjustByPairCount(pair.sigDirected, samples, arithmetic);
+            };
+            record.adjSig =
+                FormOf(adjusted(categoryCount), adjusted(static_cast<std::int32_t>(activeGroups.size())), arithmetic);
         }
     }
 }
 
-StepwiseComparison::Outcome TARNJonckTer::ComputeStep(SubsetRecord& range) {
+StepwiseComparison::Outcome TARNJonckTer::ComputeRange(SubsetRecord& range, JonckheereWalk& by) {
     using Outcome = StepwiseComparison::Outcome;
     if (IsStopped()) return Outcome::kFailed;
     std::vector<double> sizes;
     for (std::uint32_t position = range.firstPosition; position <= range.lastPosition; ++position) {
-        sizes.push_back(SizeOf(activeGroups[position]));
+        sizes.push_back(static_cast<double>(SizeOf(activeGroups[position])));
     }
     JonckheereSubset subset;
     subset.SetGroups(std::move(sizes));
-    Judge(subset, walk.OfRange(range.firstPosition, range.lastPosition));
+    Judge(subset, by.OfRange(range.firstPosition, range.lastPosition));
     range.statistic = subset.j;
     range.standardError = subset.standardError;
     range.standardTestStatistic = subset.z;
@@ -178,8 +200,36 @@ StepwiseComparison::Outcome TARNJonckTer::ComputeStep(SubsetRecord& range) {
     return subset.degenerate ? Outcome::kUntestable : Outcome::kComputed;
 }
 
+void TARNJonckTer::EndStep() {
+    SeveralGroups::EndStep();
+    const bool mayDiffer = walksTwice || static_cast<std::size_t>(categoryCount) != activeGroups.size();
+    if (steps.IsDone() && mayDiffer && arithmetic.TakesTextbook(false)) NoteSubsets();
+}
+
+/// Whether the search as it is defined finds anything else than the one by the textbook.
+void TARNJonckTer::NoteSubsets() {
+    StepwiseComparison search(steps.Rules(), arithmetic);
+    search.Begin(activeGroups.size(), static_cast<std::size_t>(categoryCount));
+    while (!search.IsDone() && !IsStopped()) {
+        static_cast<void>(search.EndPass(
+            sigLevel, [this](SubsetRecord& range) { return ComputeRange(range, walksTwice ? walkAsDefined : walk); }));
+    }
+    const auto areSame = [](const SubsetRecord& a, const SubsetRecord& b) {
+        const auto shown = [](const SubsetRecord& subset) {
+            return std::array{subset.statistic, subset.standardError, subset.standardTestStatistic, subset.sig,
+                              subset.adjSig};
+        };
+        return a.firstPosition == b.firstPosition && a.lastPosition == b.lastPosition && shown(a) == shown(b);
+    };
+    const auto& found = steps.FinalSubsets();
+    const auto& defined = search.FinalSubsets();
+    static_cast<void>(
+        arithmetic.TakesTextbook(!std::equal(found.begin(), found.end(), defined.begin(), defined.end(), areSame)));
+}
+
 void TARNJonckTer::Release() {
     walk = {};
+    walkAsDefined = {};
 }
 
 /// Whether the groups of the subset differ at the level; a subset that can't be tested counts as one whose groups do.
@@ -190,7 +240,7 @@ bool TARNJonckTer::Judge(JonckheereSubset& subset, const JonckheereCounts& count
         AddStatusMessage(QKStatus(kEmptyGroup), kind);
         return true;
     }
-    subset.Compute(counts);
+    subset.Compute(counts, arithmetic);
     if (phase == Phase::kOverall) {
         subset.sigTwoTail = TwoTailedNormal(subset.z, arithmetic);
         return sigLevel > subset.sigTwoTail;
@@ -199,7 +249,7 @@ bool TARNJonckTer::Judge(JonckheereSubset& subset, const JonckheereCounts& count
     // the overall test found does not come into it. Documents depend on it.
     const double lower = QKMath::QKDistFun::CdfStdNorm(subset.z);
     const bool takesUpper = (orderOfHypotheses == kSmallestToLargest) == (subset.z >= 0);
-    subset.sigDirected = takesUpper ? 1 - lower : lower;
+    subset.sigDirected = takesUpper ? UpperTailOfNormal(subset.z, arithmetic) : lower;
     return sigLevel > subset.sigDirected;
 }
 
@@ -229,7 +279,7 @@ QKXML::XMLElement* TARNJonckTer::MakeResultElement() {
 ComparedSamples TARNJonckTer::Samples() const {
     std::vector<double> meanRanks;
     for (const std::int32_t group : activeGroups) {
-        meanRanks.push_back(rankSums[static_cast<std::size_t>(group)] / SizeOf(group));
+        meanRanks.push_back(rankSums[static_cast<std::size_t>(group)] / static_cast<double>(SizeOf(group)));
     }
     return {groupVariableIndex, JoinValues(activeGroups), JoinValues(meanRanks)};
 }

@@ -30,8 +30,11 @@ class TARNJonckTer : public SeveralGroups {
     void EndOverallPass() override;
     void EndPairs() override;
     void BeginSteps() override;
-    StepwiseComparison::Outcome ComputeStep(SubsetRecord& range) override;
+    StepwiseComparison::Outcome ComputeStep(SubsetRecord& range) override { return ComputeRange(range, walk); }
+    void EndStep() override;
     void Release() override;
+    StepwiseComparison::Outcome ComputeRange(SubsetRecord& range, JonckheereWalk& by);
+    void NoteSubsets();
     bool Judge(JonckheereSubset& subset, const JonckheereCounts& counts);
     std::size_t PlaceInWalk(std::size_t placeOfGroup) const;
 
@@ -43,6 +46,8 @@ class TARNJonckTer : public SeveralGroups {
     TieScan tieScan;
     JonckheereWalk walk;  // over the groups, or over all categories
     bool walksAllCategories = false;
+    bool walksTwice = false;
+    JonckheereWalk walkAsDefined;  // over all categories, where the search by the textbook may differ from it
     JonckheereSubset overall;
     bool overallSignificant = false;
     std::vector<PairRecord> pairs;

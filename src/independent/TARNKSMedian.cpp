@@ -106,7 +106,7 @@ void TARNKSMedian::BeginOverall() {
 MedianSubset TARNKSMedian::MakeSubset(const std::vector<std::int32_t>& categories) const {
     MedianSubset subset(arithmetic);
     std::vector<double> sizes;
-    for (const std::int32_t category : categories) sizes.push_back(SizeOf(category));
+    for (const std::int32_t category : categories) sizes.push_back(static_cast<double>(SizeOf(category)));
     subset.SetGroups(categories, std::move(sizes), categoryCount);
     if (userSpecifyMedian) subset.SetMedian(givenMedian);
     return subset;

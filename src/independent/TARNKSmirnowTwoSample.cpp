@@ -15,6 +15,8 @@
 #include <algorithm>
 #include <cmath>
 #include <string>
+#include <tuple>
+#include <utility>
 
 #include "contract/TARNPlanBuilder.h"
 #include "support/ResultElements.h"
@@ -44,8 +46,8 @@ constexpr int kTwoCategories = 2;
 
 /// The pairs of two groups per case, all 32 bits wide by definition: with more than 4294967295 pairs, of two groups of
 /// 65536 say, the product wraps around. docs/limits.md says what a user sees.
-double PairsPerCase(std::uint32_t n1, std::uint32_t n2) {
-    return static_cast<double>(n1 * n2) / static_cast<double>(n1 + n2);
+double PairsPerCase(std::int64_t n1, std::int64_t n2, const Arithmetic& arithmetic) {
+    return arithmetic.Unsigned32(Whole(n1) * n2) / arithmetic.Unsigned32(Whole(n1) + n2);
 }
 
 void CheckCategories(TARNPlanBuilder& builder, const QKVarList& varList, int groupField) {
@@ -76,7 +78,7 @@ QKStatus TARNKSmirnowTwoSample::BeginPass() {
     if (passCounter == 0) {
         ReadSettings();
     } else {
-        if (!status.IsError()) BeginWalk();
+        if (!status.IsError()) BeginWalks();
         passesRemaining = 1;
     }
     return status;
@@ -102,16 +104,22 @@ void TARNKSmirnowTwoSample::ReadSettings() {
     passesRemaining = 2;
 }
 
-void TARNKSmirnowTwoSample::BeginWalk() {
+/// The second walk is made only where the two may come to something else.
+void TARNKSmirnowTwoSample::BeginWalks() {
     if (!isBrief) {
         for (GroupHistogram& histogram : histograms) histogram.Begin();
     }
+    // Where a count wraps around, nothing bounds the differences.
+    const std::array<std::int64_t, 2> counted = sizes;
+    for (std::int64_t& size : sizes) size = arithmetic.UnsignedCount(size);
     // Each share, and their difference, is rounded by less than 1e-15 in all.
     constexpr double kRounding = 1e-15;
     constexpr double kMostPairs = 0x1p62;
-    const auto [n1, n2] = std::pair(static_cast<double>(samples[0].n), static_cast<double>(samples[1].n));
-    const bool areExact = walksCounts && n1 * n2 < kMostPairs;
-    extent.reach = areExact ? static_cast<std::int64_t>(n1 * n2 * kRounding) + 1 : -1;
+    const auto [n1, n2] = std::pair(static_cast<double>(sizes[0]), static_cast<double>(sizes[1]));
+    const bool areExact = walksCounts && sizes == counted && n1 * n2 < kMostPairs;
+    walk.extent.reach = areExact ? static_cast<std::int64_t>(n1 * n2 * kRounding) + 1 : -1;
+    walkByTextbook.extent.reach = -1;
+    walksTwice = hasStrangers && arithmetic.TakesTextbook(false);
 }
 
 void TARNKSmirnowTwoSample::GetUsedVariables(std::vector<int>& fieldIndices) {
@@ -127,51 +135,52 @@ QKStatus TARNKSmirnowTwoSample::ProcessColumns(ColumnBatch& batch) {
         Count(values, weights);
     } else {
         if (!isBrief) FillHistograms(split, values, weights, histograms);
-        Walk(values, batch.Weights(weightIndex));
+        Take(walk, values, batch.Weights(weightIndex));
+        if (walksTwice) Take(walkByTextbook, values, batch.Weights(weightIndex));
     }
     return status;
 }
 
 void TARNKSmirnowTwoSample::Count(const double* values, const std::int32_t* weights) {
     for (const std::size_t group : {TwoGroups::kFirst, TwoGroups::kSecond}) {
-        samples[group].n += static_cast<std::uint32_t>(split.WeightOf(static_cast<std::int32_t>(group), weights));
+        sizes[group] += split.WeightOf(static_cast<std::int32_t>(group), weights);
     }
     ExtendRanges(split, values, histograms);
     const std::size_t size = split.Size();
     const bool isBelowZero = weights != nullptr && *std::min_element(weights, weights + size) < 0;
     // What is no number stands at an end of the order.
     const bool isNumber = !std::isnan(values[0]) && !std::isnan(values[size - 1]);
-    walksCounts = walksCounts && !isBelowZero && isNumber && split.CountOf(GroupSplit::kNoGroup) == 0;
+    hasStrangers = hasStrangers || split.CountOf(GroupSplit::kNoGroup) != 0;
+    walksCounts = walksCounts && !isBelowZero && isNumber && !hasStrangers;
 }
 
-void TARNKSmirnowTwoSample::Walk(const double* values, const std::int32_t* weights) {
+void TARNKSmirnowTwoSample::Take(Walk& taking, const double* values, const std::int32_t* weights) const {
     const std::int32_t* const places = split.Groups();
     for (std::size_t i = 0; i < split.Size(); ++i) {
-        const auto added = static_cast<std::uint32_t>(weights[i]);
-        if (QKMV::IsMissing(lastValue) && places[i] != GroupSplit::kNoGroup) {
-            walkBeganInGroup = true;
-            lastValue = values[i];
+        if (QKMV::IsMissing(taking.lastValue) && places[i] != GroupSplit::kNoGroup) {
+            taking.beganInGroup = true;
+            taking.lastValue = values[i];
         }
         auto group = static_cast<std::size_t>(places[i]);
-        if (values[i] != lastValue) {
-            if (MayBeExtreme()) TakeDifference();
-            lastValue = values[i];
+        if (values[i] != taking.lastValue) {
+            if (places[i] == GroupSplit::kNoGroup && taking.strangers == Strangers::kAreLeftOut) continue;
+            if (MayBeExtreme(taking)) TakeDifference(taking);
+            taking.lastValue = values[i];
             // A record of neither group that brings a new value counts for the second one here, though its n does not
             // know it. Documents depend on it.
             if (places[i] == GroupSplit::kNoGroup) group = TwoGroups::kSecond;
         } else if (places[i] == GroupSplit::kNoGroup) {
             continue;
         }
-        samples[group].cumulative += added;
+        taking.cumulative[group] += weights[i];
     }
 }
 
 /// Whether the difference, as it stands, could be more extreme than those before, rounding included.
-bool TARNKSmirnowTwoSample::MayBeExtreme() {
+bool TARNKSmirnowTwoSample::MayBeExtreme(Walk& taking) const {
+    Extent& extent = taking.extent;
     if (extent.reach < 0) return true;
-    const auto& [first, second] = samples;
-    const std::int64_t difference =
-        std::int64_t{first.cumulative} * second.n - std::int64_t{second.cumulative} * first.n;
+    const std::int64_t difference = taking.cumulative[0] * sizes[1] - taking.cumulative[1] * sizes[0];
     const bool isHigh = difference >= extent.largest - extent.reach;
     const bool isLow = difference <= extent.smallest + extent.reach;
     extent.largest = std::max(extent.largest, difference);
@@ -179,35 +188,37 @@ bool TARNKSmirnowTwoSample::MayBeExtreme() {
     return isHigh || isLow;
 }
 
-/// The share of the group up to a value: it has no step in front of its smallest value and none behind its largest.
-double TARNKSmirnowTwoSample::DistributionAt(std::size_t group, double value) const {
-    if (histograms[group].Min() > value) return 0;
-    if (value >= histograms[group].Max()) return 1;
-    return static_cast<double>(samples[group].cumulative) / samples[group].n;
+/// The share of the group up to the value in hand: it has no step in front of its smallest value and none behind its
+/// largest.
+double TARNKSmirnowTwoSample::ShareOf(std::size_t group, const Walk& taking) const {
+    if (histograms[group].Min() > taking.lastValue) return 0;
+    if (taking.lastValue >= histograms[group].Max()) return 1;
+    return static_cast<double>(arithmetic.UnsignedCount(taking.cumulative[group])) / static_cast<double>(sizes[group]);
 }
 
-void TARNKSmirnowTwoSample::TakeDifference() {
-    if (!walkBeganInGroup) {
-        status = QKStatus(kFirstRecordInNoGroup, true);
+void TARNKSmirnowTwoSample::TakeDifference(Walk& taking) const {
+    if (!taking.beganInGroup) {
+        taking.status = QKStatus(kFirstRecordInNoGroup, true);
         return;
     }
-    const double first = DistributionAt(TwoGroups::kFirst, lastValue);
-    const double second = DistributionAt(TwoGroups::kSecond, lastValue);
-    const bool secondIsLarger = samples[TwoGroups::kFirst].n < samples[TwoGroups::kSecond].n;
+    const double first = ShareOf(TwoGroups::kFirst, taking);
+    const double second = ShareOf(TwoGroups::kSecond, taking);
+    const bool secondIsLarger = sizes[TwoGroups::kFirst] < sizes[TwoGroups::kSecond];
     const double difference = secondIsLarger ? second - first : first - second;
-    if (difference >= 0) extremes.positive = std::max(extremes.positive, difference);
-    if (difference <= 0) extremes.negative = std::min(extremes.negative, difference);
+    ExtremeDifferences& found = taking.extremes;
+    if (difference >= 0) found.positive = std::max(found.positive, difference);
+    if (difference <= 0) found.negative = std::min(found.negative, difference);
 }
 
 QKStatus TARNKSmirnowTwoSample::EndPass() {
     split.Release();
     if (passCounter == 0) return status;
-    if (samples[TwoGroups::kFirst].n == 0 || samples[TwoGroups::kSecond].n == 0) {
+    if (sizes[TwoGroups::kFirst] == 0 || sizes[TwoGroups::kSecond] == 0) {
         AddStatusMessage(QKStatus(kGroupEmpty), MessageKind::kError);
     }
     passesRemaining = 0;
     if (status.IsError()) return status;
-    TakeDifference();
+    EndWalks();
     ComputeSignificance();
     if (!isBrief) {
         for (GroupHistogram& histogram : histograms) histogram.End();
@@ -215,10 +226,22 @@ QKStatus TARNKSmirnowTwoSample::EndPass() {
     return status;
 }
 
+void TARNKSmirnowTwoSample::EndWalks() {
+    TakeDifference(walk);
+    if (walksTwice) TakeDifference(walkByTextbook);
+    const auto found = [](const Walk& each) {
+        return std::tuple(each.status.IsOK(), each.extremes.positive, each.extremes.negative);
+    };
+    const Walk& taken =
+        walksTwice && arithmetic.TakesTextbook(found(walk) != found(walkByTextbook)) ? walkByTextbook : walk;
+    extremes = taken.extremes;
+    if (!taken.status.IsOK()) status = taken.status;
+}
+
 void TARNKSmirnowTwoSample::ComputeSignificance() {
     if (extremes.HasPositive()) extremes.absolute = extremes.positive;
     if (extremes.HasNegative()) extremes.absolute = std::max(extremes.absolute, std::fabs(extremes.negative));
-    z = std::sqrt(PairsPerCase(samples[TwoGroups::kFirst].n, samples[TwoGroups::kSecond].n)) * extremes.absolute;
+    z = std::sqrt(PairsPerCase(sizes[TwoGroups::kFirst], sizes[TwoGroups::kSecond], arithmetic)) * extremes.absolute;
     const std::optional<double> significance = KolmogorovSignificance(z, arithmetic);
     if (significance) {
         sig = *significance;
@@ -236,15 +259,14 @@ QKXML::XMLElement* TARNKSmirnowTwoSample::MakeResultElement() {
     if (element.EndsWithMessages(messages, status)) return element.Release();
 
     StructuredTable statistics = element.AddTable(TableName::kStatisticsResult);
-    statistics.Row(RowName::kTotalN,
-                   static_cast<std::int32_t>(samples[TwoGroups::kFirst].n + samples[TwoGroups::kSecond].n));
+    statistics.Row(RowName::kTotalN, arithmetic.Count(sizes[TwoGroups::kFirst] + sizes[TwoGroups::kSecond]));
     extremes.AddTable(statistics);
     statistics.Row(RowName::kTestStatistic, z);
     statistics.Row(RowName::kAsymptoticSig2Tailed, sig);
     for (const std::size_t group : {TwoGroups::kFirst, TwoGroups::kSecond}) {
         StructuredTable table = element.AddTable(GroupTableName(group));
         table.Row(RowName::kGroupIndex, SizeToString(group));
-        table.Row(RowName::kN, static_cast<std::int32_t>(samples[group].n));
+        table.Row(RowName::kN, arithmetic.Count(sizes[group]));
         if (!isBrief) histograms[group].AddIntervals(table);
     }
     return element.Release();

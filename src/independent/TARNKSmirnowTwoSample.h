@@ -31,12 +31,6 @@ class TARNKSmirnowTwoSample : public ColumnTest {
     QKXML::XMLElement* MakeResultElement() override;
 
  private:
-    /// One group and how far the walk over the values has come in it.
-    struct Sample {
-        std::uint32_t n = 0;
-        std::uint32_t cumulative = 0;
-    };
-
     /// The difference of the distribution functions in whole numbers, n1 n2 times it, and the largest and the smallest
     /// one that was taken. A division for each value would take most of the time of the walk, and nearly all of them
     /// are far from the extremes.
@@ -46,13 +40,30 @@ class TARNKSmirnowTwoSample : public ColumnTest {
         std::int64_t reach = 0;  // what rounding may make of a difference; below 0: all are taken
     };
 
+    /// What becomes of a record of neither group.
+    enum class Strangers { kCountAsSecond, kAreLeftOut };
+
+    /// How far a walk over the values has come in each group, and what it has found.
+    struct Walk {
+        explicit Walk(Strangers treatment) : strangers(treatment) {}
+
+        Strangers strangers;
+        std::array<std::int64_t, 2> cumulative{};
+        ExtremeDifferences extremes;
+        Extent extent;
+        double lastValue = QKMV::Missing();  // of the run in hand
+        bool beganInGroup = false;
+        QKStatus status;
+    };
+
     void ReadSettings();
     void Count(const double* values, const std::int32_t* weights);
-    void BeginWalk();
-    void Walk(const double* values, const std::int32_t* weights);
-    double DistributionAt(std::size_t group, double value) const;
-    bool MayBeExtreme();
-    void TakeDifference();
+    void BeginWalks();
+    void Take(Walk& taking, const double* values, const std::int32_t* weights) const;
+    double ShareOf(std::size_t group, const Walk& taking) const;
+    bool MayBeExtreme(Walk& taking) const;
+    void TakeDifference(Walk& taking) const;
+    void EndWalks();
     void ComputeSignificance();
 
     int weightIndex = -1;
@@ -61,15 +72,16 @@ class TARNKSmirnowTwoSample : public ColumnTest {
     TwoGroups groups{{0}, {1}};
     bool userSpecifyGroupList = false;
     double sigLevel = kDefaultSigLevel;
-    std::array<Sample, 2> samples;
+    std::array<std::int64_t, 2> sizes{};
     GroupHistograms histograms{GroupHistogram(arithmetic),
                                GroupHistogram(arithmetic)};  // their ranges bound the distribution functions
     ExtremeDifferences extremes;
     GroupSplit split;
     bool walksCounts = true;  // numbers alone, no weight below 0, and every record in a group
-    Extent extent;
-    double lastValue = QKMV::Missing();  // of the run in hand
-    bool walkBeganInGroup = false;
+    bool hasStrangers = false;
+    Walk walk{Strangers::kCountAsSecond};
+    Walk walkByTextbook{Strangers::kAreLeftOut};
+    bool walksTwice = false;
     double z = 0;
     double sig = 0;
     std::size_t passCounter = 0;

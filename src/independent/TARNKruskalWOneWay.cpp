@@ -22,7 +22,7 @@
 #include <utility>
 
 #include "contract/TARNPlanBuilder.h"
-#include "support/Int32.h"
+#include "independent/TextbookForm.h"
 #include "support/Significance.h"
 #include "vocabulary/SettingKeys.h"
 #include "vocabulary/StatusCodes.h"
@@ -151,8 +151,11 @@ void TARNKruskalWOneWay::BeginSteps() {
     std::stable_sort(sortedGroups.begin(), sortedGroups.end(),
                      [&](std::int32_t a, std::int32_t b) { return key(a) < key(b); });
     positionOf = PlacesOf(sortedGroups);
-    steps.Begin(sortedGroups.size(), static_cast<std::size_t>(categoryCount));
-    const std::int32_t largest = *std::max_element(groupSizes.begin(), groupSizes.end());
+    // Categories without cases count among the samples that a subset's significance is adjusted for, by the textbook
+    // the groups alone. No decision rests on it.
+    steps.Begin(sortedGroups.size(),
+                arithmetic.TakesTextbook(false) ? sortedGroups.size() : static_cast<std::size_t>(categoryCount));
+    const std::int64_t largest = *std::max_element(groupSizes.begin(), groupSizes.end());
     if (tieScan.AreShared() && !HasNegativeWeight() && RangeRanks::AreExact(SumOfWeights(), largest)) {
         stepRanks = StepRanks::kAwaitWalk;
         rangeRanks.Begin(sortedGroups.size(), work);
@@ -210,35 +213,54 @@ void TARNKruskalWOneWay::EndOverallPass() {
     }
     wholeRank.CloseTieRun();
     for (std::int32_t group = 0; group < categoryCount; ++group) {
-        rankSums.push_back(wholeRank.GroupRanks(group).sumOfRanks);
+        groupRanks.push_back(wholeRank.GroupRanks(group));
     }
     tieSum = wholeRank.TieCorrectionSum();
+    const auto sumOfRanks = [this](std::int32_t group) { return RanksOf(group).sumOfRanks; };
+    const auto sumAbove = [this](std::int32_t group, WideNumber twice) { return RanksOf(group).Above(twice); };
+    const auto spreadOf = [this](std::int64_t total) { return spread = wholeRank.SpreadOf(total); };
+    overall = ComputeH(activeGroups, {sumOfRanks, sumAbove, tieSum, spreadOf});
+    spreadOf(overall.totalN);
     wholeRank.Reset();  // tests live as long as the document
-    overall = ComputeH(
-        activeGroups, [this](std::int32_t group) { return rankSums[static_cast<std::size_t>(group)]; }, tieSum);
     Settle(overall.sig < sigLevel);
     if (wanted.pairwise) ComparePairs();
 }
 
 /// The statistic of some groups over their own ranks. Its remark goes out each time, whether there are ties or not.
-template <typename SumOfRanks>
-TARNKruskalWOneWay::Result TARNKruskalWOneWay::ComputeH(const std::vector<std::int32_t>& groups, SumOfRanks sumOfRanks,
-                                                        double tieCorrectionSum) {
+TARNKruskalWOneWay::Result TARNKruskalWOneWay::ComputeH(const std::vector<std::int32_t>& groups,
+                                                        const Ranking& ranking) {
     std::vector<std::int32_t> fromTheLast = groups;
     std::sort(fromTheLast.begin(), fromTheLast.end(), std::greater<>());
     Result result;
-    double sum = 0;
-    for (const std::int32_t group : fromTheLast) {
-        const double ranks = sumOfRanks(group);
-        result.totalN = Add32(result.totalN, SizeOf(group));
-        sum += ranks * ranks / SizeOf(group);
-    }
-    const double n = result.totalN;
-    const double next = Add32(result.totalN, 1);
-    const double expected = Add32(Multiply32(3, result.totalN), 3);
-    const double h = 12 * sum / (next * n) - expected;
-    const double correction = 1 - tieCorrectionSum / (n * n * n - n);
-    result.statistic = correction != 0 ? h / correction : 0.0;
+    for (const std::int32_t group : fromTheLast) result.totalN += SizeOf(group);
+    result.totalN = arithmetic.Count(result.totalN);
+    const auto n = static_cast<double>(result.totalN);
+    const double next = arithmetic.Signed32(Whole(result.totalN) + 1);
+    const double expected = arithmetic.Signed32(Whole(3) * result.totalN + 3);
+    const auto asDefined = [&] {
+        double sum = 0;
+        for (const std::int32_t group : fromTheLast) {
+            const double ranks = ranking.sumOfRanks(group);
+            sum += ranks * ranks / SizeAsNumber(group);
+        }
+        const double h = 12 * sum / (next * n) - expected;
+        const double correction = 1 - ranking.tieSum / (n * n * n - n);
+        return correction != 0 ? h / correction : 0.0;
+    };
+    // The same around the middle rank, so that nothing large is subtracted.
+    const auto centred = [&] {
+        const long double within = ranking.spread(result.totalN);
+        if (within == 0) return 0.0L;
+        long double sum = 0;
+        for (const std::int32_t group : fromTheLast) {
+            const long double above =
+                ranking.sumAbove(group, WideNumber{SizeOf(group)} * (WideNumber{result.totalN} + 1));
+            sum += above * above / static_cast<long double>(SizeOf(group));
+        }
+        return 12 * static_cast<long double>(result.totalN - 1) * sum / within;
+    };
+    // The ranks add up to those of all cases only where no weight is below 0.
+    result.statistic = HasNegativeWeight() ? asDefined() : arithmetic.Carefully(asDefined, centred);
     AddStatusMessage(QKStatus(kStatisticComputed), MessageKind::kHelpMessage);
     result.degreesOfFreedom = static_cast<double>(groups.size()) - 1;
     result.sig = ChiSquareSig(result.statistic, result.degreesOfFreedom, arithmetic);
@@ -254,32 +276,56 @@ void TARNKruskalWOneWay::ComparePairs() {
     pairwiseDone = true;
 }
 
-/// Categories without cases count among the samples that the significance is adjusted for.
+/// The mean rank of a group less that of all cases.
+long double TARNKruskalWOneWay::MeanRankAboveMiddle(std::int32_t group) const {
+    return RanksOf(group).Above(WideNumber{SizeOf(group)} * (WideNumber{overall.totalN} + 1)) /
+           static_cast<long double>(SizeOf(group));
+}
+
+/// Categories without cases count among the samples that the significance is adjusted for, by the textbook the groups
+/// alone.
 PairRecord TARNKruskalWOneWay::Compare(std::int32_t a, std::int32_t b) const {
-    const double n = overall.totalN;
-    const double standardError =
-        std::sqrt((1.0 / SizeOf(b) + 1.0 / SizeOf(a)) * ((n + 1) * n / 12 - tieSum / (12 * (n - 1))));
-    return MakeNormalPair(a, b, MeanRank(a) - MeanRank(b), standardError, static_cast<std::size_t>(categoryCount),
-                          arithmetic);
+    const auto n = static_cast<double>(overall.totalN);
+    const double share = 1.0 / SizeAsNumber(b) + 1.0 / SizeAsNumber(a);
+    const double standardError = arithmetic.Carefully(
+        [&] { return std::sqrt(share * ((n + 1) * n / 12 - tieSum / (12 * (n - 1)))); },
+        [&] { return std::sqrt(share * (spread / (12 * static_cast<long double>(overall.totalN - 1)))); });
+    const double difference = arithmetic.Carefully([&] { return MeanRank(a) - MeanRank(b); },
+                                                   [&] { return MeanRankAboveMiddle(a) - MeanRankAboveMiddle(b); });
+    PairRecord pair =
+        MakeNormalPair(a, b, difference, standardError, static_cast<std::size_t>(categoryCount), arithmetic);
+    pair.adjSig = FormOf(pair.adjSig, AdjustForPairs(pair.sig, activeGroups.size()), arithmetic);
+    return pair;
+}
+
+TARNKruskalWOneWay::Ranking TARNKruskalWOneWay::RankingOf(const SubsetRecord& range) {
+    const std::uint32_t first = range.firstPosition;
+    const std::uint32_t last = range.lastPosition;
+    if (stepRanks == StepRanks::kOfEachStep) {
+        TARNRank& rank = subsetRanks[first];
+        rank.CloseTieRun();
+        const auto ranksOf = [this, &rank](std::int32_t group) -> const GroupRankStats& {
+            return rank.GroupRanks(PositionOf(group));
+        };
+        return {[=](std::int32_t group) { return ranksOf(group).sumOfRanks; },
+                [=](std::int32_t group, WideNumber twice) { return ranksOf(group).Above(twice); },
+                rank.TieCorrectionSum(), [&rank](std::int64_t total) { return rank.SpreadOf(total); }};
+    }
+    const auto sumOfRanks = [=, this](std::int32_t group) {
+        return rangeRanks.SumOfRanks(static_cast<std::size_t>(PositionOf(group)), first, last);
+    };
+    const auto sumAbove = [=](std::int32_t group, WideNumber twice) {
+        return sumOfRanks(group) - static_cast<long double>(twice) / 2;  // both are exact here
+    };
+    return {sumOfRanks, sumAbove, rangeRanks.TieCorrectionSum(first, last),
+            [=, this](std::int64_t total) { return rangeRanks.SpreadOf(first, last, total); }};
 }
 
 StepwiseComparison::Outcome TARNKruskalWOneWay::ComputeStep(SubsetRecord& range) {
     if (IsStopped()) return StepwiseComparison::Outcome::kFailed;
     const std::vector<std::int32_t> groups(sortedGroups.begin() + range.firstPosition,
                                            sortedGroups.begin() + range.lastPosition + 1);
-    Result result;
-    if (stepRanks == StepRanks::kOfEachStep) {
-        TARNRank& rank = subsetRanks[range.firstPosition];
-        rank.CloseTieRun();
-        const auto sumOfRanks = [&](std::int32_t group) { return rank.GroupRanks(PositionOf(group)).sumOfRanks; };
-        result = ComputeH(groups, sumOfRanks, rank.TieCorrectionSum());
-    } else {
-        const auto sumOfRanks = [&](std::int32_t group) {
-            return rangeRanks.SumOfRanks(static_cast<std::size_t>(PositionOf(group)), range.firstPosition,
-                                         range.lastPosition);
-        };
-        result = ComputeH(groups, sumOfRanks, rangeRanks.TieCorrectionSum(range.firstPosition, range.lastPosition));
-    }
+    const Result result = ComputeH(groups, RankingOf(range));
     range.statistic = result.statistic;
     range.sig = result.sig;
     return StepwiseComparison::Outcome::kComputed;
@@ -292,6 +338,18 @@ void TARNKruskalWOneWay::EndStep() {
     }
     SeveralGroups::EndStep();
     for (TARNRank& rank : subsetRanks) rank.Reset();
+    if (steps.IsDone()) NoteSubsets();
+}
+
+/// Whether the samples without cases matter to any subset that is shown.
+void TARNKruskalWOneWay::NoteSubsets() const {
+    const auto adjusted = [this](const SubsetRecord& subset, std::size_t samples) {
+        return AdjustForSubset(subset.sig, subset.Size(), samples, arithmetic);
+    };
+    for (const SubsetRecord& subset : steps.FinalSubsets()) {
+        static_cast<void>(FormOf(adjusted(subset, static_cast<std::size_t>(categoryCount)),
+                                 adjusted(subset, sortedGroups.size()), arithmetic));
+    }
 }
 
 void TARNKruskalWOneWay::Release() {

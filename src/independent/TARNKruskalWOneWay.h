@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -12,6 +13,7 @@
 #include "platform/common/QKMV.h"
 #include "support/PairwiseComparison.h"
 #include "support/TARNRank.h"
+#include "support/WideNumber.h"
 
 /// The Kruskal-Wallis test of several independent groups, setting "IKruskalWallis", with its comparisons and the box
 /// plots of the groups. Its statistic needs the first pass alone, and pairs none of their own.
@@ -27,10 +29,20 @@ class TARNKruskalWOneWay : public SeveralGroups {
  private:
     /// What comes out when some of the groups are tested among themselves.
     struct Result {
-        std::int32_t totalN = 0;
+        std::int64_t totalN = 0;
         double statistic = QKMV::Missing();
         double degreesOfFreedom = QKMV::Missing();
         double sig = QKMV::Missing();
+    };
+
+    /// Some groups as they are ranked among themselves; each of the functions is of one of them, named by its category.
+    struct Ranking {
+        std::function<double(std::int32_t)> sumOfRanks;
+        /// Less the half of a number.
+        std::function<long double(std::int32_t, WideNumber)> sumAbove;
+        double tieSum;
+        /// N cubed minus N less the sum over the ties, for a total of N.
+        std::function<long double(std::int64_t)> spread;
     };
 
     void CountCategories() override;
@@ -46,17 +58,22 @@ class TARNKruskalWOneWay : public SeveralGroups {
 
     void TakeStep(const GroupedRecords& records);
     void ComparePairs();
-    template <typename SumOfRanks>
-    Result ComputeH(const std::vector<std::int32_t>& groups, SumOfRanks sumOfRanks, double tieCorrectionSum);
+    Result ComputeH(const std::vector<std::int32_t>& groups, const Ranking& ranking);
+    Ranking RankingOf(const SubsetRecord& range);
     PairRecord Compare(std::int32_t a, std::int32_t b) const;
-    double MeanRank(std::int32_t group) const { return rankSums[static_cast<std::size_t>(group)] / SizeOf(group); }
+    const GroupRankStats& RanksOf(std::int32_t group) const { return groupRanks[static_cast<std::size_t>(group)]; }
+    double SizeAsNumber(std::int32_t group) const { return static_cast<double>(SizeOf(group)); }
+    double MeanRank(std::int32_t group) const { return RanksOf(group).sumOfRanks / SizeAsNumber(group); }
+    long double MeanRankAboveMiddle(std::int32_t group) const;
+    void NoteSubsets() const;
     std::int32_t PositionOf(std::int32_t group) const { return positionOf[static_cast<std::size_t>(group)]; }
     ComparedSamples Samples(const std::vector<std::int32_t>& groups) const;
     ComparedSamples PairedSamples() const;
 
     TARNRank wholeRank{arithmetic};
-    std::vector<double> rankSums;  // per category, over all records
+    std::vector<GroupRankStats> groupRanks;  // per category, over all records
     double tieSum = 0;
+    long double spread = 0;  // N cubed minus N less that sum
     Result overall;
     std::vector<PairRecord> pairs;
 

@@ -19,8 +19,6 @@
 
 #include "contract/TARNPlanBuilder.h"
 #include "independent/MannWhitneyExact.h"
-#include "platform/common/Truncation.h"
-#include "support/Int32.h"
 #include "support/ResultElements.h"
 #include "support/Significance.h"
 #include "vocabulary/SettingKeys.h"
@@ -133,7 +131,7 @@ QKStatus TARNMannWU::EndPass() {
 
 void TARNMannWU::EndRanking() {
     const auto [n1, n2] = groupCounts;
-    totalN = Add32(TruncateToInt32(n1), TruncateToInt32(n2));
+    totalN = arithmetic.Count(arithmetic.Truncated(n1) + arithmetic.Truncated(n2));
     if (totalN == 0) {
         AddStatusMessage(QKStatus(StatusCode::kNoRecords), MessageKind::kError);
         return;
@@ -148,15 +146,27 @@ void TARNMannWU::EndRanking() {
     const double rankSumOfSecond = rank.GroupRanks(TwoGroups::kSecond).sumOfRanks;
     meanRank = {rankSumOfFirst / n1, rankSumOfSecond / n2};
     w = rankSumOfSecond;
-    u = n1 * (n1 + 1) / 2 + n1 * n2 - rankSumOfFirst;
+    // U and its distance from the middle, from what the rank sum of the first group lies above.
+    const double n = n1 + n2;
+    const auto whole1 = static_cast<std::int64_t>(n1);
+    const auto whole2 = static_cast<std::int64_t>(n2);
+    const GroupRankStats& first = rank.GroupRanks(TwoGroups::kFirst);
+    const WideNumber twiceOwn = WideNumber{whole1} * (WideNumber{whole1} + 1);
+    const WideNumber pairs = WideNumber{whole1} * whole2;
+    u = arithmetic.Carefully([&] { return n1 * (n1 + 1) / 2 + n1 * n2 - rankSumOfFirst; },
+                             [&] { return -first.Above(twiceOwn + 2 * pairs); });
     if (HasExactSignificance(n1, n2)) {
-        exactSig = MannWhitneyExactSignificance(TruncateToInt32(n1), TruncateToInt32(n2), u);
+        exactSig = MannWhitneyExactSignificance(TruncateToInt32(n1), TruncateToInt32(n2), u, arithmetic);
         exactComputed = true;
     }
-    const double n = n1 + n2;
-    const double spread = Spread(n, rank.TieCorrectionSum());
+    const double spread = arithmetic.Carefully([&] { return Spread(n, rank.TieCorrectionSum()); },
+                                               [&] { return rank.SpreadOf(whole1 + whole2) / 12; });
     standardError = std::sqrt(spread * (n1 * n2 / (n * (n - 1))));
-    if (spread != 0) z = (u - n1 * n2 / 2) / standardError;
+    if (spread != 0) {
+        const double above =
+            arithmetic.Carefully([&] { return u - n1 * n2 / 2; }, [&] { return -first.Above(twiceOwn + pairs); });
+        z = above / standardError;
+    }
     asymptoticSig = TwoTailedNormal(z, arithmetic);
     passCounter = isBrief ? 2 : 1;
     rank.Reset();  // it holds every rank, and tests live as long as the document

@@ -40,7 +40,7 @@ class TARNMannWU : public ColumnTest {
     TARNRank rank{arithmetic};
     std::array<double, 2> meanRank{};
     GroupHistograms groupVariables{GroupHistogram(arithmetic), GroupHistogram(arithmetic)};
-    std::int32_t totalN = 0;
+    std::int64_t totalN = 0;
     /// Weighted sizes of the groups.
     std::array<double, 2> groupCounts{};
     double u = 0;

@@ -16,8 +16,6 @@
 
 #include "contract/TARNPlanBuilder.h"
 #include "independent/MosesSignificance.h"
-#include "platform/common/Truncation.h"
-#include "support/Int32.h"
 #include "support/ResultElements.h"
 #include "vocabulary/SettingKeys.h"
 #include "vocabulary/StatusCodes.h"
@@ -48,11 +46,9 @@ constexpr long kOutliersReduced = 221117_warning;
 constexpr double kShareTrimmed = 0.05;
 
 /// From one mid-rank to another, to the nearest whole number, a half upward.
-std::int32_t Span(double lowestRank, double highestRank) {
-    return TruncateToInt32(highestRank - lowestRank + 1 + 0.5);
+std::int64_t Span(double lowestRank, double highestRank, const Arithmetic& arithmetic) {
+    return arithmetic.Truncated(highestRank - lowestRank + 1 + 0.5);
 }
-
-using RankList = std::vector<std::pair<double, double>>;
 
 /// The rank that is left where cases of weight `trimmed` are taken away at the front of the ranks, the last of which
 /// is never reached: that of the entry in which they end, or of the next one where they use it up. Where they don't
@@ -67,11 +63,13 @@ double RankAfterTrimming(Iterator entry, Iterator last, double trimmed, double m
     return middle;
 }
 
-std::int32_t TrimmedSpan(const RankList& ranks, std::int32_t trimmed) {
+std::int64_t TrimmedSpan(const std::vector<std::pair<double, double>>& ranks, std::int64_t outliers,
+                         const Arithmetic& arithmetic) {
+    const auto trimmed = static_cast<double>(outliers);
     const double middle = ranks[ranks.size() / 2].first;
     const double lowest = RankAfterTrimming(ranks.begin(), std::prev(ranks.end()), trimmed, middle);
     const double highest = RankAfterTrimming(ranks.rbegin(), std::prev(ranks.rend()), trimmed, middle);
-    return Span(lowest, highest);
+    return Span(lowest, highest, arithmetic);
 }
 
 }  // namespace
@@ -116,7 +114,7 @@ QKStatus TARNMoses::BeginPass() {
     if (status.IsError()) return status;
     passesRemaining = Passes() - passCounter;
     if (passCounter == 1) {
-        for (const std::int32_t count : groupCounts) groupBoxes.emplace_back(count);
+        for (const std::int64_t count : groupCounts) groupBoxes.emplace_back(count);
     }
     return status;
 }
@@ -143,7 +141,9 @@ void TARNMoses::ReadSettings() {
     settings->GetSettingValByName(SettingKey::kSigLevel, sigLevel);
     groups.Read(*settings);
     settings->GetSettingValByName(kUserSpecifyNumberOfOutliers, userSpecifyNumberOfOutliers);
-    if (userSpecifyNumberOfOutliers) settings->GetSettingValByName(kNumberOfOutliers, numberOfOutliers);
+    int given = static_cast<int>(numberOfOutliers);
+    if (userSpecifyNumberOfOutliers) settings->GetSettingValByName(kNumberOfOutliers, given);
+    numberOfOutliers = given;
 }
 
 void TARNMoses::ValidateGroups() {
@@ -167,8 +167,7 @@ QKStatus TARNMoses::ProcessColumns(ColumnBatch& batch) {
     if (passCounter == 0) {
         rank.AddAscending(values, weights, split.Groups(), split.Size());
         for (const std::size_t group : {TwoGroups::kFirst, TwoGroups::kSecond}) {
-            const std::int64_t weight = split.WeightOf(static_cast<std::int32_t>(group), weights);
-            groupCounts[group] = Add32(groupCounts[group], Wrap32(weight));
+            groupCounts[group] += split.WeightOf(static_cast<std::int32_t>(group), weights);
         }
         return status;
     }
@@ -206,8 +205,9 @@ QKStatus TARNMoses::EndPass() {
 }
 
 void TARNMoses::EndRanking() {
+    for (std::int64_t& count : groupCounts) count = arithmetic.Count(count);
     const auto [m, n] = groupCounts;
-    totalN = Add32(m, n);
+    totalN = arithmetic.Count(m + n);
     if (totalN == 0) {
         AddStatusMessage(QKStatus(StatusCode::kNoRecords), MessageKind::kError);
         return;
@@ -217,23 +217,34 @@ void TARNMoses::EndRanking() {
         return;
     }
     rank.CloseTieRun();
-    const GroupRankStats& control = rank.GroupRanks(static_cast<std::int32_t>(TwoGroups::kFirst));
-    observedSpan = Span(control.minRank, control.maxRank);
-    observedSig = MosesSignificance(observedSpan, m, n, 0);
+    GroupRankStats& control = rank.GroupRanks(static_cast<std::int32_t>(TwoGroups::kFirst));
     ChooseNumberOfOutliers();
-    trimmedSpan = TrimmedSpan(control.ranks, numberOfOutliers);
-    trimmedSig = MosesSignificance(trimmedSpan, m, n, numberOfOutliers);
+    observedSpan = Span(control.minRank, control.maxRank, arithmetic);
+    trimmedSpan = TrimmedSpan(control.ranks, numberOfOutliers, arithmetic);
+    if (arithmetic.TakesTextbook(false)) LeaveOutWeightless(control.ranks);
+    observedSig = MosesSignificance(observedSpan, m, n, 0, arithmetic);
+    trimmedSig = MosesSignificance(trimmedSpan, m, n, numberOfOutliers, arithmetic);
     rank.Reset();  // it holds every rank, and tests live as long as the document
 }
 
+/// A control case without weight has a rank as defined, which can end a span. By the textbook it has none.
+void TARNMoses::LeaveOutWeightless(RankList& ranks) {
+    if (std::erase_if(ranks, [](const auto& entry) { return entry.second == 0; }) == 0 || ranks.empty()) return;
+    const std::int64_t observed = Span(ranks.front().first, ranks.back().first, arithmetic);
+    const std::int64_t trimmed = TrimmedSpan(ranks, numberOfOutliers, arithmetic);
+    if (arithmetic.TakesTextbook(observed != observedSpan)) observedSpan = observed;
+    if (arithmetic.TakesTextbook(trimmed != trimmedSpan)) trimmedSpan = trimmed;
+}
+
 void TARNMoses::ChooseNumberOfOutliers() {
-    const std::int32_t m = groupCounts[TwoGroups::kFirst];
+    const std::int64_t m = groupCounts[TwoGroups::kFirst];
     if (!userSpecifyNumberOfOutliers) {
-        numberOfOutliers = std::max(TruncateToInt32(m * kShareTrimmed), 1);
-    } else if (2 * std::int64_t{numberOfOutliers} > std::int64_t{m} - 2) {
+        const std::int64_t share = arithmetic.Truncated(static_cast<double>(m) * kShareTrimmed);
+        numberOfOutliers = std::max<std::int64_t>(share, 1);
+    } else if (2 * numberOfOutliers > m - 2) {
         AddMessage(
             {QKStatus(kOutliersReduced), MessageKind::kWarning, {IntToString(numberOfOutliers), IntToString(m)}, {}});
-        numberOfOutliers = static_cast<std::int32_t>((std::int64_t{m} - 2) / 2);
+        numberOfOutliers = (m - 2) / 2;
     }
 }
 

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "contract/ColumnPass.h"
@@ -34,7 +35,10 @@ class TARNMoses : public ColumnTest {
     void BeginRanking();
     void ReadSettings();
     void ValidateGroups();
+    using RankList = std::vector<std::pair<double, double>>;
+
     void EndRanking();
+    void LeaveOutWeightless(RankList& ranks);
     void ChooseNumberOfOutliers();
 
     int weightIndex = -1;
@@ -50,13 +54,13 @@ class TARNMoses : public ColumnTest {
     int passCounter = 0;
     TARNRank rank{arithmetic};
     std::vector<GroupBoxPlot> groupBoxes;
-    std::int32_t totalN = 0;
+    std::int64_t totalN = 0;
     /// Outliers that are trimmed from each end of the control group.
-    std::int32_t numberOfOutliers = -1;
-    std::array<std::int32_t, 2> groupCounts{};
-    std::int32_t observedSpan = 0;
+    std::int64_t numberOfOutliers = -1;
+    std::array<std::int64_t, 2> groupCounts{};
+    std::int64_t observedSpan = 0;
     double observedSig = 0;
-    std::int32_t trimmedSpan = 0;
+    std::int64_t trimmedSpan = 0;
     double trimmedSig = 0;
 };
 

@@ -18,7 +18,6 @@
 #include "contract/TARNPlanBuilder.h"
 #include "independent/RunsSignificance.h"
 #include "platform/common/QKDistFun.h"
-#include "support/Int32.h"
 #include "vocabulary/SettingKeys.h"
 #include "vocabulary/StatusCodes.h"
 #include "vocabulary/TestFacts.h"
@@ -83,7 +82,7 @@ void TARNWaldWolfRuns::BeginCounting() {
     const QKStatus read = ReadGroups();
     if (read.IsError()) AddStatusMessage(read, MessageKind::kError);
     groups.Prepare(split);
-    runs = RunCounter();
+    runs = RunCounter(arithmetic);
 }
 
 QKStatus TARNWaldWolfRuns::ReadGroups() {
@@ -146,9 +145,9 @@ void TARNWaldWolfRuns::EndCounting() {
 }
 
 /// False if anything has no value.
-bool TARNWaldWolfRuns::Compute(RunsResult& result, std::int32_t number) const {
+bool TARNWaldWolfRuns::Compute(RunsResult& result, std::int64_t number) const {
     const auto [n1, n2] = runs.Counts();
-    const std::optional<RunsStatistic> statistic = RunsNormalStatistic(number, n1, n2);
+    const std::optional<RunsStatistic> statistic = RunsNormalStatistic(number, n1, n2, arithmetic);
     if (!statistic) return false;
     result.runs = number;
     result.standardError = statistic->standardError;
@@ -162,11 +161,12 @@ bool TARNWaldWolfRuns::Compute(RunsResult& result, std::int32_t number) const {
 
 bool TARNWaldWolfRuns::HasExact() const {
     const auto [n1, n2] = runs.Counts();
-    return static_cast<double>(n1) + n2 <= kMostExact;
+    return static_cast<double>(n1) + static_cast<double>(n2) <= kMostExact;
 }
 
-std::int32_t TARNWaldWolfRuns::TotalN() const {
-    return Add32(runs.Counts()[0], runs.Counts()[1]);
+std::int64_t TARNWaldWolfRuns::TotalN() const {
+    const auto [n1, n2] = runs.Counts();
+    return arithmetic.Count(n1 + n2);
 }
 
 // ---- Element ----

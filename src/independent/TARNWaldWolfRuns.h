@@ -34,7 +34,7 @@ class TARNWaldWolfRuns : public ColumnTest {
  private:
     /// What is reported of one number of runs.
     struct RunsResult {
-        std::int32_t runs = 0;
+        std::int64_t runs = 0;
         double standardError = 0;
         double z = 0;
         double sig = 0;
@@ -44,9 +44,9 @@ class TARNWaldWolfRuns : public ColumnTest {
     void BeginCounting();
     QKStatus ReadGroups();
     void EndCounting();
-    bool Compute(RunsResult& result, std::int32_t runs) const;
+    bool Compute(RunsResult& result, std::int64_t runs) const;
     bool HasExact() const;
-    std::int32_t TotalN() const;
+    std::int64_t TotalN() const;
     void AddResult(StructuredTable& statistics, const char* name, const RunsResult& result) const;
 
     UnivariateResults* univariateResults = nullptr;
@@ -57,7 +57,7 @@ class TARNWaldWolfRuns : public ColumnTest {
     int variableIndex = -1;
     int groupVariableIndex = -1;
     int weightIndex = -1;
-    RunCounter runs;
+    RunCounter runs{arithmetic};
     RunsResult minimum;
     RunsResult maximum;
     std::uint32_t passCounter = 0;

@@ -72,6 +72,12 @@ class Arithmetic {
     bool StaysNarrow(std::int64_t most) const {
         return !isExtended_ || most <= std::numeric_limits<std::int32_t>::max();
     }
+    /// A number that was worked out in both widths, where steps on the way depend on them, so that folding what comes
+    /// out won't do.
+    template <typename Number>
+    Number Either(Number narrow, Number wide) const {
+        return Choose(narrow, wide);
+    }
     /// A counter of 32 bits without one.
     std::int64_t UnsignedCount(std::int64_t sum) const {
         return Choose<std::int64_t>(static_cast<std::uint32_t>(sum), sum);

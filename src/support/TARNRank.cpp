@@ -6,14 +6,6 @@
 
 #include "platform/common/Truncation.h"
 
-namespace {
-
-/// As long as the weights don't exceed this sum, no counter wraps around, and twice a sum of ranks stays below 2^53, so
-/// that it is exact in every order of its additions.
-constexpr double kMostExactWeight = 9.4e7;
-
-}  // namespace
-
 // ---- One by one ----
 
 QKStatus TARNRank::AddValue(double value, double weight, std::int32_t group) {
@@ -40,11 +32,17 @@ void TARNRank::AddToRun(double weight, std::int32_t group) {
 }
 
 void TARNRank::CloseTieRun() {
-    const double midRank =
-        static_cast<double>(arithmetic->Count(tieWeight + 1)) * 0.5 + static_cast<double>(casesBelow);
+    const std::int64_t twiceWithin = arithmetic->Count(tieWeight + 1);
+    const double midRank = static_cast<double>(twiceWithin) * 0.5 + static_cast<double>(casesBelow);
+    const std::int64_t twiceMidRank = twiceWithin + 2 * casesBelow;
     for (std::size_t i = 0; i < pendingGroups.size(); ++i) {
-        GroupRankStats& stats = GroupRanks(pendingGroups[i]);
-        stats.sumOfRanks += midRank * pendingWeights[i];
+        GroupRankStats& stats = StatsOf(pendingGroups[i]);
+        const double weight = pendingWeights[i];
+        stats.sumOfRanks = arithmetic->Carefully([&] { return stats.sumOfRanks + midRank * weight; },
+                                                 [&] {
+                                                     stats.AddExactly(midRank, twiceMidRank, weight);
+                                                     return stats.sumOfRanks;  // comes at the end
+                                                 });
         if (pendingGroups[i] != keptGroup) continue;
         stats.Extend(midRank);
         stats.ranks.emplace_back(midRank, pendingWeights[i]);
@@ -53,6 +51,12 @@ void TARNRank::CloseTieRun() {
 }
 
 GroupRankStats& TARNRank::GroupRanks(std::int32_t group) {
+    GroupRankStats& stats = StatsOf(group);
+    stats.sumOfRanks = arithmetic->Carefully([&] { return stats.sumOfRanks; }, [&] { return stats.Above(0); });
+    return stats;
+}
+
+GroupRankStats& TARNRank::StatsOf(std::int32_t group) {
     const auto place = static_cast<std::size_t>(group);
     if (place >= groupRanks.size()) groupRanks.resize(place + 1);
     return groupRanks[place];
@@ -195,7 +199,7 @@ std::size_t TARNRank::AddClosedRuns(const Block& block) {
     }
     if (keptGroup == kNone) return last;
 
-    GroupRankStats& kept = GroupRanks(keptGroup);
+    GroupRankStats& kept = StatsOf(keptGroup);
     const std::size_t keptBefore = kept.ranks.size();
     std::size_t end = keptBefore;
     kept.ranks.resize(end + last);
@@ -212,7 +216,10 @@ void TARNRank::AddExactSums() {
     for (std::size_t group = 0; group < exactSums.size() / kSumsOfGroup; ++group) {
         std::int64_t twice = 0;
         for (std::size_t i = 0; i < kSumsOfGroup; ++i) twice += exactSums[kSumsOfGroup * group + i];
-        if (twice != 0) GroupRanks(static_cast<std::int32_t>(group)).sumOfRanks += static_cast<double>(twice) * 0.5;
+        if (twice == 0) continue;
+        GroupRankStats& stats = StatsOf(static_cast<std::int32_t>(group));
+        stats.sumOfRanks += static_cast<double>(twice) * 0.5;
+        stats.twiceSumOfRanks += twice;
     }
     std::fill(exactSums.begin(), exactSums.end(), 0);
 }

@@ -7,12 +7,29 @@
 #include <vector>
 
 #include "platform/common/QKStatus.h"
+#include "platform/common/Truncation.h"
 #include "support/Arithmetic.h"
 #include "support/TieCorrection.h"
+#include "support/WideNumber.h"
 
 /// What `TARNRank` keeps of the ranks of one group.
 struct GroupRankStats {
     double sumOfRanks = 0.0;  ///< each value adds its rank times its weight
+
+    // The same without rounding, for a run that wants all digits: twice what the whole parts of the weights add, and
+    // what their fractions do.
+    WideNumber twiceSumOfRanks = 0;
+    long double sumOfFractions = 0;
+
+    /// The sum less the half of `twiceExpected`, with all its digits however large both are.
+    long double Above(WideNumber twiceExpected) const {
+        return static_cast<long double>(twiceSumOfRanks - twiceExpected) / 2 + sumOfFractions;
+    }
+    void AddExactly(double midRank, std::int64_t twiceMidRank, double weight) {
+        const std::int32_t whole = TruncateToInt32(weight);
+        twiceSumOfRanks += WideNumber{twiceMidRank} * whole;
+        if (weight != whole) sumOfFractions += static_cast<long double>(weight - whole) * midRank;
+    }
 
     // Of the group whose ranks are kept.
     double minRank = -1.0;  ///< -1: no rank has been seen
@@ -42,6 +59,10 @@ class TARNRank {
     static constexpr double kTieTolerance = 1e-14;
     static bool AreTied(double value, double opener) { return std::fabs(value - opener) < kTieTolerance; }
 
+    /// As long as the weights don't exceed this sum, no counter wraps around, and twice a sum of ranks stays below
+    /// 2^53, so that it is exact in every order of its additions.
+    static constexpr double kMostExactWeight = 9.4e7;
+
     /// Takes the next value. Its weight, truncated to 32 bits, moves the ranks; as it is it weighs the rank in the
     /// sum. A value is tied with the one that opened the run if they differ by less than 1e-14. Never an error.
     QKStatus AddValue(double value, double weight, std::int32_t group);
@@ -57,6 +78,8 @@ class TARNRank {
     GroupRankStats& GroupRanks(std::int32_t group);
     /// Sum of t cubed minus t over the sizes t of the tied runs.
     double TieCorrectionSum() const { return tieCorrection.Sum(); }
+    /// N cubed minus N less that sum, N being a total of that many cases, without rounding (see `TieCorrection`).
+    long double SpreadOf(std::int64_t total) const { return tieCorrection.SpreadOf(total); }
     /// Back to the beginning, for another stream of values.
     void Reset();
 
@@ -83,6 +106,7 @@ class TARNRank {
     void AddOneByOne(const Block& block);
     std::size_t AddClosedRuns(const Block& block);
     void AddExactSums();
+    GroupRankStats& StatsOf(std::int32_t group);
 
     const Arithmetic* arithmetic;
     QKStatus status;

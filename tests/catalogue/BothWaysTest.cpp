@@ -1,7 +1,7 @@
 // Every test of the catalogue takes its records by columns, and one by one where a value is no number. What it says
 // may not depend on that, nor on how the records are divided into batches: here each is driven three ways over the same
 // random tables, and its element is compared to the letter. One by one is the reference: it is what the tables of
-// numbers in the other folders were checked against.
+// numbers in the other folders were checked against. That holds for both arithmetics.
 
 #include <gtest/gtest.h>
 
@@ -22,184 +22,28 @@
 #include "planning/TARNTestWorker.h"
 #include "platform/common/Truncation.h"
 #include "records/TARNSortedDataSet.h"
-#include "support/QKVecValue.h"
 #include "support/UnivariateCollector.h"
+#include "tests/catalogue/AllTests.h"
 #include "tests/harness/TestRun.h"
 #include "vocabulary/TestFacts.h"
 
 namespace {
 
-using Rows = std::vector<std::vector<double>>;
-using Names = std::vector<std::string>;
-
-// ---- What is asked for ----
-
-struct Entry {
-    std::string name;
-    std::string setting;
-    QKSettings settings;
-};
-
-class Entries {
- public:
-    Entries() {
-        for (const char* const field : {"x0", "x1"}) {
-            Add(Tests::kRuns, field, [](QKSettings& entry) {
-                entry.AddSetting("contVarClassFormation", "cutPointValue");
-                entry.AddSetting("cutPointValue", 2.0);
-            });
-            Add(Tests::kWilcoxonOneSample, field, [](QKSettings& entry) {
-                entry.AddSetting("userSpecifyTestValue", true);
-                entry.AddSetting("testValue", 2.0);
-            });
-            Add(Tests::kBinomial, field, [](QKSettings& entry) {
-                entry.AddSetting("contVarClassFormation", "sampleMidPoint");
-                entry.AddSetting("testProbability", 0.5);
-            });
-            for (const std::string_view setting : Tests::kKolmogorovSmirnov.Settings()) {
-                AddTo(std::string(setting), field, [](QKSettings& entry) { entry.AddSetting("isUseSample", true); });
-            }
-        }
-        const auto ofData = [](QKSettings& entry) {
-            entry.AddSetting("catVarClassFormation", "getFromData");
-            entry.AddSetting("classFormation", "getFromData");
-            entry.AddSetting("testProbability", 0.4);
-            for (const char* const key : {"isDoClopperPearson", "isDoJeffreys", "isDoProfileLikelihood"}) {
-                entry.AddSetting(key, true);
-            }
-        };
-        for (const TestFacts* const test : {&Tests::kBinomial, &Tests::kProportionIntervals, &Tests::kRuns}) {
-            Add(*test, "a", ofData);
-        }
-        Add(Tests::kChiSquare, "p", ofData);
-
-        for (const TestFacts* const test : {&Tests::kSign, &Tests::kWilcoxonPairs, &Tests::kHodgesLehmannPairs}) {
-            AddList(*test, {"x0", "x1"});
-        }
-        AddList(Tests::kMcNemar, {"a", "b"}, ofData);
-        AddList(Tests::kMarginalHomogeneity, {"p", "q"});
-        for (const char* const comparison : {"none", "pairWise", "stepWise"}) {
-            const auto compare = [&](QKSettings& entry) {
-                ofData(entry);
-                entry.AddSetting("typeOfMultipleComparison", comparison);
-            };
-            AddList(Tests::kFriedman, {"x0", "x1", "x2", "x3"}, compare);
-            AddList(Tests::kKendall, {"x0", "x1", "x2"}, compare);
-            AddList(Tests::kFriedman, {"x0", "x1", "x2", "x3", "x4", "x5", "x6", "x7", "x8", "x9"}, compare);
-            AddList(Tests::kCochran, {"a", "b", "c"}, compare);
-            for (const TestFacts* const test : {&Tests::kKruskalWallis, &Tests::kJonckheereTerpstra, &Tests::kMedian}) {
-                Add(*test, "x0", [&](QKSettings& entry) {
-                    compare(entry);
-                    entry.AddSetting("groupVariableName", "g");
-                });
-            }
-        }
-        for (const TestFacts* const test : {&Tests::kMannWhitney, &Tests::kKolmogorovSmirnovTwoSample,
-                                            &Tests::kWaldWolfowitz, &Tests::kMoses, &Tests::kHodgesLehmannGroups}) {
-            Add(*test, "x0", [](QKSettings& entry) { entry.AddSetting("groupVariableName", "a"); });
-            Add(*test, "x1", [](QKSettings& entry) { entry.AddSetting("groupVariableName", "b"); });
-        }
-        for (const TestFacts* const test : {&Tests::kMannWhitney, &Tests::kMoses}) {
-            Add(*test, "x1", [](QKSettings& entry) {
-                entry.AddSetting("groupVariableName", "g");
-                entry.AddSetting("userSpecifyGroupList", true);
-                AddVecSetting(entry, "group1List", std::vector<double>{1, 4}, false);
-                AddVecSetting(entry, "group2List", std::vector<double>{2}, false);
-            });
-        }
-    }
-
-    std::vector<Entry> entries;
-
- private:
-    using Fill = std::function<void(QKSettings&)>;
-
-    void Add(const TestFacts& test, const std::string& field, const Fill& fill) {
-        AddTo(std::string(test.Setting()), field, fill);
-    }
-    void AddTo(const std::string& setting, const std::string& field, const Fill& fill) {
-        Entry entry{Named(setting), setting, {}};
-        entry.settings.AddSetting("variableName", field);
-        fill(entry.settings);
-        entries.push_back(std::move(entry));
-    }
-    void AddList(const TestFacts& test, const Names& fields, const Fill& fill = {}) {
-        const std::string setting(test.Setting());
-        Entry entry{Named(setting), setting, {}};
-        AddVecSetting(entry.settings, "variableName", fields, false);
-        if (fill) fill(entry.settings);
-        entries.push_back(std::move(entry));
-    }
-    std::string Named(const std::string& setting) { return setting + "_" + std::to_string(entries.size()); }
-};
-
-const std::vector<Entry>& AllEntries() {
-    static const Entries all;
-    return all.entries;
-}
-
-// ---- The tables ----
-
-struct Scene {
-    std::string name;
-    std::size_t records;
-    int steps;       ///< how many different values a continuous field has; 0: all differ
-    double missing;  ///< the share of the cells that are missing
-    bool hasWeight;
-    bool analysisMissing = true;
-};
-
-const Scene kScenes[] = {
-    {"few", 7, 4, 0, false},
-    {"ties", 300, 6, 0, false},
-    {"continuous", 300, 0, 0, false},
-    {"missing", 400, 5, 0.15, false},
-    {"listwise", 400, 0, 0.02, false, false},
-    {"weights", 250, 7, 0.1, true},
-    {"long", 70'000, 40, 0.01, true},
-};
-
-/// x0 .. x9 continuous; a, b, c of two categories; p, q of three; g of five; w the weight.
-struct Data {
-    Data(const Scene& scene, unsigned seed) : random(seed) {
-        for (int i = 0; i < 10; ++i) fields.Continuous("x" + std::to_string(i));
-        for (const char* const name : {"a", "b", "c"}) fields.Numeric(name, {1, 2});
-        for (const char* const name : {"p", "q"}) fields.Numeric(name, {1, 2, 3});
-        fields.Numeric("g", {1, 2, 3, 4, 5});
-        if (scene.hasWeight) fields.Weight("w");
-        for (std::size_t i = 0; i < scene.records; ++i) rows.push_back(MakeRow(scene));
-    }
-
-    std::vector<double> MakeRow(const Scene& scene) {
-        std::vector<double> row;
-        const auto isMissing = [&] { return std::uniform_real_distribution<>()(random) < scene.missing; };
-        for (int i = 0; i < 10; ++i) {
-            const double shift = 0.3 * i;
-            const double value = scene.steps > 0
-                                     ? static_cast<double>(random() % static_cast<unsigned>(scene.steps)) + i % 2
-                                     : std::normal_distribution<>(shift)(random);
-            row.push_back(isMissing() ? harness::kNone : value == 0 && random() % 2 == 0 ? -0.0 : value);
-        }
-        for (const unsigned categories : {2U, 2U, 2U, 3U, 3U, 5U}) {
-            row.push_back(isMissing() ? harness::kNoCategory : static_cast<double>(random() % categories));
-        }
-        constexpr double kWeights[] = {1, 2, 3, 0, 0.5, 1.75, 12};
-        if (scene.hasWeight) row.push_back(isMissing() ? harness::kNone : kWeights[random() % std::size(kWeights)]);
-        return row;
-    }
-
-    std::mt19937 random;
-    harness::Fields fields;
-    Rows rows;
-};
+using catalogue::AllEntries;
+using catalogue::Data;
+using catalogue::Entry;
+using catalogue::kScenes;
+using catalogue::Rows;
+using catalogue::Scene;
 
 // ---- The plan of one test ----
 
 /// A run up to the point where its one test meets the records.
 class PlannedTest : private TARNPlan {
  public:
-    PlannedTest(const Entry& entry, harness::Fields& fields, const Rows& rows, const Scene& scene)
+    PlannedTest(const Entry& entry, harness::Fields& fields, const Rows& rows, const Scene& scene, bool isExtended)
         : varList_(fields.List()),
+          isExtended_(isExtended),
           analysisMissing_(scene.analysisMissing),
           stream_(rows),
           markers_(QKTarn::MarkersOfPasses(varList_)),
@@ -209,6 +53,7 @@ class PlannedTest : private TARNPlan {
         EXPECT_TRUE(reader_.ReadAll().IsOK());
         sorted_ = std::make_unique<TARNSortedDataSet>(reader_.Begin());
         univariates_ = std::make_unique<UnivariateCollector>(reader_.Begin(), varList_);
+        univariates_->Extend(isExtended);
         if (GetWeightIndex() >= 0) univariates_->SetWeight(GetWeightIndex());
         FindTest(entry.setting)->plan(entry.settings, *this);
         EXPECT_TRUE(sorted_->Build().IsOK());
@@ -298,6 +143,10 @@ class PlannedTest : private TARNPlan {
             if (isBegun && pass(used)) static_cast<void>(test_->EndPass());
         } while (test_->NeedsAnotherPass());
         const std::unique_ptr<QKXML::XMLElement> element(test_->MakeResultElement());
+        std::string ways;
+        if (test_->GetArithmetic().WasWider()) ways = "extended";
+        if (test_->GetArithmetic().TookTextbook()) ways += ways.empty() ? "textbook" : " textbook";
+        if (!ways.empty()) element->AddAttribute("arithmetic", ways);
         return TextOf(*element);
     }
 
@@ -328,7 +177,7 @@ class PlannedTest : private TARNPlan {
     int GetCaseIdIndex() const override { return kNoCaseId; }
     const QKVarList& GetVarList() const override { return varList_; }
     bool IsBrief() const override { return false; }
-    bool IsExtended() const override { return false; }
+    bool IsExtended() const override { return isExtended_; }
     int GetMeasureLevel(const std::string& name) override { return varList_.GetVariable(name)->GetKind(); }
     bool Request(int field, int statistic) override { return univariates_->Request(field, statistic); }
     void RegisterSorted(int field) override { sorted_->Register(field); }
@@ -348,6 +197,7 @@ class PlannedTest : private TARNPlan {
     }
 
     QKVarList& varList_;
+    bool isExtended_;
     bool analysisMissing_;
     harness::RowStream stream_;
     QKTarn::MissingMarkers markers_;
@@ -360,31 +210,28 @@ class PlannedTest : private TARNPlan {
     int sortField_ = -1;
 };
 
-class BothWays : public testing::TestWithParam<std::tuple<Entry, Scene>> {};
+using Case = std::tuple<Entry, Scene, bool>;
 
-std::string NameOf(const testing::TestParamInfo<std::tuple<Entry, Scene>>& info) {
-    return std::get<0>(info.param).name + "_" + std::get<1>(info.param).name;
-}
+class BothWays : public testing::TestWithParam<Case> {};
 
-void PrintTo(const Entry& entry, std::ostream* out) {
-    *out << entry.name;
-}
-void PrintTo(const Scene& scene, std::ostream* out) {
-    *out << scene.name;
+std::string NameOf(const testing::TestParamInfo<Case>& info) {
+    return std::get<0>(info.param).name + "_" + std::get<1>(info.param).name +
+           (std::get<2>(info.param) ? "_extended" : "");
 }
 
 }  // namespace
 
-INSTANTIATE_TEST_SUITE_P(Tests, BothWays, testing::Combine(testing::ValuesIn(AllEntries()), testing::ValuesIn(kScenes)),
+INSTANTIATE_TEST_SUITE_P(Tests, BothWays,
+                         testing::Combine(testing::ValuesIn(AllEntries()), testing::ValuesIn(kScenes), testing::Bool()),
                          NameOf);
 
 TEST_P(BothWays, GiveTheSameElement) {
-    const auto& [entry, scene] = GetParam();
+    const auto& [entry, scene, isExtended] = GetParam();
     Data data(scene, 20'261'122);
-    const std::string byRecords = PlannedTest(entry, data.fields, data.rows, scene).ByRecords();
-    EXPECT_EQ(PlannedTest(entry, data.fields, data.rows, scene).ByWorker(), byRecords);
+    const std::string byRecords = PlannedTest(entry, data.fields, data.rows, scene, isExtended).ByRecords();
+    EXPECT_EQ(PlannedTest(entry, data.fields, data.rows, scene, isExtended).ByWorker(), byRecords);
     for (int round = 0; round < (scene.records > 1000 ? 1 : 5); ++round) {
-        ASSERT_EQ(PlannedTest(entry, data.fields, data.rows, scene).ByBatches(data.random), byRecords);
+        ASSERT_EQ(PlannedTest(entry, data.fields, data.rows, scene, isExtended).ByBatches(data.random), byRecords);
     }
 }
 
@@ -394,7 +241,7 @@ TEST(BothWaysTest, EveryTestOfTheCatalogueIsHereAndTakesColumns) {
         const auto entry = std::find_if(AllEntries().begin(), AllEntries().end(),
                                         [&](const Entry& each) { return each.setting == row.settingName; });
         ASSERT_NE(entry, AllEntries().end()) << row.settingName;
-        PlannedTest planned(*entry, data.fields, data.rows, kScenes[1]);
+        PlannedTest planned(*entry, data.fields, data.rows, kScenes[1], false);
         EXPECT_NE(dynamic_cast<ColumnTest*>(&planned.Test()), nullptr) << row.settingName;
     }
 }
@@ -443,7 +290,7 @@ TEST(BothWaysTest, TheTestsAreNotJustInError) {
     for (const Entry& entry : AllEntries()) {
         const Scene& scene = kScenes[1];
         Data data(scene, 20'261'122);
-        const std::string element = PlannedTest(entry, data.fields, data.rows, scene).ByRecords();
+        const std::string element = PlannedTest(entry, data.fields, data.rows, scene, false).ByRecords();
         EXPECT_EQ(element.find("\"error\""), std::string::npos) << entry.name << "\n" << element.substr(0, 1500);
     }
 }

@@ -31,14 +31,14 @@ JonckheereSubset Computed(const std::vector<double>& sizes, const Records& recor
         places.push_back(place);
     }
     JonckheereWalk walk;
-    walk.Begin(sizes.size(), PairRankSums::Ties::kShared);
+    walk.Begin(sizes.size(), PairRankSums::Ties::kShared, Arithmetic::AsDefined());
     walk.Add(values.data(), weights.data(), places.data(), values.size());
     walk.Close();
     std::vector<std::size_t> groups(sizes.size());
     std::iota(groups.begin(), groups.end(), std::size_t{0});
     JonckheereSubset subset;
     subset.SetGroups(sizes);
-    subset.Compute(walk.Of(groups));
+    subset.Compute(walk.Of(groups), Arithmetic::AsDefined());
     return subset;
 }
 

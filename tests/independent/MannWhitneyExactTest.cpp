@@ -48,7 +48,8 @@ TEST(MannWhitneyExact, AgreesWithAllArrangementsAtWholeAndHalfStatistics) {
     for (int n1 = 1; n1 <= 7; ++n1) {
         for (int n2 = 1; n2 <= 8; ++n2) {
             for (int twice = 0; twice <= 2 * n1 * n2; ++twice) {
-                ASSERT_NEAR(MannWhitneyExactSignificance(n1, n2, twice / 2.0), Enumerated(n1, n2, twice / 2.0), 1e-14)
+                ASSERT_NEAR(MannWhitneyExactSignificance(n1, n2, twice / 2.0, Arithmetic::AsDefined()),
+                            Enumerated(n1, n2, twice / 2.0), 1e-14)
                     << n1 << " " << n2 << " " << twice / 2.0;
             }
         }
@@ -57,36 +58,40 @@ TEST(MannWhitneyExact, AgreesWithAllArrangementsAtWholeAndHalfStatistics) {
 
 TEST(MannWhitneyExact, HalfStatisticTakesTheFloorBelowAndTheCeilingAbove) {
     // 3 and 3: 1 1 2 3 3 3 3 2 1 1 of 20.
-    EXPECT_DOUBLE_EQ(MannWhitneyExactSignificance(3, 3, 1.5), 0.2);
-    EXPECT_DOUBLE_EQ(MannWhitneyExactSignificance(3, 3, 7.5), 0.2);
+    EXPECT_DOUBLE_EQ(MannWhitneyExactSignificance(3, 3, 1.5, Arithmetic::AsDefined()), 0.2);
+    EXPECT_DOUBLE_EQ(MannWhitneyExactSignificance(3, 3, 7.5, Arithmetic::AsDefined()), 0.2);
 }
 
 TEST(MannWhitneyExact, MiddleIsThatOfTheNumberOfValuesRoundedUp) {
     // 3 and 3: ten values, so 5 is the middle and takes the lower tail, 13 of 20, although it lies above 9 / 2. The
     // upper tail would be 10 of 20, 1 as well; 6 has 7 of 20 above it.
-    EXPECT_EQ(MannWhitneyExactSignificance(3, 3, 5), 1);
-    EXPECT_DOUBLE_EQ(MannWhitneyExactSignificance(3, 3, 6), 0.7);
+    EXPECT_EQ(MannWhitneyExactSignificance(3, 3, 5, Arithmetic::AsDefined()), 1);
+    EXPECT_DOUBLE_EQ(MannWhitneyExactSignificance(3, 3, 6, Arithmetic::AsDefined()), 0.7);
     // 2 and 2: 1 1 2 1 1 of 6; five values, the middle 3 takes 5 of 6 and not 2 of 6.
-    EXPECT_EQ(MannWhitneyExactSignificance(2, 2, 3), 1);
+    EXPECT_EQ(MannWhitneyExactSignificance(2, 2, 3, Arithmetic::AsDefined()), 1);
     // 1 and 2: three values, the middle 2 takes all three of them and not one.
-    EXPECT_EQ(MannWhitneyExactSignificance(1, 2, 2), 1);
+    EXPECT_EQ(MannWhitneyExactSignificance(1, 2, 2, Arithmetic::AsDefined()), 1);
 }
 
 TEST(MannWhitneyExact, LargestTables) {
-    EXPECT_TRUE(harness::WithinUlp(MannWhitneyExactSignificance(20, 20, 78), 0.0006675619675571311, 8));
-    EXPECT_TRUE(harness::WithinUlp(MannWhitneyExactSignificance(20, 20, 322), 0.0006675619675571311, 8));
-    EXPECT_TRUE(harness::WithinUlp(MannWhitneyExactSignificance(8, 50, 42), 0.00010071383076976782, 8));
-    EXPECT_TRUE(harness::WithinUlp(MannWhitneyExactSignificance(50, 8, 358), 0.00010071383076976782, 8));
-    EXPECT_TRUE(harness::WithinUlp(MannWhitneyExactSignificance(1, 400, 0), 2.0 / 401, 8));
-    EXPECT_TRUE(harness::WithinUlp(MannWhitneyExactSignificance(400, 1, 400), 2.0 / 401, 8));
+    EXPECT_TRUE(harness::WithinUlp(MannWhitneyExactSignificance(20, 20, 78, Arithmetic::AsDefined()),
+                                   0.0006675619675571311, 8));
+    EXPECT_TRUE(harness::WithinUlp(MannWhitneyExactSignificance(20, 20, 322, Arithmetic::AsDefined()),
+                                   0.0006675619675571311, 8));
+    EXPECT_TRUE(harness::WithinUlp(MannWhitneyExactSignificance(8, 50, 42, Arithmetic::AsDefined()),
+                                   0.00010071383076976782, 8));
+    EXPECT_TRUE(harness::WithinUlp(MannWhitneyExactSignificance(50, 8, 358, Arithmetic::AsDefined()),
+                                   0.00010071383076976782, 8));
+    EXPECT_TRUE(harness::WithinUlp(MannWhitneyExactSignificance(1, 400, 0, Arithmetic::AsDefined()), 2.0 / 401, 8));
+    EXPECT_TRUE(harness::WithinUlp(MannWhitneyExactSignificance(400, 1, 400, Arithmetic::AsDefined()), 2.0 / 401, 8));
 }
 
 TEST(MannWhitneyExact, SizesThatNoSampleHasGiveNoNumber) {
-    EXPECT_TRUE(std::isnan(MannWhitneyExactSignificance(0, 5, 0)));
-    EXPECT_TRUE(std::isnan(MannWhitneyExactSignificance(-3, -4, 6)));
-    EXPECT_TRUE(std::isnan(MannWhitneyExactSignificance(2, 2, std::nan(""))));
-    EXPECT_EQ(MannWhitneyExactSignificance(2, 2, -7), 0);
-    EXPECT_EQ(MannWhitneyExactSignificance(2, 2, 1e9), 0);
+    EXPECT_TRUE(std::isnan(MannWhitneyExactSignificance(0, 5, 0, Arithmetic::AsDefined())));
+    EXPECT_TRUE(std::isnan(MannWhitneyExactSignificance(-3, -4, 6, Arithmetic::AsDefined())));
+    EXPECT_TRUE(std::isnan(MannWhitneyExactSignificance(2, 2, std::nan(""), Arithmetic::AsDefined())));
+    EXPECT_EQ(MannWhitneyExactSignificance(2, 2, -7, Arithmetic::AsDefined()), 0);
+    EXPECT_EQ(MannWhitneyExactSignificance(2, 2, 1e9, Arithmetic::AsDefined()), 0);
 }
 
 }  // namespace

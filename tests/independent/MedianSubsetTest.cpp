@@ -146,19 +146,20 @@ TEST(MedianSubset, SmallestExpectedValueBelowOne) {
 
 TEST(FisherExactSignificance, AgreesWithSciPy) {
     // fisher_exact of the table, its second value.
-    EXPECT_NEAR(FisherExactSignificance({11, 4, 4, 11}), 0.026837729226202166, 1e-14);
-    EXPECT_NEAR(FisherExactSignificance({2, 7, 8, 2}), 0.02301413756522116, 1e-14);
-    EXPECT_NEAR(FisherExactSignificance({9, 5, 6, 10}), 0.27230347674459976, 1e-14);
-    EXPECT_NEAR(FisherExactSignificance({3, 1, 1, 3}), 0.48571428571428565, 1e-14);
-    EXPECT_NEAR(FisherExactSignificance({10, 0, 0, 10}), 1.082508822446903e-05, 1e-14);  // 2 / C(20, 10)
-    EXPECT_NEAR(FisherExactSignificance({0, 10, 10, 0}), 1.082508822446903e-05, 1e-14);
+    EXPECT_NEAR(FisherExactSignificance({11, 4, 4, 11}, Arithmetic::AsDefined()), 0.026837729226202166, 1e-14);
+    EXPECT_NEAR(FisherExactSignificance({2, 7, 8, 2}, Arithmetic::AsDefined()), 0.02301413756522116, 1e-14);
+    EXPECT_NEAR(FisherExactSignificance({9, 5, 6, 10}, Arithmetic::AsDefined()), 0.27230347674459976, 1e-14);
+    EXPECT_NEAR(FisherExactSignificance({3, 1, 1, 3}, Arithmetic::AsDefined()), 0.48571428571428565, 1e-14);
+    EXPECT_NEAR(FisherExactSignificance({10, 0, 0, 10}, Arithmetic::AsDefined()), 1.082508822446903e-05,
+                1e-14);  // 2 / C(20, 10)
+    EXPECT_NEAR(FisherExactSignificance({0, 10, 10, 0}, Arithmetic::AsDefined()), 1.082508822446903e-05, 1e-14);
 }
 
 TEST(FisherExactSignificance, IsOneWithoutCasesAndWithAMarginOfZero) {
-    EXPECT_EQ(FisherExactSignificance({0, 0, 0, 0}), 1);
-    EXPECT_EQ(FisherExactSignificance({0, 0, 3, 4}), 1);
-    EXPECT_EQ(FisherExactSignificance({3, 0, 4, 0}), 1);
-    EXPECT_EQ(FisherExactSignificance({2, 2, 2, 2}), 1);
+    EXPECT_EQ(FisherExactSignificance({0, 0, 0, 0}, Arithmetic::AsDefined()), 1);
+    EXPECT_EQ(FisherExactSignificance({0, 0, 3, 4}, Arithmetic::AsDefined()), 1);
+    EXPECT_EQ(FisherExactSignificance({3, 0, 4, 0}, Arithmetic::AsDefined()), 1);
+    EXPECT_EQ(FisherExactSignificance({2, 2, 2, 2}, Arithmetic::AsDefined()), 1);
 }
 
 std::int64_t Binomial(int n, int k) {
@@ -184,7 +185,8 @@ TEST(FisherExactSignificance, IsTheSumOfTheTablesNoMoreProbableUpToATotalOfTwent
                 for (int c = 0; a + b + c <= total; ++c) {
                     const int d = total - a - b - c;
                     const FourfoldTable table{double(a), double(b), double(c), double(d)};
-                    ASSERT_NEAR(FisherExactSignificance(table), SumOfTablesNoMoreProbable(a, b, c, d), 1e-13)
+                    ASSERT_NEAR(FisherExactSignificance(table, Arithmetic::AsDefined()),
+                                SumOfTablesNoMoreProbable(a, b, c, d), 1e-13)
                         << a << " " << b << " / " << c << " " << d;
                 }
             }
@@ -195,21 +197,22 @@ TEST(FisherExactSignificance, IsTheSumOfTheTablesNoMoreProbableUpToATotalOfTwent
 TEST(FisherExactSignificance, TablesOfTheSameProbabilityAreTakenInDespiteRounding) {
     // Margins 15 and 15 of 30: the table that mirrors the observed one has the same probability, so twice the tail:
     // 2 (C(15,4)^2 + C(15,3)^2 + C(15,2)^2 + C(15,1)^2 + 1) / C(30,15) = 2 * 2081501 / 155117520.
-    EXPECT_TRUE(harness::WithinUlp(FisherExactSignificance({4, 11, 11, 4}), 4163002.0 / 155117520, 64));
+    EXPECT_TRUE(harness::WithinUlp(FisherExactSignificance({4, 11, 11, 4}, Arithmetic::AsDefined()),
+                                   4163002.0 / 155117520, 64));
 }
 
 // ---- Continuity-corrected chi-square ----
 
 TEST(YatesChiSquare, AgreesWithSciPy) {
     // chi2_contingency of the table, correction=True
-    EXPECT_NEAR(YatesChiSquare({11, 5, 4, 11}), 3.9343359374999993, 1e-14);
-    EXPECT_NEAR(YatesChiSquare({5, 11, 10, 5}), 2.5996137152777785, 1e-14);
-    EXPECT_NEAR(YatesChiSquare({10, 0, 0, 10}), 16.2, 1e-13);
+    EXPECT_NEAR(YatesChiSquare({11, 5, 4, 11}, Arithmetic::AsDefined()), 3.9343359374999993, 1e-14);
+    EXPECT_NEAR(YatesChiSquare({5, 11, 10, 5}, Arithmetic::AsDefined()), 2.5996137152777785, 1e-14);
+    EXPECT_NEAR(YatesChiSquare({10, 0, 0, 10}, Arithmetic::AsDefined()), 16.2, 1e-13);
 }
 
 TEST(YatesChiSquare, CorrectionIsNotCutOffWhereItExceedsTheDifference) {
     // No difference at all leaves the correction squared: 32 * 16^2 / 16^4, and not 0. Documents depend on it.
-    EXPECT_DOUBLE_EQ(YatesChiSquare({8, 8, 8, 8}), 0.125);
+    EXPECT_DOUBLE_EQ(YatesChiSquare({8, 8, 8, 8}, Arithmetic::AsDefined()), 0.125);
 }
 
 }  // namespace

@@ -33,7 +33,7 @@ TEST(MosesSignificance, AgreesWithAllArrangements) {
         for (int n = 1; n <= 6; ++n) {
             for (int h = 0; 2 * h <= m - 2; ++h) {
                 for (int s = m - 2 * h + 1; s <= m + n; ++s) {
-                    ASSERT_NEAR(MosesSignificance(s, m, n, h), Enumerated(s, m, n, h), 1e-14)
+                    ASSERT_NEAR(MosesSignificance(s, m, n, h, Arithmetic::AsDefined()), Enumerated(s, m, n, h), 1e-14)
                         << s << " " << m << " " << n << " " << h;
                 }
             }
@@ -43,21 +43,21 @@ TEST(MosesSignificance, AgreesWithAllArrangements) {
 
 TEST(MosesSignificance, SpanWithNoOtherCaseInsideIsZeroAndNotItsOneTerm) {
     EXPECT_GT(Enumerated(3, 3, 4, 0), 0.1);  // 5 of 35 arrangements
-    EXPECT_EQ(MosesSignificance(3, 3, 4, 0), 0);
-    EXPECT_EQ(MosesSignificance(4, 6, 4, 1), 0);
-    EXPECT_EQ(MosesSignificance(1, 6, 4, 1), 0);  // tied values make a span even shorter
+    EXPECT_EQ(MosesSignificance(3, 3, 4, 0, Arithmetic::AsDefined()), 0);
+    EXPECT_EQ(MosesSignificance(4, 6, 4, 1, Arithmetic::AsDefined()), 0);
+    EXPECT_EQ(MosesSignificance(1, 6, 4, 1, Arithmetic::AsDefined()), 0);  // tied values make a span even shorter
 }
 
 TEST(MosesSignificance, FewerThanTwoCasesLeftHaveNoTerm) {
-    EXPECT_EQ(MosesSignificance(2, 3, 5, 1), 0);
-    EXPECT_EQ(MosesSignificance(1, 1, 5, 0), 0);
-    EXPECT_EQ(MosesSignificance(1, 1, 5, 1), 0);
-    EXPECT_EQ(MosesSignificance(4, 2, 5, 1), 0);
+    EXPECT_EQ(MosesSignificance(2, 3, 5, 1, Arithmetic::AsDefined()), 0);
+    EXPECT_EQ(MosesSignificance(1, 1, 5, 0, Arithmetic::AsDefined()), 0);
+    EXPECT_EQ(MosesSignificance(1, 1, 5, 1, Arithmetic::AsDefined()), 0);
+    EXPECT_EQ(MosesSignificance(4, 2, 5, 1, Arithmetic::AsDefined()), 0);
 }
 
 TEST(MosesSignificance, WholeRangeIsCertain) {
-    EXPECT_EQ(MosesSignificance(60, 20, 40, 1), 1);
-    EXPECT_EQ(MosesSignificance(2000000000, 1000000000, 1000000000, 50000000), 1);
+    EXPECT_EQ(MosesSignificance(60, 20, 40, 1, Arithmetic::AsDefined()), 1);
+    EXPECT_EQ(MosesSignificance(2000000000, 1000000000, 1000000000, 50000000, Arithmetic::AsDefined()), 1);
 }
 
 struct Row {
@@ -70,7 +70,7 @@ struct Row {
 
 void Check(const std::vector<Row>& rows, double tolerance) {
     for (const Row& row : rows) {
-        EXPECT_NEAR(MosesSignificance(row.s, row.m, row.n, row.h) / row.expected, 1, tolerance)
+        EXPECT_NEAR(MosesSignificance(row.s, row.m, row.n, row.h, Arithmetic::AsDefined()) / row.expected, 1, tolerance)
             << row.s << " " << row.m << " " << row.n << " " << row.h;
     }
 }
@@ -97,16 +97,16 @@ TEST(MosesSignificance, LargeSizesEndAndKeepTheirDigits) {
            {1800030000, 1000000000, 1000000000, 50000000, 0.98733610157008536},
            {1800000000, 1000000000, 1000000000, 50000000, 0.50005947080349924}},
           1e-11);
-    EXPECT_EQ(MosesSignificance(1799000000, 1000000000, 1000000000, 50000000), 0);  // 5e-1204
-    EXPECT_EQ(MosesSignificance(1000000000, 1000000000, 1000000000, 50000000), 0);
+    EXPECT_EQ(MosesSignificance(1799000000, 1000000000, 1000000000, 50000000, Arithmetic::AsDefined()), 0);  // 5e-1204
+    EXPECT_EQ(MosesSignificance(1000000000, 1000000000, 1000000000, 50000000, Arithmetic::AsDefined()), 0);
 }
 
 TEST(MosesSignificance, SizesThatNoSampleHasGiveNoNumber) {
-    EXPECT_TRUE(std::isnan(MosesSignificance(5, 0, 3, 0)));
-    EXPECT_TRUE(std::isnan(MosesSignificance(5, 3, -3, 0)));
-    EXPECT_EQ(MosesSignificance(2147483647, 2, 3, 0), 1);
-    EXPECT_EQ(MosesSignificance(-2147483647 - 1, 2, 3, 0), 0);
-    EXPECT_EQ(MosesSignificance(5, 2, 3, 2147483647), 0);
+    EXPECT_TRUE(std::isnan(MosesSignificance(5, 0, 3, 0, Arithmetic::AsDefined())));
+    EXPECT_TRUE(std::isnan(MosesSignificance(5, 3, -3, 0, Arithmetic::AsDefined())));
+    EXPECT_EQ(MosesSignificance(2147483647, 2, 3, 0, Arithmetic::AsDefined()), 1);
+    EXPECT_EQ(MosesSignificance(-2147483647 - 1, 2, 3, 0, Arithmetic::AsDefined()), 0);
+    EXPECT_EQ(MosesSignificance(5, 2, 3, 2147483647, Arithmetic::AsDefined()), 0);
 }
 
 }  // namespace

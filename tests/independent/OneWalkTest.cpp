@@ -74,7 +74,7 @@ TEST(TieScan, RecordsOfNoGroupAreNotThere) {
 // ---- Pairs ----
 
 PairRankSum PlainPair(const GroupedColumns& records, std::int32_t first, std::int32_t second) {
-    PairRankSum sum;
+    PairRankSum sum(Arithmetic::AsDefined());
     for (std::size_t i = 0; i < records.Size(); ++i) {
         if (records.groups[i] == first) sum.Add(records.values[i], records.weights[i], PairRankSum::Side::kFirst);
         if (records.groups[i] == second) sum.Add(records.values[i], records.weights[i], PairRankSum::Side::kSecond);
@@ -85,7 +85,7 @@ PairRankSum PlainPair(const GroupedColumns& records, std::int32_t first, std::in
 
 void ExpectPlainPairs(const GroupedColumns& records, PairRankSums::Ties ties) {
     PairRankSums sums;
-    sums.Begin(kGroups, ties);
+    sums.Begin(kGroups, ties, Arithmetic::AsDefined());
     for (std::size_t i = 0; i < records.Size(); ++i) {
         sums.Add(records.values[i], records.weights[i], static_cast<std::size_t>(records.groups[i]));
     }
@@ -289,7 +289,7 @@ TEST(RangeRanks, AreExactWhileAProductOfSizesFitsIntoADouble) {
 
 JonckheereWalk WalkOver(const GroupedColumns& records, PairRankSums::Ties ties) {
     JonckheereWalk walk;
-    walk.Begin(kGroups, ties);
+    walk.Begin(kGroups, ties, Arithmetic::AsDefined());
     const std::size_t part = records.Size() / 3;
     walk.Add(records.values.data(), records.weights.data(), records.groups.data(), part);
     walk.Add(records.values.data() + part, records.weights.data() + part, records.groups.data() + part,

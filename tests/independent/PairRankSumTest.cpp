@@ -22,7 +22,7 @@ constexpr PairRankSum::Side kFirst = PairRankSum::Side::kFirst;
 constexpr PairRankSum::Side kSecond = PairRankSum::Side::kSecond;
 
 PairRankSum SumOf(const Cases& cases) {
-    PairRankSum sum;
+    PairRankSum sum(Arithmetic::AsDefined());
     for (const Case& one : cases) sum.Add(one.value, one.weight, one.side);
     sum.Close();
     return sum;

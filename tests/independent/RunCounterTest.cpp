@@ -59,13 +59,21 @@ Runs ByEnumeration(const std::vector<Block>& blocks) {
     return all;
 }
 
+void Add(RunCounter& counter, double value, std::int32_t group, std::int32_t weight) {
+    counter.Add(&value, &group, &weight, 1);
+}
+
+Runs RunsOf(const RunCounter& counter) {
+    return {static_cast<int>(counter.MinRuns()), static_cast<int>(counter.MaxRuns())};
+}
+
 RunCounter Counted(const std::vector<Block>& blocks) {
-    RunCounter counter;
+    RunCounter counter(Arithmetic::AsDefined());
     double value = 0;
     for (const Block& block : blocks) {
         ++value;
-        for (int i = 0; i < block.first; ++i) counter.Add(value, 0, 1);
-        for (int i = 0; i < block.second; ++i) counter.Add(value, 1, 1);
+        for (int i = 0; i < block.first; ++i) Add(counter, value, 0, 1);
+        for (int i = 0; i < block.second; ++i) Add(counter, value, 1, 1);
     }
     counter.Close();
     return counter;
@@ -78,7 +86,7 @@ TEST(RunCounter, FindsTheLeastAndTheMostOfAllOrders) {
             for (const Block& third : kinds) {
                 const std::vector<Block> blocks{first, second, third};
                 const RunCounter counter = Counted(blocks);
-                EXPECT_EQ((Runs{counter.MinRuns(), counter.MaxRuns()}), ByEnumeration(blocks))
+                EXPECT_EQ(RunsOf(counter), ByEnumeration(blocks))
                     << first.first << first.second << " " << second.first << second.second << " " << third.first
                     << third.second;
             }
@@ -112,32 +120,32 @@ TEST(RunCounter, TiesOfTheLastBlockCount) {
 }
 
 TEST(RunCounter, OrderWithinEqualValuesDoesNotMatter) {
-    RunCounter counter;
-    for (const std::size_t group : {1u, 0u, 0u, 1u}) counter.Add(1, group, 1);
-    counter.Add(2, 0, 1);
+    RunCounter counter(Arithmetic::AsDefined());
+    for (const std::int32_t group : {1, 0, 0, 1}) Add(counter, 1, group, 1);
+    Add(counter, 2, 0, 1);
     counter.Close();
-    EXPECT_EQ((Runs{counter.MinRuns(), counter.MaxRuns()}), ByEnumeration({{2, 2}, {1, 0}}));
+    EXPECT_EQ(RunsOf(counter), ByEnumeration({{2, 2}, {1, 0}}));
 }
 
 TEST(RunCounter, WeightCountsAsThatManyRecords) {
-    RunCounter counter;
-    counter.Add(1, 0, 3);
-    counter.Add(1, 1, 2);
-    counter.Add(2, 1, 4);
-    counter.Add(2, 1, 1);
+    RunCounter counter(Arithmetic::AsDefined());
+    Add(counter, 1, 0, 3);
+    Add(counter, 1, 1, 2);
+    Add(counter, 2, 1, 4);
+    Add(counter, 2, 1, 1);
     counter.Close();
     EXPECT_EQ(counter.Counts(), (RunCounter::GroupCounts{3, 7}));
-    EXPECT_EQ((Runs{counter.MinRuns(), counter.MaxRuns()}), ByEnumeration({{3, 2}, {0, 5}}));
+    EXPECT_EQ(RunsOf(counter), ByEnumeration({{3, 2}, {0, 5}}));
     EXPECT_EQ(counter.TieCases(), 5);
 }
 
 // A value that only records without weight have is a block of no group: the largest number grows by one there.
 TEST(RunCounter, BlockWithoutWeightIsOneMoreRunAtMost) {
-    RunCounter counter;
-    counter.Add(1, 0, 1);
-    counter.Add(2, 0, 0);
-    counter.Add(3, 0, 1);
-    counter.Add(4, 1, 1);
+    RunCounter counter(Arithmetic::AsDefined());
+    Add(counter, 1, 0, 1);
+    Add(counter, 2, 0, 0);
+    Add(counter, 3, 0, 1);
+    Add(counter, 4, 1, 1);
     counter.Close();
     EXPECT_EQ(counter.MaxRuns(), 4);  // a, nothing, a, b
     EXPECT_EQ(counter.MinRuns(), 2);
@@ -145,16 +153,16 @@ TEST(RunCounter, BlockWithoutWeightIsOneMoreRunAtMost) {
 
 TEST(RunCounter, ProductsOfDifferencesWrap) {
     // 65536 * 65536 is 0 in 32 bits, which is no change of sign and, for the largest number, below 1.
-    RunCounter counter;
-    counter.Add(1, 0, 65536);
-    counter.Add(2, 1, 65536);
+    RunCounter counter(Arithmetic::AsDefined());
+    Add(counter, 1, 0, 65536);
+    Add(counter, 2, 1, 65536);
     counter.Close();
     EXPECT_EQ(counter.MinRuns(), 1);
     EXPECT_EQ(counter.MaxRuns(), 2);
 }
 
 TEST(RunCounter, GroupWithoutARecordHasTheSizeOfNone) {
-    EXPECT_EQ(RunCounter().Counts(), (RunCounter::GroupCounts{-1, -1}));
+    EXPECT_EQ(RunCounter(Arithmetic::AsDefined()).Counts(), (RunCounter::GroupCounts{-1, -1}));
     EXPECT_EQ(Counted({{2, 0}}).Counts(), (RunCounter::GroupCounts{2, -1}));
 }
 

@@ -56,29 +56,34 @@ TEST(RunsNormalStatistic, AgreesWithTheMomentsOfAllArrangements) {
         }
         const double mean = sum / all;
         const double deviation = std::sqrt(squares / all - mean * mean);
-        const RunsStatistic statistic = RunsNormalStatistic(1, n1, n2).value();
+        const RunsStatistic statistic = RunsNormalStatistic(1, n1, n2, Arithmetic::AsDefined()).value();
         EXPECT_NEAR(statistic.standardError, deviation, 1e-12);
         EXPECT_NEAR(statistic.z, (1 - mean + 0.5) / deviation, 1e-12);
     }
 }
 
 TEST(RunsNormalStatistic, Below50CasesAHalfIsAddedWhateverTheSign) {
-    EXPECT_NEAR(RunsNormalStatistic(5, 5, 7)->z, -0.832824146571952, 1e-14);  // deviation -1.83, 1.33 corrected
-    EXPECT_NEAR(RunsNormalStatistic(8, 5, 7)->z, 1.0410301832149405, 1e-14);  // deviation 1.17, 1.67 corrected
-    EXPECT_NEAR(RunsNormalStatistic(20, 25, 24)->z, -1.4413557909388575, 1e-14);
-    EXPECT_NEAR(RunsNormalStatistic(20, 25, 25)->z, -1.7146428199482247, 1e-14);  // 50 cases: -6 / 3.4993
+    EXPECT_NEAR(RunsNormalStatistic(5, 5, 7, Arithmetic::AsDefined())->z, -0.832824146571952,
+                1e-14);  // deviation -1.83, 1.33 corrected
+    EXPECT_NEAR(RunsNormalStatistic(8, 5, 7, Arithmetic::AsDefined())->z, 1.0410301832149405,
+                1e-14);  // deviation 1.17, 1.67 corrected
+    EXPECT_NEAR(RunsNormalStatistic(20, 25, 24, Arithmetic::AsDefined())->z, -1.4413557909388575, 1e-14);
+    EXPECT_NEAR(RunsNormalStatistic(20, 25, 25, Arithmetic::AsDefined())->z, -1.7146428199482247,
+                1e-14);  // 50 cases: -6 / 3.4993
 }
 
 TEST(RunsNormalStatistic, DeviationBelowAHalfIsNone) {
-    EXPECT_EQ(RunsNormalStatistic(16, 15, 15)->z, 0);  // the mean itself
-    EXPECT_EQ(RunsNormalStatistic(7, 5, 7)->z, 0);     // 6.83
-    EXPECT_NE(RunsNormalStatistic(26, 25, 26)->z, 0);  // 26.49: from 50 cases on there is no such rule
-    EXPECT_EQ(RunsNormalStatistic(3, 1, 3)->z, 2);     // 2.5: exactly a half is corrected, (0.5 + 0.5) / 0.5
+    EXPECT_EQ(RunsNormalStatistic(16, 15, 15, Arithmetic::AsDefined())->z, 0);  // the mean itself
+    EXPECT_EQ(RunsNormalStatistic(7, 5, 7, Arithmetic::AsDefined())->z, 0);     // 6.83
+    EXPECT_NE(RunsNormalStatistic(26, 25, 26, Arithmetic::AsDefined())->z,
+              0);  // 26.49: from 50 cases on there is no such rule
+    EXPECT_EQ(RunsNormalStatistic(3, 1, 3, Arithmetic::AsDefined())->z,
+              2);  // 2.5: exactly a half is corrected, (0.5 + 0.5) / 0.5
 }
 
 TEST(RunsNormalStatistic, NeedsAVariance) {
-    EXPECT_FALSE(RunsNormalStatistic(2, 1, 1).has_value());
-    EXPECT_TRUE(RunsNormalStatistic(2, 1, 2).has_value());
+    EXPECT_FALSE(RunsNormalStatistic(2, 1, 1, Arithmetic::AsDefined()).has_value());
+    EXPECT_TRUE(RunsNormalStatistic(2, 1, 2, Arithmetic::AsDefined()).has_value());
 }
 
 }  // namespace
