@@ -99,12 +99,12 @@ void JonckheereStatistic(benchmark::State& state) {
     }
     for (auto _ : state) {
         JonckheereWalk walk;
-        walk.Begin(groups, PairRankSums::Ties::kShared);
+        walk.Begin(groups, PairRankSums::Ties::kShared, Arithmetic::AsDefined());
         walk.Add(values.data(), weights.data(), places.data(), kRecords);
         walk.Close();
         JonckheereSubset subset;
         subset.SetGroups(sizes);
-        subset.Compute(walk.Of(all));
+        subset.Compute(walk.Of(all), Arithmetic::AsDefined());
         benchmark::DoNotOptimize(subset.z);
     }
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kRecords));

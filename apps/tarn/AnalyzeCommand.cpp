@@ -17,10 +17,21 @@ namespace tarn {
 
 namespace {
 
+NamedFields FieldsOf(const AnalysisOptions& analysis) {
+    NamedFields fields;
+    for (const auto* list : {&analysis.oneSample, &analysis.related, &analysis.independent}) {
+        for (const std::string& field : *list) fields.Add(field);
+    }
+    fields.Add(analysis.group);
+    fields.Add(analysis.caseId);
+    return fields;
+}
+
 Table LoadTableFor(const AnalyzeOptions& options, const Interrupt& interrupt) {
     const AnalysisOptions& analysis = options.analysis;
     const auto group = analysis.group.empty() ? std::nullopt : std::optional(analysis.group);
-    Table table = LoadTableOf(options.table, !analysis.includeUserMissing, interrupt, group, analysis.orders);
+    Table table =
+        LoadTableOf(options.table, FieldsOf(analysis), !analysis.includeUserMissing, interrupt, group, analysis.orders);
     PrepareTable(table, analysis);
     return table;
 }

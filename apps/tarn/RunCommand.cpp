@@ -42,13 +42,14 @@ std::optional<AnalysisOutcome> RunPlanFile(const RunOptions& options, Interrupt&
     if (options.caseIdField) {
         plan.settings.RemoveSetting(kPlanCaseId, true);
         plan.settings.AddSetting(kPlanCaseId, *options.caseIdField);
+        plan.fields.Add(*options.caseIdField);
     }
     for (const auto& [isWanted, key] : {std::pair(options.brief, kBrief), {options.extended, kExtendedArithmetic}}) {
         if (!isWanted) continue;
         plan.settings.RemoveSetting(key, true);
         plan.settings.AddSetting(key, true);
     }
-    const Table table = LoadTableOf(options.table, true, interrupt);
+    const Table table = LoadTableOf(options.table, plan.fields, true, interrupt);
     ProgressBar progress(!options.output.quiet);
     return RunPlan(plan, table, EnvironmentOf(interrupt, progress, options.table.threads));
 }
@@ -66,7 +67,7 @@ std::optional<AnalysisOutcome> RunSettingsFile(const RunOptions& options, Interr
     if (!TellPassedOver(passedOver, options.strict)) return std::nullopt;
     const auto userMissing = request.find(kUserMissing);
     const bool excludeUserMissing = userMissing != request.end() && *userMissing == kExclude;
-    const Table table = LoadTableOf(options.table, excludeUserMissing, interrupt);
+    const Table table = LoadTableOf(options.table, NamedFields(request), excludeUserMissing, interrupt);
     ProgressBar progress(!options.output.quiet);
     return RunRequest(request, source.Name(), table, EnvironmentOf(interrupt, progress, options.table.threads));
 }

@@ -16,8 +16,9 @@ TableDescriptor LoadDescriptor(const std::string& path) {
 
 }  // namespace
 
-Table LoadTableOf(const TableOptions& options, bool excludeUserMissing, const Interrupt& interrupt,
-                  const std::optional<std::string>& nominalByDefault, const std::vector<FieldOrder>& orders) {
+Table LoadTableOf(const TableOptions& options, const NamedFields& fields, bool excludeUserMissing,
+                  const Interrupt& interrupt, const std::optional<std::string>& nominalByDefault,
+                  const std::vector<FieldOrder>& orders) {
     const TableDescriptor descriptor = LoadDescriptor(options.fieldsPath);
     LoadOptions load;
     load.excludeUserMissing = excludeUserMissing;
@@ -28,6 +29,7 @@ Table LoadTableOf(const TableOptions& options, bool excludeUserMissing, const In
     load.threads = options.threads;
     load.weightField = options.weightField;
     load.nominalByDefault = nominalByDefault;
+    load.isRead = [&fields](const std::string& field, std::size_t place) { return fields.MayMean(field, place); };
     load.isCancelled = [&interrupt] { return interrupt.IsAsked(); };
     ByteSource source(options.dataPath);
     return LoadTable(source, descriptor, load);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "apps/tarn/Interrupt.h"
+#include "host/engine/NamedFields.h"
 #include "host/table/Table.h"
 #include "host/table/TableLoader.h"
 
@@ -21,11 +22,11 @@ struct TableOptions {
     unsigned threads = 0;  ///< that may work at a time; 0: as many as the machine has
 };
 
-/// Reads the table. `excludeUserMissing`: whether the user-missing values of its fields are missing.
-/// `nominalByDefault`: a field that is nominal unless its level is given. Throws an `InputError`, and a `LoadCancelled`
-/// after an interrupt.
-Table LoadTableOf(const TableOptions& options, bool excludeUserMissing, const Interrupt& interrupt,
-                  const std::optional<std::string>& nominalByDefault = std::nullopt,
+/// Reads the table for an analysis of these fields. `excludeUserMissing`: whether the user-missing values of its fields
+/// are missing. `nominalByDefault`: a field that is nominal unless its level is given. Throws an `InputError`, and a
+/// `LoadCancelled` after an interrupt.
+Table LoadTableOf(const TableOptions& options, const NamedFields& fields, bool excludeUserMissing,
+                  const Interrupt& interrupt, const std::optional<std::string>& nominalByDefault = std::nullopt,
                   const std::vector<FieldOrder>& orders = {});
 
 }  // namespace tarn

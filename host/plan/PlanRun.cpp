@@ -1,7 +1,9 @@
 #include "host/plan/PlanRun.h"
 
 #include <memory>
-#include <sstream>
+#include <ostream>
+#include <streambuf>
+#include <string>
 #include <utility>
 
 #include "catalogue/TARNFactory.h"
@@ -34,6 +36,30 @@ class CancelQuery : public QKQueryCancel {
     const PlanRun& run_;
 };
 
+/// What is written to a stream, as a text. It grows in few steps, as each copies what is there: room that isn't written
+/// to takes no memory where it counts, in a document of many megabytes.
+class TextOfStream : public std::streambuf {
+ public:
+    std::string Take() { return std::move(text_); }
+
+ protected:
+    std::streamsize xsputn(const char* text, std::streamsize count) override {
+        constexpr std::size_t kGrowth = 4;
+        const std::size_t size = text_.size() + static_cast<std::size_t>(count);
+        if (size > text_.capacity()) text_.reserve(kGrowth * size);
+        text_.append(text, static_cast<std::size_t>(count));
+        return count;
+    }
+    int_type overflow(int_type character) override {
+        if (traits_type::eq_int_type(character, traits_type::eof())) return traits_type::not_eof(character);
+        text_.push_back(traits_type::to_char_type(character));
+        return character;
+    }
+
+ private:
+    std::string text_;
+};
+
 EngineOutcome Failed(const QKStatus& status) {
     return {false, "", {{true, status.GetErrorCode(), {}}}};
 }
@@ -55,11 +81,12 @@ EngineOutcome RunInFactory(PlanSettings& plan, const Table& table, const PlanRun
     QKStatus status = algorithm->Run(records);
     if (status.IsError()) return Failed(status);
 
-    std::ostringstream document;
+    TextOfStream text;
+    std::ostream document(&text);
     document.exceptions(std::ios::badbit);  // or memory that runs out would end the text and no more
     status = algorithm->WriteResults(document, {run.applicationName, run.applicationVersion, ""});
     if (status.IsError()) return Failed(status);
-    return {true, std::move(document).str(), {}};
+    return {true, text.Take(), {}};
 }
 
 }  // namespace tarn

@@ -104,6 +104,7 @@ PlanSettings ReadPlan(ByteSource& source) {
     if (!document.is_object()) throw InputError(source.Name() + ": expected a JSON object with the key \"tests\"");
     const Converter convert(source.Name());
     PlanSettings plan;
+    plan.fields = NamedFields(document);
     for (const auto& [key, value] : document.items()) {
         if (key == kPlanTests) {
             if (!value.is_null()) AddTests(plan, value, convert);

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "host/ByteSource.h"
+#include "host/engine/NamedFields.h"
 #include "platform/common/QKSettings.h"
 
 namespace tarn {
@@ -11,6 +12,7 @@ namespace tarn {
 /// The execution settings of a plan document.
 struct PlanSettings {
     QKSettings settings;
+    NamedFields fields;
     /// What the document says and the engine passes over, a line each.
     std::vector<std::string> passedOver;
 };

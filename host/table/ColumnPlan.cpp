@@ -144,8 +144,14 @@ TablePlan PlanTable(const std::string& sourceName, const std::vector<std::string
         const std::optional<std::size_t> column = finder.FindIfAny(*options.nominalByDefault);
         if (column && !plan.columns[*column].level) plan.columns[*column].level = FieldLevel::kNominal;
     }
+    if (options.isRead) {
+        for (std::size_t i = 0; i < names.size(); ++i) plan.columns[i].isRead = options.isRead(names[i], i);
+    }
     plan.weightIndex = FindWeight(finder, descriptor, options);
-    if (plan.weightIndex != Table::kNoColumn) plan.columns[plan.weightIndex].level = FieldLevel::kContinuous;
+    if (plan.weightIndex != Table::kNoColumn) {
+        plan.columns[plan.weightIndex].level = FieldLevel::kContinuous;
+        plan.columns[plan.weightIndex].isRead = true;
+    }
 
     for (const ColumnPlan& column : plan.columns) {
         if (!column.type) continue;

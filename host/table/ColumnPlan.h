@@ -20,6 +20,7 @@ struct ColumnPlan {
     std::vector<DescribedValue> categories;   ///< the listed ones
     bool hasToldOrder = false;                ///< the list came with the request and has to be complete
     std::vector<DescribedValue> userMissing;  ///< the values that count as missing
+    bool isRead = true;                       ///< whether its numbers count, and not only which of them are missing
 
     FieldLevel LevelAs(FieldType someType) const;
     /// Whether cells that are no numbers may make it a string column.

@@ -43,6 +43,8 @@ class ColumnReader {
     bool TakesDecimals() const { return !isText_ && isDecimal_ && !missingTexts_.HasNumbers(); }
     /// Whether that number is also its value.
     bool TakesPlainNumbers() const { return TakesDecimals() && !isCategorical_ && userMissingNumbers_.empty(); }
+    /// Whether any other number can stand for that value, as nobody reads it.
+    bool TakesAnyNumbers() const { return TakesPlainNumbers() && !plan_.isRead; }
     /// Reads a cell that was found to be this number.
     void ReadNumber(double number, CellCodes& codes, double& value) const;
 

@@ -14,7 +14,7 @@ namespace tarn {
 class CsvPiece {
  public:
     /// How many bytes after the end of the text may be looked at.
-    static constexpr std::size_t kPadding = 16;
+    static constexpr std::size_t kPadding = 64;
 
     std::string_view Text() const { return {bytes_.data(), size_}; }
     /// The text of `Text` with a line feed at its end, which the last row of an input may lack.

@@ -64,7 +64,7 @@ PieceReader::Outcome PieceReader::Read(const CsvPiece& piece, const std::vector<
 /// What `ColumnReader` would have noted of the cells of plain numbers.
 void PieceReader::NoteNumbers() {
     for (std::size_t i = 0; i < kinds_.size(); ++i) {
-        if (kinds_[i] != Kind::kNumber || codes_[i].hasNumbers) continue;
+        if ((kinds_[i] != Kind::kNumber && kinds_[i] != Kind::kAnyNumber) || codes_[i].hasNumbers) continue;
         const double* value = values_.get() + i;
         for (std::size_t row = 0; row < rowCount_ && !codes_[i].hasNumbers; ++row, value += kinds_.size()) {
             codes_[i].hasNumbers = *value != kMissingNumber;
@@ -76,9 +76,15 @@ void PieceReader::Prepare(const CsvPiece& piece, const std::vector<ColumnReader>
     const std::size_t width = columns.size();
     kinds_.clear();
     for (const ColumnReader& reader : columns) {
-        kinds_.push_back(reader.TakesPlainNumbers() ? Kind::kNumber
-                         : reader.TakesDecimals()   ? Kind::kDecimal
-                                                    : Kind::kOther);
+        kinds_.push_back(reader.TakesAnyNumbers()     ? Kind::kAnyNumber
+                         : reader.TakesPlainNumbers() ? Kind::kNumber
+                         : reader.TakesDecimals()     ? Kind::kDecimal
+                                                      : Kind::kOther);
+    }
+    hasMissing_.assign(width, 0);
+    alike_.assign(width, 1);
+    for (std::size_t i = width - 1; i-- > 0;) {
+        if (kinds_[i] == kinds_[i + 1]) alike_[i] = alike_[i + 1] + 1;
     }
     end_ = piece.End();
     addedLineFeed_ = piece.AddedLineFeed();
@@ -115,7 +121,17 @@ inline const char* PieceReader::BehindBorder(const char* text, bool isLast) cons
 const char* PieceReader::ReadRow(const char* text, const std::vector<ColumnReader>& columns) {
     const std::size_t width = kinds_.size();
     double* const values = values_.get() + rowCount_ * width;
+    std::size_t tried = 0;  // numbers that nobody reads are looked for from here on
     for (std::size_t i = 0; i < width; ++i) {
+        if (kinds_[i] == Kind::kAnyNumber && i >= tried) {
+            tried = i + alike_[i];
+            if (const char* const next = SkipNumbers(text, i)) {
+                std::fill(values + i, values + tried, 0);
+                text = next;
+                i = tried - 1;
+                continue;
+            }
+        }
         const bool isLast = i + 1 == width;
         const char* border = ReadDecimal(text, i, columns, values[i]);
         const char* next = border != nullptr ? BehindBorder(border, isLast) : nullptr;
@@ -124,17 +140,35 @@ const char* PieceReader::ReadRow(const char* text, const std::vector<ColumnReade
             next = border != nullptr ? BehindBorder(border, isLast) : nullptr;
             if (next == nullptr) return nullptr;
         }
+        if (kinds_[i] == Kind::kAnyNumber) NotePresence(values[i], i);
         text = next;
     }
     ++rowCount_;
     return text;
 }
 
+/// Of a number that nobody reads no more is left than that it is there.
+inline void PieceReader::NotePresence(double& value, std::size_t column) {
+    if (value == kMissingNumber) {
+        hasMissing_[column] = 1;
+    } else {
+        value = 0;
+    }
+}
+
+/// Goes over the cells of columns whose numbers nobody reads, from that column on, and returns what is behind them;
+/// null where any is no plain number.
+inline const char* PieceReader::SkipNumbers(const char* text, std::size_t column) const {
+    static_assert(plain_decimal::kSkipWidth <= CsvPiece::kPadding);
+    const char* const end = plain_decimal::SkipNumbers(text, alike_[column]);
+    return end != nullptr ? BehindBorder(end, column + alike_[column] == kinds_.size()) : nullptr;
+}
+
 /// Reads a cell that is a decimal number in the usual spelling, as nearly all are, and returns the end of the number,
 /// which is not always that of the cell; null where the cell is none.
 inline const char* PieceReader::ReadDecimal(const char* text, std::size_t column,
                                             const std::vector<ColumnReader>& columns, double& value) {
-    if (kinds_[column] == Kind::kNumber) return plain_decimal::Read(text, end_, value);
+    if (kinds_[column] <= Kind::kAnyNumber) return plain_decimal::Read(text, end_, value);
     if (kinds_[column] != Kind::kDecimal) return nullptr;
     double number = 0;
     const char* const border = plain_decimal::Read(text, end_, number);

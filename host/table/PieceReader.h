@@ -33,6 +33,8 @@ class PieceReader {
     std::size_t LineCount() const { return lineCount_; }
     /// The values row by row, in which categories are codes of the piece.
     const double* Values() const { return values_.get(); }
+    /// Whether all values of a column are 0, since they are numbers that nobody reads.
+    bool AreAllZero(std::size_t column) const { return kinds_[column] == Kind::kAnyNumber && !hasMissing_[column]; }
     const CellCodes& Codes(std::size_t column) const { return codes_[column]; }
     /// After `kTexts`, the columns that hold texts.
     const std::vector<std::size_t>& TextColumns() const { return textColumns_; }
@@ -45,14 +47,17 @@ class PieceReader {
     };
 
     enum class Kind : unsigned char {
-        kNumber,   ///< a decimal number is the value
-        kDecimal,  ///< a decimal number is what the column's reader makes of it
+        kNumber,     ///< a decimal number is the value
+        kAnyNumber,  ///< a decimal number is one that nobody reads: 0 stands for it
+        kDecimal,    ///< a decimal number is what the column's reader makes of it
         kOther
     };
 
     void Prepare(const CsvPiece& piece, const std::vector<ColumnReader>& columns);
     void NoteNumbers();
     const char* ReadRow(const char* text, const std::vector<ColumnReader>& columns);
+    void NotePresence(double& value, std::size_t column);
+    const char* SkipNumbers(const char* text, std::size_t column) const;
     const char* ReadDecimal(const char* text, std::size_t column, const std::vector<ColumnReader>& columns,
                             double& value);
     const char* ReadAnyCell(const char* text, const ColumnReader& reader, CellCodes& codes, double& value,
@@ -69,6 +74,8 @@ class PieceReader {
     std::size_t capacity_ = 0;
     std::unique_ptr<double[]> values_;  // `capacity_` of them at most
     std::vector<Kind> kinds_;           // of the columns
+    std::vector<std::size_t> alike_;    // for each column how many of its kind stand together from there on
+    std::vector<char> hasMissing_;      // for each column of numbers that nobody reads whether it misses any
     std::vector<CellCodes> codes_;
     std::vector<std::size_t> textColumns_;
     std::deque<std::string> unescaped_;  // the texts of cells that hold ""

@@ -81,6 +81,8 @@ class Table {
     /// `Reserve`, `Resize` and `Trim`.
     std::span<double> Cells(std::size_t column) { return {cells_[column].Values(), rowCount_}; }
     std::span<const double> Cells(std::size_t column) const { return {cells_[column].Values(), rowCount_}; }
+    /// Whether the cells of a column from that row on are 0 until they are set, and take no memory.
+    bool AreZeroFrom(std::size_t column, std::size_t row) const { return cells_[column].IsZeroFrom(row); }
     /// Makes room for as many rows as are expected.
     void Reserve(std::size_t rowCount);
     /// Takes rows away from the end or adds some there, whose cells the caller sets.

@@ -162,16 +162,23 @@ class TableLoader {
     /// Puts the rows of a piece into the table, if it holds any.
     void Place(Slot& slot) {
         if (!std::exchange(slot.isTaken, false)) return;
+        const std::size_t width = readers_.size();
+        const auto isThere = [&](std::size_t column) {
+            return slot.rows.AreAllZero(column) && table_.AreZeroFrom(column, slot.firstRow);
+        };
         // Some columns at a time, so that a line of the cache is read once.
         constexpr std::size_t kColumns = 8;
-        const std::size_t width = readers_.size();
-        for (std::size_t first = 0; first < width; first += kColumns) {
-            const std::size_t count = std::min(kColumns, width - first);
+        std::array<std::size_t, kColumns> columns{};
+        for (std::size_t next = 0; next < width;) {
+            std::size_t count = 0;
+            for (; next < width && count < kColumns; ++next) {
+                if (!isThere(next)) columns[count++] = next;
+            }
             std::array<double*, kColumns> cells{};
-            for (std::size_t i = 0; i < count; ++i) cells[i] = table_.Cells(first + i).data() + slot.firstRow;
-            const double* values = slot.rows.Values() + first;
+            for (std::size_t i = 0; i < count; ++i) cells[i] = table_.Cells(columns[i]).data() + slot.firstRow;
+            const double* values = slot.rows.Values();
             for (std::size_t row = 0; row < slot.rows.RowCount(); ++row, values += width) {
-                for (std::size_t i = 0; i < count; ++i) cells[i][row] = values[i];
+                for (std::size_t i = 0; i < count; ++i) cells[i][row] = values[columns[i]];
             }
         }
         for (std::size_t i = 0; i < width; ++i) {

@@ -33,6 +33,10 @@ struct LoadOptions {
     std::optional<std::string> weightField;
     /// A field that is nominal unless its level is given elsewhere. It may be missing from the table.
     std::optional<std::string> nominalByDefault;
+    /// Whether somebody will read the numbers of the field of that name at that place, from 0; empty: those of all. Of
+    /// another continuous field no more need be kept than which cells are missing, and 0 may stand in the others. All
+    /// else is the same, mistakes included.
+    std::function<bool(const std::string& field, std::size_t place)> isRead;
     /// How many threads may work at a time, the calling one among them; 0: as many as the machine has.
     unsigned threads = 0;
     /// Bytes that are read at a time.

@@ -6,6 +6,10 @@
 #include <cstdint>
 #include <cstring>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 /// The usual spelling of a decimal number, digits with an optional minus and an optional point, read where it stands:
 /// one walk finds its value and its end. Header only, for loops over millions of cells; whoever has a text as a whole
 /// asks `ParseDecimal`, which knows every spelling.
@@ -146,6 +150,66 @@ inline const char* Read(const char* text, const char* last, double& value) {
     value =
         std::bit_cast<double>(std::bit_cast<std::uint64_t>(magnitude) | static_cast<std::uint64_t>(isNegative) << 63);
     return end;
+}
+
+/// As many bytes from the front of a number on `SkipNumbers` looks at.
+inline constexpr std::size_t kSkipWidth = 64;
+
+/// What numbers are made of among some bytes: a bit for each byte, the first in the lowest one.
+struct NumberCharacters {
+    std::uint64_t digits = 0;
+    std::uint64_t points = 0;
+    std::uint64_t signs = 0;
+};
+
+inline NumberCharacters FindNumberCharacters(const char* text) {
+    NumberCharacters found;
+#if defined(__SSE2__)
+    for (unsigned at = 0; at < kSkipWidth; at += sizeof(__m128i)) {
+        const auto bitsOf = [at](__m128i bytes) {
+            return static_cast<std::uint64_t>(static_cast<unsigned>(_mm_movemask_epi8(bytes))) << at;
+        };
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text + at));
+        const __m128i values = _mm_sub_epi8(bytes, _mm_set1_epi8('0'));  // above 9 for what is no digit
+        found.digits |= bitsOf(_mm_cmpeq_epi8(_mm_min_epu8(values, _mm_set1_epi8(9)), values));
+        found.points |= bitsOf(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('.')));
+        found.signs |= bitsOf(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('-')));
+    }
+#else
+    for (std::size_t at = 0; at < kSkipWidth; ++at) {
+        found.digits |= static_cast<std::uint64_t>(text[at] >= '0' && text[at] <= '9') << at;
+        found.points |= static_cast<std::uint64_t>(text[at] == '.') << at;
+        found.signs |= static_cast<std::uint64_t>(text[at] == '-') << at;
+    }
+#endif
+    return found;
+}
+
+/// Goes over `count` numbers, one at least, with a comma behind each but the last, and returns the end of the last one;
+/// null where one of them is none in the usual spelling, or longer than nearly all are. Several are looked at together,
+/// so that it takes less time than to read them.
+inline const char* SkipNumbers(const char* text, std::size_t count) {
+    for (;;) {
+        auto [digits, points, signs] = FindNumberCharacters(text);
+        for (std::size_t left = kSkipWidth; left > 0;) {
+            const auto length = static_cast<std::size_t>(std::countr_one(digits | points | (signs & 1)));
+            if (length >= left) {
+                if (left == kSkipWidth) return nullptr;
+                break;  // its end is behind the bytes that were looked at
+            }
+            const std::uint64_t ofNumber = (std::uint64_t{1} << length) - 1;
+            const bool hasTwoPoints = (points & ofNumber & ((points & ofNumber) - 1)) != 0;
+            if (hasTwoPoints || (digits & ofNumber) == 0) return nullptr;
+            text += length;
+            if (--count == 0) return text;
+            if (*text != ',') return nullptr;
+            ++text;
+            left -= length + 1;
+            digits = digits >> length >> 1;
+            points = points >> length >> 1;
+            signs = signs >> length >> 1;
+        }
+    }
 }
 
 }  // namespace plain_decimal

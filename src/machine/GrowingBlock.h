@@ -22,10 +22,13 @@ class GrowingBlock {
  public:
     GrowingBlock() = default;
     GrowingBlock(GrowingBlock&& other) noexcept
-        : values_(std::exchange(other.values_, nullptr)), bytes_(std::exchange(other.bytes_, 0)) {}
+        : values_(std::exchange(other.values_, nullptr)),
+          bytes_(std::exchange(other.bytes_, 0)),
+          copied_(std::exchange(other.copied_, 0)) {}
     GrowingBlock& operator=(GrowingBlock&& other) noexcept {
         std::swap(values_, other.values_);
         std::swap(bytes_, other.bytes_);
+        std::swap(copied_, other.copied_);
         return *this;
     }
     ~GrowingBlock() { Release(); }
@@ -33,6 +36,8 @@ class GrowingBlock {
     double* Values() { return values_; }
     const double* Values() const { return values_; }
     std::size_t Capacity() const { return bytes_ / sizeof(double); }
+    /// Whether numbers from that one on are 0 until they are written to, which takes no memory.
+    bool IsZeroFrom(std::size_t first) const { return IsMapped(bytes_) && first * sizeof(double) >= copied_; }
 
     /// Makes room for `count` numbers. Those that are there stay; their address may change.
     void Reserve(std::size_t count) {
@@ -81,7 +86,10 @@ class GrowingBlock {
         } else {
             other.ResizeInHeap(bytes);
         }
-        if (values_ != nullptr) std::memcpy(other.values_, values_, std::min(bytes, bytes_));
+        if (values_ != nullptr) {
+            other.copied_ = std::min(bytes, bytes_);
+            std::memcpy(other.values_, values_, other.copied_);
+        }
         *this = std::move(other);
     }
 
@@ -128,4 +136,5 @@ class GrowingBlock {
 
     double* values_ = nullptr;
     std::size_t bytes_ = 0;
+    std::size_t copied_ = 0;  // bytes at the front of a mapping that came from the heap, written to or not
 };

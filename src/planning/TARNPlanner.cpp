@@ -150,8 +150,11 @@ void TARNPlanner::RunWorkers(const WorkShare& work) {
     TARNWorkerSequence sequence(progressListener, kProgressBase, kProgressShare);
     // Each worker makes the text of its elements, so that the work is shared and no tree of them is left.
     const auto write = [this](std::shared_ptr<QKXML::XMLElement> element) {
+        const std::shared_ptr<const QKXML::XMLNode> result =
+            resultEditor ? resultEditor(std::move(element)) : std::move(element);
         std::string text;
-        (resultEditor ? resultEditor(std::move(element)) : std::move(element))->AppendTo(text);
+        text.reserve(result->TextSize());
+        result->AppendTo(text);
         return QKXML::XMLWritten::Take(std::move(text));
     };
     const auto add = [&](TARNTestWorker& worker) {

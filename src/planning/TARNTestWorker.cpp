@@ -316,9 +316,10 @@ void TARNTestWorker::ReportProgress() {
 
 QKStatus TARNTestWorker::CollectResults() {
     try {
-        for (const auto& test : tests) {
+        for (std::unique_ptr<TARNTest>& test : std::exchange(tests, {})) {
             std::shared_ptr<QKXML::XMLElement> element(test->MakeResultElement());
             NoteDeparture(test->GetArithmetic().GetDeparture(), *element);
+            test.reset();  // it may hold much, and the next one gets the memory
             if (finish) {
                 results.push_back(finish(std::move(element)));
             } else {

@@ -62,7 +62,7 @@ class TARNTestWorker {
     /// Without one, elements are kept as they are.
     void SetFinish(Finish function) { finish = std::move(function); }
 
-    /// Keeps each test's element, in test order. 220012 if no memory was left for them.
+    /// Keeps each test's element, in test order, and gives the tests up. 220012 if no memory was left for them.
     QKStatus CollectResults();
     const std::vector<Result>& Results() const { return results; }
 

@@ -1,8 +1,10 @@
 #include "records/ColumnStore.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
+#include "machine/Lanes.h"
 #include "platform/common/QKMV.h"
 #include "platform/common/Truncation.h"
 
@@ -118,19 +120,34 @@ void ColumnStore::Read(std::size_t record, std::span<const int> fields, double* 
 
 // ---- What is known of the columns ----
 
+/// Looks at all values rather than stops at the first one: without a branch the loop is a few vector instructions.
+ColumnStore::Facts ColumnStore::FindFacts(std::span<const double> values, double marker) {
+    Facts facts;
+    DoubleLanes markers;
+    for (std::size_t lane = 0; lane < kLanes; ++lane) markers[lane] = marker;
+    WholeLanes areMissing{};
+    WholeLanes areNoNumbers{};
+    const std::size_t whole = values.size() / kLanes * kLanes;
+    for (std::size_t place = 0; place < whole; place += kLanes) {
+        const DoubleLanes lanes = LoadLanes(values.data() + place, kLanes);
+        areMissing |= lanes == markers;
+        areNoNumbers |= lanes != lanes;
+    }
+    facts.hasMissing = SumOfLanes(areMissing) != 0;
+    facts.hasNaN = SumOfLanes(areNoNumbers) != 0;
+    for (const double value : values.subspan(whole)) {
+        facts.hasMissing |= value == marker;
+        facts.hasNaN |= std::isnan(value);
+    }
+    return facts;
+}
+
 void ColumnStore::Examine(const MissingMarkers& markers, const WorkShare& share, RecordFlags* incomplete) {
     facts_.assign(width_, {});
     share.Run(width_, [&](std::size_t field) {
-        // Counts rather than stops at the first one: without a branch the loop is a few vector instructions.
-        const double marker = field < markers.size() ? markers[field] : QKMV::Missing();
         const bool canMiss = field < markers.size();
-        std::size_t missing = 0;
-        std::size_t numbers = 0;
-        for (const double value : ColumnSpan(field)) {
-            missing += value == marker;
-            numbers += value == value;
-        }
-        facts_[field] = {canMiss && missing > 0, numbers < count_};
+        facts_[field] = FindFacts(ColumnSpan(field), canMiss ? markers[field] : QKMV::Missing());
+        facts_[field].hasMissing &= canMiss;
     });
     hasMissing_ = std::any_of(facts_.begin(), facts_.end(), [](const Facts& facts) { return facts.hasMissing; });
     if (incomplete == nullptr) return;

@@ -67,6 +67,7 @@ class ColumnStore {
         bool hasNaN = false;
     };
 
+    static Facts FindFacts(std::span<const double> values, double marker);
     bool IsField(int field) const { return field >= 0 && static_cast<std::size_t>(field) < facts_.size(); }
     void Grow();
     void FlushPending();

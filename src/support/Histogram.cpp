@@ -238,6 +238,9 @@ class BinChains {
 }  // namespace
 
 void Histogram::AddAscending(const double* values, const std::int32_t* weights, std::size_t count) {
+    // Where an interval has few values, looking for the last of them takes longer than taking each by itself.
+    constexpr std::size_t kFewInAnInterval = 8;
+    if (isGuessClose && count < kFewInAnInterval * binCount) return AddColumn(values, weights, count);
     const double* const end = values + count;
     if (TakesOneByOne(weights, count)) {
         for (std::size_t i = 0; i < count; ++i) Add(values[i], weights[i]);

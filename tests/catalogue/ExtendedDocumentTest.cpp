@@ -44,7 +44,9 @@ const std::set<std::string>* DigitsOf(const std::string& element) {
         {Tests::kChiSquare.resultName, {"TestStatistic", "AsymptoticSig2Tailed"}},
         {Tests::kRuns.resultName, {"StandardTestStatistic", "AsymptoticSig2Tailed"}},
         {Tests::kWilcoxonOneSample.resultName, kNormal},
-        {Tests::kKolmogorovSmirnov.resultName, {"AsymptoticSig2Tailed"}},
+        {Tests::kProportionIntervals.resultName, {"Lower", "Upper"}},
+        {Tests::kKolmogorovSmirnov.resultName,
+         {"TestStatistic", "Absolute", "Positive", "Negative", "AsymptoticSig2Tailed", "AsymptoticSig1Tailed"}},
         {Tests::kSign.resultName, {"StandardTestStatistic", "AsymptoticSig2Tailed", "ExactSig2Tailed"}},
         {Tests::kWilcoxonPairs.resultName, kNormal},
         {Tests::kMcNemar.resultName, {"TestStatistic", "AsymptoticSig2Tailed", "ExactSig2Tailed"}},
@@ -64,6 +66,9 @@ const std::set<std::string>* DigitsOf(const std::string& element) {
     const auto found = kDigits.find(element);
     return found == kDigits.end() ? nullptr : &found->second;
 }
+
+/// The limits of the profile likelihood end their search within this as defined.
+constexpr double kEndsOfSearches = 1e-6;
 
 /// What a significance may be off by beside its digits: one minus a distribution function, and Kolmogorov's limit,
 /// which is cut at both ends.
@@ -140,7 +145,8 @@ class Comparison {
     void Take(const std::string& a, const std::string& b, const std::string& row, const std::string& place) {
         const bool mayDiffer = digits_ != nullptr && digits_->count(row) > 0;
         const bool isSignificance = row.find("Sig") != std::string::npos || row == "Content";
-        const Difference difference = ::Compare(a, b, isSignificance ? slack_ : 0);
+        const bool isEnd = row == "Lower" || row == "Upper";
+        const Difference difference = ::Compare(a, b, isSignificance ? slack_ : isEnd ? kEndsOfSearches : 0);
         if (difference == Difference::kMore || (difference == Difference::kDigits && !mayDiffer)) Add(place, a, b);
     }
     void Add(const std::string& place, const std::string& a, const std::string& b) {

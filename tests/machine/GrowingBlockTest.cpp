@@ -49,6 +49,23 @@ TEST(GrowingBlock, GrowsAheadOfWhatIsAsked) {
     EXPECT_LE(moves, 24);  // 2^22 is more than 3,000,000
 }
 
+TEST(GrowingBlock, IsZeroWhereItSaysSo) {
+    GrowingBlock block;
+    block.Grow(kSome);
+    Fill(block, 0, kSome);
+    EXPECT_FALSE(block.IsZeroFrom(0));
+    block.Reserve(kMany);
+    EXPECT_FALSE(block.IsZeroFrom(kSome - 1));
+    for (const std::size_t capacity : {kMany, 2 * kMany}) {
+        block.Reserve(capacity);
+        GrowingBlock moved(std::move(block));
+        block = std::move(moved);
+        if (!block.IsZeroFrom(kSome)) continue;  // on systems without mappings
+        for (std::size_t i = kSome; i < capacity; ++i) ASSERT_EQ(block.Values()[i], 0) << i;
+    }
+    EXPECT_TRUE(Holds(block, kSome));
+}
+
 TEST(GrowingBlock, MovesToAnotherOwner) {
     for (const std::size_t size : {kSome, kMany}) {
         GrowingBlock block;

@@ -441,23 +441,28 @@ TEST_F(TARNPlannerPlanTest, ACancelEndsTheTreeButNotTheWritingOfACompleteRun) {
     EXPECT_TRUE(Planner().WriteResults(written, {}).IsOK());
 }
 
-TEST_F(TARNPlannerPlanTest, TestsLiveUntilTheNextRunOrTheDestruction) {
+TEST_F(TARNPlannerPlanTest, TestsAreGivenUpWithTheirResultsAndOthersByTheNextRunOrTheDestruction) {
     const auto life = std::make_shared<int>();
     const auto holds = [life](const std::string&) {};
     bool plans = true;
-    Plan([this, &plans, holds](TARNPlan& plan) {
+    bool succeeds = true;
+    Plan([&, holds](TARNPlan& plan) {
         if (!plans) return;
         plan.AddToMainWorker(Make({.onCall = holds}));
         plan.AddSortedTest(Make({.onCall = holds}), kX, QKStatus());
+        if (!succeeds) plan.GetMeasureLevel("none");  // a mistake that ends the run
     });
     const long unplanned = life.use_count();
     EXPECT_TRUE(Run().IsOK());
+    EXPECT_EQ(life.use_count(), unplanned);
+    succeeds = false;
+    EXPECT_TRUE(Run().IsError());
     EXPECT_EQ(life.use_count(), unplanned + 2);
     plans = false;
     EXPECT_TRUE(Run().IsOK());
     EXPECT_EQ(life.use_count(), unplanned);
     plans = true;
-    EXPECT_TRUE(Run().IsOK());
+    EXPECT_TRUE(Run().IsError());
     planner_.reset();
     EXPECT_EQ(life.use_count(), unplanned);
 }

@@ -111,8 +111,7 @@ TEST_F(TARNWorkerSequenceTest, ErrorsOfTestsNeitherStopTheNextWorkerNorShowInThe
 TEST_F(TARNWorkerSequenceTest, ACancelAtAnyPollStopsWithCode1AndCollectsNoMore) {
     // For each of two workers: before it, before its pass, at 2 records, before the ends, after the pass, after it.
     constexpr int kPollsOfWorker = 7;
-    for (int poll = 1; poll <= 2 * kPollsOfWorker; ++poll) {
-        SCOPED_TRACE(poll);
+    const auto begin = [this] {
         log_.clear();
         cancelled_ = false;
         workers_.clear();
@@ -121,14 +120,18 @@ TEST_F(TARNWorkerSequenceTest, ACancelAtAnyPollStopsWithCode1AndCollectsNoMore) 
         }
         Add(0, {.name = "a"});
         Add(1, {.name = "b"});
+    };
+    for (int poll = 1; poll <= 2 * kPollsOfWorker; ++poll) {
+        SCOPED_TRACE(poll);
+        begin();
         CancelAtPoll query(poll);
         EXPECT_EQ(Run(&query), QKStatus(1));
         EXPECT_EQ(workers_[0]->Results().size(), poll > kPollsOfWorker ? 1u : 0u);
         EXPECT_TRUE(workers_[1]->Results().empty());
         EXPECT_EQ(query.polls, poll);
     }
+    begin();
     CancelAtPoll never(0);
-    cancelled_ = false;
     EXPECT_TRUE(Run(&never).IsOK());
     EXPECT_EQ(never.polls, 2 * kPollsOfWorker);
 }

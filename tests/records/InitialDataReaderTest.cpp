@@ -306,6 +306,27 @@ TEST(InitialDataReaderTest, AStopEndsTheReadWithCode1) {
     EXPECT_LT(records.NextCount(), 10'000);
 }
 
+TEST(InitialDataReaderTest, KnowsOfEachColumnWhatItMissesAtAnyPlace) {
+    constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+    const std::vector<int> all{0, 1};
+    for (std::size_t count = 1; count <= 5; ++count) {
+        for (std::size_t place = 0; place < count; ++place) {
+            for (const double odd : {kNone, kNaN, 7.0}) {
+                Fields fields;
+                fields.Continuous("x").Continuous("y");
+                Rows rows(count, {1.0, 0.0});
+                rows[place][0] = odd;
+                ColumnStream stream(rows);
+                InitialDataReader reader(&stream, false, &all, &fields.List());
+                EXPECT_TRUE(reader.ReadAll().IsOK());
+                EXPECT_EQ(reader.Columns().HasMissing(0), odd == kNone) << place << " of " << count;
+                EXPECT_EQ(reader.Columns().HasNaN(0), std::isnan(odd)) << place << " of " << count;
+                EXPECT_FALSE(reader.Columns().HasMissing(1) || reader.Columns().HasNaN(1));
+            }
+        }
+    }
+}
+
 TEST(InitialDataReaderTest, FindsTheColumnsThatHoldWhatIsNoNumber) {
     Reading reading(Fields().Continuous("x").Continuous("y"), {{1, 2}, {std::numeric_limits<double>::quiet_NaN(), 2}});
     EXPECT_TRUE(reading.reader.ReadAll().IsOK());

@@ -74,7 +74,7 @@ void ExpectAsPlainInRandomTables(Order order, std::uint64_t seed) {
         double high = *std::max_element(values.begin(), values.end());
         if (data.Chance(0.1)) low += (high - low) / 3;  // values on both sides of the range
         if (data.Chance(0.1)) high -= (high - low) / 2;
-        const std::size_t wished = data.Chance(0.7) ? 400 : 1 + data.Below(12);
+        const std::size_t wished = data.Chance(0.5) ? 400 : 1 + data.Below(100);
         ExpectAsPlain(data, order, values, data.Chance(0.5) ? &weights : nullptr, low, high, wished);
         if (testing::Test::HasFatalFailure()) return;
     }

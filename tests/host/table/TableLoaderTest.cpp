@@ -248,6 +248,92 @@ TEST(TableLoader, TheTableIsTheSameForAnyNumberOfThreadsAndAnyPieces) {
     }));
 }
 
+/// The table of a text or why it is none, where the numbers of continuous fields but "a" show as 1.
+std::string ShownWithoutNumbers(const std::string& csv, const LoadOptions& options) {
+    std::string shown;
+    const std::string error = InputErrorOf([&] {
+        Table table = Load(csv, R"({"fields": [{"name": "d", "type": "number"}]})", options);
+        for (std::size_t i = 1; i < table.ColumnCount(); ++i) {
+            if (table.Columns()[i].level != FieldLevel::kContinuous) continue;
+            std::ranges::replace_if(
+                table.Cells(i), [](double cell) { return cell != kNone; }, 1);
+        }
+        shown = Shown(table);
+    });
+    return error.empty() ? shown : error;
+}
+
+// Columns, kinds, categories, missing cells and mistakes are those of a table whose numbers are all read.
+TEST(TableLoader, OfFieldsThatNobodyReadsTheNumbersAloneAreLost) {
+    EXPECT_TRUE(rc::check([] {
+        const auto cell =
+            rc::gen::weightedElement<std::string>({{90, "2.5"},
+                                                   {60, "-0.0012345678901234567"},
+                                                   {20, "NA"},
+                                                   {20, ""},
+                                                   {5, "1e-5"},
+                                                   {5, "123456789012345678901234567890.123456789012345678901234567890"},
+                                                   {5, " 7 "},
+                                                   {5, "\"8\""},
+                                                   {5, "-1.7976931348623157e308"},  // as good as missing
+                                                   {1, "1.2.3"},
+                                                   {1, "2024-01-01"},
+                                                   {1, "."},
+                                                   {1, "-"},
+                                                   {1, "1-"}});
+        const auto lineBreak = rc::gen::weightedElement<std::string>({{30, "\n"}, {10, "\r\n"}, {2, "\n\n"}});
+        const auto described = rc::gen::weightedElement<std::string>({{60, "1"}, {5, "NA"}, {1, "x"}});
+        const int rows = *rc::gen::inRange(1, 120);
+        const bool isPlain = *rc::gen::arbitrary<bool>();  // columns of numbers for the most part
+        std::string csv = "a,b,c,d,e\n";
+        for (int row = 0; row < rows; ++row) {
+            for (int column = 0; column < 5; ++column) {
+                const bool isAny = !isPlain || *rc::gen::inRange(0, 20) == 0;
+                csv += column == 3 ? *described : isAny ? *cell : "0.25";
+                csv += column < 4 ? "," : *lineBreak;
+            }
+        }
+        csv += *rc::gen::weightedElement<std::string>(
+            {{10, ""}, {1, "1,2,3,4\n"}, {1, "1,2,3,4,5,6\n"}, {1, "1,2,3,4,5"}});
+        LoadOptions options;
+        options.threads = 1;
+        const std::string whole = ShownWithoutNumbers(csv, options);
+        options.isRead = [](const std::string& field, std::size_t) { return field == "a"; };
+        for (const std::size_t blockSize : {13, 200, 100000}) {
+            for (options.threads = 1; options.threads <= 2; ++options.threads) {
+                options.blockSize = blockSize;
+                RC_ASSERT(ShownWithoutNumbers(csv, options) == whole);
+            }
+        }
+    }));
+}
+
+// So many rows that cells which nobody sets are 0 from some row on.
+TEST(TableLoader, KnowsWhatALargeTableMissesInFieldsThatNobodyReads) {
+    constexpr std::size_t kRows = 400000;
+    const auto misses = [](std::size_t row) { return row % 30000 == 29999 || row < 3; };
+    std::string csv = "a,b,c\n";
+    for (std::size_t row = 0; row < kRows; ++row) csv += misses(row) ? "5,NA,7\n" : "5,6.5,7\n";
+    LoadOptions options;
+    options.isRead = [](const std::string& field, std::size_t) { return field == "a"; };
+    for (options.threads = 1; options.threads <= 2; ++options.threads) {
+        const Table table = Load(csv, "{}", options);
+        ASSERT_EQ(table.RowCount(), kRows);
+        for (std::size_t row = 0; row < kRows; ++row) {
+            ASSERT_EQ(table.Cells(0)[row], 5);
+            ASSERT_EQ(table.Cells(1)[row] == kNone, misses(row)) << row;
+            ASSERT_NE(table.Cells(2)[row], kNone) << row;
+        }
+    }
+}
+
+TEST(TableLoader, ReadsTheWeightWhetherOrNotItIsAskedFor) {
+    LoadOptions options;
+    options.weightField = "w";
+    options.isRead = [](const std::string& field, std::size_t) { return field == "a"; };
+    EXPECT_EQ(CellsOf(Load("a,w\n1,2\n3,4\n", "{}", options), 1), (Cells{2, 4}));
+}
+
 TEST(TableLoader, EndsWhereItIsToldTo) {
     std::string csv = "a\n";
     for (int i = 0; i < 10000; ++i) csv += "1\n";

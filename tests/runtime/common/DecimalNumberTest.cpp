@@ -108,6 +108,40 @@ TEST(DecimalNumber, IsReadAtItsPlace) {
     }
 }
 
+// Going over numbers ends where reading them one after the other does.
+TEST(DecimalNumber, IsSkippedAsFarAsItIsRead) {
+    Digits digits(20240605);
+    int skipped = 0;
+    for (int i = 0; i < 60000; ++i) {
+        std::string line;
+        const std::size_t count = 1 + digits.Below(8);
+        for (std::size_t number = 0; number < count; ++number) {
+            if (number > 0) line += digits.Below(100) == 0 ? ";" : ",";
+            std::string text =
+                digits.Take(digits.Below(60) == 0 ? 0 : 1 + digits.Below(digits.Below(50) == 0 ? 70 : 18));
+            if (digits.Below(4) != 0) text.insert(digits.Below(text.size() + 1), ".");
+            if (digits.Below(60) == 0) text.insert(digits.Below(text.size() + 1), digits.Below(2) == 0 ? "." : "-");
+            line += (digits.Below(2) == 0 ? "-" : "") + text;
+        }
+        const std::size_t size = line.size();
+        line += "\n" + std::string(plain_decimal::kSkipWidth, '0');
+        const char* expected = line.c_str();
+        for (std::size_t number = 0; expected != nullptr && number < count; ++number) {
+            static const std::regex pattern("-?([0-9]+\\.?[0-9]*|\\.[0-9]+)");
+            const bool isThere = number == 0 || *expected++ == ',';
+            std::cmatch match;
+            const bool isNumber = isThere && std::regex_search(expected, line.c_str() + size, match, pattern,
+                                                               std::regex_constants::match_continuous);
+            expected = isNumber && *match[0].second != '.' ? match[0].second : nullptr;
+        }
+        const char* const end = plain_decimal::SkipNumbers(line.data(), count);
+        if (end == nullptr) continue;  // the other way knows better
+        ASSERT_EQ(end - line.data(), expected - line.data()) << line;
+        ++skipped;
+    }
+    EXPECT_GT(skipped, 20000);
+}
+
 // The middle between two doubles rounds to the even one; one digit more on either side decides otherwise.
 TEST(DecimalNumber, DecidesTheMiddleBetweenTwoDoubles) {
     std::mt19937_64 random(11);

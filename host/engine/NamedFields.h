@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstddef>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <unordered_set>
+
+namespace tarn {
+
+/// The fields that a plan or a request names, under whatever key. Nobody reads the numbers of others.
+class NamedFields {
+ public:
+    NamedFields() = default;
+    /// Those that are named anywhere in a document.
+    explicit NamedFields(const nlohmann::ordered_json& document) { AddTexts(document); }
+
+    void Add(const std::string& name) { names_.insert(name); }
+    /// Whether the field of that name at that place of the table, from 0, may be read. Some are although they are not
+    /// named: those that are called as a number or a truth value is written, which is a text, too, to whoever asks for
+    /// one; and the first two, whose descriptives come into a document with every sign test.
+    bool MayMean(const std::string& field, std::size_t place) const;
+
+ private:
+    void AddTexts(const nlohmann::ordered_json& value);
+
+    std::unordered_set<std::string> names_;
+};
+
+}  // namespace tarn
