@@ -53,7 +53,7 @@ TEST(PassedOverInPlan, AreUnknownKeysWithTheNearOneOrThoseThereAre) {
         InPlan(R"({"siglevel": 1, "group": "a"})"),
         (Lines{"p: siglevel: unknown key, passed over; did you mean sigLevel?",
                R"(p: group: unknown key, passed over; expected "missingTreatment", "sigLevel", )"
-               R"("confidenceLevel", "threads", "brief", "caseIDVariableName", "TarnTabulonModelID" or "tests")"}));
+               R"("confidenceLevel", "threads", "brief", "extendedArithmetic", "caseIDVariableName", "TarnTabulonModelID" or "tests")"}));
     EXPECT_EQ(InTest("RSign", R"("variableNames": ["a", "b"], "exact": true)"),
               (Lines{"p: tests[0].RSign.variableNames: unknown key, passed over; did you mean variableName?",
                      R"(p: tests[0].RSign.exact: unknown key, passed over; expected "variableName" or )"
