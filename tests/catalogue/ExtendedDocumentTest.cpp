@@ -67,11 +67,13 @@ const std::set<std::string>* DigitsOf(const std::string& element) {
     return found == kDigits.end() ? nullptr : &found->second;
 }
 
-/// What a significance may be off by beside its digits: one minus a distribution function, and Kolmogorov's limit,
-/// which is cut at both ends.
+/// What a number may be off by beside its digits: a significance that is one minus a distribution function,
+/// Kolmogorov's limit, which is cut at both ends, and the end of an interval that is searched for.
 double SlackOf(const std::string& element) {
+    constexpr double kEndOfSearch = 1e-7;
     constexpr double kCutTails = 5e-7;
     constexpr double kRoundedTails = 5e-15;
+    if (element == Tests::kProportionIntervals.resultName) return kEndOfSearch;
     return element.find("Kolmogorov") != std::string::npos ? kCutTails : kRoundedTails;
 }
 
@@ -141,8 +143,9 @@ class Comparison {
  private:
     void Take(const std::string& a, const std::string& b, const std::string& row, const std::string& place) {
         const bool mayDiffer = digits_ != nullptr && digits_->count(row) > 0;
-        const bool isSignificance = row.find("Sig") != std::string::npos || row == "Content";
-        const Difference difference = ::Compare(a, b, isSignificance ? slack_ : 0);
+        const bool hasSlack =
+            row.find("Sig") != std::string::npos || row == "Content" || row == "Lower" || row == "Upper";
+        const Difference difference = ::Compare(a, b, hasSlack ? slack_ : 0);
         if (difference == Difference::kMore || (difference == Difference::kDigits && !mayDiffer)) Add(place, a, b);
     }
     void Add(const std::string& place, const std::string& a, const std::string& b) {
