@@ -44,9 +44,9 @@ const std::set<std::string>* DigitsOf(const std::string& element) {
         {Tests::kChiSquare.resultName, {"TestStatistic", "AsymptoticSig2Tailed"}},
         {Tests::kRuns.resultName, {"StandardTestStatistic", "AsymptoticSig2Tailed"}},
         {Tests::kWilcoxonOneSample.resultName, kNormal},
-        {Tests::kProportionIntervals.resultName, {"Lower", "Upper"}},
         {Tests::kKolmogorovSmirnov.resultName,
-         {"TestStatistic", "Absolute", "Positive", "Negative", "AsymptoticSig2Tailed", "AsymptoticSig1Tailed"}},
+         {"AsymptoticSig2Tailed", "TestStatistic", "Absolute", "Positive", "Negative"}},
+        {Tests::kProportionIntervals.resultName, {"Lower", "Upper"}},
         {Tests::kSign.resultName, {"StandardTestStatistic", "AsymptoticSig2Tailed", "ExactSig2Tailed"}},
         {Tests::kWilcoxonPairs.resultName, kNormal},
         {Tests::kMcNemar.resultName, {"TestStatistic", "AsymptoticSig2Tailed", "ExactSig2Tailed"}},
@@ -67,14 +67,13 @@ const std::set<std::string>* DigitsOf(const std::string& element) {
     return found == kDigits.end() ? nullptr : &found->second;
 }
 
-/// The limits of the profile likelihood end their search within this as defined.
-constexpr double kEndsOfSearches = 1e-6;
-
-/// What a significance may be off by beside its digits: one minus a distribution function, and Kolmogorov's limit,
-/// which is cut at both ends.
+/// What a number may be off by beside its digits: a significance that is one minus a distribution function,
+/// Kolmogorov's limit, which is cut at both ends, and the end of an interval that is searched for.
 double SlackOf(const std::string& element) {
+    constexpr double kEndOfSearch = 1e-7;
     constexpr double kCutTails = 5e-7;
     constexpr double kRoundedTails = 5e-15;
+    if (element == Tests::kProportionIntervals.resultName) return kEndOfSearch;
     return element.find("Kolmogorov") != std::string::npos ? kCutTails : kRoundedTails;
 }
 
@@ -144,9 +143,9 @@ class Comparison {
  private:
     void Take(const std::string& a, const std::string& b, const std::string& row, const std::string& place) {
         const bool mayDiffer = digits_ != nullptr && digits_->count(row) > 0;
-        const bool isSignificance = row.find("Sig") != std::string::npos || row == "Content";
-        const bool isEnd = row == "Lower" || row == "Upper";
-        const Difference difference = ::Compare(a, b, isSignificance ? slack_ : isEnd ? kEndsOfSearches : 0);
+        const bool hasSlack =
+            row.find("Sig") != std::string::npos || row == "Content" || row == "Lower" || row == "Upper";
+        const Difference difference = ::Compare(a, b, hasSlack ? slack_ : 0);
         if (difference == Difference::kMore || (difference == Difference::kDigits && !mayDiffer)) Add(place, a, b);
     }
     void Add(const std::string& place, const std::string& a, const std::string& b) {
