@@ -114,8 +114,10 @@ BENCHMARK(HodgesLehmannTwoGroupsPass)->Arg(1000)->Arg(10'000)->Arg(100'000)->Arg
 void MosesChance(benchmark::State& state) {
     for (auto _ : state) {
         benchmark::DoNotOptimize(MosesSignificance(1'000'000'000, 3, 2'000'000'000, 0, Arithmetic::AsDefined()));
-        benchmark::DoNotOptimize(MosesSignificance(1'800'030'000, 1'000'000'000, 1'000'000'000, 50'000'000, Arithmetic::AsDefined()));
-        benchmark::DoNotOptimize(MosesSignificance(1'799'000'000, 1'000'000'000, 1'000'000'000, 50'000'000, Arithmetic::AsDefined()));
+        benchmark::DoNotOptimize(
+            MosesSignificance(1'800'030'000, 1'000'000'000, 1'000'000'000, 50'000'000, Arithmetic::AsDefined()));
+        benchmark::DoNotOptimize(
+            MosesSignificance(1'799'000'000, 1'000'000'000, 1'000'000'000, 50'000'000, Arithmetic::AsDefined()));
     }
 }
 BENCHMARK(MosesChance)->Apply(bench::WallAndCpu);

@@ -24,7 +24,7 @@ class ArithmeticOfTheCommand : public testing::Test {
                                           "before,after,w\n0,1,30000\n0,2,10000\n0,-1,29500\n0,3,10000\n0,-2,10400\n"
                                           "0,-5,10100\n");
     std::vector<std::string> Analysis(const std::vector<std::string>& more) const {
-        std::vector<std::string> arguments{"analyze",  data,          "--weight", "w",          "--related",
+        std::vector<std::string> arguments{"analyze",      data,           "--weight",     "w",       "--related",
                                            "before,after", "--continuous", "before,after", "--tests", "wilcoxon"};
         arguments.insert(arguments.end(), more.begin(), more.end());
         return arguments;
@@ -34,16 +34,15 @@ class ArithmeticOfTheCommand : public testing::Test {
         return Json::parse(result.out).at("tests").at(0);
     }
     std::string PlanFile(const std::string& more = "") const {
-        return folder.Write("plan.json",
-                            "{" + more + R"("tests": [{"RWilcoxonSignedRanks": {"variableName": ["before", "after"]}}]})");
+        return folder.Write(
+            "plan.json", "{" + more + R"("tests": [{"RWilcoxonSignedRanks": {"variableName": ["before", "after"]}}]})");
     }
     std::vector<std::string> PlanRun(const std::string& plan, const std::vector<std::string>& more) const {
-        std::vector<std::string> arguments{"run", "--data", data, "--weight", "w", "--continuous", "before,after",
-                                           "--quiet", "--plan", plan};
+        std::vector<std::string> arguments{"run",          "--data",       data,      "--weight", "w",
+                                           "--continuous", "before,after", "--quiet", "--plan",   plan};
         arguments.insert(arguments.end(), more.begin(), more.end());
         return arguments;
     }
-
 };
 
 void ExpectRight(const Json& test) {
@@ -93,10 +92,11 @@ TEST_F(ArithmeticOfTheCommand, AStoredDocumentSaysHowItWasMadeWhereThatMatters) 
     EXPECT_EQ(shown.at("arithmetic"), "extended");
     ExpectRight(shown.at("tests").at(0));
     // Ten pairs are the same in both ways, so that the documents are.
-    const std::string few = folder.Write("few.csv", "before,after\n1,2\n2,4\n3,3\n4,1\n5,9\n6,7\n7,5\n8,8\n9,14\n0,3\n");
+    const std::string few =
+        folder.Write("few.csv", "before,after\n1,2\n2,4\n3,3\n4,1\n5,9\n6,7\n7,5\n8,8\n9,14\n0,3\n");
     const auto documentOf = [&](const std::vector<std::string>& more) {
-        std::vector<std::string> arguments{"run", "--data", few, "--continuous", "before,after", "--quiet", "--plan",
-                                           PlanFile()};
+        std::vector<std::string> arguments{"run",          "--data",  few,      "--continuous",
+                                           "before,after", "--quiet", "--plan", PlanFile()};
         arguments.insert(arguments.end(), more.begin(), more.end());
         return RunTarn(arguments).out;
     };

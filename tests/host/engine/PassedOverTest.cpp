@@ -51,9 +51,10 @@ TEST(PassedOverInPlan, IsNothingOfWhatARequestWritesIntoIt) {
 TEST(PassedOverInPlan, AreUnknownKeysWithTheNearOneOrThoseThereAre) {
     EXPECT_EQ(
         InPlan(R"({"siglevel": 1, "group": "a"})"),
-        (Lines{"p: siglevel: unknown key, passed over; did you mean sigLevel?",
-               R"(p: group: unknown key, passed over; expected "missingTreatment", "sigLevel", )"
-               R"("confidenceLevel", "threads", "brief", "extendedArithmetic", "caseIDVariableName", "TarnTabulonModelID" or "tests")"}));
+        (Lines{
+            "p: siglevel: unknown key, passed over; did you mean sigLevel?",
+            R"(p: group: unknown key, passed over; expected "missingTreatment", "sigLevel", )"
+            R"("confidenceLevel", "threads", "brief", "extendedArithmetic", "caseIDVariableName", "TarnTabulonModelID" or "tests")"}));
     EXPECT_EQ(InTest("RSign", R"("variableNames": ["a", "b"], "exact": true)"),
               (Lines{"p: tests[0].RSign.variableNames: unknown key, passed over; did you mean variableName?",
                      R"(p: tests[0].RSign.exact: unknown key, passed over; expected "variableName" or )"
