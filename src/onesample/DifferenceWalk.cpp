@@ -1,5 +1,6 @@
 #include "onesample/DifferenceWalk.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "support/CaseWeight.h"
@@ -37,10 +38,23 @@ void DifferenceWalk::AddValues(const double* values, const std::int32_t* weights
     }
 }
 
+namespace {
+
+/// Whether two differences are other ones, and not one that was rounded in two ways.
+bool AreApart(double first, double second) {
+    constexpr double kRounding = 1e-9;
+    return std::fabs(first - second) > kRounding * std::max(std::fabs(first), std::fabs(second));
+}
+
+}  // namespace
+
 void DifferenceWalk::Close() {
     CloseRun();
     if (!isTextbookApart) return;
-    if (arithmetic->TakesTextbook(textbookExtremes != extremes)) extremes = textbookExtremes;
+    const bool differs = AreApart(textbookExtremes.absolute, extremes.absolute) ||
+                         AreApart(textbookExtremes.positive, extremes.positive) ||
+                         AreApart(textbookExtremes.negative, extremes.negative);
+    if (arithmetic->TakesTextbook(differs)) extremes = textbookExtremes;
 }
 
 void DifferenceWalk::CloseRun() {

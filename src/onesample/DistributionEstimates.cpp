@@ -15,7 +15,9 @@ QKStatus DistributionEstimates::Choose(const TheoreticalDistribution& distributi
         (isUniform || !hasError) && (QKMV::IsMissing(distribution.minimum) || QKMV::IsMissing(distribution.maximum));
     if (!meanFromSample && !stdDevFromSample && !rangeFromSample) return QKStatus();
 
-    sampleStatistics.reset(new (std::nothrow) QKContUnivariateVariable(variableIndex, weightIndex, arithmetic));
+    testArithmetic = &arithmetic;
+    ownArithmetic.Extend(arithmetic.TakesTextbook(false));
+    sampleStatistics.reset(new (std::nothrow) QKContUnivariateVariable(variableIndex, weightIndex, ownArithmetic));
     if (sampleStatistics == nullptr) return QKStatus(StatusCode::kAllocationFailed);
     if (meanFromSample) sampleStatistics->AddStatistic(Statistic::kMean);
     if (stdDevFromSample) sampleStatistics->AddStatistic(Statistic::kMeanAndStdDev);
@@ -31,7 +33,15 @@ void DistributionEstimates::Add(std::span<const double> values, const std::int32
 }
 
 QKStatus DistributionEstimates::EndPass() {
-    return sampleStatistics == nullptr ? QKStatus() : sampleStatistics->EndPass();
+    if (sampleStatistics == nullptr) return QKStatus();
+    const QKStatus status = sampleStatistics->EndPass();
+    testArithmetic->Adopt(DepartureOfUsed());
+    return status;
+}
+
+Departure DistributionEstimates::DepartureOfUsed() const {
+    if (stdDevFromSample) return sampleStatistics->GetDeparture();
+    return meanFromSample ? sampleStatistics->MeanDeparture() : Departure();
 }
 
 void DistributionEstimates::TakeInto(TheoreticalDistribution& distribution) const {

@@ -26,6 +26,11 @@ class DistributionEstimates {
     bool HasRange() const { return rangeFromSample; }
 
  private:
+    /// What came of an estimate that is used is the test's, and not what came of one beside it.
+    Departure DepartureOfUsed() const;
+
+    const Arithmetic* testArithmetic = nullptr;
+    Arithmetic ownArithmetic;
     bool rangeFromSample = false;
     bool meanFromSample = false;
     bool stdDevFromSample = false;
