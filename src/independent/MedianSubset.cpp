@@ -126,17 +126,16 @@ double FisherExactSignificance(const FourfoldTable& table, const Arithmetic& ari
 }
 
 double YatesChiSquare(const FourfoldTable& table, const Arithmetic& arithmetic) {
-    const auto [notAbove1, notAbove2, above1, above2] = table;
-    const double n1 = notAbove1 + above1;
-    const double n2 = notAbove2 + above2;
-    const double above = above1 + above2;
+    const double n1 = table.notAbove1 + table.above1;
+    const double n2 = table.notAbove2 + table.above2;
+    const double above = table.above1 + table.above2;
     const double total = n1 + n2;
-    const double difference = arithmetic.Carefully([&] { return notAbove2 * above1 - notAbove1 * above2; },
-                                                   [&] {
-                                                       const WideNumber wide =
-                                                           Product(notAbove2, above1) - Product(notAbove1, above2);
-                                                       return static_cast<long double>(wide);
-                                                   });
+    const double difference = arithmetic.Carefully(
+        [&] { return table.notAbove2 * table.above1 - table.notAbove1 * table.above2; },
+        [&] {
+            const WideNumber wide = Product(table.notAbove2, table.above1) - Product(table.notAbove1, table.above2);
+            return static_cast<long double>(wide);
+        });
     const double corrected = std::fabs(difference) - total / 2;
     const auto chiSquareOf = [&](double deviation) {
         return total * (deviation * deviation) / ((n2 + n1 - above) * above * n1 * n2);

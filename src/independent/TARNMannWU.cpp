@@ -130,7 +130,8 @@ QKStatus TARNMannWU::EndPass() {
 }
 
 void TARNMannWU::EndRanking() {
-    const auto [n1, n2] = groupCounts;
+    const double n1 = groupCounts[TwoGroups::kFirst];
+    const double n2 = groupCounts[TwoGroups::kSecond];
     totalN = arithmetic.Count(arithmetic.Truncated(n1) + arithmetic.Truncated(n2));
     if (totalN == 0) {
         AddStatusMessage(QKStatus(StatusCode::kNoRecords), MessageKind::kError);

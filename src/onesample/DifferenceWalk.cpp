@@ -20,12 +20,9 @@ void DifferenceWalk::Add(const double* values, const std::int32_t* weights, std:
 
 template <typename Counter>
 void DifferenceWalk::AddValues(const double* values, const std::int32_t* weights, std::size_t count) {
-    const auto sum = [this](std::int64_t counter, std::int32_t weight) -> std::int64_t {
-        if constexpr (sizeof(Counter) == sizeof(std::int32_t)) {
-            return Add32(static_cast<std::int32_t>(counter), weight);
-        } else {
-            return arithmetic->Count(counter + weight);
-        }
+    constexpr bool kIsNarrow = sizeof(Counter) == sizeof(std::int32_t);
+    const auto sum = [by = arithmetic](std::int64_t counter, std::int32_t weight) -> std::int64_t {
+        return kIsNarrow ? Add32(static_cast<std::int32_t>(counter), weight) : by->Count(counter + weight);
     };
     for (std::size_t i = 0; i < count; ++i) {
         if (QKMV::IsMissing(previousValue)) previousValue = values[i];
