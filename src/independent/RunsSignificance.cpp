@@ -35,13 +35,15 @@ std::optional<double> Cuts(double n1, double first, double n2, double second) {
 /// The arrangements with exactly that many runs.
 std::optional<double> Arrangements(std::int64_t runs, double n1, double n2) {
     if (runs % 2 == 0) {
-        const auto cuts = static_cast<double>(runs / 2 - 1);
-        const std::optional<double> ways = Cuts(n1, cuts, n2, cuts);
+        const std::int64_t cuts = runs / 2 - 1;
+        const auto cutsOfEach = static_cast<double>(cuts);
+        const std::optional<double> ways = Cuts(n1, cutsOfEach, n2, cutsOfEach);
         if (!ways) return std::nullopt;
         return 2 * *ways;
     }
-    const auto more = static_cast<double>((runs - 1) / 2);
-    const auto fewer = static_cast<double>((runs - 3) / 2);
+    const std::int64_t pairs = (runs - 1) / 2;
+    const auto more = static_cast<double>(pairs);
+    const auto fewer = static_cast<double>(pairs - 1);
     const std::optional<double> firstHasMore = Cuts(n1, more, n2, fewer);
     const std::optional<double> secondHasMore = Cuts(n1, fewer, n2, more);
     if (!firstHasMore || !secondHasMore) return std::nullopt;

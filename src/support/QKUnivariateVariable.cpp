@@ -259,7 +259,7 @@ void QKContUnivariateVariable::Moments::AddInLanes(std::span<Moments* const> tog
             }
         }
     }
-    for (std::size_t lane = 0; lane < together.size(); ++lane) {
+    for (std::size_t lane = 0; lane < std::min(kLanes, together.size()); ++lane) {
         together[lane]->mean = means[lane];
         together[lane]->m2 = m2s[lane];
         together[lane]->weight = totals[lane];
