@@ -85,6 +85,22 @@ TEST_F(ArithmeticOfTheCommand, RunsAsDefinedUnlessTheFileOrTheUserAsksForMore) {
     ExpectRight(keyOf(PlanFile(R"("extendedArithmetic": false, )"), {"--extended"}));
 }
 
+// Whatever converts to true asks for it, and what is shown has to know that, too.
+TEST_F(ArithmeticOfTheCommand, ARequestMaySayTrueInAnyWayThatTheEngineTakes) {
+    const auto run = [&](const std::string& value) {
+        const std::string settings = folder.Write(
+            "settings.json", R"({"relatedVariables": ["before", "after"], "isAutomaticallyRelated": false, )"
+                             R"("RWilcoxonSignedRanks": {"isSelected": true}, "extendedArithmetic": )" +
+                                 value + "}");
+        return TestOf(RunTarn({"run", "--data", data, "--weight", "w", "--continuous", "before,after", "--quiet",
+                               "--settings", settings, "--format", "json"}));
+    };
+    for (const char* const value : {"true", R"("true")", "1"}) ExpectRight(run(value));
+    for (const char* const value : {"false", R"("false")", "0"}) {
+        EXPECT_EQ(run(value).at("limits").at(0).at("key"), "wilcoxon-pairs") << value;
+    }
+}
+
 TEST_F(ArithmeticOfTheCommand, AStoredDocumentSaysHowItWasMadeWhereThatMatters) {
     const std::string stored = folder.Path("result.xml");
     ASSERT_EQ(RunTarn(PlanRun(PlanFile(), {"--extended", "--out", stored})).exitStatus, 0);
