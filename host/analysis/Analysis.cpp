@@ -12,7 +12,6 @@
 #include "host/engine/SettingsDocument.h"
 #include "host/plan/PlanRun.h"
 #include "host/report/ResultOrder.h"
-#include "platform/common/QKSettings.h"
 
 namespace tarn {
 
@@ -29,21 +28,8 @@ std::string DescribeMessage(const EngineMessage& message, const MessageCatalogue
     return tellsThem || message.parameters.empty() ? line : line + " (" + JoinList(message.parameters, "; ") + ")";
 }
 
-/// How the engine computes by a request, which may say true in any way that converts to it: "true", 1.
-ArithmeticMode ArithmeticOf(const QKSettings& settings) {
-    bool isExtended = false;
-    settings.GetSettingValByName(kExtendedArithmetic, isExtended);
+ArithmeticMode ModeOf(bool isExtended) {
     return isExtended ? ArithmeticMode::kExtended : ArithmeticMode::kAsDefined;
-}
-
-ArithmeticMode ArithmeticOf(const nlohmann::ordered_json& request) {
-    const auto found = request.find(kExtendedArithmetic);
-    QKSettings settings;
-    if (found == request.end()) return ArithmeticOf(settings);
-    if (found->is_boolean()) settings.AddSetting(kExtendedArithmetic, found->get<bool>());
-    if (found->is_number()) settings.AddSetting(kExtendedArithmetic, found->get<double>());
-    if (found->is_string()) settings.AddSetting(kExtendedArithmetic, found->get<std::string>());
-    return ArithmeticOf(settings);
 }
 
 AnalysisOutcome OutcomeOf(EngineOutcome result, const MessageCatalogue& texts) {
@@ -97,7 +83,7 @@ AnalysisOutcome RunRequest(const nlohmann::ordered_json& request, const std::str
     run.isCancelled = environment.isCancelled;
     const EngineLibrary engine(environment.libraryFolders);
     AnalysisOutcome outcome = OutcomeOf(RunInEngine(engine, table, run), *environment.texts);
-    outcome.arithmetic = ArithmeticOf(request);
+    outcome.arithmetic = ModeOf(IsTrue(request, kExtendedArithmetic));
     if (const std::string note = WeightNote(table, WeightRule::kRounded); !note.empty()) outcome.notes.push_back(note);
     return outcome;
 }
@@ -110,7 +96,7 @@ AnalysisOutcome RunPlan(PlanSettings& plan, const Table& table, const AnalysisEn
     run.onProgress = environment.onProgress;
     run.isCancelled = environment.isCancelled;
     AnalysisOutcome outcome = OutcomeOf(RunInFactory(plan, table, run), *environment.texts);
-    outcome.arithmetic = ArithmeticOf(plan.settings);
+    outcome.arithmetic = ModeOf(IsTrue(plan.settings, kExtendedArithmetic));
     if (const std::string note = WeightNote(table, WeightRule::kCut); !note.empty()) outcome.notes.push_back(note);
     return outcome;
 }

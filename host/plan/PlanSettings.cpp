@@ -116,4 +116,18 @@ PlanSettings ReadPlan(ByteSource& source) {
     return plan;
 }
 
+bool IsTrue(const QKSettings& settings, const char* key) {
+    bool isTrue = false;
+    settings.GetSettingValByName(key, isTrue);
+    return isTrue;
+}
+
+bool IsTrue(const nlohmann::ordered_json& request, const char* key) {
+    const auto value = request.find(key);
+    if (value == request.end()) return false;
+    QKSettings settings;
+    Converter("the request").Add(settings, key, *value, key);
+    return IsTrue(settings, key);
+}
+
 }  // namespace tarn

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -21,5 +22,10 @@ struct PlanSettings {
 /// objects with one key each, the tests in their order, by their names in the engine or by those of `tarn tests`.
 /// Throws an `InputError` that names the key and what it should hold.
 PlanSettings ReadPlan(ByteSource& source);
+
+/// Whether the engine takes a key of a plan, or of a request, for true; "true" and 1 say so, too. Throws an
+/// `InputError` for a value of a shape that no setting has.
+bool IsTrue(const QKSettings& settings, const char* key);
+bool IsTrue(const nlohmann::ordered_json& request, const char* key);
 
 }  // namespace tarn

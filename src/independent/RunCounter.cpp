@@ -129,7 +129,7 @@ void RunCounter::GoApart(const Walk<Narrow>& before) {
     constexpr std::int32_t kBitsOfSmall = (1 << 15) - 1;
     const bool mayDiffer = asDefined_.hasWeightless || (asDefined_.bitsOfBlocks & ~kBitsOfSmall) != 0 ||
                            weightSeen_ > std::numeric_limits<std::int32_t>::max();
-    areApart_ = mayDiffer && arithmetic_->TakesTextbook(false);
+    areApart_ = mayDiffer && arithmetic_->WantsTextbook();
     if (!areApart_) return;
     wide_ = Walk<Wide>::GoingOn(before);
     byTextbook_ = Walk<Wide>::GoingOn(before);

@@ -144,7 +144,7 @@ QKStatus TARNHodgesLehmannTwoIndep::EndPass() {
 /// Without a weight field each position is that of one difference, which is what the weighted position comes to when
 /// all weights are 1. Positions are as wide as the running weights.
 QKStatus TARNHodgesLehmannTwoIndep::Estimate() {
-    const bool mayDiffer = arithmetic.TakesTextbook(false);
+    const bool mayDiffer = arithmetic.WantsTextbook();
     Lists weighty = mayDiffer && HasWeightless() ? WeightyLists() : Lists();
     PairwiseDifferences differences(std::move(lists[TwoGroups::kFirst]), std::move(lists[TwoGroups::kSecond]));
     differences.SetWork(work);

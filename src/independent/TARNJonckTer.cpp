@@ -99,7 +99,7 @@ void TARNJonckTer::BeginOverall() {
     BeginBoxes();
     if (status.IsError()) return;
     const bool hasGap = wanted.stepwise && static_cast<std::size_t>(activeGroups.back()) + 1 != activeGroups.size();
-    walksTwice = hasGap && arithmetic.TakesTextbook(false);
+    walksTwice = hasGap && arithmetic.WantsTextbook();
     walksAllCategories = hasGap && !walksTwice;
     // Up to the second number the sums of ranks are not rounded where all pairs share their ties.
     const double most = arithmetic.Carefully([] { return std::numeric_limits<std::int32_t>::max(); },
@@ -124,7 +124,7 @@ void TARNJonckTer::BeginSteps() {
     // Categories without cases count among the samples that a subset's significance is adjusted for, by the textbook
     // the groups alone.
     steps.Begin(activeGroups.size(),
-                arithmetic.TakesTextbook(false) ? activeGroups.size() : static_cast<std::size_t>(categoryCount));
+                arithmetic.WantsTextbook() ? activeGroups.size() : static_cast<std::size_t>(categoryCount));
 }
 
 void TARNJonckTer::Take(const GroupedRecords& records) {
@@ -203,7 +203,7 @@ StepwiseComparison::Outcome TARNJonckTer::ComputeRange(SubsetRecord& range, Jonc
 void TARNJonckTer::EndStep() {
     SeveralGroups::EndStep();
     const bool mayDiffer = walksTwice || static_cast<std::size_t>(categoryCount) != activeGroups.size();
-    if (steps.IsDone() && mayDiffer && arithmetic.TakesTextbook(false)) NoteSubsets();
+    if (steps.IsDone() && mayDiffer && arithmetic.WantsTextbook()) NoteSubsets();
 }
 
 /// Whether the search as it is defined finds anything else than the one by the textbook.

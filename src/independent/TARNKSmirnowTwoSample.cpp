@@ -119,7 +119,7 @@ void TARNKSmirnowTwoSample::BeginWalks() {
     const bool areExact = walksCounts && sizes == counted && n1 * n2 < kMostPairs;
     walk.extent.reach = areExact ? static_cast<std::int64_t>(n1 * n2 * kRounding) + 1 : -1;
     walkByTextbook.extent.reach = -1;
-    walksTwice = hasStrangers && arithmetic.TakesTextbook(false);
+    walksTwice = hasStrangers && arithmetic.WantsTextbook();
 }
 
 void TARNKSmirnowTwoSample::GetUsedVariables(std::vector<int>& fieldIndices) {

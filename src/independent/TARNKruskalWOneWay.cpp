@@ -154,7 +154,7 @@ void TARNKruskalWOneWay::BeginSteps() {
     // Categories without cases count among the samples that a subset's significance is adjusted for, by the textbook
     // the groups alone. No decision rests on it.
     steps.Begin(sortedGroups.size(),
-                arithmetic.TakesTextbook(false) ? sortedGroups.size() : static_cast<std::size_t>(categoryCount));
+                arithmetic.WantsTextbook() ? sortedGroups.size() : static_cast<std::size_t>(categoryCount));
     const std::int64_t largest = *std::max_element(groupSizes.begin(), groupSizes.end());
     if (tieScan.AreShared() && !HasNegativeWeight() && RangeRanks::AreExact(SumOfWeights(), largest)) {
         stepRanks = StepRanks::kAwaitWalk;

@@ -221,7 +221,7 @@ void TARNMoses::EndRanking() {
     ChooseNumberOfOutliers();
     observedSpan = Span(control.minRank, control.maxRank, arithmetic);
     trimmedSpan = TrimmedSpan(control.ranks, numberOfOutliers, arithmetic);
-    if (arithmetic.TakesTextbook(false)) LeaveOutWeightless(control.ranks);
+    if (arithmetic.WantsTextbook()) LeaveOutWeightless(control.ranks);
     observedSig = MosesSignificance(observedSpan, m, n, 0, arithmetic);
     trimmedSig = MosesSignificance(trimmedSpan, m, n, numberOfOutliers, arithmetic);
     rank.Reset();  // it holds every rank, and tests live as long as the document

@@ -16,7 +16,7 @@ QKStatus DistributionEstimates::Choose(const TheoreticalDistribution& distributi
     if (!meanFromSample && !stdDevFromSample && !rangeFromSample) return QKStatus();
 
     testArithmetic = &arithmetic;
-    ownArithmetic.Extend(arithmetic.TakesTextbook(false));
+    ownArithmetic.Extend(arithmetic.WantsTextbook());
     sampleStatistics.reset(new (std::nothrow) QKContUnivariateVariable(variableIndex, weightIndex, ownArithmetic));
     if (sampleStatistics == nullptr) return QKStatus(StatusCode::kAllocationFailed);
     if (meanFromSample) sampleStatistics->AddStatistic(Statistic::kMean);

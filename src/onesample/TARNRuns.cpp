@@ -282,7 +282,7 @@ void TARNRuns::AddRuns(const std::uint32_t* areLower, const std::int32_t* weight
     runs += begun;
     const Class lastBefore = lastClass;
     lastClass = static_cast<Class>(areLower[count - 1]);
-    if (!arithmetic.TakesTextbook(false)) return;
+    if (!arithmetic.WantsTextbook()) return;
     const bool mayBeWeightless = weightVariableIndex >= 0 && HasWeightless(weights, count);
     if (lastBefore == lastWeightyClass && !mayBeWeightless) {
         weightyRuns += begun;

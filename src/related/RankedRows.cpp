@@ -149,7 +149,7 @@ QKStatus RankedRows::BeginPass() {
     } else if (state == State::kBeforeSteps) {
         orderedSamples = OrderSamples(meanRanks);
         steps.Begin(orderedSamples.size(), orderedSamples.size());
-        countsTies = tieSum != 0 && arithmetic.TakesTextbook(false);
+        countsTies = tieSum != 0 && arithmetic.WantsTextbook();
         if (isExact) balances.assign(row.size() * row.size(), 0);
         if (isExact && countsTies) tieSteps.assign(row.size() * row.size(), 0);
         state = State::kSteps;

@@ -120,7 +120,7 @@ QKStatus TARNCochransQ::BeginPass() {
         orderedSamples = OrderSamples(counts.Proportions());
         steps.Begin(orderedSamples.size(), orderedSamples.size());
         commonSuccesses = CommonSuccesses(orderedSamples.size());
-        hasOwnSuccesses = !HaveTheSameSuccesses() && arithmetic.TakesTextbook(false);
+        hasOwnSuccesses = !HaveTheSameSuccesses() && arithmetic.WantsTextbook();
         if (hasOwnSuccesses) ownSuccesses = CommonSuccesses(orderedSamples.size());
         state = State::kSteps;
     }

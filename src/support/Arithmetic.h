@@ -112,8 +112,10 @@ class Arithmetic {
 
     // ---- Textbook ----
 
-    /// Whether the textbook's form is wanted of a statistic that documents have in another one. `differs`: whether the
-    /// two differ for the data at hand.
+    /// Whether the textbook's form is wanted of a statistic that documents have in another one, for whoever has to find
+    /// out whether the two differ.
+    bool WantsTextbook() const { return isExtended_; }
+    /// The same where it is taken. `differs`: whether the two differ for the data at hand.
     bool TakesTextbook(bool differs = true) const {
         if (!isExtended_) return false;
         if (differs) tookTextbook_.store(true, std::memory_order_relaxed);

@@ -65,7 +65,7 @@ void Histogram::Add(double value, std::int32_t weight) {
     const std::size_t index = FindBin(value);
     if (index >= binCount) return;
     HistogramBin& bin = bins[index];
-    if (weight == 0 && arithmetic->TakesTextbook(false)) {
+    if (weight == 0 && arithmetic->WantsTextbook()) {
         if (bin.count == 0) weightlessBins.push_back(index);
         return;
     }
@@ -75,7 +75,7 @@ void Histogram::Add(double value, std::int32_t weight) {
 
 /// Whether values are added one after another, for a weight of 0 that is to be passed over.
 bool Histogram::TakesOneByOne(const std::int32_t* weights, std::size_t count) const {
-    return weights != nullptr && arithmetic->TakesTextbook(false) && HasWeightless(weights, count);
+    return weights != nullptr && arithmetic->WantsTextbook() && HasWeightless(weights, count);
 }
 
 /// A value depends on the interval's mean before it alone, so values of different intervals are worked on at once.

@@ -135,7 +135,7 @@ void QKContUnivariateVariable::AddPresent(const double* values, const std::int32
 /// Whether the moments are to pass over any of these weights. As defined a weight of 0 isn't guarded: it divides by 0,
 /// so that the deviation is no number, nor is the mean where it comes first.
 bool QKContUnivariateVariable::PassesOverSome(const std::int32_t* weights, std::size_t size) const {
-    return weights != nullptr && arithmetic->TakesTextbook(false) && HasWeightless(weights, size);
+    return weights != nullptr && arithmetic->WantsTextbook() && HasWeightless(weights, size);
 }
 
 /// Takes the values that have a weight into the moments.

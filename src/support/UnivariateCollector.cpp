@@ -40,7 +40,7 @@ bool UnivariateCollector::RequestQuantiles(int field) {
     auto* const variable = dynamic_cast<QKContUnivariateVariable*>(variables.at(field).get());
     if (variable == nullptr) return true;
     const bool isRefused = sortedData == nullptr;
-    TARNSortedDataSet* const views = isRefused && arithmetics[field].TakesTextbook(false) ? offeredData : sortedData;
+    TARNSortedDataSet* const views = isRefused && arithmetics[field].WantsTextbook() ? offeredData : sortedData;
     if (views == nullptr) return false;
     if (isRefused) views->Register(field);  // whoever asks may do so afterwards, or never
     variable->NoteQuantileRequest(isRefused);

@@ -95,18 +95,6 @@ Difference Compare(const std::string& a, const std::string& b, double slack) {
     return std::fabs(x - y) <= most ? Difference::kDigits : Difference::kMore;
 }
 
-std::vector<std::string> Cells(const std::string& row) {
-    std::vector<std::string> cells(1);
-    for (const char c : row) {
-        if (c == ';') {
-            cells.emplace_back();
-        } else {
-            cells.back() += c;
-        }
-    }
-    return cells;
-}
-
 /// Two elements of the two documents.
 class Comparison {
  public:
@@ -121,8 +109,8 @@ class Comparison {
             Take(attribute.value(), b.attribute(attribute.name()).value(), row, place + "@" + attribute.name());
         }
         if (std::string_view(a.name()) == "Row") {
-            const std::vector<std::string> cellsA = Cells(a.text().get());
-            const std::vector<std::string> cellsB = Cells(b.text().get());
+            const std::vector<std::string> cellsA = harness::SplitValues(a.text().get());
+            const std::vector<std::string> cellsB = harness::SplitValues(b.text().get());
             if (cellsA.size() != cellsB.size()) return Add(place, a.text().get(), b.text().get());
             for (std::size_t i = 0; i < cellsA.size(); ++i) Take(cellsA[i], cellsB[i], table, place);
             return;

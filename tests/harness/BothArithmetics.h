@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -39,12 +41,21 @@ inline BothArithmetics RunBoth(const std::string& test, const QKSettings& entry,
     return RunBoth(settings, fields, rows);
 }
 
-/// A row of a table, right to so much of its value.
+/// A number, right to so much of its value.
+inline testing::AssertionResult IsNear(double actual, double expected, double relative = 1e-12) {
+    if (actual == expected || std::fabs(actual - expected) <= relative * std::fabs(expected)) {
+        return testing::AssertionSuccess();
+    }
+    std::ostringstream text;
+    text.precision(17);
+    text << actual << " for " << expected << ", off by " << actual / expected - 1;
+    return testing::AssertionFailure() << text.str();
+}
+
+/// The same of a row of a table.
 inline testing::AssertionResult IsNear(const Table& table, const std::string& row, double expected,
                                        double relative = 1e-12) {
-    const double actual = Number(table, row);
-    if (std::fabs(actual - expected) <= relative * std::fabs(expected)) return testing::AssertionSuccess();
-    return testing::AssertionFailure() << row << " is " << table.Row(row) << " and not " << expected;
+    return IsNear(Number(table, row), expected, relative) << " (" << row << ")";
 }
 
 /// What an element says of the way in which it was worked out; empty if nothing.

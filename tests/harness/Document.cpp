@@ -100,16 +100,6 @@ Table Document::FieldInfo(int field) const {
 
 // ---- Comparison ----
 
-namespace {
-
-constexpr double kRelative = 1e-9;
-constexpr double kAbsolute = 1e-12;
-
-std::string LocalName(const char* name) {
-    const char* colon = std::char_traits<char>::find(name, std::char_traits<char>::length(name), ':');
-    return colon ? colon + 1 : name;
-}
-
 std::vector<std::string> SplitValues(const std::string& text) {
     std::vector<std::string> tokens(1);
     for (const char c : text) {
@@ -120,6 +110,16 @@ std::vector<std::string> SplitValues(const std::string& text) {
         }
     }
     return tokens;
+}
+
+namespace {
+
+constexpr double kRelative = 1e-9;
+constexpr double kAbsolute = 1e-12;
+
+std::string LocalName(const char* name) {
+    const char* colon = std::char_traits<char>::find(name, std::char_traits<char>::length(name), ':');
+    return colon ? colon + 1 : name;
 }
 
 bool SameNumber(const std::string& expected, const std::string& actual) {

@@ -61,6 +61,9 @@ class Document {
     std::shared_ptr<pugi::xml_document> document_ = std::make_shared<pugi::xml_document>();
 };
 
+/// The values of a list that is joined by semicolons.
+std::vector<std::string> SplitValues(const std::string& text);
+
 /// The differences of two documents, each as one line with its path; empty if they agree. Numbers may differ by 1e-9
 /// relative or 1e-12 absolute; everything else, the order included, agrees to the letter. Left out are namespaces,
 /// the root's attributes, "Header", the extender, and children of the root that are not the engine's.

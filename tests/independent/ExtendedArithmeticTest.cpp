@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "independent/TARNKSmirnowTwoSample.h"
+#include "tests/harness/BothArithmetics.h"
 #include "tests/harness/DrivenTest.h"
 #include "tests/independent/SeveralGroupsRun.h"
 
@@ -23,6 +24,7 @@ using groups::Common;
 using groups::Number;
 using groups::Rows;
 using harness::Fields;
+using harness::IsNear;
 using harness::Table;
 
 struct Ways {
@@ -30,7 +32,7 @@ struct Ways {
     Table extended;
 
     /// What the extended element says of itself.
-    std::string Said() const { return extended.Attribute("arithmetic"); }
+    std::string Said() const { return harness::WayOf(extended); }
 };
 
 std::string TextOf(const Table& table) {
@@ -39,28 +41,10 @@ std::string TextOf(const Table& table) {
     return text.str();
 }
 
-Ways RunBoth(const std::string& test, const QKSettings& entry, const Fields& fields, const Rows& rows,
-             Common common = {}) {
-    const Table defined = groups::ResultOf(test, entry, fields, rows, common);
-    QKSettings settings;
-    for (const auto& [key, value] : common) settings.AddSetting(key, value);
-    settings.AddSetting("extendedArithmetic", true);
-    settings.AddSetting(test, entry);
-    Fields same = fields;
-    const harness::Outcome extended = harness::Run(settings, same, rows);
-    EXPECT_FALSE(extended.status.IsError());
-    EXPECT_EQ(defined.Attribute("arithmetic"), "");
-    return {defined, extended.document.Test(0)};
-}
-
-testing::AssertionResult IsNear(double actual, double expected, double share = 1e-12) {
-    if (actual == expected || std::fabs(actual - expected) <= share * std::fabs(expected)) {
-        return testing::AssertionSuccess();
-    }
-    std::ostringstream text;
-    text.precision(17);
-    text << actual << " for " << expected << ", off by " << actual / expected - 1;
-    return testing::AssertionFailure() << text.str();
+Ways RunBoth(const std::string& test, const QKSettings& entry, Fields fields, const Rows& rows,
+             const Common& common = {}) {
+    const harness::BothArithmetics both = harness::RunBoth(test, entry, fields, rows, common);
+    return {both.Defined(), both.Extended()};
 }
 
 void ExpectNumbers(const Table& table, const std::vector<std::pair<std::string, double>>& expected) {
@@ -69,7 +53,7 @@ void ExpectNumbers(const Table& table, const std::vector<std::pair<std::string, 
 
 /// The numbers of a row of pairs or subsets behind its two positions.
 void ExpectCells(const std::string& row, const std::vector<double>& expected) {
-    const std::vector<std::string> cells = several::SplitRow(row);
+    const std::vector<std::string> cells = harness::SplitValues(row);
     ASSERT_EQ(cells.size(), 2 + expected.size()) << row;
     for (std::size_t i = 0; i < expected.size(); ++i) {
         EXPECT_TRUE(IsNear(std::strtod(cells[2 + i].c_str(), nullptr), expected[i])) << row;
@@ -495,7 +479,7 @@ Rows WithGaps(int cases) {
 
 std::vector<std::string> AdjustedOf(const std::vector<std::string>& rows) {
     std::vector<std::string> adjusted;
-    for (const std::string& row : rows) adjusted.push_back(several::SplitRow(row)[6]);
+    for (const std::string& row : rows) adjusted.push_back(harness::SplitValues(row)[6]);
     return adjusted;
 }
 
@@ -505,10 +489,10 @@ TEST(ExtendedKruskalWallis, SignificancesAreAdjustedForTheGroupsWithCases) {
         RunBoth("IKruskalWallis", Comparing("pairWise"), several::Categories(5), WithGaps(20), {{"sigLevel", 0.99}});
     EXPECT_EQ(pairs.Said(), "textbook");
     for (std::size_t i = 0; i < 3; ++i) {
-        const auto cells = several::SplitRow(several::Pairs(pairs.extended)[i]);
+        const auto cells = harness::SplitValues(several::Pairs(pairs.extended)[i]);
         const double sig = std::strtod(cells[5].c_str(), nullptr);
         EXPECT_TRUE(IsNear(std::strtod(cells[6].c_str(), nullptr), std::min(3 * sig, 1.0))) << i;
-        const auto defined = several::SplitRow(several::Pairs(pairs.defined)[i]);
+        const auto defined = harness::SplitValues(several::Pairs(pairs.defined)[i]);
         EXPECT_TRUE(IsNear(std::strtod(defined[6].c_str(), nullptr), std::min(10 * sig, 1.0), 1e-9)) << i;
     }
     const Ways steps =
@@ -517,11 +501,11 @@ TEST(ExtendedKruskalWallis, SignificancesAreAdjustedForTheGroupsWithCases) {
     const std::vector<std::string> subsets = several::Subsets(steps.extended);
     ASSERT_FALSE(subsets.empty());
     for (std::size_t i = 0; i < subsets.size(); ++i) {
-        const auto cells = several::SplitRow(subsets[i]);
+        const auto cells = harness::SplitValues(subsets[i]);
         if (cells[2].empty()) continue;
         EXPECT_EQ(cells[5], cells[6]);
         const double sig = std::strtod(cells[5].c_str(), nullptr);
-        const auto defined = several::SplitRow(several::Subsets(steps.defined)[i]);
+        const auto defined = harness::SplitValues(several::Subsets(steps.defined)[i]);
         EXPECT_TRUE(IsNear(std::strtod(defined[6].c_str(), nullptr), 1 - std::pow(1 - sig, 5.0 / 2), 1e-9));
     }
     // Without empty categories nothing differs.
@@ -565,7 +549,7 @@ TEST(ExtendedJonckheere, KeepsTheDigitsOfTheUpperTailOfPairs) {
                               Balanced(3, 2'000'000'000, 30'000, 175'000));
     ExpectNumbers(Statistics(ways.extended), {{"StandardTestStatistic", 35.354543995235751329},
                                               {"AsymptoticSig2Tailed", 8.5369875783424630053e-274}});
-    const auto cells = several::SplitRow(several::Pairs(ways.extended)[1]);
+    const auto cells = harness::SplitValues(several::Pairs(ways.extended)[1]);
     EXPECT_TRUE(IsNear(std::strtod(cells[5].c_str(), nullptr), 4.2617245611560006402e-274));
 }
 

@@ -47,22 +47,10 @@ inline std::vector<std::string> MessagesIn(const harness::Table& test) {
 /// A cell that has to be empty.
 inline constexpr double kEmpty = std::numeric_limits<double>::quiet_NaN();
 
-inline std::vector<std::string> SplitRow(const std::string& row) {
-    std::vector<std::string> cells(1);
-    for (const char c : row) {
-        if (c == ';') {
-            cells.emplace_back();
-        } else {
-            cells.back() += c;
-        }
-    }
-    return cells;
-}
-
 /// A row of a comparison: the two places as text, the numbers within 1e-11.
 inline void ExpectRow(const std::string& row, const std::string& first, const std::string& second,
                       const std::vector<double>& numbers) {
-    const std::vector<std::string> cells = SplitRow(row);
+    const std::vector<std::string> cells = harness::SplitValues(row);
     ASSERT_EQ(cells.size(), 2 + numbers.size()) << row;
     EXPECT_EQ(cells[0], first) << row;
     EXPECT_EQ(cells[1], second) << row;

@@ -23,7 +23,6 @@ using several::kEmpty;
 using several::MessagesIn;
 using several::Pairs;
 using several::Samples;
-using several::SplitRow;
 using several::Subsets;
 using several::TextOf;
 using several::TwoSided;
@@ -82,7 +81,7 @@ TEST(KruskalWallis, AdjustmentOfThePairsUsesEveryCategory) {
     const double twoApart = TwoSided(6 / std::sqrt(5));
     ASSERT_EQ(Pairs(test).size(), 3U);
     ExpectRow(Pairs(test)[1], "0", "3", {-6, std::sqrt(5), -6 / std::sqrt(5), twoApart, 6 * twoApart});
-    EXPECT_EQ(SplitRow(Pairs(test)[0])[6], "1");  // 6 * 0.18, limited
+    EXPECT_EQ(harness::SplitValues(Pairs(test)[0])[6], "1");  // 6 * 0.18, limited
     EXPECT_EQ(test.Sub("PairwiseResult").SimpleRows("PairwiseInfo"), Texts({"0;2;3", "2;5;8"}));
 }
 

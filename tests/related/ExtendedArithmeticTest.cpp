@@ -29,10 +29,6 @@ using harness::Texts;
 
 constexpr double kTwelveDigits = 1e-12;
 
-bool IsWithin(double actual, double expected, double share) {
-    return std::fabs(actual - expected) <= share * std::fabs(expected);
-}
-
 /// What the extended element says of itself: nothing, "extended", "textbook" or both.
 std::string MarkOf(const BothArithmetics& both) {
     return harness::WayOf(both.Extended());
@@ -233,9 +229,9 @@ TEST(ExtendedHodgesLehmannPairs, ZerosCostNoDigits) {
     const Sample sample{{-1e9, 1}, {0, 1}, {0.125, 1}, {0.3, 4}};
     const BothArithmetics both = PairTest("RHodgesLehmannEstimatePairs", sample);
     EXPECT_EQ(MarkOf(both), "");
-    EXPECT_TRUE(IsWithin(Number(Statistics(both.Extended()), "Estimate"), (0.15 + 0.2125) / 2, kTwelveDigits));
-    EXPECT_FALSE(IsWithin(Number(Statistics(both.Defined()), "Estimate"), (0.15 + 0.2125) / 2, kTwelveDigits));
-    EXPECT_TRUE(IsWithin(Number(Statistics(both.Defined()), "Estimate"), (0.15 + 0.2125) / 2, 1e-5));
+    EXPECT_TRUE(harness::IsNear(Number(Statistics(both.Extended()), "Estimate"), (0.15 + 0.2125) / 2, kTwelveDigits));
+    EXPECT_FALSE(harness::IsNear(Number(Statistics(both.Defined()), "Estimate"), (0.15 + 0.2125) / 2, kTwelveDigits));
+    EXPECT_TRUE(harness::IsNear(Number(Statistics(both.Defined()), "Estimate"), (0.15 + 0.2125) / 2, 1e-5));
 }
 
 // ---- McNemar test ----
@@ -341,7 +337,7 @@ TEST(ExtendedFriedman, ProductsAreNotBoundBy32Bits) {
     EXPECT_EQ(MarkOf(below), "");
     ExpectStatistics(below.Extended(),
                      {{"TestStatistic", 0.904843393358749872}, {"AsymptoticSig2Tailed", 0.636085877857678187}});
-    EXPECT_TRUE(IsWithin(Number(Statistics(below.Defined()), "TestStatistic"), 0.904843393358749872, 1e-6));
+    EXPECT_TRUE(harness::IsNear(Number(Statistics(below.Defined()), "TestStatistic"), 0.904843393358749872, 1e-6));
     const BothArithmetics above = RankedTest("RFriedmansTwoWayByRanks", AlmostBalanced(178956971, 9000));
     EXPECT_EQ(MarkOf(above), "extended");
     ExpectStatistics(above.Extended(),
@@ -370,7 +366,7 @@ TEST(ExtendedFriedman, ProductBesideTiesIsNotBoundBy32Bits) {
     const BothArithmetics above = run(33576);
     EXPECT_EQ(MarkOf(above), "extended");
     ExpectStatistics(above.Extended(), {{"TestStatistic", 1309434.41275421615}});
-    EXPECT_FALSE(IsWithin(Number(Statistics(above.Defined()), "TestStatistic"), 1309434.41275421615, 1e-6));
+    EXPECT_FALSE(harness::IsNear(Number(Statistics(above.Defined()), "TestStatistic"), 1309434.41275421615, 1e-6));
 }
 
 TEST(ExtendedFriedman, IsRightForAMillionMillionCases) {
@@ -423,7 +419,7 @@ TEST(ExtendedFriedman, SumsOfRanksKeepAllTheirDigits) {
     Arithmetic extended;
     extended.Extend(true);
     const RankSums ranks{{2.0 * n, 2.0 * n, 2.0 * n}, {4 * n + 30'000'001, 4 * n - 10'000'001, 4 * n - 20'000'000}};
-    EXPECT_TRUE(IsWithin(FriedmanChiSquare(ranks, n, 0, extended), 0.0388578080823265837, kTwelveDigits));
+    EXPECT_TRUE(harness::IsNear(FriedmanChiSquare(ranks, n, 0, extended), 0.0388578080823265837, kTwelveDigits));
 }
 
 TEST(ExtendedFriedman, KeepsTheDigitsOfTails) {
@@ -458,15 +454,15 @@ TEST(ExtendedCochransQ, StandardErrorOfPairsIsNotBoundBy32Bits) {
     EXPECT_EQ(MarkOf(below), "");
     EXPECT_EQ(ranked::RowsOf(below.Defined(), "PairwiseResult", "Content")[0].substr(0, 40),
               ranked::RowsOf(below.Extended(), "PairwiseResult", "Content")[0].substr(0, 40));
-    EXPECT_TRUE(IsWithin(firstPair(below.Defined())[3], 2.53807887894502153e-3, kTwelveDigits));
+    EXPECT_TRUE(harness::IsNear(firstPair(below.Defined())[3], 2.53807887894502153e-3, kTwelveDigits));
 
     const BothArithmetics above = run(65536);
     EXPECT_EQ(MarkOf(above), "extended");
     EXPECT_EQ(firstPair(above.Defined())[4], 0);  // over an infinite standard error
     const std::vector<double> pair = firstPair(above.Extended());
-    EXPECT_TRUE(IsWithin(pair[3], 2.53804015093478372e-3, kTwelveDigits));
-    EXPECT_TRUE(IsWithin(pair[4], 3.00601806021075878, kTwelveDigits));
-    EXPECT_TRUE(IsWithin(pair[6], 7.9407982809901003e-3, kTwelveDigits));
+    EXPECT_TRUE(harness::IsNear(pair[3], 2.53804015093478372e-3, kTwelveDigits));
+    EXPECT_TRUE(harness::IsNear(pair[4], 3.00601806021075878, kTwelveDigits));
+    EXPECT_TRUE(harness::IsNear(pair[6], 7.9407982809901003e-3, kTwelveDigits));
     ExpectStatistics(above.Defined(), {{"TestStatistic", 19771.0843373493976}});
     ExpectStatistics(above.Extended(), {{"TestStatistic", 19771.0843373493976}});
 }

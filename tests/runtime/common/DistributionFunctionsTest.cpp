@@ -64,32 +64,26 @@ void ExpectTable(const Table& table, double bound, Function function) {
     testing::Test::RecordProperty("largest_relative_error", testing::PrintToString(largest));
 }
 
+/// A function that fails by a code behind its arguments: it gives the missing double then, and never else.
+template <typename Function, typename... Arguments>
+double Checked(Function function, Arguments... arguments) {
+    int code = -1;
+    const double value = function(arguments..., code);
+    EXPECT_EQ(code != 0, value == kMissing) << testing::PrintToString(std::tuple(arguments...));
+    return value;
+}
+
 double CdfBin(double x, double n, double p) {
-    int err = -1;
-    const double value = QKDistFun::CdfBin(x, n, p, err);
-    EXPECT_EQ(err != 0, value == kMissing) << x << " " << n << " " << p;
-    return value;
+    return Checked(QKDistFun::CdfBin, x, n, p);
 }
-
-double CDFHyper(double x, double total, double margin1, double margin2) {
-    int status = -1;
-    const double value = QKDistFun::CDFHyper(x, total, margin1, margin2, status);
-    EXPECT_EQ(status != 0, value == kMissing) << x << " " << total << " " << margin1 << " " << margin2;
-    return value;
-}
-
 double SfBin(double x, double n, double p) {
-    int err = -1;
-    const double value = QKDistFun::SfBin(x, n, p, err);
-    EXPECT_EQ(err != 0, value == kMissing) << x << " " << n << " " << p;
-    return value;
+    return Checked(QKDistFun::SfBin, x, n, p);
 }
-
+double CDFHyper(double x, double total, double margin1, double margin2) {
+    return Checked(QKDistFun::CDFHyper, x, total, margin1, margin2);
+}
 double SfHyper(double x, double total, double margin1, double margin2) {
-    int status = -1;
-    const double value = QKDistFun::SfHyper(x, total, margin1, margin2, status);
-    EXPECT_EQ(status != 0, value == kMissing) << x << " " << total << " " << margin1 << " " << margin2;
-    return value;
+    return Checked(QKDistFun::SfHyper, x, total, margin1, margin2);
 }
 
 int ErrOfCdfBin(double x, double n, double p) {
