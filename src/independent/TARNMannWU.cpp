@@ -155,7 +155,7 @@ void TARNMannWU::EndRanking() {
     const WideNumber twiceOwn = WideNumber{whole1} * (WideNumber{whole1} + 1);
     const WideNumber pairs = WideNumber{whole1} * whole2;
     u = arithmetic.Carefully([&] { return n1 * (n1 + 1) / 2 + n1 * n2 - rankSumOfFirst; },
-                             [&] { return -first.Above(twiceOwn + 2 * pairs); });
+                             [&] { return first.Below(twiceOwn + 2 * pairs); });
     if (HasExactSignificance(n1, n2)) {
         exactSig = MannWhitneyExactSignificance(TruncateToInt32(n1), TruncateToInt32(n2), u, arithmetic);
         exactComputed = true;
@@ -165,7 +165,7 @@ void TARNMannWU::EndRanking() {
     standardError = std::sqrt(spread * (n1 * n2 / (n * (n - 1))));
     if (spread != 0) {
         const double above =
-            arithmetic.Carefully([&] { return u - n1 * n2 / 2; }, [&] { return -first.Above(twiceOwn + pairs); });
+            arithmetic.Carefully([&] { return u - n1 * n2 / 2; }, [&] { return first.Below(twiceOwn + pairs); });
         z = above / standardError;
     }
     asymptoticSig = TwoTailedNormal(z, arithmetic);

@@ -25,6 +25,8 @@ struct GroupRankStats {
     long double Above(WideNumber twiceExpected) const {
         return static_cast<long double>(twiceSumOfRanks - twiceExpected) / 2 + sumOfFractions;
     }
+    /// How far it lies below; equal ones are 0, without a sign.
+    long double Below(WideNumber twiceExpected) const { return 0 - Above(twiceExpected); }
     void AddExactly(double midRank, std::int64_t twiceMidRank, double weight) {
         const std::int32_t whole = TruncateToInt32(weight);
         twiceSumOfRanks += WideNumber{twiceMidRank} * whole;

@@ -23,10 +23,13 @@ struct BothArithmetics {
 
 inline BothArithmetics RunBoth(const QKSettings& settings, Fields& fields, const Rows& rows) {
     BothArithmetics both;
-    both.defined = Run(settings, fields, rows);
-    QKSettings extended = settings;
-    extended.AddSetting("extendedArithmetic", true);
-    both.extended = Run(extended, fields, rows);
+    const auto runAs = [&](bool isExtended) {
+        QKSettings asked = settings;
+        asked.AddSetting("extendedArithmetic", isExtended);
+        return Run(asked, fields, rows);
+    };
+    both.defined = runAs(false);
+    both.extended = runAs(true);
     EXPECT_FALSE(both.defined.status.IsError()) << both.defined.status.GetErrorCode();
     EXPECT_FALSE(both.extended.status.IsError()) << both.extended.status.GetErrorCode();
     EXPECT_EQ(both.defined.text.find("arithmetic="), std::string::npos);

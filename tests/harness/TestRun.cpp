@@ -1,11 +1,14 @@
 #include "tests/harness/TestRun.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <sstream>
 #include <utility>
 
 #include "catalogue/TARNFactory.h"
 #include "support/QKVecValue.h"
+#include "tests/harness/ArithmeticComparison.h"
 
 namespace harness {
 
@@ -57,8 +60,10 @@ Fields& Fields::Weight(const std::string& name) {
     return *this;
 }
 
-Outcome Run(QKSettings settings, Fields& fields, std::vector<std::vector<double>> rows, ProgressListener* listener,
-            QKQueryCancel* cancel) {
+namespace {
+
+Outcome RunOnce(QKSettings settings, Fields& fields, std::vector<std::vector<double>> rows, ProgressListener* listener,
+                QKQueryCancel* cancel) {
     TARNFactory factory;
     const std::unique_ptr<IQKAlgorithm> algorithm(factory.CreateQKAlgorithm(settings, fields.List()));
     algorithm->SetProgressListener(listener);
@@ -71,6 +76,38 @@ Outcome Run(QKSettings settings, Fields& fields, std::vector<std::vector<double>
     outcome.writeStatus = algorithm->WriteResults(out, {});
     outcome.text = out.str();
     if (!outcome.text.empty()) outcome.document = Document(outcome.text);
+    return outcome;
+}
+
+/// The same run with extended arithmetic gives the same document, but for the elements that say that they are another.
+void ExpectTheSameExtended(const Outcome& defined, QKSettings settings, Fields& fields,
+                           std::vector<std::vector<double>> rows) {
+    constexpr double kMostCancelled = 1e-6;  // the data of some tests are made so that sums cancel
+    settings.AddSetting("extendedArithmetic", true);
+    const Outcome extended = RunOnce(settings, fields, std::move(rows), nullptr, nullptr);
+    EXPECT_EQ(extended.status.GetErrorCode(), defined.status.GetErrorCode());
+    EXPECT_EQ(extended.complete, defined.complete);
+    EXPECT_EQ(extended.document.TestCount(), defined.document.TestCount());
+    if (extended.document.TestCount() != defined.document.TestCount()) return;
+    for (int i = 0; i < defined.document.TestCount(); ++i) {
+        const Table test = extended.document.Test(i);
+        const std::vector<std::string> found =
+            DifferencesByArithmetic(defined.document.Test(i).Node(), test.Node(), kMostCancelled);
+        if (test.Attribute("arithmetic").empty()) {
+            EXPECT_TRUE(found.empty()) << "element " << i << "\n" << (found.empty() ? "" : found.front());
+        }
+    }
+}
+
+}  // namespace
+
+Outcome Run(const QKSettings& settings, Fields& fields, const std::vector<std::vector<double>>& rows,
+            ProgressListener* listener, QKQueryCancel* cancel) {
+    Outcome outcome = RunOnce(settings, fields, rows, listener, cancel);
+    const bool isWatched = listener != nullptr || cancel != nullptr;
+    if (!isWatched && settings.FindSetting("extendedArithmetic") == nullptr) {
+        ExpectTheSameExtended(outcome, settings, fields, rows);
+    }
     return outcome;
 }
 

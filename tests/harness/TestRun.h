@@ -67,8 +67,9 @@ struct Outcome {
     Document document;  ///< the same, parsed
 };
 
-/// Runs the execution settings over the rows and writes the document.
-Outcome Run(QKSettings settings, Fields& fields, std::vector<std::vector<double>> rows,
+/// Runs the execution settings over the rows and writes the document. Unless the settings say which arithmetic they
+/// want, or somebody watches the run, the extended one has to give the same document or to say that it doesn't.
+Outcome Run(const QKSettings& settings, Fields& fields, const std::vector<std::vector<double>>& rows,
             ProgressListener* listener = nullptr, QKQueryCancel* cancel = nullptr);
 
 /// Adds a test with "variableName" as a list of names, the shape of most entries of the related family.

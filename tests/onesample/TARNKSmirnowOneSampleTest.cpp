@@ -226,8 +226,9 @@ TEST(KolmogorovSmirnovOneSample, OneValueHalfwayUpTheRange) {  // D = 0.5 on bot
 }
 
 TEST(KolmogorovSmirnovOneSample, SignificanceEqualToTheLevelRetains) {
-    const Rows even{{1}, {2}, {3}, {4}, {5}};  // D = 0.1, z = 0.22: the significance is 1
-    const QKSettings entry = ksone::Entry({{"min", 0.5}, {"max", 5.5}});
+    Rows even;  // D = 1 / 800, z = 0.025: the significance is 1
+    for (int i = 1; i <= 400; ++i) even.push_back({static_cast<double>(i)});
+    const QKSettings entry = ksone::Entry({{"min", 0.5}, {"max", 400.5}});
     EXPECT_EQ(ResultOf(kUniform, entry, even, 1.0).Attribute("decision"), "retain");
     EXPECT_EQ(ResultOf(kUniform, entry, even, 1.1).Attribute("decision"), "reject");
 }
