@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <functional>
 #include <numeric>
 #include <span>
@@ -38,8 +39,11 @@ bool Contains(std::span<const std::string_view> list, std::string_view name) {
     return std::ranges::find(list, name) != list.end();
 }
 
+/// The shortest text that reads back as the number; whole numbers without an exponent, which would not be whole there.
 std::string NumberText(double number) {
     constexpr std::size_t kLongest = 32;
+    constexpr double kLargestWhole = 0x1p53;
+    if (std::abs(number) <= kLargestWhole && number == std::trunc(number)) return std::to_string(std::llround(number));
     std::array<char, kLongest> text{};
     const auto end = std::to_chars(text.data(), text.data() + text.size(), number);
     return {text.data(), end.ptr};

@@ -37,7 +37,7 @@ with open(os.path.join(FOLDER, "samples.csv"), encoding="utf-8") as file:
 def record(name, call, pick):
     try:
         values = pick(eval(call, names))
-    except (ValueError, TypeError):
+    except ValueError:
         values = [float("nan")]
     print(name, " ".join("%.17g" % value for value in values), call, sep="\t")
 
@@ -94,4 +94,4 @@ with open(os.path.join(FOLDER, "calls.tsv"), encoding="utf-8") as file:
     for line in file:
         system, name, call = line.rstrip("\n").split("\t")
         if system == "scipy":
-            record("call " + name, call, lambda result: [getattr(result, "pvalue", result)])
+            record("call " + name, call, lambda result: np.atleast_1d(getattr(result, "pvalue", result)))
