@@ -262,9 +262,9 @@ TEST(SettingLike, KnowsWhenASystemIsExact) {
     std::size_t rules = 0;
     for (const auto& system : kSystems) {
         for (const auto& [id, recorded] : RecordedBy(system.first)) {
-            if (!id.starts_with("rule ")) continue;
+            if (!id.starts_with("call rule ")) continue;
             ++rules;
-            std::istringstream words(id.substr(5));
+            std::istringstream words(id.substr(10));
             std::string test;
             words >> test;
             LikeQuestion question;
