@@ -184,6 +184,9 @@ void AddMethod(const LikeQuestion& question, const Words& words, std::string_vie
     }
 }
 
+/// The level that both systems take of their own accord.
+constexpr double kUsualLevel = 0.95;
+
 // ---- Rank sums and signed ranks ----
 
 constexpr double kExactBelowInR = 50;
@@ -266,7 +269,6 @@ LikeSetting LikeSignedRank(const LikeQuestion& question, const Words& words, boo
 }
 
 void AddInterval(const LikeQuestion& question, Call& call) {
-    constexpr double kUsualLevel = 0.95;
     call.AddFlag("conf.int", true);
     if (question.confidenceLevel != kUsualLevel) call.Add("conf.level", NumberText(question.confidenceLevel));
 }
@@ -293,7 +295,7 @@ LikeSetting LikeHodgesLehmann(const LikeQuestion& question, const Words& words, 
 
 constexpr double kOneHalf = 0.5;
 
-/// A test of a count; `interval`: what is asked of its result.
+/// The test of a proportion, or the interval that its exact form gives.
 LikeSetting LikeBinomial(const LikeQuestion& question, const Words& words, bool isInterval) {
     const bool isExact = question.exact.value_or(true) || isInterval;
     if (!isExact && !words.IsR()) return NoCall("likeNoCall");
@@ -304,7 +306,6 @@ LikeSetting LikeBinomial(const LikeQuestion& question, const Words& words, bool 
     } else {
         call.Add(question.hasMissing ? NumberText(SizeAt(question, 0)) : words.Field(0) + ".size");
     }
-    constexpr double kUsualLevel = 0.95;
     const bool isUsual = question.confidenceLevel == kUsualLevel;
     if (!isInterval) {
         const double expected = question.testValue.value_or(kOneHalf);
@@ -521,7 +522,7 @@ std::vector<std::string> DistributionArguments(const LikeQuestion& question, con
 }
 
 LikeSetting LikeKolmogorovOneSample(const LikeQuestion& question, const Words& words) {
-    constexpr double kExactBelowInR100 = 100;
+    constexpr double kOneSampleExactBelowInR = 100;
     const bool isNormal = question.test == KolmogorovSmirnovSetting::kNormal;
     const bool isUniform = question.test == KolmogorovSmirnovSetting::kUniform;
     if (question.test == KolmogorovSmirnovSetting::kPoisson) return NoCall("likeNoCall");
@@ -537,7 +538,7 @@ LikeSetting LikeKolmogorovOneSample(const LikeQuestion& question, const Words& w
     AddMethod(question, words, "asymp", call);
     words.AddMissing(call);
     LikeSetting setting = WithCall(call);
-    const bool isExactByDefault = !words.IsR() || (SizeAt(question, 0) < kExactBelowInR100 && !question.hasTies);
+    const bool isExactByDefault = !words.IsR() || (SizeAt(question, 0) < kOneSampleExactBelowInR && !question.hasTies);
     setting.isExact = question.exact.value_or(isExactByDefault);
     return setting;
 }
