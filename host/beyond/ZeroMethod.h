@@ -2,8 +2,12 @@
 
 namespace tarn {
 
-/// What becomes of differences of zero in the signed ranks: they are dropped before ranking (Wilcoxon 1945), ranked and
-/// then dropped (Pratt 1959), or ranked with half of their ranks on each side.
-enum class ZeroMethod { kDrop, kPratt, kSplit };
+/// What the signed rank test does with differences of zero.
+enum class ZeroMethod {
+    kDrop,   ///< They are left out before ranking (Wilcoxon, 1949, Some Rapid Approximate Statistical Procedures).
+    kPratt,  ///< They are ranked with the others and left out afterwards (Pratt, 1959, Journal of the American
+             ///< Statistical Association 54, 655-667).
+    kSplit,  ///< They are ranked with the others, and half of their ranks counts as positive.
+};
 
 }  // namespace tarn
