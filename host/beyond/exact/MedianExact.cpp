@@ -23,11 +23,12 @@ struct Groups {
     std::int64_t size = 0;
     std::int64_t above = 0;
 
-    double ShareAbove() const { return static_cast<double>(above) / static_cast<double>(size); }
+    std::int64_t MostAboveIn(std::size_t group) const { return std::min(list[group].size, above); }
     bool HasOneOutcome() const { return list.size() < 2 || above == 0 || above == size; }
 };
 
-/// The groups that have cases, the largest one last.
+/// The groups that have cases, the largest one last. Which of both rows is above makes no difference to chi-square nor
+/// to Fisher's two-sided significance, so that it is the one with fewer cases.
 Groups GroupsOf(const std::vector<std::int64_t>& above, const std::vector<std::int64_t>& notAbove) {
     Groups groups;
     for (std::size_t g = 0; g < above.size(); ++g) {
@@ -36,6 +37,10 @@ Groups GroupsOf(const std::vector<std::int64_t>& above, const std::vector<std::i
         groups.list.push_back({size, above[g]});
         groups.size += size;
         groups.above += above[g];
+    }
+    if (groups.above > groups.size - groups.above) {
+        for (Group& group : groups.list) group.above = group.size - group.above;
+        groups.above = groups.size - groups.above;
     }
     std::ranges::stable_sort(groups.list, {}, &Group::size);
     return groups;
@@ -49,8 +54,8 @@ class SumOfShares {
         for (const Group& group : groups.list) {
             const auto divisor = std::gcd(static_cast<std::int64_t>(factor_ % group.size), group.size);
             const std::int64_t further = group.size / divisor;
-            // The sum is at most all the cases times the factor.
-            if (factor_ > kMostBits / further / groups.size) {
+            // The sum is at most the number of all cases above times the factor.
+            if (factor_ > kMostBits / further / groups.above) {
                 isExact_ = false;
                 break;
             }
@@ -58,7 +63,7 @@ class SumOfShares {
         }
         if (isExact_) return;
         factor_ = 1;
-        while (factor_ < kMostBits / 2 / groups.size / groups.size) factor_ *= 2;
+        while (factor_ < kMostBits / 2 / groups.above / groups.above) factor_ *= 2;
     }
 
     WideInteger Term(std::int64_t size, std::int64_t above) const {
@@ -105,17 +110,20 @@ void Merge(std::vector<Outcome>& outcomes) {
     outcomes.resize(last + 1);
 }
 
-/// The chances of 0 .. size cases above, each case above with `share`: the condition that all groups together have as
-/// many as observed makes the hypergeometric chances of it.
-std::vector<double> BinomialChances(std::int64_t size, double share) {
-    std::vector<double> chances(static_cast<std::size_t>(size) + 1, 0.0);
-    const auto odds = static_cast<long double>(share) / (1 - static_cast<long double>(share));
+/// The chances of 0, 1, .. cases above, each case above with the share of all: the condition that all groups together
+/// have as many as observed makes the hypergeometric chances of it.
+std::vector<double> BinomialChances(const Groups& groups, std::size_t group) {
+    const std::int64_t size = groups.list[group].size;
+    const std::int64_t most = groups.MostAboveIn(group);
+    std::vector<double> chances(static_cast<std::size_t>(most) + 1, 0.0);
+    const auto yes = static_cast<long double>(groups.above);
+    const long double odds = yes / static_cast<long double>(groups.size - groups.above);
     const auto ratio = [&](std::int64_t k) {
         return static_cast<long double>(size - k) / static_cast<long double>(k + 1) * odds;
     };
-    const auto mode = static_cast<std::int64_t>(static_cast<double>(size + 1) * share);
+    const long double mean = static_cast<long double>(size) * yes / static_cast<long double>(groups.size);
     long double all = 0;
-    WalkFromMode(0, mode, size, ratio, [&](std::int64_t k, long double weight) {
+    WalkFromMode(0, static_cast<std::int64_t>(mean), most, ratio, [&](std::int64_t k, long double weight) {
         chances[static_cast<std::size_t>(k)] = static_cast<double>(weight);
         all += weight;
     });
@@ -128,13 +136,14 @@ bool CanBeCompleted(const Groups& groups, std::int64_t above, std::int64_t sizeD
     return above <= groups.above && groups.above - above <= groups.size - sizeDone;
 }
 
-/// What there is after one more group, which has `size` cases.
+/// What there is after one more group.
 std::vector<Outcome> WithGroup(const Groups& groups, const SumOfShares& sums, const std::vector<Outcome>& outcomes,
-                               std::int64_t size, std::int64_t sizeDone) {
-    const std::vector<double> chances = BinomialChances(size, groups.ShareAbove());
+                               std::size_t group, std::int64_t sizeDone) {
+    const std::int64_t size = groups.list[group].size;
+    const std::vector<double> chances = BinomialChances(groups, group);
     std::vector<Outcome> next;
     for (const Outcome& outcome : outcomes) {
-        for (std::int64_t more = 0; more <= size; ++more) {
+        for (std::int64_t more = 0; more <= groups.MostAboveIn(group); ++more) {
             if (!CanBeCompleted(groups, outcome.above + more, sizeDone)) continue;
             next.push_back({outcome.above + more, outcome.sum + sums.Term(size, more),
                             outcome.chance * chances[static_cast<std::size_t>(more)]});
@@ -148,9 +157,10 @@ std::vector<Outcome> WithGroup(const Groups& groups, const SumOfShares& sums, co
 double ShareReaching(const Groups& groups, const SumOfShares& sums, const std::vector<Outcome>& outcomes) {
     const WideInteger limit = sums.Limit();
     const std::int64_t lastSize = groups.list.back().size;
-    const std::int64_t nextToLastSize = groups.list[groups.list.size() - 2].size;
-    const std::vector<double> lastChances = BinomialChances(lastSize, groups.ShareAbove());
-    const std::vector<double> nextToLastChances = BinomialChances(nextToLastSize, groups.ShareAbove());
+    const std::size_t nextToLast = groups.list.size() - 2;
+    const std::int64_t nextToLastSize = groups.list[nextToLast].size;
+    const std::vector<double> lastChances = BinomialChances(groups, nextToLast + 1);
+    const std::vector<double> nextToLastChances = BinomialChances(groups, nextToLast);
     double all = 0;
     double reaching = 0;
     for (const Outcome& outcome : outcomes) {
@@ -173,7 +183,7 @@ double ChanceOfChiSquare(const Groups& groups) {
     std::int64_t sizeDone = 0;
     for (std::size_t g = 0; g + 2 < groups.list.size(); ++g) {
         sizeDone += groups.list[g].size;
-        outcomes = WithGroup(groups, sums, outcomes, groups.list[g].size, sizeDone);
+        outcomes = WithGroup(groups, sums, outcomes, g, sizeDone);
     }
     return ShareReaching(groups, sums, outcomes);
 }
@@ -237,11 +247,11 @@ double MedianExactCost(const std::vector<std::int64_t>& above, const std::vector
     const Groups groups = GroupsOf(above, notAbove);
     if (groups.HasOneOutcome()) return 1;
     if (groups.list.size() == 2) return FisherExactCost(TableOf(groups));
+    const auto outcomesOf = [&](std::size_t group) { return static_cast<double>(groups.MostAboveIn(group)) + 1; };
+    const std::size_t nextToLast = groups.list.size() - 2;
     double kept = 1;
-    for (std::size_t g = 0; g + 2 < groups.list.size(); ++g) kept *= static_cast<double>(groups.list[g].size) + 1;
-    const double each = kept * (static_cast<double>(groups.list[groups.list.size() - 2].size) + 1);
-    const auto last = static_cast<double>(groups.list.back().size);
-    return kAdditionsForKept * kept + kAdditionsForEach * (each + last);
+    for (std::size_t g = 0; g < nextToLast; ++g) kept *= outcomesOf(g);
+    return kAdditionsForKept * kept + kAdditionsForEach * (kept * outcomesOf(nextToLast) + outcomesOf(nextToLast + 1));
 }
 
 }  // namespace tarn

@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
-#include <limits>
+#include <map>
+#include <vector>
 
 #include "tests/host/beyond/exact/Arrangements.h"
 
@@ -77,8 +79,8 @@ TEST(MedianExact, OfTwoGroupsIsTheShareOfTablesAtMostAsProbable) {
             Integers firsts;
             Integers timesMet;
             for (const Integers& other : all) firsts.push_back(other[0]);
-            for (const std::int64_t first : firsts) timesMet.push_back(std::ranges::count(firsts, first));
-            const std::int64_t mine = std::ranges::count(firsts, table[0]);
+            for (const std::int64_t first : firsts) timesMet.push_back(std::count(firsts.begin(), firsts.end(), first));
+            const std::int64_t mine = std::count(firsts.begin(), firsts.end(), table[0]);
             const ExactTails byFirst = TailsAmong(firsts, table[0]);
             const ExactTails expected{byFirst.less, byFirst.greater, TailsAmong(timesMet, mine).less};
             const Integers rest = NotAbove(table, sizes);
@@ -128,7 +130,18 @@ TEST(MedianExact, IsOneWhereNothingCanDiffer) {
     EXPECT_EQ(MedianExact({0, 0, 0}, {1, 2, 3}), 1);
 }
 
-// Sizes whose common multiple has more than 125 bits: 41 primes, one case of each group or none above.
+// Three primes whose product has 153 bits, almost 1 : 2 : 4, and two cases above: chi-square rises with 1.5 where one
+// of them is in the first and one in the second group, with 2 where both are in the second, and with 4 in the first.
+// Those have chances of 2 * 1 * 2, 2 * 2 and 1 * 1 of 7 * 7.
+TEST(MedianExact, HoldsWhereWholeNumbersDoNotSuffice) {
+    const Integers sizes{(std::int64_t{1} << 50) - 27, (std::int64_t{1} << 51) - 129, (std::int64_t{1} << 52) - 47};
+    ExpectClose(MedianExact({2, 0, 0}, NotAbove({2, 0, 0}, sizes)), 1. / 49);
+    ExpectClose(MedianExact({0, 2, 0}, NotAbove({0, 2, 0}, sizes)), 5. / 49);
+    ExpectClose(MedianExact({1, 1, 0}, NotAbove({1, 1, 0}, sizes)), 9. / 49);
+    ExpectClose(MedianExact(NotAbove({1, 1, 0}, sizes), {1, 1, 0}), 9. / 49);
+    EXPECT_LT(MedianExactCost({1, 1, 0}, NotAbove({1, 1, 0}, sizes)), 1e4);
+}
+
 TEST(MedianExact, SaysWhatItCosts) {
     EXPECT_LT(MedianExactCost({6, 2, 3}, {2, 5, 4}), 1e5);
     EXPECT_GT(MedianExactCost(Integers(10, 50), Integers(10, 50)), 1e17);

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
+#include <algorithm>
 #include <map>
 
 #include "tests/host/beyond/exact/Arrangements.h"
@@ -25,7 +25,7 @@ TEST(RunsExact, IsTheShareOfAllOrders) {
                      [&](const Integers& sequence) { runsBySizes[SizesOf(sequence, 2)].push_back(RunsOf(sequence)); });
         for (const auto& [sizes, all] : runsBySizes) {
             for (std::int64_t runs = 1; runs <= static_cast<std::int64_t>(cases); ++runs) {
-                if (std::ranges::find(all, runs) == all.end()) continue;
+                if (std::find(all.begin(), all.end(), runs) == all.end()) continue;
                 ExpectNear(RunsExact(runs, sizes[0], sizes[1]), TailsAmong(all, runs), 1e-12);
             }
         }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 
 #include "tests/host/beyond/exact/Arrangements.h"
 
@@ -100,8 +101,7 @@ TEST(SmirnovExact, KeepsItsDigitsInTheFarthestTails) {
     const SmirnovTails tails = SmirnovExact(UntiedBlocks(400, 0, 200));
     ExpectClose(tails.twoSided, 2 / 1.0295250013541443e+119);  // R's choose(400, 200)
     ExpectClose(tails.greater, 1 / 1.0295250013541443e+119);
-    // By the reflection principle: choose(2n, n-k) / choose(2n, n) for one side; R: choose(1000, 350) / choose(1000,
-    // 500) with n = 500, k = 150 as exp(lchoose() - lchoose()) has not the digits, so as a product.
+    // By the reflection principle choose(1000, 350) / choose(1000, 500) of all paths come 150 steps above the diagonal.
     double expected = 1;
     for (int i = 1; i <= 150; ++i) expected *= (350. + i) / (500. + i);
     TieBlocks blocks;
