@@ -6,6 +6,9 @@
 
 namespace tarn {
 
+// Where both outcomes are expected more than 2^32 times, numbers come from the saddlepoint approximation, the relative
+// error of which is below 1e-9 there.
+
 /// Exact significances of the number of positive differences among those that are not zero, where positive and negative
 /// ones are equally likely. `greater` is small where positive ones prevail. All are 1 where there are no differences.
 /// (Dixon and Mood, 1946, Journal of the American Statistical Association 41, 557-566.)
