@@ -7,8 +7,10 @@
 #include <limits>
 #include <numeric>
 #include <span>
+#include <utility>
 #include <vector>
 
+#include "host/beyond/exact/UntiedRankSum.h"
 #include "host/beyond/exact/WideInteger.h"
 
 namespace tarn {
@@ -314,13 +316,49 @@ ExactTails TailsOf(const Cases& cases, const Tables& tables) {
     return tails;
 }
 
+/// Whether the closed form of U's distribution is the better way: there are no ties, and the tables would be large.
+bool IsForClosedForm(const Cases& cases, double costOfTables) {
+    constexpr double kCheap = 5e7;
+    const bool hasTies = cases.splits.size() < cases.scores.size();
+    return !hasTies && cases.chosen >= UntiedRankSum::kFewest && costOfTables > kCheap;
+}
+
+/// U of the smaller group, counted from the end that is nearer.
+struct NearU {
+    std::int64_t u = 0;
+    std::int64_t pairs = 0;
+    bool isLow = true;
+};
+
+NearU NearUOf(const Cases& cases) {
+    const std::int64_t u = (cases.chosenSum - cases.chosen * (cases.chosen + 1)) / 2;
+    const std::int64_t pairs = cases.chosen * (static_cast<std::int64_t>(cases.scores.size()) - cases.chosen);
+    const bool isLow = 2 * u <= pairs;
+    return {isLow ? u : pairs - u, pairs, isLow};
+}
+
+UntiedRankSum LowerTailAt(const Cases& cases, std::int64_t u) {
+    return {cases.chosen, static_cast<std::int64_t>(cases.scores.size()) - cases.chosen, u};
+}
+
+ExactTails TailsByClosedForm(const Cases& cases) {
+    const NearU near = NearUOf(cases);
+    const double small = std::min(1.0, LowerTailAt(cases, near.u).LowerTail());
+    // This one is one half or more, so that the difference loses nothing.
+    const double large = near.u == 0 ? 1 : std::min(1.0, 1 - LowerTailAt(cases, near.u - 1).LowerTail());
+    const double twoSided = 2 * near.u == near.pairs ? 1 : std::min(1.0, 2 * small);
+    return {near.isLow ? small : large, near.isLow ? large : small, twoSided};
+}
+
 }  // namespace
 
 ExactTails RankSumExact(const TieBlocks& blocks) {
     const Cases cases = CasesOf(blocks);
     if (cases.chosen == 0) return {};
     const double chance = static_cast<double>(cases.chosen) / static_cast<double>(cases.scores.size());
-    ExactTails tails = TailsOf(cases, Tables(CheapestPlan(cases).halves, chance));
+    Plan plan = CheapestPlan(cases);
+    ExactTails tails = IsForClosedForm(cases, plan.cost) ? TailsByClosedForm(cases)
+                                                         : TailsOf(cases, Tables(std::move(plan.halves), chance));
     if (!cases.isFirstChosen) std::swap(tails.less, tails.greater);
     return tails;
 }
@@ -328,7 +366,9 @@ ExactTails RankSumExact(const TieBlocks& blocks) {
 double RankSumExactCost(const TieBlocks& blocks) {
     if (SizeOf(blocks, 0) + SizeOf(blocks, 1) > kMostCases) return std::numeric_limits<double>::infinity();
     const Cases cases = CasesOf(blocks);
-    return cases.chosen == 0 ? 1 : CheapestPlan(cases).cost;
+    if (cases.chosen == 0) return 1;
+    const double cost = CheapestPlan(cases).cost;
+    return IsForClosedForm(cases, cost) ? 2 * LowerTailAt(cases, NearUOf(cases).u).Cost() : cost;
 }
 
 }  // namespace tarn

@@ -12,7 +12,10 @@ namespace tarn {
 /// The number of arrangements by rank sum comes from the shift algorithm (Streitberg and Roehmel, 1986, Statistical
 /// Software Newsletter 12, 10-17) for the lower and for the upper cases on their own, and both are put together at the
 /// end (van de Wiel, 2001, Computational Statistics 16, 519-538). Each tail is a sum of terms above 0 and never one
-/// minus the other tail, so that its relative error stays below 1e-11 down to 1e-290. Smaller ones may come out as 0.
+/// minus the other one where it is small, so that its relative error stays below 1e-11 down to 1e-290. Smaller ones may
+/// come out as 0.
+///
+/// Without ties larger groups are worked out from the closed form of the generating function, see `UntiedRankSum`.
 ///
 /// All tails are 1 where a group is empty. `blocks` has two groups.
 ExactTails RankSumExact(const TieBlocks& blocks);
