@@ -316,13 +316,6 @@ ExactTails TailsOf(const Cases& cases, const Tables& tables) {
     return tails;
 }
 
-/// Whether the closed form of U's distribution is the better way: there are no ties, and the tables would be large.
-bool IsForClosedForm(const Cases& cases, double costOfTables) {
-    constexpr double kCheap = 5e7;
-    const bool hasTies = cases.splits.size() < cases.scores.size();
-    return !hasTies && cases.chosen >= UntiedRankSum::kFewest && costOfTables > kCheap;
-}
-
 /// U of the smaller group, counted from the end that is nearer.
 struct NearU {
     std::int64_t u = 0;
@@ -350,6 +343,13 @@ ExactTails TailsByClosedForm(const Cases& cases) {
     return {near.isLow ? small : large, near.isLow ? large : small, twoSided};
 }
 
+/// The closed form of U's distribution; infinite where there are ties or too few cases for it.
+double ClosedFormCost(const Cases& cases) {
+    const bool hasTies = cases.splits.size() < cases.scores.size();
+    if (hasTies || cases.chosen < UntiedRankSum::kFewest) return std::numeric_limits<double>::infinity();
+    return 2 * LowerTailAt(cases, NearUOf(cases).u).Cost();
+}
+
 }  // namespace
 
 ExactTails RankSumExact(const TieBlocks& blocks) {
@@ -357,7 +357,7 @@ ExactTails RankSumExact(const TieBlocks& blocks) {
     if (cases.chosen == 0) return {};
     const double chance = static_cast<double>(cases.chosen) / static_cast<double>(cases.scores.size());
     Plan plan = CheapestPlan(cases);
-    ExactTails tails = IsForClosedForm(cases, plan.cost) ? TailsByClosedForm(cases)
+    ExactTails tails = ClosedFormCost(cases) < plan.cost ? TailsByClosedForm(cases)
                                                          : TailsOf(cases, Tables(std::move(plan.halves), chance));
     if (!cases.isFirstChosen) std::swap(tails.less, tails.greater);
     return tails;
@@ -367,8 +367,7 @@ double RankSumExactCost(const TieBlocks& blocks) {
     if (SizeOf(blocks, 0) + SizeOf(blocks, 1) > kMostCases) return std::numeric_limits<double>::infinity();
     const Cases cases = CasesOf(blocks);
     if (cases.chosen == 0) return 1;
-    const double cost = CheapestPlan(cases).cost;
-    return IsForClosedForm(cases, cost) ? 2 * LowerTailAt(cases, NearUOf(cases).u).Cost() : cost;
+    return std::min(ClosedFormCost(cases), CheapestPlan(cases).cost);
 }
 
 }  // namespace tarn

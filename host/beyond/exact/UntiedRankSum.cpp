@@ -13,9 +13,9 @@ using Complex = std::complex<double>;
 
 /// exp(-kNothing) makes no difference to 1.
 constexpr double kNothing = 45;
-/// So few points that all of them are looked at. Otherwise the integrand is so narrow that it has vanished for good
-/// where it has for some points.
-constexpr std::int64_t kFewPoints = 20000;
+/// From so many weighted arrangements on, exp(200), the integrand has vanished for good where it has for some points in
+/// a row. It is largest again half a round further, where about the square root of their number is left of them.
+constexpr long double kLogOfMany = 200;
 
 /// 1 - exp(-power * (rate - i * angle)), without cancellation.
 Complex OneLess(double power, double rate, double angle) {
@@ -62,17 +62,17 @@ UntiedRankSum::UntiedRankSum(std::int64_t firstCount, std::int64_t secondCount, 
     rate_ = RateFor(smaller_, larger_, static_cast<double>(u));
     const auto rate = static_cast<long double>(rate_);
     logScale_ = rate * static_cast<long double>(u) - std::log(-std::expm1(-rate));
+    long double logWays = logScale_;
     for (std::int64_t i = 1; i <= smaller_; ++i) {
         const auto power = static_cast<long double>(i);
         const auto above = static_cast<long double>(larger_ + i);
-        logScale_ += std::log(std::expm1(-rate * above) / std::expm1(-rate * power) * power / above);
+        const long double logFactor = std::log(std::expm1(-rate * above) / std::expm1(-rate * power));
+        logScale_ += logFactor + std::log(power / above);
+        logWays += logFactor;
     }
     const long double needed = (kLogOfTolerance + std::max(0.0L, -logScale_)) / rate;
     points_ = static_cast<std::int64_t>(std::max(kFewestPoints, std::ceil(needed)));
-}
-
-bool UntiedRankSum::AreAllNeeded() const {
-    return points_ <= kFewPoints;
+    areAllNeeded_ = logWays < kLogOfMany;
 }
 
 double UntiedRankSum::LowerTail() const {
@@ -81,7 +81,7 @@ double UntiedRankSum::LowerTail() const {
     const double atAxis = -std::expm1(-rate_);
     double sum = 1;
     int vanished = 0;
-    for (std::int64_t point = 1; 2 * point <= points_ && (AreAllNeeded() || vanished < kManyInARow); ++point) {
+    for (std::int64_t point = 1; 2 * point <= points_ && (areAllNeeded_ || vanished < kManyInARow); ++point) {
         const double angle = 2 * std::numbers::pi * static_cast<double>(point) / static_cast<double>(points_);
         Complex value = atAxis / OneLess(1, rate_, angle);
         for (std::int64_t i = 1; i <= smaller_; ++i) {
@@ -105,7 +105,7 @@ double UntiedRankSum::Cost() const {
     constexpr double kForEachFactor = 60;
     constexpr double kUsualPoints = 120;
     const double factors = std::min(static_cast<double>(smaller_), kNothing / rate_ + 1);
-    const double points = AreAllNeeded() ? static_cast<double>(points_) / 2 : kUsualPoints;
+    const double points = areAllNeeded_ ? static_cast<double>(points_) / 2 : kUsualPoints;
     return kForEachFactor * factors * points;
 }
 

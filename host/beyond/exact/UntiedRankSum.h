@@ -24,14 +24,13 @@ class UntiedRankSum {
     double Cost() const;
 
  private:
-    bool AreAllNeeded() const;
-
     std::int64_t smaller_;
     std::int64_t larger_;
     std::int64_t u_;
     double rate_ = 0;           ///< The radius is exp(-rate).
     long double logScale_ = 0;  ///< of the integrand where it meets the real axis
     std::int64_t points_ = 0;
+    bool areAllNeeded_ = true;  ///< and not only those near the real axis
 };
 
 }  // namespace tarn

@@ -100,7 +100,7 @@ TEST(RankSumExact, KeepsItsDigitsInTheFarthestTails) {
     EXPECT_NEAR(above.less, 1, 1e-12);
     const ExactTails below = RankSumExact(UntiedBlocks(400, 0, 200));
     ExpectClose(below.less, 1 / 1.0295250013541443e+119);
-    // 1 + 1 + 2 + 3 ways to divide 0, 1, 2 and 3 into parts, in 320 cases by tables and in 400 by the closed form.
+    // 1 + 1 + 2 + 3 ways to divide 0, 1, 2 and 3 into parts, in 80 cases by tables and in 400 by the closed form.
     const auto withGap = [](std::size_t size) {
         TieBlocks blocks = UntiedBlocks(2 * size, 0, size);
         std::swap(blocks.counts[2 * size - 2], blocks.counts[2 * size + 4]);
@@ -108,7 +108,7 @@ TEST(RankSumExact, KeepsItsDigitsInTheFarthestTails) {
         return RankSumExact(blocks).less;
     };
     ExpectClose(withGap(200), 7 / 1.0295250013541443e+119);
-    ExpectClose(withGap(160), 7 / 9.519724777626028e+94);
+    ExpectClose(withGap(40), 7 / 1.0750720873333618e+23);
     // 3 of 5000: one of 5000 * 4999 * 4998 / 6.
     ExpectClose(RankSumExact(UntiedBlocks(5000, 4997, 3)).greater, 6 / (5000. * 4999 * 4998));
 }
@@ -131,10 +131,14 @@ TEST(RankSumExact, IsOneWhereAllIsTiedOrAGroupIsEmpty) {
 }
 
 TEST(RankSumExact, SaysWhatItCosts) {
-    // The lower half has rows for j of i cases with j * (i-j) + 1 sums, in units of two: 160^4 / 24 in all.
-    const double untied = RankSumExactCost(UntiedBlocks(320, 160, 160));
-    EXPECT_GT(untied, std::pow(160., 4) / 24);
-    EXPECT_LT(untied, std::pow(160., 4) / 24 * 1.5);
+    // With the two lowest and the two highest cases tied the scores have no common unit but one. The lower half has
+    // rows for j of i cases with 2 * j * (i-j) sums: 160^4 / 12 in all. The upper half is the same from the other end.
+    TieBlocks blocks = UntiedBlocks(318, 79, 160);
+    blocks.counts[1] = 2;
+    blocks.counts[blocks.counts.size() - 1] = 2;
+    const double cost = RankSumExactCost(blocks);
+    EXPECT_GT(cost, std::pow(160., 4) / 12);
+    EXPECT_LT(cost, std::pow(160., 4) / 12 * 1.5);
     EXPECT_LT(RankSumExactCost(UntiedBlocks(20000, 6000, 10000)), 1e9);
     EXPECT_TRUE(std::isinf(RankSumExactCost(TwoGroupBlocks({std::int64_t{1} << 52}, {std::int64_t{1} << 52}))));
 }
