@@ -266,6 +266,8 @@ Numbers WaysToShare(const Integers& sizes) {
 double TiedCost(const TieBlocks& blocks, const Integers& sizes) {
     // Finding a row and its chance, in additions.
     constexpr double kForEachRow = 100;
+    // As measured: most rows are narrower than the widest, and most groups can't take all cases of a block.
+    constexpr double kShareOfAll = 0.4;
     double shares = 1;
     for (const std::int64_t size : sizes) shares *= static_cast<double>(size) + 1;
     if (shares > kMostShares) return std::numeric_limits<double>::infinity();
@@ -280,7 +282,7 @@ double TiedCost(const TieBlocks& blocks, const Integers& sizes) {
         drawn += static_cast<std::size_t>(tied);
         const auto cases = static_cast<double>(drawn);
         const double width = 2 * std::min(pairs, cases * cases * (1 - 1 / groups) / 2);
-        cost += groups * before * (tied + 1) * (tied + 2) / 2 * (width / 2 + kForEachRow);
+        cost += kShareOfAll * groups * before * (tied + 1) * (tied + 2) / 2 * (width / 2 + kForEachRow);
     }
     return cost;
 }

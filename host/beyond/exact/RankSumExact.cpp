@@ -39,6 +39,10 @@ WideInteger SizeOf(const TieBlocks& blocks, std::size_t group) {
     return size;
 }
 
+bool HasEmptyGroup(const TieBlocks& blocks) {
+    return SizeOf(blocks, 0) == 0 || SizeOf(blocks, 1) == 0;
+}
+
 Cases CasesOf(const TieBlocks& blocks) {
     Cases cases;
     const WideInteger first = SizeOf(blocks, 0);
@@ -353,8 +357,8 @@ double ClosedFormCost(const Cases& cases) {
 }  // namespace
 
 ExactTails RankSumExact(const TieBlocks& blocks) {
+    if (HasEmptyGroup(blocks)) return {};
     const Cases cases = CasesOf(blocks);
-    if (cases.chosen == 0) return {};
     const double chance = static_cast<double>(cases.chosen) / static_cast<double>(cases.scores.size());
     Plan plan = CheapestPlan(cases);
     ExactTails tails = ClosedFormCost(cases) < plan.cost ? TailsByClosedForm(cases)
@@ -364,9 +368,9 @@ ExactTails RankSumExact(const TieBlocks& blocks) {
 }
 
 double RankSumExactCost(const TieBlocks& blocks) {
+    if (HasEmptyGroup(blocks)) return 1;
     if (SizeOf(blocks, 0) + SizeOf(blocks, 1) > kMostCases) return std::numeric_limits<double>::infinity();
     const Cases cases = CasesOf(blocks);
-    if (cases.chosen == 0) return 1;
     return std::min(ClosedFormCost(cases), CheapestPlan(cases).cost);
 }
 

@@ -128,6 +128,9 @@ TEST(RankSumExact, IsOneWhereAllIsTiedOrAGroupIsEmpty) {
     ExpectNear(RankSumExact(TwoGroupBlocks({5}, {7})), {1, 1, 1}, 0);
     ExpectNear(RankSumExact(TwoGroupBlocks({5, 2}, {0, 0})), {1, 1, 1}, 0);
     ExpectNear(RankSumExact(TieBlocks{2, {}}), {1, 1, 1}, 0);
+    const TieBlocks huge = TwoGroupBlocks({std::int64_t{1} << 52}, {0});
+    ExpectNear(RankSumExact(huge), {1, 1, 1}, 0);
+    EXPECT_EQ(RankSumExactCost(huge), 1);
 }
 
 TEST(RankSumExact, SaysWhatItCosts) {
