@@ -14,6 +14,7 @@ namespace tarn {
 namespace {
 
 constexpr double kLargestExact = 50;
+constexpr double kNoSign = 0.0;  // turns -0 into 0
 
 /// The sum of t^3 - t over the numbers t of equal cases.
 long double TieSum(const AscendingSample& sample) {
@@ -53,10 +54,10 @@ Estimate MiddleAndLimits(const DifferenceMatrix& matrix, PairCount limitRank) {
     if (limitRank > 0) ranks.insert(ranks.end(), {limitRank, count + 1 - limitRank});
     const std::vector<double> elements = matrix.Select(ranks);
     Estimate estimate;
-    estimate.value = std::midpoint(elements[0], elements[1]);
+    estimate.value = std::midpoint(elements[0], elements[1]) + kNoSign;
     if (limitRank > 0) {
-        estimate.lower = elements[2];
-        estimate.upper = elements[3];
+        estimate.lower = elements[2] + kNoSign;
+        estimate.upper = elements[3] + kNoSign;
     }
     return estimate;
 }
