@@ -243,7 +243,8 @@ TwoSampleStatistics StatisticsOf(const AscendingSample& first, const AscendingSa
         cubes += std::pow(c1 + c2, 3);
         const double expected1 = (c1 + c2) * n1 / n;
         const double expected2 = (c1 + c2) * n2 / n;
-        result.chiSquare += (c1 - expected1) * (c1 - expected1) / expected1 + (c2 - expected2) * (c2 - expected2) / expected2;
+        result.chiSquare +=
+            (c1 - expected1) * (c1 - expected1) / expected1 + (c2 - expected2) * (c2 - expected2) / expected2;
         result.distance = std::max(result.distance, std::fabs(seen1 / n1 - seen2 / n2));
     }
     result.categories = static_cast<int>(values.size());
@@ -312,15 +313,17 @@ Estimate SimulatedConcordance(Drawing& low, Drawing& middle, Drawing& high, int 
 /// What came of one interval in one design.
 class Tally {
  public:
-    Tally(std::string interval, double truth) : interval_(std::move(interval)), truth_(truth) {}
+    Tally(std::string interval, double truth)
+        : interval_(std::move(interval)), truth_(std::fabs(truth) < kSame ? 0 : truth) {}
     void Add(const Estimate& estimate) {
         if (std::isnan(estimate.lower)) return;
         ++intervals_;
         covered_ += estimate.lower <= truth_ + kSame && truth_ <= estimate.upper + kSame ? 1 : 0;
         width_ += estimate.upper - estimate.lower;
     }
+    const std::string& Interval() const { return interval_; }
     void Print(const Design& design) const {
-        std::printf("| %s | %s | %.3f | %.1f | %.3f |\n", interval_.c_str(), design.name.c_str(), truth_,
+        std::printf("| %s | %s | %.3f | %.1f | %.3f |\n", interval_.c_str(), design.name.c_str(), truth_ + 0.0,
                     100.0 * covered_ / intervals_, width_ / intervals_);
     }
 
@@ -385,7 +388,8 @@ std::vector<double> DifferencesOf(const std::vector<double>& first, const std::v
     return differences;
 }
 
-void Study(const Design& design) {
+/// The intervals of one design.
+std::vector<Tally> Study(const Design& design) {
     Generator generator(20240501);
     Drawing drawFirst(design.first);
     Drawing drawSecond(design.second);
@@ -404,8 +408,10 @@ void Study(const Design& design) {
         add(ProbabilityOfSuperiority(first, second, kLevel).probability);
         add(OrderedTrend({second, middle, first}, kLevel));
         add(MatchedRankBiserial(differences, kLevel));
-        const auto positive = static_cast<double>(std::ranges::count_if(differences.values, [](double d) { return d > 0; }));
-        const auto negative = static_cast<double>(std::ranges::count_if(differences.values, [](double d) { return d < 0; }));
+        const auto positive =
+            static_cast<double>(std::ranges::count_if(differences.values, [](double d) { return d > 0; }));
+        const auto negative =
+            static_cast<double>(std::ranges::count_if(differences.values, [](double d) { return d < 0; }));
         add(MatchedSignBiserial(positive, negative, kLevel));
         add(ShiftOfSamples(first, second, kLevel));
         add(PseudoMedian(first, kLevel));
@@ -421,12 +427,21 @@ void Study(const Design& design) {
         }
         add(SmirnovDistance(statistics.distance, first.size, second.size, kLevel));
     }
-    for (const Tally& tally : tallies) tally.Print(design);
+    return tallies;
 }
 
 }  // namespace
 
 int main() {
+    const std::vector<Design> designs = Designs();
+    std::vector<std::vector<Tally>> tallies;
+    for (const Design& design : designs) tallies.push_back(Study(design));
     std::printf("| Interval | Design and effect | True value | Coverage in %% | Mean width |\n|---|---|---|---|---|\n");
-    for (const Design& design : Designs()) Study(design);
+    for (const Tally& interval : tallies.front()) {
+        for (std::size_t i = 0; i < designs.size(); ++i) {
+            for (const Tally& tally : tallies[i]) {
+                if (tally.Interval() == interval.Interval()) tally.Print(designs[i]);
+            }
+        }
+    }
 }

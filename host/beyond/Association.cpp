@@ -37,8 +37,8 @@ Tails NormalTails(double z) {
     return {std::erfc(-z / root) / 2, std::erfc(z / root) / 2};
 }
 
-/// The noncentral F distribution as a normal one; that of chi-square with infinite second degrees of freedom (Severo and
-/// Zelen, 1960, Biometrika 47, 411-416; Abramowitz and Stegun, 26.6.27).
+/// The noncentral F distribution as a normal one; that of chi-square with infinite second degrees of freedom (Severo
+/// and Zelen, 1960, Biometrika 47, 411-416; Abramowitz and Stegun, 26.6.27).
 Tails ApproximateTails(double f, double degrees1, double degrees2, double noncentrality) {
     const double sum = degrees1 + noncentrality;
     const double ofFirst = 2.0 / 9 * (sum + noncentrality) / (sum * sum);
@@ -49,9 +49,10 @@ Tails ApproximateTails(double f, double degrees1, double degrees2, double noncen
 
 Tails ChiSquareTails(double chiSquare, double degrees, double noncentrality) {
     if (noncentrality > kLargestSeries) return ApproximateTails(chiSquare / degrees, degrees, kInfinity, noncentrality);
-    if (noncentrality == 0) return TailsOf(boost::math::chi_squared_distribution<double, QuietPolicy>(degrees), chiSquare);
-    return TailsOf(
-        boost::math::non_central_chi_squared_distribution<double, QuietPolicy>(degrees, noncentrality), chiSquare);
+    if (noncentrality == 0)
+        return TailsOf(boost::math::chi_squared_distribution<double, QuietPolicy>(degrees), chiSquare);
+    return TailsOf(boost::math::non_central_chi_squared_distribution<double, QuietPolicy>(degrees, noncentrality),
+                   chiSquare);
 }
 
 Tails FTails(double f, double degrees1, double degrees2, double noncentrality) {
@@ -59,9 +60,9 @@ Tails FTails(double f, double degrees1, double degrees2, double noncentrality) {
     constexpr double kManyDegrees = 1e9;
     if (noncentrality > kLargestSeries) return ApproximateTails(f, degrees1, degrees2, noncentrality);
     if (degrees2 > kManyDegrees) return ChiSquareTails(f * degrees1, degrees1, noncentrality);
-    if (noncentrality == 0) return TailsOf(boost::math::fisher_f_distribution<double, QuietPolicy>(degrees1, degrees2), f);
-    return TailsOf(
-        boost::math::non_central_f_distribution<double, QuietPolicy>(degrees1, degrees2, noncentrality), f);
+    if (noncentrality == 0)
+        return TailsOf(boost::math::fisher_f_distribution<double, QuietPolicy>(degrees1, degrees2), f);
+    return TailsOf(boost::math::non_central_f_distribution<double, QuietPolicy>(degrees1, degrees2, noncentrality), f);
 }
 
 /// Where a function that falls, from above 0 at 0, is 0.

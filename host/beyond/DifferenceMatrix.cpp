@@ -150,7 +150,8 @@ void DifferenceMatrix::CountLanes(Walk* walks) const {
 DifferenceMatrix::Cut DifferenceMatrix::Finished(const Walk& walk) const {
     if (!isWalsh_) return {walk.bound, walk.pairs, walk.cells};
     // The matrix has each pair of two cases twice and that of a case with itself once.
-    const auto end = std::ranges::partition_point(first_.values, [&](double half) { return half + half <= walk.bound; });
+    const auto end =
+        std::ranges::partition_point(first_.values, [&](double half) { return half + half <= walk.bound; });
     const auto place = static_cast<std::size_t>(end - first_.values.begin());
     return {walk.bound, (walk.pairs + doubles_[place]) / 2, walk.cells};
 }
@@ -188,8 +189,7 @@ std::vector<DifferenceMatrix::Element> DifferenceMatrix::ElementsBetween(double 
             const PairCount ofFirst = first_.CountAt(i);
             const PairCount ofSecond = second_.CountAt(j);
             const bool isDouble = isWalsh_ && partner == i;
-            elements.push_back(
-                {x - second_.values[j], isDouble ? ofFirst * (ofFirst + 1) / 2 : ofFirst * ofSecond});
+            elements.push_back({x - second_.values[j], isDouble ? ofFirst * (ofFirst + 1) / 2 : ofFirst * ofSecond});
         }
     }
     std::ranges::sort(elements, {}, &Element::value);
@@ -206,7 +206,8 @@ class DifferenceSearch {
             static_cast<std::uint64_t>(matrix.first_.values.size()) * matrix.second_.values.size();
         cuts_ = {{std::nextafter(least, -kInfinity), 0, 0}, {largest, matrix.count_, cells}};
         constexpr std::uint64_t kFewCells = 1 << 14;
-        listable_ = std::max<std::uint64_t>(kFewCells, (matrix.first_.values.size() + matrix.second_.values.size()) / 4);
+        listable_ =
+            std::max<std::uint64_t>(kFewCells, (matrix.first_.values.size() + matrix.second_.values.size()) / 4);
     }
 
     std::vector<double> Select(const std::vector<PairCount>& ranks) {
@@ -226,8 +227,9 @@ class DifferenceSearch {
     using Element = DifferenceMatrix::Element;
     struct Goal {
         PairCount rank = 0;
-        std::uint64_t cells = std::numeric_limits<std::uint64_t>::max();  ///< of the interval, when it was last narrowed
-        int failures = 0;                                                 ///< how often it has not become much smaller
+        std::uint64_t cells =
+            std::numeric_limits<std::uint64_t>::max();  ///< of the interval, when it was last narrowed
+        int failures = 0;                               ///< how often it has not become much smaller
     };
     /// The values that may be the element of a rank: above the one cut and up to the other.
     struct Interval {
@@ -241,9 +243,7 @@ class DifferenceSearch {
         const auto high = std::ranges::partition_point(cuts_, [&](const Cut& cut) { return cut.pairs < rank; });
         return {&*(high - 1), &*high};
     }
-    bool IsOpen(const Interval& interval) const {
-        return interval.Cells() > listable_ && !interval.HasOneValue();
-    }
+    bool IsOpen(const Interval& interval) const { return interval.Cells() > listable_ && !interval.HasOneValue(); }
     bool IsAnyOpen(const std::vector<Goal>& goals) const {
         return std::ranges::any_of(goals, [&](const Goal& goal) { return IsOpen(IntervalOf(goal.rank)); });
     }
@@ -292,7 +292,8 @@ class DifferenceSearch {
         const auto count = static_cast<long double>(differences.size());
         const long double margin = count / static_cast<long double>(4 * x.size());
         for (const Goal& goal : goals) {
-            const long double place = static_cast<long double>(goal.rank) / static_cast<long double>(matrix_.count_) * count;
+            const long double place =
+                static_cast<long double>(goal.rank) / static_cast<long double>(matrix_.count_) * count;
             for (const long double at : {place - margin, place + margin}) {
                 const auto index = static_cast<std::size_t>(std::clamp(at, 0.0L, count - 1));
                 Guess(differences[index], IntervalOf(goal.rank), guesses);
@@ -315,7 +316,8 @@ class DifferenceSearch {
         return NextGuesses(copies);
     }
 
-    /// Both sides of the rank on a straight line between the cuts; the middle of the doubles where lines have not helped.
+    /// Both sides of the rank on a straight line between the cuts; the middle of the doubles where lines have not
+    /// helped.
     static void GuessWithin(const Interval& interval, Goal& goal, std::vector<double>& guesses) {
         constexpr std::uint64_t kMuchSmaller = 4;
         constexpr int kPatience = 2;

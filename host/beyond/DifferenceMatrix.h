@@ -25,10 +25,10 @@ class DifferenceMatrix {
 
     /// The elements at `ranks`, from 1 (the smallest) to `Count`, in the order of `ranks`. They are exact: counting the
     /// elements up to a value is a walk through both samples, O(values); such walks narrow an interval about each rank
-    /// until few elements are left, which are listed, or one double is. Where to count is guessed from some places of the
-    /// samples and by straight lines, so that a handful of walks does, and 64 and some more do in any case (on counting in
-    /// a matrix of sorted rows and columns: Johnson and Mizoguchi, 1978, SIAM Journal on Computing 7, 147-153; Monahan,
-    /// 1984, ACM Transactions on Mathematical Software 10, 265-270).
+    /// until few elements are left, which are listed, or one double is. Where to count is guessed from some places of
+    /// the samples and by straight lines, so that a handful of walks does, and 64 and some more do in any case (on
+    /// counting in a matrix of sorted rows and columns: Johnson and Mizoguchi, 1978, SIAM Journal on Computing 7,
+    /// 147-153; Monahan, 1984, ACM Transactions on Mathematical Software 10, 265-270).
     std::vector<double> Select(const std::vector<PairCount>& ranks) const;
 
  private:

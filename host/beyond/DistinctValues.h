@@ -35,8 +35,8 @@ class DistinctValues {
     double cases_ = 0;
 };
 
-/// Goes through the values of two samples in ascending order, each value once. `visit` takes how many cases of the first
-/// and of the second sample have the value, and how many of the first and of the second are smaller.
+/// Goes through the values of two samples in ascending order, each value once. `visit` takes how many cases of the
+/// first and of the second sample have the value, and how many of the first and of the second are smaller.
 template <typename Visit>
 void WalkTogether(const DistinctValues& first, const DistinctValues& second, Visit visit) {
     std::size_t i = 0;

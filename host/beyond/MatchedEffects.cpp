@@ -35,8 +35,8 @@ Sides SidesOf(const AscendingSample& differences) {
     return sides;
 }
 
-/// The share of positive means and its variance where there are differences of both signs. What a difference adds is the
-/// sum of the signs of its means with each difference, itself included.
+/// The share of positive means and its variance where there are differences of both signs. What a difference adds is
+/// the sum of the signs of its means with each difference, itself included.
 Estimate ShareOfPositiveMeans(const Sides& sides, double bound) {
     const double positive = sides.positive.size;
     const double negative = sides.negative.size;

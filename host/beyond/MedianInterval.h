@@ -7,8 +7,8 @@ namespace tarn {
 
 struct MedianEstimate {
     Estimate median;
-    /// Of the interval, by the binomial distribution, for a continuous distribution; of another one it is larger. 0 where
-    /// there is no interval.
+    /// Of the interval, by the binomial distribution, for a continuous distribution; of another one it is larger. 0
+    /// where there is no interval.
     double coverage = 0;
 };
 

@@ -26,8 +26,8 @@ Estimate ExponentialPairScore(double share, const ComparedPairs& pairs, double b
 /// A share of pairs with limits by Wilson's method (1927, Journal of the American Statistical Association 22, 209-212)
 /// for as many independent trials as would have the share's variance.
 ///
-/// `variance`: that of DeLong, DeLong and Clarke-Pearson (1988) and of Sen (1960), or its like for other pairs. It comes
-/// out too small where few cases make up all lost pairs. It is therefore drawn to the variance of exponential
+/// `variance`: that of DeLong, DeLong and Clarke-Pearson (1988) and of Sen (1960), or its like for other pairs. It
+/// comes out too small where few cases make up all lost pairs. It is therefore drawn to the variance of exponential
 /// distributions, where that is larger, by (2t - 1)^2 c / (c + N t (1 - t)), t the share, N the cases, c = 2: hardly at
 /// all near one half and with many cases. Where the variance is 0 or no number, limits are those of
 /// `ExponentialPairScore`. The simulated coverage is in docs/numerics.md.

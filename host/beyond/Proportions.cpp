@@ -37,6 +37,7 @@ double OddsOf(double share) {
 }  // namespace
 
 Estimate WilsonLimits(double share, double trials, double bound) {
+    if (!(trials > 0) || !(bound > 0)) return {share, kNaN, kNaN};
     const double square = bound * bound;
     const double middle = share + square / (2 * trials);
     const double reach = bound * std::sqrt(share * (1 - share) / trials + square / (4 * trials * trials));

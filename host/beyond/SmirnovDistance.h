@@ -10,8 +10,8 @@ namespace tarn {
 ///   e = sqrt(log(2 / (1 - level^(1/2))) / (2 n))
 ///
 /// (Dvoretzky, Kiefer and Wolfowitz, 1956, Annals of Mathematical Statistics 27, 642-669; with the constant of Massart,
-/// 1990, Annals of Probability 18, 1269-1283). It holds for any distribution, with ties, too, and is wide: it covers far
-/// more often than `level` says. No limits where a sample is empty or `level` is none.
+/// 1990, Annals of Probability 18, 1269-1283). It holds for any distribution, with ties, too, and is wide: it covers
+/// far more often than `level` says. No limits where a sample is empty or `level` is none.
 Estimate SmirnovDistance(double distance, double n1, double n2, double level);
 
 /// The same of one sample of n cases against a distribution that is known.

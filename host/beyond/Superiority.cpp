@@ -16,12 +16,10 @@ Superiority ProbabilityOfSuperiority(const AscendingSample& first, const Ascendi
     const Placements placements = PlacementsOf(first, second);
     Superiority superiority;
     superiority.pairsWon = placements.pairsWon;
-    superiority.variance = n1 > 1 && n2 > 1
-                               ? placements.firstSquares / (n1 - 1) / n1 + placements.secondSquares / (n2 - 1) / n2
-                               : kNaN;
+    superiority.variance =
+        n1 > 1 && n2 > 1 ? placements.firstSquares / (n1 - 1) / n1 + placements.secondSquares / (n2 - 1) / n2 : kNaN;
     const ComparedPairs pairs{n1 * n2, n1 + n2, (n1 + n2) / 2 - 1};
-    superiority.probability =
-        LimitsOfPairShare(placements.share, superiority.variance, pairs, NormalBound(level));
+    superiority.probability = LimitsOfPairShare(placements.share, superiority.variance, pairs, NormalBound(level));
     superiority.rankBiserial = AsCoefficient(superiority.probability);
     return superiority;
 }
