@@ -15,7 +15,7 @@ std::int64_t CommonMultiple(const std::vector<std::int64_t>& sizes) {
     constexpr std::int64_t kMost = std::int64_t{1} << 60;
     std::int64_t multiple = 1;
     for (const std::int64_t size : sizes) {
-        const std::int64_t factor = size / std::gcd(multiple, size);
+        const std::int64_t factor = std::max<std::int64_t>(1, size / std::gcd(multiple, size));
         if (multiple > kMost / factor) return 0;
         multiple *= factor;
     }

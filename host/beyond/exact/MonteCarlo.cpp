@@ -74,7 +74,7 @@ std::optional<Hits> CountHits(const Drawing& prototype, std::int64_t steps, cons
     const std::uint64_t jobs = plan.draws / drawsOfJob + (plan.draws % drawsOfJob == 0 ? 0 : 1);
     std::vector<Hits> hitsOfJobs(jobs);
     const bool isDone = work.Run(jobs, [&](std::size_t job) {
-        Drawing drawing = prototype;
+        Drawing drawing = prototype;  // NOLINT: most of them change while they draw
         Hits hits;
         const std::uint64_t begin = job * drawsOfJob;
         const std::uint64_t end = std::min(plan.draws, begin + drawsOfJob);

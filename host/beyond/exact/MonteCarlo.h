@@ -57,7 +57,7 @@ inline constexpr std::int64_t kMostMonteCarloCases = std::int64_t{1} << 24;
 std::optional<MonteCarloTails> RankSumMonteCarlo(const TieBlocks& blocks, const MonteCarloPlan& plan,
                                                  const WorkShare& work);
 
-/// Two groups (Smirnov, 1939, Bulletin of Moscow University 2, 3-16).
+/// Two groups (Smirnov, 1939, Bulletin of Moscow University 2).
 std::optional<MonteCarloSmirnov> SmirnovMonteCarlo(const TieBlocks& blocks, const MonteCarloPlan& plan,
                                                    const WorkShare& work);
 
@@ -66,7 +66,7 @@ std::optional<MonteCarloTails> KruskalWallisMonteCarlo(const TieBlocks& blocks, 
                                                        const WorkShare& work);
 
 /// Pearson's chi-square of how many cases of each group lie above the median (Mood, 1950, Introduction to the Theory of
-/// Statistics, 394-399). `blocksBelow`: the blocks, from the first, that lie not above it.
+/// Statistics). `blocksBelow`: the blocks, from the first, that lie not above it.
 std::optional<MonteCarloTails> MedianMonteCarlo(const TieBlocks& blocks, std::size_t blocksBelow,
                                                 const MonteCarloPlan& plan, const WorkShare& work);
 
