@@ -176,14 +176,14 @@ std::vector<DifferenceMatrix::Cut> DifferenceMatrix::CutsAt(const std::vector<do
 
 std::vector<DifferenceMatrix::Element> DifferenceMatrix::ElementsBetween(double above, double upTo) const {
     std::vector<Element> elements;
-    std::size_t begin = 0;
     std::size_t end = 0;
     const std::size_t size = second_.values.size();
     for (std::size_t i = 0; i < first_.values.size(); ++i) {
         const double x = first_.values[i];
-        while (begin < size && x - second_.values[begin] > upTo) ++begin;
         while (end < size && x - second_.values[end] > above) ++end;
-        for (std::size_t j = begin; j < end; ++j) {
+        // Most rows have no element, which is foretold well when it is asked backwards from the end.
+        for (std::size_t next = end; next > 0 && x - second_.values[next - 1] <= upTo; --next) {
+            const std::size_t j = next - 1;
             const std::size_t partner = size - 1 - j;  // of Walsh averages: the place of the other case
             if (isWalsh_ && partner > i) continue;
             const PairCount ofFirst = first_.CountAt(i);
@@ -206,8 +206,9 @@ class DifferenceSearch {
             static_cast<std::uint64_t>(matrix.first_.values.size()) * matrix.second_.values.size();
         cuts_ = {{std::nextafter(least, -kInfinity), 0, 0}, {largest, matrix.count_, cells}};
         constexpr std::uint64_t kFewCells = 1 << 14;
-        listable_ =
-            std::max<std::uint64_t>(kFewCells, (matrix.first_.values.size() + matrix.second_.values.size()) / 4);
+        constexpr std::uint64_t kShareOfValues = 32;
+        listable_ = std::max<std::uint64_t>(
+            kFewCells, (matrix.first_.values.size() + matrix.second_.values.size()) / kShareOfValues);
     }
 
     std::vector<double> Select(const std::vector<PairCount>& ranks) {
