@@ -162,9 +162,11 @@ std::vector<DifferenceMatrix::Cut> DifferenceMatrix::CutsAt(const std::vector<do
         walks[i].bound = values[i];
         walks[i].above = second_.cases;
     }
+    constexpr std::size_t kSix = 6;
     constexpr std::size_t kFour = 4;
     constexpr std::size_t kTwo = 2;
     std::size_t done = 0;
+    for (; done + kSix <= walks.size(); done += kSix) CountLanes<kSix>(&walks[done]);
     for (; done + kFour <= walks.size(); done += kFour) CountLanes<kFour>(&walks[done]);
     for (; done + kTwo <= walks.size(); done += kTwo) CountLanes<kTwo>(&walks[done]);
     for (; done < walks.size(); ++done) CountLanes<1>(&walks[done]);
@@ -266,13 +268,13 @@ class DifferenceSearch {
     }
 
     /// The middle values of slices of equal size.
-    static std::vector<double> Slices(const DifferenceMatrix::Side& side) {
-        constexpr std::size_t kSlices = 128;
+    static std::vector<double> Slices(const DifferenceMatrix::Side& side, std::size_t slices) {
         std::vector<double> middles;
         std::size_t i = 0;
         long double cases = static_cast<long double>(side.CountAt(0));
-        for (std::size_t slice = 0; slice < kSlices; ++slice) {
-            const long double place = static_cast<long double>(side.cases) * (2 * slice + 1) / (2 * kSlices);
+        for (std::size_t slice = 0; slice < slices; ++slice) {
+            const long double place = static_cast<long double>(side.cases) * static_cast<long double>(2 * slice + 1) /
+                                      static_cast<long double>(2 * slices);
             while (cases < place && i + 1 < side.values.size()) cases += static_cast<long double>(side.CountAt(++i));
             middles.push_back(side.values[i]);
         }
@@ -281,8 +283,11 @@ class DifferenceSearch {
 
     /// Values on both sides of each rank, by the differences of some places of both samples.
     std::vector<double> FirstGuesses(const std::vector<Goal>& goals) const {
-        const std::vector<double> x = Slices(matrix_.first_);
-        const std::vector<double> y = Slices(matrix_.second_);
+        // Unequal numbers of slices: those of equal numbers in two samples of one shape all differ by the same.
+        constexpr std::size_t kSlicesOfFirst = 128;
+        constexpr std::size_t kSlicesOfSecond = 101;
+        const std::vector<double> x = Slices(matrix_.first_, kSlicesOfFirst);
+        const std::vector<double> y = Slices(matrix_.second_, kSlicesOfSecond);
         std::vector<double> differences;
         differences.reserve(x.size() * y.size());
         for (const double a : x) {
@@ -291,7 +296,8 @@ class DifferenceSearch {
         std::ranges::sort(differences);
         std::vector<double> guesses;
         const auto count = static_cast<long double>(differences.size());
-        const long double margin = count / static_cast<long double>(4 * x.size());
+        constexpr long double kMarginShare = 1.0L / 512;
+        const long double margin = count * kMarginShare;
         for (const Goal& goal : goals) {
             const long double place =
                 static_cast<long double>(goal.rank) / static_cast<long double>(matrix_.count_) * count;
@@ -306,9 +312,16 @@ class DifferenceSearch {
 
     std::vector<double> NextGuesses(std::vector<Goal>& goals) const {
         std::vector<double> guesses;
+        const Cut* guessed = nullptr;
+        PairCount guessedRank = 0;
         for (Goal& goal : goals) {
             const Interval interval = IntervalOf(goal.rank);
-            if (IsOpen(interval)) GuessWithin(interval, goal, guesses);
+            // What narrows the interval of a rank does so for the next one.
+            const bool isGuessed = interval.low == guessed && goal.rank - guessedRank <= 1;
+            if (!IsOpen(interval) || isGuessed) continue;
+            GuessWithin(interval, goal, guesses);
+            guessed = interval.low;
+            guessedRank = goal.rank;
         }
         return guesses;
     }
@@ -319,21 +332,64 @@ class DifferenceSearch {
 
     /// Both sides of the rank on a straight line between the cuts; the middle of the doubles where lines have not
     /// helped.
-    static void GuessWithin(const Interval& interval, Goal& goal, std::vector<double>& guesses) {
+    void GuessWithin(const Interval& interval, Goal& goal, std::vector<double>& guesses) const {
         constexpr std::uint64_t kMuchSmaller = 4;
         constexpr int kPatience = 2;
         if (interval.Cells() > goal.cells / kMuchSmaller) ++goal.failures;
         goal.cells = interval.Cells();
-        if (goal.failures > 0) Guess(Halfway(interval.low->value, interval.high->value), interval, guesses);
+        if (goal.failures > 1) {
+            Guess(Halfway(interval.low->value, interval.high->value), interval, guesses);
+            GuessAboutCluster(interval, goal.rank, guesses);
+        }
         if (goal.failures > kPatience) return;
         const double width = interval.high->value - interval.low->value;
         const auto pairs = static_cast<double>(interval.high->pairs - interval.low->pairs);
         const double share = static_cast<double>(goal.rank - interval.low->pairs) / pairs;
-        constexpr double kMargins[] = {1.0 / 256, 1.0 / 32, 1.0 / 8};
+        constexpr double kMargins[] = {1.0 / 256, 1.0 / 64, 1.0 / 16};
         for (const double margin : {-kMargins[goal.failures], kMargins[goal.failures]}) {
             Guess(interval.low->value + width * (share + margin), interval, guesses);
         }
         if (guesses.empty()) Guess(Halfway(interval.low->value, interval.high->value), interval, guesses);
+    }
+
+    /// An element of the matrix and how much the differences that are meant to equal it may differ by rounding.
+    struct Sampled {
+        double value;
+        double rounding;
+    };
+
+    /// Some elements of an interval, from rows that are spread over the matrix, in ascending order.
+    std::vector<Sampled> SampledWithin(const Interval& interval) const {
+        constexpr std::size_t kRows = 256;
+        const std::vector<double>& x = matrix_.first_.values;
+        const std::vector<double>& y = matrix_.second_.values;
+        std::vector<Sampled> sampled;
+        for (std::size_t row = 0; row < kRows; ++row) {
+            const double ofRow = x[(x.size() - 1) * row / (kRows - 1)];
+            const auto placeAbove = [&](double bound) {
+                return std::ranges::partition_point(y, [&](double value) { return ofRow - value > bound; });
+            };
+            const auto begin = placeAbove(interval.high->value);
+            const auto end = placeAbove(interval.low->value);
+            if (begin == end) continue;
+            const double ofSecond = begin[(end - begin) / 2];
+            constexpr double kRoundings = 4 * std::numeric_limits<double>::epsilon();
+            sampled.push_back({ofRow - ofSecond, kRoundings * (std::fabs(ofRow) + std::fabs(ofSecond))});
+        }
+        std::ranges::sort(sampled, {}, &Sampled::value);
+        return sampled;
+    }
+
+    /// Where many differences are equal but for their rounding, both sides of such a cluster.
+    void GuessAboutCluster(const Interval& interval, PairCount rank, std::vector<double>& guesses) const {
+        const std::vector<Sampled> sampled = SampledWithin(interval);
+        if (sampled.empty()) return;
+        const double share = static_cast<double>(rank - interval.low->pairs) /
+                             static_cast<double>(interval.high->pairs - interval.low->pairs);
+        const auto place = static_cast<std::size_t>(share * static_cast<double>(sampled.size()));
+        const Sampled& pivot = sampled[std::min(place, sampled.size() - 1)];
+        Guess(pivot.value - pivot.rounding, interval, guesses);
+        Guess(pivot.value + pivot.rounding, interval, guesses);
     }
 
     double ElementAt(PairCount rank) {

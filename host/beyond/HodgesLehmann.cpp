@@ -64,7 +64,7 @@ Estimate MiddleAndLimits(const DifferenceMatrix& matrix, PairCount limitRank) {
 
 /// Walks of four abreast, a listing and the preparation.
 double CostOf(double steps) {
-    constexpr double kNanosecondsOfStep = 40;
+    constexpr double kNanosecondsOfStep = 60;
     constexpr double kNanosecondsOfFirstGuess = 1.2e6;
     return kNanosecondsOfFirstGuess + kNanosecondsOfStep * steps;
 }

@@ -25,7 +25,9 @@ Estimate ShiftOfSamples(const AscendingSample& first, const AscendingSample& sec
 ///   n (n + 1) / 4 - z sqrt(n (n + 1) (2n + 1) / 24 - sum of (t^3 - t) / 48),   t the numbers of equal cases.
 Estimate PseudoMedian(const AscendingSample& sample, double level);
 
-/// About how many nanoseconds the functions above take, by how many values are different, before anything is done.
+/// About how many nanoseconds the functions above take, by how many values are different, before anything is done: some
+/// 60 ms for 500,000 and 500,000. It may be twice as much where many differences are equal but for their rounding, and
+/// seven times where all values lie on one lattice.
 double ShiftCost(double firstValues, double secondValues);
 double PseudoMedianCost(double values);
 
