@@ -18,6 +18,8 @@ class TextTable {
 
     explicit TextTable(std::vector<ColumnHead> columns) : columns_(std::move(columns)) {}
 
+    /// Before the first row.
+    void AddColumn(ColumnHead head) { columns_.push_back(std::move(head)); }
     void AddRow(std::vector<std::string> cells) { rows_.push_back(std::move(cells)); }
     bool IsEmpty() const { return rows_.empty(); }
     /// A line for the header and one for each row, without blanks at their ends.

@@ -61,8 +61,9 @@ ExitStatus Analyze(const AnalyzeOptions& options) {
     const ReportFormat format = output.format.value_or(ReportFormat::kText);
     const bool isDocumentShown = format == ReportFormat::kXml;
     const std::string shown = isDocumentShown ? outcome.document : std::string();
-    const ResultReading result = ReadAnalysis(std::move(outcome.document), options.analysis, environment);
+    ResultReading result = ReadAnalysis(std::move(outcome.document), options.analysis, environment);
     const bool isShown = format != ReportFormat::kText || !output.quiet;
+    if (isShown && !isDocumentShown) SupplyFigures(result, table, options.analysis, options.supplement, environment);
     // Text and JSON have a place for notes.
     if (!isShown || format == ReportFormat::kCsv || format == ReportFormat::kXml) TellNotes(outcome.notes);
     if (isShown) PrintResult(isDocumentShown ? shown : Present(result, format, outcome.notes));

@@ -2,6 +2,7 @@
 
 #include "apps/tarn/Command.h"
 #include "apps/tarn/TableOptions.h"
+#include "host/beyond/SupplementOptions.h"
 #include "host/engine/AnalysisRequest.h"
 
 namespace tarn {
@@ -11,6 +12,7 @@ struct AnalyzeOptions {
     TableOptions table;
     OutputOptions output;
     AnalysisOptions analysis;
+    SupplementOptions supplement;
 };
 
 /// `tarn analyze`: builds the request for the user, hands it to the engine as a host does, and shows the result as a

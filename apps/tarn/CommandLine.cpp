@@ -28,6 +28,7 @@ constexpr const char* kSummary = "Nonparametric tests of one, related and indepe
 constexpr const char* kWhatToTest = "What to test";
 constexpr const char* kHowToTest = "How to test it";
 constexpr const char* kTable = "The table";
+constexpr const char* kBeside = "Significances by choice";
 constexpr const char* kOutput = "Output";
 
 std::vector<std::string> NamesOfTests() {
@@ -148,6 +149,26 @@ void DescribeRun(CLI::App& app, RunOptions& run) {
     DescribeOutput(app, run.output, run.brief, "Write the result document there instead of to standard output");
 }
 
+/// The choices from which further significances are made, beside those of the document.
+void DescribeSupplement(CLI::App& app, SupplementOptions& wanted) {
+    Options beside(app, kBeside);
+    beside.Flag("--exact", wanted.exact, "Exact significances, conditional on ties, also where they take their time");
+    beside.One("--monte-carlo", wanted.draws, "N", "Significances from so many random arrangements of the data");
+    beside.One("--seed", wanted.seed, "N", "The seed of these arrangements, 1 if not given");
+    beside.Choice("--alternative", "two-sided|less|greater",
+                  "Whether the first sample is expected to lie lower or higher",
+                  [&](const std::string& word) { wanted.alternative = *AlternativeOf(word); });
+    beside.Choice("--continuity", "on|off", "The correction for continuity of a normal approximation",
+                  [&](const std::string& word) { wanted.continuity = word == "on"; });
+    beside.Choice("--zeros", "drop|pratt|split", "What becomes of differences of zero in signed ranks",
+                  [&](const std::string& word) { wanted.zeros = ZeroMethodOf(word); });
+    beside.Choice("--like", "r|scipy", "The choices that give the numbers of R or SciPy, with the call",
+                  [&](const std::string& word) { wanted.like = OtherSystemOf(word); });
+    beside.Choice("--adjust", "holm|hochberg|hommel|bh|by|bonferroni|none",
+                  "How significances of pairs, and of the tests together, are adjusted for their number",
+                  [&](const std::string& word) { wanted.adjustment = AdjustmentOf(word); });
+}
+
 void DescribeAnalyze(CLI::App& app, AnalyzeOptions& analyze) {
     AnalysisOptions& analysis = analyze.analysis;
     AddArgument(app, "DATA", analyze.table.dataPath,
@@ -164,7 +185,8 @@ void DescribeAnalyze(CLI::App& app, AnalyzeOptions& analyze) {
     Options how(app, kHowToTest);
     how.Choice("--compare", "pairwise|stepwise", "Compare more than two samples with one another",
                [&](const std::string& compare) { analysis.compare = compare; });
-    how.One("--test-value", analysis.testValue, "NUMBER", "The median that the wilcoxon and median tests test against");
+    how.One("--test-value", analysis.testValue, "NUMBER",
+            "The median that wilcoxon and median test against; of two groups or a pair, the difference expected");
     how.One("--cut-point", analysis.cutPoint, "NUMBER",
             "Where the binomial and runs tests cut a continuous field; else between its ends, and at its median");
     how.One("--probability", analysis.probability, "NUMBER",
@@ -185,6 +207,7 @@ void DescribeAnalyze(CLI::App& app, AnalyzeOptions& analyze) {
                [&](const std::string& user) { analysis.includeUserMissing = user == "include"; });
 
     how.Flag("--as-defined", analysis.asDefined, "Compute with the engine's fixed widths, as run does");
+    DescribeSupplement(app, analyze.supplement);
 
     DescribeTable(app, analyze.table, [&](std::string field) { analysis.caseId = std::move(field); });
     app.add_option_function<std::vector<std::string>>(

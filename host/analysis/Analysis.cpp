@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "host/analysis/AnalysisNotes.h"
+#include "host/beyond/Supplements.h"
 #include "host/engine/EmbeddedHost.h"
 #include "host/engine/EngineLibrary.h"
 #include "host/engine/InputNotes.h"
@@ -64,6 +65,22 @@ ResultReading ReadAnalysis(std::string document, const AnalysisOptions& options,
     result.arithmetic = options.asDefined ? ArithmeticMode::kAsDefined : ArithmeticMode::kExtended;
     PutInOrder(result, OrderOf(options));
     return ReadAll(std::move(result), *environment.texts);
+}
+
+void SupplyFigures(ResultReading& result, const Table& table, const AnalysisOptions& options,
+                   const SupplementOptions& wanted, const AnalysisEnvironment& environment) {
+    SupplementOptions all = wanted;
+    all.shift = options.testValue;
+    SupplementSource source{table, all, *environment.texts, WorkShare(environment.threads, environment.isCancelled)};
+    if (options.listwise) {
+        for (const auto* fields : {&options.oneSample, &options.related, &options.independent}) {
+            for (const std::string& field : *fields) source.rule.listwise.push_back(table.FindColumn(field));
+        }
+        if (!options.group.empty()) source.rule.listwise.push_back(table.FindColumn(options.group));
+    }
+    source.probability = options.probability.value_or(source.probability);
+    source.success = options.success;
+    AddSupplements(result, source);
 }
 
 bool IsNoneDone(const ResultReading& result) {

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "host/analysis/AnalysisEnvironment.h"
+#include "host/beyond/SupplementOptions.h"
 #include "host/engine/AnalysisRequest.h"
 #include "host/plan/PlanSettings.h"
 #include "host/report/ResultReading.h"
@@ -40,6 +41,11 @@ AnalysisOutcome Analyze(const Table& table, const AnalysisOptions& options, cons
 /// text is used up by it.
 ResultReading ReadAnalysis(std::string document, const AnalysisOptions& options,
                            const AnalysisEnvironment& environment);
+
+/// Adds to such a reading what analysts publish beside the document: effects with intervals, exact significances,
+/// adjusted families. `table` is that of the analysis. Cut short where the analysis is cancelled.
+void SupplyFigures(ResultReading& result, const Table& table, const AnalysisOptions& options,
+                   const SupplementOptions& wanted, const AnalysisEnvironment& environment);
 
 /// Whether all tests of a document ended in an error of their own.
 bool IsNoneDone(const ResultReading& result);

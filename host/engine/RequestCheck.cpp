@@ -209,7 +209,8 @@ class Check {
         const Parameter parameters[] = {
             {"--test-value",
              options_.testValue.has_value(),
-             {Tests::kWilcoxonOneSample.requestName, Tests::kMedian.requestName}},
+             {Tests::kWilcoxonOneSample.requestName, Tests::kMedian.requestName, Tests::kMannWhitney.requestName,
+              Tests::kWilcoxonPairs.requestName, Tests::kSign.requestName}},
             {"--cut-point", options_.cutPoint.has_value(), {Tests::kBinomial.requestName, Tests::kRuns.requestName}},
             {"--probability", options_.probability.has_value(), {Tests::kBinomial.requestName}},
             {"--success",

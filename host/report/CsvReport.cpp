@@ -12,11 +12,12 @@ namespace tarn {
 
 namespace {
 
-constexpr std::array<std::string_view, 31> kColumns{
-    "row",      "number",       "test",        "name",      "family",    "fields",    "group",      "part",
-    "sample1",  "sample2",      "n",           "statistic", "std_error", "z",         "df",         "p_value",
-    "p_kind",   "p_tails",      "adj_p_value", "estimate",  "conf_low",  "conf_high", "conf_level", "decision",
-    "messages", "beyond_range", "n_total",     "direction", "p_holm",    "p_bh",      "arithmetic",
+constexpr std::array<std::string_view, 38> kColumns{
+    "row",      "number",       "test",        "name",        "family",    "fields",     "group",      "part",
+    "sample1",  "sample2",      "n",           "statistic",   "std_error", "z",          "df",         "p_value",
+    "p_kind",   "p_tails",      "adj_p_value", "estimate",    "conf_low",  "conf_high",  "conf_level", "decision",
+    "messages", "beyond_range", "n_total",     "direction",   "p_holm",    "p_bh",       "arithmetic", "missing",
+    "q1",       "median",       "q3",          "alternative", "letters",   "p_adjusted",
 };
 
 using Row = std::map<std::string_view, std::string>;
@@ -114,6 +115,7 @@ void AppendTest(std::string& text, const Row& common, const TestReading& reading
         row["p_holm"] = ExactText(adjusted->holm);
         row["p_bh"] = ExactText(adjusted->benjaminiHochberg);
     }
+    row["p_adjusted"] = reading.supplement.adjustedP;
     row["decision"] = reading.decision;
     std::vector<std::string> codes;
     for (const TestReading::Note& note : reading.notes) codes.push_back(std::to_string(note.code));
@@ -146,8 +148,11 @@ void AppendTest(std::string& text, const Row& common, const TestReading& reading
 }
 
 void AppendComparisons(std::string& text, const Row& common, const TestReading& reading) {
-    for (const PairComparison& pair : reading.pairs) {
+    const std::vector<Number>& adjusted = reading.supplement.adjustedPairs;
+    for (std::size_t i = 0; i < reading.pairs.size(); ++i) {
+        const PairComparison& pair = reading.pairs[i];
         Row row = common;
+        if (i < adjusted.size()) row["p_adjusted"] = adjusted[i];
         row["row"] = "pair";
         row["sample1"] = pair.first;
         row["sample2"] = pair.second;
@@ -170,6 +175,52 @@ void AppendComparisons(std::string& text, const Row& common, const TestReading& 
     }
 }
 
+/// What the document doesn't have: a row for each group or field, for each effect and for each further significance.
+void AppendSupplement(std::string& text, const Row& common, const Supplement& supplement, const std::string& level) {
+    for (const SampleSummary& sample : supplement.samples) {
+        Row row = common;
+        row["row"] = "sample";
+        row["sample1"] = sample.name;
+        row["n"] = sample.n;
+        row["missing"] = sample.missing;
+        row["q1"] = sample.firstQuartile;
+        row["median"] = sample.median;
+        row["q3"] = sample.thirdQuartile;
+        row["conf_low"] = sample.medianLower;
+        row["conf_high"] = sample.medianUpper;
+        if (!sample.medianLower.empty()) row["conf_level"] = level;
+        for (const SampleLetters& letters : supplement.letters) {
+            if (letters.name == sample.name) row["letters"] = letters.letters;
+        }
+        Append(text, row);
+    }
+    for (const EffectSize& effect : supplement.effects) {
+        Row row = common;
+        row["row"] = "effect";
+        row["part"] = effect.key;
+        row["sample1"] = effect.first;
+        row["sample2"] = effect.second;
+        row["estimate"] = effect.value;
+        row["conf_low"] = effect.lower;
+        row["conf_high"] = effect.upper;
+        if (!effect.lower.empty()) row["conf_level"] = level;
+        Append(text, row);
+    }
+    for (const SuppliedPValue& p : supplement.pValues) {
+        Row row = common;
+        row["row"] = "p";
+        row["statistic"] = p.statistic;
+        row["z"] = p.standardized;
+        row["p_value"] = p.value;
+        row["p_kind"] = p.kind;
+        row["p_tails"] = p.alternative == "two-sided" ? "2" : "1";
+        row["alternative"] = p.alternative;
+        row["conf_low"] = p.lower;
+        row["conf_high"] = p.upper;
+        Append(text, row);
+    }
+}
+
 }  // namespace
 
 std::string CsvReport(const ResultReading& result, const MessageCatalogue& texts) {
@@ -181,6 +232,7 @@ std::string CsvReport(const ResultReading& result, const MessageCatalogue& texts
         const Row common = CommonCells(readings[i], i + 1, texts.Test(readings[i].name), result.document);
         AppendTest(text, common, readings[i], result.family.tests[i], result.document);
         AppendComparisons(text, common, readings[i]);
+        AppendSupplement(text, common, readings[i].supplement, result.document.confidenceLevel);
     }
     return text;
 }

@@ -1,29 +1,15 @@
 #include "host/report/JsonReport.h"
 
-#include <charconv>
-#include <cmath>
-#include <cstdint>
 #include <nlohmann/json.hpp>
 #include <optional>
+
+#include "host/report/SupplementJson.h"
 
 namespace tarn {
 
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-/// A number as a number, whole ones without a point; a text where JSON has no number ("nan", "inf"); null for "".
-Json ValueOf(const std::string& text) {
-    if (text.empty()) return nullptr;
-    std::int64_t whole = 0;
-    const char* const end = text.data() + text.size();
-    if (const auto [rest, error] = std::from_chars(text.data(), end, whole); error == std::errc{} && rest == end) {
-        return whole;
-    }
-    double number = 0;
-    if (ReadNumber(text, number) && std::isfinite(number)) return number;
-    return text;
-}
 
 Json NameOrNull(const std::string& name) {
     return name.empty() ? Json(nullptr) : Json(name);
@@ -37,7 +23,7 @@ Json FieldJson(const ResultField& field) {
               {"categories", Json::array()}};
     for (const ResultCategory& category : field.categories) {
         const bool isText = field.dataType == "string";
-        json["categories"].push_back({{"value", isText ? Json(category.value) : ValueOf(category.value)},
+        json["categories"].push_back({{"value", isText ? Json(category.value) : NumberJson(category.value)},
                                       {"label", NameOrNull(category.label)}});
     }
     return json;
@@ -51,13 +37,13 @@ Json TableJson(const ResultTable& table) {
         json["lines"] = Json::array();
         for (const auto& line : table.lines) {
             Json values = Json::array();
-            for (const std::string& value : SplitList(line)) values.push_back(ValueOf(value));
+            for (const std::string& value : SplitList(line)) values.push_back(NumberJson(value));
             json["lines"].push_back(std::move(values));
         }
         return json;
     }
     json["rows"] = Json::object();
-    for (const auto& [name, value] : table.rows) json["rows"][name] = ValueOf(value);
+    for (const auto& [name, value] : table.rows) json["rows"][name] = NumberJson(value);
     json["tables"] = Json::array();
     for (const ResultTable& inner : table.tables) json["tables"].push_back(TableJson(inner));
     return json;
@@ -68,16 +54,16 @@ Json StatisticsJson(const TestReading& reading) {
     for (const StatisticSet& set : reading.statistics) {
         Json json{{"name", NameOrNull(set.name)},
                   {"label", NameOrNull(set.label)},
-                  {"statistic", ValueOf(set.statistic)},
-                  {"standard_error", ValueOf(set.standardError)},
-                  {"standardized", ValueOf(set.standardized)},
-                  {"df", ValueOf(set.df)},
+                  {"statistic", NumberJson(set.statistic)},
+                  {"standard_error", NumberJson(set.standardError)},
+                  {"standardized", NumberJson(set.standardized)},
+                  {"df", NumberJson(set.df)},
                   {"p_values", Json::array()}};
         for (const PValue& p : set.pValues) {
             json["p_values"].push_back({{"kind", NameOf(p.kind)},
                                         {"tails", p.tails},
-                                        {"statistic", ValueOf(set.StatisticOf(p))},
-                                        {"value", ValueOf(p.value)},
+                                        {"statistic", NumberJson(set.StatisticOf(p))},
+                                        {"value", NumberJson(p.value)},
                                         {"is_lower_bound", p.isBound},
                                         {"decides", p.decides}});
         }
@@ -88,7 +74,7 @@ Json StatisticsJson(const TestReading& reading) {
 
 Json FiguresJson(const std::vector<Figure>& figures) {
     Json json = Json::object();
-    for (const Figure& figure : figures) json[figure.key] = ValueOf(figure.value);
+    for (const Figure& figure : figures) json[figure.key] = NumberJson(figure.value);
     return json;
 }
 
@@ -100,17 +86,17 @@ Json ComparisonsJson(const TestReading& reading) {
     for (const PairComparison& pair : reading.pairs) {
         json["pairs"].push_back({{"first", pair.first},
                                  {"second", pair.second},
-                                 {"statistic", ValueOf(pair.statistic)},
-                                 {"standard_error", ValueOf(pair.standardError)},
-                                 {"standardized", ValueOf(pair.standardized)},
-                                 {"p", ValueOf(pair.p)},
-                                 {"adjusted_p", ValueOf(pair.adjustedP)}});
+                                 {"statistic", NumberJson(pair.statistic)},
+                                 {"standard_error", NumberJson(pair.standardError)},
+                                 {"standardized", NumberJson(pair.standardized)},
+                                 {"p", NumberJson(pair.p)},
+                                 {"adjusted_p", NumberJson(pair.adjustedP)}});
     }
     for (const HomogeneousSubset& subset : reading.subsets) {
         json["subsets"].push_back({{"members", subset.members},
-                                   {"statistic", ValueOf(subset.statistic)},
-                                   {"p", ValueOf(subset.p)},
-                                   {"adjusted_p", ValueOf(subset.adjustedP)}});
+                                   {"statistic", NumberJson(subset.statistic)},
+                                   {"p", NumberJson(subset.p)},
+                                   {"adjusted_p", NumberJson(subset.adjustedP)}});
     }
     return json;
 }
@@ -129,7 +115,7 @@ Json ScalesJson(const TestReading& reading) {
     Json json = Json::array();
     for (const Scale& scale : reading.scales) {
         Json scores = Json::array();
-        for (const std::string& score : scale.scores) scores.push_back(ValueOf(score));
+        for (const std::string& score : scale.scores) scores.push_back(NumberJson(score));
         json.push_back({{"field", scale.field}, {"categories", scale.categories}, {"scores", std::move(scores)}});
     }
     return json;
@@ -153,8 +139,8 @@ Json TestJson(const TestResult& test, const TestReading& reading,
               {"decision", NameOrNull(reading.decision)},
               {"method", NameOrNull(reading.method)},
               {"arithmetic", NameOrNull(test.arithmetic)},
-              {"n", ValueOf(reading.n)},
-              {"n_total", ValueOf(reading.totalN)},
+              {"n", NumberJson(reading.n)},
+              {"n_total", NumberJson(reading.totalN)},
               {"direction", NameOrNull(reading.direction.Text())},
               {"scales", ScalesJson(reading)},
               {"adjusted_p", AdjustedJson(adjusted)},
@@ -163,15 +149,16 @@ Json TestJson(const TestResult& test, const TestReading& reading,
               {"figures", FiguresJson(reading.figures)},
               {"samples", Json::array()},
               {"comparisons", ComparisonsJson(reading)},
+              {"supplement", SupplementJson(reading.supplement)},
               {"messages", Json::array()},
               {"remarks", reading.remarks},
               {"limits", LimitsJson(reading, texts)},
               {"tables", Json::array()}};
     for (const Interval& interval : reading.intervals) {
         json["intervals"].push_back({{"method", NameOrNull(interval.method)},
-                                     {"estimate", ValueOf(interval.estimate)},
-                                     {"lower", ValueOf(interval.lower)},
-                                     {"upper", ValueOf(interval.upper)}});
+                                     {"estimate", NumberJson(interval.estimate)},
+                                     {"lower", NumberJson(interval.lower)},
+                                     {"upper", NumberJson(interval.upper)}});
     }
     for (const Sample& sample : reading.samples) {
         json["samples"].push_back({{"name", sample.name}, {"figures", FiguresJson(sample.figures)}});
@@ -195,8 +182,8 @@ std::string JsonReport(const ResultReading& result, const MessageCatalogue& text
     const ResultDocument& document = result.document;
     Json json{{"format", "tarn-result-2"},
               {"application", {{"name", document.application}, {"version", NameOrNull(document.applicationVersion)}}},
-              {"significance_level", ValueOf(document.sigLevel)},
-              {"confidence_level", ValueOf(document.confidenceLevel)},
+              {"significance_level", NumberJson(document.sigLevel)},
+              {"confidence_level", NumberJson(document.confidenceLevel)},
               {"missing", document.missingTreatment},
               {"arithmetic", NameOrNull(std::string(NameOf(document.arithmetic)))},
               {"counts", Json::object()},
@@ -204,7 +191,7 @@ std::string JsonReport(const ResultReading& result, const MessageCatalogue& text
               {"fields", Json::array()},
               {"tests", Json::array()},
               {"descriptives", Json::array()}};
-    for (const auto& [name, count] : document.counts) json["counts"][name] = ValueOf(count);
+    for (const auto& [name, count] : document.counts) json["counts"][name] = NumberJson(count);
     for (const ResultField& field : document.fields) json["fields"].push_back(FieldJson(field));
     for (std::size_t i = 0; i < result.tests.size(); ++i) {
         json["tests"].push_back(TestJson(document.tests[i], result.tests[i], result.family.tests[i], texts));

@@ -182,6 +182,8 @@ void MessageCatalogue::Add(const std::string& text, const std::string& name) {
         ReadTexts(catalogue, "limits", limits_);
         ReadTexts(catalogue, "remarks", remarks_);
         ReadTexts(catalogue, "labels", labels_);
+        ReadTexts(catalogue, "effects", effects_);
+        ReadTexts(catalogue, "intervals", intervals_);
         const auto tests = catalogue.find("tests");
         if (tests == catalogue.end()) return;
         for (const auto& [test, texts] : tests->items()) {
@@ -191,7 +193,8 @@ void MessageCatalogue::Add(const std::string& text, const std::string& name) {
                 {"title", &TestTexts::title},       {"name", &TestTexts::name},       {"family", &TestTexts::family},
                 {"question", &TestTexts::question}, {"assumes", &TestTexts::assumes}, {"chosen", &TestTexts::chosen},
                 {"decides", &TestTexts::decides},   {"method", &TestTexts::method},   {"pairs", &TestTexts::pairs},
-                {"steps", &TestTexts::steps},       {"source", &TestTexts::source},
+                {"steps", &TestTexts::steps},       {"source", &TestTexts::source},   {"found", &TestTexts::found},
+                {"notFound", &TestTexts::notFound},
             };
             for (const auto& [key, member] : members) {
                 const auto found = described.find(key);
@@ -217,6 +220,14 @@ const std::string* MessageCatalogue::Limit(std::string_view key) const {
 
 const std::string* MessageCatalogue::Remark(std::string_view key) const {
     return FindText(remarks_, key);
+}
+
+const std::string* MessageCatalogue::Effect(std::string_view key) const {
+    return FindText(effects_, key);
+}
+
+const std::string* MessageCatalogue::IntervalOf(std::string_view effectKey) const {
+    return FindText(intervals_, effectKey);
 }
 
 std::string MessageCatalogue::Label(std::string_view key) const {

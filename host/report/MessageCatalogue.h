@@ -23,6 +23,11 @@ struct TestTexts {
     std::string pairs;    ///< how it compares pairs of samples; "" for a test that doesn't
     std::string steps;    ///< how it searches for homogeneous subsets; "" for a test that doesn't
     std::string source;   ///< author and year
+    /// What it says once it has rejected, and once it has not: a sentence that claims no more than the test does, with
+    /// the level, the two samples of its direction, a word for that direction, the fields and the groups; "" for an
+    /// estimate.
+    std::string found;
+    std::string notFound;
 };
 
 /// The sentences behind the codes and keys of the engine in one human language. They are data
@@ -43,6 +48,10 @@ class MessageCatalogue {
     const std::string* Condition(std::string_view key) const;
     const std::string* Limit(std::string_view key) const;
     const std::string* Remark(std::string_view key) const;
+    /// What an effect size is called, with the two samples of its direction, and by which method its interval is made;
+    /// null for none.
+    const std::string* Effect(std::string_view key) const;
+    const std::string* IntervalOf(std::string_view effectKey) const;
     /// What a reader is shown for a figure of a test, by its name in the document; the name itself without a text.
     std::string Label(std::string_view key) const;
     /// What there is to say about a test; null for none. `name` as in the document.
@@ -62,6 +71,8 @@ class MessageCatalogue {
     std::map<std::string, std::string, std::less<>> limits_;
     std::map<std::string, std::string, std::less<>> remarks_;
     std::map<std::string, std::string, std::less<>> labels_;
+    std::map<std::string, std::string, std::less<>> effects_;
+    std::map<std::string, std::string, std::less<>> intervals_;
     std::map<std::string, TestTexts, std::less<>> tests_;
 };
 

@@ -10,6 +10,7 @@
 #include "host/report/MessageCatalogue.h"
 #include "host/report/Number.h"
 #include "host/report/ResultDocument.h"
+#include "host/report/Supplement.h"
 
 namespace tarn {
 
@@ -180,6 +181,7 @@ struct TestReading {
     };
     std::vector<Note> notes;
     std::vector<std::string> remarks;        ///< what the host has to say about the numbers, as sentences
+    Supplement supplement;                   ///< what was made from the columns; empty for a stored document
     std::vector<const EngineLimit*> limits;  ///< that the test passes; they stay with the program
 
     /// The set whose significance decides, or the first one; null for none.

@@ -9,6 +9,7 @@
 #include "host/NumberText.h"
 #include "host/TextTable.h"
 #include "host/report/AdjustedPValues.h"
+#include "host/report/SupplementText.h"
 #include "vocabulary/TestFacts.h"
 
 namespace tarn {
@@ -60,14 +61,20 @@ class Block {
         text += Indented(Results().ToText());
         if (!reading_.isEstimate) text += std::string(kIndent) + "Decision: " + Decision() + "\n";
         text += Section("", Counts());
-        text += Section("", Samples());
+        text += Section("", reading_.supplement.samples.empty() ? Samples() : SummaryTable(reading_, result_));
+        text += Section("", EffectTable(reading_, false));
         text += Section(PairsTitle(), Pairs());
+        text += Section("", EffectTable(reading_, true));
         text += Section("Homogeneous subsets", Subsets());
         for (const Scale& scale : reading_.scales) text += ScaleLine(scale);
         text += MethodLine("Method", reading_.method) + MethodLine("Pairs", reading_.pairsMethod) +
                 MethodLine("Subsets", reading_.subsetsMethod);
+        text += MethodLine("Call", reading_.supplement.call);
         for (const TestReading::Note& note : reading_.notes) text += kIndent + NoteLine(note) + "\n";
-        for (const std::string& remark : reading_.remarks) text += kIndent + ("Note: " + remark) + "\n";
+        for (const auto* remarks : {&reading_.remarks, &reading_.supplement.remarks}) {
+            for (const std::string& remark : *remarks) text += kIndent + ("Note: " + remark) + "\n";
+        }
+        if (!reading_.supplement.conclusion.empty()) text += kIndent + reading_.supplement.conclusion + "\n";
         for (const EngineLimit* limit : reading_.limits) text += kIndent + LimitLine(*limit, texts_) + "\n";
         return text;
     }
@@ -120,6 +127,7 @@ class Block {
     TextTable Results() const {
         TextTable table({{""}, {""}, {""}});
         for (const StatisticSet& set : reading_.statistics) AddSet(set, table);
+        AddPValueRows(reading_, table);
         for (const Interval& interval : reading_.intervals) {
             const double percent = 100 * result_.confidenceLevel.value;
             const bool hasDirection = interval.method.empty() && !reading_.direction.IsEmpty();
@@ -236,11 +244,21 @@ class Block {
                          {"standardized", Alignment::kRight},
                          {"p", Alignment::kRight},
                          {"adjusted p", Alignment::kRight}});
+        const Supplement& supplement = reading_.supplement;
+        const bool isAdjusted = supplement.adjustedPairs.size() == reading_.pairs.size() && !reading_.pairs.empty();
+        if (isAdjusted) table.AddColumn({"p " + supplement.adjustment, Alignment::kRight});
         // The count of an ordered pair is of the cases in which the later group has the larger value.
         const char* const separator = reading_.name == Tests::kJonckheereTerpstra.resultName ? " < " : " - ";
-        for (const PairComparison& pair : reading_.pairs) {
-            table.AddRow({pair.first + separator + pair.second, CellText(pair.statistic), CellText(pair.standardError),
-                          CellText(pair.standardized), CellP(pair.p), CellP(pair.adjustedP)});
+        for (std::size_t i = 0; i < reading_.pairs.size(); ++i) {
+            const PairComparison& pair = reading_.pairs[i];
+            std::vector<std::string> cells{pair.first + separator + pair.second,
+                                           CellText(pair.statistic),
+                                           CellText(pair.standardError),
+                                           CellText(pair.standardized),
+                                           CellP(pair.p),
+                                           CellP(pair.adjustedP)};
+            if (isAdjusted) cells.push_back(CellP(supplement.adjustedPairs[i]));
+            table.AddRow(std::move(cells));
         }
         return table;
     }
@@ -327,6 +345,14 @@ std::string ArithmeticLine(ArithmeticMode mode) {
     return std::string("\nArithmetic: ") + (mode == ArithmeticMode::kExtended ? "extended" : "as defined") + "\n";
 }
 
+/// The method by which the tests of a run are adjusted for their number.
+std::string AdjustmentOf(const std::vector<TestReading>& readings) {
+    for (const TestReading& reading : readings) {
+        if (!reading.supplement.adjustedP.empty()) return reading.supplement.adjustment;
+    }
+    return "";
+}
+
 /// A line for each test, and from five tests on the significances adjusted for their number.
 std::string Summary(const ResultReading& result) {
     const std::vector<TestReading>& readings = result.tests;
@@ -334,6 +360,9 @@ std::string Summary(const ResultReading& result) {
     std::vector<TextTable::ColumnHead> heads{
         {"Test"}, {"Fields"}, {"N", Alignment::kRight}, {"Statistic", Alignment::kRight}, {"p", Alignment::kRight}};
     if (isFamily) heads.insert(heads.end(), {{"p Holm", Alignment::kRight}, {"p BH", Alignment::kRight}});
+    const bool isAdjusted =
+        std::ranges::any_of(readings, [](const TestReading& each) { return !each.supplement.adjustedP.empty(); });
+    if (isAdjusted) heads.push_back({"p " + AdjustmentOf(readings), Alignment::kRight});
     heads.insert(heads.end(), {{"kind"}, {"Decision"}});
     TextTable table(heads);
     for (std::size_t i = 0; i < readings.size(); ++i) {
@@ -352,6 +381,10 @@ std::string Summary(const ResultReading& result) {
             const bool isBound = p != nullptr && p->isBound;
             cells.push_back(adjusted ? PText(ExactText(adjusted->holm), isBound) : "");
             cells.push_back(adjusted ? PText(ExactText(adjusted->benjaminiHochberg), isBound) : "");
+        }
+        if (isAdjusted) {
+            const Number& adjusted = reading.supplement.adjustedP;
+            cells.push_back(adjusted.empty() ? "" : PText(adjusted));
         }
         cells.push_back(p ? std::string(NameOf(p->kind)) : "");
         cells.push_back(DecisionText(reading));
@@ -380,7 +413,8 @@ std::string TextReport(const ResultReading& result, const MessageCatalogue& text
     const std::vector<TestReading>& readings = result.tests;
     if (readings.empty()) return kNoTest;
     std::string text;
-    if (readings.size() >= kFewestForSummary) text = Summary(result) + "\n";
+    const bool isAdjusted = readings.size() > 1 && !AdjustmentOf(readings).empty();
+    if (readings.size() >= kFewestForSummary || isAdjusted) text = Summary(result) + "\n";
     std::size_t number = 0;
     for (const TestReading& reading : readings) {
         text += (number == 0 ? "" : "\n") + Block(reading, result, texts, style).Text(number + 1);

@@ -230,7 +230,7 @@ INSTANTIATE_TEST_SUITE_P(
                             {"--related", "before,after", "--success", "1"},
                             "--success: no test of the request takes it; expected --tests with one of binomial, runs"},
                     Mistake{"ParameterOfATestOfAnotherFamily",
-                            {"--related", "before,after", "--tests", "wilcoxon", "--test-value", "3"},
+                            {"--related", "before,after", "--tests", "friedman", "--test-value", "3"},
                             "--test-value: no test of the request takes it; expected --tests with one of wilcoxon"},
                     Mistake{"NoTestValue", {"--one-sample", "before", "--tests", "wilcoxon"}, "expected --test-value"},
                     Mistake{"RunsOfTwoFields",

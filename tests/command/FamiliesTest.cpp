@@ -73,8 +73,11 @@ TEST(GroupTests, KruskalWallisComparesPairsByName) {
     EXPECT_EQ(RowOf(table, "N:"), (Lines{"303", "of", "320", "cases", "(17", "missing)"}));
     EXPECT_EQ(RowOf(table, "Statistic"), Lines{"12.8788"});
     EXPECT_EQ(RowOf(table, "p").front(), ".002");
-    EXPECT_EQ(RowOf(table, "high").front(), "175.843");  // rankdata
-    EXPECT_EQ(RowOf(table, "placebo").front(), "131.799");
+    // Cases, those missing, median, its interval, quartiles (numpy.quantile, binom.ppf), mean rank (rankdata), letters.
+    EXPECT_EQ(RowOf(table, "high"),
+              (Lines{"99", "8", "6.4", "6.1", "to", "6.9", "5.55", "to", "7.4", "175.8", "b"}));
+    EXPECT_EQ(RowOf(table, "placebo"),
+              (Lines{"102", "4", "5.75", "5.4", "to", "6.1", "4.9", "to", "6.575", "131.8", "a"}));
     const Lines pairs = Below(table, "Pairs");
     for (const char* pair : {"high - low", "high - placebo", "low - placebo"}) {
         EXPECT_EQ(RowOf(pairs, pair).size(), pair == std::string("high - placebo") ? 6u : 5u) << pair;  // "< .001"
@@ -111,8 +114,10 @@ TEST(GroupTests, MedianComparesPairsByName) {
     EXPECT_EQ(RowOf(table, "Statistic"), Lines{"9.21352"});
     EXPECT_EQ(RowOf(table, "p").front(), ".010");
     EXPECT_EQ(RowOf(table, "Median of all"), Lines{"6.1"});
-    EXPECT_EQ(RowOf(table, "high"), (Lines{"59", "40", "3.1", "5.55", "6.4", "7.4", "9.1"}));
-    EXPECT_EQ(RowOf(table, "placebo"), (Lines{"39", "63", "2.5", "4.9", "5.75", "6.6", "9.1"}));
+    EXPECT_EQ(RowOf(table, "high"),
+              (Lines{"99", "8", "6.4", "6.1", "to", "6.9", "5.55", "to", "7.4", "59", "40", "b"}));
+    EXPECT_EQ(RowOf(table, "placebo"),
+              (Lines{"102", "4", "5.75", "5.4", "to", "6.1", "4.9", "to", "6.575", "39", "63", "a"}));
     const Lines pairs = Below(table, "Pairs");
     EXPECT_EQ(RowOf(pairs, "high - low"), (Lines{"1.77467", ".183", ".548"}));
     EXPECT_EQ(RowOf(pairs, "high - placebo"), (Lines{"9.17482", ".002", ".007"}));

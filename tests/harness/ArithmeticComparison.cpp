@@ -140,7 +140,7 @@ class Comparison {
 }  // namespace
 
 std::vector<std::string> DifferencesByArithmetic(const pugi::xml_node& defined, const pugi::xml_node& extended,
-                                                  double share) {
+                                                 double share) {
     const std::string name = defined.attribute("name").value();
     Comparison comparison(name, share);
     comparison.Compare(defined, extended, name, "");

@@ -131,17 +131,17 @@ TEST(CsvReport, HasARowForEachTestPairAndSubset) {
         CsvReport(ReadAll(ReadResult(DocumentOf(SignTest() + KruskalWallisTest())), Sentences()), Sentences()),
         "row,number,test,name,family,fields,group,part,sample1,sample2,n,statistic,std_error,z,df,p_value,p_kind,"
         "p_tails,adj_p_value,estimate,conf_low,conf_high,conf_level,decision,messages,beyond_range,"
-        "n_total,direction,p_holm,p_bh,arithmetic\n"
+        "n_total,direction,p_holm,p_bh,arithmetic,missing,q1,median,q3,alternative,letters,p_adjusted\n"
         "test,1,RSign,sign,related,v;u,,,,,12,8,1.73205080756888,0.866025403784439,,0.38769531250000,exact,2,,,,,,"
-        "retain,220916,,,u minus v,0.3876953125,0.3876953125,\n"
+        "retain,220916,,,u minus v,0.3876953125,0.3876953125,,,,,,,,\n"
         "p,1,RSign,sign,related,v;u,,,,,,8,1.73205080756888,0.866025403784439,,0.38647623077123,asymptotic,2,,,,,,,,,,,"
-        ",,\n"
+        ",,,,,,,,,\n"
         "test,2,IKruskalWallis,kruskal-wallis,independent,u,arm,,,,12,9.26923076923077,,,2,0.0097,asymptotic,2,,,,,,"
-        "reject,220013,,,,0.0194,0.0194,\n"
+        "reject,220013,,,,0.0194,0.0194,,,,,,,,\n"
         "pair,2,IKruskalWallis,kruskal-wallis,independent,u,arm,,old,3,,-5.5,2.54,-2.16535433070866,,0.0303,,,0.0303,"
-        ",,,,,,,,,,,\n"
-        "subset,2,IKruskalWallis,kruskal-wallis,independent,u,arm,,3;old,,,1.25,,,,0.26,,,0.2612,,,,,,,,,,,,\n"
-        "subset,2,IKruskalWallis,kruskal-wallis,independent,u,arm,,old,,,,,,,,,,,,,,,,,,,,,,\n");
+        ",,,,,,,,,,,,,,,,,,\n"
+        "subset,2,IKruskalWallis,kruskal-wallis,independent,u,arm,,3;old,,,1.25,,,,0.26,,,0.2612,,,,,,,,,,,,,,,,,,,\n"
+        "subset,2,IKruskalWallis,kruskal-wallis,independent,u,arm,,old,,,,,,,,,,,,,,,,,,,,,,,,,,,,,\n");
 }
 
 TEST(CsvReport, QuotesWhatHoldsACommaOrAQuote) {

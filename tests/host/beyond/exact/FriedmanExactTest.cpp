@@ -12,7 +12,7 @@
 #include <optional>
 #include <vector>
 
-#include "tests/host/beyond/exact/Arrangements.h"
+#include "tests/host/beyond/exact/GroupArrangements.h"
 
 namespace tarn {
 namespace {

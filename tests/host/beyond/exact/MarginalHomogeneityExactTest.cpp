@@ -9,7 +9,7 @@
 #include <limits>
 #include <vector>
 
-#include "tests/host/beyond/exact/Arrangements.h"
+#include "tests/host/beyond/exact/GroupArrangements.h"
 
 namespace tarn {
 namespace {

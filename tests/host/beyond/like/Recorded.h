@@ -6,7 +6,6 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <limits>
 #include <map>
@@ -15,6 +14,7 @@
 #include <vector>
 
 #include "host/beyond/AscendingSample.h"
+#include "tests/harness/Command.h"
 
 /// What R and SciPy say of the samples beside this file, as record.R and record.py wrote it; scripts/check_like
 /// compares it with what they say now.
@@ -26,7 +26,7 @@ struct Recorded {
 };
 
 inline std::ifstream OpenBeside(const std::string& name) {
-    std::ifstream file(std::filesystem::path(__FILE__).parent_path() / name);
+    std::ifstream file(harness::SourcePath("tests/host/beyond/like/" + name));
     EXPECT_TRUE(file.is_open()) << name;
     return file;
 }

@@ -1,0 +1,266 @@
+#include "host/beyond/Effects.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <string>
+
+#include "host/NumberText.h"
+#include "host/beyond/Association.h"
+#include "host/beyond/Dichotomies.h"
+#include "host/beyond/HodgesLehmann.h"
+#include "host/beyond/MatchedEffects.h"
+#include "host/beyond/MedianInterval.h"
+#include "host/beyond/OrderedTrend.h"
+#include "host/beyond/Proportions.h"
+#include "host/beyond/SmirnovDistance.h"
+#include "host/beyond/Superiority.h"
+
+namespace tarn {
+
+namespace {
+
+Number NumberOf(double value) {
+    return std::isnan(value) ? Number() : Number(ExactText(value));
+}
+
+/// The effects of one test, in the making.
+class Effects {
+ public:
+    explicit Effects(const EffectSource& source) : source_(source), view_(source.view) {}
+
+    const TestView& View() const { return view_; }
+    const TestReading& Reading() const { return *view_.reading; }
+    double Level() const { return view_.confidence; }
+    const std::vector<std::string>& Success() const { return source_.success; }
+    bool MayTake(double nanoseconds) const { return nanoseconds <= source_.longest; }
+
+    /// `samples` fill the places of the label.
+    void Add(const char* key, const Estimate& estimate, const std::vector<std::string>& samples = {}) {
+        if (std::isnan(estimate.value)) return;
+        EffectSize effect;
+        effect.key = key;
+        const std::string* const label = source_.texts.Effect(key);
+        effect.label = label == nullptr ? key : FillIn(*label, {&samples});
+        effect.value = NumberOf(estimate.value);
+        if (!std::isnan(estimate.lower) && !std::isnan(estimate.upper)) {
+            effect.lower = NumberOf(estimate.lower);
+            effect.upper = NumberOf(estimate.upper);
+            const std::string* const method = source_.texts.IntervalOf(key);
+            effect.method = method == nullptr ? "" : *method;
+        }
+        effects_.push_back(std::move(effect));
+    }
+    void AddOfPair(const char* key, const Estimate& estimate, const std::string& first, const std::string& second) {
+        const std::size_t before = effects_.size();
+        Add(key, estimate, {first, second});
+        if (effects_.size() == before) return;
+        effects_.back().first = first;
+        effects_.back().second = second;
+    }
+    std::vector<EffectSize> Take() { return std::move(effects_); }
+
+ private:
+    const EffectSource& source_;
+    const TestView& view_;
+    std::vector<EffectSize> effects_;
+};
+
+double StatisticOf(const TestReading& reading) {
+    const StatisticSet* const set = reading.Leading();
+    return set == nullptr ? std::nan("") : set->statistic.value;
+}
+
+std::size_t PlaceOf(const std::vector<std::string>& names, const std::string& name) {
+    return static_cast<std::size_t>(std::ranges::find(names, name) - names.begin());
+}
+
+/// "after minus before", or what else signed numbers of the test count.
+std::string DirectionText(const Effects& effects) {
+    return effects.Reading().direction.Text();
+}
+
+// ---- Groups ----
+
+void AddSuperiorityOfPairs(Effects& effects) {
+    const TestView& view = effects.View();
+    for (const PairComparison& pair : effects.Reading().pairs) {
+        const std::size_t first = PlaceOf(view.names, pair.first);
+        const std::size_t second = PlaceOf(view.names, pair.second);
+        if (std::max(first, second) >= view.samples.size()) continue;
+        const Superiority found =
+            ProbabilityOfSuperiority(view.samples[first], view.samples[second], effects.Level());
+        effects.AddOfPair("probability-of-superiority", found.probability, pair.first, pair.second);
+    }
+}
+
+void AddOfTwoGroups(Effects& effects) {
+    const TestView& view = effects.View();
+    if (!view.HasTwoGroups()) return;
+    const Superiority found = ProbabilityOfSuperiority(view.samples[0], view.samples[1], effects.Level());
+    effects.Add("probability-of-superiority", found.probability, view.names);
+    effects.Add("rank-biserial", found.rankBiserial, view.names);
+    const double values = static_cast<double>(view.samples[0].values.size());
+    if (effects.MayTake(ShiftCost(values, static_cast<double>(view.samples[1].values.size())))) {
+        effects.Add("hodges-lehmann-shift", ShiftOfSamples(view.samples[0], view.samples[1], effects.Level()),
+                    view.names);
+    }
+}
+
+void AddDistance(Effects& effects) {
+    const TestReading& reading = effects.Reading();
+    const auto found = std::ranges::find(reading.figures, "Absolute", &Figure::key);
+    if (found == reading.figures.end()) return;
+    const TestView& view = effects.View();
+    const double difference = std::fabs(found->value.value);
+    if (view.HasTwoGroups()) {
+        effects.Add("smirnov-distance",
+                    SmirnovDistance(difference, view.samples[0].size, view.samples[1].size, effects.Level()));
+    } else if (view.groupColumn == nullptr) {
+        // The distribution has its parameters from the sample, for which no interval is known that holds.
+        Estimate alone;
+        alone.value = difference;
+        effects.Add("smirnov-distance", alone);
+    }
+}
+
+void AddOfSeveralGroups(Effects& effects) {
+    const TestView& view = effects.View();
+    const auto groups = static_cast<double>(view.samples.size());
+    effects.Add("epsilon-squared", EpsilonSquared(StatisticOf(effects.Reading()), view.Size(), groups, effects.Level()));
+    AddSuperiorityOfPairs(effects);
+}
+
+void AddTrend(Effects& effects) {
+    effects.Add("standardized-j", OrderedTrend(effects.View().samples, effects.Level()));
+    AddSuperiorityOfPairs(effects);
+}
+
+// ---- Related samples ----
+
+void AddOfSigns(Effects& effects) {
+    if (!effects.View().differences) return;
+    const AscendingSample& differences = *effects.View().differences;
+    double positive = 0;
+    double negative = 0;
+    for (std::size_t i = 0; i < differences.values.size(); ++i) {
+        positive += differences.values[i] > 0 ? differences.WeightAt(i) : 0;
+        negative += differences.values[i] < 0 ? differences.WeightAt(i) : 0;
+    }
+    const std::vector<std::string> direction{DirectionText(effects)};
+    effects.Add("sign-biserial", MatchedSignBiserial(positive, negative, effects.Level()), direction);
+    effects.Add("median", MedianInterval(differences, effects.Level()).median, direction);
+}
+
+void AddOfSignedRanks(Effects& effects) {
+    const TestView& view = effects.View();
+    if (!view.differences) return;
+    effects.Add("matched-rank-biserial", MatchedRankBiserial(*view.differences, effects.Level()),
+                {DirectionText(effects)});
+    const bool isOfField = view.Is(Tests::kWilcoxonOneSample);
+    const AscendingSample& sample = isOfField ? view.samples[0] : *view.differences;
+    if (!effects.MayTake(PseudoMedianCost(static_cast<double>(sample.values.size())))) return;
+    effects.Add("pseudomedian", PseudoMedian(sample, effects.Level()),
+                {isOfField ? view.names[0] : DirectionText(effects)});
+}
+
+void AddOfRankedRows(Effects& effects) {
+    effects.Add("kendalls-w", KendallsW(StatisticOf(effects.Reading()), effects.View().cases.size,
+                                        static_cast<double>(effects.View().cases.columns.size()), effects.Level()));
+}
+
+void AddOfChanges(Effects& effects) {
+    const std::optional<PairedAnswers> answers = AnswersOf(effects.Reading().counts);
+    if (!answers) return;
+    const std::vector<std::string>& names = effects.View().names;
+    effects.Add("difference-of-proportions", PairedProportionDifference(*answers, effects.Level()), names);
+    effects.Add("odds-ratio", OddsRatioOfPairs(answers->b, answers->c, effects.Level()), names);
+    effects.Add("cohens-g", CohensG(answers->b, answers->c, effects.Level()), names);
+}
+
+void AddProportionsOfPairs(Effects& effects) {
+    const TestView& view = effects.View();
+    const std::vector<std::vector<double>> successes = SuccessesOf(view, effects.Success());
+    if (successes.empty()) return;
+    for (const PairComparison& pair : effects.Reading().pairs) {
+        const std::size_t first = PlaceOf(view.names, pair.first);
+        const std::size_t second = PlaceOf(view.names, pair.second);
+        if (std::max(first, second) >= successes.size()) continue;
+        PairedAnswers answers = AnswersOf(successes[first], successes[second], view.cases);
+        Estimate difference = PairedProportionDifference(answers, effects.Level());
+        // Which of two classes counts as the success, the document alone knows.
+        if (difference.value * pair.statistic.value < 0) {
+            answers = {answers.d, answers.c, answers.b, answers.a};
+            difference = PairedProportionDifference(answers, effects.Level());
+        }
+        effects.AddOfPair("difference-of-proportions", difference, pair.first, pair.second);
+    }
+}
+
+// ---- One sample ----
+
+/// Against expected shares that are small enough w has no largest value.
+constexpr double kNoBound = std::numeric_limits<double>::infinity();
+
+void AddOfClasses(Effects& effects) {
+    const TestReading& reading = effects.Reading();
+    if (reading.Leading() == nullptr) return;
+    const double degrees = reading.Leading()->df.value;
+    effects.Add("cohens-w", CohensW(StatisticOf(reading), reading.n.value, degrees, effects.Level(), kNoBound));
+}
+
+void AddProportion(Effects& effects) {
+    const TestReading& reading = effects.Reading();
+    const double n = effects.View().cases.size;
+    const bool isTest = !reading.statistics.empty();
+    if (!isTest && reading.intervals.empty()) return;
+    const double count =
+        isTest ? reading.statistics.front().statistic.value : std::round(reading.intervals.front().estimate.value * n);
+    effects.Add("proportion", WilsonInterval(count, n, effects.Level()), {"the first class"});
+}
+
+struct EffectRow {
+    const TestFacts* test;
+    void (*add)(Effects&);
+};
+constexpr std::array kEffects{
+    EffectRow{&Tests::kMannWhitney, AddOfTwoGroups},
+    EffectRow{&Tests::kKolmogorovSmirnovTwoSample, AddDistance},
+    EffectRow{&Tests::kKruskalWallis, AddOfSeveralGroups},
+    EffectRow{&Tests::kJonckheereTerpstra, AddTrend},
+    EffectRow{&Tests::kMedian, AddSuperiorityOfPairs},
+    EffectRow{&Tests::kSign, AddOfSigns},
+    EffectRow{&Tests::kWilcoxonPairs, AddOfSignedRanks},
+    EffectRow{&Tests::kFriedman, AddOfRankedRows},
+    EffectRow{&Tests::kKendall, AddOfRankedRows},
+    EffectRow{&Tests::kMcNemar, AddOfChanges},
+    EffectRow{&Tests::kCochran, AddProportionsOfPairs},
+    EffectRow{&Tests::kWilcoxonOneSample, AddOfSignedRanks},
+    EffectRow{&Tests::kChiSquare, AddOfClasses},
+    EffectRow{&Tests::kBinomial, AddProportion},
+    EffectRow{&Tests::kProportionIntervals, AddProportion},
+    EffectRow{&Tests::kKolmogorovSmirnov, AddDistance},
+};
+
+}  // namespace
+
+std::vector<EffectSize> EffectsOf(const EffectSource& source) {
+    Effects effects(source);
+    for (const auto& [test, add] : kEffects) {
+        if (source.view.Is(*test)) add(effects);
+    }
+    return effects.Take();
+}
+
+bool LeavesOutAnEstimate(const EffectSource& source) {
+    const TestView& view = source.view;
+    const auto valuesOf = [](const AscendingSample& sample) { return static_cast<double>(sample.values.size()); };
+    if (view.Is(Tests::kMannWhitney) && view.HasTwoGroups()) {
+        return ShiftCost(valuesOf(view.samples[0]), valuesOf(view.samples[1])) > source.longest;
+    }
+    const bool isSigned = view.Is(Tests::kWilcoxonPairs) || view.Is(Tests::kWilcoxonOneSample);
+    return isSigned && view.differences && PseudoMedianCost(valuesOf(*view.differences)) > source.longest;
+}
+
+}  // namespace tarn

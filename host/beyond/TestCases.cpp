@@ -1,0 +1,326 @@
+#include "host/beyond/TestCases.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <numeric>
+
+#include "machine/LargeArray.h"
+#include "platform/common/QKSort.h"
+
+namespace tarn {
+
+namespace {
+
+constexpr double kTieTolerance = 1e-14;
+
+/// An empty list with room in large pages.
+std::vector<double> RoomFor(std::size_t count) {
+    std::vector<double> numbers;
+    numbers.reserve(count);
+    WishForLargePages(numbers.data(), count * sizeof(double));
+    return numbers;
+}
+
+/// The cells of a column as the tests take them.
+class Cells {
+ public:
+    Cells(const Table& table, int column)
+        : column_(table.Columns()[static_cast<std::size_t>(column)]),
+          cells_(table.Cells(static_cast<std::size_t>(column))),
+          missing_(column_.IsCategorical() ? kMissingCategory : kMissingNumber),
+          isCode_(column_.IsCategorical() && !column_.IsText()) {}
+
+    bool IsMissing(std::size_t row) const { return cells_[row] == missing_; }
+    bool HasMissing() const {
+        bool has = false;
+        for (const double cell : cells_) has |= cell == missing_;
+        return has;
+    }
+    double NumberAt(std::size_t row) const {
+        const double cell = cells_[row];
+        return isCode_ ? column_.categories[static_cast<std::size_t>(cell)].number : cell;
+    }
+    /// All of them, where none is missing.
+    std::vector<double> Numbers() const {
+        std::vector<double> numbers = RoomFor(cells_.size());
+        numbers.assign(cells_.begin(), cells_.end());
+        if (!isCode_) return numbers;
+        for (double& number : numbers) number = column_.categories[static_cast<std::size_t>(number)].number;
+        return numbers;
+    }
+    std::size_t CategoryAt(std::size_t row) const { return static_cast<std::size_t>(cells_[row]); }
+    const Column& About() const { return column_; }
+
+ private:
+    const Column& column_;
+    std::span<const double> cells_;
+    double missing_;
+    bool isCode_;
+};
+
+/// The weight of each record, 0 for one that is no case.
+class Weights {
+ public:
+    Weights(const Table& table, const CaseRule& rule) : isWeighted_(table.WeightIndex() != Table::kNoColumn) {
+        if (isWeighted_) weights_ = table.Cells(static_cast<std::size_t>(table.WeightIndex()));
+        for (const int column : rule.listwise) listwise_.emplace_back(table, column);
+    }
+
+    bool AreOne() const { return !isWeighted_; }
+    /// Whether every record is a case, of weight 1.
+    bool TakeAll() const { return !isWeighted_ && listwise_.empty(); }
+    double At(std::size_t row) const {
+        for (const Cells& cells : listwise_) {
+            if (cells.IsMissing(row)) return 0;
+        }
+        if (!isWeighted_) return 1;
+        const double weight = std::round(weights_[row]);
+        return weight > 0 ? weight : 0;
+    }
+
+ private:
+    bool isWeighted_;
+    std::span<const double> weights_;
+    std::vector<Cells> listwise_;
+};
+
+/// Keys in the order of the numbers. 0 and -0 are one number, and so one key.
+std::uint64_t KeyOf(double number) {
+    const auto bits = std::bit_cast<std::uint64_t>(number + 0.0);
+    constexpr std::uint64_t kSign = std::uint64_t{1} << 63;
+    return (bits & kSign) != 0 ? ~bits : bits | kSign;
+}
+double NumberOf(std::uint64_t key) {
+    constexpr std::uint64_t kSign = std::uint64_t{1} << 63;
+    return std::bit_cast<double>((key & kSign) != 0 ? key & ~kSign : ~key);
+}
+
+void SortNumbers(std::vector<double>& numbers) {
+    LargeArray<std::uint64_t> keys(numbers.size());
+    std::ranges::transform(numbers, keys.begin(), KeyOf);
+    QKSort::SortKeys(keys.begin(), numbers.size());
+    for (std::size_t i = 0; i < numbers.size(); ++i) numbers[i] = NumberOf(keys[i]);
+}
+
+AscendingSample AscendingWeighted(const std::vector<double>& values, const std::vector<double>& weights) {
+    std::vector<std::size_t> order(values.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::ranges::sort(order, {}, [&](std::size_t i) { return values[i]; });
+    AscendingSample sample;
+    for (const std::size_t i : order) {
+        sample.size += weights[i];
+        if (!sample.values.empty() && sample.values.back() == values[i]) {
+            sample.weights.back() += weights[i];
+        } else {
+            sample.values.push_back(values[i]);
+            sample.weights.push_back(weights[i]);
+        }
+    }
+    return sample;
+}
+
+/// Calls `visit(value)` for each value of all samples in ascending order, as a reference that may be set to an equal or
+/// slightly smaller one, with the number of its sample.
+template <typename Samples, typename Visit>
+void WalkTogether(Samples& samples, Visit visit) {
+    std::vector<std::size_t> next(samples.size(), 0);
+    for (;;) {
+        std::size_t lowest = samples.size();
+        for (std::size_t i = 0; i < samples.size(); ++i) {
+            if (next[i] == samples[i].values.size()) continue;
+            if (lowest == samples.size() || samples[i].values[next[i]] < samples[lowest].values[next[lowest]]) {
+                lowest = i;
+            }
+        }
+        if (lowest == samples.size()) return;
+        visit(lowest, next[lowest]);
+        ++next[lowest];
+    }
+}
+
+/// Numbers beyond this have no neighbours within the tolerance.
+bool MayHaveNeighbours(const AscendingSample& sample) {
+    constexpr double kFirstWithoutAny = 128;
+    if (sample.values.empty()) return false;
+    return sample.values.front() < kFirstWithoutAny && sample.values.back() > -kFirstWithoutAny;
+}
+
+bool AreNear(double lower, double upper) {
+    return (upper > lower) & (upper - lower < kTieTolerance);
+}
+
+/// Whether any two different values of ascending ones lie so near.
+bool HasNeighbours(const std::vector<double>& values) {
+    std::int64_t found = 0;
+    for (std::size_t i = 1; i < values.size(); ++i) found += AreNear(values[i - 1], values[i]) ? 1 : 0;
+    return found > 0;
+}
+
+/// The same of two ascending lists together, without a branch that depends on which has the smaller value.
+template <typename One, typename Other>
+bool HaveNeighbours(std::size_t oneSize, One one, std::size_t otherSize, Other other) {
+    bool has = false;
+    std::size_t i = 0;
+    std::size_t j = 0;
+    while (i < oneSize && j < otherSize) {
+        const double ofOne = one(i);
+        const double ofOther = other(j);
+        has |= AreNear(std::min(ofOne, ofOther), std::max(ofOne, ofOther));
+        i += ofOne <= ofOther ? 1 : 0;
+        j += ofOne <= ofOther ? 0 : 1;
+    }
+    return has;
+}
+
+bool HaveNeighbours(const std::vector<AscendingSample>& samples) {
+    if (!std::ranges::any_of(samples, MayHaveNeighbours)) return false;
+    if (samples.size() == 2) {
+        const std::vector<double>& one = samples[0].values;
+        const std::vector<double>& other = samples[1].values;
+        return HasNeighbours(one) || HasNeighbours(other) ||
+               HaveNeighbours(
+                   one.size(), [&](std::size_t i) { return one[i]; }, other.size(),
+                   [&](std::size_t i) { return other[i]; });
+    }
+    std::vector<double> all;
+    for (const AscendingSample& sample : samples) all.insert(all.end(), sample.values.begin(), sample.values.end());
+    if (samples.size() > 1) SortNumbers(all);
+    return HasNeighbours(all);
+}
+
+}  // namespace
+
+double GroupedCases::Size() const {
+    double size = 0;
+    for (const AscendingSample& sample : samples) size += sample.size;
+    return size;
+}
+
+GroupedCases CasesByGroup(const Table& table, int field, int group, const CaseRule& rule, const WorkShare& work) {
+    const Cells values(table, field);
+    const Cells groups(table, group);
+    const Weights weights(table, rule);
+    const std::size_t groupCount = groups.About().categories.size();
+    std::vector<std::vector<double>> valuesOf(groupCount);
+    std::vector<std::vector<double>> weightsOf(groupCount);
+    std::vector<double> missing(groupCount, 0);
+    if (groupCount > 0) {
+        for (std::vector<double>& ofGroup : valuesOf) ofGroup = RoomFor(table.RowCount() / groupCount);
+    }
+    for (std::size_t row = 0; row < table.RowCount(); ++row) {
+        const double weight = weights.At(row);
+        if (weight == 0 || groups.IsMissing(row)) continue;
+        const std::size_t category = groups.CategoryAt(row);
+        if (values.IsMissing(row)) {
+            missing[category] += weight;
+            continue;
+        }
+        valuesOf[category].push_back(values.NumberAt(row));
+        if (!weights.AreOne()) weightsOf[category].push_back(weight);
+    }
+    GroupedCases cases;
+    std::vector<std::size_t> kept;
+    for (std::size_t i = 0; i < groupCount; ++i) {
+        if (valuesOf[i].empty()) continue;
+        kept.push_back(i);
+        cases.names.push_back(ShownCategory(groups.About(), groups.About().categories[i]));
+        cases.missing.push_back(missing[i]);
+    }
+    cases.samples.resize(kept.size());
+    work.Run(kept.size(), [&](std::size_t i) {
+        cases.samples[i] = Ascending(std::move(valuesOf[kept[i]]), weightsOf[kept[i]]);
+    });
+    return cases;
+}
+
+CompleteCases CasesOf(const Table& table, const std::vector<int>& fields, const CaseRule& rule) {
+    std::vector<Cells> cells;
+    for (const int field : fields) cells.emplace_back(table, field);
+    const Weights weights(table, rule);
+    CompleteCases cases;
+    cases.columns.resize(fields.size());
+    cases.missing.assign(fields.size(), 0);
+    if (weights.TakeAll() && std::ranges::none_of(cells, &Cells::HasMissing)) {
+        for (std::size_t i = 0; i < cells.size(); ++i) cases.columns[i] = cells[i].Numbers();
+        cases.size = static_cast<double>(table.RowCount());
+        return cases;
+    }
+    for (std::vector<double>& column : cases.columns) column = RoomFor(table.RowCount());
+    for (std::size_t row = 0; row < table.RowCount(); ++row) {
+        const double weight = weights.At(row);
+        if (weight == 0) continue;
+        bool isComplete = true;
+        for (std::size_t i = 0; i < cells.size(); ++i) {
+            if (!cells[i].IsMissing(row)) continue;
+            cases.missing[i] += weight;
+            isComplete = false;
+        }
+        if (!isComplete) continue;
+        for (std::size_t i = 0; i < cells.size(); ++i) cases.columns[i].push_back(cells[i].NumberAt(row));
+        if (!weights.AreOne()) cases.weights.push_back(weight);
+        cases.size += weight;
+    }
+    return cases;
+}
+
+AscendingSample Ascending(std::vector<double> values, const std::vector<double>& weights) {
+    if (!weights.empty()) return AscendingWeighted(values, weights);
+    AscendingSample sample;
+    sample.size = static_cast<double>(values.size());
+    sample.values = std::move(values);
+    SortNumbers(sample.values);
+    return sample;
+}
+
+void TieTogether(std::vector<AscendingSample>& samples) {
+    if (!HaveNeighbours(samples)) return;
+    double opener = 0;
+    bool isFirst = true;
+    WalkTogether(samples, [&](std::size_t sample, std::size_t place) {
+        double& value = samples[sample].values[place];
+        if (isFirst || !(value - opener < kTieTolerance)) opener = value;
+        isFirst = false;
+        value = opener;
+    });
+}
+
+void TieMagnitudes(AscendingSample& differences) {
+    std::vector<double>& values = differences.values;
+    const auto negatives = static_cast<std::size_t>(std::ranges::lower_bound(values, 0.0) - values.begin());
+    if (!MayHaveNeighbours(differences)) return;
+    const bool areTied = HasNeighbours(values) || HaveNeighbours(
+                                                      negatives, [&](std::size_t i) { return -values[negatives - 1 - i]; },
+                                                      values.size() - negatives,
+                                                      [&](std::size_t i) { return values[negatives + i]; });
+    if (!areTied) return;
+    std::vector<AscendingSample> magnitudes(2);  // of the negative ones, of the others
+    for (std::size_t i = negatives; i-- > 0;) magnitudes[0].values.push_back(-values[i]);
+    magnitudes[1].values.assign(values.begin() + static_cast<std::ptrdiff_t>(negatives), values.end());
+    TieTogether(magnitudes);
+    for (std::size_t i = 0; i < negatives; ++i) values[i] = -magnitudes[0].values[negatives - 1 - i];
+    std::ranges::copy(magnitudes[1].values, values.begin() + static_cast<std::ptrdiff_t>(negatives));
+}
+
+TieBlocks BlocksOf(const std::vector<AscendingSample>& samples) {
+    TieBlocks blocks;
+    blocks.groupCount = samples.size();
+    double opener = 0;
+    WalkTogether(samples, [&](std::size_t sample, std::size_t place) {
+        const double value = samples[sample].values[place];
+        if (blocks.counts.empty() || value != opener) {
+            opener = value;
+            blocks.counts.resize(blocks.counts.size() + samples.size(), 0);
+        }
+        const auto weight = static_cast<std::int64_t>(samples[sample].WeightAt(place));
+        blocks.counts[blocks.counts.size() - samples.size() + sample] += weight;
+    });
+    return blocks;
+}
+
+bool HasUnordered(const AscendingSample& sample) {
+    return !sample.values.empty() && !(std::isfinite(sample.values.front()) && std::isfinite(sample.values.back()));
+}
+
+}  // namespace tarn

@@ -1,0 +1,125 @@
+#include "host/beyond/TestView.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace tarn {
+
+namespace {
+
+/// A field of words has an order only where somebody gave it; `analyze` then ranks it by numbers.
+bool HasNumbers(const Column& column) {
+    return !column.IsText() && column.level != FieldLevel::kNominal;
+}
+
+double HypothesizedMedian(const TestReading& reading) {
+    const auto found = std::ranges::find(reading.figures, "HypotheticalMedian", &Figure::key);
+    return found == reading.figures.end() ? 0 : found->value.value;
+}
+
+std::vector<double> Less(const std::vector<double>& one, const std::vector<double>& other) {
+    std::vector<double> differences(one.size());
+    std::ranges::transform(one, other, differences.begin(), std::minus<>());
+    return differences;
+}
+
+/// Whether any figure of the test depends on which values of two groups are equal. In a large test of several groups
+/// whose pairs aren't compared none does.
+bool ComparesValues(const TestView& view) {
+    constexpr double kFewCases = 1e5;
+    const bool isOfSeveral = view.Is(Tests::kKruskalWallis) || view.Is(Tests::kMedian) || view.facts->IsEstimate();
+    return !isOfSeveral || !view.reading->pairs.empty() || view.Size() <= kFewCases;
+}
+
+void SetGroups(TestView& view, const ViewSource& source, int field, int group) {
+    GroupedCases cases = CasesByGroup(source.table, field, group, source.rule, source.work);
+    view.names = std::move(cases.names);
+    view.samples = std::move(cases.samples);
+    view.missing = std::move(cases.missing);
+    if (ComparesValues(view)) TieTogether(view.samples);
+    const Direction& direction = view.reading->direction;
+    const bool isTurned = view.samples.size() == 2 && view.names[0] == direction.second;
+    if (!isTurned) return;
+    std::swap(view.names[0], view.names[1]);
+    std::swap(view.samples[0], view.samples[1]);
+    std::swap(view.missing[0], view.missing[1]);
+}
+
+/// Of a pair, or of one sample and its hypothesized median, row by row; none for any other test.
+std::optional<std::vector<double>> DifferencesByRow(const TestView& view) {
+    const TestReading& reading = *view.reading;
+    if (view.Is(Tests::kWilcoxonOneSample)) {
+        std::vector<double> values = view.cases.columns[0];
+        const double median = HypothesizedMedian(reading);
+        for (double& value : values) value -= median;
+        return values;
+    }
+    const bool isPair = view.facts->family == TestFamily::kRelated && view.facts->fieldCount == FieldCount::kPair;
+    if (!isPair || view.cases.columns.size() != 2 || !view.areNumbers) return std::nullopt;
+    const bool isFirstLess = reading.direction.first == reading.fields[0];
+    return Less(view.cases.columns[isFirstLess ? 0 : 1], view.cases.columns[isFirstLess ? 1 : 0]);
+}
+
+void SetFields(TestView& view, const ViewSource& source, const std::vector<int>& fields) {
+    constexpr double kMostRowsKept = 1e5;
+    view.cases = CasesOf(source.table, fields, source.rule);
+    view.names = view.reading->fields;
+    view.missing = view.cases.missing;
+    view.samples.resize(fields.size());
+    std::optional<std::vector<double>> differences = DifferencesByRow(view);
+    const bool keepsRows = source.keepsRows || view.cases.size <= kMostRowsKept || !view.areNumbers;
+    // The differences are the last job, and the fields the others.
+    source.work.Run(fields.size() + (differences ? 1 : 0), [&](std::size_t i) {
+        if (i == fields.size()) {
+            view.differences = DifferencesOf(std::move(*differences), view.cases.weights);
+        } else if (keepsRows) {
+            view.samples[i] = Ascending(view.cases.columns[i], view.cases.weights);
+        } else {
+            view.samples[i] = Ascending(std::move(view.cases.columns[i]), view.cases.weights);
+            view.cases.columns[i] = {};
+        }
+    });
+}
+
+}  // namespace
+
+double TestView::Size() const {
+    if (groupColumn == nullptr) return cases.size;
+    double size = 0;
+    for (const AscendingSample& sample : samples) size += sample.size;
+    return size;
+}
+
+AscendingSample DifferencesOf(std::vector<double> differences, const std::vector<double>& weights) {
+    AscendingSample sample = Ascending(std::move(differences), weights);
+    TieMagnitudes(sample);
+    return sample;
+}
+
+std::optional<TestView> ViewOf(const TestReading& reading, const ResultReading& result, const ViewSource& source) {
+    const Table& table = source.table;
+    TestView view;
+    view.reading = &reading;
+    view.facts = Tests::OfResult(reading.name);
+    if (view.facts == nullptr || reading.HasError() || reading.fields.empty()) return std::nullopt;
+    view.confidence = result.confidenceLevel.value;
+    std::vector<int> fields;
+    for (const std::string& name : reading.fields) {
+        fields.push_back(table.FindColumn(name));
+        if (fields.back() == Table::kNoColumn) return std::nullopt;
+        view.columns.push_back(&table.Columns()[static_cast<std::size_t>(fields.back())]);
+    }
+    view.areNumbers = std::ranges::all_of(view.columns, [](const Column* column) { return HasNumbers(*column); });
+    if (reading.group.empty()) {
+        SetFields(view, source, fields);
+    } else {
+        const int group = table.FindColumn(reading.group);
+        if (group == Table::kNoColumn) return std::nullopt;
+        view.groupColumn = &table.Columns()[static_cast<std::size_t>(group)];
+        SetGroups(view, source, fields.front(), group);
+    }
+    if (std::ranges::any_of(view.samples, HasUnordered)) return std::nullopt;
+    return view;
+}
+
+}  // namespace tarn
