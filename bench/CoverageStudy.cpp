@@ -11,6 +11,7 @@
 
 #include "host/beyond/Association.h"
 #include "host/beyond/HodgesLehmann.h"
+#include "host/beyond/Jackknife.h"
 #include "host/beyond/MatchedEffects.h"
 #include "host/beyond/MedianInterval.h"
 #include "host/beyond/OrderedTrend.h"
@@ -219,6 +220,7 @@ struct TwoSampleStatistics {
     double chiSquare = 0;
     int categories = 0;
     double distance = 0;
+    TieBlocks blocks = {.groupCount = 2, .counts = {}};
 };
 
 TwoSampleStatistics StatisticsOf(const AscendingSample& first, const AscendingSample& second) {
@@ -238,6 +240,8 @@ TwoSampleStatistics StatisticsOf(const AscendingSample& first, const AscendingSa
         const auto c1 = static_cast<double>(std::ranges::count(first.values, value));
         const auto c2 = static_cast<double>(std::ranges::count(second.values, value));
         won += c1 * (seen2 + c2 / 2);
+        result.blocks.counts.push_back(static_cast<std::int64_t>(c1));
+        result.blocks.counts.push_back(static_cast<std::int64_t>(c2));
         seen1 += c1;
         seen2 += c2;
         cubes += std::pow(c1 + c2, 3);
@@ -298,6 +302,7 @@ double TrueConcordance(const Design& design) {
 Estimate SimulatedConcordance(Drawing& low, Drawing& middle, Drawing& high, int rows, Generator& generator) {
     std::array<double, kObjects> means{};
     double squares = 0;
+    ScoreRows scores{.columns = kObjects, .scores = {}};
     for (int row = 0; row < rows; ++row) {
         const double a = low(generator);
         const double b = middle(generator);
@@ -305,9 +310,11 @@ Estimate SimulatedConcordance(Drawing& low, Drawing& middle, Drawing& high, int 
         const auto ranks = RanksOf({a, b, c});
         for (std::size_t i = 0; i < kObjects; ++i) means[i] += ranks[i] / rows;
         squares += SquaresOf(ranks) / rows;
+        for (const double rank : ranks) scores.scores.push_back(static_cast<std::int64_t>(2 * rank));
     }
     const double w = squares == 0 ? 0 : SquaresOf(means) / squares;
-    return KendallsW(w * rows * (kObjects - 1), rows, kObjects, kLevel);
+    return Widened(KendallsW(w * rows * (kObjects - 1), rows, kObjects, kLevel), JackknifeErrorOfKendallsW(scores),
+                   kLevel);
 }
 
 /// What came of one interval in one design.
@@ -418,7 +425,8 @@ std::vector<Tally> Study(const Design& design) {
         add(MedianInterval(first, kLevel).median);
         const TwoSampleStatistics statistics = StatisticsOf(first, second);
         const double n = first.size + second.size;
-        add(EpsilonSquared(statistics.epsilonSquared * (n - 1), n, 2, kLevel));
+        add(Widened(EpsilonSquared(statistics.epsilonSquared * (n - 1), n, 2, kLevel),
+                    JackknifeErrorOfEpsilonSquared(statistics.blocks), kLevel));
         add(SimulatedConcordance(drawSecond, drawMiddle, drawFirst, design.n1, generator));
         if (isCoarse) {
             add(CohensW(statistics.chiSquare, n, statistics.categories - 1, kLevel, 1));

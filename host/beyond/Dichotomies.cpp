@@ -34,8 +34,8 @@ PairedAnswers AnswersOf(const std::vector<double>& first, const std::vector<doub
                         const CompleteCases& cases) {
     PairedAnswers answers;
     for (std::size_t row = 0; row < first.size(); ++row) {
-        double& cell = first[row] > 0 ? (second[row] > 0 ? answers.a : answers.b)
-                                      : (second[row] > 0 ? answers.c : answers.d);
+        double& cell =
+            first[row] > 0 ? (second[row] > 0 ? answers.a : answers.b) : (second[row] > 0 ? answers.c : answers.d);
         cell += cases.WeightAt(row);
     }
     return answers;

@@ -8,8 +8,10 @@
 
 #include "host/NumberText.h"
 #include "host/beyond/Association.h"
+#include "host/beyond/BlockRows.h"
 #include "host/beyond/Dichotomies.h"
 #include "host/beyond/HodgesLehmann.h"
+#include "host/beyond/Jackknife.h"
 #include "host/beyond/MatchedEffects.h"
 #include "host/beyond/MedianInterval.h"
 #include "host/beyond/OrderedTrend.h"
@@ -81,6 +83,11 @@ std::string DirectionText(const Effects& effects) {
     return effects.Reading().direction.Text();
 }
 
+/// A share of squares of so many cases or fewer is found without each of them in turn. With more the limits are so near
+/// that its standard error no longer matters.
+constexpr double kMostLeftOut = 1e4;
+constexpr double kNanosecondsLeftOut = 5;
+
 // ---- Groups ----
 
 void AddSuperiorityOfPairs(Effects& effects) {
@@ -89,8 +96,7 @@ void AddSuperiorityOfPairs(Effects& effects) {
         const std::size_t first = PlaceOf(view.names, pair.first);
         const std::size_t second = PlaceOf(view.names, pair.second);
         if (std::max(first, second) >= view.samples.size()) continue;
-        const Superiority found =
-            ProbabilityOfSuperiority(view.samples[first], view.samples[second], effects.Level());
+        const Superiority found = ProbabilityOfSuperiority(view.samples[first], view.samples[second], effects.Level());
         effects.AddOfPair("probability-of-superiority", found.probability, pair.first, pair.second);
     }
 }
@@ -128,7 +134,11 @@ void AddDistance(Effects& effects) {
 void AddOfSeveralGroups(Effects& effects) {
     const TestView& view = effects.View();
     const auto groups = static_cast<double>(view.samples.size());
-    effects.Add("epsilon-squared", EpsilonSquared(StatisticOf(effects.Reading()), view.Size(), groups, effects.Level()));
+    Estimate share = EpsilonSquared(StatisticOf(effects.Reading()), view.Size(), groups, effects.Level());
+    if (view.Size() <= kMostLeftOut && effects.MayTake(view.Size() * groups * groups * kNanosecondsLeftOut)) {
+        share = Widened(share, JackknifeErrorOfEpsilonSquared(BlocksOf(view.samples)), effects.Level());
+    }
+    effects.Add("epsilon-squared", share);
     AddSuperiorityOfPairs(effects);
 }
 
@@ -166,8 +176,13 @@ void AddOfSignedRanks(Effects& effects) {
 }
 
 void AddOfRankedRows(Effects& effects) {
-    effects.Add("kendalls-w", KendallsW(StatisticOf(effects.Reading()), effects.View().cases.size,
-                                        static_cast<double>(effects.View().cases.columns.size()), effects.Level()));
+    const CompleteCases& cases = effects.View().cases;
+    const auto columns = static_cast<double>(cases.columns.size());
+    Estimate share = KendallsW(StatisticOf(effects.Reading()), cases.size, columns, effects.Level());
+    if (cases.size <= kMostLeftOut && effects.MayTake(cases.size * columns * columns * kNanosecondsLeftOut)) {
+        share = Widened(share, JackknifeErrorOfKendallsW(RankedRowsOf(cases)), effects.Level());
+    }
+    effects.Add("kendalls-w", share);
 }
 
 void AddOfChanges(Effects& effects) {

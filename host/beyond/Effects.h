@@ -12,8 +12,8 @@ namespace tarn {
 struct EffectSource {
     const TestView& view;
     const MessageCatalogue& texts;
-    double longest = 0;                      ///< nanoseconds that an estimate may take; a longer one is left out
-    std::vector<std::string> success = {};   ///< categories that count as successes; empty for those of the data
+    double longest = 0;                     ///< nanoseconds that an estimate may take; a longer one is left out
+    std::vector<std::string> success = {};  ///< categories that count as successes; empty for those of the data
 };
 
 /// The effect sizes of a test, and those of the pairs that it compares; none for a test that has no effect size.

@@ -46,8 +46,8 @@ void SetGroups(const TestView& view, LikeQuestion& question) {
     question.groupField = column.name;
     question.groupsAreTexts = column.IsText();
     for (const std::string& name : view.names) {
-        const auto category = std::ranges::find(
-            column.categories, name, [&](const Category& each) { return ShownCategory(column, each); });
+        const auto category = std::ranges::find(column.categories, name,
+                                                [&](const Category& each) { return ShownCategory(column, each); });
         question.groups.push_back(category == column.categories.end() ? name : ValueText(column, *category));
     }
     question.groupsAreAll = view.names.size() == column.categories.size();
@@ -93,8 +93,7 @@ LikeSetting LikenessOf(const TestView& view, const SupplementOptions& wanted, do
     question.alternative = wanted.alternative;
     // A distribution function that lies above belongs to the smaller values.
     if (view.Is(Tests::kKolmogorovSmirnovTwoSample) && wanted.alternative != Alternative::kTwoSided) {
-        question.alternative =
-            wanted.alternative == Alternative::kLess ? Alternative::kGreater : Alternative::kLess;
+        question.alternative = wanted.alternative == Alternative::kLess ? Alternative::kGreater : Alternative::kLess;
     }
     question.testValue = wanted.shift;
     if (view.Is(Tests::kBinomial)) question.testValue = probability;

@@ -6,8 +6,8 @@
 
 namespace tarn {
 
-/// How another system does the test of a view with the choices of a user, where it does it at all. Choices that the user
-/// leaves open are that system's own.
+/// How another system does the test of a view with the choices of a user, where it does it at all. Choices that the
+/// user leaves open are that system's own.
 LikeSetting LikenessOf(const TestView& view, const SupplementOptions& wanted, double probability,
                        const std::vector<std::string>& success);
 

@@ -6,6 +6,7 @@
 #include <limits>
 #include <memory>
 
+#include "host/beyond/BlockRows.h"
 #include "host/beyond/Dichotomies.h"
 #include "host/beyond/exact/BinomialExact.h"
 #include "host/beyond/exact/FriedmanExact.h"
@@ -213,8 +214,7 @@ AscendingSample ShiftedDifferences(const TestView& view, double shift) {
 SignificanceWays OfSignedRanks(const TestView& view, const Choices& choices) {
     if (!view.differences) return {};
     const Lazy<AscendingSample> differences([&view, choices] { return ShiftedDifferences(view, choices.shift); });
-    const Lazy<SignedRankScores> scores(
-        [=] { return MakeSignedRankScores(differences.Get(), choices.zeros); });
+    const Lazy<SignedRankScores> scores([=] { return MakeSignedRankScores(differences.Get(), choices.zeros); });
     SignificanceWays ways;
     ways.exactBy = "bySigns";
     const bool areTooMany = view.Size() > choices.mostCases;
@@ -298,8 +298,8 @@ SignificanceWays OfProportion(const TestView& view, const Choices& choices) {
     ways.exactBy = "byBinomial";
     ways.cost = [] { return BinomialExactCost(); };
     ways.exact = [=] {
-        return std::optional(BinomialExact(static_cast<std::int64_t>(count), static_cast<std::int64_t>(size),
-                                           choices.probability));
+        return std::optional(
+            BinomialExact(static_cast<std::int64_t>(count), static_cast<std::int64_t>(size), choices.probability));
     };
     ways.asymptotic = [=] {
         return ProportionTest(count, size, choices.probability, choices.alternative, choices.continuity);
@@ -351,47 +351,12 @@ SignificanceWays OfRuns(const TestView& view, const Choices& choices) {
 
 // ---- Several fields ----
 
-/// Twice the ranks of a row, tied as the tests tie them.
-void AppendDoubledRanks(std::vector<double> row, std::vector<std::int64_t>& scores) {
-    std::vector<AscendingSample> cells(row.size());
-    for (std::size_t i = 0; i < row.size(); ++i) cells[i].values = {row[i]};
-    TieTogether(cells);
-    for (const AscendingSample& cell : cells) {
-        std::int64_t doubled = 1;
-        for (const AscendingSample& other : cells) {
-            doubled += other.values[0] < cell.values[0] ? 2 : other.values[0] == cell.values[0] ? 1 : 0;
-        }
-        scores.push_back(doubled);
-    }
-}
-
-/// Rows with a weight stand as often as it says.
-template <typename Append>
-ScoreRows RowsOf(const std::vector<std::vector<double>>& columns, const CompleteCases& cases, Append append) {
-    ScoreRows rows;
-    rows.columns = columns.size();
-    std::vector<double> row(columns.size());
-    for (std::size_t i = 0; i < columns.front().size(); ++i) {
-        for (std::size_t j = 0; j < columns.size(); ++j) row[j] = columns[j][i];
-        const std::size_t begin = rows.scores.size();
-        append(row, rows.scores);
-        const std::vector<std::int64_t> once(rows.scores.begin() + static_cast<std::ptrdiff_t>(begin),
-                                             rows.scores.end());
-        for (double copy = 1; copy < cases.WeightAt(i); ++copy) {
-            rows.scores.insert(rows.scores.end(), once.begin(), once.end());
-        }
-    }
-    return rows;
-}
-
 template <typename Exact, typename Steps>
 SignificanceWays OfRows(const TestView& view, const Lazy<ScoreRows>& rows, Exact exact, Steps steps) {
     constexpr double kMostRows = 1e5;
     SignificanceWays ways;
     ways.exactBy = "byRows";
-    ways.cost = [=, &view] {
-        return view.cases.size > kMostRows ? kNever : kAdditionsPerStep * steps(rows.Get());
-    };
+    ways.cost = [=, &view] { return view.cases.size > kMostRows ? kNever : kAdditionsPerStep * steps(rows.Get()); };
     ways.exact = [=] { return OneTail(exact(rows.Get())); };
     ways.monteCarlo = [=, &view](const MonteCarloPlan& plan, const WorkShare& work) -> std::optional<MonteCarloTails> {
         if (view.cases.size > static_cast<double>(kMostMonteCarloCases)) return std::nullopt;
@@ -401,10 +366,7 @@ SignificanceWays OfRows(const TestView& view, const Lazy<ScoreRows>& rows, Exact
 }
 
 SignificanceWays OfRankedRows(const TestView& view, const Choices&) {
-    const Lazy<ScoreRows> rows([&view] {
-        return RowsOf(view.cases.columns, view.cases,
-                      [](const std::vector<double>& row, auto& scores) { AppendDoubledRanks(row, scores); });
-    });
+    const Lazy<ScoreRows> rows([&view] { return RankedRowsOf(view.cases); });
     return OfRows(view, rows, FriedmanExact, FriedmanExactSteps);
 }
 
@@ -466,11 +428,7 @@ ScoreDifferences DifferencesOfScores(const CountTable& counts, const std::vector
 SignificanceWays OfDichotomies(const TestView& view, const Choices& choices) {
     const std::vector<std::vector<double>> successes = SuccessesOf(view, choices.success);
     if (successes.empty()) return {};
-    const Lazy<ScoreRows> rows([&view, successes] {
-        return RowsOf(successes, view.cases, [](const std::vector<double>& row, auto& scores) {
-            for (const double success : row) scores.push_back(static_cast<std::int64_t>(success));
-        });
-    });
+    const Lazy<ScoreRows> rows([&view, successes] { return SuccessRowsOf(successes, view.cases); });
     const Lazy<SuccessSums> sums([rows] { return SumsOf(rows.Get()); });
     SignificanceWays ways = OfRows(
         view, rows, [=](const ScoreRows&) { return CochranExact(sums.Get().ofRows, sums.Get().ofColumns); },
@@ -487,8 +445,7 @@ SignificanceWays OfScores(const TestView& view, const Choices&) {
     SignificanceWays ways;
     ways.exactBy = "bySigns";
     ways.cost = [=] {
-        return kAdditionsPerStep *
-               MarginalHomogeneityExactSteps(differences.Get().counted, differences.Get().sum);
+        return kAdditionsPerStep * MarginalHomogeneityExactSteps(differences.Get().counted, differences.Get().sum);
     };
     ways.exact = [=] { return MarginalHomogeneityExact(differences.Get().counted, differences.Get().sum); };
     ways.hasAlternative = true;

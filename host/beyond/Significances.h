@@ -22,7 +22,7 @@ struct Choices {
     ZeroMethod zeros = ZeroMethod::kDrop;
     double shift = 0;  ///< by which the first sample is expected to lie above the second
     KolmogorovForm kolmogorov = KolmogorovForm::kLimit;
-    double probability = 0.5;               ///< of the first class
+    double probability = 0.5;  ///< of the first class
     /// With more cases than that no exact significance is thought of whose cost grows with them.
     double mostCases = 1e4;
     std::vector<std::string> success = {};  ///< categories that count as successes; empty for those of the data

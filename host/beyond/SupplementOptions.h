@@ -14,9 +14,9 @@ namespace tarn {
 /// What a user wants to know of the tests beside their document. As it stands: effects, and exact significances where
 /// they cost next to nothing.
 struct SupplementOptions {
-    bool exact = false;        ///< exact significances also where they take their time
-    std::uint64_t draws = 0;   ///< of a Monte Carlo significance; 0 for none
-    std::uint64_t seed = 1;    ///< of these draws
+    bool exact = false;       ///< exact significances also where they take their time
+    std::uint64_t draws = 0;  ///< of a Monte Carlo significance; 0 for none
+    std::uint64_t seed = 1;   ///< of these draws
     Alternative alternative = Alternative::kTwoSided;
     std::optional<bool> continuity;
     std::optional<ZeroMethod> zeros;

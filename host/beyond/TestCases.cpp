@@ -229,9 +229,8 @@ GroupedCases CasesByGroup(const Table& table, int field, int group, const CaseRu
         cases.missing.push_back(missing[i]);
     }
     cases.samples.resize(kept.size());
-    work.Run(kept.size(), [&](std::size_t i) {
-        cases.samples[i] = Ascending(std::move(valuesOf[kept[i]]), weightsOf[kept[i]]);
-    });
+    work.Run(kept.size(),
+             [&](std::size_t i) { cases.samples[i] = Ascending(std::move(valuesOf[kept[i]]), weightsOf[kept[i]]); });
     return cases;
 }
 
@@ -290,10 +289,10 @@ void TieMagnitudes(AscendingSample& differences) {
     std::vector<double>& values = differences.values;
     const auto negatives = static_cast<std::size_t>(std::ranges::lower_bound(values, 0.0) - values.begin());
     if (!MayHaveNeighbours(differences)) return;
-    const bool areTied = HasNeighbours(values) || HaveNeighbours(
-                                                      negatives, [&](std::size_t i) { return -values[negatives - 1 - i]; },
-                                                      values.size() - negatives,
-                                                      [&](std::size_t i) { return values[negatives + i]; });
+    const bool areTied =
+        HasNeighbours(values) || HaveNeighbours(
+                                     negatives, [&](std::size_t i) { return -values[negatives - 1 - i]; },
+                                     values.size() - negatives, [&](std::size_t i) { return values[negatives + i]; });
     if (!areTied) return;
     std::vector<AscendingSample> magnitudes(2);  // of the negative ones, of the others
     for (std::size_t i = negatives; i-- > 0;) magnitudes[0].values.push_back(-values[i]);

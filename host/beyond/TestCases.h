@@ -12,7 +12,8 @@ namespace tarn {
 
 /// Which records a test sees, besides those that its own fields leave it.
 struct CaseRule {
-    std::vector<int> listwise = {};  ///< columns that a record has to have all of; empty where only the test's own count
+    std::vector<int> listwise =
+        {};  ///< columns that a record has to have all of; empty where only the test's own count
 };
 
 /// The cases of a test by groups, in the order of the group's categories; groups without a case are left out. Values

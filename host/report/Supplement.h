@@ -62,8 +62,8 @@ struct Supplement {
     std::vector<SuppliedPValue> pValues;
     /// Those of the pairs by the method that the user names, in the order of the pairs; empty where none is named.
     std::vector<Number> adjustedPairs;
-    Number adjustedP;                   ///< that of the test among all tests of the run, by the same method
-    std::string adjustment;             ///< its title
+    Number adjustedP;        ///< that of the test among all tests of the run, by the same method
+    std::string adjustment;  ///< its title
     std::vector<SampleLetters> letters;
     std::string call;                  ///< of the other system whose numbers are asked for; "" for none
     std::vector<std::string> remarks;  ///< what was asked for and can't be had, as sentences

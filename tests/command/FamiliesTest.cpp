@@ -74,8 +74,7 @@ TEST(GroupTests, KruskalWallisComparesPairsByName) {
     EXPECT_EQ(RowOf(table, "Statistic"), Lines{"12.8788"});
     EXPECT_EQ(RowOf(table, "p").front(), ".002");
     // Cases, those missing, median, its interval, quartiles (numpy.quantile, binom.ppf), mean rank (rankdata), letters.
-    EXPECT_EQ(RowOf(table, "high"),
-              (Lines{"99", "8", "6.4", "6.1", "to", "6.9", "5.55", "to", "7.4", "175.8", "b"}));
+    EXPECT_EQ(RowOf(table, "high"), (Lines{"99", "8", "6.4", "6.1", "to", "6.9", "5.55", "to", "7.4", "175.8", "b"}));
     EXPECT_EQ(RowOf(table, "placebo"),
               (Lines{"102", "4", "5.75", "5.4", "to", "6.1", "4.9", "to", "6.575", "131.8", "a"}));
     const Lines pairs = Below(table, "Pairs");
