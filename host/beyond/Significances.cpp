@@ -171,7 +171,7 @@ MedianSplit SplitAtMedian(const TestView& view) {
         split.notAbove.push_back(static_cast<std::int64_t>(sample.size - above));
     }
     std::ranges::sort(below);
-    split.blocksBelow = static_cast<std::size_t>(std::ranges::unique(below).begin() - below.begin());
+    split.blocksBelow = static_cast<std::size_t>(std::unique(below.begin(), below.end()) - below.begin());
     return split;
 }
 
