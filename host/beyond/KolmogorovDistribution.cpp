@@ -8,16 +8,13 @@
 #include <numbers>
 #include <vector>
 
+#include "host/beyond/QuietDistributions.h"
+
 namespace tarn {
 
 namespace {
 
-using Quiet =
-    boost::math::policies::policy<boost::math::policies::domain_error<boost::math::policies::ignore_error>,
-                                  boost::math::policies::pole_error<boost::math::policies::ignore_error>,
-                                  boost::math::policies::overflow_error<boost::math::policies::ignore_error>,
-                                  boost::math::policies::evaluation_error<boost::math::policies::ignore_error>>;
-using Binomial = boost::math::binomial_distribution<double, Quiet>;
+using Binomial = boost::math::binomial_distribution<double, QuietPolicy>;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr long double kPi = std::numbers::pi_v<long double>;

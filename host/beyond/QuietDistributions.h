@@ -4,7 +4,8 @@
 
 namespace tarn {
 
-/// Distribution functions that return NaN or infinity where others would throw.
+/// Distribution functions that return NaN or infinity where others would throw. They work on doubles in more digits,
+/// which the engine's own, that picks its type itself, leaves out.
 using QuietPolicy = boost::math::policies::policy<
     boost::math::policies::domain_error<boost::math::policies::ignore_error>,
     boost::math::policies::pole_error<boost::math::policies::ignore_error>,

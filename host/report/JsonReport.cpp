@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 
+#include "host/report/JsonValues.h"
 #include "host/report/SupplementJson.h"
 
 namespace tarn {
@@ -11,20 +12,16 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-Json NameOrNull(const std::string& name) {
-    return name.empty() ? Json(nullptr) : Json(name);
-}
-
 Json FieldJson(const ResultField& field) {
     Json json{{"name", field.name},
-              {"label", NameOrNull(field.label)},
+              {"label", TextOrNull(field.label)},
               {"level", field.level},
               {"data_type", field.dataType},
               {"categories", Json::array()}};
     for (const ResultCategory& category : field.categories) {
         const bool isText = field.dataType == "string";
         json["categories"].push_back({{"value", isText ? Json(category.value) : NumberJson(category.value)},
-                                      {"label", NameOrNull(category.label)}});
+                                      {"label", TextOrNull(category.label)}});
     }
     return json;
 }
@@ -52,8 +49,8 @@ Json TableJson(const ResultTable& table) {
 Json StatisticsJson(const TestReading& reading) {
     Json sets = Json::array();
     for (const StatisticSet& set : reading.statistics) {
-        Json json{{"name", NameOrNull(set.name)},
-                  {"label", NameOrNull(set.label)},
+        Json json{{"name", TextOrNull(set.name)},
+                  {"label", TextOrNull(set.label)},
                   {"statistic", NumberJson(set.statistic)},
                   {"standard_error", NumberJson(set.standardError)},
                   {"standardized", NumberJson(set.standardized)},
@@ -79,9 +76,9 @@ Json FiguresJson(const std::vector<Figure>& figures) {
 }
 
 Json ComparisonsJson(const TestReading& reading) {
-    Json json{{"pairs_method", NameOrNull(reading.pairsMethod)},
+    Json json{{"pairs_method", TextOrNull(reading.pairsMethod)},
               {"pairs", Json::array()},
-              {"subsets_method", NameOrNull(reading.subsetsMethod)},
+              {"subsets_method", TextOrNull(reading.subsetsMethod)},
               {"subsets", Json::array()}};
     for (const PairComparison& pair : reading.pairs) {
         json["pairs"].push_back({{"first", pair.first},
@@ -134,14 +131,14 @@ Json TestJson(const TestResult& test, const TestReading& reading,
               {"title", reading.title},
               {"family", reading.family},
               {"fields", reading.fields},
-              {"group", NameOrNull(reading.group)},
+              {"group", TextOrNull(reading.group)},
               {"condition", {{"key", test.conditionKey}, {"parameters", test.parameters}, {"text", reading.statement}}},
-              {"decision", NameOrNull(reading.decision)},
-              {"method", NameOrNull(reading.method)},
-              {"arithmetic", NameOrNull(test.arithmetic)},
+              {"decision", TextOrNull(reading.decision)},
+              {"method", TextOrNull(reading.method)},
+              {"arithmetic", TextOrNull(test.arithmetic)},
               {"n", NumberJson(reading.n)},
               {"n_total", NumberJson(reading.totalN)},
-              {"direction", NameOrNull(reading.direction.Text())},
+              {"direction", TextOrNull(reading.direction.Text())},
               {"scales", ScalesJson(reading)},
               {"adjusted_p", AdjustedJson(adjusted)},
               {"statistics", StatisticsJson(reading)},
@@ -155,7 +152,7 @@ Json TestJson(const TestResult& test, const TestReading& reading,
               {"limits", LimitsJson(reading, texts)},
               {"tables", Json::array()}};
     for (const Interval& interval : reading.intervals) {
-        json["intervals"].push_back({{"method", NameOrNull(interval.method)},
+        json["intervals"].push_back({{"method", TextOrNull(interval.method)},
                                      {"estimate", NumberJson(interval.estimate)},
                                      {"lower", NumberJson(interval.lower)},
                                      {"upper", NumberJson(interval.upper)}});
@@ -181,11 +178,11 @@ std::string JsonReport(const ResultReading& result, const MessageCatalogue& text
                        const std::vector<std::string>& notes) {
     const ResultDocument& document = result.document;
     Json json{{"format", "tarn-result-2"},
-              {"application", {{"name", document.application}, {"version", NameOrNull(document.applicationVersion)}}},
+              {"application", {{"name", document.application}, {"version", TextOrNull(document.applicationVersion)}}},
               {"significance_level", NumberJson(document.sigLevel)},
               {"confidence_level", NumberJson(document.confidenceLevel)},
               {"missing", document.missingTreatment},
-              {"arithmetic", NameOrNull(std::string(NameOf(document.arithmetic)))},
+              {"arithmetic", TextOrNull(std::string(NameOf(document.arithmetic)))},
               {"counts", Json::object()},
               {"notes", notes},
               {"fields", Json::array()},

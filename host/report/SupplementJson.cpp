@@ -1,18 +1,12 @@
 #include "host/report/SupplementJson.h"
 
-#include <charconv>
-#include <cmath>
-#include <cstdint>
+#include "host/report/JsonValues.h"
 
 namespace tarn {
 
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-Json TextOrNull(const std::string& text) {
-    return text.empty() ? Json(nullptr) : Json(text);
-}
 
 Json SampleJson(const SampleSummary& sample) {
     return {{"name", sample.name},
@@ -49,18 +43,6 @@ Json PValueJson(const SuppliedPValue& p) {
 }
 
 }  // namespace
-
-Json NumberJson(const std::string& text) {
-    if (text.empty()) return nullptr;
-    std::int64_t whole = 0;
-    const char* const end = text.data() + text.size();
-    if (const auto [rest, error] = std::from_chars(text.data(), end, whole); error == std::errc{} && rest == end) {
-        return whole;
-    }
-    double number = 0;
-    if (ReadNumber(text, number) && std::isfinite(number)) return number;
-    return text;
-}
 
 Json SupplementJson(const Supplement& supplement) {
     if (supplement.IsEmpty()) return nullptr;

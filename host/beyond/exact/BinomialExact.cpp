@@ -5,17 +5,13 @@
 #include <cmath>
 #include <numbers>
 
+#include "host/beyond/QuietDistributions.h"
+
 namespace tarn {
 
 namespace {
 
-using boost::math::policies::domain_error;
-using boost::math::policies::evaluation_error;
-using boost::math::policies::ignore_error;
-using boost::math::policies::overflow_error;
-using Quiet = boost::math::policies::policy<domain_error<ignore_error>, overflow_error<ignore_error>,
-                                            evaluation_error<ignore_error>>;
-using Binomial = boost::math::binomial_distribution<double, Quiet>;
+using Binomial = boost::math::binomial_distribution<double, QuietPolicy>;
 
 /// So many successes and failures are expected that the saddlepoint approximation has a relative error below 1e-9. The
 /// incomplete beta function would have lost more digits.

@@ -9,6 +9,7 @@
 #include <numeric>
 #include <utility>
 
+#include "host/beyond/QuietDistributions.h"
 #include "host/beyond/exact/CounterRandom.h"
 #include "host/beyond/exact/GroupScatter.h"
 #include "host/beyond/exact/GroupScores.h"
@@ -16,12 +17,6 @@
 namespace tarn {
 
 namespace {
-
-namespace policies = boost::math::policies;
-using QuietPolicy =
-    policies::policy<policies::domain_error<policies::ignore_error>, policies::pole_error<policies::ignore_error>,
-                     policies::overflow_error<policies::ignore_error>,
-                     policies::evaluation_error<policies::ignore_error>>;
 
 constexpr double kTailOfInterval = 0.005;  // on either side of 99 %
 

@@ -10,8 +10,8 @@
 namespace {
 
 using tarn::Estimate;
-using tarn::ScoreRows;
 using tarn::JackknifeErrorOfEpsilonSquared;
+using tarn::ScoreRows;
 using tarn::TieBlocks;
 using tarn::Widened;
 
@@ -94,8 +94,8 @@ TEST(Jackknife, OfKendallsWLeavesOutOneRowAfterAnother) {
             for (const double value : values) ofRow.push_back(MidRank(values, value));
             for (const double rank : ofRow) rows.scores.push_back(static_cast<std::int64_t>(2 * rank));
         }
-        // W is the sum of squares of the columns' sums of ranks about their mean, as a share of the largest one that the
-        // ties allow.
+        // W is the sum of squares of the columns' sums of ranks about their mean, as a share of the largest one that
+        // the ties allow.
         std::vector<double> without;
         for (std::size_t left = 0; left < rowCount; ++left) {
             const double n = static_cast<double>(rowCount) - 1;
