@@ -20,11 +20,12 @@ struct ColumnPlan {
     std::vector<DescribedValue> categories;   ///< the listed ones
     bool hasToldOrder = false;                ///< the list came with the request and has to be complete
     std::vector<DescribedValue> userMissing;  ///< the values that count as missing
+    bool isUnnamed = false;                   ///< all of its cells are to be empty, and it is no field
     bool isRead = true;                       ///< whether its numbers count, and not only which of them are missing
 
     FieldLevel LevelAs(FieldType someType) const;
     /// Whether cells that are no numbers may make it a string column.
-    bool MayBecomeText() const { return !type && level != FieldLevel::kContinuous; }
+    bool MayBecomeText() const { return !isUnnamed && !type && level != FieldLevel::kContinuous; }
 };
 
 /// The plans of all columns, with where they come from.

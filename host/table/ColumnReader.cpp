@@ -39,11 +39,14 @@ std::vector<double> AppendUnlisted(const std::vector<Value>& values, Value Categ
 
 }  // namespace
 
-ColumnReader::ColumnReader(const ColumnPlan& plan, const MissingTexts& missingTexts)
+ColumnReader::ColumnReader(const ColumnPlan& plan, const MissingTexts& missingTexts, const TableShape& shape)
     : plan_(plan),
       missingTexts_(missingTexts),
+      shape_(shape),
       type_(plan.type.value_or(FieldType::kNumber)),
       isDecimal_(type_ == FieldType::kNumber || type_ == FieldType::kInteger),
+      takesDecimals_(isDecimal_ && !missingTexts.HasNumbers() && !plan.isUnnamed &&
+                     shape.numbers.decimal != shape.delimiter),
       isText_(type_ == FieldType::kString),
       isCategorical_(plan.LevelAs(type_) != FieldLevel::kContinuous) {
     if (isText_) return;
@@ -64,7 +67,14 @@ bool ColumnReader::ReadUnusual(std::string_view cell, CellCodes& codes, double& 
     return true;
 }
 
+std::string_view ColumnReader::ExpectedText() const {
+    if (plan_.isUnnamed) return "an empty cell, as the header has no name there";
+    if (isDecimal_ && shape_.numbers.decimal == ',') return "a number with a decimal comma";
+    return tarn::ExpectedText(type_);
+}
+
 std::vector<double> ColumnReader::Join(const CellCodes& codes) {
+    missing_.Add(codes.missing);
     hasNumbers_ = hasNumbers_ || codes.hasNumbers;
     std::vector<double> own;
     if (isText_) {
@@ -81,6 +91,7 @@ void ColumnReader::BecomeText() {
     type_ = FieldType::kString;
     isText_ = true;
     isCategorical_ = true;
+    if (HasVoidValues()) missing_.Clear();
 }
 
 /// Refuses an order that leaves out a category of the data.
@@ -115,6 +126,9 @@ std::vector<double> ColumnReader::Finish(const std::string& descriptorName, Colu
     column.type = type_;
     column.isInferred = !plan_.type;
     column.level = plan_.LevelAs(type_);
+    for (std::size_t i = 0; i < missing_.Size(); ++i) {
+        if (missing_.Of(i) > 0) column.missingTexts.push_back({missingTexts_.Text(i), missing_.Of(i)});
+    }
     if (!isCategorical_) return {};
     column.categories = ListedCategories(plan_, type_, descriptorName);
     column.listedCount = column.categories.size();

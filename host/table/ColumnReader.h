@@ -7,8 +7,10 @@
 #include "host/table/CellValue.h"
 #include "host/table/CodeTable.h"
 #include "host/table/ColumnPlan.h"
+#include "host/table/LocalNumber.h"
 #include "host/table/MissingTexts.h"
 #include "host/table/Table.h"
+#include "host/table/TableShape.h"
 #include "runtime/common/DecimalNumber.h"
 
 namespace tarn {
@@ -17,11 +19,13 @@ namespace tarn {
 struct CellCodes {
     NumberCodes numbers;
     TextViewCodes texts;
+    MissingCounts missing;
     bool hasNumbers = false;  ///< whether any was read as a cell of a column that holds no texts, and is not missing
 
     void Clear() {
         numbers.Clear();
         texts.Clear();
+        missing.Clear();
         hasNumbers = false;
     }
 };
@@ -33,14 +37,14 @@ struct CellCodes {
 /// of a part their place among those of the column.
 class ColumnReader {
  public:
-    /// Both arguments are borrowed.
-    ColumnReader(const ColumnPlan& plan, const MissingTexts& missingTexts);
+    /// All arguments are borrowed.
+    ColumnReader(const ColumnPlan& plan, const MissingTexts& missingTexts, const TableShape& shape);
 
     /// Reads a cell into `value`; false if it is none of the column's type.
     [[nodiscard]] bool Read(std::string_view cell, CellCodes& codes, double& value) const;
 
     /// Whether a cell that is a decimal number is its number, whatever else is to be done with that.
-    bool TakesDecimals() const { return !isText_ && isDecimal_ && !missingTexts_.HasNumbers(); }
+    bool TakesDecimals() const { return takesDecimals_ && !isText_; }
     /// Whether that number is also its value.
     bool TakesPlainNumbers() const { return TakesDecimals() && !isCategorical_ && userMissingNumbers_.empty(); }
     /// Whether any other number can stand for that value, as nobody reads it.
@@ -50,10 +54,18 @@ class ColumnReader {
 
     /// Reads a cell of a string column, which can be any text.
     template <typename Texts>
-    double ReadText(std::string_view cell, Texts& codes) const {
-        const bool isMissing = missingTexts_.Contains(TrimBlanks(cell)) || IsUserMissing(cell);
-        return isMissing ? kMissingNumber : codes.CodeOf(cell);
+    double ReadText(std::string_view cell, Texts& codes, MissingCounts& missing) const {
+        const std::string_view trimmed = TrimBlanks(cell);
+        const std::size_t place = missingTexts_.FindAmongWords(trimmed);
+        if (place != MissingTexts::kNone) {
+            missing.Count(place);
+            return kMissingNumber;
+        }
+        const std::string_view text = shape_.trimsBlanks ? trimmed : cell;
+        return IsUserMissing(text) ? kMissingNumber : codes.CodeOf(text);
     }
+    /// The same for a cell that was read before as one of a column of numbers.
+    double ReadTextAgain(std::string_view cell) { return ReadText(cell, textCodes_, missing_); }
 
     bool IsText() const { return isText_; }
     /// Whether a cell that `Read` can't read makes it a column of texts.
@@ -63,12 +75,10 @@ class ColumnReader {
     /// Whether something was joined that `BecomeText` made void.
     bool HasVoidValues() const { return isText_ && hasNumbers_; }
     /// What a cell should have been, for a message.
-    std::string_view ExpectedText() const { return tarn::ExpectedText(type_); }
+    std::string_view ExpectedText() const;
 
     /// Takes the codes of the next cells. Returns the column's own code for each of theirs.
     std::vector<double> Join(const CellCodes& codes);
-    /// The column's own codes of texts.
-    TextCodes& Texts() { return textCodes_; }
 
     /// Sets the type, the level and the categories of the column. Returns the index of the category for each code;
     /// nothing for a continuous column.
@@ -83,14 +93,17 @@ class ColumnReader {
 
     const ColumnPlan& plan_;
     const MissingTexts& missingTexts_;
+    const TableShape& shape_;
     FieldType type_;
     bool isDecimal_;
+    bool takesDecimals_;
     bool isText_;
     bool isCategorical_;
     bool hasNumbers_ = false;  // that were read as those of a column without texts
     std::vector<double> userMissingNumbers_;
     NumberCodes numberCodes_;
     TextCodes textCodes_;
+    MissingCounts missing_;
 };
 
 inline bool ColumnReader::IsUserMissing(double number) const {
@@ -112,15 +125,19 @@ inline void ColumnReader::ReadNumber(double number, CellCodes& codes, double& va
 
 inline bool ColumnReader::Read(std::string_view cell, CellCodes& codes, double& value) const {
     if (isText_) {
-        value = ReadText(cell, codes.texts);
+        value = ReadText(cell, codes.texts, codes.missing);
         return true;
     }
     const std::string_view trimmed = TrimBlanks(cell);
-    if (missingTexts_.Contains(trimmed)) {
+    if (const std::size_t place = missingTexts_.Find(trimmed); place != MissingTexts::kNone) {
+        codes.missing.Count(place);
+        // Where words come later, it was one of them.
+        codes.hasNumbers = codes.hasNumbers || missingTexts_.MayBeWord(place);
         value = kMissingNumber;
         return true;
     }
-    const std::optional<double> number = ParseCell(type_, trimmed);
+    if (plan_.isUnnamed) return false;
+    const std::optional<double> number = isDecimal_ ? ParseNumber(trimmed, shape_.numbers) : ParseCell(type_, trimmed);
     if (!number) return ReadUnusual(trimmed, codes, value);
     ReadNumber(*number, codes, value);
     return true;

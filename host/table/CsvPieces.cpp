@@ -21,16 +21,16 @@ std::size_t WholeRows(std::string_view text) {
 
 /// Whether a double quote in `text`, which begins with a row, neither begins nor ends a cell nor is one of two within
 /// quotes.
-bool HasMisplacedQuote(std::string_view text) {
+bool HasMisplacedQuote(std::string_view text, char delimiter) {
     constexpr std::size_t kNone = std::string_view::npos;
     std::size_t quote = text.find('"');
     while (quote != kNone) {
-        if (quote > 0 && text[quote - 1] != ',' && text[quote - 1] != '\n') return true;
+        if (quote > 0 && text[quote - 1] != delimiter && text[quote - 1] != '\n') return true;
         std::size_t closing = text.find('"', quote + 1);
         while (closing != kNone && text.substr(closing + 1).starts_with('"')) closing = text.find('"', closing + 2);
         if (closing == kNone) return false;
         const std::string_view behind = text.substr(closing + 1);
-        const bool isBorder = behind.empty() || behind.starts_with(',') || behind.starts_with('\n') ||
+        const bool isBorder = behind.empty() || behind.starts_with(delimiter) || behind.starts_with('\n') ||
                               behind.starts_with("\r\n") || behind == "\r";
         if (!isBorder) return true;
         quote = text.find('"', closing + 1);
@@ -40,8 +40,12 @@ bool HasMisplacedQuote(std::string_view text) {
 
 }  // namespace
 
-CsvPieces::CsvPieces(ByteSource& source, std::string_view rest, bool isComplete, std::size_t pieceSize)
-    : source_(source), pieceSize_(std::max<std::size_t>(pieceSize, 1)), rest_(rest), isComplete_(isComplete) {}
+CsvPieces::CsvPieces(ByteSource& source, std::string_view rest, bool isComplete, std::size_t pieceSize, char delimiter)
+    : source_(source),
+      pieceSize_(std::max<std::size_t>(pieceSize, 1)),
+      delimiter_(delimiter),
+      rest_(rest),
+      isComplete_(isComplete) {}
 
 void CsvPieces::Fill(CsvPiece& piece, std::size_t wanted) {
     piece.Reserve(wanted);
@@ -73,7 +77,7 @@ bool CsvPieces::Next(CsvPiece& piece) {
         cut = WholeRows(piece.Text());
         if (cut > 0) break;
         // Before the whole input is read for the end of a cell in quotes, the quotes are looked at.
-        if (HasMisplacedQuote(piece.Text())) {
+        if (HasMisplacedQuote(piece.Text(), delimiter_)) {
             isComplete_ = true;
             break;
         }

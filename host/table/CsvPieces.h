@@ -10,7 +10,7 @@
 
 namespace tarn {
 
-/// Some whole rows of comma-separated values, as they stand in the input.
+/// Some whole rows of delimited values, as they stand in the input.
 class CsvPiece {
  public:
     /// How many bytes after the end of the text may be looked at.
@@ -49,7 +49,7 @@ class CsvPieces {
  public:
     /// Borrows `source`, of which `rest` was read already; `isComplete`: the rest is all there is. A piece has about
     /// `pieceSize` bytes, and more where a row has.
-    CsvPieces(ByteSource& source, std::string_view rest, bool isComplete, std::size_t pieceSize);
+    CsvPieces(ByteSource& source, std::string_view rest, bool isComplete, std::size_t pieceSize, char delimiter = ',');
 
     /// Gives the next piece, whose memory is used again; false at the end. Not to be called by two threads at a time.
     /// A source that can't be read any more is at its end, too.
@@ -62,6 +62,7 @@ class CsvPieces {
 
     ByteSource& source_;
     std::size_t pieceSize_;
+    char delimiter_;
     std::string rest_;  // read behind the last cut
     bool isComplete_;   // the source is read to its end
     bool isFirst_ = true;

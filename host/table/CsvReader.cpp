@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "host/InputError.h"
+#include "host/table/TableShape.h"
 #include "host/table/Utf8.h"
 
 namespace tarn {
@@ -15,8 +16,12 @@ constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
 
 }  // namespace
 
-CsvReader::CsvReader(ByteSource& source, std::size_t blockSize, std::size_t firstLine)
-    : source_(source), buffer_(std::max<std::size_t>(blockSize, 1) + CsvScanner::kPadding), nextLine_(firstLine) {
+CsvReader::CsvReader(ByteSource& source, std::size_t blockSize, std::size_t firstLine, char delimiter)
+    : source_(source),
+      delimiter_(delimiter),
+      buffer_(std::max<std::size_t>(blockSize, 1) + CsvScanner::kPadding),
+      scanner_(delimiter),
+      nextLine_(firstLine) {
     begin_ = end_ = buffer_.data();
     if (firstLine == 1) SkipByteOrderMark();
 }
@@ -24,6 +29,23 @@ CsvReader::CsvReader(ByteSource& source, std::size_t blockSize, std::size_t firs
 void CsvReader::SkipByteOrderMark() {
     while (!isComplete_ && end_ - begin_ < std::ssize(kByteOrderMark)) Fill();
     if (std::string_view(begin_, end_).starts_with(kByteOrderMark)) begin_ += kByteOrderMark.size();
+    scanner_.Seek(begin_, end_);
+}
+
+void CsvReader::SkipLines(std::size_t count) {
+    while (count > 0) {
+        const char* const lineFeed = std::find(begin_, end_, '\n');
+        if (lineFeed != end_) {
+            begin_ = lineFeed + 1;
+            ++nextLine_;
+            --count;
+        } else if (isComplete_) {
+            begin_ = end_;
+            break;
+        } else {
+            Fill();
+        }
+    }
     scanner_.Seek(begin_, end_);
 }
 
@@ -69,7 +91,7 @@ CsvReader::Outcome CsvReader::ParseRow() {
             next_ = end_;
             break;
         }
-        if (*special == ',') {
+        if (*special == delimiter_) {
             cells_.emplace_back(cell, special);
             cell = special + 1;
             continue;
@@ -120,15 +142,16 @@ CsvReader::Border CsvReader::ParseBorder(const char* closingQuote) {
         next_ = end_;
         return Border::kRowEnd;
     }
-    if (rest.starts_with(',')) {
+    if (rest.starts_with(delimiter_)) {
         next_ = scanner_.Next() + 1;
-        return Border::kComma;
+        return Border::kDelimiter;
     }
     if (rest.starts_with('\n') || rest.starts_with("\r\n")) {
         next_ = scanner_.Next() + 1;
         return Border::kRowEnd;
     }
-    Fail(closingQuote, "text after a closing double quote; expected a comma or the end of the line");
+    Fail(closingQuote, "text after a closing double quote; expected " + std::string(DelimiterName(delimiter_)) +
+                           " or the end of the line");
 }
 
 void CsvReader::FinishRow() {
@@ -137,6 +160,7 @@ void CsvReader::FinishRow() {
     isEmptyLine_ = cells_.size() == 1 && cells_.front().empty() && !hasQuotedCell_;
     line_ = nextLine_;
     nextLine_ += hasQuotedCell_ ? static_cast<std::size_t>(std::count(begin_, next_, '\n')) : 1;
+    row_ = begin_;
     UnescapeCells();
     begin_ = next_;
 }
@@ -162,7 +186,8 @@ void CsvReader::CheckEncoding(const char* last) const {
     char byte[8];
     std::snprintf(byte, sizeof byte, "0x%02X", static_cast<unsigned char>(*bad));
     throw InputError(source_.Name() + ":" + std::to_string(LineOf(bad)) + ": byte " + byte +
-                     "; expected text in UTF-8");
+                     "; expected text in UTF-8, or its encoding told: --encoding " +
+                     (*bad == '\0' ? "utf-16le" : "windows-1252"));
 }
 
 std::size_t CsvReader::LineOf(const char* position) const {

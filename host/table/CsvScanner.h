@@ -10,9 +10,11 @@
 
 namespace tarn {
 
-/// Finds the bytes that structure comma-separated values (comma, double quote, LF), a chunk of bytes at a time.
+/// Finds the bytes that structure delimited values (delimiter, double quote, LF), a chunk of bytes at a time.
 class CsvScanner {
  public:
+    explicit CsvScanner(char delimiter) : delimiter_(delimiter) {}
+
     static constexpr std::ptrdiff_t kChunkSize = 64;
     /// How many bytes after the end of the text are looked at; they must be readable, and blanks.
     static constexpr std::size_t kPadding = kChunkSize;
@@ -45,6 +47,7 @@ class CsvScanner {
  private:
     void LoadChunk();
 
+    char delimiter_;
     const char* chunk_ = nullptr;
     const char* last_ = nullptr;
     std::uint64_t structure_ = 0;  // a bit for each structuring byte of the chunk that was not delivered yet
@@ -56,15 +59,15 @@ class CsvScanner {
 
 inline void CsvScanner::LoadChunk() {
     constexpr int kLaneSize = sizeof(__m128i);
-    const __m128i comma = _mm_set1_epi8(',');
+    const __m128i delimiter = _mm_set1_epi8(delimiter_);
     const __m128i quote = _mm_set1_epi8('"');
     const __m128i lineFeed = _mm_set1_epi8('\n');
     __m128i odd = _mm_setzero_si128();
     structure_ = 0;
     for (int offset = 0; offset < kChunkSize; offset += kLaneSize) {
         const __m128i lane = _mm_loadu_si128(reinterpret_cast<const __m128i*>(chunk_ + offset));
-        const __m128i found = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(lane, comma), _mm_cmpeq_epi8(lane, lineFeed)),
-                                           _mm_cmpeq_epi8(lane, quote));
+        const __m128i found = _mm_or_si128(
+            _mm_or_si128(_mm_cmpeq_epi8(lane, delimiter), _mm_cmpeq_epi8(lane, lineFeed)), _mm_cmpeq_epi8(lane, quote));
         structure_ |= static_cast<std::uint64_t>(static_cast<unsigned>(_mm_movemask_epi8(found))) << offset;
         odd = _mm_or_si128(odd, _mm_or_si128(lane, _mm_cmpeq_epi8(lane, _mm_setzero_si128())));
     }
@@ -79,7 +82,7 @@ inline void CsvScanner::LoadChunk() {
     isChunkOdd_ = false;
     for (int offset = 0; offset < kChunkSize; ++offset) {
         const char c = chunk_[offset];
-        const bool isStructure = c == ',' || c == '"' || c == '\n';
+        const bool isStructure = c == delimiter_ || c == '"' || c == '\n';
         structure_ |= static_cast<std::uint64_t>(isStructure) << offset;
         isChunkOdd_ |= c == '\0' || static_cast<unsigned char>(c) >= 0x80;
     }

@@ -82,6 +82,7 @@ class DescriptorReader {
             descriptor.weightField = ReadText(*value, std::string(kWeightField));
         }
         if (const Json* values = Find(table, kMissingValues)) {
+            descriptor.namesMissingTexts = true;
             descriptor.missingTexts.clear();
             for (const DescribedValue& value : ReadValues(*values, std::string(kMissingValues))) {
                 descriptor.missingTexts.emplace_back(TrimBlanks(value.text));

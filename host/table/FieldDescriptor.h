@@ -34,6 +34,7 @@ struct TableDescriptor {
     std::string sourceName;  ///< what messages call the descriptor
     std::vector<FieldDescriptor> fields;
     std::vector<std::string> missingTexts = {"", "NA"};  ///< the texts of a system-missing cell, without outer blanks
+    bool namesMissingTexts = false;                      ///< whether the descriptor says them
     std::optional<std::string> weightField;
 };
 

@@ -12,6 +12,13 @@
 
 namespace tarn {
 
+/// How the rows of a table are written.
+struct RowForm {
+    char delimiter = ',';
+    char decimal = '.';
+    std::string repeatedHeader;  ///< a row that is none, without its end; empty: there is no such thing
+};
+
 /// Reads the rows of a piece into values of its own, which stay in the cache until their place in the table is known.
 /// Several pieces are read at a time, each by a reader of its own.
 ///
@@ -26,9 +33,11 @@ class PieceReader {
     };
 
     /// Reads a piece by the rules of the columns, of which there are `width`. Borrows the piece until the next one.
-    Outcome Read(const CsvPiece& piece, const std::vector<ColumnReader>& columns);
+    Outcome Read(const CsvPiece& piece, const std::vector<ColumnReader>& columns, const RowForm& form);
 
     std::size_t RowCount() const { return rowCount_; }
+    /// How many rows were the header again.
+    std::size_t RepeatedHeaders() const { return repeatedHeaders_; }
     /// How many lines the piece has, once it is read.
     std::size_t LineCount() const { return lineCount_; }
     /// The values row by row, in which categories are codes of the piece.
@@ -40,7 +49,7 @@ class PieceReader {
     const std::vector<std::size_t>& TextColumns() const { return textColumns_; }
 
  private:
-    /// A cell as it stands in the piece, and behind it the comma or the line break that ends it.
+    /// A cell as it stands in the piece, and behind it the delimiter or the line break that ends it.
     struct Cell {
         std::string_view text;
         const char* border;
@@ -55,22 +64,34 @@ class PieceReader {
 
     void Prepare(const CsvPiece& piece, const std::vector<ColumnReader>& columns);
     void NoteNumbers();
+    template <char kDelimiter, char kDecimal>
+    bool ReadRows(const char* text, const std::vector<ColumnReader>& columns, const std::string& header);
+    bool ReadRowsOf(const RowForm& form, const char* text, const std::vector<ColumnReader>& columns);
+    const char* BehindHeader(const char* text, const std::string& header) const;
+    template <char kDelimiter, char kDecimal>
     const char* ReadRow(const char* text, const std::vector<ColumnReader>& columns);
     void NotePresence(double& value, std::size_t column);
+    template <char kDelimiter, char kDecimal>
     const char* SkipNumbers(const char* text, std::size_t column) const;
+    template <char kDelimiter, char kDecimal>
     const char* ReadDecimal(const char* text, std::size_t column, const std::vector<ColumnReader>& columns,
                             double& value);
+    template <char kDelimiter>
     const char* ReadAnyCell(const char* text, const ColumnReader& reader, CellCodes& codes, double& value,
                             std::size_t column);
+    template <char kDelimiter>
     bool FindCell(const char* text, Cell& cell);
+    template <char kDelimiter>
     bool FindQuotedCell(const char* text, Cell& cell);
     const char* BehindLineBreak(const char* text) const;
+    template <char kDelimiter>
     const char* BehindBorder(const char* text, bool isLast) const;
 
     const char* end_ = nullptr;
     const char* addedLineFeed_ = nullptr;
     std::size_t lineCount_ = 0;
     std::size_t rowCount_ = 0;
+    std::size_t repeatedHeaders_ = 0;
     std::size_t capacity_ = 0;
     std::unique_ptr<double[]> values_;  // `capacity_` of them at most
     std::vector<Kind> kinds_;           // of the columns

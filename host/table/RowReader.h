@@ -8,6 +8,7 @@
 
 #include "host/ByteSource.h"
 #include "host/table/CsvReader.h"
+#include "host/table/TableShape.h"
 
 namespace tarn {
 
@@ -15,13 +16,16 @@ namespace tarn {
 /// over unless the table has one column. Throws an `InputError` for anything else.
 class RowReader {
  public:
-    /// Reads the header. Borrows `source`, which is read on from where it stands.
-    RowReader(ByteSource& source, std::size_t blockSize);
-    /// Reads on in the middle of a table with these fields, on that line.
-    RowReader(ByteSource& source, std::vector<std::string> names, std::size_t firstLine);
+    /// Reads what comes before the first row. Borrows both, and `source` is read on from where it stands.
+    RowReader(ByteSource& source, std::size_t blockSize, const TableShape& shape);
+    /// Reads on in the middle of a table with these names and that header, on that line.
+    RowReader(ByteSource& source, std::vector<std::string> names, const TableShape& shape, std::string header,
+              std::size_t firstLine);
 
-    /// The names of the fields, unique and not empty.
+    /// The names of the fields, unique and not empty; behind them empty ones for cells at the end that are no fields.
     const std::vector<std::string>& Names() const { return names_; }
+    /// The header as it stands if it may stand there again, where it is no row; else empty.
+    const std::string& RepeatedHeader() const { return header_; }
     /// Goes to the next row; false at the end of the table.
     bool Next();
     /// The cells of the row, one for each name. The texts that they view are valid until the next call of `Next`.
@@ -35,12 +39,16 @@ class RowReader {
 
  private:
     void ReadHeader();
-    bool IsPassedOver() const { return csv_.IsEmptyLine() && names_.size() > 1; }
+    void CheckNames() const;
+    bool IsPassedOver() const;
     void CheckWidth() const;
+    std::string LikelyCause() const;
 
     const ByteSource& source_;
+    const TableShape& shape_;
     CsvReader csv_;
     std::vector<std::string> names_;
+    std::string header_;
 };
 
 }  // namespace tarn

@@ -27,13 +27,23 @@ const Category* FindCategory(const Column& column, std::string_view word) {
 }
 
 Table::Table(std::vector<Column> columns) : columns_(std::move(columns)) {
-    for (const Column& column : columns_) indexByName_.emplace(column.name, static_cast<int>(indexByName_.size()));
+    for (const Column& column : columns_)
+        indexByName_.emplace(column.name, static_cast<int>(&column - columns_.data()));
     cells_.resize(columns_.size());
 }
 
 int Table::FindColumn(std::string_view name) const {
     const auto found = indexByName_.find(std::string(name));
     return found == indexByName_.end() ? kNoColumn : found->second;
+}
+
+void Table::KeepColumns(std::size_t count) {
+    for (std::size_t i = count; i < columns_.size(); ++i) {
+        const auto named = indexByName_.find(columns_[i].name);
+        if (named != indexByName_.end() && named->second == static_cast<int>(i)) indexByName_.erase(named);
+    }
+    columns_.resize(count);
+    cells_.resize(count);
 }
 
 void Table::Reserve(std::size_t rowCount) {

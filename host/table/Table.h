@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "host/table/FieldType.h"
@@ -27,6 +28,14 @@ struct Category {
     friend bool operator==(const Category&, const Category&) = default;
 };
 
+/// A text that marks cells as missing, and how many of them.
+struct MissingText {
+    std::string text;
+    std::size_t count = 0;
+
+    friend bool operator==(const MissingText&, const MissingText&) = default;
+};
+
 /// One column of a table. A string column is always categorical.
 struct Column {
     std::string name;
@@ -36,6 +45,7 @@ struct Column {
     std::vector<Category> categories;  ///< in their order; empty for a continuous column
     std::size_t listedCount = 0;       ///< so many of them, the first ones, were listed; the others occur beside them
     bool isInferred = false;           ///< whether its cells alone say what the type is
+    std::vector<MissingText> missingTexts;  ///< those that occur
 
     bool IsText() const { return type == FieldType::kString; }
     bool IsCategorical() const { return level != FieldLevel::kContinuous; }
@@ -87,6 +97,13 @@ class Table {
     void Reserve(std::size_t rowCount);
     /// Takes rows away from the end or adds some there, whose cells the caller sets.
     void Resize(std::size_t rowCount);
+    /// Takes away the last columns.
+    void KeepColumns(std::size_t count);
+
+    /// What a reader of results should know of how the table was read, as sentences.
+    const std::vector<std::string>& Notes() const { return notes_; }
+    void AddNote(std::string note) { notes_.push_back(std::move(note)); }
+
     /// Gives back memory that was held for further rows.
     void Trim();
 
@@ -96,6 +113,7 @@ class Table {
     int weightIndex_ = kNoColumn;
     std::vector<GrowingBlock> cells_;  // a block for each column
     std::size_t rowCount_ = 0;
+    std::vector<std::string> notes_;
 };
 
 }  // namespace tarn

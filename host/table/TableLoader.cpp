@@ -46,15 +46,17 @@ class TableLoader {
     TableLoader(ByteSource& source, const TableDescriptor& descriptor, const LoadOptions& options)
         : source_(source),
           blockSize_(options.blockSize),
-          header_(source, std::min(options.blockSize, kHeaderBlockSize)),
-          plan_(PlanTable(source.Name(), header_.Names(), descriptor, options)),
-          missingTexts_(descriptor.missingTexts),
+          shape_(options.shape),
+          header_(source, std::min(options.blockSize, kHeaderBlockSize), shape_),
+          plan_(PlanFields(source.Name(), header_.Names(), descriptor, options)),
+          missingTexts_(options.missingTexts.value_or(descriptor.missingTexts), options.missingAmongNumbers),
+          form_{shape_.delimiter, shape_.numbers.decimal, header_.RepeatedHeader()},
           share_(options.threads, options.isCancelled),
-          pieces_(source, header_.Csv().Rest(), header_.Csv().IsRestComplete(), options.blockSize),
+          pieces_(source, header_.Csv().Rest(), header_.Csv().IsRestComplete(), options.blockSize, shape_.delimiter),
           nextLine_(header_.Csv().NextLine()) {
         std::vector<Column> columns;
         for (const ColumnPlan& column : plan_.columns) {
-            readers_.emplace_back(column, missingTexts_);
+            readers_.emplace_back(column, missingTexts_, shape_);
             columns.emplace_back().name = column.name;
         }
         table_ = Table(std::move(columns));
@@ -72,6 +74,8 @@ class TableLoader {
         table_.Trim();
         if (!lateTexts_.empty()) ReadLateTexts();
         FinishColumns();
+        table_.KeepColumns(table_.ColumnCount() - shape_.emptyAtEnd);
+        NoteRepeatedHeaders();
         return std::move(table_);
     }
 
@@ -92,6 +96,34 @@ class TableLoader {
         std::size_t rowCount;
     };
 
+    /// The plans of the fields, and of the columns at the end that are none.
+    static TablePlan PlanFields(const std::string& sourceName, const std::vector<std::string>& names,
+                                const TableDescriptor& descriptor, const LoadOptions& options) {
+        const TableShape& shape = options.shape;
+        const std::vector<std::string> named(names.begin(),
+                                             names.end() - static_cast<std::ptrdiff_t>(shape.emptyAtEnd));
+        TablePlan plan = PlanTable(sourceName, named, descriptor, options);
+        for (std::size_t i = 0; i < shape.emptyAtEnd; ++i) {
+            plan.columns.emplace_back().isUnnamed = true;
+            plan.columns.back().isRead = false;
+        }
+        for (const AmbiguousColumn& ambiguous : shape.ambiguous) {
+            const ColumnPlan& column = plan.columns[ambiguous.column];
+            if (!options.isRead || !column.isRead || column.type || column.level) continue;
+            throw InputError(sourceName + ": column " + Quoted(column.name) + ": " + Quoted(ambiguous.example) +
+                             " may have a decimal comma or a mark of thousands; expected to be told: --decimal , or "
+                             "--decimal .");
+        }
+        return plan;
+    }
+
+    void NoteRepeatedHeaders() {
+        if (repeatedHeaders_ == 0) return;
+        table_.AddNote(source_.Name() + ": the header stands there " +
+                       (repeatedHeaders_ == 1 ? "a second time" : std::to_string(repeatedHeaders_) + " times more") +
+                       "; passed over");
+    }
+
     void Share(std::size_t count, const std::function<void(std::size_t)>& job) const {
         if (!share_.Run(count, job)) throw LoadCancelled();
     }
@@ -106,7 +138,7 @@ class TableLoader {
                 const std::lock_guard lock(takingPieces_);
                 slot.isTaken = pieces_.Next(slot.piece);
             }
-            if (slot.isTaken) slot.outcome = slot.rows.Read(slot.piece, readers_);
+            if (slot.isTaken) slot.outcome = slot.rows.Read(slot.piece, readers_, form_);
         });
         std::vector<Slot*> taken;
         for (Slot& slot : slots_) {
@@ -115,7 +147,7 @@ class TableLoader {
         std::ranges::sort(taken, {}, [](const Slot* slot) { return slot->piece.Number(); });
         if (TurnToText(taken)) {
             Share(taken.size(),
-                  [&](std::size_t i) { taken[i]->outcome = taken[i]->rows.Read(taken[i]->piece, readers_); });
+                  [&](std::size_t i) { taken[i]->outcome = taken[i]->rows.Read(taken[i]->piece, readers_, form_); });
         }
         for (Slot* const slot : taken) Append(*slot);
         return taken.size() == pieceCount;
@@ -148,7 +180,8 @@ class TableLoader {
     /// Gives the rows of the next piece their place behind the others.
     void Append(Slot& slot) {
         if (slot.outcome == PieceReader::Outcome::kMistake) {
-            ThrowMistakeOf(slot.piece.Text(), source_.Name(), nextLine_, plan_.columns, readers_);
+            ThrowMistakeOf(slot.piece.Text(), source_.Name(), nextLine_, plan_.columns, readers_, shape_,
+                           form_.repeatedHeader);
         }
         slot.codesByOwn.clear();
         for (std::size_t i = 0; i < readers_.size(); ++i)
@@ -156,6 +189,7 @@ class TableLoader {
         slot.firstRow = table_.RowCount();
         table_.Resize(slot.firstRow + slot.rows.RowCount());
         nextLine_ += slot.rows.LineCount();
+        repeatedHeaders_ += slot.rows.RepeatedHeaders();
         bytesRead_ += slot.piece.Text().size();
     }
 
@@ -198,7 +232,7 @@ class TableLoader {
         const auto byRowCount = [](const LateText& a, const LateText& b) { return a.rowCount < b.rowCount; };
         const std::size_t rowCount = std::ranges::max_element(lateTexts_, byRowCount)->rowCount;
         source_.Rewind();
-        RowReader rows(source_, blockSize_);
+        RowReader rows(source_, blockSize_, shape_);
         bool isSame = rows.Names() == header_.Names();
         for (std::size_t row = 0; isSame && row < rowCount; ++row) {
             constexpr std::size_t kRowsBetweenQuestions = 4096;
@@ -207,7 +241,7 @@ class TableLoader {
             for (const LateText& late : lateTexts_) {
                 if (!isSame || row >= late.rowCount) continue;
                 ColumnReader& reader = readers_[late.column];
-                table_.Cells(late.column)[row] = reader.ReadText(rows.Cells()[late.column], reader.Texts());
+                table_.Cells(late.column)[row] = reader.ReadTextAgain(rows.Cells()[late.column]);
             }
         }
         if (!isSame) throw InputError(source_.Name() + ": changed while it was read; expected it to stay as it is");
@@ -231,16 +265,19 @@ class TableLoader {
 
     ByteSource& source_;
     std::size_t blockSize_;
+    TableShape shape_;
     RowReader header_;
     TablePlan plan_;
     MissingTexts missingTexts_;
+    RowForm form_;
     WorkShare share_;
     std::mutex takingPieces_;
     CsvPieces pieces_;
     std::deque<Slot> slots_;
     std::vector<ColumnReader> readers_;  // borrow from the plan and the missing texts
     Table table_;
-    std::size_t nextLine_;       // the line on which the next piece begins
+    std::size_t nextLine_;  // the line on which the next piece begins
+    std::size_t repeatedHeaders_ = 0;
     std::size_t bytesRead_ = 0;  // of rows
     std::vector<LateText> lateTexts_;
 };

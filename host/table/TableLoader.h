@@ -11,6 +11,7 @@
 #include "host/table/CsvReader.h"
 #include "host/table/FieldDescriptor.h"
 #include "host/table/Table.h"
+#include "host/table/TableShape.h"
 
 namespace tarn {
 
@@ -41,6 +42,12 @@ struct LoadOptions {
     unsigned threads = 0;
     /// Bytes that are read at a time.
     std::size_t blockSize = CsvReader::kDefaultBlockSize;
+    /// How the text is to be read.
+    TableShape shape;
+    /// The texts of a missing cell in place of those that the descriptor names, and further ones, which are words like
+    /// any other in a column that holds words.
+    std::optional<std::vector<std::string>> missingTexts;
+    std::vector<std::string> missingAmongNumbers;
     /// Asked every millisecond or so, on the thread that reads; true ends the reading. May be empty.
     std::function<bool()> isCancelled;
 };
@@ -51,7 +58,7 @@ class LoadCancelled : public std::runtime_error {
     LoadCancelled() : std::runtime_error("the run was cancelled while its table was read") {}
 };
 
-/// Reads a table of comma-separated values, with a second pass over `source` if a column shows late to hold texts.
+/// Reads a table of delimited values, with a second pass over `source` if a column shows late to hold texts.
 ///
 /// Categories stand in the order of the descriptor, followed by the other values of the column in ascending order.
 /// Throws an `InputError` for anything that makes the table unreadable, and for names that it has no field for; a

@@ -109,22 +109,23 @@ inline const char* TakeDigits(const char* text, const char* last, std::uint64_t&
 }
 
 /// Reads the number at `text` and returns its end, which is in front of the first byte that doesn't belong to it; null
-/// where there is none, or one whose digits don't fit into 64 bits or whose rounding they don't decide.
-inline const char* Read(const char* text, const char* last, double& value) {
+/// where there is none, or one whose digits don't fit into 64 bits or whose rounding they don't decide. `point` stands
+/// in front of a fraction.
+[[gnu::always_inline]] inline const char* Read(const char* text, const char* last, double& value, char point = '.') {
     const bool isNegative = text != last && *text == '-';
     const char* const digits = text + (isNegative ? 1 : 0);
     std::uint64_t number = 0;
     // One digit in front of the point is told by a branch that is nearly always foreseen, so that the digits behind it
     // are looked at before it is known where they begin.
     const char* end = digits + 1;
-    if (last - digits >= 2 && digits[1] == '.' && *digits >= '0' && *digits <= '9') {
+    if (last - digits >= 2 && digits[1] == point && *digits >= '0' && *digits <= '9') {
         number = static_cast<std::uint64_t>(*digits - '0');
     } else {
         end = TakeDigits(digits, last, number);
     }
     std::size_t digitCount = static_cast<std::size_t>(end - digits);
     std::size_t power = 0;
-    if (end != last && *end == '.') {
+    if (end != last && *end == point) {
         const char* const fraction = end + 1;
         end = TakeDigits(fraction, last, number);
         power = static_cast<std::size_t>(end - fraction);
@@ -133,7 +134,7 @@ inline const char* Read(const char* text, const char* last, double& value) {
     if (digitCount == 0) return nullptr;
     if (digitCount > kMaxDigits) {
         // Zeros in front are no digits that count.
-        for (const char* zero = digits; zero != end && (*zero == '0' || *zero == '.'); ++zero) {
+        for (const char* zero = digits; zero != end && (*zero == '0' || *zero == point); ++zero) {
             if (*zero == '0') --digitCount;
         }
         if (digitCount > kMaxDigits || power > kMaxPower) return nullptr;
@@ -162,7 +163,7 @@ struct NumberCharacters {
     std::uint64_t signs = 0;
 };
 
-inline NumberCharacters FindNumberCharacters(const char* text) {
+inline NumberCharacters FindNumberCharacters(const char* text, char point) {
     NumberCharacters found;
 #if defined(__SSE2__)
     for (unsigned at = 0; at < kSkipWidth; at += sizeof(__m128i)) {
@@ -172,25 +173,25 @@ inline NumberCharacters FindNumberCharacters(const char* text) {
         const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text + at));
         const __m128i values = _mm_sub_epi8(bytes, _mm_set1_epi8('0'));  // above 9 for what is no digit
         found.digits |= bitsOf(_mm_cmpeq_epi8(_mm_min_epu8(values, _mm_set1_epi8(9)), values));
-        found.points |= bitsOf(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('.')));
+        found.points |= bitsOf(_mm_cmpeq_epi8(bytes, _mm_set1_epi8(point)));
         found.signs |= bitsOf(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('-')));
     }
 #else
     for (std::size_t at = 0; at < kSkipWidth; ++at) {
         found.digits |= static_cast<std::uint64_t>(text[at] >= '0' && text[at] <= '9') << at;
-        found.points |= static_cast<std::uint64_t>(text[at] == '.') << at;
+        found.points |= static_cast<std::uint64_t>(text[at] == point) << at;
         found.signs |= static_cast<std::uint64_t>(text[at] == '-') << at;
     }
 #endif
     return found;
 }
 
-/// Goes over `count` numbers, one at least, with a comma behind each but the last, and returns the end of the last one;
-/// null where one of them is none in the usual spelling, or longer than nearly all are. Several are looked at together,
-/// so that it takes less time than to read them.
-inline const char* SkipNumbers(const char* text, std::size_t count) {
+/// Goes over `count` numbers, one at least, with `delimiter` behind each but the last, and returns the end of the last
+/// one; null where one of them is none in the usual spelling, or longer than nearly all are. Several are looked at
+/// together, so that it takes less time than to read them.
+inline const char* SkipNumbers(const char* text, std::size_t count, char delimiter = ',', char point = '.') {
     for (;;) {
-        auto [digits, points, signs] = FindNumberCharacters(text);
+        auto [digits, points, signs] = FindNumberCharacters(text, point);
         for (std::size_t left = kSkipWidth; left > 0;) {
             const auto length = static_cast<std::size_t>(std::countr_one(digits | points | (signs & 1)));
             if (length >= left) {
@@ -202,7 +203,7 @@ inline const char* SkipNumbers(const char* text, std::size_t count) {
             if (hasTwoPoints || (digits & ofNumber) == 0) return nullptr;
             text += length;
             if (--count == 0) return text;
-            if (*text != ',') return nullptr;
+            if (*text != delimiter) return nullptr;
             ++text;
             left -= length + 1;
             digits = digits >> length >> 1;

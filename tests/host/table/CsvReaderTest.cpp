@@ -100,15 +100,19 @@ const ErrorCase kErrorCases[] = {
     {"a\n5\" pipe\n", "data.csv:2: a double quote inside a bare cell; expected all of the cell in quotes"},
     {"a\n \"b\"\n", "data.csv:2: a double quote inside a bare cell; expected all of the cell in quotes"},
     {"a,b\"\"\n", "data.csv:1: a double quote inside a bare cell; expected all of the cell in quotes"},
-    {"a\nb\n\xff\n", "data.csv:3: byte 0xFF; expected text in UTF-8"},
-    {"a\n\"b\n\xc3(\"\n", "data.csv:3: byte 0xC3; expected text in UTF-8"},
-    {"a\n\xe2\x82", "data.csv:2: byte 0xE2; expected text in UTF-8"},
-    {"a\nM\xfcller \"x\"\n", "data.csv:2: byte 0xFC; expected text in UTF-8"},
+    {"a\nb\n\xff\n", "data.csv:3: byte 0xFF; expected text in UTF-8, or its encoding told: --encoding windows-1252"},
+    {"a\n\"b\n\xc3(\"\n",
+     "data.csv:3: byte 0xC3; expected text in UTF-8, or its encoding told: --encoding windows-1252"},
+    {"a\n\xe2\x82", "data.csv:2: byte 0xE2; expected text in UTF-8, or its encoding told: --encoding windows-1252"},
+    {"a\nM\xfcller \"x\"\n",
+     "data.csv:2: byte 0xFC; expected text in UTF-8, or its encoding told: --encoding windows-1252"},
     {"\xff\xfe"
      "a",
-     "data.csv:1: byte 0xFF; expected text in UTF-8"},
-    {std::string("a\nb\0c\n", 6), "data.csv:2: byte 0x00; expected text in UTF-8"},
-    {std::string("a\n1\n\0", 5), "data.csv:3: byte 0x00; expected text in UTF-8"},
+     "data.csv:1: byte 0xFF; expected text in UTF-8, or its encoding told: --encoding windows-1252"},
+    {std::string("a\nb\0c\n", 6),
+     "data.csv:2: byte 0x00; expected text in UTF-8, or its encoding told: --encoding utf-16le"},
+    {std::string("a\n1\n\0", 5),
+     "data.csv:3: byte 0x00; expected text in UTF-8, or its encoding told: --encoding utf-16le"},
 };
 
 TEST(CsvReader, TellsTheLineOfWhatItCannotRead) {

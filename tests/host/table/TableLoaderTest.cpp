@@ -128,11 +128,19 @@ TEST(TableLoader, TellsWhatIsWrongWithTheHeader) {
 }
 
 TEST(TableLoader, TellsTheLineOfARowOfAnotherWidth) {
-    EXPECT_EQ(ErrorOf("a,b\n1,2\n3\n"), "data.csv:3: 1 cell; expected 2 as in the header");
-    EXPECT_EQ(ErrorOf("a,b\n\"1\n\",2\n\n1,2,3\n"), "data.csv:5: 3 cells; expected 2 as in the header");
-    EXPECT_EQ(ErrorOf("a\n1,2\n"), "data.csv:2: 2 cells; expected 1 as in the header");
-    EXPECT_EQ(ErrorOf("a,b\n\"\"\n"), "data.csv:2: 1 cell; expected 2 as in the header");
-    EXPECT_EQ(ErrorOf("a,b\n \n"), "data.csv:2: 1 cell; expected 2 as in the header");
+    EXPECT_EQ(ErrorOf("a,b\n1,2\n3\n"),
+              "data.csv:3: 1 cell; expected 2 as in the header (a line that is no row of the table, or a line break "
+              "inside a text without quotes?)");
+    EXPECT_EQ(ErrorOf("a,b\n\"1\n\",2\n\n1,2,3\n"),
+              "data.csv:5: 3 cells; expected 2 as in the header (a comma inside a number or a text without quotes?)");
+    EXPECT_EQ(ErrorOf("a\n1,2\n"),
+              "data.csv:2: 2 cells; expected 1 as in the header (a comma inside a number or a text without quotes?)");
+    EXPECT_EQ(ErrorOf("a,b\n\"\"\n"),
+              "data.csv:2: 1 cell; expected 2 as in the header (a line that is no row of the table, or a line break "
+              "inside a text without quotes?)");
+    EXPECT_EQ(ErrorOf("a,b\n \n"),
+              "data.csv:2: 1 cell; expected 2 as in the header (a line that is no row of the table, or a line break "
+              "inside a text without quotes?)");
 }
 
 TEST(TableLoader, ReadsTheDescribedTypes) {
@@ -158,7 +166,9 @@ TEST(TableLoader, TellsTheFirstMistakeWhateverTheBlockSize) {
     for (options.blockSize = 1; options.blockSize < 40; ++options.blockSize) {
         EXPECT_EQ(ErrorOf("a,b\n1,2\nx,2\n3\n", fields, options),
                   R"(data.csv:3: column "a": "x"; expected a decimal number)");
-        EXPECT_EQ(ErrorOf("a,b\n1,2\n3\nx,2\n", fields, options), "data.csv:3: 1 cell; expected 2 as in the header");
+        EXPECT_EQ(ErrorOf("a,b\n1,2\n3\nx,2\n", fields, options),
+                  "data.csv:3: 1 cell; expected 2 as in the header (a line that is no row of the table, or a line "
+                  "break inside a text without quotes?)");
     }
 }
 
@@ -611,7 +621,8 @@ TEST(TableLoader, TellsAnErrorOfStandardInputByItsName) {
     const StandardInput pipe("a,b\n1\n");
     ByteSource source("-");
     EXPECT_EQ(InputErrorOf([&] { LoadTable(source, {}, {}); }),
-              "standard input:2: 1 cell; expected 2 as in the header");
+              "standard input:2: 1 cell; expected 2 as in the header (a line that is no row of the table, or a line "
+              "break inside a text without quotes?)");
 }
 
 TEST(Table, KeepsItsCellsWhileItGrows) {
