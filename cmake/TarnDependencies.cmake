@@ -6,6 +6,9 @@ find_package(pugixml REQUIRED)         # XML in and out
 find_package(hwy QUIET)              # the vectorised sort; without it a radix sort does the work
 find_package(nlohmann_json REQUIRED)   # JSON in the host
 find_package(CLI11 REQUIRED)           # the command line
+find_package(ZLIB REQUIRED)            # tables compressed by gzip
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(zstd REQUIRED IMPORTED_TARGET libzstd)   # tables compressed by Zstandard
 if(TARN_TESTS)
   find_package(GTest REQUIRED)
   find_package(rapidcheck REQUIRED)    # properties over random input

@@ -45,19 +45,29 @@ ByteSource ByteSource::FromMemory(std::string name, std::string bytes) {
     return ByteSource(std::move(name), std::move(bytes), kNoDescriptor);
 }
 
+ByteSource ByteSource::Through(ByteSource from, std::unique_ptr<ByteFilter> filter) {
+    ByteSource source(from.Name(), {}, kNoDescriptor);
+    source.unfiltered_ = std::make_unique<ByteSource>(std::move(from));
+    source.filter_ = std::move(filter);
+    return source;
+}
+
 ByteSource::ByteSource(ByteSource&& other) noexcept
     : name_(std::move(other.name_)),
       kept_(std::move(other.kept_)),
       position_(other.position_),
       descriptor_(std::exchange(other.descriptor_, kNoDescriptor)),
       seekable_(other.seekable_),
-      start_(other.start_) {}
+      start_(other.start_),
+      unfiltered_(std::move(other.unfiltered_)),
+      filter_(std::move(other.filter_)) {}
 
 ByteSource::~ByteSource() {
     if (descriptor_ != kNoDescriptor && descriptor_ != STDIN_FILENO) close(descriptor_);
 }
 
 std::optional<std::size_t> ByteSource::Size() const {
+    if (filter_) return std::nullopt;
     if (descriptor_ == kNoDescriptor) return kept_.size();
     struct stat status = {};
     if (!seekable_ || fstat(descriptor_, &status) != 0 || status.st_size < start_) return std::nullopt;
@@ -65,6 +75,7 @@ std::optional<std::size_t> ByteSource::Size() const {
 }
 
 std::size_t ByteSource::Read(char* buffer, std::size_t capacity) {
+    if (filter_) return filter_->Read(*unfiltered_, buffer, capacity);
     if (position_ < kept_.size()) {
         const std::size_t count = kept_.copy(buffer, capacity, position_);
         position_ += count;
@@ -100,6 +111,10 @@ std::string ByteSource::ReadAll() {
 }
 
 void ByteSource::Rewind() {
+    if (filter_) {
+        unfiltered_->Rewind();
+        filter_->Restart();
+    }
     position_ = 0;
     if (seekable_ && lseek(descriptor_, start_, SEEK_SET) < 0) FailWithErrno(name_);
 }

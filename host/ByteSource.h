@@ -1,10 +1,25 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 
 namespace tarn {
+
+class ByteSource;
+
+/// Makes other bytes of those of an input on their way to a reader: of compressed ones what was compressed, of one
+/// encoding another.
+class ByteFilter {
+ public:
+    virtual ~ByteFilter() = default;
+    /// Puts up to `capacity` bytes of what `from` becomes into `buffer` and returns their number, which is 0 only at
+    /// the end. Throws an `InputError` that names `from` for what can't become anything.
+    virtual std::size_t Read(ByteSource& from, char* buffer, std::size_t capacity) = 0;
+    /// Starts over, with an input that is at its first byte again.
+    virtual void Restart() = 0;
+};
 
 /// The bytes of one input, read from front to back and, after `Rewind`, once more from the front.
 ///
@@ -16,6 +31,8 @@ class ByteSource {
     explicit ByteSource(const std::string& path);
     /// An input that is already in memory; `name` stands for it in messages.
     static ByteSource FromMemory(std::string name, std::string bytes);
+    /// What `filter` makes of an input, which is at its first byte. It bears the same name.
+    static ByteSource Through(ByteSource from, std::unique_ptr<ByteFilter> filter);
 
     ByteSource(ByteSource&& other) noexcept;
     ByteSource& operator=(ByteSource&&) = delete;
@@ -43,6 +60,8 @@ class ByteSource {
     int descriptor_;            // owned unless it is standard input; kNoDescriptor for an input in memory
     bool seekable_ = false;
     long long start_ = 0;  // where a seekable input began; standard input may be handed over in its middle
+    std::unique_ptr<ByteSource> unfiltered_;  // what the filter reads; null without one
+    std::unique_ptr<ByteFilter> filter_;
 };
 
 }  // namespace tarn
