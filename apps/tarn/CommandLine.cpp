@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cctype>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -94,13 +95,69 @@ void AddOrder(const std::string& typed, std::vector<FieldOrder>& orders) {
     }
 }
 
+/// A delimiter as it is typed, by itself or by its name.
+char DelimiterTypedAs(const std::string& typed) {
+    constexpr std::pair<std::string_view, char> kNames[] = {
+        {",", ','},    {"comma", ','}, {";", ';'}, {"semicolon", ';'}, {"\t", '\t'},
+        {"\\t", '\t'}, {"tab", '\t'},  {"|", '|'}, {"bar", '|'},
+    };
+    for (const auto& [name, delimiter] : kNames) {
+        if (typed == name) return delimiter;
+    }
+    throw InputError("--delimiter: " + Quoted(typed) + "; expected comma, semicolon, tab or bar, or the character");
+}
+
+char DecimalTypedAs(const std::string& typed) {
+    if (typed == "." || typed == "point") return '.';
+    if (typed == "," || typed == "comma") return ',';
+    throw InputError("--decimal: " + Quoted(typed) + "; expected a point or a comma");
+}
+
+std::vector<std::string> NamesOfEncodings() {
+    std::vector<std::string> names;
+    for (const auto& [name, encoding] : kEncodings) names.emplace_back(name);
+    return names;
+}
+
+Encoding EncodingTypedAs(const std::string& typed) {
+    std::string name = typed;
+    for (char& c : name) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    std::vector<std::string_view> names;
+    for (const auto& [known, encoding] : kEncodings) {
+        if (name == known) return encoding;
+        names.push_back(known);
+    }
+    throw InputError("--encoding: " + Quoted(typed) + "; expected " + Alternatives(names));
+}
+
 /// An argument that stands by its place.
 template <typename T>
 void AddArgument(CLI::App& app, const char* name, T& value, const char* help) {
     app.add_option(name, value, help)->required()->option_text("(required)");
 }
 
+void DescribeReading(CLI::App& app, ReadingOptions& reading) {
+    const auto add = [&](const char* name, const char* argument, const char* help,
+                         const std::function<void(const std::string&)>& take) {
+        app.add_option_function<std::string>(name, take, help)->option_text(argument)->group(kTable);
+    };
+    add("--delimiter", "CHARACTER", "What stands between two cells: comma, semicolon, tab or bar; else recognised",
+        [&](const std::string& typed) { reading.delimiter = DelimiterTypedAs(typed); });
+    add("--decimal", "CHARACTER", "What stands in front of a fraction: a point or a comma; else recognised",
+        [&](const std::string& typed) { reading.decimal = DecimalTypedAs(typed); });
+    add("--encoding", "ENCODING", "How characters are written; UTF-8 if not given, or UTF-16 with a mark",
+        [&](const std::string& typed) { reading.encoding = EncodingTypedAs(typed); });
+    app.add_option_function<std::vector<std::string>>(
+           "--na", [&](const std::vector<std::string>& texts) { reading.missingTexts = texts; },
+           "The texts of a missing cell, in place of those of the descriptor and the usual ones")
+        ->delimiter(',')
+        ->allow_extra_args(false)
+        ->option_text("TEXT,..")
+        ->group(kTable);
+}
+
 void DescribeTable(CLI::App& app, TableOptions& table, const std::function<void(std::string)>& takeCaseId) {
+    DescribeReading(app, table.reading);
     Options options(app, kTable);
     options.One("--fields", table.fieldsPath, "FILE", "What the columns are: a table descriptor in JSON");
     options.One("--weight", table.weightField, "FIELD", "The field with the frequency weights");
@@ -145,6 +202,7 @@ void DescribeRun(CLI::App& app, RunOptions& run) {
     how.Flag("--strict", run.strict, "Run nothing if the engine would pass over anything in the plan or the request");
     how.Flag("--extended", run.extended,
              "Compute as wide as needed: no count wraps around, and tails keep their digits");
+    run.table.reading.keepsPlainTables = true;
     DescribeTable(app, run.table, [&](std::string field) { run.caseIdField = std::move(field); });
     DescribeOutput(app, run.output, run.brief, "Write the result document there instead of to standard output");
 }
@@ -318,6 +376,9 @@ class CommandLine {
         const std::string name = option.get_name();
         if (name == "--tests" || name == "TOPIC") described.choices = NamesOfTests();
         if (name == "--distribution") described.choices.assign(DistributionNames().begin(), DistributionNames().end());
+        if (name == "--encoding") described.choices = NamesOfEncodings();
+        if (name == "--delimiter") described.choices = {"comma", "semicolon", "tab", "bar"};
+        if (name == "--decimal") described.choices = {"point", "comma"};
         if (name == "SHELL") described.choices = ShellNames();
         return described;
     }

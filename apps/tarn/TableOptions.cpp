@@ -1,8 +1,11 @@
 #include "apps/tarn/TableOptions.h"
 
+#include <utility>
+
 #include "host/ByteSource.h"
 #include "host/table/FieldDescriptor.h"
 #include "host/table/TableLoader.h"
+#include "host/table/TableReading.h"
 
 namespace tarn {
 
@@ -31,8 +34,7 @@ Table LoadTableOf(const TableOptions& options, const NamedFields& fields, bool e
     load.nominalByDefault = nominalByDefault;
     load.isRead = [&fields](const std::string& field, std::size_t place) { return fields.MayMean(field, place); };
     load.isCancelled = [&interrupt] { return interrupt.IsAsked(); };
-    ByteSource source(options.dataPath);
-    return LoadTable(source, descriptor, load);
+    return ReadTable(ByteSource(options.dataPath), descriptor, std::move(load), options.reading);
 }
 
 }  // namespace tarn

@@ -8,6 +8,7 @@
 #include "host/engine/NamedFields.h"
 #include "host/table/Table.h"
 #include "host/table/TableLoader.h"
+#include "host/table/TableReading.h"
 
 namespace tarn {
 
@@ -19,6 +20,7 @@ struct TableOptions {
     std::vector<std::string> nominal;
     std::vector<std::string> ordinal;
     std::vector<std::string> continuous;
+    ReadingOptions reading;
     unsigned threads = 0;  ///< that may work at a time; 0: as many as the machine has
 };
 

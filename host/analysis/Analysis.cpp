@@ -33,8 +33,9 @@ ArithmeticMode ModeOf(bool isExtended) {
     return isExtended ? ArithmeticMode::kExtended : ArithmeticMode::kAsDefined;
 }
 
-AnalysisOutcome OutcomeOf(EngineOutcome result, const MessageCatalogue& texts) {
+AnalysisOutcome OutcomeOf(EngineOutcome result, const Table& table, const MessageCatalogue& texts) {
     AnalysisOutcome outcome;
+    outcome.notes = table.Notes();
     outcome.succeeded = result.succeeded;
     outcome.document = std::move(result.document);
     for (const EngineMessage& message : result.messages) outcome.remarks.push_back(DescribeMessage(message, texts));
@@ -55,7 +56,7 @@ void PrepareTable(Table& table, const AnalysisOptions& options) {
 AnalysisOutcome Analyze(const Table& table, const AnalysisOptions& options, const AnalysisEnvironment& environment) {
     AnalysisOutcome outcome = RunRequest(BuildRequest(options, table), kAnalysis, table, environment);
     std::vector<std::string> notes = NotesOn(table, options);
-    outcome.notes.insert(outcome.notes.begin(), notes.begin(), notes.end());
+    outcome.notes.insert(outcome.notes.begin() + std::ssize(table.Notes()), notes.begin(), notes.end());
     return outcome;
 }
 
@@ -99,7 +100,7 @@ AnalysisOutcome RunRequest(const nlohmann::ordered_json& request, const std::str
     run.onProgress = environment.onProgress;
     run.isCancelled = environment.isCancelled;
     const EngineLibrary engine(environment.libraryFolders);
-    AnalysisOutcome outcome = OutcomeOf(RunInEngine(engine, table, run), *environment.texts);
+    AnalysisOutcome outcome = OutcomeOf(RunInEngine(engine, table, run), table, *environment.texts);
     outcome.arithmetic = ModeOf(IsTrue(request, kExtendedArithmetic));
     if (const std::string note = WeightNote(table, WeightRule::kRounded); !note.empty()) outcome.notes.push_back(note);
     return outcome;
@@ -112,7 +113,7 @@ AnalysisOutcome RunPlan(PlanSettings& plan, const Table& table, const AnalysisEn
     run.threads = environment.threads;
     run.onProgress = environment.onProgress;
     run.isCancelled = environment.isCancelled;
-    AnalysisOutcome outcome = OutcomeOf(RunInFactory(plan, table, run), *environment.texts);
+    AnalysisOutcome outcome = OutcomeOf(RunInFactory(plan, table, run), table, *environment.texts);
     outcome.arithmetic = ModeOf(IsTrue(plan.settings, kExtendedArithmetic));
     if (const std::string note = WeightNote(table, WeightRule::kCut); !note.empty()) outcome.notes.push_back(note);
     return outcome;

@@ -38,6 +38,8 @@ std::vector<std::string> NotesOn(const Table& table, const AnalysisOptions& opti
     std::vector<std::string> asIndependent = options.independent;
     asIndependent.insert(asIndependent.end(), options.oneSample.begin(), options.oneSample.end());
     std::vector<std::string> notes = UnusedCategoryNotes(table, options.orders);
+    const std::string missing = MissingTextsNote(table, FieldsAsked(options));
+    if (!missing.empty()) notes.push_back(missing);
     for (const std::string& field : FieldsAsked(options)) {
         const int index = table.FindColumn(field);
         if (index == Table::kNoColumn) continue;

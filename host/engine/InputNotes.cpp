@@ -1,9 +1,11 @@
 #include "host/engine/InputNotes.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cmath>
 #include <cstddef>
 #include <cstdio>
+#include <functional>
 #include <map>
 #include <string_view>
 #include <unordered_map>
@@ -179,6 +181,34 @@ std::vector<std::string> CategoryNotes(const Column& column) {
                         ", which its description doesn't list; they count as categories behind the listed ones");
     }
     return notes;
+}
+
+std::string ShownMissingTexts(const std::vector<MissingText>& texts) {
+    std::vector<std::string> parts;
+    for (const MissingText& missing : texts) {
+        parts.push_back((missing.text.empty() ? "empty" : Quoted(missing.text)) + " " + std::to_string(missing.count));
+    }
+    return JoinList(parts);
+}
+
+std::string MissingTextsNote(const Table& table, const std::vector<std::string>& fields) {
+    std::vector<MissingText> all;
+    bool isUsual = true;
+    for (const std::string& field : fields) {
+        const int index = table.FindColumn(field);
+        if (index == Table::kNoColumn) continue;
+        for (const MissingText& missing : table.Columns()[static_cast<std::size_t>(index)].missingTexts) {
+            isUsual = isUsual && (missing.text.empty() || missing.text == "NA");
+            const auto known = std::ranges::find(all, missing.text, &MissingText::text);
+            if (known == all.end()) {
+                all.push_back(missing);
+            } else {
+                known->count += missing.count;
+            }
+        }
+    }
+    std::ranges::stable_sort(all, std::ranges::greater(), &MissingText::count);
+    return isUsual ? "" : "missing: " + ShownMissingTexts(all);
 }
 
 std::string TiesNote(const Table& table, const std::string& field, const std::string& test) {

@@ -31,6 +31,13 @@ std::vector<std::string> CategoryNotes(const Column& column);
 /// The words of a column that is read as words because of them, most of its values being numbers; empty for any other.
 std::vector<std::string> WordsAmongNumbers(const Column& column);
 
+/// Which texts mark missing cells of those fields and how often; "" where it is none but the most usual ones, an empty
+/// cell and "NA".
+std::string MissingTextsNote(const Table& table, const std::vector<std::string>& fields);
+
+/// `"NA" 12, empty 5`.
+std::string ShownMissingTexts(const std::vector<MissingText>& texts);
+
 /// That values of a field occur more than once, where a test's exact significance holds for different values only; ""
 /// where none does.
 std::string TiesNote(const Table& table, const std::string& field, const std::string& test);

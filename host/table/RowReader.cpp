@@ -35,9 +35,9 @@ void RowReader::ReadHeader() {
         throw InputError(source_.Name() + ":1: an empty line; expected the name of the field");
     }
     for (const std::string_view cell : Cells()) names_.emplace_back(shape_.trimsBlanks ? TrimBlanks(cell) : cell);
-    if (names_.size() > shape_.emptyAtHeaderEnd) names_.resize(names_.size() - shape_.emptyAtHeaderEnd);
     if (shape_.lacksFirstName) names_.insert(names_.begin(), shape_.firstName);
     if (!shape_.firstName.empty()) names_.front() = shape_.firstName;
+    if (shape_.width != 0) names_.resize(shape_.width);
     CheckNames();
     const std::string_view header = csv_.RawRow();
     const bool isPlainLine =

@@ -40,10 +40,10 @@ struct TableShape {
     bool lacksFirstName = false;
     /// What the first column is called, whose name is missing or empty; empty: it has a name.
     std::string firstName;
+    /// How many cells a row has, where the header has fewer or more; 0: as many as the header.
+    std::size_t width = 0;
     /// Cells at the end of each row that have no name and are empty, because of a delimiter behind the last value.
     std::size_t emptyAtEnd = 0;
-    /// Empty cells at the end of the header alone.
-    std::size_t emptyAtHeaderEnd = 0;
     /// Whether a row with the names of the fields again is none.
     bool skipsRepeatedHeaders = false;
     /// Columns that can't be read as numbers before somebody says how.
