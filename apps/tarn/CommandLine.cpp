@@ -3,13 +3,16 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cctype>
+#include <filesystem>
 #include <functional>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include "apps/tarn/AnalyzeCommand.h"
 #include "apps/tarn/ExplainCommand.h"
+#include "apps/tarn/LookCommand.h"
 #include "apps/tarn/ManPage.h"
 #include "apps/tarn/RunCommand.h"
 #include "apps/tarn/ShellCompletion.h"
@@ -17,6 +20,8 @@
 #include "apps/tarn/VersionText.h"
 #include "host/InputError.h"
 #include "host/TestNames.h"
+#include "host/TextList.h"
+#include "host/analysis/TableLook.h"
 #include "host/table/ColumnPlan.h"
 
 namespace tarn {
@@ -280,6 +285,18 @@ void DescribeAnalyze(CLI::App& app, AnalyzeOptions& analyze) {
     DescribeOutput(app, analyze.output, analysis.brief, "Write the result document there as well");
 }
 
+void DescribeLook(CLI::App& app, LookOptions& look) {
+    AddArgument(app, "DATA", look.table.dataPath, "The table, or - for standard input");
+    Options options(app, kTable);
+    options.One("--fields", look.table.fieldsPath, "FILE", "What the columns are: a table descriptor in JSON");
+    DescribeReading(app, look.table.reading);
+    options.One("--threads", look.table.threads, "NUMBER",
+                "How many threads may work at a time; no result depends on it");
+    Options(app, kOutput)
+        .Choice("--format", "text|json", "What to write: a text, or a table descriptor for --fields",
+                [&](const std::string& format) { look.asJson = format == "json"; });
+}
+
 /// The commands, with what each of them is given and does. One object of this class is one run of the program.
 class CommandLine {
  public:
@@ -295,6 +312,9 @@ class CommandLine {
                         analyze_);
         DescribeRun(Add("run", "Run tests on a table and write the result document", [this] { return Run(run_); }),
                     run_);
+        DescribeLook(Add("look", "Show what a table holds and what can be asked of it; so does tarn DATA",
+                         [this] { return RunLook(); }),
+                     look_);
         Add("tests", "List the names of the tests", ListTests);
 
         CLI::App& show =
@@ -318,8 +338,11 @@ class CommandLine {
 
     ExitStatus Execute(int argc, const char* const* argv) {
         if (argc <= 1) return Mistake("no command, expected one like tarn analyze DATA.csv --one-sample FIELD");
+        // A table without a command is looked at.
+        std::vector<const char*> arguments(argv, argv + argc);
+        if (IsTable(argv[1])) arguments.insert(arguments.begin() + 1, "look");
         try {
-            app_.parse(argc, argv);
+            app_.parse(static_cast<int>(arguments.size()), arguments.data());
         } catch (const CLI::ParseError& error) {
             return Answer(error);
         }
@@ -350,6 +373,19 @@ class CommandLine {
         return *command;
     }
 
+    /// Whether the first word is a table and not a command: a file, or what has a folder or an ending as files have.
+    bool IsTable(const std::string& word) const {
+        for (const auto& [command, action] : actions_) {
+            if (command->get_name() == word) return false;
+        }
+        if (word == "-") return true;
+        if (word.starts_with('-')) return false;
+        const std::size_t point = word.rfind('.');
+        const bool hasEnding = point != std::string::npos && point > 0 && point + 1 < word.size();
+        std::error_code unreadable;
+        return hasEnding || word.find('/') != std::string::npos || std::filesystem::is_regular_file(word, unreadable);
+    }
+
     ExitStatus RunAnalyze() {
         const CLI::App& command = *app_.get_subcommand("analyze");
         for (const CLI::Option* const option : command.parse_order()) {
@@ -360,6 +396,16 @@ class CommandLine {
             }
         }
         return Analyze(analyze_);
+    }
+
+    ExitStatus RunLook() {
+        const CLI::App& command = *app_.get_subcommand("look");
+        for (const CLI::Option* const option : command.parse_order()) {
+            const std::string name = option->get_name();
+            if (name == "DATA" || name == "--format" || name == "--threads") continue;
+            look_.readingOptions += " " + name + " " + ShellWord(JoinList(option->results(), ","));
+        }
+        return Look(look_);
     }
 
     static OptionDescription Describe(const CLI::Option& option) {
@@ -430,6 +476,7 @@ class CommandLine {
     std::vector<std::pair<CLI::App*, std::function<ExitStatus()>>> actions_;
     AnalyzeOptions analyze_;
     RunOptions run_;
+    LookOptions look_;
     std::string resultPath_;
     ReportFormat shownFormat_ = ReportFormat::kText;
     std::string topic_;

@@ -11,30 +11,40 @@ namespace tarn {
 
 namespace {
 
-TableDescriptor LoadDescriptor(const std::string& path) {
-    if (path.empty()) return TableDescriptor();
-    ByteSource source(path);
-    return ReadTableDescriptor(source);
+LoadOptions LoadOf(const TableOptions& options, const Interrupt& interrupt) {
+    LoadOptions load;
+    load.nominal = options.nominal;
+    load.ordinal = options.ordinal;
+    load.continuous = options.continuous;
+    load.threads = options.threads;
+    load.weightField = options.weightField;
+    load.isCancelled = [&interrupt] { return interrupt.IsAsked(); };
+    return load;
 }
 
 }  // namespace
 
+TableDescriptor DescriptorOf(const TableOptions& options) {
+    if (options.fieldsPath.empty()) return TableDescriptor();
+    ByteSource source(options.fieldsPath);
+    return ReadTableDescriptor(source);
+}
+
+Table LoadWholeTable(const TableOptions& options, const TableDescriptor& descriptor, const Interrupt& interrupt) {
+    LoadOptions load = LoadOf(options, interrupt);
+    load.excludeUserMissing = true;
+    return ReadTable(ByteSource(options.dataPath), descriptor, std::move(load), options.reading);
+}
+
 Table LoadTableOf(const TableOptions& options, const NamedFields& fields, bool excludeUserMissing,
                   const Interrupt& interrupt, const std::optional<std::string>& nominalByDefault,
                   const std::vector<FieldOrder>& orders) {
-    const TableDescriptor descriptor = LoadDescriptor(options.fieldsPath);
-    LoadOptions load;
+    LoadOptions load = LoadOf(options, interrupt);
     load.excludeUserMissing = excludeUserMissing;
-    load.nominal = options.nominal;
-    load.ordinal = options.ordinal;
-    load.continuous = options.continuous;
     load.orders = orders;
-    load.threads = options.threads;
-    load.weightField = options.weightField;
     load.nominalByDefault = nominalByDefault;
     load.isRead = [&fields](const std::string& field, std::size_t place) { return fields.MayMean(field, place); };
-    load.isCancelled = [&interrupt] { return interrupt.IsAsked(); };
-    return ReadTable(ByteSource(options.dataPath), descriptor, std::move(load), options.reading);
+    return ReadTable(ByteSource(options.dataPath), DescriptorOf(options), std::move(load), options.reading);
 }
 
 }  // namespace tarn

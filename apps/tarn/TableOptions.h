@@ -6,6 +6,7 @@
 
 #include "apps/tarn/Interrupt.h"
 #include "host/engine/NamedFields.h"
+#include "host/table/FieldDescriptor.h"
 #include "host/table/Table.h"
 #include "host/table/TableLoader.h"
 #include "host/table/TableReading.h"
@@ -23,6 +24,12 @@ struct TableOptions {
     ReadingOptions reading;
     unsigned threads = 0;  ///< that may work at a time; 0: as many as the machine has
 };
+
+/// The descriptor that was typed; one that says nothing where there is none. Throws an `InputError`.
+TableDescriptor DescriptorOf(const TableOptions& options);
+
+/// Reads the table with all of its numbers. Throws an `InputError`, and a `LoadCancelled` after an interrupt.
+Table LoadWholeTable(const TableOptions& options, const TableDescriptor& descriptor, const Interrupt& interrupt);
 
 /// Reads the table for an analysis of these fields. `excludeUserMissing`: whether the user-missing values of its fields
 /// are missing. `nominalByDefault`: a field that is nominal unless its level is given. Throws an `InputError`, and a
