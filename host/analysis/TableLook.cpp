@@ -428,6 +428,17 @@ bool IsWordSomewhere(const Table& table, const std::string& text) {
     });
 }
 
+/// Whether the descriptor names a text as missing in that field alone.
+bool IsGiven(const FieldDescriptor* given, const std::string& text) {
+    return given != nullptr &&
+           std::ranges::find(given->missingValues, text, &DescribedValue::text) != given->missingValues.end();
+}
+
+const FieldDescriptor* GivenFor(const Column& column, const TableDescriptor& given) {
+    const auto found = std::ranges::find(given.fields, column.name, &FieldDescriptor::name);
+    return found == given.fields.end() ? nullptr : &*found;
+}
+
 Json FieldOf(const Table& table, const Column& column, const FieldDescriptor* given) {
     Json field;
     field["name"] = column.name;
@@ -456,7 +467,7 @@ Json FieldOf(const Table& table, const Column& column, const FieldDescriptor* gi
         }
     }
     for (const MissingText& text : column.missingTexts) {
-        if (IsWordSomewhere(table, text.text)) missing.push_back(text.text);
+        if (!IsGiven(given, text.text) && IsWordSomewhere(table, text.text)) missing.push_back(text.text);
     }
     if (!missing.empty()) field["missingValues"] = missing;
     return field;
@@ -483,7 +494,9 @@ Json DescriptorOf(const Table& table, const TableDescriptor& given) {
     for (const Column& column : table.Columns()) {
         for (const MissingText& missing : column.missingTexts) {
             const bool isKnown = std::ranges::find(texts, missing.text) != texts.end();
-            if (!isKnown && !IsWordSomewhere(table, missing.text)) texts.push_back(missing.text);
+            const bool isOfField =
+                IsGiven(GivenFor(column, given), missing.text) || IsWordSomewhere(table, missing.text);
+            if (!isKnown && !isOfField) texts.push_back(missing.text);
         }
     }
     if (given.namesMissingTexts) texts = given.missingTexts;
@@ -492,8 +505,7 @@ Json DescriptorOf(const Table& table, const TableDescriptor& given) {
     if (given.weightField) descriptor["weightField"] = *given.weightField;
     descriptor["fields"] = Json::array();
     for (const Column& column : table.Columns()) {
-        const auto found = std::ranges::find(given.fields, column.name, &FieldDescriptor::name);
-        descriptor["fields"].push_back(FieldOf(table, column, found == given.fields.end() ? nullptr : &*found));
+        descriptor["fields"].push_back(FieldOf(table, column, GivenFor(column, given)));
     }
     return descriptor;
 }

@@ -183,7 +183,8 @@ std::vector<std::string> CategoryNotes(const Column& column) {
     return notes;
 }
 
-std::string ShownMissingTexts(const std::vector<MissingText>& texts) {
+std::string ShownMissingTexts(std::vector<MissingText> texts) {
+    std::ranges::stable_sort(texts, std::ranges::greater(), &MissingText::count);
     std::vector<std::string> parts;
     for (const MissingText& missing : texts) {
         parts.push_back((missing.text.empty() ? "empty" : Quoted(missing.text)) + " " + std::to_string(missing.count));
@@ -207,7 +208,6 @@ std::string MissingTextsNote(const Table& table, const std::vector<std::string>&
             }
         }
     }
-    std::ranges::stable_sort(all, std::ranges::greater(), &MissingText::count);
     return isUsual ? "" : "missing: " + ShownMissingTexts(all);
 }
 

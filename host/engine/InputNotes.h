@@ -35,8 +35,8 @@ std::vector<std::string> WordsAmongNumbers(const Column& column);
 /// cell and "NA".
 std::string MissingTextsNote(const Table& table, const std::vector<std::string>& fields);
 
-/// `"NA" 12, empty 5`.
-std::string ShownMissingTexts(const std::vector<MissingText>& texts);
+/// `"NA" 12, empty 5`, the most frequent one first.
+std::string ShownMissingTexts(std::vector<MissingText> texts);
 
 /// That values of a field occur more than once, where a test's exact significance holds for different values only; ""
 /// where none does.

@@ -61,7 +61,9 @@ bool ColumnReader::IsUserMissing(std::string_view text) const {
 
 // A column of numbers may still have a text as its user-missing value, like "refused".
 bool ColumnReader::ReadUnusual(std::string_view cell, CellCodes& codes, double& value) const {
-    if (!IsUserMissing(cell)) return false;
+    const auto missing = std::ranges::find(plan_.userMissing, cell, &DescribedValue::text);
+    if (missing == plan_.userMissing.end()) return false;
+    codes.missing.Count(missingTexts_.Size() + static_cast<std::size_t>(missing - plan_.userMissing.begin()));
     codes.hasNumbers = true;
     value = kMissingNumber;
     return true;
@@ -127,7 +129,10 @@ std::vector<double> ColumnReader::Finish(const std::string& descriptorName, Colu
     column.isInferred = !plan_.type;
     column.level = plan_.LevelAs(type_);
     for (std::size_t i = 0; i < missing_.Size(); ++i) {
-        if (missing_.Of(i) > 0) column.missingTexts.push_back({missingTexts_.Text(i), missing_.Of(i)});
+        if (missing_.Of(i) == 0) continue;
+        const std::size_t own = missingTexts_.Size();
+        const std::string& text = i < own ? missingTexts_.Text(i) : plan_.userMissing[i - own].text;
+        column.missingTexts.push_back({text, missing_.Of(i)});
     }
     if (!isCategorical_) return {};
     column.categories = ListedCategories(plan_, type_, descriptorName);

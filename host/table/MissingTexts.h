@@ -57,6 +57,7 @@ class MissingTexts {
     /// Whether the text at that place can be a word.
     bool MayBeWord(std::size_t place) const { return place >= wordCount_; }
     const std::string& Text(std::size_t place) const { return texts_[place]; }
+    std::size_t Size() const { return texts_.size(); }
 
     /// Whether one of them is a number, so that no cell is one at first sight.
     bool HasNumbers() const { return hasNumbers_; }

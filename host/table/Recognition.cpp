@@ -262,19 +262,21 @@ class Recogniser {
         rows_.erase(rows_.begin(), rows_.begin() + static_cast<std::ptrdiff_t>(count));
     }
 
-    /// How many rows from `first` on are lines of a title: each has one filled cell, the first, and is followed by a
-    /// header and rows that are all wider.
+    /// How many rows from `first` on are lines of a title: each has no filled cell but the first, and a header with
+    /// several names stands below them.
     std::size_t TitleCount(std::size_t first) const {
         const std::size_t width = UsualWidth(rows_, first);
         if (width < 2) return 0;
         std::size_t header = first;
-        while (header < rows_.size() && rows_[header].FilledCount() <= 1 && !rows_[header].cells.front().empty() &&
-               !IsAnyNumber(rows_[header].cells.front())) {
-            ++header;
-        }
+        while (header < rows_.size() && IsTitle(rows_[header])) ++header;
         if (header == first || header >= rows_.size()) return 0;
         // A header of one name above rows with an index has numbers below it, not names.
         return CanBeHeader(rows_[header], width) ? header - first : 0;
+    }
+
+    static bool IsTitle(const Row& row) {
+        const std::string& first = row.cells.front();
+        return row.FilledCount() == 0 || (row.FilledCount() == 1 && !first.empty() && !IsAnyNumber(first));
     }
 
     /// The rows below the header that are as wide as most.
@@ -400,10 +402,15 @@ class Recogniser {
         }
         if (count == 0) return;
         shape_.rowsBelow = count;
-        const Row& first = rows_[1];
-        const auto shown = std::ranges::find_if(first.cells, [](const std::string& cell) { return !cell.empty(); });
-        Remark(std::to_string(count) + (count == 1 ? " row" : " rows") +
-               " without values below the header passed over, " + Quoted(shown == first.cells.end() ? "" : *shown, 30));
+        const std::string rows = std::to_string(count) + (count == 1 ? " row" : " rows");
+        if (IsRule(rows_[1])) {
+            Remark(rows + " of lines below the header passed over");
+        } else {
+            const auto& cells = rows_[1].cells;
+            const auto shown = std::ranges::find_if(cells, [](const std::string& cell) { return !cell.empty(); });
+            Remark(rows + " without values below the header passed over, " +
+                   Quoted(shown == cells.end() ? "" : *shown, 30));
+        }
         rows_.erase(rows_.begin() + 1, rows_.begin() + 1 + static_cast<std::ptrdiff_t>(count));
     }
 

@@ -250,12 +250,12 @@ TEST_F(Misreadings, TheWeightsOfAPlanAreCountedAsTheEngineCutsThem) {
 }
 
 TEST_F(Misreadings, WordsAmongNumbersAreNamed) {
-    const std::string data = folder.Write("mixed.csv", "x,g\n1,a\n2,b\nn/a,a\n4,b\n5,a\n6,b\n7,A\n");
+    const std::string data = folder.Write("mixed.csv", "x,g\n1,a\n2,b\nrefused,a\n4,b\n5,a\n6,b\n7,A\n");
     const CommandResult ranked = RunTarn({"analyze", data, "--independent", "x", "--group", "g"});
     EXPECT_EQ(ranked.exitStatus, 2);
-    EXPECT_TRUE(Holds(ranked.err, "x, which is read as words and not as numbers, since it has \"n/a\""));
+    EXPECT_TRUE(Holds(ranked.err, "x, which is read as words and not as numbers, since it has \"refused\""));
     const CommandResult counted = RunTarn({"analyze", data, "--one-sample", "x"});
-    EXPECT_TRUE(Holds(counted.out, "Note: x is read as words and not as numbers, since it has \"n/a\""));
+    EXPECT_TRUE(Holds(counted.out, "Note: x is read as words and not as numbers, since it has \"refused\""));
     const CommandResult cases = RunTarn({"analyze", data, "--one-sample", "g"});
     EXPECT_TRUE(Holds(cases.out, "Note: \"A\", \"a\" of g differ in nothing but case or blanks"));
 }
