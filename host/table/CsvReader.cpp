@@ -36,10 +36,12 @@ void CsvReader::SkipLines(std::size_t count) {
     while (count > 0) {
         const char* const lineFeed = std::find(begin_, end_, '\n');
         if (lineFeed != end_) {
+            CheckEncoding(lineFeed);  // a note may show them
             begin_ = lineFeed + 1;
             ++nextLine_;
             --count;
         } else if (isComplete_) {
+            CheckEncoding(end_);
             begin_ = end_;
             break;
         } else {

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <rapidcheck/gtest.h>
 #include <cctype>
 #include <filesystem>
 #include <nlohmann/json.hpp>
@@ -99,6 +100,55 @@ INSTANTIATE_TEST_SUITE_P(All, MessyTables, testing::ValuesIn(Cases()), [](const 
     }
     return name;
 });
+
+/// All that a reader sees of a table, or why it is refused.
+std::string OutcomeOf(const std::string& bytes, const ReadingOptions& reading, unsigned threads,
+                      std::size_t blockSize) {
+    LoadOptions load;
+    load.threads = threads;
+    load.blockSize = blockSize;
+    load.isRead = [](const std::string&, std::size_t) { return true; };
+    try {
+        const Table table = ReadTable(ByteSource::FromMemory("data.csv", bytes), {}, load, reading);
+        Json all = {{"notes", table.Notes()}, {"rows", table.RowCount()}};
+        for (std::size_t column = 0; column < table.ColumnCount(); ++column) {
+            Json& cells = all["columns"][table.Columns()[column].name];
+            for (const MissingText& missing : table.Columns()[column].missingTexts) {
+                cells.push_back({missing.text, missing.count});
+            }
+            for (std::size_t row = 0; row < table.RowCount(); ++row) cells.push_back(CellOf(table, column, row));
+        }
+        return all.dump();
+    } catch (const InputError& error) {
+        return error.what();
+    }
+}
+
+/// What is read, or told, doesn't depend on how many threads read nor on where the text is cut, also of a table that is
+/// damaged: in other bytes here and there, or cut off.
+RC_GTEST_PROP(MessyTables, AreReadAlikeByAnyNumberOfThreadsHoweverDamaged, ()) {
+    static const std::vector<Json> cases = Cases();
+    const Json& one = cases[*rc::gen::inRange<std::size_t>(0, cases.size())];
+    std::string bytes = harness::ReadFile(harness::SourcePath(kFolder + one["file"].get<std::string>()));
+    static const std::string bits = std::string("\n\r\",;|\t .-'%\x80\xff#1a\0", 19);
+    const int damages = *rc::gen::inRange(0, 4);
+    for (int i = 0; i < damages; ++i) {
+        const std::size_t place = *rc::gen::inRange<std::size_t>(0, bytes.size());
+        const char bit = *rc::gen::elementOf(bits);
+        if (*rc::gen::arbitrary<bool>()) {
+            bytes[place] = bit;
+        } else {
+            bytes.insert(place, 1, bit);
+        }
+    }
+    if (*rc::gen::inRange(0, 4) == 0) bytes.resize(*rc::gen::inRange<std::size_t>(0, bytes.size() + 1));
+    ReadingOptions reading = OptionsOf(one["options"]);
+    reading.keepsPlainTables = *rc::gen::inRange(0, 4) == 0;
+    const std::string expected = OutcomeOf(bytes, reading, 1, CsvReader::kDefaultBlockSize);
+    for (const std::size_t blockSize : {1, 5, 64}) {
+        for (const unsigned threads : {1U, 2U}) RC_ASSERT(OutcomeOf(bytes, reading, threads, blockSize) == expected);
+    }
+}
 
 }  // namespace
 }  // namespace tarn
