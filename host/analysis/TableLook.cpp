@@ -261,7 +261,9 @@ std::string DisguiseOf(const Column& column) {
     const auto hasUnit = [](std::string_view text) {
         std::size_t at = 0;
         while (at < text.size() && std::string_view("0123456789+-.,").find(text[at]) != std::string_view::npos) ++at;
-        return at > 0 && at < text.size() && ParseDecimal(text.substr(0, at)).has_value();
+        const std::string_view unit = text.substr(at);
+        const bool hasDigit = std::ranges::any_of(unit, [](unsigned char c) { return std::isdigit(c) != 0; });
+        return !unit.empty() && !hasDigit && ParseDecimal(text.substr(0, at)).has_value();
     };
     if (all(hasUnit)) return "looks like numbers with a unit, which is to be taken away";
     return "";
@@ -321,7 +323,8 @@ FieldLook LookOf(const Seen& seen) {
                                std::to_string(present));
     } else if (seen.column->IsText()) {
         RemarkOnWords(seen, look.remarks);
-    } else if (seen.IsNumber() && seen.AreWhole() && seen.different == 2 && seen.column->type == FieldType::kNumber) {
+    } else if (seen.IsNumber() && seen.AreWhole() && seen.different == 2 && seen.column->type == FieldType::kNumber &&
+               2 * seen.different <= present) {
         look.remarks.push_back("two values: --nominal " + ShellWord(look.name) + " if they are categories");
     }
     return look;

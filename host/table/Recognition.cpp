@@ -23,6 +23,7 @@ struct Row {
     std::size_t line = 0;  // above it
     std::vector<std::string> cells;
     bool isBlank = false;
+    bool isFirstQuoted = false;
 
     std::size_t Width() const { return cells.size(); }
     std::size_t FilledCount() const {
@@ -40,7 +41,7 @@ std::vector<Row> RowsOf(std::string_view text, char delimiter, bool isWhole) {
         Row row;
         row.line = line;
         bool isEnded = false;
-        const std::size_t begin = at;
+        row.isFirstQuoted = text[at] == '"';
         while (!isEnded) {
             std::string cell;
             if (at < text.size() && text[at] == '"') {
@@ -63,7 +64,7 @@ std::vector<Row> RowsOf(std::string_view text, char delimiter, bool isWhole) {
             ++at;
         }
         ++line;
-        row.isBlank = row.Width() == 1 && row.cells.front().empty() && text[begin] != '"';
+        row.isBlank = row.Width() == 1 && row.cells.front().empty() && !row.isFirstQuoted;
         rows.push_back(std::move(row));
     }
     return rows;
@@ -308,7 +309,7 @@ class Recogniser {
         if (named == 0) return;
         if (width > named && EmptyAtEnd(rows, width) >= width - named) {
             shape_.emptyAtEnd = width - named;
-        } else if (nameless == 0 && width == names.size() + 1 && HasDifferentFirstCells(rows)) {
+        } else if (nameless == 0 && width == names.size() + 1 && HaveNames(rows)) {
             shape_.lacksFirstName = true;
             names.insert(names.begin(), "");
         }
@@ -323,10 +324,14 @@ class Recogniser {
         }
     }
 
-    static bool HasDifferentFirstCells(const std::vector<const Row*>& rows) {
-        std::unordered_set<std::string_view> cells;
-        return rows.size() >= 2 &&
-               std::ranges::all_of(rows, [&](const Row* row) { return cells.insert(row->cells.front()).second; });
+    /// Whether the rows begin with names of their own. A comma too many in each of them is more often one of a number
+    /// or a text, so that the names have to be in quotes there, as R has them.
+    bool HaveNames(const std::vector<const Row*>& rows) const {
+        std::unordered_set<std::string_view> names;
+        const auto isName = [&](const Row* row) {
+            return names.insert(row->cells.front()).second && (shape_.delimiter != ',' || row->isFirstQuoted);
+        };
+        return rows.size() >= 2 && std::ranges::all_of(rows, isName);
     }
 
     void NameFirst(std::vector<std::string>& names) {
@@ -371,6 +376,7 @@ class Recogniser {
         if (place + kLeastRows >= rows_.size() || HasNumber(row)) return false;
         std::size_t numberColumns = 0;
         std::size_t texts = 0;
+        std::unordered_set<std::string_view> different;
         bool hasBracket = false;
         for (std::size_t column = 0; column < row.Width(); ++column) {
             std::size_t numbers = 0;
@@ -385,9 +391,11 @@ class Recogniser {
             const std::string_view cell = TrimBlanks(row.cells[column]);
             if (cell.empty() || IsMissing(cell)) continue;
             ++texts;
+            different.insert(cell);
             hasBracket = hasBracket || cell.starts_with('(') || cell.starts_with('[') || cell.starts_with('{');
         }
-        return texts > 0 && (hasBracket || (texts >= 2 && texts == numberColumns));
+        // One word in all of them marks what is missing.
+        return texts > 0 && (hasBracket || (different.size() >= 2 && texts == numberColumns));
     }
 
     void JudgeRowsBelow() {

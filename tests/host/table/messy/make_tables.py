@@ -39,6 +39,11 @@ def table(delimiter=",", end="\n", quote=lambda text: text, **style):
     return end.join(lines) + end
 
 
+def with_names_of_rows():
+    lines = table(quote=quoted, missing="NA").rstrip("\n").split("\n")
+    return "\n".join([lines[0]] + [quoted(str(i + 1)) + "," + line for i, line in enumerate(lines[1:])]) + "\n"
+
+
 def quoted(text):
     return '"' + text + '"'
 
@@ -115,6 +120,15 @@ case("quoted_decimal_commas.csv", "a German program that writes commas between c
      ["decimal commas"], fields=["id", "score"], rows=[[a, c] for a, _, c, _ in ROWS])
 case("bare_decimal_commas.csv", "a program that knows nothing of quotes", "id,arm,score\n1,low,2,5\n2,high,3\n3,low,1\n",
      error=":2: 4 cells; expected 3 as in the header (a comma inside a number or a text without quotes?)")
+case("bare_decimal_each.csv", "the same with a comma in each row, which is no header without a name",
+     "id,score\n1,2,5\n2,3,5\n3,1,5\n",
+     error=":2: 3 cells; expected 2 as in the header (a comma inside a number or a text without quotes?)")
+case("money.csv", "bare amounts of money with commas between thousands", "price\n$1,200.50\n$2,300.00\n",
+     error=":2: 2 cells; expected 1 as in the header (a comma inside a number or a text without quotes?)")
+case("unknown.csv", "a word for what is missing in the first row, which is no row of units",
+     "x,y\nunknown,unknown\n1,2\n3,4\n", fields=["x", "y"], rows=[["unknown", "unknown"], ["1", "2"], ["3", "4"]])
+case("r_write_table.csv", "R's write.table with commas", with_names_of_rows(), ["the first column has no name and is called row"],
+     fields=["row"] + FIELDS, rows=[[i + 1] + row for i, row in enumerate(ROWS)])
 case("one_column.csv", "a column copied from a German spreadsheet", "score\n2,5\n3,25\n\n4\n",
      ["semicolons, decimal commas"], fields=["score"], rows=[[2.5], [3.25], [None], [4]])
 case("separator_line.csv", "a file for a spreadsheet, which says its delimiter",
