@@ -11,6 +11,7 @@ namespace {
 constexpr std::string_view kDescription =
     "tarn tests hypotheses about one, related and independent samples without assuming that they are normal. "
     "analyze chooses the tests by the levels of the fields, or takes those that are named, and shows the results. "
+    "look, or a table alone, shows what a table holds and what can be asked of it. "
     "run hands over a request that is written down, and gives the result document.";
 
 constexpr std::pair<std::string_view, std::string_view> kExitStatuses[] = {
@@ -26,6 +27,7 @@ constexpr std::pair<std::string_view, std::string_view> kEnvironment[] = {
 };
 
 constexpr std::pair<std::string_view, std::string_view> kExamples[] = {
+    {"tarn data.csv", "see what a table holds and what can be asked of it"},
     {"tarn analyze data.csv --related before,after", "compare two fields measured on the same cases"},
     {"tarn analyze data.csv --independent score --group arm --compare pairwise",
      "compare a field between groups, and the groups with one another"},

@@ -309,6 +309,22 @@ void RemarkOnWords(const Seen& seen, std::vector<std::string>& remarks) {
                       ShellWord(column.name + "=" + JoinList(order, ",")));
 }
 
+/// A number that programs write for what is missing, where one stands far from all other values; "" where none does.
+std::string CodeForMissing(const Seen& seen) {
+    if (!seen.IsNumber() || seen.column->type != FieldType::kNumber || seen.different < 3) return "";
+    for (const double code : {99.0, 999.0, 9999.0, 99999.0, -9.0, -99.0, -999.0, -9999.0}) {
+        const auto [first, last] = std::ranges::equal_range(seen.values, code);
+        if (first == last) continue;
+        const bool isAbove = code > 0 && last == seen.values.end() && 2 * *(first - 1) <= code;
+        const bool isBelow = code < 0 && first == seen.values.begin() && *last >= 0;
+        if (!isAbove && !isBelow) continue;
+        const std::string text = Number(code);
+        return text + " occurs " + Counted(static_cast<std::size_t>(last - first), "time", "times") +
+               ", far from the rest; if it means missing: --na NA," + text;
+    }
+    return "";
+}
+
 FieldLook LookOf(const Seen& seen) {
     FieldLook look{seen.column->name, KindOf(seen), ValuesOf(seen), {}};
     if (const std::string missing = MissingOf(seen); !missing.empty()) look.remarks.push_back(missing);
@@ -323,6 +339,8 @@ FieldLook LookOf(const Seen& seen) {
                                std::to_string(present));
     } else if (seen.column->IsText()) {
         RemarkOnWords(seen, look.remarks);
+    } else if (const std::string code = CodeForMissing(seen); !code.empty()) {
+        look.remarks.push_back(code);
     } else if (seen.IsNumber() && seen.AreWhole() && seen.different == 2 && seen.column->type == FieldType::kNumber &&
                2 * seen.different <= present) {
         look.remarks.push_back("two values: --nominal " + ShellWord(look.name) + " if they are categories");

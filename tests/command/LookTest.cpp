@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -152,12 +153,24 @@ TEST_F(Look, GivesADescriptorThatReadsTheTableInTheSameWay) {
     }
 }
 
+TEST_F(Look, SaysWhatThePageOfTheCommandLineShows) {
+    const std::string page = harness::ReadFile(harness::SourcePath("docs/command-line.md"));
+    const std::string prompt = "    $ build/tarn look examples/sleep_clinic.csv\n";
+    const std::size_t begin = page.find(prompt);
+    ASSERT_NE(begin, std::string::npos);
+    std::istringstream lines(page.substr(begin + prompt.size()));
+    std::string shown;
+    for (std::string line; std::getline(lines, line) && line.starts_with("    ");) shown += line.substr(4) + "\n";
+    std::filesystem::current_path(harness::SourcePath("."));
+    EXPECT_EQ(RunTarn({"look", "examples/sleep_clinic.csv"}).out, shown);
+}
+
 TEST_F(Look, NamesWhatIsOdd) {
     const std::string odd =
         folder.Write("odd.csv",
-                     "patient_id,mixed,price,day,dose,flag,size\n"
-                     "1,1,\"1,234\",01.02.2024,5 mg,0,small\n2,2,\"2,345\",13.02.2024,7 mg,1,large\n"
-                     "2,x,\"3,456\",14.02.2024,9 mg,1,medium\n3,4,\"4,567\",15.02.2024,5 mg,0,Small\n");
+                     "patient_id,mixed,price,day,dose,flag,size,age\n"
+                     "1,1,\"1,234\",01.02.2024,5 mg,0,small,31\n2,2,\"2,345\",13.02.2024,7 mg,1,large,45\n"
+                     "2,x,\"3,456\",14.02.2024,9 mg,1,medium,-9\n3,4,\"4,567\",15.02.2024,5 mg,0,Small,28\n");
     const std::string shown = RunTarn({"look", odd}).out;
     for (const char* part : {
              "an identifier that repeats: 3 different in 4",
@@ -165,6 +178,7 @@ TEST_F(Look, NamesWhatIsOdd) {
              "looks like a decimal comma or a mark of thousands: --decimal , or --decimal .",
              "looks like dates; as numbers they are read from YYYY-MM-DD",
              "looks like numbers with a unit, which is to be taken away",
+             "-9 occurs 1 time, far from the rest; if it means missing: --na NA,-9",
              "two values: --nominal flag if they are categories",
              "\"Small\", \"small\" of size differ in nothing but case or blanks",
          }) {
