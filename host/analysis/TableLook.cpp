@@ -313,7 +313,7 @@ void RemarkOnWords(const Seen& seen, std::vector<std::string>& remarks) {
 std::string CodeForMissing(const Seen& seen) {
     if (!seen.IsNumber() || seen.column->type != FieldType::kNumber || seen.different < 3) return "";
     for (const double code : {99.0, 999.0, 9999.0, 99999.0, -9.0, -99.0, -999.0, -9999.0}) {
-        const auto [first, last] = std::ranges::equal_range(seen.values, code);
+        const auto [first, last] = std::equal_range(seen.values.begin(), seen.values.end(), code);
         if (first == last) continue;
         const bool isAbove = code > 0 && last == seen.values.end() && 2 * *(first - 1) <= code;
         const bool isBelow = code < 0 && first == seen.values.begin() && *last >= 0;

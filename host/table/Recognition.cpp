@@ -4,6 +4,7 @@
 #include <array>
 #include <cctype>
 #include <map>
+#include <tuple>
 #include <unordered_set>
 #include <utility>
 
@@ -161,7 +162,9 @@ class Recogniser {
         double agreeing = 0;
         std::size_t width = 0;
 
-        friend auto operator<=>(const Fit&, const Fit&) = default;
+        bool IsBetterThan(const Fit& other) const {
+            return std::tie(hasHeader, agreeing, width) > std::tie(other.hasHeader, other.agreeing, other.width);
+        }
     };
 
     Fit FitOf(char delimiter) const {
@@ -204,7 +207,7 @@ class Recogniser {
         for (const char delimiter : kDelimiters) {
             const Fit fit = FitOf(delimiter);
             constexpr double kMostRows = 0.5;
-            if (fit.width < 2 || fit.agreeing < kMostRows || fit <= best) continue;
+            if (fit.width < 2 || fit.agreeing < kMostRows || !fit.IsBetterThan(best)) continue;
             best = fit;
             shape_.delimiter = delimiter;
         }
