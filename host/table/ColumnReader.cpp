@@ -47,6 +47,8 @@ ColumnReader::ColumnReader(const ColumnPlan& plan, const MissingTexts& missingTe
       isDecimal_(type_ == FieldType::kNumber || type_ == FieldType::kInteger),
       takesDecimals_(isDecimal_ && !missingTexts.HasNumbers() && !plan.isUnnamed &&
                      shape.numbers.decimal != shape.delimiter),
+      trimsBlanks_(shape.trimsBlanks),
+      hasUserMissing_(!plan.userMissing.empty()),
       isText_(type_ == FieldType::kString),
       isCategorical_(plan.LevelAs(type_) != FieldLevel::kContinuous) {
     if (isText_) return;

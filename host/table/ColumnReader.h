@@ -61,8 +61,8 @@ class ColumnReader {
             missing.Count(place);
             return kMissingNumber;
         }
-        const std::string_view text = shape_.trimsBlanks ? trimmed : cell;
-        return IsUserMissing(text) ? kMissingNumber : codes.CodeOf(text);
+        const std::string_view text = trimsBlanks_ ? trimmed : cell;
+        return hasUserMissing_ && IsUserMissing(text) ? kMissingNumber : codes.CodeOf(text);
     }
     /// The same for a cell that was read before as one of a column of numbers.
     double ReadTextAgain(std::string_view cell) { return ReadText(cell, textCodes_, missing_); }
@@ -97,6 +97,8 @@ class ColumnReader {
     FieldType type_;
     bool isDecimal_;
     bool takesDecimals_;
+    bool trimsBlanks_;
+    bool hasUserMissing_;
     bool isText_;
     bool isCategorical_;
     bool hasNumbers_ = false;  // that were read as those of a column without texts
@@ -123,7 +125,7 @@ inline void ColumnReader::ReadNumber(double number, CellCodes& codes, double& va
     }
 }
 
-inline bool ColumnReader::Read(std::string_view cell, CellCodes& codes, double& value) const {
+[[gnu::always_inline]] inline bool ColumnReader::Read(std::string_view cell, CellCodes& codes, double& value) const {
     if (isText_) {
         value = ReadText(cell, codes.texts, codes.missing);
         return true;

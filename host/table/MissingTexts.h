@@ -42,17 +42,16 @@ class MissingTexts {
         texts_.insert(texts_.end(), amongNumbers.begin(), amongNumbers.end());
         for (const std::string& text : texts_) {
             lengths_ |= LengthBit(text);
+            firsts_ |= FirstBit(text);
             hasNumbers_ = hasNumbers_ || ParseDecimal(text);
         }
     }
 
     /// The place of the text; `kNone` if it marks nothing.
-    std::size_t Find(std::string_view text) const {
-        return (lengths_ & LengthBit(text)) == 0 ? kNone : FindAmong(text, texts_.size());
-    }
+    std::size_t Find(std::string_view text) const { return MayBe(text) ? FindAmong(text, texts_.size()) : kNone; }
     /// The same for a cell of a column with words.
     std::size_t FindAmongWords(std::string_view text) const {
-        return (lengths_ & LengthBit(text)) == 0 ? kNone : FindAmong(text, wordCount_);
+        return MayBe(text) ? FindAmong(text, wordCount_) : kNone;
     }
     /// Whether the text at that place can be a word.
     bool MayBeWord(std::size_t place) const { return place >= wordCount_; }
@@ -63,7 +62,12 @@ class MissingTexts {
     bool HasNumbers() const { return hasNumbers_; }
 
  private:
-    std::size_t FindAmong(std::string_view text, std::size_t count) const {
+    /// Whether a text is as long as one of them and one begins alike, which is so of few others.
+    bool MayBe(std::string_view text) const {
+        return (lengths_ & LengthBit(text)) != 0 && (firsts_ & FirstBit(text)) != 0;
+    }
+
+    [[gnu::noinline]] std::size_t FindAmong(std::string_view text, std::size_t count) const {
         for (std::size_t i = 0; i < count; ++i) {
             if (texts_[i] == text) return i;
         }
@@ -74,9 +78,14 @@ class MissingTexts {
         return std::uint64_t{1} << std::min<std::size_t>(text.size(), 63);
     }
 
+    static std::uint64_t FirstBit(std::string_view text) {
+        return text.empty() ? 1 : std::uint64_t{1} << (static_cast<unsigned char>(text.front()) % 64);
+    }
+
     std::vector<std::string> texts_;
     std::size_t wordCount_;      // so many of them, the first ones, mark a cell of any column
     std::uint64_t lengths_ = 0;  // a bit for each length among the texts; the last one for all that are longer
+    std::uint64_t firsts_ = 0;   // a bit for each first character
     bool hasNumbers_ = false;
 };
 
