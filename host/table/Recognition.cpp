@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <functional>
 #include <map>
+#include <set>
 #include <tuple>
 #include <unordered_set>
 #include <utility>
@@ -85,7 +87,9 @@ class Recogniser {
     Recognition Run() {
         TakeSeparatorLine();
         ChooseDelimiter();
-        rows_ = Candidates(shape_.delimiter);
+        static_cast<void>(Candidates(shape_.delimiter));
+        rows_ = std::move(candidates_[shape_.delimiter]);
+        candidates_.clear();
         if (rows_.empty()) return std::move(*this).Result();
         FindHeader();
         JudgeEnds();
@@ -122,8 +126,11 @@ class Recogniser {
     }
 
     /// The rows of the table, empty lines left out, behind the comments above it.
-    std::vector<Row> Candidates(char delimiter) const {
-        std::vector<Row> rows = RowsOf(sample_, delimiter, isWhole_);
+    const std::vector<Row>& Candidates(char delimiter) {
+        const auto [known, isNew] = candidates_.try_emplace(delimiter);
+        std::vector<Row>& rows = known->second;
+        if (!isNew) return rows;
+        rows = RowsOf(sample_, delimiter, isWhole_);
         std::erase_if(rows, [&](const Row& row) { return row.isBlank || row.line < firstLine_; });
         return rows;
     }
@@ -167,8 +174,8 @@ class Recogniser {
         }
     };
 
-    Fit FitOf(char delimiter) const {
-        const std::vector<Row> rows = Candidates(delimiter);
+    Fit FitOf(char delimiter) {
+        const std::vector<Row>& rows = Candidates(delimiter);
         const std::size_t first = CommentCount(rows);
         if (rows.size() <= first) return {};
         const std::size_t width = UsualWidth(rows, first + (rows.size() > first + 1 ? 1 : 0));
@@ -184,13 +191,13 @@ class Recogniser {
     }
 
     /// Whether all rows below the header are numbers with decimal commas, so that the commas are no delimiters.
-    bool IsOneColumnOfDecimalCommas() const {
-        const std::vector<Row> rows = Candidates('\n');
+    bool IsOneColumnOfDecimalCommas() {
+        const std::vector<Row>& rows = Candidates('\n');
         const NumberStyle style{',', '\0', false};
         bool hasComma = false;
         for (std::size_t i = 1; i < rows.size(); ++i) {
             const std::string_view cell = TrimBlanks(rows[i].cells.front());
-            if (!missing_.contains(std::string(cell)) && !ParseNumber(cell, style)) return false;
+            if (!missing_.contains(cell) && !ParseNumber(cell, style)) return false;
             hasComma = hasComma || cell.find(',') != std::string_view::npos;
         }
         return hasComma && rows.front().cells.front().find(',') == std::string::npos;
@@ -219,13 +226,14 @@ class Recogniser {
 
     // ---- the header and what stands around it ----
 
-    bool IsMissing(std::string_view cell) const { return missing_.contains(std::string(TrimBlanks(cell))); }
+    bool IsMissing(std::string_view cell) const { return missing_.contains(TrimBlanks(cell)); }
 
     /// Whether a cell is a number in any style.
     static bool IsAnyNumber(std::string_view text) {
         const std::string_view cell = TrimBlanks(text);
         constexpr std::string_view kBeginnings = "0123456789+-.,";
         if (cell.empty() || kBeginnings.find(cell.front()) == std::string_view::npos) return false;
+        if (ParseDecimal(cell)) return true;
         for (const char decimal : {'.', ','}) {
             for (const char thousands : {decimal == '.' ? ',' : '.', ' ', '\''}) {
                 if (ParseNumber(cell, {decimal, thousands, true})) return true;
@@ -427,6 +435,7 @@ class Recogniser {
 
     /// Whether the row at `place` has no values as if it stood right above the rows behind `last`.
     bool HasNoValuesAbove(std::size_t place, std::size_t last) const {
+        if (HasNumber(rows_[place])) return false;
         if (place == last) return HasNoValues(place);
         Recogniser without(*this);
         without.rows_.erase(without.rows_.begin() + static_cast<std::ptrdiff_t>(place) + 1,
@@ -456,10 +465,10 @@ class Recogniser {
             if (!IsAnyNumber(cell)) return false;
             ++evidence.count;
             if (ParseDecimal(cell)) {
-                const std::size_t point = cell.find('.');
-                const bool mayBeGroups = ParseNumber(cell, {',', '.', false}).has_value();
-                if (point != std::string_view::npos && !mayBeGroups) evidence.hasFractionPoint = true;
-                if (point != std::string_view::npos && !mayBeGroups) evidence.fitsComma = false;
+                const bool isFraction =
+                    cell.find('.') != std::string_view::npos && !ParseNumber(cell, {',', '.', false});
+                evidence.hasFractionPoint = evidence.hasFractionPoint || isFraction;
+                evidence.fitsComma = evidence.fitsComma && !isFraction;
                 continue;
             }
             evidence.isPlain = false;
@@ -548,10 +557,11 @@ class Recogniser {
     std::string_view sample_;
     bool isWhole_;
     const ToldShape& told_;
-    std::unordered_set<std::string> missing_;
+    std::set<std::string, std::less<>> missing_;
     std::optional<char> separator_;
     std::size_t firstLine_ = 0;  // of the table, comments above it included
-    std::vector<Row> rows_;      // the header first, once it is found
+    std::map<char, std::vector<Row>> candidates_;
+    std::vector<Row> rows_;  // the header first, once it is found
     TableShape shape_;
     std::vector<std::string> remarks_;
 };

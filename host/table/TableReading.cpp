@@ -19,7 +19,7 @@ constexpr std::size_t kHeadSize = 4096;
 /// So many bytes are looked at, and more of a table with long rows.
 constexpr std::size_t kSampleSize = std::size_t{1} << 16;
 constexpr std::size_t kLargestSample = std::size_t{1} << 22;
-constexpr std::ptrdiff_t kLeastLines = 20;
+constexpr std::ptrdiff_t kLeastLines = 6;
 
 /// The first bytes of a source, at most `size`; it stands at its first byte again.
 std::string Head(ByteSource& source, std::size_t size) {
