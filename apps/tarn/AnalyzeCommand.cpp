@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "apps/tarn/Command.h"
 #include "apps/tarn/CommandEnvironment.h"
 #include "apps/tarn/Interrupt.h"
 #include "apps/tarn/Presentation.h"
@@ -57,16 +58,18 @@ ExitStatus Analyze(const AnalyzeOptions& options) {
     if (!outcome.succeeded) return status;
 
     const OutputOptions& output = options.output;
-    if (!output.outPath.empty()) WriteWholeFile(output.outPath, outcome.document);
     const ReportFormat format = output.format.value_or(ReportFormat::kText);
     const bool isDocumentShown = format == ReportFormat::kXml;
-    const std::string shown = isDocumentShown ? outcome.document : std::string();
+    const bool isKept = isDocumentShown || !output.outPath.empty();
+    const std::string document = isKept ? outcome.document : std::string();
     ResultReading result = ReadAnalysis(std::move(outcome.document), options.analysis, environment);
     const bool isShown = format != ReportFormat::kText || !output.quiet;
     if (isShown && !isDocumentShown) SupplyFigures(result, table, options.analysis, options.supplement, environment);
+    if (interrupt.IsAsked()) return TellMistake(kCancelledRun, ExitStatus::kRunFailed);
+    if (!output.outPath.empty()) WriteWholeFile(output.outPath, document);
     // Text and JSON have a place for notes.
     if (!isShown || format == ReportFormat::kCsv || format == ReportFormat::kXml) TellNotes(outcome.notes);
-    if (isShown) PrintResult(isDocumentShown ? shown : Present(result, format, outcome.notes));
+    if (isShown) PrintResult(isDocumentShown ? document : Present(result, format, outcome.notes));
     if (!IsNoneDone(result)) return status;
     return TellMistake("no test could be done; each says why", ExitStatus::kRunFailed);
 }

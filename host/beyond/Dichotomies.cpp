@@ -24,6 +24,25 @@ std::vector<bool> AreSuccesses(const Column& column, const Column& first, const 
 
 }  // namespace
 
+FirstClass FirstClassOf(const TestView& view) {
+    FirstClass first;
+    const int position = view.facts->condition.firstClass;
+    if (view.result == nullptr || position == ConditionParameters::kNone) return first;
+    const std::vector<std::string>& parameters = view.result->parameters;
+    const auto place = static_cast<std::size_t>(position);
+    if (place >= parameters.size()) return first;
+    if (view.result->conditionKey.find("CutPoint") != std::string::npos) {
+        first.cut = Number(parameters[place]).value;
+        return first;
+    }
+    const ResultField* const field = view.document->FieldAt(parameters.front());
+    for (const std::string& index : SplitList(parameters[place])) {
+        const std::string* const shown = field == nullptr ? nullptr : field->CategoryAt(index);
+        if (shown != nullptr) first.categories.push_back(*shown);
+    }
+    return first;
+}
+
 std::optional<PairedAnswers> AnswersOf(const CountTable& counts) {
     if (counts.rows.size() != 2 || counts.rows[0].size() != 2 || counts.rows[1].size() != 2) return std::nullopt;
     const auto count = [&](std::size_t row, std::size_t column) { return Number(counts.rows[row][column]).value; };

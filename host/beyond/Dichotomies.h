@@ -9,6 +9,15 @@
 
 namespace tarn {
 
+/// The first of the two classes of a test of one field, as its document names it.
+struct FirstClass {
+    std::optional<double> cut;            ///< values up to it; none for a field of categories
+    std::vector<std::string> categories;  ///< as a reader is shown them
+};
+
+/// Neither a cut nor categories for a test without classes, and for one whose classes have no category.
+FirstClass FirstClassOf(const TestView& view);
+
 /// The four cells of a cross table of two classes; none for a table of another shape.
 std::optional<PairedAnswers> AnswersOf(const CountTable& counts);
 

@@ -228,4 +228,11 @@ double KolmogorovUpperTail(double size, double difference) {
     return std::clamp(1 - lower, 0.0, 1.0);
 }
 
+double KolmogorovOneSidedUpperTail(double size, double difference) {
+    if (!(size >= 1) || std::isnan(difference)) return kNaN;
+    if (difference >= 1) return 0;
+    if (difference <= 0) return 1;
+    return std::min(1.0, OneSidedUpperTail(size, difference));
+}
+
 }  // namespace tarn

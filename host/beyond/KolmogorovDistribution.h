@@ -17,4 +17,8 @@ double KolmogorovLimitUpperTail(long double z);
 /// `size`: a whole number; NaN for one below 1.
 double KolmogorovUpperTail(double size, double difference);
 
+/// The same of the distance to one side. To a size of a million the exact distribution (Birnbaum and Tingey 1951), then
+/// that of Maag and Dicaire (1971, Biometrika 58, 653-656).
+double KolmogorovOneSidedUpperTail(double size, double difference);
+
 }  // namespace tarn

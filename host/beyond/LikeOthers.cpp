@@ -330,8 +330,11 @@ LikeSetting LikeBinomial(const LikeQuestion& question, const Words& words, bool 
 LikeSetting LikeSign(const LikeQuestion& question, const Words& words) {
     const bool isExact = question.exact.value_or(true);
     if (!isExact && !words.IsR()) return NoCall("likeNoCall");
-    const std::string above = words.CountOf(words.Field(1) + " > " + words.Field(0));
-    const std::string below = words.CountOf(words.Field(1) + " < " + words.Field(0));
+    const double shift = question.testValue.value_or(0);
+    const std::string one = shift == 0 ? words.Field(1) : words.Field(1) + " - " + words.Field(0);
+    const std::string other = shift == 0 ? words.Field(0) : NumberText(shift);
+    const std::string above = words.CountOf(one + " > " + other);
+    const std::string below = words.CountOf(one + " < " + other);
     Call call = words.Begin(isExact ? "binom.test" : "prop.test", "binomtest");
     if (words.IsR() && isExact) {
         call.Add("c(" + above + ", " + below + ")");

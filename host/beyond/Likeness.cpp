@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "host/NumberText.h"
+#include "host/beyond/Dichotomies.h"
 
 namespace tarn {
 
@@ -16,13 +17,12 @@ bool HasTies(const AscendingSample& sample) {
 
 /// Whether any value stands twice among all groups.
 bool HasTies(const std::vector<AscendingSample>& samples) {
-    const TieBlocks blocks = BlocksOf(samples);
-    for (std::size_t block = 0; block < blocks.BlockCount(); ++block) {
-        std::int64_t cases = 0;
-        for (std::size_t group = 0; group < blocks.groupCount; ++group) cases += blocks.CountOf(block, group);
-        if (cases > 1) return true;
+    std::vector<double> all;
+    for (const AscendingSample& sample : samples) {
+        if (HasTies(sample)) return true;
+        all.insert(all.end(), sample.values.begin(), sample.values.end());
     }
-    return false;
+    return HasTies(Ascending(std::move(all), {}));
 }
 
 /// Magnitudes of differences that are not zero.
@@ -74,6 +74,13 @@ void SetSuccesses(const TestView& view, const std::vector<std::string>& success,
         const Category* const category = FindCategory(column, word);
         if (category != nullptr) question.successes.push_back(ValueText(column, *category));
     }
+    const FirstClass first = FirstClassOf(view);
+    question.cutPoint = first.cut;
+    const bool areNamed = !question.successes.empty();
+    for (const std::string& shown : first.categories) {
+        const Category* const category = areNamed ? nullptr : FindCategory(column, shown);
+        if (category != nullptr) question.successes.push_back(ValueText(column, *category));
+    }
     if (question.successes.empty() && !column.categories.empty()) {
         question.successes.push_back(ValueText(column, column.categories.front()));
     }
@@ -84,16 +91,31 @@ double FigureOf(const TestReading& reading, std::string_view key) {
     return found == reading.figures.end() ? std::nan("") : found->value.value;
 }
 
+/// The setting of a plan that asks for the test.
+std::string_view SettingOf(const TestView& view) {
+    if (!view.Is(Tests::kKolmogorovSmirnov) || view.result == nullptr) return view.facts->Settings().front();
+    const std::string& condition = view.result->conditionKey;
+    if (condition.starts_with("Uniform")) return KolmogorovSmirnovSetting::kUniform;
+    if (condition.starts_with("Poisson")) return KolmogorovSmirnovSetting::kPoisson;
+    if (condition.starts_with("Exponential")) return KolmogorovSmirnovSetting::kExponential;
+    return KolmogorovSmirnovSetting::kNormal;
+}
+
+bool ComparesDistributions(const TestView& view) {
+    return view.Is(Tests::kKolmogorovSmirnovTwoSample) || view.Is(Tests::kKolmogorovSmirnov);
+}
+
 }  // namespace
 
 LikeSetting LikenessOf(const TestView& view, const SupplementOptions& wanted, double probability,
                        const std::vector<std::string>& success) {
     LikeQuestion question;
-    question.test = view.facts->Settings().front();
+    question.test = SettingOf(view);
     question.alternative = wanted.alternative;
     // A distribution function that lies above belongs to the smaller values.
-    if (view.Is(Tests::kKolmogorovSmirnovTwoSample) && wanted.alternative != Alternative::kTwoSided) {
-        question.alternative = wanted.alternative == Alternative::kLess ? Alternative::kGreater : Alternative::kLess;
+    if (ComparesDistributions(view) && wanted.alternative != Alternative::kTwoSided) {
+        question.alternative =
+            wanted.alternative == Alternative::kLess ? Alternative::kGreater : Alternative::kLess;
     }
     question.testValue = wanted.shift;
     if (view.Is(Tests::kBinomial)) question.testValue = probability;

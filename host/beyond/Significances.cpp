@@ -8,6 +8,7 @@
 
 #include "host/beyond/BlockRows.h"
 #include "host/beyond/Dichotomies.h"
+#include "host/beyond/KolmogorovDistribution.h"
 #include "host/beyond/exact/BinomialExact.h"
 #include "host/beyond/exact/FriedmanExact.h"
 #include "host/beyond/exact/JonckheereExact.h"
@@ -58,6 +59,12 @@ Alternative Turned(Alternative alternative) {
     return alternative == Alternative::kLess ? Alternative::kGreater : Alternative::kLess;
 }
 
+/// A figure of the document; no number for none.
+double FigureOf(const TestReading& reading, std::string_view key) {
+    const auto found = std::ranges::find(reading.figures, key, &Figure::key);
+    return found == reading.figures.end() ? std::nan("") : found->value.value;
+}
+
 // ---- Groups ----
 
 std::vector<AscendingSample> Shifted(const TestView& view, double shift) {
@@ -72,9 +79,17 @@ Lazy<TieBlocks> BlocksOfView(const TestView& view, double shift = 0) {
     return Lazy<TieBlocks>([&view, shift] { return BlocksOf(Shifted(view, shift)); });
 }
 
+/// Blocks have a count for each group, so that many groups of many different values would take gigabytes.
+bool AreBlocksTooLarge(const TestView& view) {
+    constexpr double kMostCounts = 1e7;
+    double values = 0;
+    for (const AscendingSample& sample : view.samples) values += static_cast<double>(sample.values.size());
+    return values * static_cast<double>(view.samples.size()) > kMostCounts && view.samples.size() > 2;
+}
+
 std::function<double()> CostOfBlocks(const TestView& view, const Choices& choices, const Lazy<TieBlocks>& blocks,
                                      double (*cost)(const TieBlocks&), double factor = 1) {
-    const bool areTooMany = view.Size() > choices.mostCases;
+    const bool areTooMany = view.Size() > choices.mostCases || AreBlocksTooLarge(view);
     return [=] { return areTooMany ? kNever : factor * cost(blocks.Get()); };
 }
 
@@ -101,7 +116,8 @@ SignificanceWays OfDistance(const TestView& view, const Choices& choices) {
     SignificanceWays ways;
     ways.cost = CostOfBlocks(view, choices, blocks, SmirnovExactCost);
     ways.exact = [=] {
-        const SmirnovTails tails = SmirnovExact(blocks.Get());
+        const SmirnovTails tails =
+            choices.ignoresTies ? SmirnovExactIgnoringTies(blocks.Get()) : SmirnovExact(blocks.Get());
         return std::optional(ExactTails{tails.greater, tails.less, tails.twoSided});
     };
     ways.monteCarlo = [=](const MonteCarloPlan& plan, const WorkShare& work) -> std::optional<MonteCarloTails> {
@@ -112,6 +128,8 @@ SignificanceWays OfDistance(const TestView& view, const Choices& choices) {
     ways.asymptotic = [&view, choices] {
         return KolmogorovTest(view.samples[0], view.samples[1], Turned(choices.alternative), choices.kolmogorov);
     };
+    ways.asymptoticBy = choices.kolmogorov == KolmogorovForm::kLimit ? "byLimit" : "byCorrectedLimit";
+    if (choices.ignoresTies) ways.exactBy = "ignoringTies";
     ways.hasAlternative = true;
     return ways;
 }
@@ -119,10 +137,11 @@ SignificanceWays OfDistance(const TestView& view, const Choices& choices) {
 SignificanceWays OfSeveralGroups(const TestView& view, const Choices& choices) {
     const Lazy<TieBlocks> blocks = BlocksOfView(view);
     SignificanceWays ways;
+    const bool areTooLarge = AreBlocksTooLarge(view);
     ways.cost = CostOfBlocks(view, choices, blocks, KruskalWallisExactSteps, kAdditionsPerStep);
     ways.exact = [=] { return OneTail(KruskalWallisExact(blocks.Get())); };
     ways.monteCarlo = [=](const MonteCarloPlan& plan, const WorkShare& work) {
-        return KruskalWallisMonteCarlo(blocks.Get(), plan, work);
+        return areTooLarge ? std::nullopt : KruskalWallisMonteCarlo(blocks.Get(), plan, work);
     };
     return ways;
 }
@@ -130,10 +149,11 @@ SignificanceWays OfSeveralGroups(const TestView& view, const Choices& choices) {
 SignificanceWays OfTrend(const TestView& view, const Choices& choices) {
     const Lazy<TieBlocks> blocks = BlocksOfView(view);
     SignificanceWays ways;
+    const bool areTooLarge = AreBlocksTooLarge(view);
     ways.cost = CostOfBlocks(view, choices, blocks, JonckheereExactCost);
     ways.exact = [=] { return std::optional(JonckheereExact(blocks.Get())); };
     ways.monteCarlo = [=](const MonteCarloPlan& plan, const WorkShare& work) {
-        return JonckheereMonteCarlo(blocks.Get(), plan, work);
+        return areTooLarge ? std::nullopt : JonckheereMonteCarlo(blocks.Get(), plan, work);
     };
     ways.asymptotic = [=] { return JonckheereTest(blocks.Get(), choices.alternative); };
     ways.hasAlternative = true;
@@ -149,13 +169,8 @@ struct MedianSplit {
     std::size_t blocksBelow = 0;
 };
 
-double MedianUsed(const TestReading& reading) {
-    const auto found = std::ranges::find(reading.figures, "Median", &Figure::key);
-    return found == reading.figures.end() ? std::nan("") : found->value.value;
-}
-
 MedianSplit SplitAtMedian(const TestView& view) {
-    const double median = MedianUsed(*view.reading);
+    const double median = FigureOf(*view.reading, "Median");
     MedianSplit split;
     std::vector<double> below;
     for (const AscendingSample& sample : view.samples) {
@@ -176,10 +191,11 @@ MedianSplit SplitAtMedian(const TestView& view) {
 }
 
 SignificanceWays OfMedian(const TestView& view, const Choices& choices) {
-    if (std::isnan(MedianUsed(*view.reading))) return {};
+    if (std::isnan(FigureOf(*view.reading, "Median"))) return {};
     const Lazy<MedianSplit> split([&view] { return SplitAtMedian(view); });
     const Lazy<TieBlocks> blocks = BlocksOfView(view);
     SignificanceWays ways;
+    const bool areTooLarge = AreBlocksTooLarge(view);
     ways.exactBy = "givenMargins";
     ways.cost = [=] { return MedianExactCost(split.Get().above, split.Get().notAbove); };
     ways.exact = [=]() -> std::optional<ExactTails> {
@@ -188,7 +204,7 @@ SignificanceWays OfMedian(const TestView& view, const Choices& choices) {
         return FisherExact({counts.above[0], counts.notAbove[0], counts.above[1], counts.notAbove[1]});
     };
     ways.monteCarlo = [=](const MonteCarloPlan& plan, const WorkShare& work) {
-        return MedianMonteCarlo(blocks.Get(), split.Get().blocksBelow, plan, work);
+        return areTooLarge ? std::nullopt : MedianMonteCarlo(blocks.Get(), split.Get().blocksBelow, plan, work);
     };
     if (view.samples.size() != 2) return ways;
     ways.asymptotic = [=] {
@@ -264,6 +280,38 @@ SignificanceWays OfSigns(const TestView& view, const Choices& choices) {
     };
     ways.hasAlternative = true;
     ways.hasShift = true;
+    return ways;
+}
+
+/// Of one sample against a continuous distribution. Larger values have the lower distribution function. The document's
+/// own significance allows for parameters from the sample where it can, and these don't.
+SignificanceWays OfOneSampleDistance(const TestView& view, const Choices& choices) {
+    if (!choices.takesParametersAsGiven) return {};
+    const double size = view.Size();
+    const double below = std::max(0.0, -FigureOf(*view.reading, "Negative"));
+    const double above = std::max(0.0, FigureOf(*view.reading, "Positive"));
+    const double either = std::fabs(FigureOf(*view.reading, "Absolute"));
+    if (std::isnan(either)) return {};
+    SignificanceWays ways;
+    ways.cost = [] { return 1e6; };
+    ways.exact = [=] {
+        return std::optional(ExactTails{KolmogorovOneSidedUpperTail(size, above),
+                                        KolmogorovOneSidedUpperTail(size, below), KolmogorovUpperTail(size, either)});
+    };
+    ways.asymptotic = [=] {
+        const bool isEither = choices.alternative == Alternative::kTwoSided;
+        ChosenTest test;
+        test.statistic = isEither ? either : choices.alternative == Alternative::kLess ? above : below;
+        test.z = std::sqrt(size) * test.statistic;
+        test.p = isEither ? KolmogorovLimitUpperTail(test.z) : std::exp(-2 * test.z * test.z);
+        test.hasContinuity = false;
+        return test;
+    };
+    ways.exactBy = "byKolmogorov";
+    ways.asymptoticBy = "byKolmogorovLimit";
+    ways.hasAlternative = true;
+    ways.greater = "aboveDistribution";
+    ways.less = "belowDistribution";
     return ways;
 }
 
@@ -460,6 +508,7 @@ struct SignificanceRow {
 constexpr std::array kSignificances{
     SignificanceRow{&Tests::kMannWhitney, OfRankSum, true},
     SignificanceRow{&Tests::kKolmogorovSmirnovTwoSample, OfDistance, true},
+    SignificanceRow{&Tests::kKolmogorovSmirnov, OfOneSampleDistance},
     SignificanceRow{&Tests::kKruskalWallis, OfSeveralGroups},
     SignificanceRow{&Tests::kJonckheereTerpstra, OfTrend},
     SignificanceRow{&Tests::kMedian, OfMedian},

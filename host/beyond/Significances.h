@@ -23,6 +23,10 @@ struct Choices {
     double shift = 0;  ///< by which the first sample is expected to lie above the second
     KolmogorovForm kolmogorov = KolmogorovForm::kLimit;
     double probability = 0.5;  ///< of the first class
+    /// The significances that other systems show, even where a better one is at hand: as if there were no ties, and as
+    /// if the parameters of a distribution weren't those of the sample.
+    bool ignoresTies = false;
+    bool takesParametersAsGiven = false;
     /// With more cases than that no exact significance is thought of whose cost grows with them.
     double mostCases = 1e4;
     std::vector<std::string> success = {};  ///< categories that count as successes; empty for those of the data
@@ -39,8 +43,9 @@ struct SignificanceWays {
     bool hasAlternative = false;  ///< whether its significances have sides
     bool hasZeros = false;
     bool hasShift = false;
-    /// What the alternatives say, as keys of labels: "larger" and "smaller", of the first sample and the second.
     const char* exactBy = "givenTies";  ///< what the exact one goes through, as the key of a label
+    const char* asymptoticBy = nullptr;  ///< the key of the limit, where it isn't the normal approximation
+    /// What the alternatives say, as keys of labels: "larger" and "smaller", of the first sample and the second.
     const char* greater = "larger";
     const char* less = "smaller";
 };

@@ -22,7 +22,7 @@ namespace {
 /// An exact significance that takes no longer is made without being asked for: a tenth of a second at 1e9 additions a
 /// second, for all tests of a run together.
 constexpr double kMostByItself = 1e8;
-/// The same of one that is asked for.
+/// The same of those that are asked for, again of all tests together: some 20 seconds.
 constexpr double kMostWhenAsked = 2e10;
 constexpr double kMostCasesWhenAsked = 1e6;
 /// How many nanoseconds the estimates of all tests of a run may take together.
@@ -132,22 +132,19 @@ class Significances {
         std::optional<LikeSetting> likeness;
         if (wanted_.like) {
             likeness = LikenessOf(view_, wanted_, source_.probability, source_.success);
-            supplement_.call = likeness->call;
-            if (!likeness->hasCall) {
-                Remark(likeness->reason);
-                return nullptr;
+            if (!likeness->hasCall || CannotFollow(*likeness)) {
+                Remark(likeness->hasCall ? "likeIgnoresTies" : likeness->reason);
+                likeness.reset();
             }
-            choices.continuity = likeness->continuity;
-            choices.zeros = likeness->zeros;
-            choices.kolmogorov = likeness->kolmogorov;
         }
+        if (likeness) Follow(*likeness, choices);
         ways_ = WaysOf(view_, choices);
         if (!HasWays()) return nullptr;
         RemarkOnWishes();
         if (!ways_.hasAlternative) choices.alternative = Alternative::kTwoSided;
-        const bool isExactLike = likeness && likeness->isExact && !likeness->ignoresTies;
+        const bool isExactLike = likeness && likeness->isExact;
         std::optional<std::size_t> chosen;
-        if (HasChoice() && !isExactLike) chosen = AddAsymptotic(choices);
+        if ((HasChoice() || likeness) && !isExactLike) chosen = AddAsymptotic(choices);
         if (const auto exact = AddExact(choices, isExactLike); exact && (isExactLike || wanted_.exact)) chosen = exact;
         if (const auto estimated = AddMonteCarlo(choices); estimated && !chosen) chosen = estimated;
         if (!chosen && wanted_.alternative != Alternative::kTwoSided && !supplement_.pValues.empty()) chosen = 0;
@@ -155,6 +152,22 @@ class Significances {
     }
 
  private:
+    /// A significance of values with ties as if there were none is made for Smirnov's test alone.
+    bool CannotFollow(const LikeSetting& likeness) const {
+        return likeness.ignoresTies && !view_.Is(Tests::kKolmogorovSmirnovTwoSample);
+    }
+
+    void Follow(const LikeSetting& likeness, Choices& choices) {
+        supplement_.call = likeness.call;
+        choices.continuity = likeness.continuity;
+        choices.zeros = likeness.zeros;
+        choices.kolmogorov = likeness.kolmogorov;
+        choices.ignoresTies = likeness.ignoresTies;
+        choices.takesParametersAsGiven = true;
+        if (likeness.isExact) choices.mostCases = kMostCasesWhenAsked;
+        if (!source_.rule.listwise.empty()) Remark("likeListwise");
+    }
+
     Choices ChoicesOf() const {
         Choices choices;
         choices.alternative = wanted_.alternative;
@@ -164,7 +177,7 @@ class Significances {
         choices.probability = source_.probability;
         choices.success = source_.success;
         // No test whose cost grows with its cases takes fewer additions than their square.
-        choices.mostCases = wanted_.exact || wanted_.like ? kMostCasesWhenAsked : std::sqrt(kMostByItself * share_);
+        choices.mostCases = wanted_.exact ? kMostCasesWhenAsked : std::sqrt(kMostByItself * share_);
         return choices;
     }
 
@@ -172,8 +185,7 @@ class Significances {
     /// has it otherwise.
     bool HasChoice() const {
         const bool hasShift = wanted_.shift && ways_.hasShift && !view_.Is(Tests::kWilcoxonOneSample);
-        return wanted_.alternative != Alternative::kTwoSided || wanted_.continuity || wanted_.zeros || hasShift ||
-               wanted_.like;
+        return wanted_.alternative != Alternative::kTwoSided || wanted_.continuity || wanted_.zeros || hasShift;
     }
     bool HasWays() const { return ways_.exact || ways_.asymptotic || ways_.monteCarlo; }
 
@@ -188,11 +200,21 @@ class Significances {
         if (wanted_.zeros && !ways_.hasZeros) Remark("no-zeros");
         if (wanted_.exact && !ways_.exact) Remark("no-exact");
         if (wanted_.draws > 0 && !ways_.monteCarlo) Remark("no-monte-carlo");
-        const bool takesValue = ways_.hasShift || view_.Is(Tests::kMedian) || view_.Is(Tests::kWilcoxonOneSample);
+        // Of one sample the value is for those tests of the request that take one.
+        const bool takesValue =
+            ways_.hasShift || view_.Is(Tests::kMedian) || view_.facts->family == TestFamily::kOneSample;
         if (wanted_.shift && !takesValue) Remark("no-shift");
         if (!wanted_.continuity) return;
         const bool has = ways_.asymptotic && ways_.asymptotic().hasContinuity;
         if (!has) Remark("no-continuity");
+    }
+
+    void RemarkOnCost(double cost, double most) {
+        if (std::isfinite(cost)) {
+            Remark("exact-too-large", {FewDigits(NumberOf(cost)), FewDigits(NumberOf(most))});
+        } else {
+            Remark("exact-too-many");
+        }
     }
 
     SuppliedPValue Begin(const char* kind, const char* method, const Choices& choices) const {
@@ -226,9 +248,8 @@ class Significances {
         if (!ways_.asymptotic) return std::nullopt;
         const ChosenTest test = ways_.asymptotic();
         SuppliedPValue p = Begin("asymptotic", "byNormal", choices);
-        p.method =
-            source_.texts.Label(test.hasContinuity && choices.continuity ? "withContinuity" : "withoutContinuity");
-        if (view_.Is(Tests::kKolmogorovSmirnovTwoSample)) p.method = source_.texts.Label("byLimit");
+        p.method = source_.texts.Label(test.hasContinuity && choices.continuity ? "withContinuity" : "withoutContinuity");
+        if (ways_.asymptoticBy != nullptr) p.method = source_.texts.Label(ways_.asymptoticBy);
         if (test.hasZeroMethod || ways_.hasZeros) {
             constexpr const char* kZeros[] = {"zerosDropped", "zerosPratt", "zerosSplit"};
             p.method += ", " + source_.texts.Label(kZeros[static_cast<std::size_t>(choices.zeros)]);
@@ -250,10 +271,11 @@ class Significances {
 
     std::optional<std::size_t> AddExact(const Choices& choices, bool isAsked) {
         const bool wants = wanted_.exact || isAsked;
-        if (!ways_.exact || (!wants && !HasChoice() && HasExact())) return std::nullopt;
+        if (!ways_.exact || (!wants && !HasChoice() && !wanted_.like && HasExact())) return std::nullopt;
         const double cost = ways_.cost();
-        if (cost > (wants ? kMostWhenAsked : kMostByItself * share_)) {
-            if (wants) Remark("exact-too-large", {FewDigits(NumberOf(cost)), FewDigits(NumberOf(kMostWhenAsked))});
+        const double most = share_ * (wants ? kMostWhenAsked : kMostByItself);
+        if (cost > most) {
+            if (wants) RemarkOnCost(cost, most);
             return std::nullopt;
         }
         const std::optional<ExactTails> tails = ways_.exact();
@@ -268,8 +290,12 @@ class Significances {
 
     std::optional<std::size_t> AddMonteCarlo(const Choices& choices) {
         if (wanted_.draws == 0 || !ways_.monteCarlo) return std::nullopt;
-        const std::optional<MonteCarloTails> tails = ways_.monteCarlo({wanted_.draws, wanted_.seed}, source_.work);
-        if (!tails) return std::nullopt;
+        const std::optional<MonteCarloTails> tails =
+            ways_.monteCarlo({wanted_.draws, wanted_.seed}, source_.work);
+        if (!tails) {
+            if (!source_.work.IsStopped()) Remark("monte-carlo-too-large");
+            return std::nullopt;
+        }
         SuppliedPValue p = Begin("monte-carlo", "byDraws", choices);
         const std::vector<std::string> parameters{std::to_string(wanted_.draws), std::to_string(wanted_.seed)};
         p.method = FillIn(p.method, {&parameters});

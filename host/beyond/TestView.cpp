@@ -81,6 +81,12 @@ void SetFields(TestView& view, const ViewSource& source, const std::vector<int>&
     });
 }
 
+/// What the document has of a test; both stand at the same place.
+const TestResult* ResultOf(const TestReading& reading, const ResultReading& result) {
+    const auto place = static_cast<std::size_t>(&reading - result.tests.data());
+    return place < result.document.tests.size() ? &result.document.tests[place] : nullptr;
+}
+
 }  // namespace
 
 double TestView::Size() const {
@@ -100,6 +106,8 @@ std::optional<TestView> ViewOf(const TestReading& reading, const ResultReading& 
     const Table& table = source.table;
     TestView view;
     view.reading = &reading;
+    view.result = ResultOf(reading, result);
+    view.document = &result.document;
     view.facts = Tests::OfResult(reading.name);
     if (view.facts == nullptr || reading.HasError() || reading.fields.empty()) return std::nullopt;
     view.confidence = result.confidenceLevel.value;

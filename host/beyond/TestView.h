@@ -14,7 +14,9 @@ namespace tarn {
 
 /// A test as the figures beside it are made from: what its document says, and the cases that it had.
 struct TestView {
-    const TestReading* reading = nullptr;  ///< borrowed
+    const TestReading* reading = nullptr;  ///< borrowed, as are the next two
+    const TestResult* result = nullptr;
+    const ResultDocument* document = nullptr;
     const TestFacts* facts = nullptr;
     std::vector<const Column*> columns;  ///< of its fields, borrowed from the table
     const Column* groupColumn = nullptr;

@@ -22,6 +22,9 @@ constexpr std::array<std::string_view, 38> kColumns{
 
 using Row = std::map<std::string_view, std::string>;
 
+/// Of the interval of a significance by random arrangements.
+constexpr const char* kLevelOfEstimates = "0.99";
+
 std::string Quoted(const std::string& cell) {
     if (cell.find_first_of(",\"\r\n") == std::string::npos) return cell;
     std::string quoted = "\"";
@@ -217,6 +220,7 @@ void AppendSupplement(std::string& text, const Row& common, const Supplement& su
         row["alternative"] = p.alternative;
         row["conf_low"] = p.lower;
         row["conf_high"] = p.upper;
+        if (!p.lower.empty()) row["conf_level"] = kLevelOfEstimates;
         Append(text, row);
     }
 }

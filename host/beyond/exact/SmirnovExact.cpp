@@ -103,19 +103,17 @@ class Paths {
     double taken_ = 0;
 };
 
-double ChanceToReach(const TieBlocks& blocks, const Sizes& sizes, const Bounds& bounds) {
+/// `ends` has the number of cases of each block.
+double ChanceToReach(const std::vector<std::int64_t>& ends, const Sizes& sizes, const Bounds& bounds) {
     Paths paths(sizes, bounds);
-    for (std::size_t b = 0; b < blocks.BlockCount() && !paths.AreAllTaken(); ++b) {
-        const std::int64_t tied = blocks.CountOf(b, 0) + blocks.CountOf(b, 1);
-        for (std::int64_t i = 0; i < tied; ++i) paths.Draw();
+    for (std::size_t b = 0; b < ends.size() && !paths.AreAllTaken(); ++b) {
+        for (std::int64_t i = 0; i < ends[b]; ++i) paths.Draw();
         paths.EndBlock();
     }
     return paths.Taken();
 }
 
-}  // namespace
-
-SmirnovTails SmirnovExact(const TieBlocks& blocks) {
+SmirnovTails TailsOf(const TieBlocks& blocks, const std::vector<std::int64_t>& ends) {
     const Sizes sizes = SizesOf(blocks);
     SmirnovTails tails;
     if (sizes.first == 0 || sizes.second == 0) return tails;
@@ -126,10 +124,23 @@ SmirnovTails SmirnovExact(const TieBlocks& blocks) {
     tails.differenceBelow = static_cast<double>(observed.below) / unit;
     tails.difference = static_cast<double>(larger) / unit;
     // A difference of 0 is reached by every path.
-    if (larger > 0) tails.twoSided = ChanceToReach(blocks, sizes, {larger, larger});
-    if (observed.above > 0) tails.greater = ChanceToReach(blocks, sizes, {.above = observed.above});
-    if (observed.below > 0) tails.less = ChanceToReach(blocks, sizes, {.below = observed.below});
+    if (larger > 0) tails.twoSided = ChanceToReach(ends, sizes, {larger, larger});
+    if (observed.above > 0) tails.greater = ChanceToReach(ends, sizes, {.above = observed.above});
+    if (observed.below > 0) tails.less = ChanceToReach(ends, sizes, {.below = observed.below});
     return tails;
+}
+
+}  // namespace
+
+SmirnovTails SmirnovExact(const TieBlocks& blocks) {
+    std::vector<std::int64_t> ends;
+    for (std::size_t b = 0; b < blocks.BlockCount(); ++b) ends.push_back(blocks.CountOf(b, 0) + blocks.CountOf(b, 1));
+    return TailsOf(blocks, ends);
+}
+
+SmirnovTails SmirnovExactIgnoringTies(const TieBlocks& blocks) {
+    const Sizes sizes = SizesOf(blocks);
+    return TailsOf(blocks, std::vector<std::int64_t>(static_cast<std::size_t>(sizes.first + sizes.second), 1));
 }
 
 double SmirnovExactCost(const TieBlocks& blocks) {

@@ -26,6 +26,10 @@ struct SmirnovTails {
 /// All are 1 where a group is empty. `blocks` has two groups.
 SmirnovTails SmirnovExact(const TieBlocks& blocks);
 
+/// The same differences, with the significances that they would have without ties. They are too large where there are
+/// some. SciPy: ks_2samp(method="exact").
+SmirnovTails SmirnovExactIgnoringTies(const TieBlocks& blocks);
+
 /// About how many additions `SmirnovExact` takes at most. Where it is below 1e18, no whole number overflows.
 double SmirnovExactCost(const TieBlocks& blocks);
 
