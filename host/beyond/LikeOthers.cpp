@@ -493,6 +493,8 @@ LikeSetting LikeKolmogorovTwoSample(const LikeQuestion& question, const Words& w
     setting.isExact = question.exact.value_or(words.IsR() ? first * second < kExactProductBelowInR
                                                           : std::max(first, second) <= kExactUpToInSciPy);
     setting.ignoresTies = setting.isExact && question.hasTies && !words.IsR();
+    setting.takesOtherTail =
+        words.IsR() && setting.isExact && question.hasTies && question.alternative == Alternative::kLess;
     setting.kolmogorov = words.IsR() ? KolmogorovForm::kLimit : KolmogorovForm::kCorrected;
     return setting;
 }

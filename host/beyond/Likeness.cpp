@@ -5,6 +5,7 @@
 
 #include "host/NumberText.h"
 #include "host/beyond/Dichotomies.h"
+#include "host/beyond/Significances.h"
 
 namespace tarn {
 
@@ -52,15 +53,17 @@ void SetGroups(const TestView& view, LikeQuestion& question) {
     }
     question.groupsAreAll = view.names.size() == column.categories.size();
     for (const AscendingSample& sample : view.samples) question.sizes.push_back(sample.size);
-    question.hasTies = HasTies(view.samples);
+    const bool isShifted = view.Is(Tests::kMannWhitney) && question.testValue;
+    question.hasTies = HasTies(isShifted ? ShiftedSamples(view, *question.testValue) : view.samples);
 }
 
 void SetFields(const TestView& view, LikeQuestion& question) {
     question.sizes = {view.cases.size};
     question.hasWeights = !view.cases.weights.empty();
     if (view.differences) {
-        question.hasTies = HasTies(MagnitudesOf(*view.differences));
-        question.hasZeros = std::ranges::find(view.differences->values, 0.0) != view.differences->values.end();
+        const AscendingSample differences = ShiftedDifferences(view, question.testValue.value_or(0));
+        question.hasTies = HasTies(MagnitudesOf(differences));
+        question.hasZeros = std::ranges::binary_search(differences.values, 0.0);
     } else if (view.areNumbers && view.samples.size() == 1) {
         question.hasTies = HasTies(view.samples.front());
     }

@@ -67,16 +67,8 @@ double FigureOf(const TestReading& reading, std::string_view key) {
 
 // ---- Groups ----
 
-std::vector<AscendingSample> Shifted(const TestView& view, double shift) {
-    std::vector<AscendingSample> samples = view.samples;
-    if (shift == 0) return samples;
-    for (double& value : samples[0].values) value -= shift;
-    TieTogether(samples);
-    return samples;
-}
-
 Lazy<TieBlocks> BlocksOfView(const TestView& view, double shift = 0) {
-    return Lazy<TieBlocks>([&view, shift] { return BlocksOf(Shifted(view, shift)); });
+    return Lazy<TieBlocks>([&view, shift] { return BlocksOf(ShiftedSamples(view, shift)); });
 }
 
 /// Blocks have a count for each group, so that many groups of many different values would take gigabytes.
@@ -102,7 +94,7 @@ SignificanceWays OfRankSum(const TestView& view, const Choices& choices) {
         return RankSumMonteCarlo(blocks.Get(), plan, work);
     };
     ways.asymptotic = [&view, choices] {
-        const std::vector<AscendingSample> samples = Shifted(view, choices.shift);
+        const std::vector<AscendingSample> samples = ShiftedSamples(view, choices.shift);
         return RankSumTest(samples[0], samples[1], choices.alternative, choices.continuity);
     };
     ways.hasAlternative = true;
@@ -219,13 +211,6 @@ SignificanceWays OfMedian(const TestView& view, const Choices& choices) {
 }
 
 // ---- Pairs and one sample ----
-
-AscendingSample ShiftedDifferences(const TestView& view, double shift) {
-    if (shift == 0 || view.Is(Tests::kWilcoxonOneSample)) return *view.differences;
-    std::vector<double> values = view.differences->values;
-    for (double& value : values) value -= shift;
-    return DifferencesOf(std::move(values), view.differences->weights);
-}
 
 SignificanceWays OfSignedRanks(const TestView& view, const Choices& choices) {
     if (!view.differences) return {};
@@ -525,6 +510,21 @@ constexpr std::array kSignificances{
 };
 
 }  // namespace
+
+std::vector<AscendingSample> ShiftedSamples(const TestView& view, double shift) {
+    std::vector<AscendingSample> samples = view.samples;
+    if (shift == 0) return samples;
+    for (double& value : samples[0].values) value -= shift;
+    TieTogether(samples);
+    return samples;
+}
+
+AscendingSample ShiftedDifferences(const TestView& view, double shift) {
+    if (shift == 0 || view.Is(Tests::kWilcoxonOneSample)) return *view.differences;
+    std::vector<double> values = view.differences->values;
+    for (double& value : values) value -= shift;
+    return DifferencesOf(std::move(values), view.differences->weights);
+}
 
 bool CorrectsByItself(const TestView& view) {
     constexpr double kFirstRunsWithout = 50;

@@ -50,6 +50,11 @@ struct SignificanceWays {
     const char* less = "smaller";
 };
 
+/// The samples of two groups with a shift taken from the first one, and the differences of a pair less a shift: what a
+/// test with that shift ranks. Differences from a hypothesized median stay as they are.
+std::vector<AscendingSample> ShiftedSamples(const TestView& view, double shift);
+AscendingSample ShiftedDifferences(const TestView& view, double shift);
+
 /// Whether the document's normal approximation of the test has a correction for continuity.
 bool CorrectsByItself(const TestView& view);
 

@@ -132,8 +132,8 @@ class Significances {
         std::optional<LikeSetting> likeness;
         if (wanted_.like) {
             likeness = LikenessOf(view_, wanted_, source_.probability, source_.success);
-            if (!likeness->hasCall || CannotFollow(*likeness)) {
-                Remark(likeness->hasCall ? "likeIgnoresTies" : likeness->reason);
+            if (const std::string_view reason = ReasonAgainst(*likeness); !reason.empty()) {
+                Remark(reason);
                 likeness.reset();
             }
         }
@@ -152,9 +152,13 @@ class Significances {
     }
 
  private:
-    /// A significance of values with ties as if there were none is made for Smirnov's test alone.
-    bool CannotFollow(const LikeSetting& likeness) const {
-        return likeness.ignoresTies && !view_.Is(Tests::kKolmogorovSmirnovTwoSample);
+    /// Why the other system's significance isn't made here, as the key of a remark; "" where it is. That of values with
+    /// ties as if there were none is made for Smirnov's test alone.
+    std::string_view ReasonAgainst(const LikeSetting& likeness) const {
+        if (!likeness.hasCall) return likeness.reason;
+        if (likeness.takesOtherTail) return "likeOtherTail";
+        const bool isSmirnov = view_.Is(Tests::kKolmogorovSmirnovTwoSample);
+        return likeness.ignoresTies && !isSmirnov ? "likeIgnoresTies" : "";
     }
 
     void Follow(const LikeSetting& likeness, Choices& choices) {
