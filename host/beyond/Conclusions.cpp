@@ -21,9 +21,12 @@ struct SignWords {
     const char* below;
 };
 constexpr std::array kSignWords{
-    SignWords{&Tests::kMannWhitney, "tendLarger", "tendSmaller"}, SignWords{&Tests::kSign, "tendLarger", "tendSmaller"},
-    SignWords{&Tests::kWilcoxonPairs, "above", "below"},          SignWords{&Tests::kWilcoxonOneSample, "above", "below"},
-    SignWords{&Tests::kMarginalHomogeneity, "higher", "lower"},   SignWords{&Tests::kJonckheereTerpstra, "rise", "fall"},
+    SignWords{&Tests::kMannWhitney, "tendLarger", "tendSmaller"},
+    SignWords{&Tests::kSign, "tendLarger", "tendSmaller"},
+    SignWords{&Tests::kWilcoxonPairs, "above", "below"},
+    SignWords{&Tests::kWilcoxonOneSample, "above", "below"},
+    SignWords{&Tests::kMarginalHomogeneity, "higher", "lower"},
+    SignWords{&Tests::kJonckheereTerpstra, "rise", "fall"},
 };
 
 std::string WordOf(const TestView& view, const MessageCatalogue& texts) {

@@ -171,11 +171,8 @@ void AddDistance(Effects& effects) {
 void AddOfSeveralGroups(Effects& effects) {
     const TestView& view = effects.View();
     const auto groups = static_cast<double>(view.samples.size());
-    Estimate share = EpsilonSquared(StatisticOf(effects.Reading()), view.Size(), groups, effects.Level());
-    if (view.Size() <= kMostLeftOut && effects.MayTake(view.Size() * groups * groups * kNanosecondsLeftOut)) {
-        share = Widened(share, JackknifeErrorOfEpsilonSquared(BlocksOf(view.samples)), effects.Level());
-    }
-    effects.Add("epsilon-squared", share);
+    effects.Add("epsilon-squared",
+                EpsilonSquared(StatisticOf(effects.Reading()), view.Size(), groups, effects.Level()));
     AddSuperiorityOfPairs(effects);
 }
 
@@ -189,14 +186,9 @@ void AddTrend(Effects& effects) {
 void AddOfSigns(Effects& effects) {
     if (!effects.View().differences) return;
     const AscendingSample& differences = *effects.View().differences;
-    double positive = 0;
-    double negative = 0;
-    for (std::size_t i = 0; i < differences.values.size(); ++i) {
-        positive += differences.values[i] > 0 ? differences.WeightAt(i) : 0;
-        negative += differences.values[i] < 0 ? differences.WeightAt(i) : 0;
-    }
+    const SignCounts signs = CountSigns(differences);
     const std::vector<std::string> direction{DirectionText(effects)};
-    effects.Add("sign-biserial", MatchedSignBiserial(positive, negative, effects.Level()), direction);
+    effects.Add("sign-biserial", MatchedSignBiserial(signs.positive, signs.negative, effects.Level()), direction);
     effects.Add("median", MedianInterval(differences, effects.Level()).median, direction);
 }
 

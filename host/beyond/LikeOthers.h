@@ -57,8 +57,9 @@ struct LikeSetting {
     bool hasCall = false;
     bool isExact = false;
     bool ignoresTies = false;  ///< the exact distribution is that of values without ties, though there are some
-    bool takesOtherTail = false;  ///< the exact significance is that of the other side, which differs where there are ties
-    bool continuity = false;   ///< of a test that is not exact
+    bool takesOtherTail =
+        false;                ///< the exact significance is that of the other side, which differs where there are ties
+    bool continuity = false;  ///< of a test that is not exact
     ZeroMethod zeros = ZeroMethod::kDrop;
     KolmogorovForm kolmogorov = KolmogorovForm::kLimit;
     /// What to type there; fields are variables of their names, in Python columns of `df` where the name is none for a

@@ -117,8 +117,7 @@ LikeSetting LikenessOf(const TestView& view, const SupplementOptions& wanted, do
     question.alternative = wanted.alternative;
     // A distribution function that lies above belongs to the smaller values.
     if (ComparesDistributions(view) && wanted.alternative != Alternative::kTwoSided) {
-        question.alternative =
-            wanted.alternative == Alternative::kLess ? Alternative::kGreater : Alternative::kLess;
+        question.alternative = wanted.alternative == Alternative::kLess ? Alternative::kGreater : Alternative::kLess;
     }
     question.testValue = wanted.shift;
     if (view.Is(Tests::kBinomial)) question.testValue = probability;

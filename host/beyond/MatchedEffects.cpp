@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 #include "host/beyond/IntervalScales.h"
 #include "host/beyond/PairScore.h"
@@ -23,7 +24,21 @@ struct Sides {
     AscendingSample negative;  ///< the absolute values
 };
 
+/// Of differences without weights.
+Sides PlainSidesOf(const std::vector<double>& differences) {
+    Sides sides;
+    const auto firstPositive = std::ranges::upper_bound(differences, 0.0);
+    const auto pastNegative = std::ranges::lower_bound(differences, 0.0);
+    sides.positive.values.assign(firstPositive, differences.end());
+    sides.positive.size = static_cast<double>(sides.positive.values.size());
+    sides.negative.values.assign(std::make_reverse_iterator(pastNegative), differences.rend());
+    for (double& value : sides.negative.values) value = -value;
+    sides.negative.size = static_cast<double>(sides.negative.values.size());
+    return sides;
+}
+
 Sides SidesOf(const AscendingSample& differences) {
+    if (differences.weights.empty()) return PlainSidesOf(differences.values);
     Sides sides;
     const std::size_t size = differences.values.size();
     for (std::size_t i = 0; i < size; ++i) {

@@ -158,28 +158,32 @@ SignificanceWays OfTrend(const TestView& view, const Choices& choices) {
 struct MedianSplit {
     std::vector<std::int64_t> above;
     std::vector<std::int64_t> notAbove;
-    std::size_t blocksBelow = 0;
 };
 
 MedianSplit SplitAtMedian(const TestView& view) {
     const double median = FigureOf(*view.reading, "Median");
     MedianSplit split;
-    std::vector<double> below;
     for (const AscendingSample& sample : view.samples) {
+        const auto first =
+            static_cast<std::size_t>(std::ranges::upper_bound(sample.values, median) - sample.values.begin());
         double above = 0;
-        for (std::size_t i = 0; i < sample.values.size(); ++i) {
-            if (sample.values[i] > median) {
-                above += sample.WeightAt(i);
-            } else {
-                below.push_back(sample.values[i]);
-            }
-        }
+        for (std::size_t i = first; i < sample.values.size(); ++i) above += sample.WeightAt(i);
         split.above.push_back(static_cast<std::int64_t>(above));
         split.notAbove.push_back(static_cast<std::int64_t>(sample.size - above));
     }
-    std::ranges::sort(below);
-    split.blocksBelow = static_cast<std::size_t>(std::unique(below.begin(), below.end()) - below.begin());
     return split;
+}
+
+/// How many different values lie at the median or below.
+std::size_t BlocksBelowMedian(const TestView& view) {
+    const double median = FigureOf(*view.reading, "Median");
+    std::vector<double> below;
+    for (const AscendingSample& sample : view.samples) {
+        const auto end = std::ranges::upper_bound(sample.values, median);
+        below.insert(below.end(), sample.values.begin(), end);
+    }
+    std::ranges::sort(below);
+    return static_cast<std::size_t>(std::ranges::unique(below).begin() - below.begin());
 }
 
 SignificanceWays OfMedian(const TestView& view, const Choices& choices) {
@@ -195,8 +199,8 @@ SignificanceWays OfMedian(const TestView& view, const Choices& choices) {
         if (counts.above.size() != 2) return OneTail(MedianExact(counts.above, counts.notAbove));
         return FisherExact({counts.above[0], counts.notAbove[0], counts.above[1], counts.notAbove[1]});
     };
-    ways.monteCarlo = [=](const MonteCarloPlan& plan, const WorkShare& work) {
-        return areTooLarge ? std::nullopt : MedianMonteCarlo(blocks.Get(), split.Get().blocksBelow, plan, work);
+    ways.monteCarlo = [=, &view](const MonteCarloPlan& plan, const WorkShare& work) {
+        return areTooLarge ? std::nullopt : MedianMonteCarlo(blocks.Get(), BlocksBelowMedian(view), plan, work);
     };
     if (view.samples.size() != 2) return ways;
     ways.asymptotic = [=] {
@@ -237,21 +241,10 @@ SignificanceWays OfSignedRanks(const TestView& view, const Choices& choices) {
     return ways;
 }
 
-struct SignCounts {
-    double positive = 0;
-    double negative = 0;
-};
-
 SignificanceWays OfSigns(const TestView& view, const Choices& choices) {
     if (!view.differences) return {};
     const Lazy<SignCounts> counts([&view, choices] {
-        const AscendingSample differences = ShiftedDifferences(view, choices.shift);
-        SignCounts signs;
-        for (std::size_t i = 0; i < differences.values.size(); ++i) {
-            signs.positive += differences.values[i] > 0 ? differences.WeightAt(i) : 0;
-            signs.negative += differences.values[i] < 0 ? differences.WeightAt(i) : 0;
-        }
-        return signs;
+        return CountSigns(choices.shift == 0 ? *view.differences : ShiftedDifferences(view, choices.shift));
     });
     SignificanceWays ways;
     ways.exactBy = "byBinomial";

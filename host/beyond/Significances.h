@@ -43,7 +43,7 @@ struct SignificanceWays {
     bool hasAlternative = false;  ///< whether its significances have sides
     bool hasZeros = false;
     bool hasShift = false;
-    const char* exactBy = "givenTies";  ///< what the exact one goes through, as the key of a label
+    const char* exactBy = "givenTies";   ///< what the exact one goes through, as the key of a label
     const char* asymptoticBy = nullptr;  ///< the key of the limit, where it isn't the normal approximation
     /// What the alternatives say, as keys of labels: "larger" and "smaller", of the first sample and the second.
     const char* greater = "larger";

@@ -252,7 +252,8 @@ class Significances {
         if (!ways_.asymptotic) return std::nullopt;
         const ChosenTest test = ways_.asymptotic();
         SuppliedPValue p = Begin("asymptotic", "byNormal", choices);
-        p.method = source_.texts.Label(test.hasContinuity && choices.continuity ? "withContinuity" : "withoutContinuity");
+        p.method =
+            source_.texts.Label(test.hasContinuity && choices.continuity ? "withContinuity" : "withoutContinuity");
         if (ways_.asymptoticBy != nullptr) p.method = source_.texts.Label(ways_.asymptoticBy);
         if (test.hasZeroMethod || ways_.hasZeros) {
             constexpr const char* kZeros[] = {"zerosDropped", "zerosPratt", "zerosSplit"};
@@ -294,8 +295,7 @@ class Significances {
 
     std::optional<std::size_t> AddMonteCarlo(const Choices& choices) {
         if (wanted_.draws == 0 || !ways_.monteCarlo) return std::nullopt;
-        const std::optional<MonteCarloTails> tails =
-            ways_.monteCarlo({wanted_.draws, wanted_.seed}, source_.work);
+        const std::optional<MonteCarloTails> tails = ways_.monteCarlo({wanted_.draws, wanted_.seed}, source_.work);
         if (!tails) {
             if (!source_.work.IsStopped()) Remark("monte-carlo-too-large");
             return std::nullopt;
@@ -320,8 +320,8 @@ class Significances {
 
 Supplement SupplementOf(const TestReading& reading, const ResultReading& result, const SupplementSource& source) {
     Supplement supplement;
-    const std::optional<TestView> view =
-        ViewOf(reading, result, {source.table, source.rule, source.work, source.wanted.draws > 0});
+    const std::optional<TestView> view = ViewOf(
+        reading, result, {source.table, source.rule, source.work, source.wanted.draws > 0 || source.wanted.like});
     if (!view) return supplement;
     const double share = 1 / static_cast<double>(result.tests.size());
     supplement.samples = SummariesOf(*view);

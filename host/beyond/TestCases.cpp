@@ -4,6 +4,7 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <numeric>
 
 #include "machine/LargeArray.h"
@@ -190,6 +191,21 @@ bool HaveNeighbours(const std::vector<AscendingSample>& samples) {
     return HasNeighbours(all);
 }
 
+/// Makes values of two ascending lists equal that count as tied.
+void TieTwo(std::vector<double>& one, std::vector<double>& other) {
+    std::size_t i = 0;
+    std::size_t j = 0;
+    double opener = -std::numeric_limits<double>::infinity();
+    while (i < one.size() || j < other.size()) {
+        const bool isOne = j == other.size() || (i < one.size() && one[i] <= other[j]);
+        double& value = isOne ? one[i] : other[j];
+        opener = value - opener < kTieTolerance ? opener : value;
+        value = opener;
+        i += isOne ? 1 : 0;
+        j += isOne ? 0 : 1;
+    }
+}
+
 }  // namespace
 
 double GroupedCases::Size() const {
@@ -275,6 +291,7 @@ AscendingSample Ascending(std::vector<double> values, const std::vector<double>&
 
 void TieTogether(std::vector<AscendingSample>& samples) {
     if (!HaveNeighbours(samples)) return;
+    if (samples.size() == 2) return TieTwo(samples[0].values, samples[1].values);
     double opener = 0;
     bool isFirst = true;
     WalkTogether(samples, [&](std::size_t sample, std::size_t place) {
@@ -287,19 +304,22 @@ void TieTogether(std::vector<AscendingSample>& samples) {
 
 void TieMagnitudes(AscendingSample& differences) {
     std::vector<double>& values = differences.values;
-    const auto negatives = static_cast<std::size_t>(std::ranges::lower_bound(values, 0.0) - values.begin());
     if (!MayHaveNeighbours(differences)) return;
+    // Zeros are none, however near to them a difference lies.
+    const auto negatives = static_cast<std::size_t>(std::ranges::lower_bound(values, 0.0) - values.begin());
+    const auto pastZeros = static_cast<std::size_t>(std::ranges::upper_bound(values, 0.0) - values.begin());
     const bool areTied =
         HasNeighbours(values) || HaveNeighbours(
                                      negatives, [&](std::size_t i) { return -values[negatives - 1 - i]; },
-                                     values.size() - negatives, [&](std::size_t i) { return values[negatives + i]; });
+                                     values.size() - pastZeros, [&](std::size_t i) { return values[pastZeros + i]; });
     if (!areTied) return;
-    std::vector<AscendingSample> magnitudes(2);  // of the negative ones, of the others
-    for (std::size_t i = negatives; i-- > 0;) magnitudes[0].values.push_back(-values[i]);
-    magnitudes[1].values.assign(values.begin() + static_cast<std::ptrdiff_t>(negatives), values.end());
-    TieTogether(magnitudes);
-    for (std::size_t i = 0; i < negatives; ++i) values[i] = -magnitudes[0].values[negatives - 1 - i];
-    std::ranges::copy(magnitudes[1].values, values.begin() + static_cast<std::ptrdiff_t>(negatives));
+    std::vector<double> ofNegatives = RoomFor(negatives);
+    std::vector<double> ofPositives = RoomFor(values.size() - pastZeros);
+    for (std::size_t i = negatives; i-- > 0;) ofNegatives.push_back(-values[i]);
+    ofPositives.assign(values.begin() + static_cast<std::ptrdiff_t>(pastZeros), values.end());
+    TieTwo(ofNegatives, ofPositives);
+    for (std::size_t i = 0; i < negatives; ++i) values[i] = -ofNegatives[negatives - 1 - i];
+    std::ranges::copy(ofPositives, values.begin() + static_cast<std::ptrdiff_t>(pastZeros));
 }
 
 TieBlocks BlocksOf(const std::vector<AscendingSample>& samples) {
@@ -316,6 +336,22 @@ TieBlocks BlocksOf(const std::vector<AscendingSample>& samples) {
         blocks.counts[blocks.counts.size() - samples.size() + sample] += weight;
     });
     return blocks;
+}
+
+SignCounts CountSigns(const AscendingSample& differences) {
+    SignCounts signs;
+    if (differences.weights.empty()) {
+        std::int64_t positive = 0;
+        std::int64_t negative = 0;
+        for (const double value : differences.values) positive += value > 0 ? 1 : 0;
+        for (const double value : differences.values) negative += value < 0 ? 1 : 0;
+        return {static_cast<double>(positive), static_cast<double>(negative)};
+    }
+    for (std::size_t i = 0; i < differences.values.size(); ++i) {
+        signs.positive += differences.values[i] > 0 ? differences.weights[i] : 0;
+        signs.negative += differences.values[i] < 0 ? differences.weights[i] : 0;
+    }
+    return signs;
 }
 
 bool HasUnordered(const AscendingSample& sample) {

@@ -54,6 +54,13 @@ void TieMagnitudes(AscendingSample& differences);
 /// The same cases as blocks of ties.
 TieBlocks BlocksOf(const std::vector<AscendingSample>& samples);
 
+/// How many cases lie above 0 and below it.
+struct SignCounts {
+    double positive = 0;
+    double negative = 0;
+};
+SignCounts CountSigns(const AscendingSample& differences);
+
 /// Whether any value is infinite or no number, for which nothing here is defined.
 bool HasUnordered(const AscendingSample& sample);
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "host/beyond/MiddlePlaces.h"
+
 namespace tarn {
 
 namespace {
@@ -45,19 +47,30 @@ void SetGroups(TestView& view, const ViewSource& source, int field, int group) {
     std::swap(view.missing[0], view.missing[1]);
 }
 
-/// Of a pair, or of one sample and its hypothesized median, row by row; none for any other test.
+/// Of a pair row by row; none for any other test.
 std::optional<std::vector<double>> DifferencesByRow(const TestView& view) {
     const TestReading& reading = *view.reading;
-    if (view.Is(Tests::kWilcoxonOneSample)) {
-        std::vector<double> values = view.cases.columns[0];
-        const double median = HypothesizedMedian(reading);
-        for (double& value : values) value -= median;
-        return values;
-    }
     const bool isPair = view.facts->family == TestFamily::kRelated && view.facts->fieldCount == FieldCount::kPair;
     if (!isPair || view.cases.columns.size() != 2 || !view.areNumbers) return std::nullopt;
     const bool isFirstLess = reading.direction.first == reading.fields[0];
     return Less(view.cases.columns[isFirstLess ? 0 : 1], view.cases.columns[isFirstLess ? 1 : 0]);
+}
+
+/// From the hypothesized median: a sample in order less that stays in order.
+AscendingSample DifferencesFrom(double median, AscendingSample sample) {
+    for (double& value : sample.values) value -= median;
+    TieMagnitudes(sample);
+    return sample;
+}
+
+/// A field of many rows, of which its quartiles and its median alone are wanted.
+AscendingSample MiddleOf(std::vector<double> values) {
+    const bool areFinite = std::ranges::all_of(values, [](double value) { return std::isfinite(value); });
+    if (!areFinite || !PutMiddleInPlace(values)) return Ascending(std::move(values), {});
+    AscendingSample sample;
+    sample.size = static_cast<double>(values.size());
+    sample.values = std::move(values);
+    return sample;
 }
 
 void SetFields(TestView& view, const ViewSource& source, const std::vector<int>& fields) {
@@ -71,14 +84,22 @@ void SetFields(TestView& view, const ViewSource& source, const std::vector<int>&
     // The differences are the last job, and the fields the others.
     source.work.Run(fields.size() + (differences ? 1 : 0), [&](std::size_t i) {
         if (i == fields.size()) {
-            view.differences = DifferencesOf(std::move(*differences), view.cases.weights);
+            // For the sign test it doesn't matter which of them are tied.
+            view.differences = view.Is(Tests::kSign) ? Ascending(std::move(*differences), view.cases.weights)
+                                                     : DifferencesOf(std::move(*differences), view.cases.weights);
         } else if (keepsRows) {
             view.samples[i] = Ascending(view.cases.columns[i], view.cases.weights);
         } else {
-            view.samples[i] = Ascending(std::move(view.cases.columns[i]), view.cases.weights);
+            std::vector<double> values = std::move(view.cases.columns[i]);
             view.cases.columns[i] = {};
+            const bool needsOrder = !view.cases.weights.empty() || view.Is(Tests::kWilcoxonOneSample);
+            view.samples[i] =
+                needsOrder ? Ascending(std::move(values), view.cases.weights) : MiddleOf(std::move(values));
         }
     });
+    if (view.Is(Tests::kWilcoxonOneSample)) {
+        view.differences = DifferencesFrom(HypothesizedMedian(*view.reading), view.samples[0]);
+    }
 }
 
 /// What the document has of a test; both stand at the same place.

@@ -22,6 +22,8 @@ struct TestView {
     const Column* groupColumn = nullptr;
     /// The groups that have cases, in the order of their categories, or the fields in that of the request.
     std::vector<std::string> names;
+    /// Of a field with many rows whose values no test needs in their order, those alone stand in their places that its
+    /// quartiles and the interval of its median ask for.
     std::vector<AscendingSample> samples;
     std::vector<double> missing;
     bool areNumbers = true;  ///< whether the values can be ordered, so that they have a median
@@ -43,7 +45,7 @@ struct ViewSource {
     const Table& table;
     const CaseRule& rule;
     const WorkShare& work;
-    bool keepsRows = false;  ///< whether the cases of fields are wanted row by row however many they are
+    bool keepsRows = false;  ///< whether the cases of fields are wanted row by row and in order however many they are
 };
 
 /// The view of a test of a document that was made from the table; none for a test that ended in an error, or whose
