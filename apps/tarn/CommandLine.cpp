@@ -2,9 +2,10 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <cctype>
-#include <filesystem>
+#include <charconv>
+#include <cstdint>
 #include <functional>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -81,12 +82,27 @@ class Options {
             ->option_text(argument)
             ->group(heading_);
     }
+    /// An option with one value that is read as it stands.
+    CLI::Option* Text(const char* name, const char* argument, const char* help,
+                      const std::function<void(const std::string&)>& take) {
+        return app_.add_option_function<std::string>(name, take, help)->option_text(argument)->group(heading_);
+    }
     void Flag(const char* name, bool& value, const char* help) { app_.add_flag(name, value, help)->group(heading_); }
 
  private:
     CLI::App& app_;
     const char* heading_;
 };
+
+/// The whole number that was typed for an option.
+std::uint64_t WholeNumberOf(const char* option, const std::string& typed, std::uint64_t least, std::uint64_t most) {
+    std::uint64_t number = 0;
+    const char* const end = typed.data() + typed.size();
+    const auto [rest, error] = std::from_chars(typed.data(), end, number);
+    if (error == std::errc{} && rest == end && number >= least && number <= most) return number;
+    throw InputError(std::string(option) + ": " + Quoted(typed) + "; expected a whole number from " +
+                     std::to_string(least) + " to " + std::to_string(most));
+}
 
 /// "dose,again=low,high": one order for one field or several.
 void AddOrder(const std::string& typed, std::vector<FieldOrder>& orders) {
@@ -216,8 +232,15 @@ void DescribeRun(CLI::App& app, RunOptions& run) {
 void DescribeSupplement(CLI::App& app, SupplementOptions& wanted) {
     Options beside(app, kBeside);
     beside.Flag("--exact", wanted.exact, "Exact significances, conditional on ties, also where they take their time");
-    beside.One("--monte-carlo", wanted.draws, "N", "Significances from so many random arrangements of the data");
-    beside.One("--seed", wanted.seed, "N", "The seed of these arrangements, 1 if not given");
+    constexpr std::uint64_t kMostDraws = 1'000'000'000;
+    beside.Text("--monte-carlo", "N", "Significances from so many random arrangements of the data",
+                [&](const std::string& typed) { wanted.draws = WholeNumberOf("--monte-carlo", typed, 1, kMostDraws); });
+    beside
+        .Text("--seed", "N", "The seed of these arrangements, 1 if not given",
+              [&](const std::string& typed) {
+                  wanted.seed = WholeNumberOf("--seed", typed, 0, std::numeric_limits<std::int64_t>::max());
+              })
+        ->needs("--monte-carlo");
     beside.Choice("--alternative", "two-sided|less|greater",
                   "Whether the first sample is expected to lie lower or higher",
                   [&](const std::string& word) { wanted.alternative = *AlternativeOf(word); });

@@ -52,7 +52,10 @@ void SetGroups(const TestView& view, LikeQuestion& question) {
         question.groups.push_back(category == column.categories.end() ? name : ValueText(column, *category));
     }
     question.groupsAreAll = view.names.size() == column.categories.size();
-    for (const AscendingSample& sample : view.samples) question.sizes.push_back(sample.size);
+    for (const AscendingSample& sample : view.samples) {
+        question.sizes.push_back(sample.size);
+        question.hasWeights |= !sample.weights.empty();
+    }
     const bool isShifted = view.Is(Tests::kMannWhitney) && question.testValue;
     question.hasTies = HasTies(isShifted ? ShiftedSamples(view, *question.testValue) : view.samples);
 }

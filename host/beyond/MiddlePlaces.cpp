@@ -99,8 +99,7 @@ bool PutMiddleInPlace(std::vector<double>& values) {
     const std::vector<double> some = SomeOf(values);
     constexpr double kNeighbours = 2;
     const double spread = kMiddleSpread * std::sqrt(static_cast<double>(values.size()));
-    Windows windows{WindowAbout(0.25, kNeighbours, values.size(), some),
-                    WindowAbout(0.5, spread, values.size(), some),
+    Windows windows{WindowAbout(0.25, kNeighbours, values.size(), some), WindowAbout(0.5, spread, values.size(), some),
                     WindowAbout(0.75, kNeighbours, values.size(), some)};
     PlaceAll(values, windows);
     if (!std::ranges::all_of(windows, HoldsItsPlaces)) return false;

@@ -221,12 +221,21 @@ class Significances {
         }
     }
 
+    /// "after minus before other than 2"
+    std::string ShiftClaim(const Choices& choices) const {
+        constexpr const char* kClaims[] = {"shiftOther", "shiftSmaller", "shiftLarger"};
+        const std::vector<std::string> parts{view_.reading->direction.Text(), FewDigits(NumberOf(choices.shift))};
+        return FillIn(source_.texts.Label(kClaims[static_cast<std::size_t>(choices.alternative)]), {&parts});
+    }
+
     SuppliedPValue Begin(const char* kind, const char* method, const Choices& choices) const {
         SuppliedPValue p;
         p.kind = kind;
         p.alternative = NameOf(choices.alternative);
         p.method = source_.texts.Label(method);
-        if (choices.alternative == Alternative::kTwoSided) return p;
+        const bool isShifted = choices.shift != 0 && ways_.hasShift && !view_.Is(Tests::kWilcoxonOneSample);
+        if (isShifted) p.claim = ShiftClaim(choices);
+        if (isShifted || choices.alternative == Alternative::kTwoSided) return p;
         const bool isGreater = choices.alternative == Alternative::kGreater;
         const Direction& direction = view_.reading->direction;
         std::string first = direction.first;

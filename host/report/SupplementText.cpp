@@ -50,6 +50,13 @@ std::string RoleOf(const TestReading& reading, const std::string& sample) {
     return found == reading.samples.end() || found->role.empty() ? "" : " (" + found->role + ")";
 }
 
+/// Whether the document's significance is of one side.
+bool IsOneTailed(const TestReading& reading) {
+    const StatisticSet* const set = reading.Leading();
+    const PValue* const p = set == nullptr ? nullptr : set->Leading();
+    return p != nullptr && p->tails == 1;
+}
+
 struct SummaryColumns {
     bool hasMissing = false;
     bool hasMedian = false;
@@ -111,6 +118,9 @@ std::string FewDigits(const Number& number) {
 TextTable SummaryTable(const TestReading& reading, const ResultReading& result) {
     const SummaryColumns columns = ColumnsOf(reading);
     TextTable table(HeadsOf(reading, columns, LevelText(result)));
+    // The number of cases of one field is that of the test.
+    const bool isCountAlone = !columns.hasMissing && !columns.hasMedian && !columns.hasLetters;
+    if (isCountAlone && reading.supplement.samples.size() < 2) return table;
     for (const SampleSummary& sample : reading.supplement.samples) {
         std::vector<std::string> cells{sample.name + RoleOf(reading, sample.name), FewDigits(sample.n)};
         if (columns.hasMissing) cells.push_back(FewDigits(sample.missing));
@@ -128,7 +138,14 @@ TextTable SummaryTable(const TestReading& reading, const ResultReading& result) 
 }
 
 TextTable EffectTable(const TestReading& reading, bool ofPairs) {
-    TextTable table({{ofPairs ? "pair" : "effect"}, {"", Alignment::kRight}, {"interval"}, {"by"}});
+    const auto hasInterval = [&](const EffectSize& effect) {
+        return effect.first.empty() != ofPairs && !effect.lower.empty();
+    };
+    const bool haveIntervals = std::ranges::any_of(reading.supplement.effects, hasInterval);
+    TextTable table({{ofPairs ? "pair" : "effect"},
+                     {"", Alignment::kRight},
+                     {haveIntervals ? "interval" : ""},
+                     {haveIntervals ? "by" : ""}});
     std::string shownMethod;
     for (const EffectSize& effect : reading.supplement.effects) {
         if (effect.first.empty() == ofPairs) continue;
@@ -145,6 +162,7 @@ void AddPValueRows(const TestReading& reading, TextTable& table) {
         if (!p.standardized.empty()) table.AddRow({"Standardized", FewDigits(p.standardized), p.claim});
         std::string remark = p.kind + ", " + p.method;
         if (!p.claim.empty()) remark += "; " + p.claim;
+        if (p.alternative == "two-sided" && IsOneTailed(reading)) remark += ", two-sided";
         std::string value = PText(p.value);
         if (!p.lower.empty()) value += " (" + PText(p.lower) + " to " + PText(p.upper) + ")";
         table.AddRow({"p", value, remark});
