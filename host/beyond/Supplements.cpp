@@ -139,8 +139,8 @@ class Significances {
         }
         if (likeness) Follow(*likeness, choices);
         ways_ = WaysOf(view_, choices);
-        if (!HasWays()) return nullptr;
         RemarkOnWishes();
+        if (!HasWays()) return nullptr;
         if (!ways_.hasAlternative) choices.alternative = Alternative::kTwoSided;
         const bool isExactLike = likeness && likeness->isExact;
         std::optional<std::size_t> chosen;
@@ -202,7 +202,7 @@ class Significances {
     void RemarkOnWishes() {
         if (wanted_.alternative != Alternative::kTwoSided && !ways_.hasAlternative) Remark("no-alternative");
         if (wanted_.zeros && !ways_.hasZeros) Remark("no-zeros");
-        if (wanted_.exact && !ways_.exact) Remark("no-exact");
+        if (wanted_.exact && !ways_.exact && !HasExact()) Remark("no-exact");
         if (wanted_.draws > 0 && !ways_.monteCarlo) Remark("no-monte-carlo");
         // Of one sample the value is for those tests of the request that take one.
         const bool takesValue =
