@@ -186,7 +186,7 @@ void AddTrend(Effects& effects) {
 void AddOfSigns(Effects& effects) {
     if (!effects.View().differences) return;
     const AscendingSample& differences = *effects.View().differences;
-    const SignCounts signs = CountSigns(differences);
+    const SignCounts& signs = effects.View().signs;
     const std::vector<std::string> direction{DirectionText(effects)};
     effects.Add("sign-biserial", MatchedSignBiserial(signs.positive, signs.negative, effects.Level()), direction);
     effects.Add("median", MedianInterval(differences, effects.Level()).median, direction);

@@ -244,7 +244,9 @@ SignificanceWays OfSignedRanks(const TestView& view, const Choices& choices) {
 SignificanceWays OfSigns(const TestView& view, const Choices& choices) {
     if (!view.differences) return {};
     const Lazy<SignCounts> counts([&view, choices] {
-        return CountSigns(choices.shift == 0 ? *view.differences : ShiftedDifferences(view, choices.shift));
+        if (choices.shift == 0) return view.signs;
+        const AscendingSample differences = ShiftedDifferences(view, choices.shift);
+        return CountSigns(differences.values, differences.weights);
     });
     SignificanceWays ways;
     ways.exactBy = "byBinomial";

@@ -327,10 +327,15 @@ class Significances {
     SignificanceWays ways_;
 };
 
+/// Whether a choice of the user needs all values of large samples.
+bool KeepsRows(const SupplementOptions& wanted) {
+    return wanted.draws > 0 || wanted.like || wanted.shift;
+}
+
 Supplement SupplementOf(const TestReading& reading, const ResultReading& result, const SupplementSource& source) {
     Supplement supplement;
-    const std::optional<TestView> view = ViewOf(
-        reading, result, {source.table, source.rule, source.work, source.wanted.draws > 0 || source.wanted.like});
+    const std::optional<TestView> view =
+        ViewOf(reading, result, {source.table, source.rule, source.work, KeepsRows(source.wanted)});
     if (!view) return supplement;
     const double share = 1 / static_cast<double>(result.tests.size());
     supplement.samples = SummariesOf(*view);

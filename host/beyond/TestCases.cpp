@@ -7,6 +7,7 @@
 #include <limits>
 #include <numeric>
 
+#include "machine/Lanes.h"
 #include "machine/LargeArray.h"
 #include "platform/common/QKSort.h"
 
@@ -338,18 +339,22 @@ TieBlocks BlocksOf(const std::vector<AscendingSample>& samples) {
     return blocks;
 }
 
-SignCounts CountSigns(const AscendingSample& differences) {
-    SignCounts signs;
-    if (differences.weights.empty()) {
-        std::int64_t positive = 0;
-        std::int64_t negative = 0;
-        for (const double value : differences.values) positive += value > 0 ? 1 : 0;
-        for (const double value : differences.values) negative += value < 0 ? 1 : 0;
-        return {static_cast<double>(positive), static_cast<double>(negative)};
+SignCounts CountSigns(const std::vector<double>& differences, const std::vector<double>& weights) {
+    if (weights.empty()) {
+        WholeLanes positive{};
+        WholeLanes negative{};
+        ForLanes(differences.size(), [&](std::size_t i, std::size_t left) {
+            // Behind the last difference there is a 0, which counts nowhere.
+            const DoubleLanes lanes = LoadLanes(differences.data() + i, left);
+            positive -= lanes > 0.0;
+            negative -= lanes < 0.0;
+        });
+        return {static_cast<double>(positive[0] + positive[1]), static_cast<double>(negative[0] + negative[1])};
     }
-    for (std::size_t i = 0; i < differences.values.size(); ++i) {
-        signs.positive += differences.values[i] > 0 ? differences.weights[i] : 0;
-        signs.negative += differences.values[i] < 0 ? differences.weights[i] : 0;
+    SignCounts signs;
+    for (std::size_t i = 0; i < differences.size(); ++i) {
+        signs.positive += differences[i] > 0 ? weights[i] : 0;
+        signs.negative += differences[i] < 0 ? weights[i] : 0;
     }
     return signs;
 }

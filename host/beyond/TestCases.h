@@ -59,7 +59,8 @@ struct SignCounts {
     double positive = 0;
     double negative = 0;
 };
-SignCounts CountSigns(const AscendingSample& differences);
+/// `weights` may be empty. The values need no order.
+SignCounts CountSigns(const std::vector<double>& differences, const std::vector<double>& weights);
 
 /// Whether any value is infinite or no number, for which nothing here is defined.
 bool HasUnordered(const AscendingSample& sample);

@@ -73,6 +73,18 @@ AscendingSample MiddleOf(std::vector<double> values) {
     return sample;
 }
 
+/// For the sign test it doesn't matter which of them are tied, and of many their median and their signs are enough.
+void SetDifferences(TestView& view, std::vector<double> differences, bool keepsAll) {
+    const std::vector<double>& weights = view.cases.weights;
+    if (!view.Is(Tests::kSign)) {
+        view.differences = DifferencesOf(std::move(differences), weights);
+        return;
+    }
+    view.signs = CountSigns(differences, weights);
+    const bool keepsOrder = keepsAll || !weights.empty();
+    view.differences = keepsOrder ? Ascending(std::move(differences), weights) : MiddleOf(std::move(differences));
+}
+
 void SetFields(TestView& view, const ViewSource& source, const std::vector<int>& fields) {
     constexpr double kMostRowsKept = 1e5;
     view.cases = CasesOf(source.table, fields, source.rule);
@@ -84,9 +96,7 @@ void SetFields(TestView& view, const ViewSource& source, const std::vector<int>&
     // The differences are the last job, and the fields the others.
     source.work.Run(fields.size() + (differences ? 1 : 0), [&](std::size_t i) {
         if (i == fields.size()) {
-            // For the sign test it doesn't matter which of them are tied.
-            view.differences = view.Is(Tests::kSign) ? Ascending(std::move(*differences), view.cases.weights)
-                                                     : DifferencesOf(std::move(*differences), view.cases.weights);
+            SetDifferences(view, std::move(*differences), keepsRows);
         } else if (keepsRows) {
             view.samples[i] = Ascending(view.cases.columns[i], view.cases.weights);
         } else {

@@ -32,7 +32,9 @@ struct TestView {
     CompleteCases cases;
     /// Of a pair, in the direction of the test's signed numbers; of one sample with a hypothesized median, the values
     /// less that.
+    /// Those of a sign test are as the samples.
     std::optional<AscendingSample> differences;
+    SignCounts signs;          ///< of these differences, in a sign test
     double confidence = 0.95;  ///< as a share
 
     bool Is(const TestFacts& test) const { return facts == &test; }

@@ -1,7 +1,7 @@
 // What stands beside each test's document, on a table of 12 records with ties and missing values
-// (tests/command/supplements/small.csv). Unless a test says otherwise, exact significances are shares of all arrangements,
-// which were gone through one by one (itertools of Python), medians and quartiles come from numpy.quantile, and effects
-// are counted by hand.
+// (tests/command/supplements/small.csv). Unless a test says otherwise, exact significances are shares of all
+// arrangements, which were gone through one by one (itertools of Python), medians and quartiles come from
+// numpy.quantile, and effects are counted by hand.
 
 #include <gtest/gtest.h>
 
@@ -55,7 +55,8 @@ Json Find(const Json& list, const std::string& key, const std::string& text) {
 }
 
 testing::AssertionResult Near(const Json& number, double expected, double relative = 1e-11) {
-    const bool isNear = number.is_number() && std::abs(number.get<double>() - expected) <= relative * std::abs(expected);
+    const bool isNear =
+        number.is_number() && std::abs(number.get<double>() - expected) <= relative * std::abs(expected);
     return testing::AssertionResult(isNear) << number << ", expected " << expected;
 }
 
@@ -322,8 +323,8 @@ TEST(Supplements, AdjustsTheTestsOfARun) {
     }
 }
 
-// By Holm's steps x differs from y and from z at the level of 0.2, and y and z don't: x has a letter of its own. At 0.06
-// and without adjustment x differs from z alone, so that y has a letter with each.
+// By Holm's steps x differs from y and from z at the level of 0.2, and y and z don't: x has a letter of its own. At
+// 0.06 and without adjustment x differs from z alone, so that y has a letter with each.
 TEST(Supplements, LettersFollowTheAdjustedPairs) {
     const auto letters = [](const std::string& more) {
         return SupplementOf("--related x,y,z --tests friedman --compare pairwise " + more)["letters"].dump();
@@ -409,7 +410,8 @@ TEST(Supplements, OddTablesHaveNoNumbersThatAreNone) {
                      "--one-sample a --tests wilcoxon,runs,binomial,kolmogorov-smirnov --test-value 2"};
     for (const std::string& table : tables) {
         for (const std::string& run : runs) {
-            for (const char* more : {"", " --exact --monte-carlo 100 --alternative less", " --like r", " --like scipy"}) {
+            for (const char* more :
+                 {"", " --exact --monte-carlo 100 --alternative less", " --like r", " --like scipy"}) {
                 Words all{"analyze", table, "--format", "json"};
                 std::ranges::copy(WordsOf(run + more), std::back_inserter(all));
                 const harness::CommandResult result = harness::RunTarn(all);
@@ -456,10 +458,10 @@ TEST(Supplements, AnInterruptEndsRandomArrangementsAndLeavesNoDocument) {
     std::string rows = "a,g\n";
     for (int i = 0; i < 20000; ++i) rows += std::to_string(i * 7919 % 10007) + (i % 2 == 0 ? ",p\n" : ",q\n");
     const std::string table = folder.Write("many.csv", rows);
-    const harness::CommandResult result = harness::RunTarnInterrupted(
-        {"analyze", table, "--independent", "a", "--group", "g", "--tests", "mann-whitney", "--monte-carlo", "10000000",
-         "--out", folder.Path("result.xml")},
-        0.5);
+    const harness::CommandResult result =
+        harness::RunTarnInterrupted({"analyze", table, "--independent", "a", "--group", "g", "--tests", "mann-whitney",
+                                     "--monte-carlo", "10000000", "--out", folder.Path("result.xml")},
+                                    0.5);
     EXPECT_EQ(result.exitStatus, 1);
     EXPECT_NE(result.err.find("cancelled"), std::string::npos) << result.err;
     EXPECT_EQ(result.out, "");

@@ -341,6 +341,17 @@ TEST(KolmogorovDistribution, IsThatOfSciPy) {
     EXPECT_GT(found, 50u);
 }
 
+// ksone.sf of SciPy 1.17
+TEST(KolmogorovDistribution, HasTheOneSidedTail) {
+    EXPECT_NEAR(KolmogorovOneSidedUpperTail(1, 0.3), 0.7, 1e-14);
+    EXPECT_NEAR(KolmogorovOneSidedUpperTail(10, 0.2), 0.39676169159999997, 1e-13);
+    EXPECT_NEAR(KolmogorovOneSidedUpperTail(10, 0.5), 0.003888705, 1e-15);
+    EXPECT_NEAR(KolmogorovOneSidedUpperTail(50, 0.1), 0.34490701996888001, 1e-13);
+    EXPECT_NEAR(KolmogorovOneSidedUpperTail(1000, 0.05), 0.0065060373905451658, 1e-14);
+    EXPECT_EQ(KolmogorovOneSidedUpperTail(7, 0), 1);
+    EXPECT_EQ(KolmogorovOneSidedUpperTail(7, 1), 0);
+}
+
 // One case: the largest difference is the larger part of what lies below and above it, which is uniform on [1/2, 1].
 // Two cases, d from 1/2 on: both tails apart, each (1 - d)^2.
 TEST(KolmogorovDistribution, IsRightForOneAndTwoCases) {

@@ -86,6 +86,16 @@ double ChanceOfSteps(std::size_t size, std::size_t steps) {
 
 // Massey, 1951, Annals of Mathematical Statistics 22, 125-128: for .05, K cases of 5, 10, 15 and 20 in each group, as
 // Siegel, 1956, Nonparametric Statistics, table L shows them.
+// ks_2samp([1, 1, 2, 3, 3], [1, 2, 2, 4, 4, 4], method="exact") of SciPy 1.17
+TEST(SmirnovExact, IsThatOfSciPyWhereTiesAreIgnored) {
+    const TieBlocks blocks{2, {2, 1, 1, 2, 2, 0, 0, 3}};
+    const SmirnovTails tails = SmirnovExactIgnoringTies(blocks);
+    EXPECT_DOUBLE_EQ(tails.difference, 0.5);
+    EXPECT_NEAR(tails.twoSided, 0.35714285714285715, 1e-15);
+    EXPECT_NEAR(tails.greater, 0.17965367965367965, 1e-15);
+    EXPECT_EQ(tails.less, 1);
+}
+
 TEST(SmirnovExact, HasTheCriticalValuesOfThePrintedTable) {
     struct Critical {
         std::size_t size;
