@@ -5,7 +5,6 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
-#include <numeric>
 
 #include "machine/Lanes.h"
 #include "machine/LargeArray.h"
@@ -106,12 +105,29 @@ void SortNumbers(std::vector<double>& numbers) {
     for (std::size_t i = 0; i < numbers.size(); ++i) numbers[i] = NumberOf(keys[i]);
 }
 
+/// The places of the values in ascending order. Keys are sorted whose lowest bits make room for the place; those that
+/// are alike in the others are put right afterwards.
+LargeArray<std::uint64_t> OrderOf(const std::vector<double>& values) {
+    const std::uint64_t places = (std::uint64_t{1} << std::bit_width(values.size())) - 1;
+    LargeArray<std::uint64_t> order(values.size());
+    for (std::size_t i = 0; i < values.size(); ++i) order[i] = (KeyOf(values[i]) & ~places) | i;
+    QKSort::SortKeys(order.begin(), order.size());
+    const auto isLower = [&](std::uint64_t one, std::uint64_t other) {
+        return values[one & places] < values[other & places];
+    };
+    for (std::size_t begin = 0; begin < order.size();) {
+        std::size_t end = begin + 1;
+        while (end < order.size() && (order[end] & ~places) == (order[begin] & ~places)) ++end;
+        if (end - begin > 1) std::sort(order.begin() + begin, order.begin() + end, isLower);
+        begin = end;
+    }
+    for (std::uint64_t& place : order) place &= places;
+    return order;
+}
+
 AscendingSample AscendingWeighted(const std::vector<double>& values, const std::vector<double>& weights) {
-    std::vector<std::size_t> order(values.size());
-    std::iota(order.begin(), order.end(), std::size_t{0});
-    std::ranges::sort(order, {}, [&](std::size_t i) { return values[i]; });
     AscendingSample sample;
-    for (const std::size_t i : order) {
+    for (const std::size_t i : OrderOf(values)) {
         sample.size += weights[i];
         if (!sample.values.empty() && sample.values.back() == values[i]) {
             sample.weights.back() += weights[i];

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <string>
@@ -93,6 +94,28 @@ TEST(TestCases, CategoriesOfNumbersCountByTheirNumbers) {
     table.Cells(0)[0] = 0;
     table.Cells(0)[1] = 1;
     EXPECT_EQ(CasesOf(table, {0}, {}).columns[0], (std::vector<double>{10, 5}));
+}
+
+// Neighbours differ in the last bit alone, where the place of a value stands while they are sorted.
+TEST(TestCases, WeightedValuesAscendToTheLastBit) {
+    std::vector<double> values;
+    std::vector<double> weights;
+    double value = 1;
+    for (int i = 0; i < 1000; ++i, value = std::nextafter(value, 2)) {
+        values.push_back(i % 2 == 0 ? value : -value);
+        weights.push_back(i + 1);
+    }
+    values.push_back(0.0);
+    values.push_back(-0.0);
+    weights.insert(weights.end(), {5, 6});
+    const AscendingSample sample = tarn::Ascending(values, weights);
+    ASSERT_EQ(sample.values.size(), 1001U);
+    EXPECT_TRUE(std::ranges::is_sorted(sample.values));
+    EXPECT_EQ(sample.size, 1000 * 1001 / 2 + 11);
+    EXPECT_EQ(sample.weights[500], 11);
+    EXPECT_EQ(sample.weights[501], 1);
+    EXPECT_EQ(sample.weights[502], 3);
+    EXPECT_EQ(sample.weights[499], 2);
 }
 
 TEST(TestCases, NegativeNumbersAndBothZerosStandInTheirOrder) {
