@@ -353,7 +353,12 @@ LikeSetting LikeSign(const LikeQuestion& question, const Words& words) {
 LikeSetting LikeMcNemar(const LikeQuestion& question, const Words& words) {
     if (!words.IsR() || question.exact.value_or(false)) return NoCall("likeNoCall");
     Call call = words.Begin("mcnemar.test", "");
-    call.Add(words.Field(0)).Add(words.Field(1));
+    // Of other categories R makes a test of symmetry, or none.
+    const auto classes = [&](std::size_t i) {
+        const std::string field = words.Field(i);
+        return question.areSameTwoClasses ? field : "factor(" + words.IsSuccess(field) + ", c(FALSE, TRUE))";
+    };
+    call.Add(classes(0)).Add(classes(1));
     const bool continuity = question.continuity.value_or(true);
     if (!continuity) call.AddFlag("correct", false);
     LikeSetting setting = WithCall(call);

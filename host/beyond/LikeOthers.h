@@ -38,6 +38,7 @@ struct LikeQuestion {
     /// The values of the first class or of a success, and whether they are texts; or the cut that ends the first class.
     std::vector<std::string> successes;
     bool successesAreTexts = true;
+    bool areSameTwoClasses = true;  ///< both fields of a pair have the same two categories and no other
     std::optional<double> cutPoint;
     /// Of the categories in ascending order, in any unit; empty for equal ones.
     std::vector<double> expected;

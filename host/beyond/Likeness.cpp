@@ -92,6 +92,12 @@ void SetSuccesses(const TestView& view, const std::vector<std::string>& success,
     }
 }
 
+bool AreSameTwoClasses(const TestView& view) {
+    constexpr std::size_t kTwo = 2;
+    return view.columns.size() == kTwo && view.columns[0]->categories.size() == kTwo &&
+           view.columns[0]->categories == view.columns[1]->categories;
+}
+
 double FigureOf(const TestReading& reading, std::string_view key) {
     const auto found = std::ranges::find(reading.figures, key, &Figure::key);
     return found == reading.figures.end() ? std::nan("") : found->value.value;
@@ -132,6 +138,7 @@ LikeSetting LikenessOf(const TestView& view, const SupplementOptions& wanted, do
     question.zeros = wanted.zeros;
     if (wanted.exact) question.exact = true;
     SetSuccesses(view, success, question);
+    question.areSameTwoClasses = AreSameTwoClasses(view);
     if (view.groupColumn != nullptr) {
         SetGroups(view, question);
     } else {

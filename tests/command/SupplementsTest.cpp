@@ -274,6 +274,16 @@ TEST(Supplements, ShowsTheCallOfTheOtherSystemAndItsSignificance) {
     }
 }
 
+// mcnemar.test of R 4.2 takes two factors of the same two levels; the chi-square of 3 changes against none is 4 / 3.
+TEST(Supplements, TheCallMakesTwoClassesWhereFieldsHaveOthers) {
+    const harness::ScratchFolder folder;
+    const std::string table = folder.Write("b.csv", "a,b\nyes,yes\nyes,no\nyes,no\nyes,no\n");
+    const Json supplement = SupplementOf("--related a,b --tests mcnemar --success yes --like r --nominal a,b", table);
+    EXPECT_EQ(supplement["call"],
+              R"(mcnemar.test(factor(a == "yes", c(FALSE, TRUE)), factor(b == "yes", c(FALSE, TRUE))))");
+    EXPECT_TRUE(Near(supplement["p_values"][0]["value"], 0.2482130789899236));
+}
+
 TEST(Supplements, SaysWhyThereIsNoCall) {
     const auto remarks = [](const std::string& arguments) { return SupplementOf(arguments)["remarks"].dump(); };
     EXPECT_NE(remarks("--one-sample x --tests runs --like r").find("no call"), std::string::npos);
