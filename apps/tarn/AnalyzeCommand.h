@@ -4,6 +4,7 @@
 #include "apps/tarn/TableOptions.h"
 #include "host/beyond/SupplementOptions.h"
 #include "host/engine/AnalysisRequest.h"
+#include "host/words/AnalysisWords.h"
 
 namespace tarn {
 
@@ -13,6 +14,7 @@ struct AnalyzeOptions {
     OutputOptions output;
     AnalysisOptions analysis;
     SupplementOptions supplement;
+    AnalysisWords words;
 };
 
 /// `tarn analyze`: builds the request for the user, hands it to the engine as a host does, and shows the result as a

@@ -174,11 +174,20 @@ void DescribeAnalyze(CLI::App& app, AnalyzeOptions& analyze) {
     AddArgument(app, "DATA", analyze.table.dataPath,
                 "The table: a CSV file with a header row, or - for standard input");
 
+    app.add_option("FORMULA", analyze.words.formula,
+                   "In place of fields: 'score ~ arm', 'a + b ~ arm', 'score ~ cond | subject' or 'score ~ 1'");
+
     Options what(app, kWhatToTest);
     what.List("--one-sample", analysis.oneSample, "FIELD,..", "Fields to be tested each by itself");
     what.List("--related", analysis.related, "FIELD,..", "Fields measured on the same cases, to be compared");
     what.List("--independent", analysis.independent, "FIELD,..", "Fields to be compared between groups");
-    what.One("--group", analysis.group, "FIELD", "The field whose categories are the groups");
+    what.One("--group,--by", analysis.group, "FIELD", "The field whose categories are the groups");
+    what.One("--within", analyze.words.within, "FIELD",
+             "The condition of repeated measures that stand below one another; with --related and --id");
+    what.One("--id", analyze.words.subject, "FIELD", "The subject of these measures");
+    what.One("--where", analyze.words.where, "CONDITION",
+             "Which records are taken, like 'age > 40 & arm != \"low\"' or 'dose is not missing'");
+    what.One("--split", analyze.words.split, "FIELD", "Test the records of each category of that field by themselves");
     what.List("--tests", analysis.tests, "NAME,..",
               "The tests, by the names of tarn tests; otherwise chosen by the fields");
 

@@ -130,6 +130,7 @@ TEST(BashCompletion, OffersFilesAndTheFieldsOfTheTable) {
     EXPECT_EQ(Completed({"analyze", "da"}), Words{"data.csv"});
     EXPECT_EQ(Completed({"run", "--data", "da"}), Words{"data.csv"});
     EXPECT_EQ(Completed({"analyze", "data.csv", "--group", ""}), (Words{"score", "arm"}));
+    EXPECT_EQ(Completed({"analyze", "data.csv", "--by", "a"}), Words{"arm"}) << "another name of --group";
     EXPECT_EQ(Completed({"analyze", "data.csv", "--related", "score,a"}), Words{"score,arm"});
 }
 
