@@ -3,8 +3,10 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 
 #include "apps/tarn/AnalyzeCommand.h"
@@ -16,6 +18,8 @@
 #include "apps/tarn/VersionText.h"
 #include "host/InputError.h"
 #include "host/TestNames.h"
+#include "host/TextList.h"
+#include "host/table/CellValue.h"
 #include "host/table/ColumnPlan.h"
 
 namespace tarn {
@@ -49,6 +53,23 @@ std::vector<std::string> Split(const std::string& text, char separator) {
     return parts;
 }
 
+/// What is wrong with a word that is none of those that an option takes; "" for one of them.
+std::string MistakeInChoice(const std::string& word, const std::vector<std::string>& choices) {
+    if (std::ranges::find(choices, word) != choices.end()) return "";
+    const std::vector<std::string_view> known(choices.begin(), choices.end());
+    const std::vector<std::string_view> nearest = NearestNames(word, known);
+    return Quoted(word) + (nearest.empty() ? "; expected one of " + JoinList(choices) : DidYouMean(nearest));
+}
+
+/// The same for a number.
+std::string MistakeInNumber(const std::string& word) {
+    if (ParseCell(FieldType::kNumber, word)) return "";
+    const bool isPercent =
+        word.ends_with('%') && ParseCell(FieldType::kNumber, word.substr(0, word.size() - 1)).has_value();
+    return Quoted(word) + "; expected a number" +
+           (isPercent ? ", percent without a sign: " + word.substr(0, word.size() - 1) : "");
+}
+
 /// The options of one heading of a command.
 class Options {
  public:
@@ -57,7 +78,11 @@ class Options {
     /// An option with one value; `argument` is what the help shows for it.
     template <typename T>
     CLI::Option* One(const char* name, T& value, const char* argument, const char* help) {
-        return app_.add_option(name, value, help)->option_text(argument)->group(heading_);
+        CLI::Option* const option = app_.add_option(name, value, help)->option_text(argument)->group(heading_);
+        if constexpr (std::is_same_v<T, double> || std::is_same_v<T, std::optional<double>>) {
+            option->check(CLI::Validator(MistakeInNumber, ""));
+        }
+        return option;
     }
     /// An option with values between commas. What stands behind a blank is not part of it.
     void List(const char* name, std::vector<std::string>& values, const char* argument, const char* help) {
@@ -67,11 +92,42 @@ class Options {
             ->option_text(argument)
             ->group(heading_);
     }
+    /// An option with values between commas, each for `take`.
+    void Values(const char* name, const char* argument, const char* help,
+                const std::function<void(const std::string&)>& take) {
+        app_.add_option_function<std::vector<std::string>>(
+                name, [take](const std::vector<std::string>& values) { std::ranges::for_each(values, take); }, help)
+            ->delimiter(',')
+            ->allow_extra_args(false)
+            ->option_text(argument)
+            ->group(heading_);
+    }
+    /// An option with a number or the word that stands behind "NUMBER|" in `argument`.
+    void OneOf(const char* name, const char* argument, const char* help,
+               const std::function<void(const std::string&)>& take) {
+        const std::string other = Split(argument, '|').back();
+        app_.add_option_function<std::string>(name, take, help)
+            ->check(CLI::Validator(
+                [other](const std::string& word) { return word == other ? std::string() : MistakeInNumber(word); }, ""))
+            ->option_text(argument)
+            ->group(heading_);
+    }
+    /// An option that may be given again, each time with one value for `take`.
+    void Repeated(const char* name, const char* argument, const char* help,
+                  const std::function<void(const std::string&)>& take) {
+        app_.add_option_function<std::vector<std::string>>(
+                name, [take](const std::vector<std::string>& values) { std::ranges::for_each(values, take); }, help)
+            ->allow_extra_args(false)
+            ->option_text(argument)
+            ->group(heading_);
+    }
     /// An option with one of the words that stand in `argument` between bars.
     void Choice(const char* name, const char* argument, const char* help,
                 const std::function<void(const std::string&)>& take) {
         app_.add_option_function<std::string>(name, take, help)
-            ->check(CLI::IsMember(Split(argument, '|')))
+            ->check(CLI::Validator(
+                [choices = Split(argument, '|')](const std::string& word) { return MistakeInChoice(word, choices); },
+                ""))
             ->option_text(argument)
             ->group(heading_);
     }
@@ -92,6 +148,26 @@ void AddOrder(const std::string& typed, std::vector<FieldOrder>& orders) {
     for (std::string& field : Split(typed.substr(0, sign), ',')) {
         orders.push_back({std::move(field), Split(typed.substr(sign + 1), ',')});
     }
+}
+
+/// "arm=placebo" for an option; `like` is an example of it.
+FieldWord FieldWordOf(const char* option, const std::string& typed, const char* like) {
+    const std::size_t sign = typed.find('=');
+    if (sign == std::string::npos || sign == 0 || sign + 1 == typed.size()) {
+        throw InputError(std::string(option) + ": " + Quoted(typed) + "; expected a field and " + like);
+    }
+    return {typed.substr(0, sign), typed.substr(sign + 1)};
+}
+
+/// "a=.2" as a part of --expected.
+ExpectedCategory ExpectedOf(const std::string& typed) {
+    const std::size_t sign = typed.rfind('=');
+    const auto share = sign == std::string::npos ? std::nullopt : ParseCell(FieldType::kNumber, typed.substr(sign + 1));
+    if (!share || sign == 0) {
+        throw InputError("--expected: " + Quoted(typed) +
+                         "; expected each category with its share or its count, like a=.2,b=.8");
+    }
+    return {typed.substr(0, sign), *share};
 }
 
 /// An argument that stands by its place.
@@ -194,15 +270,29 @@ void DescribeAnalyze(CLI::App& app, AnalyzeOptions& analyze) {
     Options how(app, kHowToTest);
     how.Choice("--compare", "pairwise|stepwise", "Compare more than two samples with one another",
                [&](const std::string& compare) { analysis.compare = compare; });
+    how.One("--against", analysis.against, "CATEGORY",
+            "Of the pairs those with that group, or related field, alone, adjusted for their number");
     how.One("--test-value", analysis.testValue, "NUMBER",
             "The median that wilcoxon and median test against; of two groups or a pair, the difference expected");
-    how.One("--cut-point", analysis.cutPoint, "NUMBER",
-            "Where the binomial and runs tests cut a continuous field; else between its ends, and at its median");
+    how.OneOf("--cut-point", "NUMBER|mean",
+              "Where the binomial and runs tests cut a continuous field; else between its ends, and at its median",
+              [&](const std::string& typed) {
+                  analysis.cutAtMean = typed == "mean";
+                  if (!analysis.cutAtMean) analysis.cutPoint = ParseCell(FieldType::kNumber, typed);
+              });
     how.One("--probability", analysis.probability, "NUMBER",
             "The share of the first class that the binomial test expects, 0.5 if not given");
     how.List("--success", analysis.success, "CATEGORY,..", "The categories that count as the first class");
     how.List("--distribution", analysis.distributions, "NAME,..",
              "For kolmogorov-smirnov of one sample: normal, uniform, poisson, exponential");
+    how.One("--mean", analysis.mean, "NUMBER", "The mean of that distribution; else from the data");
+    how.One("--sd", analysis.standardDeviation, "NUMBER",
+            "The standard deviation of the normal one; else from the data");
+    how.One("--min", analysis.minimum, "NUMBER", "The lower end of the uniform one, with --max; else from the data");
+    how.One("--max", analysis.maximum, "NUMBER", "The upper end of the uniform one, with --min; else from the data");
+    how.Values("--expected", "CATEGORY=SHARE,..",
+               "How frequent chi-square expects the categories, in any scale; all alike if not given",
+               [&](const std::string& typed) { analysis.expected.push_back(ExpectedOf(typed)); });
     how.One("--outliers", analysis.outliers, "NUMBER", "How many extreme values the moses test trims");
     how.Flag("--descending", analysis.descending, "The jonckheere test expects values to fall with the groups");
     how.One("--alpha", analysis.alpha, "NUMBER",
@@ -219,15 +309,22 @@ void DescribeAnalyze(CLI::App& app, AnalyzeOptions& analyze) {
     DescribeSupplement(app, analyze.supplement);
 
     DescribeTable(app, analyze.table, [&](std::string field) { analysis.caseId = std::move(field); });
-    app.add_option_function<std::vector<std::string>>(
-           kOrderOption,
-           [&](const std::vector<std::string>& orders) {
-               for (const std::string& order : orders) AddOrder(order, analysis.orders);
-           },
-           "The categories of a field from the lowest to the highest, which makes it ordinal; may be given again")
-        ->allow_extra_args(false)
-        ->option_text("FIELD=CATEGORY,..")
-        ->group(kTable);
+    Options table(app, kTable);
+    table.Repeated(
+        kOrderOption, "FIELD=CATEGORY,..",
+        "The categories of a field from the lowest to the highest, which makes it ordinal; may be given again",
+        [&](const std::string& order) { AddOrder(order, analysis.orders); });
+    table.Repeated(
+        "--reference", "FIELD=CATEGORY",
+        "The category that stands first, from which differences count; may be given again",
+        [&](const std::string& typed) {
+            analyze.words.references.push_back(FieldWordOf("--reference", typed, "its category, like arm=placebo"));
+        });
+    table.Repeated(
+        "--label", "FIELD=TEXT", "What the result calls a field beside its name; may be given again",
+        [&](const std::string& typed) {
+            analyze.words.labels.push_back(FieldWordOf("--label", typed, "its text, like hours='Hours of sleep'"));
+        });
     DescribeOutput(app, analyze.output, analysis.brief, "Write the result document there as well");
 }
 
@@ -324,6 +421,7 @@ class CommandLine {
             described.argument = option.get_option_text();
         }
         if (described.argument.find('|') != std::string::npos) described.choices = Split(described.argument, '|');
+        std::erase(described.choices, "NUMBER");
         const std::string name = option.get_name();
         if (name == "--tests" || name == "TOPIC") described.choices = NamesOfTests();
         if (name == "--distribution") described.choices.assign(DistributionNames().begin(), DistributionNames().end());
@@ -337,7 +435,44 @@ class CommandLine {
     }
 
     static ExitStatus Mistake(const std::string& mistake) {
-        return TellMistake(mistake + "; tarn --help shows what can be typed", ExitStatus::kWrongUsage);
+        // What names the thing to type needs no other help.
+        const bool isAnswer =
+            mistake.find("did you mean") != std::string::npos || mistake.find("; expected ") != std::string::npos;
+        return TellMistake(mistake + (isAnswer ? "" : "; tarn --help shows what can be typed"),
+                           ExitStatus::kWrongUsage);
+    }
+
+    /// What somebody means who types a table, a test or the fields where something else is expected; "" for anything
+    /// else.
+    std::string MistakeAtWord(const std::string& typed) const {
+        const std::string what = "unknown argument " + Quoted(typed) + "; ";
+        const bool isOption = typed.starts_with('-');
+        if (app_.get_subcommand_ptr("analyze")->parsed()) {
+            const std::string& formula = analyze_.words.formula;
+            if (typed == "--data") return what + "the table stands by itself: tarn analyze DATA.csv";
+            if (const auto& formats = FormatNames();
+                isOption && std::ranges::find(formats, typed.substr(typed.find_first_not_of('-'))) != formats.end()) {
+                return what + "did you mean --format " + typed.substr(typed.find_first_not_of('-')) + "?";
+            }
+            if (isOption || formula.empty()) return "";
+            if (formula.find('~') != std::string::npos) return what + "what follows the formula are options";
+            return what + "fields stand in one formula, '" + formula + " ~ " + typed + "'";
+        }
+        if (isOption || std::ranges::any_of(actions_, [](const auto& action) { return action.first->parsed(); }))
+            return "";
+        if (typed.ends_with(".csv") || typed.ends_with(".tsv") || typed.ends_with(".txt")) {
+            return what + "did you mean tarn analyze " + typed + "?";
+        }
+        std::vector<std::string> names;
+        for (const auto& action : actions_) names.push_back(action.first->get_name());
+        const std::vector<std::string_view> commands(names.begin(), names.end());
+        if (!NearestNames(typed, commands).empty()) return "";
+        const std::vector<std::string> tests = NamesOfTests();
+        const std::vector<std::string_view> known(tests.begin(), tests.end());
+        std::vector<std::string_view> meant = NearestNames(typed, known);
+        if (std::ranges::find(tests, typed) != tests.end()) meant = {typed};
+        if (meant.empty()) return "";
+        return what + "a test is asked for by tarn analyze DATA.csv FORMULA --tests " + JoinList(meant, " or ");
     }
 
     /// What the parser throws is wrong usage, or the wish for help or the version, which are answers.
@@ -350,6 +485,9 @@ class CommandLine {
         const std::vector<std::string> unknown = app_.remaining(true);
         if (unknown.empty()) return Mistake(error.what());
         const std::string& typed = unknown.front();
+        if (const std::string mistake = MistakeAtWord(typed); !mistake.empty()) {
+            return TellMistake(mistake, ExitStatus::kWrongUsage);
+        }
         const std::string name = typed.substr(0, typed.find('='));
         std::string help = "tarn --help";
         std::vector<std::string> names;

@@ -115,6 +115,8 @@ void AddComparisons(const TestView& view, const SupplementOptions& wanted, doubl
         if (std::max(first, second) >= view.names.size()) return;
         if (p < level) different.emplace_back(first, second);
     }
+    // Letters tell about all pairs.
+    if (reading.pairs.size() < view.names.size() * (view.names.size() - 1) / 2) return;
     supplement.letters = Named(LettersOfPairs(view.names.size(), different, AscendingByRank(view)), view);
 }
 
@@ -226,7 +228,8 @@ class Significances {
         if (!ways_.asymptotic) return std::nullopt;
         const ChosenTest test = ways_.asymptotic();
         SuppliedPValue p = Begin("asymptotic", "byNormal", choices);
-        p.method = source_.texts.Label(test.hasContinuity && choices.continuity ? "withContinuity" : "withoutContinuity");
+        p.method =
+            source_.texts.Label(test.hasContinuity && choices.continuity ? "withContinuity" : "withoutContinuity");
         if (view_.Is(Tests::kKolmogorovSmirnovTwoSample)) p.method = source_.texts.Label("byLimit");
         if (test.hasZeroMethod || ways_.hasZeros) {
             constexpr const char* kZeros[] = {"zerosDropped", "zerosPratt", "zerosSplit"};
@@ -267,8 +270,7 @@ class Significances {
 
     std::optional<std::size_t> AddMonteCarlo(const Choices& choices) {
         if (wanted_.draws == 0 || !ways_.monteCarlo) return std::nullopt;
-        const std::optional<MonteCarloTails> tails =
-            ways_.monteCarlo({wanted_.draws, wanted_.seed}, source_.work);
+        const std::optional<MonteCarloTails> tails = ways_.monteCarlo({wanted_.draws, wanted_.seed}, source_.work);
         if (!tails) return std::nullopt;
         SuppliedPValue p = Begin("monte-carlo", "byDraws", choices);
         const std::vector<std::string> parameters{std::to_string(wanted_.draws), std::to_string(wanted_.seed)};
@@ -290,7 +292,8 @@ class Significances {
 
 Supplement SupplementOf(const TestReading& reading, const ResultReading& result, const SupplementSource& source) {
     Supplement supplement;
-    const std::optional<TestView> view = ViewOf(reading, result, {source.table, source.rule, source.work, source.wanted.draws > 0});
+    const std::optional<TestView> view =
+        ViewOf(reading, result, {source.table, source.rule, source.work, source.wanted.draws > 0});
     if (!view) return supplement;
     const double share = 1 / static_cast<double>(result.tests.size());
     supplement.samples = SummariesOf(*view);
@@ -327,9 +330,8 @@ void AddSupplements(ResultReading& result, const SupplementSource& source) {
             supplements[i] = SupplementOf(result.tests[i], result, source);
         }
     } else {
-        source.work.Run(supplements.size(), [&](std::size_t i) {
-            supplements[i] = SupplementOf(result.tests[i], result, source);
-        });
+        source.work.Run(supplements.size(),
+                        [&](std::size_t i) { supplements[i] = SupplementOf(result.tests[i], result, source); });
     }
     for (std::size_t i = 0; i < supplements.size(); ++i) result.tests[i].supplement = std::move(supplements[i]);
     if (source.wanted.adjustment) AdjustTests(result, *source.wanted.adjustment);

@@ -18,6 +18,9 @@ namespace {
 constexpr std::size_t kMostParts = 200;
 /// Whole numbers up to so many different ones may be codes of groups.
 constexpr std::size_t kMostCodes = 20;
+/// More than a few codes have some records each.
+constexpr std::size_t kFewCodes = 5;
+constexpr std::size_t kRecordsOfCode = 5;
 
 /// Fails for options that say what the formula says, too.
 void CheckAlone(const AnalysisOptions& options, const AnalysisWords& words) {
@@ -72,6 +75,8 @@ WordedAnalysis::WordedAnalysis(AnalysisWords words, AnalysisOptions options)
                 break;
         }
     }
+    // Pairs are compared one by one, or there would be none to choose from.
+    if (!options_.against.empty() && options_.compare.empty()) options_.compare = "pairwise";
     if (words_.within.empty() != words_.subject.empty()) {
         throw InputError(words_.subject.empty()
                              ? "--within: no subjects; expected --id with the field that names them"
@@ -127,6 +132,10 @@ class WordedAnalysis::Resolution {
             WideTable wide = WidenBySubject(part.table, {options_.related.front(), words_.within, words_.subject});
             part.table = std::move(wide.table);
             part.options.related = std::move(wide.fields);
+            // A condition may be named as its category.
+            const std::string field = words_.within + "=" + part.options.against;
+            if (std::ranges::find(part.options.related, field) != part.options.related.end())
+                part.options.against = field;
             part.options.caseId.clear();
             part.notes.insert(part.notes.end(), wide.notes.begin(), wide.notes.end());
         }
@@ -210,7 +219,9 @@ class WordedAnalysis::Resolution {
         const bool isNumber = column.isInferred && !column.IsText() && column.listedCount == 0;
         const bool isFraction = std::ranges::any_of(
             column.categories, [](const Category& category) { return category.number != std::floor(category.number); });
-        if (!isNumber || (!isFraction && column.categories.size() <= kMostCodes)) return;
+        const std::size_t codes = column.categories.size();
+        const bool isSparse = codes > kFewCodes && table_.RowCount() < kRecordsOfCode * codes;
+        if (!isNumber || (!isFraction && codes <= kMostCodes && !isSparse)) return;
         const std::vector<std::string> pair{column.name, options_.independent.front()};
         FailAt(asked_.formula_->by,
                column.name + " has " + std::to_string(column.categories.size()) +
@@ -219,8 +230,20 @@ class WordedAnalysis::Resolution {
                    " beside the formula");
     }
 
+    /// A sample by the name that its pairs have.
+    void ResolveAgainst() {
+        if (options_.against.empty() || options_.group.empty()) return;
+        const int group = table_.FindColumn(options_.group);
+        if (group == Table::kNoColumn) return;
+        const Column& column = table_.Columns()[static_cast<std::size_t>(group)];
+        if (const Category* const category = FindCategory(column, options_.against)) {
+            options_.against = ShownCategory(column, *category);
+        }
+    }
+
     /// Puts the references first and gives the titles.
     void Arrange() {
+        ResolveAgainst();
         for (const auto& [typed, word] : words_.references) {
             std::string field = typed;
             Require(field, "--reference");

@@ -112,6 +112,11 @@ class Parser {
             words_.Fail(sign, "no ~ behind the fields; for one sample " + Type(left + " ~ 1") + ", for groups '" +
                                   left + " ~ FIELD'");
         }
+        if (sign.Is("-") && IsName(words_.Second())) {
+            const std::vector<std::string> pair{words_.Second().text, formula_.values.back().text};
+            words_.Fail(sign, "a difference of two fields is tested by --related " + ForShell(JoinList(pair, ",")) +
+                                  "; a name with signs stands in backticks: `" + pair[1] + "-" + pair[0] + "`");
+        }
         if (sign.Is("=")) words_.Fail(sign, "expected ~ and not \"=\"");
         words_.Fail(sign, "expected + or ~ and not " + WordScanner::Shown(sign) +
                               "; a name with blanks or signs stands in backticks: `" + formula_.values.back().text +

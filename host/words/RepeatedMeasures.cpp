@@ -41,6 +41,7 @@ class Widening {
         wide.table = Table(Columns(wide.fields));
         Fill(wide.table);
         wide.notes = Notes(wide.table);
+        CheckPairs();
         return wide;
     }
 
@@ -142,12 +143,25 @@ class Widening {
             const std::size_t cell = subjectOf_[row] * fields + place;
             if (isFilled[cell]) {
                 throw InputError("repeated measures: the subject " + Quoted(SubjectAt(row)) + " of " +
-                                 Of(subject_).name + " has two records for " + NameOf(category) + "; expected one");
+                                 Of(subject_).name + " has two records for " + NameOf(category) +
+                                 "; expected one, or --split " + Of(subject_).name + " to test each by itself");
             }
             isFilled[cell] = true;
             wide.Cells(place)[subjectOf_[row]] = table_.Cells(value_)[row];
         }
         FillWeights(wide, fields + 1);
+    }
+
+    /// Somebody has to be measured twice, or the conditions are groups of different subjects.
+    void CheckPairs() const {
+        std::vector<std::size_t> records(firstRows_.size(), 0);
+        for (const std::size_t subject : subjectOf_) {
+            if (subject != kNoSubject && ++records[subject] > 1) return;
+        }
+        throw InputError("repeated measures: no subject of " + Of(subject_).name +
+                         " has records for two conditions of " + Of(condition_).name +
+                         "; for groups of different subjects type '" + measures_.value + " ~ " + measures_.condition +
+                         "'");
     }
 
     void FillWeights(Table& wide, std::size_t column) const {

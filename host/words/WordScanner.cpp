@@ -114,10 +114,11 @@ void WordScanner::Scan(bool patterns) {
             word.text = takeWhile([&](char d) { return IsOfName(d) || isPattern(d); });
         } else {
             word.kind = WordKind::kSign;
-            word.text = text_.substr(place, 1);
-            const auto two = std::ranges::find(kLongSigns, std::string_view(text_).substr(place, 2));
-            if (two != kLongSigns.end()) word.text = *two;
-            place += word.text.size();
+            const bool isLong =
+                std::ranges::find(kLongSigns, std::string_view(text_).substr(place, 2)) != kLongSigns.end();
+            const std::size_t length = isLong ? 2 : 1;
+            word.text = text_.substr(place, length);
+            place += length;
         }
         word.end = columnOf(place);
         words_.push_back(std::move(word));

@@ -77,9 +77,9 @@ INSTANTIATE_TEST_SUITE_P(
         Refused{"größe arm ~ x",
                 "at column 7: expected + or ~ and not \"arm\"; a name with blanks or signs stands in "
                 "backticks: `größearm..`"},
-        Refused{"hours-after ~ arm",
-                "at column 6: expected + or ~ and not \"-\"; a name with blanks or signs stands in "
-                "backticks: `hours-..`"},
+        Refused{"after - before ~ 1",
+                "at column 7: a difference of two fields is tested by --related before,after; a "
+                "name with signs stands in backticks: `after-before`"},
         Refused{"score ~ `arm", "at column 9: the quote ` is not closed"},
         Refused{"score ~ arm + sex",
                 "at column 13: one field has the groups; for each sex by itself type 'score ~ arm' "

@@ -67,7 +67,14 @@ TEST(RepeatedMeasuresInLongForm, BringTheirWeights) {
 
 TEST(RepeatedMeasuresInLongForm, RefuseASubjectThatIsThereTwice) {
     EXPECT_EQ(InputErrorOf([] { Widen("who,cond,score\ns1,a,1\ns1,b,1\ns1,b,2\n"); }),
-              "repeated measures: the subject \"s1\" of who has two records for cond=b; expected one");
+              "repeated measures: the subject \"s1\" of who has two records for cond=b; expected one, or --split who "
+              "to test each by itself");
+}
+
+TEST(RepeatedMeasuresInLongForm, RefuseGroupsOfDifferentSubjects) {
+    EXPECT_EQ(InputErrorOf([] { Widen("who,cond,score\ns1,a,1\ns2,b,1\n"); }),
+              "repeated measures: no subject of who has records for two conditions of cond; for groups of different "
+              "subjects type 'score ~ cond'");
 }
 
 TEST(RepeatedMeasuresInLongForm, RefuseOneCondition) {
