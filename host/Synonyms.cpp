@@ -45,6 +45,7 @@ std::span<const Synonyms> OfOptions() {
         {"list listtests", {"tests"}},
         {"levels categories grouporder", {"--order"}},
         {"p prob proportion share", {"--probability"}},
+        {"p probs fexp expectedvalues expectedcounts", {"--expected"}},
         {"cut cutoff threshold", {"--cut-point"}},
         {"dist cdf", {"--distribution"}},
         {"desc decreasing reverse", {"--descending"}},

@@ -155,11 +155,11 @@ ExitStatus AnalyzeParts(std::vector<AnalysisPart> parts, std::vector<std::string
 ExitStatus Analyze(const AnalyzeOptions& options) {
     WordedAnalysis worded(options.words, options.analysis);
     Interrupt interrupt;
-    std::vector<std::string> notes;
-    std::vector<AnalysisPart> parts =
-        worded.PartsOf(LoadTableOf(options.table, worded.Fields(), !options.analysis.includeUserMissing, interrupt,
-                                   worded.NominalByDefault(), options.analysis.orders),
-                       LevelsOf(options), notes);
+    Table table = LoadTableOf(options.table, worded.Fields(), !options.analysis.includeUserMissing, interrupt,
+                              worded.NominalByDefault(), options.analysis.orders);
+    if (!options.savePath.empty()) SaveStudy(options.study, table, options.savePath);
+    std::vector<std::string> notes = DifferencesFrom(options.studiedData, table);
+    std::vector<AnalysisPart> parts = worded.PartsOf(std::move(table), LevelsOf(options), notes);
     if (!options.words.split.empty()) return AnalyzeParts(std::move(parts), std::move(notes), options, interrupt);
     return AnalyzeWhole(std::move(parts.front()), notes, options, interrupt);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "apps/tarn/Command.h"
+#include "apps/tarn/Study.h"
 #include "apps/tarn/TableOptions.h"
 #include "host/beyond/SupplementOptions.h"
 #include "host/engine/AnalysisRequest.h"
@@ -15,6 +16,9 @@ struct AnalyzeOptions {
     AnalysisOptions analysis;
     SupplementOptions supplement;
     AnalysisWords words;
+    std::string savePath;                ///< for the study; empty: none
+    Study study;                         ///< what was typed
+    nlohmann::ordered_json studiedData;  ///< what a study says of its table; null for none
 };
 
 /// `tarn analyze`: builds the request for the user, hands it to the engine as a host does, and shows the result as a

@@ -17,6 +17,7 @@
 #include "apps/tarn/ShowCommand.h"
 #include "apps/tarn/VersionText.h"
 #include "host/InputError.h"
+#include "host/NumberText.h"
 #include "host/TestNames.h"
 #include "host/TextList.h"
 #include "host/table/CellValue.h"
@@ -82,6 +83,8 @@ class Options {
         if constexpr (std::is_same_v<T, double> || std::is_same_v<T, std::optional<double>>) {
             option->check(CLI::Validator(MistakeInNumber, ""));
         }
+        // What a study keeps of an option that isn't typed.
+        if constexpr (std::is_same_v<T, double>) option->capture_default_str();
         return option;
     }
     /// An option with values between commas. What stands behind a blank is not part of it.
@@ -326,6 +329,73 @@ void DescribeAnalyze(CLI::App& app, AnalyzeOptions& analyze) {
             analyze.words.labels.push_back(FieldWordOf("--label", typed, "its text, like hours='Hours of sleep'"));
         });
     DescribeOutput(app, analyze.output, analysis.brief, "Write the result document there as well");
+    Options(app, kOutput).One("--save", analyze.savePath, "FILE", "Write there what was typed, for tarn rerun");
+}
+
+// ---- Studies ----
+
+/// Where results go and how fast is no part of a study.
+bool IsOfStudy(const CLI::Option& option) {
+    if (option.get_positional() || option.get_name() == "--threads" || option.get_name() == "--help") return false;
+    return option.get_group() != kOutput || option.get_name() == "--brief";
+}
+
+/// A number as a number and a flag as true, so that a study reads as it was typed.
+nlohmann::ordered_json StudyValueOf(const CLI::Option& option, const std::vector<std::string>& typed) {
+    if (option.get_items_expected_max() == 0) return typed.front() == "true";
+    if (option.get_expected_max() > 1) return typed;
+    const bool isNumber = option.get_option_text().starts_with("N");
+    const auto number = isNumber ? ParseCell(FieldType::kNumber, typed.front()) : std::nullopt;
+    return number && ExactText(*number) == typed.front() ? nlohmann::ordered_json::parse(typed.front())
+                                                         : nlohmann::ordered_json(typed.front());
+}
+
+/// What was typed behind a command, in that order; behind it what holds where nothing was typed.
+Study StudyOf(const CLI::App& command, const std::string& dataPath, const std::string& formula) {
+    Study study{dataPath, formula, {}, {}};
+    std::vector<const CLI::Option*> options;
+    for (const CLI::Option* const option : command.parse_order()) {
+        if (std::ranges::find(options, option) == options.end()) options.push_back(option);
+    }
+    for (const CLI::Option* const option : command.get_options()) {
+        if (option->count() == 0 && !option->get_default_str().empty()) options.push_back(option);
+    }
+    for (const CLI::Option* const option : options) {
+        if (!IsOfStudy(*option)) continue;
+        const std::vector<std::string> typed =
+            option->count() > 0 ? option->results() : std::vector<std::string>{option->get_default_str()};
+        study.options.push_back({option->get_name().substr(2), StudyValueOf(*option, typed)});
+    }
+    return study;
+}
+
+/// The same as it is typed.
+void AddArguments(const CLI::Option& option, const nlohmann::ordered_json& value, std::vector<std::string>& arguments) {
+    const std::string name = option.get_name();
+    if (value.is_boolean()) {
+        if (value.get<bool>()) arguments.push_back(name);
+        return;
+    }
+    std::vector<std::string> values;
+    if (value.is_array()) values = value.get<std::vector<std::string>>();
+    if (value.is_string()) values = {value.get<std::string>()};
+    if (value.is_number()) values = {value.dump()};
+    if (option.get_delimiter() != '\0') values = {JoinList(values, std::string(1, option.get_delimiter()))};
+    for (const std::string& each : values) arguments.push_back(name + "=" + each);
+}
+
+/// What the user typed behind `tarn rerun`.
+struct RerunOptions {
+    std::string studyPath;
+    std::string dataPath;
+    OutputOptions output;
+    bool brief = false;
+};
+
+void DescribeRerun(CLI::App& app, RerunOptions& rerun) {
+    AddArgument(app, "STUDY", rerun.studyPath, "A study that tarn analyze --save wrote");
+    Options(app, kTable).One("--data", rerun.dataPath, "FILE", "Another table than that of the study");
+    DescribeOutput(app, rerun.output, rerun.brief, "Write the result document there as well");
 }
 
 /// The commands, with what each of them is given and does. One object of this class is one run of the program.
@@ -343,6 +413,7 @@ class CommandLine {
                         analyze_);
         DescribeRun(Add("run", "Run tests on a table and write the result document", [this] { return Run(run_); }),
                     run_);
+        DescribeRerun(Add("rerun", "Analyze once more what --save kept", [this] { return Rerun(); }), rerun_);
         Add("tests", "List the names of the tests", ListTests);
 
         CLI::App& show =
@@ -407,7 +478,43 @@ class CommandLine {
                 if (option->get_name() == name) analyze_.analysis.familyOrder.push_back(family);
             }
         }
+        analyze_.study = StudyOf(command, analyze_.table.dataPath, analyze_.words.formula);
         return Analyze(analyze_);
+    }
+
+    /// Types what a study holds, with another table or output where that is asked for.
+    ExitStatus Rerun() const {
+        const Study study = ReadStudy(rerun_.studyPath);
+        const std::string data = rerun_.dataPath.empty() ? study.dataPath : rerun_.dataPath;
+        if (data.empty()) throw InputError(rerun_.studyPath + ": data.file: no table; expected it, or --data");
+        std::vector<std::string> arguments{"tarn", "analyze"};
+        for (const StudyOption& option : study.options)
+            AddArguments(OptionOfStudy(option.name), option.value, arguments);
+        const OutputOptions& output = rerun_.output;
+        if (!output.outPath.empty()) arguments.push_back("--out=" + output.outPath);
+        if (output.quiet) arguments.emplace_back("--quiet");
+        if (rerun_.brief) arguments.emplace_back("--brief");
+        if (output.format) arguments.push_back("--format=" + FormatNames()[static_cast<std::size_t>(*output.format)]);
+        arguments.emplace_back("--");
+        arguments.push_back(data);
+        if (!study.formula.empty()) arguments.push_back(study.formula);
+        CommandLine line;
+        line.analyze_.studiedData = study.data;
+        std::vector<const char*> words;
+        for (const std::string& argument : arguments) words.push_back(argument.c_str());
+        return line.Execute(static_cast<int>(words.size()), words.data());
+    }
+
+    const CLI::Option& OptionOfStudy(const std::string& name) const {
+        std::vector<std::string> names;
+        for (const CLI::Option* const option : app_.get_subcommand_ptr("analyze")->get_options()) {
+            if (!IsOfStudy(*option)) continue;
+            if (option->check_lname(name)) return *option;
+            names.push_back(option->get_name().substr(2));
+        }
+        const std::vector<std::string_view> known(names.begin(), names.end());
+        throw InputError(rerun_.studyPath + ": options." + name + ": no option of tarn analyze that a study has" +
+                         DidYouMean(NearestNames(name, known)));
     }
 
     static OptionDescription Describe(const CLI::Option& option) {
@@ -516,6 +623,7 @@ class CommandLine {
     std::vector<std::pair<CLI::App*, std::function<ExitStatus()>>> actions_;
     AnalyzeOptions analyze_;
     RunOptions run_;
+    RerunOptions rerun_;
     std::string resultPath_;
     ReportFormat shownFormat_ = ReportFormat::kText;
     std::string topic_;

@@ -46,7 +46,7 @@ TEST(Commands, AreDescribedOneAndAll) {
             EXPECT_FALSE(option.help.ends_with('.')) << option.help;
         }
     }
-    EXPECT_EQ(names, (Words{"analyze", "run", "tests", "show", "explain", "man", "completion"}));
+    EXPECT_EQ(names, (Words{"analyze", "run", "rerun", "tests", "show", "explain", "man", "completion"}));
 }
 
 TEST(Commands, TellWhatTheirOptionsTake) {

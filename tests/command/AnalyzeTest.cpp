@@ -218,7 +218,7 @@ TEST_P(Mistakes, AreToldInOneLineWithWhatToDoNext) {
 
 INSTANTIATE_TEST_SUITE_P(
     , Mistakes,
-    testing::Values(Mistake{"NoFields", {}, "expected --one-sample, --related or --independent"},
+    testing::Values(Mistake{"NoFields", {}, "expected a formula like 'score ~ arm', or --one-sample, --related, or --independent with --group"},
                     Mistake{"NoGroup", {"--independent", "before"}, "expected --group"},
                     Mistake{"UnknownGroup", {"--independent", "before", "--group", "amr"}, "did you mean arm?"},
                     Mistake{"UnknownField", {"--related", "befor,after"}, "did you mean before?"},

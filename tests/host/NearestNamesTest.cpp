@@ -113,7 +113,7 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"ranksum", {"mann-whitney"}}, Case{"utest", {"mann-whitney"}}, Case{"U-test", {"mann-whitney"}},
         Case{"mw", {"mann-whitney"}}, Case{"mwu", {"mann-whitney"}}, Case{"mannwhitneyu", {"mann-whitney"}},
         Case{"mann", {"mann-whitney"}}, Case{"chi2", {"chi-square"}}, Case{"chisq", {"chi-square"}},
-        Case{"chisq.test", {"chi-square"}}, Case{"signed-rank", {"wilcoxon"}}, Case{"wilcox.test", {"wilcoxon"}},
+        Case{"chisq.test", {"chi-square"}}, Case{"signed-rank", {"mann-whitney", "wilcoxon"}}, Case{"wilcox.test", {"wilcoxon"}},
         Case{"jt", {"jonckheere"}}, Case{"hl", {"hodges-lehmann"}}, Case{"q", {"cochran"}},
         Case{"w", {"kendall", "wilcoxon"}}, Case{"prop", {"binomial"}}, Case{"binom", {"binomial"}},
         Case{"binomtest", {"binomial"}}, Case{"mood", {"median"}}, Case{"median_test", {"median"}},
