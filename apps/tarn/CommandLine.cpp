@@ -254,7 +254,8 @@ void DescribeAnalyze(CLI::App& app, AnalyzeOptions& analyze) {
                 "The table: a CSV file with a header row, or - for standard input");
 
     app.add_option("FORMULA", analyze.words.formula,
-                   "In place of fields: 'score ~ arm', 'a + b ~ arm', 'score ~ cond | subject' or 'score ~ 1'");
+                   "In place of fields: 'score ~ arm', 'a + b ~ arm', 'score ~ cond | subject' or 'score ~ 1'")
+        ->option_text("(optional)");
 
     Options what(app, kWhatToTest);
     what.List("--one-sample", analysis.oneSample, "FIELD,..", "Fields to be tested each by itself");
@@ -406,7 +407,7 @@ class CommandLine {
         app_.set_help_flag("-h,--help", "Show what can be typed");
         app_.require_subcommand(1);
         app_.footer(
-            "tarn analyze DATA.csv --one-sample FIELD is the shortest way to a result.\n"
+            "tarn analyze DATA.csv 'FIELD ~ GROUPS' is the shortest way to a result.\n"
             "tarn COMMAND --help shows what a command takes.");
 
         DescribeAnalyze(Add("analyze", "Test fields of a table and show the results", [this] { return RunAnalyze(); }),

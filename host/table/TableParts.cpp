@@ -71,7 +71,7 @@ void MakeNominal(Table& table, std::size_t column) {
         if (!std::isnan(cell) && cell != kMissingNumber) numbers.push_back(cell);
     }
     std::ranges::sort(numbers);
-    numbers.erase(std::ranges::unique(numbers).begin(), numbers.end());
+    numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
     for (double& cell : cells) {
         if (std::isnan(cell) || cell == kMissingNumber) {
             cell = kMissingCategory;

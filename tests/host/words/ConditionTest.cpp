@@ -1,6 +1,8 @@
 #include "host/words/Condition.h"
 
 #include <gtest/gtest.h>
+#include <rapidcheck.h>
+#include <rapidcheck/gtest.h>
 
 #include <string>
 #include <vector>
@@ -91,6 +93,24 @@ TEST(ACondition, ComparesWordsThatAreDatesAsDates) {
 
 TEST(ACondition, NamesItsFields) {
     EXPECT_EQ(Condition("a > b & (c in (1, 2) | d is missing)").Names().size(), 4U);
+}
+
+// Whatever is typed is read or refused in one line, and what is read names records of the table.
+RC_GTEST_PROP(ACondition, OfAnyWordsIsReadOrRefused, ()) {
+    static const std::vector<std::string> kWords{
+        "age", "arm", "ok", "40", "\"low\"", "'x'",     "=", "!=", "<",    ">=", "&",   "|",  "!", "not", "in",
+        "(",   ")",   ",",  "is", "-",       "missing", "`", "~",  "true", "or", "and", ".5", "é", "%"};
+    const auto places = *rc::gen::container<std::vector<int>>(rc::gen::inRange(0, static_cast<int>(kWords.size())));
+    std::string condition;
+    for (const int place : places) condition += kWords[static_cast<std::size_t>(place)] + " ";
+    const Table table = TableOfText(kData, kFields);
+    FieldNames names(table);
+    try {
+        for (const std::size_t record : Condition(condition).RecordsOf(table, names))
+            RC_ASSERT(record < table.RowCount());
+    } catch (const InputError& mistake) {
+        RC_ASSERT(std::string(mistake.what()).find(": at column ") != std::string::npos);
+    }
 }
 
 struct Refused {

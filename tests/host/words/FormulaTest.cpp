@@ -1,6 +1,8 @@
 #include "host/words/Formula.h"
 
 #include <gtest/gtest.h>
+#include <rapidcheck.h>
+#include <rapidcheck/gtest.h>
 
 #include <string>
 #include <vector>
@@ -47,6 +49,22 @@ TEST(AFormula, TakesNamesInQuotes) {
     EXPECT_EQ(ParseFormula("a ~ `the ~ arm`").by.text, "the ~ arm");
     EXPECT_EQ(ValuesOf(ParseFormula("1st ~ arm")), Names{"1st"});
     EXPECT_EQ(ValuesOf(ParseFormula("größe ~ arm")), Names{"größe"});
+}
+
+RC_GTEST_PROP(AFormula, OfAnyWordsIsReadOrRefused, ()) {
+    static const std::vector<std::string> kWords{"score", "arm",   "~", "|", "+",   "1",     "`a b`", "(",
+                                                 ")",     "*",     ":", "/", "log", "Error", "x*",    "\"q\"",
+                                                 "-",     "cbind", ",", ".", "=",   "'"};
+    const auto places = *rc::gen::container<std::vector<int>>(rc::gen::inRange(0, static_cast<int>(kWords.size())));
+    std::string text;
+    for (const int place : places) text += kWords[static_cast<std::size_t>(place)] + " ";
+    try {
+        const Formula formula = ParseFormula(text);
+        RC_ASSERT(!formula.values.empty());
+        RC_ASSERT((formula.kind == FormulaKind::kOneSample) == formula.by.text.empty());
+    } catch (const InputError& mistake) {
+        RC_ASSERT(std::string(mistake.what()).find(": at column ") != std::string::npos);
+    }
 }
 
 struct Refused {
