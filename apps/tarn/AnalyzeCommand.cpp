@@ -157,11 +157,15 @@ ExitStatus Analyze(const AnalyzeOptions& options) {
     Interrupt interrupt;
     Table table = LoadTableOf(options.table, worded.Fields(), !options.analysis.includeUserMissing, interrupt,
                               worded.NominalByDefault(), options.analysis.orders);
-    if (!options.savePath.empty()) SaveStudy(options.study, table, options.savePath);
+    const std::string study = options.savePath.empty() ? "" : StudyText(options.study, table);
     std::vector<std::string> notes = DifferencesFrom(options.studiedData, table);
     std::vector<AnalysisPart> parts = worded.PartsOf(std::move(table), LevelsOf(options), notes);
-    if (!options.words.split.empty()) return AnalyzeParts(std::move(parts), std::move(notes), options, interrupt);
-    return AnalyzeWhole(std::move(parts.front()), notes, options, interrupt);
+    const ExitStatus status = options.words.split.empty()
+                                  ? AnalyzeWhole(std::move(parts.front()), notes, options, interrupt)
+                                  : AnalyzeParts(std::move(parts), std::move(notes), options, interrupt);
+    // A request that can't be met is not worth keeping.
+    if (!options.savePath.empty() && status == ExitStatus::kDone) WriteWholeFile(options.savePath, study);
+    return status;
 }
 
 ExitStatus ListTests() {

@@ -9,7 +9,6 @@
 #include "host/JsonDocument.h"
 #include "host/NumberText.h"
 #include "host/TextList.h"
-#include "host/WholeFile.h"
 #include "host/table/FieldDescriptor.h"
 
 namespace tarn {
@@ -68,12 +67,12 @@ std::string Shown(const Json& value) {
 
 }  // namespace
 
-void SaveStudy(const Study& study, const Table& table, const std::string& path) {
+std::string StudyText(const Study& study, const Table& table) {
     Json json{{"format", kStudyFormat}, {"tarn", TARN_VERSION}, {"data", DataOf(table, study.dataPath)}};
     if (!study.formula.empty()) json["formula"] = study.formula;
     json["options"] = Json::object();
     for (const StudyOption& option : study.options) json["options"][option.name] = option.value;
-    WriteWholeFile(path, json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
+    return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
 Study ReadStudy(const std::string& path) {

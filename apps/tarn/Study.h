@@ -26,8 +26,8 @@ struct Study {
     nlohmann::ordered_json data;       ///< what the table was; null before it is known
 };
 
-/// Writes a study with the table that it was made on.
-void SaveStudy(const Study& study, const Table& table, const std::string& path);
+/// The text of a study with the table that it was made on.
+std::string StudyText(const Study& study, const Table& table);
 
 /// Reads one. Throws an `InputError` for a file that is none.
 Study ReadStudy(const std::string& path);

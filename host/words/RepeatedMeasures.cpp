@@ -200,9 +200,10 @@ class Widening {
             }
         }
         const std::size_t left = firstRows_.size() - complete - incomplete.size();
-        std::string note = measures_.value + " of " + std::to_string(firstRows_.size()) + " subjects (" +
-                           measures_.subject + ") at " + std::to_string(conditions_.size()) + " conditions (" +
-                           measures_.condition + "): " + std::to_string(complete) + " complete";
+        std::string note = measures_.value + " of " + std::to_string(firstRows_.size()) +
+                           (firstRows_.size() == 1 ? " subject (" : " subjects (") + measures_.subject + ") at " +
+                           std::to_string(conditions_.size()) + " conditions (" + measures_.condition +
+                           "): " + std::to_string(complete) + " complete";
         if (!incomplete.empty()) note += "; incomplete: " + JoinList(incomplete);
         if (left > 0) note += " and " + std::to_string(left) + " more";
         std::vector<std::string> notes{std::move(note)};

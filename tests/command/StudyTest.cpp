@@ -87,6 +87,11 @@ TEST_F(Study, SaysInWhatAnotherTableDiffers) {
                     "other than in the study: the table has further fields: y"}));
 }
 
+TEST_F(Study, IsNotKeptOfARequestThatCannotBeMet) {
+    EXPECT_EQ(Save({"age ~ sex", "--tests", "sing"}).exitStatus, 2);
+    EXPECT_TRUE(folder.Files().empty());
+}
+
 TEST_F(Study, RefusesWhatIsNone) {
     const std::string other = folder.Write("other.json", "{\"tests\": []}");
     EXPECT_EQ(RunTarn({"rerun", other}).err,
