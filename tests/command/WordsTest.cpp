@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
@@ -172,6 +173,12 @@ TEST(PartsOfTheCommand, RefuseWhatTheyCannotDo) {
               "tarn: --format: xml is one document, and --split makes one for each part; expected text, json or csv\n");
     EXPECT_EQ(Analyze({"age ~ sex", "--split", "patient"}).err,
               "tarn: --split: patient has 320 different values; expected a field with at most 200\n");
+}
+
+TEST(TheHelp, FitsAScreen) {
+    const CommandResult result = RunTarn({"--help"});
+    EXPECT_EQ(result.exitStatus, 0);
+    EXPECT_LE(std::count(result.out.begin(), result.out.end(), '\n'), 24) << result.out;
 }
 
 TEST(NamesOfFields, MayDifferInCaseAndSaySo) {
