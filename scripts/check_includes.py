@@ -15,7 +15,7 @@ FLOORS = [
     ["apps/tarn", "python"],
     ["host/analysis"],
     ["host/plan"],
-    ["host/beyond"],
+    ["host/beyond", "host/words"],
     ["host/report", "host/engine"],
     ["host/table"],
     ["host"],

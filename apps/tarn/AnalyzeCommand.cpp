@@ -1,77 +1,174 @@
 #include "apps/tarn/AnalyzeCommand.h"
 
+#include <algorithm>
 #include <iostream>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "apps/tarn/Command.h"
 #include "apps/tarn/CommandEnvironment.h"
 #include "apps/tarn/Interrupt.h"
 #include "apps/tarn/Presentation.h"
 #include "apps/tarn/ProgressBar.h"
+#include "host/InputError.h"
 #include "host/TestNames.h"
+#include "host/TextList.h"
 #include "host/TextTable.h"
 #include "host/WholeFile.h"
 #include "host/analysis/Analysis.h"
+#include "host/words/AnalysisWords.h"
 
 namespace tarn {
 
 namespace {
 
-NamedFields FieldsOf(const AnalysisOptions& analysis) {
-    NamedFields fields;
-    for (const auto* list : {&analysis.oneSample, &analysis.related, &analysis.independent}) {
-        for (const std::string& field : *list) fields.Add(field);
+/// The fields whose levels were typed.
+std::vector<std::string> LevelsOf(const AnalyzeOptions& options) {
+    std::vector<std::string> fields;
+    for (const auto* list : {&options.table.nominal, &options.table.ordinal, &options.table.continuous}) {
+        fields.insert(fields.end(), list->begin(), list->end());
     }
-    fields.Add(analysis.group);
-    fields.Add(analysis.caseId);
+    for (const FieldOrder& order : options.analysis.orders) fields.push_back(order.field);
     return fields;
 }
 
-Table LoadTableFor(const AnalyzeOptions& options, const Interrupt& interrupt) {
-    const AnalysisOptions& analysis = options.analysis;
-    const auto group = analysis.group.empty() ? std::nullopt : std::optional(analysis.group);
-    Table table =
-        LoadTableOf(options.table, FieldsOf(analysis), !analysis.includeUserMissing, interrupt, group, analysis.orders);
-    PrepareTable(table, analysis);
-    return table;
-}
-
 /// CSV has the statistics alone, so nothing else is made where the document isn't kept.
-AnalysisOptions AnalysisOf(const AnalyzeOptions& options) {
-    AnalysisOptions analysis = options.analysis;
+AnalysisOptions Briefly(AnalysisOptions analysis, const AnalyzeOptions& options) {
     const OutputOptions& output = options.output;
     analysis.brief = analysis.brief || (output.format == ReportFormat::kCsv && output.outPath.empty());
     return analysis;
 }
 
-}  // namespace
+ExitStatus NoneDone() {
+    return TellMistake("no test could be done; each says why", ExitStatus::kRunFailed);
+}
 
-ExitStatus Analyze(const AnalyzeOptions& options) {
-    Interrupt interrupt;
-    const Table table = LoadTableFor(options, interrupt);
+void AddNotes(std::vector<std::string>& notes, const std::vector<std::string>& more) {
+    notes.insert(notes.end(), more.begin(), more.end());
+}
+
+/// All records in one analysis.
+ExitStatus AnalyzeWhole(AnalysisPart part, const std::vector<std::string>& notes, const AnalyzeOptions& options,
+                        Interrupt& interrupt) {
+    PrepareTable(part.table, part.options);
     std::optional<ProgressBar> progress(!options.output.quiet);
     const AnalysisEnvironment environment = EnvironmentOf(interrupt, *progress, options.table.threads);
-    AnalysisOutcome outcome = Analyze(table, AnalysisOf(options), environment);
+    AnalysisOutcome outcome = Analyze(part.table, Briefly(part.options, options), environment);
     progress.reset();  // nothing of it is left on the line when results are shown
     const ExitStatus status = TellRemarks(outcome);
     if (!outcome.succeeded) return status;
+    std::vector<std::string> allNotes = notes;
+    AddNotes(allNotes, part.notes);
+    AddNotes(allNotes, outcome.notes);
 
     const OutputOptions& output = options.output;
     const ReportFormat format = output.format.value_or(ReportFormat::kText);
     const bool isDocumentShown = format == ReportFormat::kXml;
     const bool isKept = isDocumentShown || !output.outPath.empty();
     const std::string document = isKept ? outcome.document : std::string();
-    ResultReading result = ReadAnalysis(std::move(outcome.document), options.analysis, environment);
+    ResultReading result = ReadAnalysis(std::move(outcome.document), part.options, environment);
     const bool isShown = format != ReportFormat::kText || !output.quiet;
-    if (isShown && !isDocumentShown) SupplyFigures(result, table, options.analysis, options.supplement, environment);
+    if (isShown && !isDocumentShown) SupplyFigures(result, part.table, part.options, options.supplement, environment);
     if (interrupt.IsAsked()) return TellMistake(kCancelledRun, ExitStatus::kRunFailed);
     if (!output.outPath.empty()) WriteWholeFile(output.outPath, document);
     // Text and JSON have a place for notes.
-    if (!isShown || format == ReportFormat::kCsv || format == ReportFormat::kXml) TellNotes(outcome.notes);
-    if (isShown) PrintResult(isDocumentShown ? document : Present(result, format, outcome.notes));
-    if (!IsNoneDone(result)) return status;
-    return TellMistake("no test could be done; each says why", ExitStatus::kRunFailed);
+    if (!isShown || format == ReportFormat::kCsv || format == ReportFormat::kXml) TellNotes(allNotes);
+    if (isShown) PrintResult(isDocumentShown ? document : Present(result, format, allNotes));
+    return IsNoneDone(result) ? NoneDone() : status;
+}
+
+// ---- Parts ----
+
+/// One document can't hold several analyses.
+void CheckOutputOfParts(const AnalyzeOptions& options) {
+    if (options.output.format == ReportFormat::kXml) {
+        throw InputError(
+            "--format: xml is one document, and --split makes one for each part; expected text, json or csv");
+    }
+    if (!options.output.outPath.empty()) {
+        throw InputError("--out: writes one document, and --split makes one for each part; expected --format json > " +
+                         options.output.outPath + ", or --where in place of --split");
+    }
+}
+
+/// Analyses one part. What can't be done with it is told at its place, unless the run was cancelled.
+ResultPart ResultOf(AnalysisPart part, const AnalyzeOptions& options, const AnalysisEnvironment& environment) {
+    ResultPart result;
+    result.field = part.field;
+    result.category = part.category;
+    result.notes = part.notes;
+    try {
+        PrepareTable(part.table, part.options);
+        AnalysisOutcome outcome = Analyze(part.table, Briefly(part.options, options), environment);
+        AddNotes(result.notes, outcome.notes);
+        if (!outcome.succeeded) {
+            result.mistake = JoinList(outcome.remarks, "; ");
+            return result;
+        }
+        AddNotes(result.notes, outcome.remarks);
+        result.result = ReadAnalysis(std::move(outcome.document), part.options, environment);
+        SupplyFigures(*result.result, part.table, part.options, options.supplement, environment);
+    } catch (const InputError& mistake) {
+        result.mistake = mistake.what();
+    }
+    return result;
+}
+
+/// The records of each category by themselves.
+ExitStatus AnalyzeParts(std::vector<AnalysisPart> parts, std::vector<std::string> notes, const AnalyzeOptions& options,
+                        Interrupt& interrupt) {
+    CheckOutputOfParts(options);
+    std::vector<ResultPart> results;
+    std::optional<ProgressBar> progress(!options.output.quiet);
+    for (AnalysisPart& part : parts) {
+        AnalysisEnvironment environment = EnvironmentOf(interrupt, *progress, options.table.threads);
+        environment.onProgress = [show = environment.onProgress, done = results.size(),
+                                  all = parts.size()](double percent) {
+            show((100.0 * static_cast<double>(done) + percent) / static_cast<double>(all));
+        };
+        results.push_back(ResultOf(std::move(part), options, environment));
+        if (!results.back().result && interrupt.IsAsked()) {
+            progress.reset();
+            return TellMistake(results.back().mistake, ExitStatus::kRunFailed);
+        }
+    }
+    progress.reset();
+    const auto isDone = [](const ResultPart& part) { return part.result.has_value(); };
+    // What holds for no part is a mistake of the request.
+    if (std::ranges::none_of(results, isDone)) {
+        return TellMistake(results.front().Name() + ": " + results.front().mistake, ExitStatus::kWrongUsage);
+    }
+    const ReportFormat format = options.output.format.value_or(ReportFormat::kText);
+    if (format == ReportFormat::kCsv || (format == ReportFormat::kText && options.output.quiet)) {
+        for (const ResultPart& part : results) {
+            for (const std::string& note : part.notes) notes.push_back(part.Name() + ": " + note);
+            if (!part.result) notes.push_back(part.Name() + ": not done: " + part.mistake);
+        }
+        TellNotes(notes);
+    }
+    if (format != ReportFormat::kText || !options.output.quiet) PrintResult(PresentParts(results, format, notes));
+    const auto isNoneDone = [](const ResultPart& part) { return !part.result || IsNoneDone(*part.result); };
+    return std::ranges::all_of(results, isNoneDone) ? NoneDone() : ExitStatus::kDone;
+}
+
+}  // namespace
+
+ExitStatus Analyze(const AnalyzeOptions& options) {
+    WordedAnalysis worded(options.words, options.analysis);
+    Interrupt interrupt;
+    Table table = LoadTableOf(options.table, worded.Fields(), !options.analysis.includeUserMissing, interrupt,
+                              worded.NominalByDefault(), options.analysis.orders);
+    const std::string study = options.savePath.empty() ? "" : StudyText(options.study, table);
+    std::vector<std::string> notes = DifferencesFrom(options.studiedData, table);
+    std::vector<AnalysisPart> parts = worded.PartsOf(std::move(table), LevelsOf(options), notes);
+    const ExitStatus status = options.words.split.empty()
+                                  ? AnalyzeWhole(std::move(parts.front()), notes, options, interrupt)
+                                  : AnalyzeParts(std::move(parts), std::move(notes), options, interrupt);
+    // A request that can't be met is not worth keeping.
+    if (!options.savePath.empty() && status == ExitStatus::kDone) WriteWholeFile(options.savePath, study);
+    return status;
 }
 
 ExitStatus ListTests() {

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "apps/tarn/Command.h"
+#include "apps/tarn/Study.h"
 #include "apps/tarn/TableOptions.h"
 #include "host/beyond/SupplementOptions.h"
 #include "host/engine/AnalysisRequest.h"
+#include "host/words/AnalysisWords.h"
 
 namespace tarn {
 
@@ -13,6 +15,10 @@ struct AnalyzeOptions {
     OutputOptions output;
     AnalysisOptions analysis;
     SupplementOptions supplement;
+    AnalysisWords words;
+    std::string savePath;                ///< for the study; empty: none
+    Study study;                         ///< what was typed
+    nlohmann::ordered_json studiedData;  ///< what a study says of its table; null for none
 };
 
 /// `tarn analyze`: builds the request for the user, hands it to the engine as a host does, and shows the result as a

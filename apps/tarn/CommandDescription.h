@@ -14,7 +14,9 @@ struct OptionDescription {
 
     bool IsPositional() const { return names.empty(); }
     bool IsList() const { return argument.ends_with(",.."); }
-    bool TakesFile() const { return argument == "FILE" || argument == "DATA" || argument == "RESULT"; }
+    bool TakesFile() const {
+        return argument == "FILE" || argument == "DATA" || argument == "RESULT" || argument == "STUDY";
+    }
     bool TakesField() const { return argument.starts_with("FIELD"); }
 };
 

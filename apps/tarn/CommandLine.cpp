@@ -6,9 +6,11 @@
 #include <cstdint>
 #include <functional>
 #include <limits>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <type_traits>
 #include <utility>
 
 #include "apps/tarn/AnalyzeCommand.h"
@@ -20,9 +22,11 @@
 #include "apps/tarn/ShowCommand.h"
 #include "apps/tarn/VersionText.h"
 #include "host/InputError.h"
+#include "host/NumberText.h"
 #include "host/TestNames.h"
 #include "host/TextList.h"
 #include "host/analysis/TableLook.h"
+#include "host/table/CellValue.h"
 #include "host/table/ColumnPlan.h"
 
 namespace tarn {
@@ -56,6 +60,23 @@ std::vector<std::string> Split(const std::string& text, char separator) {
     return parts;
 }
 
+/// What is wrong with a word that is none of those that an option takes; "" for one of them.
+std::string MistakeInChoice(const std::string& word, const std::vector<std::string>& choices) {
+    if (std::ranges::find(choices, word) != choices.end()) return "";
+    const std::vector<std::string_view> known(choices.begin(), choices.end());
+    const std::vector<std::string_view> nearest = NearestNames(word, known);
+    return Quoted(word) + (nearest.empty() ? "; expected one of " + JoinList(choices) : DidYouMean(nearest));
+}
+
+/// The same for a number.
+std::string MistakeInNumber(const std::string& word) {
+    if (ParseCell(FieldType::kNumber, word)) return "";
+    const bool isPercent =
+        word.ends_with('%') && ParseCell(FieldType::kNumber, word.substr(0, word.size() - 1)).has_value();
+    return Quoted(word) + "; expected a number" +
+           (isPercent ? ", percent without a sign: " + word.substr(0, word.size() - 1) : "");
+}
+
 /// The options of one heading of a command.
 class Options {
  public:
@@ -64,7 +85,13 @@ class Options {
     /// An option with one value; `argument` is what the help shows for it.
     template <typename T>
     CLI::Option* One(const char* name, T& value, const char* argument, const char* help) {
-        return app_.add_option(name, value, help)->option_text(argument)->group(heading_);
+        CLI::Option* const option = app_.add_option(name, value, help)->option_text(argument)->group(heading_);
+        if constexpr (std::is_same_v<T, double> || std::is_same_v<T, std::optional<double>>) {
+            option->check(CLI::Validator(MistakeInNumber, ""));
+        }
+        // What a study keeps of an option that isn't typed.
+        if constexpr (std::is_same_v<T, double>) option->capture_default_str();
+        return option;
     }
     /// An option with values between commas. What stands behind a blank is not part of it.
     void List(const char* name, std::vector<std::string>& values, const char* argument, const char* help) {
@@ -74,11 +101,42 @@ class Options {
             ->option_text(argument)
             ->group(heading_);
     }
+    /// An option with values between commas, each for `take`.
+    void Values(const char* name, const char* argument, const char* help,
+                const std::function<void(const std::string&)>& take) {
+        app_.add_option_function<std::vector<std::string>>(
+                name, [take](const std::vector<std::string>& values) { std::ranges::for_each(values, take); }, help)
+            ->delimiter(',')
+            ->allow_extra_args(false)
+            ->option_text(argument)
+            ->group(heading_);
+    }
+    /// An option with a number or the word that stands behind "NUMBER|" in `argument`.
+    void OneOf(const char* name, const char* argument, const char* help,
+               const std::function<void(const std::string&)>& take) {
+        const std::string other = Split(argument, '|').back();
+        app_.add_option_function<std::string>(name, take, help)
+            ->check(CLI::Validator(
+                [other](const std::string& word) { return word == other ? std::string() : MistakeInNumber(word); }, ""))
+            ->option_text(argument)
+            ->group(heading_);
+    }
+    /// An option that may be given again, each time with one value for `take`.
+    void Repeated(const char* name, const char* argument, const char* help,
+                  const std::function<void(const std::string&)>& take) {
+        app_.add_option_function<std::vector<std::string>>(
+                name, [take](const std::vector<std::string>& values) { std::ranges::for_each(values, take); }, help)
+            ->allow_extra_args(false)
+            ->option_text(argument)
+            ->group(heading_);
+    }
     /// An option with one of the words that stand in `argument` between bars.
     void Choice(const char* name, const char* argument, const char* help,
                 const std::function<void(const std::string&)>& take) {
         app_.add_option_function<std::string>(name, take, help)
-            ->check(CLI::IsMember(Split(argument, '|')))
+            ->check(CLI::Validator(
+                [choices = Split(argument, '|')](const std::string& word) { return MistakeInChoice(word, choices); },
+                ""))
             ->option_text(argument)
             ->group(heading_);
     }
@@ -149,6 +207,26 @@ Encoding EncodingTypedAs(const std::string& typed) {
         names.push_back(known);
     }
     throw InputError("--encoding: " + Quoted(typed) + "; expected " + Alternatives(names));
+}
+
+/// "arm=placebo" for an option; `like` is an example of it.
+FieldWord FieldWordOf(const char* option, const std::string& typed, const char* like) {
+    const std::size_t sign = typed.find('=');
+    if (sign == std::string::npos || sign == 0 || sign + 1 == typed.size()) {
+        throw InputError(std::string(option) + ": " + Quoted(typed) + "; expected a field and " + like);
+    }
+    return {typed.substr(0, sign), typed.substr(sign + 1)};
+}
+
+/// "a=.2" as a part of --expected.
+ExpectedCategory ExpectedOf(const std::string& typed) {
+    const std::size_t sign = typed.rfind('=');
+    const auto share = sign == std::string::npos ? std::nullopt : ParseCell(FieldType::kNumber, typed.substr(sign + 1));
+    if (!share || sign == 0) {
+        throw InputError("--expected: " + Quoted(typed) +
+                         "; expected each category with its share or its count, like a=.2,b=.8");
+    }
+    return {typed.substr(0, sign), *share};
 }
 
 /// An argument that stands by its place.
@@ -260,26 +338,50 @@ void DescribeAnalyze(CLI::App& app, AnalyzeOptions& analyze) {
     AddArgument(app, "DATA", analyze.table.dataPath,
                 "The table: a CSV file with a header row, or - for standard input");
 
+    app.add_option("FORMULA", analyze.words.formula,
+                   "In place of fields: 'score ~ arm', 'a + b ~ arm', 'score ~ cond | subject' or 'score ~ 1'")
+        ->option_text("(optional)");
+
     Options what(app, kWhatToTest);
     what.List("--one-sample", analysis.oneSample, "FIELD,..", "Fields to be tested each by itself");
     what.List("--related", analysis.related, "FIELD,..", "Fields measured on the same cases, to be compared");
     what.List("--independent", analysis.independent, "FIELD,..", "Fields to be compared between groups");
-    what.One("--group", analysis.group, "FIELD", "The field whose categories are the groups");
+    what.One("--group,--by", analysis.group, "FIELD", "The field whose categories are the groups");
+    what.One("--within", analyze.words.within, "FIELD",
+             "The condition of repeated measures that stand below one another; with --related and --id");
+    what.One("--id", analyze.words.subject, "FIELD", "The subject of these measures");
+    what.One("--where", analyze.words.where, "CONDITION",
+             "Which records are taken, like 'age > 40 & arm != \"low\"' or 'dose is not missing'");
+    what.One("--split", analyze.words.split, "FIELD", "Test the records of each category of that field by themselves");
     what.List("--tests", analysis.tests, "NAME,..",
               "The tests, by the names of tarn tests; otherwise chosen by the fields");
 
     Options how(app, kHowToTest);
     how.Choice("--compare", "pairwise|stepwise", "Compare more than two samples with one another",
                [&](const std::string& compare) { analysis.compare = compare; });
+    how.One("--against", analysis.against, "CATEGORY",
+            "Of the pairs those with that group, or related field, alone, adjusted for their number");
     how.One("--test-value", analysis.testValue, "NUMBER",
             "The median that wilcoxon and median test against; of two groups or a pair, the difference expected");
-    how.One("--cut-point", analysis.cutPoint, "NUMBER",
-            "Where the binomial and runs tests cut a continuous field; else between its ends, and at its median");
+    how.OneOf("--cut-point", "NUMBER|mean",
+              "Where the binomial and runs tests cut a continuous field; else between its ends, and at its median",
+              [&](const std::string& typed) {
+                  analysis.cutAtMean = typed == "mean";
+                  if (!analysis.cutAtMean) analysis.cutPoint = ParseCell(FieldType::kNumber, typed);
+              });
     how.One("--probability", analysis.probability, "NUMBER",
             "The share of the first class that the binomial test expects, 0.5 if not given");
     how.List("--success", analysis.success, "CATEGORY,..", "The categories that count as the first class");
     how.List("--distribution", analysis.distributions, "NAME,..",
              "For kolmogorov-smirnov of one sample: normal, uniform, poisson, exponential");
+    how.One("--mean", analysis.mean, "NUMBER", "The mean of that distribution; else from the data");
+    how.One("--sd", analysis.standardDeviation, "NUMBER",
+            "The standard deviation of the normal one; else from the data");
+    how.One("--min", analysis.minimum, "NUMBER", "The lower end of the uniform one, with --max; else from the data");
+    how.One("--max", analysis.maximum, "NUMBER", "The upper end of the uniform one, with --min; else from the data");
+    how.Values("--expected", "CATEGORY=SHARE,..",
+               "How frequent chi-square expects the categories, in any scale; all alike if not given",
+               [&](const std::string& typed) { analysis.expected.push_back(ExpectedOf(typed)); });
     how.One("--outliers", analysis.outliers, "NUMBER", "How many extreme values the moses test trims");
     how.Flag("--descending", analysis.descending, "The jonckheere test expects values to fall with the groups");
     how.One("--alpha", analysis.alpha, "NUMBER",
@@ -296,16 +398,90 @@ void DescribeAnalyze(CLI::App& app, AnalyzeOptions& analyze) {
     DescribeSupplement(app, analyze.supplement);
 
     DescribeTable(app, analyze.table, [&](std::string field) { analysis.caseId = std::move(field); });
-    app.add_option_function<std::vector<std::string>>(
-           kOrderOption,
-           [&](const std::vector<std::string>& orders) {
-               for (const std::string& order : orders) AddOrder(order, analysis.orders);
-           },
-           "The categories of a field from the lowest to the highest, which makes it ordinal; may be given again")
-        ->allow_extra_args(false)
-        ->option_text("FIELD=CATEGORY,..")
-        ->group(kTable);
+    Options table(app, kTable);
+    table.Repeated(
+        kOrderOption, "FIELD=CATEGORY,..",
+        "The categories of a field from the lowest to the highest, which makes it ordinal; may be given again",
+        [&](const std::string& order) { AddOrder(order, analysis.orders); });
+    table.Repeated(
+        "--reference", "FIELD=CATEGORY",
+        "The category that stands first, from which differences count; may be given again",
+        [&](const std::string& typed) {
+            analyze.words.references.push_back(FieldWordOf("--reference", typed, "its category, like arm=placebo"));
+        });
+    table.Repeated(
+        "--label", "FIELD=TEXT", "What the result calls a field beside its name; may be given again",
+        [&](const std::string& typed) {
+            analyze.words.labels.push_back(FieldWordOf("--label", typed, "its text, like hours='Hours of sleep'"));
+        });
     DescribeOutput(app, analyze.output, analysis.brief, "Write the result document there as well");
+    Options(app, kOutput).One("--save", analyze.savePath, "FILE", "Write there what was typed, for tarn rerun");
+}
+
+// ---- Studies ----
+
+/// Where results go and how fast is no part of a study.
+bool IsOfStudy(const CLI::Option& option) {
+    if (option.get_positional() || option.get_name() == "--threads" || option.get_name() == "--help") return false;
+    return option.get_group() != kOutput || option.get_name() == "--brief";
+}
+
+/// A number as a number and a flag as true, so that a study reads as it was typed.
+nlohmann::ordered_json StudyValueOf(const CLI::Option& option, const std::vector<std::string>& typed) {
+    if (option.get_items_expected_max() == 0) return typed.front() == "true";
+    if (option.get_expected_max() > 1) return typed;
+    const bool isNumber = option.get_option_text().starts_with("N");
+    const auto number = isNumber ? ParseCell(FieldType::kNumber, typed.front()) : std::nullopt;
+    return number && ExactText(*number) == typed.front() ? nlohmann::ordered_json::parse(typed.front())
+                                                         : nlohmann::ordered_json(typed.front());
+}
+
+/// What was typed behind a command, in that order; behind it what holds where nothing was typed.
+Study StudyOf(const CLI::App& command, const std::string& dataPath, const std::string& formula) {
+    Study study{dataPath, formula, {}, {}};
+    std::vector<const CLI::Option*> options;
+    for (const CLI::Option* const option : command.parse_order()) {
+        if (std::ranges::find(options, option) == options.end()) options.push_back(option);
+    }
+    for (const CLI::Option* const option : command.get_options()) {
+        if (option->count() == 0 && !option->get_default_str().empty()) options.push_back(option);
+    }
+    for (const CLI::Option* const option : options) {
+        if (!IsOfStudy(*option)) continue;
+        const std::vector<std::string> typed =
+            option->count() > 0 ? option->results() : std::vector<std::string>{option->get_default_str()};
+        study.options.push_back({option->get_name().substr(2), StudyValueOf(*option, typed)});
+    }
+    return study;
+}
+
+/// The same as it is typed.
+void AddArguments(const CLI::Option& option, const nlohmann::ordered_json& value, std::vector<std::string>& arguments) {
+    const std::string name = option.get_name();
+    if (value.is_boolean()) {
+        if (value.get<bool>()) arguments.push_back(name);
+        return;
+    }
+    std::vector<std::string> values;
+    if (value.is_array()) values = value.get<std::vector<std::string>>();
+    if (value.is_string()) values = {value.get<std::string>()};
+    if (value.is_number()) values = {value.dump()};
+    if (option.get_delimiter() != '\0') values = {JoinList(values, std::string(1, option.get_delimiter()))};
+    for (const std::string& each : values) arguments.push_back(name + "=" + each);
+}
+
+/// What the user typed behind `tarn rerun`.
+struct RerunOptions {
+    std::string studyPath;
+    std::string dataPath;
+    OutputOptions output;
+    bool brief = false;
+};
+
+void DescribeRerun(CLI::App& app, RerunOptions& rerun) {
+    AddArgument(app, "STUDY", rerun.studyPath, "A study that tarn analyze --save wrote");
+    Options(app, kTable).One("--data", rerun.dataPath, "FILE", "Another table than that of the study");
+    DescribeOutput(app, rerun.output, rerun.brief, "Write the result document there as well");
 }
 
 void DescribeLook(CLI::App& app, LookOptions& look) {
@@ -328,7 +504,7 @@ class CommandLine {
         app_.set_help_flag("-h,--help", "Show what can be typed");
         app_.require_subcommand(1);
         app_.footer(
-            "tarn analyze DATA.csv --one-sample FIELD is the shortest way to a result.\n"
+            "tarn analyze DATA.csv 'FIELD ~ GROUPS' is the shortest way to a result.\n"
             "tarn COMMAND --help shows what a command takes.");
 
         DescribeAnalyze(Add("analyze", "Test fields of a table and show the results", [this] { return RunAnalyze(); }),
@@ -338,6 +514,7 @@ class CommandLine {
         DescribeLook(Add("look", "Show what a table holds and what can be asked of it; so does tarn DATA",
                          [this] { return RunLook(); }),
                      look_);
+        DescribeRerun(Add("rerun", "Analyze once more what --save kept", [this] { return Rerun(); }), rerun_);
         Add("tests", "List the names of the tests", ListTests);
 
         CLI::App& show =
@@ -403,10 +580,25 @@ class CommandLine {
         }
         if (word == "-") return true;
         if (word.starts_with('-')) return false;
+        std::error_code unreadable;
+        if (word.find('/') != std::string::npos || std::filesystem::is_regular_file(word, unreadable)) return true;
         const std::size_t point = word.rfind('.');
         const bool hasEnding = point != std::string::npos && point > 0 && point + 1 < word.size();
-        std::error_code unreadable;
-        return hasEnding || word.find('/') != std::string::npos || std::filesystem::is_regular_file(word, unreadable);
+        // A call of another tool has a point in it, too: wilcox.test.
+        return hasEnding && (IsNameOfTable(word) || TestsMeant(word).empty());
+    }
+
+    static bool IsNameOfTable(const std::string& word) {
+        return word.ends_with(".csv") || word.ends_with(".tsv") || word.ends_with(".txt");
+    }
+
+    /// The tests that a word of another tool may mean.
+    static std::vector<std::string> TestsMeant(const std::string& typed) {
+        const std::vector<std::string> tests = NamesOfTests();
+        if (std::ranges::find(tests, typed) != tests.end()) return {typed};
+        const std::vector<std::string_view> known(tests.begin(), tests.end());
+        const std::vector<std::string_view> meant = NearestNames(typed, known);
+        return {meant.begin(), meant.end()};
     }
 
     ExitStatus RunAnalyze() {
@@ -418,6 +610,7 @@ class CommandLine {
                 if (option->get_name() == name) analyze_.analysis.familyOrder.push_back(family);
             }
         }
+        analyze_.study = StudyOf(command, analyze_.table.dataPath, analyze_.words.formula);
         return Analyze(analyze_);
     }
 
@@ -431,6 +624,41 @@ class CommandLine {
         return Look(look_);
     }
 
+    /// Types what a study holds, with another table or output where that is asked for.
+    ExitStatus Rerun() const {
+        const Study study = ReadStudy(rerun_.studyPath);
+        const std::string data = rerun_.dataPath.empty() ? study.dataPath : rerun_.dataPath;
+        if (data.empty()) throw InputError(rerun_.studyPath + ": data.file: no table; expected it, or --data");
+        std::vector<std::string> arguments{"tarn", "analyze"};
+        for (const StudyOption& option : study.options)
+            AddArguments(OptionOfStudy(option.name), option.value, arguments);
+        const OutputOptions& output = rerun_.output;
+        if (!output.outPath.empty()) arguments.push_back("--out=" + output.outPath);
+        if (output.quiet) arguments.emplace_back("--quiet");
+        if (rerun_.brief) arguments.emplace_back("--brief");
+        if (output.format) arguments.push_back("--format=" + FormatNames()[static_cast<std::size_t>(*output.format)]);
+        arguments.emplace_back("--");
+        arguments.push_back(data);
+        if (!study.formula.empty()) arguments.push_back(study.formula);
+        CommandLine line;
+        line.analyze_.studiedData = study.data;
+        std::vector<const char*> words;
+        for (const std::string& argument : arguments) words.push_back(argument.c_str());
+        return line.Execute(static_cast<int>(words.size()), words.data());
+    }
+
+    const CLI::Option& OptionOfStudy(const std::string& name) const {
+        std::vector<std::string> names;
+        for (const CLI::Option* const option : app_.get_subcommand_ptr("analyze")->get_options()) {
+            if (!IsOfStudy(*option)) continue;
+            if (option->check_lname(name)) return *option;
+            names.push_back(option->get_name().substr(2));
+        }
+        const std::vector<std::string_view> known(names.begin(), names.end());
+        throw InputError(rerun_.studyPath + ": options." + name + ": no option of tarn analyze that a study has" +
+                         DidYouMean(NearestNames(name, known)));
+    }
+
     static OptionDescription Describe(const CLI::Option& option) {
         OptionDescription described;
         described.help = option.get_description();
@@ -442,6 +670,7 @@ class CommandLine {
             described.argument = option.get_option_text();
         }
         if (described.argument.find('|') != std::string::npos) described.choices = Split(described.argument, '|');
+        std::erase(described.choices, "NUMBER");
         const std::string name = option.get_name();
         if (name == "--tests" || name == "TOPIC") described.choices = NamesOfTests();
         if (name == "--distribution") described.choices.assign(DistributionNames().begin(), DistributionNames().end());
@@ -458,7 +687,41 @@ class CommandLine {
     }
 
     static ExitStatus Mistake(const std::string& mistake) {
-        return TellMistake(mistake + "; tarn --help shows what can be typed", ExitStatus::kWrongUsage);
+        // What names the thing to type needs no other help.
+        const bool isAnswer =
+            mistake.find("did you mean") != std::string::npos || mistake.find("; expected ") != std::string::npos;
+        return TellMistake(mistake + (isAnswer ? "" : "; tarn --help shows what can be typed"),
+                           ExitStatus::kWrongUsage);
+    }
+
+    /// What somebody means who types a table, a test or the fields where something else is expected; "" for anything
+    /// else.
+    std::string MistakeAtWord(const std::string& typed) const {
+        const std::string what = "unknown argument " + Quoted(typed) + "; ";
+        const bool isOption = typed.starts_with('-');
+        if (app_.get_subcommand_ptr("analyze")->parsed()) {
+            const std::string& formula = analyze_.words.formula;
+            if (typed == "--data") return what + "the table stands by itself: tarn analyze DATA.csv";
+            if (const auto& formats = FormatNames();
+                isOption && std::ranges::find(formats, typed.substr(typed.find_first_not_of('-'))) != formats.end()) {
+                return what + "did you mean --format " + typed.substr(typed.find_first_not_of('-')) + "?";
+            }
+            if (isOption || formula.empty()) return "";
+            if (formula.find('~') != std::string::npos) return what + "what follows the formula are options";
+            return what + "fields stand in one formula, '" + formula + " ~ " + typed + "'";
+        }
+        if (isOption || std::ranges::any_of(actions_, [](const auto& action) { return action.first->parsed(); }))
+            return "";
+        if (IsNameOfTable(typed)) {
+            return what + "did you mean tarn analyze " + typed + "?";
+        }
+        std::vector<std::string> names;
+        for (const auto& action : actions_) names.push_back(action.first->get_name());
+        const std::vector<std::string_view> commands(names.begin(), names.end());
+        if (!NearestNames(typed, commands).empty()) return "";
+        const std::vector<std::string> meant = TestsMeant(typed);
+        if (meant.empty()) return "";
+        return what + "a test is asked for by tarn analyze DATA.csv FORMULA --tests " + JoinList(meant, " or ");
     }
 
     /// What the parser throws is wrong usage, or the wish for help or the version, which are answers.
@@ -471,6 +734,9 @@ class CommandLine {
         const std::vector<std::string> unknown = app_.remaining(true);
         if (unknown.empty()) return Mistake(error.what());
         const std::string& typed = unknown.front();
+        if (const std::string mistake = MistakeAtWord(typed); !mistake.empty()) {
+            return TellMistake(mistake, ExitStatus::kWrongUsage);
+        }
         const std::string name = typed.substr(0, typed.find('='));
         std::string help = "tarn --help";
         std::vector<std::string> names;
@@ -500,6 +766,7 @@ class CommandLine {
     AnalyzeOptions analyze_;
     RunOptions run_;
     LookOptions look_;
+    RerunOptions rerun_;
     std::string resultPath_;
     ReportFormat shownFormat_ = ReportFormat::kText;
     std::string topic_;

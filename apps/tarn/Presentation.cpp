@@ -86,6 +86,21 @@ std::string Present(const ResultReading& result, ReportFormat format, const std:
     return "";
 }
 
+std::string PresentParts(const std::vector<ResultPart>& parts, ReportFormat format,
+                         const std::vector<std::string>& notes) {
+    switch (format) {
+        case ReportFormat::kText:
+            return PartsText(parts, Texts(), StyleOfTerminal(), notes);
+        case ReportFormat::kJson:
+            return PartsJson(parts, Texts(), notes);
+        case ReportFormat::kCsv:
+            return PartsCsv(parts, Texts());
+        case ReportFormat::kXml:
+            break;
+    }
+    return "";
+}
+
 std::string PresentShortly(const ResultReading& result) {
     return ShortReport(result, Texts());
 }

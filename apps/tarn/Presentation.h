@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "host/report/MessageCatalogue.h"
+#include "host/report/PartsReport.h"
 #include "host/report/ResultReading.h"
 
 namespace tarn {
@@ -28,6 +29,10 @@ ResultReading ReadDocument(std::string document, ArithmeticMode arithmetic);
 /// A result in a format, with notes on the whole run; the text one as the terminal of standard output can show it. Not
 /// for `kXml`, which is the document itself.
 std::string Present(const ResultReading& result, ReportFormat format, const std::vector<std::string>& notes);
+
+/// The parts of a split analysis in a format, but for `kXml`, with notes on all of them.
+std::string PresentParts(const std::vector<ResultPart>& parts, ReportFormat format,
+                         const std::vector<std::string>& notes);
 
 /// The short table of a result.
 std::string PresentShortly(const ResultReading& result);

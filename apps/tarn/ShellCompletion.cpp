@@ -65,13 +65,16 @@ std::string BashCompletion(const std::vector<CommandDescription>& commands) {
         for (const OptionDescription& option : command.options) {
             const std::string action = BashAction(option);
             if (option.IsPositional()) {
-                arguments += " " + action + ";";
+                if (!action.empty()) arguments += " " + action + ";";
                 continue;
             }
             options += (options.empty() ? "" : " ") + JoinWords(option.names);
             if (option.argument.empty()) continue;
-            behindOptions += "        '" + command.name + " " + option.names.back() + "') " +
-                             (action.empty() ? "" : action + "; ") + "return ;;\n";
+            std::string typed;
+            for (const std::string& name : option.names) {
+                typed += (typed.empty() ? "'" : "|'") + command.name + " " + name + "'";
+            }
+            behindOptions += "        " + typed + ") " + (action.empty() ? "" : action + "; ") + "return ;;\n";
         }
         elsewhere += "        " + command.name + ") if [[ $cur == -* ]]; then _tarn_words '" + options + "'; else" +
                      (arguments.empty() ? " :;" : arguments) + " fi ;;\n";

@@ -12,6 +12,7 @@
 #include "host/engine/OrderedScores.h"
 #include "host/engine/SettingsDocument.h"
 #include "host/plan/PlanRun.h"
+#include "host/report/PairsAgainst.h"
 #include "host/report/ResultOrder.h"
 
 namespace tarn {
@@ -65,7 +66,9 @@ ResultReading ReadAnalysis(std::string document, const AnalysisOptions& options,
     ResultDocument result = ReadResult(std::move(document));
     result.arithmetic = options.asDefined ? ArithmeticMode::kAsDefined : ArithmeticMode::kExtended;
     PutInOrder(result, OrderOf(options));
-    return ReadAll(std::move(result), *environment.texts);
+    ResultReading reading = ReadAll(std::move(result), *environment.texts);
+    if (!options.against.empty()) KeepPairsWith(reading, options.against, *environment.texts);
+    return reading;
 }
 
 void SupplyFigures(ResultReading& result, const Table& table, const AnalysisOptions& options,

@@ -115,6 +115,8 @@ void AddComparisons(const TestView& view, const SupplementOptions& wanted, doubl
         if (std::max(first, second) >= view.names.size()) return;
         if (p < level) different.emplace_back(first, second);
     }
+    // Letters tell about all pairs.
+    if (reading.pairs.size() < view.names.size() * (view.names.size() - 1) / 2) return;
     supplement.letters = Named(LettersOfPairs(view.names.size(), different, AscendingByRank(view)), view);
 }
 

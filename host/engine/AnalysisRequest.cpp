@@ -128,15 +128,45 @@ class Builder {
                                      : std::ranges::find(options_.distributions, name) != options_.distributions.end();
             std::string key(name);
             key[0] = static_cast<char>(key[0] - 'a' + 'A');
-            request_[std::string(kOneSampleKs) + key] = {{"isSelected", isSelected && isAsked}, {"isUseSample", true}};
+            Json entry{{"isSelected", isSelected && isAsked}};
+            AddDistributionParameters(name, entry);
+            request_[std::string(kOneSampleKs) + key] = std::move(entry);
         }
         hasSortedTest_ = isSelected;
+    }
+
+    /// The parameters that were given, or the wish to take all from the data.
+    void AddDistributionParameters(std::string_view name, Json& entry) const {
+        const auto add = [&](const char* key, const std::optional<double>& value) {
+            if (value) entry[key] = *value;
+        };
+        if (name == "uniform") {
+            add("min", options_.minimum);
+            add("max", options_.maximum);
+        } else {
+            add("mean", options_.mean);
+            if (name == "normal") add("stdDev", options_.standardDeviation);
+        }
+        entry["isUseSample"] = entry.size() == 1;
+    }
+
+    void AddChiSquare(Json& entry) const {
+        entry["classFormation"] = options_.expected.empty() ? "getFromData" : "givenExpectedValue";
+        if (options_.expected.empty()) return;
+        Json custom = Json::array();
+        const Column& column = view_.ColumnOf(options_.oneSample.front());
+        for (const ExpectedCategory& expected : options_.expected) {
+            const Category& category = *FindCategory(column, expected.category);
+            custom.push_back({{"categoryValue", column.IsText() ? category.text : ExactText(category.number)},
+                              {"expectedValue", expected.share}});
+        }
+        entry["custom"] = std::move(custom);
     }
 
     void AddParameters(const TestName& test, Json& entry) {
         const std::string_view key = test.requestKey;
         if (key == Tests::kBinomial.requestName) AddBinomial(entry);
-        if (key == Tests::kChiSquare.requestName) entry["classFormation"] = "getFromData";
+        if (key == Tests::kChiSquare.requestName) AddChiSquare(entry);
         if (key == Tests::kRuns.requestName) AddRuns(entry);
         if (key == Tests::kWilcoxonOneSample.requestName) AddTestValue(entry);
         if (key == Tests::kMcNemar.requestName) AddSuccess(entry, "classFormation", "categoriesList");
@@ -183,6 +213,10 @@ class Builder {
 
     void AddRuns(Json& entry) const {
         AddSuccess(entry, "catVarClassFormation", "givenCategoryList");
+        if (options_.cutAtMean) {
+            entry["contVarClassFormation"] = "cutPointMean";
+            return;
+        }
         // The engine has the median of a field only if it was asked for a sorted test before.
         if (!options_.cutPoint && hasSortedTest_) {
             entry["contVarClassFormation"] = "cutPointMedian";

@@ -13,6 +13,12 @@
 
 namespace tarn {
 
+/// A category, by value or by label, and how frequent it is expected to be, in any scale.
+struct ExpectedCategory {
+    std::string category;
+    double share = 0;
+};
+
 /// What a user asks of an analysis, in words of the command line.
 struct AnalysisOptions {
     std::vector<std::string> oneSample;
@@ -22,11 +28,19 @@ struct AnalysisOptions {
     /// Names of tests; a family with none named is left to the automatic choice.
     std::vector<std::string> tests;
     std::string compare;  ///< "pairwise", "stepwise" or empty
+    std::string against;  ///< a group or a field: of the pairs those with it alone; empty: all
     std::optional<double> testValue;
     std::optional<double> cutPoint;
+    bool cutAtMean = false;  ///< in place of a cut point, for the runs test
     std::optional<double> probability;
-    std::vector<std::string> success;  ///< categories of the first class, by value or by label
+    std::vector<std::string> success;        ///< categories of the first class, by value or by label
+    std::vector<ExpectedCategory> expected;  ///< of the chi-square test; none: all alike
     std::vector<std::string> distributions;
+    /// Parameters of the distributions; what isn't given is taken from the data.
+    std::optional<double> mean;
+    std::optional<double> standardDeviation;
+    std::optional<double> minimum;
+    std::optional<double> maximum;
     std::optional<double> outliers;
     bool descending = false;  ///< of the groups' order that the Jonckheere test expects
     double alpha = 0.05;      ///< a share up to 1, percent above it, as `confidence`

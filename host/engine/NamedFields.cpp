@@ -4,9 +4,25 @@
 
 namespace tarn {
 
+namespace {
+
+std::string Lowered(std::string name) {
+    for (char& c : name) c = static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
+    return name;
+}
+
+}  // namespace
+
+void NamedFields::AddLike(const std::string& name) {
+    names_.insert(name);
+    likeNames_.insert(Lowered(name));
+    isAny_ = isAny_ || name == "all" || name.find_first_of("*?") != std::string::npos;
+}
+
 bool NamedFields::MayMean(const std::string& field, std::size_t place) const {
     constexpr std::size_t kDescribedByPlace = 2;
-    return place < kDescribedByPlace || names_.contains(field) || ParseDecimal(field) || field == "true" ||
+    return isAny_ || place < kDescribedByPlace || names_.contains(field) ||
+           (!likeNames_.empty() && likeNames_.contains(Lowered(field))) || ParseDecimal(field) || field == "true" ||
            field == "false";
 }
 

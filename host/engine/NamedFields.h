@@ -15,6 +15,8 @@ class NamedFields {
     explicit NamedFields(const nlohmann::ordered_json& document) { AddTexts(document); }
 
     void Add(const std::string& name) { names_.insert(name); }
+    /// One that a user typed: without regard to case, and maybe a pattern of names, which means any field.
+    void AddLike(const std::string& name);
     /// Whether the field of that name at that place of the table, from 0, may be read. Some are although they are not
     /// named: those that are called as a number or a truth value is written, which is a text, too, to whoever asks for
     /// one; and the first two, whose descriptives come into a document with every sign test.
@@ -24,6 +26,8 @@ class NamedFields {
     void AddTexts(const nlohmann::ordered_json& value);
 
     std::unordered_set<std::string> names_;
+    std::unordered_set<std::string> likeNames_;  // in small letters
+    bool isAny_ = false;
 };
 
 }  // namespace tarn

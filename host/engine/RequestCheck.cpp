@@ -25,6 +25,13 @@ std::string Hint(std::string_view name, std::span<const std::string_view> known)
     return nearest.empty() ? "; expected one of " + JoinList(known) : "; did you mean " + JoinList(nearest) + "?";
 }
 
+/// "related samples"
+std::string FamilyInWords(TestFamily family) {
+    std::string words(FamilyTitle(family));
+    if (!words.empty()) words[0] = static_cast<char>(words[0] - 'A' + 'a');
+    return words;
+}
+
 class Check {
  public:
     explicit Check(const RequestView& view) : view_(view), options_(view.Options()), table_(view.Data()) {}
@@ -33,12 +40,18 @@ class Check {
         CheckFields();
         CheckOrders();
         CheckCategories();
+        CheckExpected();
+        CheckDistributions();
+        CheckAgainst();
     }
 
  private:
     void CheckFields() const {
         if (options_.oneSample.empty() && options_.related.empty() && options_.independent.empty()) {
-            throw InputError("no field to analyse; expected --one-sample, --related or --independent with --group");
+            throw InputError(
+                "no field to analyse; expected a formula like 'score ~ arm', or --one-sample, --related, or "
+                "--independent "
+                "with --group");
         }
         for (const auto* list : {&options_.oneSample, &options_.related, &options_.independent}) {
             for (const std::string& field : *list) CheckField(field);
@@ -90,6 +103,11 @@ class Check {
         }
         for (const TestName& test : TestNames()) {
             if (test.name != name) continue;
+            // In other words it may be one of theirs: Wilcoxon's test of two groups.
+            if (const std::vector<std::string_view> nearest = NearestNames(name, known); !nearest.empty()) {
+                throw InputError("--tests: " + Quoted(name) + " is a test of " + FamilyInWords(test.family) +
+                                 DidYouMean(nearest));
+            }
             throw InputError("--tests: " + Quoted(name) + " is a test of " + std::string(FamilyTitle(test.family)) +
                              ", which no fields are named for; expected one of " + JoinList(known));
         }
@@ -185,7 +203,83 @@ class Check {
         }
     }
 
-    [[noreturn]] static void FailAtCategory(const std::string& word, const std::vector<const Column*>& columns) {
+    /// Every category of every field has to have its share, once.
+    void CheckExpected() const {
+        if (options_.expected.empty()) return;
+        for (const std::string& field : options_.oneSample) {
+            const Column& column = view_.ColumnOf(field);
+            std::vector<const Category*> named;
+            for (const ExpectedCategory& expected : options_.expected) {
+                const Category* const category = FindCategory(column, expected.category);
+                if (category == nullptr) FailAtCategory(expected.category, {&column}, "--expected");
+                if (std::ranges::find(named, category) != named.end()) {
+                    throw InputError("--expected: " + Quoted(expected.category) + " stands twice");
+                }
+                named.push_back(category);
+                if (expected.share > 0) continue;
+                throw InputError("--expected: " + Quoted(expected.category) + " has " + ExactText(expected.share) +
+                                 "; expected a share or a count above 0");
+            }
+            for (const Category& category : column.categories) {
+                if (std::ranges::find(named, &category) != named.end()) continue;
+                throw InputError("--expected: nothing for the category " + Quoted(ShownCategory(column, category)) +
+                                 " of " + column.name + "; expected all of its categories");
+            }
+        }
+    }
+
+    /// What a distribution has no use for would be lost without a word.
+    void CheckDistributions() const {
+        const auto isAsked = [&](const char* name) {
+            const auto& asked = options_.distributions;
+            return asked.empty() ? std::string_view(name) == "normal" : std::ranges::find(asked, name) != asked.end();
+        };
+        const auto require = [&](const char* option, bool isGiven, bool isTaken, const char* takers) {
+            if (isGiven && !isTaken) {
+                throw InputError(std::string(option) +
+                                 ": no distribution of the request has it; expected --distribution " + takers);
+            }
+        };
+        require("--mean", options_.mean.has_value(), isAsked("normal") || isAsked("poisson") || isAsked("exponential"),
+                "normal, poisson or exponential");
+        require("--sd", options_.standardDeviation.has_value(), isAsked("normal"), "normal");
+        require("--min", options_.minimum.has_value(), isAsked("uniform"), "uniform");
+        require("--max", options_.maximum.has_value(), isAsked("uniform"), "uniform");
+        if (options_.minimum.has_value() != options_.maximum.has_value()) {
+            throw InputError("--min and --max: a uniform distribution has both; expected the other one, too");
+        }
+        if (options_.minimum && !(*options_.minimum < *options_.maximum)) {
+            throw InputError("--max: " + ExactText(*options_.maximum) + " is not above --min, " +
+                             ExactText(*options_.minimum));
+        }
+        if (options_.standardDeviation && !(*options_.standardDeviation > 0)) {
+            throw InputError("--sd: " + ExactText(*options_.standardDeviation) + "; expected a number above 0");
+        }
+    }
+
+    /// The sample that others are compared with has to be one of the groups or of the related fields.
+    void CheckAgainst() const {
+        if (options_.against.empty()) return;
+        if (options_.compare == "stepwise") {
+            throw InputError("--against: has no meaning for --compare stepwise; expected pairwise");
+        }
+        if (options_.group.empty() && options_.related.empty()) {
+            throw InputError("--against: no groups; expected --group or --related");
+        }
+        const std::vector<std::string>& related = options_.related;
+        if (std::ranges::find(related, options_.against) != related.end()) return;
+        if (!options_.group.empty()) {
+            const Column& group = view_.ColumnOf(options_.group);
+            if (FindCategory(group, options_.against) != nullptr) return;
+            FailAtCategory(options_.against, {&group}, "--against");
+        }
+        const std::vector<std::string_view> known(related.begin(), related.end());
+        throw InputError("--against: " + Quoted(options_.against) + " is none of the related fields" +
+                         Hint(options_.against, known));
+    }
+
+    [[noreturn]] static void FailAtCategory(const std::string& word, const std::vector<const Column*>& columns,
+                                            const char* option = "--success") {
         std::vector<std::string> known;
         std::vector<std::string> names;
         for (const Column* const column : columns) {
@@ -196,7 +290,8 @@ class Check {
             }
         }
         const std::vector<std::string_view> views(known.begin(), known.end());
-        throw InputError("--success: no category " + Quoted(word) + " in " + JoinList(names) + Hint(word, views));
+        throw InputError(std::string(option) + ": no category " + Quoted(word) + " in " + JoinList(names) +
+                         Hint(word, views));
     }
 
     /// A parameter that no test of the request takes would be lost without a word: only named tests take any.
@@ -217,7 +312,13 @@ class Check {
              !options_.success.empty(),
              {Tests::kBinomial.requestName, Tests::kRuns.requestName, Tests::kMcNemar.requestName,
               Tests::kCochran.requestName}},
+            {"--cut-point mean", options_.cutAtMean, {Tests::kRuns.requestName}},
+            {"--expected", !options_.expected.empty(), {Tests::kChiSquare.requestName}},
             {"--distribution", !options_.distributions.empty(), {Tests::kKolmogorovSmirnov.requestName}},
+            {"--mean", options_.mean.has_value(), {Tests::kKolmogorovSmirnov.requestName}},
+            {"--sd", options_.standardDeviation.has_value(), {Tests::kKolmogorovSmirnov.requestName}},
+            {"--min", options_.minimum.has_value(), {Tests::kKolmogorovSmirnov.requestName}},
+            {"--max", options_.maximum.has_value(), {Tests::kKolmogorovSmirnov.requestName}},
             {"--outliers", options_.outliers.has_value(), {Tests::kMoses.requestName}},
             {"--descending", options_.descending, {Tests::kJonckheereTerpstra.requestName}},
         };

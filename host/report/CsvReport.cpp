@@ -25,18 +25,11 @@ using Row = std::map<std::string_view, std::string>;
 /// Of the interval of a significance by random arrangements.
 constexpr const char* kLevelOfEstimates = "0.99";
 
-std::string Quoted(const std::string& cell) {
-    if (cell.find_first_of(",\"\r\n") == std::string::npos) return cell;
-    std::string quoted = "\"";
-    for (const char c : cell) quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
-    return quoted + '"';
-}
-
 void Append(std::string& text, const Row& row) {
     for (const std::string_view column : kColumns) {
         const auto found = row.find(column);
         if (column != kColumns.front()) text += ',';
-        if (found != row.end()) text += Quoted(found->second);
+        if (found != row.end()) text += CsvCell(found->second);
     }
     text += '\n';
 }
@@ -226,6 +219,13 @@ void AppendSupplement(std::string& text, const Row& common, const Supplement& su
 }
 
 }  // namespace
+
+std::string CsvCell(const std::string& cell) {
+    if (cell.find_first_of(",\"\r\n") == std::string::npos) return cell;
+    std::string quoted = "\"";
+    for (const char c : cell) quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
+    return quoted + '"';
+}
 
 std::string CsvReport(const ResultReading& result, const MessageCatalogue& texts) {
     std::string text;

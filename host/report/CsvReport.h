@@ -11,4 +11,7 @@ namespace tarn {
 /// further set of statistics, interval, pair and subset. Numbers are those of the document, digit by digit.
 std::string CsvReport(const ResultReading& result, const MessageCatalogue& texts);
 
+/// A text as a cell, in quotes where it has to be.
+std::string CsvCell(const std::string& cell);
+
 }  // namespace tarn

@@ -176,6 +176,15 @@ Json TestJson(const TestResult& test, const TestReading& reading,
 
 std::string JsonReport(const ResultReading& result, const MessageCatalogue& texts,
                        const std::vector<std::string>& notes) {
+    return Written(JsonOf(result, texts, notes));
+}
+
+std::string Written(const nlohmann::ordered_json& json) {
+    return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+nlohmann::ordered_json JsonOf(const ResultReading& result, const MessageCatalogue& texts,
+                              const std::vector<std::string>& notes) {
     const ResultDocument& document = result.document;
     Json json{{"format", "tarn-result-2"},
               {"application", {{"name", document.application}, {"version", TextOrNull(document.applicationVersion)}}},
@@ -199,7 +208,7 @@ std::string JsonReport(const ResultReading& result, const MessageCatalogue& text
         entry.update(TableJson(table));
         json["descriptives"].push_back(std::move(entry));
     }
-    return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+    return json;
 }
 
 }  // namespace tarn

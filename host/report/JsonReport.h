@@ -1,5 +1,6 @@
 #pragma once
 
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <vector>
 
@@ -12,5 +13,12 @@ namespace tarn {
 /// lists its keys, docs/result.schema.json checks them. `notes` are sentences on the whole run.
 std::string JsonReport(const ResultReading& result, const MessageCatalogue& texts,
                        const std::vector<std::string>& notes = {});
+
+/// The same before it is written, for what holds several of them.
+nlohmann::ordered_json JsonOf(const ResultReading& result, const MessageCatalogue& texts,
+                              const std::vector<std::string>& notes = {});
+
+/// JSON as it is written: indented, with what is no UTF-8 replaced.
+std::string Written(const nlohmann::ordered_json& json);
 
 }  // namespace tarn

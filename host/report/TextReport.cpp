@@ -367,33 +367,42 @@ std::string Summary(const ResultReading& result) {
     TextTable table(heads);
     for (std::size_t i = 0; i < readings.size(); ++i) {
         const TestReading& reading = readings[i];
-        const StatisticSet* const set = reading.Leading();
-        const PValue* const p = set == nullptr ? nullptr : set->Leading();
-        std::string statistic = set == nullptr ? "" : NumberText(p ? set->StatisticOf(*p) : set->statistic);
-        if (p != nullptr && set->StatisticOf(*p).empty() && p->ownStatistic) statistic.clear();
-        if (!reading.intervals.empty()) statistic = NumberText(reading.intervals.front().estimate);
-        std::string fields = JoinList(reading.fields);
-        if (!reading.group.empty()) fields += " by " + reading.group;
-        std::vector<std::string> cells{NumberedTitle(i + 1, reading), fields, reading.n, statistic,
-                                       p ? PText(p->value, p->isBound) : ""};
+        const SummaryCells common = SummaryOf(reading, i + 1);
+        std::vector<std::string> cells{common.title, common.fields, common.n, common.statistic, common.p};
         if (isFamily) {
             const auto& adjusted = result.family.tests[i];
-            const bool isBound = p != nullptr && p->isBound;
-            cells.push_back(adjusted ? PText(ExactText(adjusted->holm), isBound) : "");
-            cells.push_back(adjusted ? PText(ExactText(adjusted->benjaminiHochberg), isBound) : "");
+            cells.push_back(adjusted ? PText(ExactText(adjusted->holm), common.isBound) : "");
+            cells.push_back(adjusted ? PText(ExactText(adjusted->benjaminiHochberg), common.isBound) : "");
         }
         if (isAdjusted) {
             const Number& adjusted = reading.supplement.adjustedP;
             cells.push_back(adjusted.empty() ? "" : PText(adjusted));
         }
-        cells.push_back(p ? std::string(NameOf(p->kind)) : "");
-        cells.push_back(DecisionText(reading));
+        cells.push_back(common.kind);
+        cells.push_back(common.decision);
         table.AddRow(std::move(cells));
     }
     return table.ToText() + (isFamily ? FamilyLine(result.family, result.sigLevel) : "");
 }
 
 }  // namespace
+
+SummaryCells SummaryOf(const TestReading& reading, std::size_t number) {
+    const StatisticSet* const set = reading.Leading();
+    const PValue* const p = set == nullptr ? nullptr : set->Leading();
+    SummaryCells cells;
+    cells.title = NumberedTitle(number, reading);
+    cells.fields = JoinList(reading.fields) + (reading.group.empty() ? "" : " by " + reading.group);
+    cells.n = reading.n;
+    cells.statistic = set == nullptr ? "" : NumberText(p ? set->StatisticOf(*p) : set->statistic);
+    if (p != nullptr && set->StatisticOf(*p).empty() && p->ownStatistic) cells.statistic.clear();
+    if (!reading.intervals.empty()) cells.statistic = NumberText(reading.intervals.front().estimate);
+    cells.isBound = p != nullptr && p->isBound;
+    cells.p = p == nullptr ? "" : PText(p->value, p->isBound);
+    cells.kind = p == nullptr ? "" : NameOf(p->kind);
+    cells.decision = DecisionText(reading);
+    return cells;
+}
 
 std::string PText(const std::string& value, bool isBound) {
     constexpr double kSmallestShown = 0.001;

@@ -22,6 +22,19 @@ std::string TextReport(const ResultReading& result, const MessageCatalogue& text
 /// One line for each test in one table, adjusted significances from five tests on, then what the tests remark.
 std::string ShortReport(const ResultReading& result, const MessageCatalogue& texts);
 
+/// A test in one line of a table.
+struct SummaryCells {
+    std::string title;  ///< with its number
+    std::string fields;
+    std::string n;
+    std::string statistic;
+    std::string p;
+    bool isBound = false;  ///< whether the significance is a bound
+    std::string kind;
+    std::string decision;
+};
+SummaryCells SummaryOf(const TestReading& reading, std::size_t number);
+
 /// A significance as analysts write it: ".023", "< .001", "> .200" for a bound, "undefined" for what is no number,
 /// "not computed" for "".
 std::string PText(const std::string& value, bool isBound = false);

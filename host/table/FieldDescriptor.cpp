@@ -200,6 +200,14 @@ class DescriptorReader {
 
 }  // namespace
 
+std::string_view NameOf(FieldType type) {
+    return std::ranges::find(kTypes, type, &Spelling<FieldType>::second)->first;
+}
+
+std::string_view NameOf(FieldLevel level) {
+    return std::ranges::find(kLevels, level, &Spelling<FieldLevel>::second)->first;
+}
+
 TableDescriptor ReadTableDescriptor(ByteSource& source) {
     return DescriptorReader(source.Name()).ReadTable(ReadJson(source));
 }

@@ -2,12 +2,17 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/ByteSource.h"
 #include "host/table/FieldType.h"
 
 namespace tarn {
+
+/// As a descriptor names them: "integer", "ordinal".
+std::string_view NameOf(FieldType type);
+std::string_view NameOf(FieldLevel level);
 
 /// A value as a descriptor names it. Its meaning depends on the type of the column, which may not be known yet.
 struct DescribedValue {

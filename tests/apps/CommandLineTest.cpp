@@ -46,7 +46,7 @@ TEST(Commands, AreDescribedOneAndAll) {
             EXPECT_FALSE(option.help.ends_with('.')) << option.help;
         }
     }
-    EXPECT_EQ(names, (Words{"analyze", "run", "look", "tests", "show", "explain", "man", "completion"}));
+    EXPECT_EQ(names, (Words{"analyze", "run", "look", "rerun", "tests", "show", "explain", "man", "completion"}));
 }
 
 TEST(Commands, TellWhatTheirOptionsTake) {
@@ -130,6 +130,7 @@ TEST(BashCompletion, OffersFilesAndTheFieldsOfTheTable) {
     EXPECT_EQ(Completed({"analyze", "da"}), Words{"data.csv"});
     EXPECT_EQ(Completed({"run", "--data", "da"}), Words{"data.csv"});
     EXPECT_EQ(Completed({"analyze", "data.csv", "--group", ""}), (Words{"score", "arm"}));
+    EXPECT_EQ(Completed({"analyze", "data.csv", "--by", "a"}), Words{"arm"}) << "another name of --group";
     EXPECT_EQ(Completed({"analyze", "data.csv", "--related", "score,a"}), Words{"score,arm"});
 }
 

@@ -371,7 +371,7 @@ INSTANTIATE_TEST_SUITE_P(
                              {"analyze", "d", "--frobnicate"},
                              "unknown argument \"--frobnicate\"; tarn analyze --help shows what can be typed\n"},
                     BadUsage{"NoCommandNear", {"frobnicate"}, "; tarn --help shows what can be typed\n"},
-                    BadUsage{"WordOfAnotherTool", {"analyze", "d", "--by", "arm"}, "\"--by\"; did you mean --group?\n"},
+                    BadUsage{"WordOfAnotherTool", {"analyze", "d", "--g", "arm"}, "\"--g\"; did you mean --group?\n"},
                     BadUsage{"WithItsValue", {"analyze", "d", "--mu=3"}, "\"--mu=3\"; did you mean --test-value?\n"},
                     BadUsage{"OptionOfAGroup", {"run", "--data", "d", "--plna", "p"}, "did you mean --plan?\n"},
                     BadUsage{"UnknownTopic", {"explain", "ks"}, "did you mean kolmogorov-smirnov?\n"},

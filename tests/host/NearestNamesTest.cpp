@@ -106,18 +106,20 @@ TEST_P(ByMeaning, IsTheTestOfThatMeaning) {
 
 INSTANTIATE_TEST_SUITE_P(
     , ByMeaning,
-    testing::Values(
-        Case{"kruskal", {"kruskal-wallis"}}, Case{"kruskal.test", {"kruskal-wallis"}}, Case{"kw", {"kruskal-wallis"}},
-        Case{"anova", {"kruskal-wallis"}}, Case{"one-way", {"kruskal-wallis"}}, Case{"ks", {"kolmogorov-smirnov"}},
-        Case{"kstest", {"kolmogorov-smirnov"}}, Case{"ks_2samp", {"kolmogorov-smirnov"}}, Case{"wmw", {"mann-whitney"}},
-        Case{"ranksum", {"mann-whitney"}}, Case{"utest", {"mann-whitney"}}, Case{"U-test", {"mann-whitney"}},
-        Case{"mw", {"mann-whitney"}}, Case{"mwu", {"mann-whitney"}}, Case{"mannwhitneyu", {"mann-whitney"}},
-        Case{"mann", {"mann-whitney"}}, Case{"chi2", {"chi-square"}}, Case{"chisq", {"chi-square"}},
-        Case{"chisq.test", {"chi-square"}}, Case{"signed-rank", {"wilcoxon"}}, Case{"wilcox.test", {"wilcoxon"}},
-        Case{"jt", {"jonckheere"}}, Case{"hl", {"hodges-lehmann"}}, Case{"q", {"cochran"}},
-        Case{"w", {"kendall", "wilcoxon"}}, Case{"prop", {"binomial"}}, Case{"binom", {"binomial"}},
-        Case{"binomtest", {"binomial"}}, Case{"mood", {"median"}}, Case{"median_test", {"median"}},
-        Case{"stuart-maxwell", {"marginal-homogeneity"}}, Case{"friedmanchisquare", {"friedman"}}, Case{"test", {}}));
+    testing::Values(Case{"kruskal", {"kruskal-wallis"}}, Case{"kruskal.test", {"kruskal-wallis"}},
+                    Case{"kw", {"kruskal-wallis"}}, Case{"anova", {"kruskal-wallis"}},
+                    Case{"one-way", {"kruskal-wallis"}}, Case{"ks", {"kolmogorov-smirnov"}},
+                    Case{"kstest", {"kolmogorov-smirnov"}}, Case{"ks_2samp", {"kolmogorov-smirnov"}},
+                    Case{"wmw", {"mann-whitney"}}, Case{"ranksum", {"mann-whitney"}}, Case{"utest", {"mann-whitney"}},
+                    Case{"U-test", {"mann-whitney"}}, Case{"mw", {"mann-whitney"}}, Case{"mwu", {"mann-whitney"}},
+                    Case{"mannwhitneyu", {"mann-whitney"}}, Case{"mann", {"mann-whitney"}},
+                    Case{"chi2", {"chi-square"}}, Case{"chisq", {"chi-square"}}, Case{"chisq.test", {"chi-square"}},
+                    Case{"signed-rank", {"wilcoxon"}}, Case{"wilcox.test", {"mann-whitney", "wilcoxon"}},
+                    Case{"jt", {"jonckheere"}}, Case{"hl", {"hodges-lehmann"}}, Case{"q", {"cochran"}},
+                    Case{"w", {"kendall", "wilcoxon"}}, Case{"prop", {"binomial"}}, Case{"binom", {"binomial"}},
+                    Case{"binomtest", {"binomial"}}, Case{"mood", {"median"}}, Case{"median_test", {"median"}},
+                    Case{"stuart-maxwell", {"marginal-homogeneity"}}, Case{"friedmanchisquare", {"friedman"}},
+                    Case{"test", {}}));
 
 TEST(Synonyms, OfAnOptionHoldForAnOptionAlone) {
     EXPECT_EQ(tarn::NearestNames("--by", kOptions), Names{"--group"});

@@ -1,0 +1,150 @@
+#include "apps/tarn/Study.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "host/ByteSource.h"
+#include "host/InputError.h"
+#include "host/JsonDocument.h"
+#include "host/NumberText.h"
+#include "host/TextList.h"
+#include "host/table/FieldDescriptor.h"
+
+namespace tarn {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+/// Of more categories a study keeps the number alone.
+constexpr std::size_t kMostCategories = 100;
+
+Json FieldOf(const Column& column) {
+    Json field{{"name", column.name}, {"type", NameOf(column.type)}, {"level", NameOf(column.level)}};
+    if (!column.IsCategorical()) return field;
+    if (column.categories.size() > kMostCategories) {
+        field["categories"] = column.categories.size();
+        return field;
+    }
+    field["categories"] = Json::array();
+    for (const Category& category : column.categories) field["categories"].push_back(ShownCategory(column, category));
+    return field;
+}
+
+Json DataOf(const Table& table, const std::string& path) {
+    Json data{{"file", path}, {"records", table.RowCount()}, {"fields", Json::array()}};
+    for (const Column& column : table.Columns()) data["fields"].push_back(FieldOf(column));
+    return data;
+}
+
+[[noreturn]] void Fail(const std::string& path, const std::string& mistake) {
+    throw InputError(path + ": " + mistake);
+}
+
+/// The value of a key of that kind; null where it isn't there.
+const Json* Find(const Json& json, const char* key, Json::value_t type, const std::string& path, const char* expected) {
+    const auto found = json.find(key);
+    if (found == json.end()) return nullptr;
+    if (found->type() != type) Fail(path, std::string(key) + ": expected " + expected);
+    return &*found;
+}
+
+bool IsOfOption(const Json& value) {
+    const auto isText = [](const Json& each) { return each.is_string(); };
+    return value.is_string() || value.is_number() || value.is_boolean() ||
+           (value.is_array() && std::ranges::all_of(value, isText));
+}
+
+/// "a, b" of the categories of a field, or how many there are.
+std::string Shown(const Json& value) {
+    if (value.is_string()) return value.get<std::string>();
+    if (!value.is_array()) return value.dump();
+    std::vector<std::string> texts;
+    for (const Json& each : value) texts.push_back(each.is_string() ? each.get<std::string>() : each.dump());
+    return JoinList(texts);
+}
+
+}  // namespace
+
+std::string StudyText(const Study& study, const Table& table) {
+    Json json{{"format", kStudyFormat}, {"tarn", TARN_VERSION}, {"data", DataOf(table, study.dataPath)}};
+    if (!study.formula.empty()) json["formula"] = study.formula;
+    json["options"] = Json::object();
+    for (const StudyOption& option : study.options) json["options"][option.name] = option.value;
+    return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+Study ReadStudy(const std::string& path) {
+    ByteSource source(path);
+    const Json json = ReadJson(source);
+    const auto format = json.is_object() ? json.find("format") : json.end();
+    if (!json.is_object() || format == json.end() || *format != kStudyFormat) {
+        Fail(path, "is no study; expected a file that tarn analyze --save wrote");
+    }
+    for (const auto& item : json.items()) {
+        static constexpr std::array<std::string_view, 5> kKeys{"format", "tarn", "data", "formula", "options"};
+        if (std::ranges::find(kKeys, item.key()) == kKeys.end()) {
+            Fail(path, Quoted(item.key()) + " is no key of a study; expected one of " + JoinList(kKeys));
+        }
+    }
+    Study study;
+    if (const Json* data = Find(json, "data", Json::value_t::object, path, "an object")) {
+        study.data = *data;
+        const Json* file = Find(*data, "file", Json::value_t::string, path, "the name of a table");
+        if (file != nullptr) study.dataPath = file->get<std::string>();
+    }
+    if (const Json* formula = Find(json, "formula", Json::value_t::string, path, "a text")) {
+        study.formula = formula->get<std::string>();
+    }
+    const Json* options = Find(json, "options", Json::value_t::object, path, "an object");
+    if (options == nullptr) return study;
+    for (const auto& item : options->items()) {
+        if (!IsOfOption(item.value())) {
+            Fail(path, "options." + item.key() + ": expected a text, a number, true or a list of texts");
+        }
+        study.options.push_back({item.key(), item.value()});
+    }
+    return study;
+}
+
+std::vector<std::string> DifferencesFrom(const Json& data, const Table& table) {
+    std::vector<std::string> differences;
+    if (!data.is_object()) return differences;
+    const auto add = [&](const std::string& difference) {
+        differences.push_back("other than in the study: " + difference);
+    };
+    if (const auto records = data.find("records"); records != data.end() && *records != table.RowCount()) {
+        add("the table has " + std::to_string(table.RowCount()) + " records, the study " + records->dump());
+    }
+    const auto fields = data.find("fields");
+    if (fields == data.end() || !fields->is_array()) return differences;
+    std::vector<std::string> known;
+    for (const Json& then : *fields) {
+        if (!then.is_object() || !then.contains("name") || !then["name"].is_string()) continue;
+        const std::string name = then["name"].get<std::string>();
+        known.push_back(name);
+        const int index = table.FindColumn(name);
+        if (index == Table::kNoColumn) {
+            add("the table has no field " + Quoted(name));
+            continue;
+        }
+        const Json now = FieldOf(table.Columns()[static_cast<std::size_t>(index)]);
+        for (const char* key : {"type", "level", "categories"}) {
+            const Json before = then.contains(key) ? then[key] : Json();
+            const Json after = now.contains(key) ? now[key] : Json();
+            // A field that changes its level has other categories by that.
+            if (before == after || (std::string_view(key) == "categories" && (before.is_null() || after.is_null())))
+                continue;
+            add(std::string(key) + " of " + name + ": " + Shown(after) + ", in the study " + Shown(before));
+        }
+    }
+    std::vector<std::string> added;
+    for (const Column& column : table.Columns()) {
+        if (std::ranges::find(known, column.name) == known.end()) added.push_back(column.name);
+    }
+    if (!added.empty()) add("the table has further fields: " + JoinList(added));
+    return differences;
+}
+
+}  // namespace tarn
