@@ -183,7 +183,7 @@ std::size_t BlocksBelowMedian(const TestView& view) {
         below.insert(below.end(), sample.values.begin(), end);
     }
     std::ranges::sort(below);
-    return static_cast<std::size_t>(std::ranges::unique(below).begin() - below.begin());
+    return static_cast<std::size_t>(std::unique(below.begin(), below.end()) - below.begin());
 }
 
 SignificanceWays OfMedian(const TestView& view, const Choices& choices) {
