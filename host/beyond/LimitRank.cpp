@@ -14,7 +14,7 @@ std::vector<double> ArrangementsOfU(int n1, int n2) {
     counts[0] = 1;
     // The generating function is the product of (1 - q^(n2 + i)) / (1 - q^i) for i = 1 .. n1.
     for (int i = 1; i <= n1; ++i) {
-        const auto factor = static_cast<std::size_t>(n2 + i);
+        const auto factor = static_cast<std::size_t>(n2) + static_cast<std::size_t>(i);
         const auto divisor = static_cast<std::size_t>(i);
         for (std::size_t u = most; u >= factor; --u) counts[u] -= counts[u - factor];
         for (std::size_t u = divisor; u <= most; ++u) counts[u] += counts[u - divisor];

@@ -41,7 +41,7 @@ class Parser {
     static std::string Type(const std::string& formula) { return "type " + ForShell(formula); }
 
     Word TakeName(const std::string& expected) {
-        const Word word = words_.Take();
+        Word word = words_.Take();
         if (!IsName(word)) words_.Fail(word, "expected " + expected + " and not " + WordScanner::Shown(word));
         return word;
     }

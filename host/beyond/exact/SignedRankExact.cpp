@@ -62,12 +62,13 @@ Signs SignsOf(const SignedRankScores& scores) {
     std::int64_t divisor = 0;
     for (const std::int64_t rank : scores.doubledRanks) divisor = std::gcd(divisor, rank);
     Signs signs;
+    if (divisor == 0) return signs;
     for (std::size_t i = 0; i < scores.doubledRanks.size(); ++i) {
         const std::int64_t rank = scores.doubledRanks[i] / divisor;
         signs.ranks.insert(signs.ranks.end(), static_cast<std::size_t>(scores.counts[i]), rank);
         signs.sum += rank * scores.counts[i];
     }
-    if (divisor > 0) signs.positive = (scores.doubledPositiveSum - scores.doubledFixedSum) / divisor;
+    signs.positive = (scores.doubledPositiveSum - scores.doubledFixedSum) / divisor;
     return signs;
 }
 
