@@ -24,11 +24,11 @@ std::size_t WrongOnes(std::size_t mostCases, std::size_t groupCount) {
 }
 
 TEST(JonckheereExact, IsTheShareOfAllArrangementsOfTwoGroups) {
-    EXPECT_EQ(WrongOnes(7, 2), 0u);
+    EXPECT_EQ(WrongOnes(8, 2), 0u);
 }
 
 TEST(JonckheereExact, IsTheShareOfAllArrangementsOfThreeGroups) {
-    EXPECT_EQ(WrongOnes(6, 3), 0u);
+    EXPECT_EQ(WrongOnes(8, 3), 0u);
 }
 
 TEST(JonckheereExact, IsTheShareOfAllArrangementsOfFourGroups) {

@@ -22,12 +22,12 @@ TEST(RankSumExact, IsTheShareOfAllArrangements) {
         for (std::int64_t& group : groups) group = 1 - group;
         return DoubledPairs(values, groups);
     };
-    ForEveryDataSet(7, 2, statistic, [&](const TieBlocks& blocks, const Integers& all, std::int64_t observed) {
+    ForEveryDataSet(8, 2, statistic, [&](const TieBlocks& blocks, const Integers& all, std::int64_t observed) {
         ++sets;
         wrong += AreNear(RankSumExact(blocks), TailsAmong(all, observed), 1e-12) ? 0 : 1;
     });
     EXPECT_EQ(wrong, 0u);
-    EXPECT_EQ(sets, 6434u);  // ways to put 1 to 7 cases into 8 places: C(15, 8) - 1
+    EXPECT_EQ(sets, 12869u);  // ways to put 1 to 8 cases into 8 places: C(16, 8) - 1
 }
 
 // Mann and Whitney, 1947, table I for n = 5 and m = 5: the chance of U and smaller ones, to three places.

@@ -67,7 +67,7 @@ TEST(SignedRankExact, IsTheShareOfAllSigns) {
     std::size_t wrong = 0;
     std::size_t wrongSums = 0;
     for (const ZeroMethod zeros : {ZeroMethod::kDrop, ZeroMethod::kPratt, ZeroMethod::kSplit}) {
-        for (std::size_t cases = 1; cases <= 7; ++cases) {
+        for (std::size_t cases = 1; cases <= 8; ++cases) {
             ForEveryAscendingList(cases, -3, 3, [&](const Integers& differences) {
                 const AllSigns all = AllSignsOf(differences, zeros);
                 const SignedRankScores scores = MakeSignedRankScores(SampleOf(differences), zeros);

@@ -34,7 +34,7 @@ TEST(SmirnovExact, IsTheShareOfAllArrangements) {
         const auto statistic = [&](const Integers& values, const Integers& groups) {
             return LargestDifference(values, groups, sign);
         };
-        ForEveryDataSet(7, 2, statistic, [&](const TieBlocks& blocks, const Integers& all, std::int64_t observed) {
+        ForEveryDataSet(8, 2, statistic, [&](const TieBlocks& blocks, const Integers& all, std::int64_t observed) {
             const SmirnovTails tails = SmirnovExact(blocks);
             const double actual = sign == 0 ? tails.twoSided : (sign < 0 ? tails.less : tails.greater);
             wrong += std::abs(actual - TailsAmong(all, observed).greater) <= 1e-12 ? 0 : 1;
