@@ -77,6 +77,31 @@ std::string MistakeInNumber(const std::string& word) {
            (isPercent ? ", percent without a sign: " + word.substr(0, word.size() - 1) : "");
 }
 
+/// Values that were cut at each comma, put together again where one was typed in double quotes: `"a, b",c`. A quote
+/// within such a value is typed twice, as in CSV.
+std::vector<std::string> Unquoted(const char* option, const std::vector<std::string>& parts) {
+    std::vector<std::string> values;
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        if (!parts[i].starts_with('"')) {
+            values.push_back(parts[i]);
+            continue;
+        }
+        const auto quotesIn = [](const std::string& text) { return std::ranges::count(text, '"'); };
+        std::string value = parts[i];
+        while (quotesIn(value) % 2 != 0 && i + 1 < parts.size()) value += "," + parts[++i];
+        if (quotesIn(value) % 2 != 0 || !value.ends_with('"')) {
+            throw InputError(std::string(option) + ": " + value +
+                             ": a double quote opens and none closes; expected \"" + value.substr(1) + "\"");
+        }
+        std::string& bare = values.emplace_back();
+        for (std::size_t at = 1; at + 1 < value.size(); ++at) {
+            bare += value[at];
+            if (value[at] == '"') ++at;
+        }
+    }
+    return values;
+}
+
 /// The options of one heading of a command.
 class Options {
  public:
@@ -93,9 +118,11 @@ class Options {
         if constexpr (std::is_same_v<T, double>) option->capture_default_str();
         return option;
     }
-    /// An option with values between commas. What stands behind a blank is not part of it.
+    /// An option with values between commas; one with a comma in it stands in double quotes. What stands behind a blank
+    /// is not part of it.
     void List(const char* name, std::vector<std::string>& values, const char* argument, const char* help) {
-        app_.add_option(name, values, help)
+        app_.add_option_function<std::vector<std::string>>(
+                name, [name, &values](const std::vector<std::string>& parts) { values = Unquoted(name, parts); }, help)
             ->delimiter(',')
             ->allow_extra_args(false)
             ->option_text(argument)

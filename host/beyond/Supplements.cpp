@@ -349,14 +349,20 @@ Supplement SupplementOf(const TestReading& reading, const ResultReading& result,
     }
     AddComparisons(*view, source.wanted, result.sigLevel.value, supplement);
     const SuppliedPValue* const chosen = Significances(*view, source, share, supplement).Add();
+    if (chosen != nullptr) supplement.chosenP = chosen->value;
     supplement.conclusion = ConclusionOf(*view, chosen, result.sigLevel.value, source.texts);
     return supplement;
 }
 
-/// Significances of all tests together, by the method that the user names.
+/// Significances of all tests together, by the method that the user names: of each the one on which its conclusion
+/// rests.
 void AdjustTests(ResultReading& result, Adjustment adjustment) {
     std::vector<double> pValues;
-    for (const auto& test : result.family.tests) pValues.push_back(test ? test->p : std::nan(""));
+    for (std::size_t i = 0; i < result.tests.size(); ++i) {
+        const auto& test = result.family.tests[i];
+        const Number& chosen = result.tests[i].supplement.chosenP;
+        pValues.push_back(!test ? std::nan("") : chosen.empty() ? test->p : chosen.value);
+    }
     const std::vector<double> adjusted = Adjusted(pValues, adjustment);
     for (std::size_t i = 0; i < adjusted.size(); ++i) {
         result.tests[i].supplement.adjustedP = NumberOf(adjusted[i]);

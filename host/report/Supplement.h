@@ -60,6 +60,8 @@ struct Supplement {
     std::vector<SampleSummary> samples;
     std::vector<EffectSize> effects;
     std::vector<SuppliedPValue> pValues;
+    /// The one by the user's choices, on which the conclusion rests; none where that is the document's.
+    Number chosenP;
     /// Those of the pairs by the method that the user names, in the order of the pairs; empty where none is named.
     std::vector<Number> adjustedPairs;
     Number adjustedP;        ///< that of the test among all tests of the run, by the same method

@@ -333,6 +333,22 @@ TEST(Supplements, AdjustsTheTestsOfARun) {
     }
 }
 
+// The alternative that was asked for is what is adjusted, not the significance to both sides: Holm's steps of the
+// one-sided ones that the same call shows, the sign test's 0.1796875 / 2 = 0.08984375 (binom.test of R 4.2) among them.
+TEST(Supplements, AdjustsTheSignificancesThatWereChosen) {
+    const Json tests =
+        TestsOf(SmallTable(), "--related x,y --tests wilcoxon,sign --alternative less --exact --adjust bonferroni");
+    ASSERT_EQ(tests.size(), 2U);
+    for (const Json& test : tests) {
+        const Json& supplement = test["supplement"];
+        const Json& exact = supplement["p_values"].back();
+        ASSERT_EQ(exact["kind"], "exact");
+        ASSERT_EQ(exact["alternative"], "less");
+        EXPECT_TRUE(Near(supplement["adjusted_p"], std::min(1.0, 2 * exact["value"].get<double>())));
+        EXPECT_FALSE(Near(supplement["adjusted_p"], test["statistics"][0]["p_values"].back()["value"].get<double>()));
+    }
+}
+
 // By Holm's steps x differs from y and from z at the level of 0.2, and y and z don't: x has a letter of its own. At
 // 0.06 and without adjustment x differs from z alone, so that y has a letter with each.
 TEST(Supplements, LettersFollowTheAdjustedPairs) {

@@ -206,4 +206,17 @@ TEST(NamesOfFields, MayBePatterns) {
               Analyze({"--independent", "a,b", "--group", "g", "--weight", "w"}, table).out);
 }
 
+TEST(Words, ANameWithACommaStandsInQuotes) {
+    const ScratchFolder folder;
+    const std::string table = folder.Write("quoted.csv", "\"a, b\",g,\"say \"\"x\"\"\"\n1,x,1\n2,y,4\n3,x,2\n4,y,3\n");
+    const json result =
+        JsonOf({"--independent", R"("a, b","say ""x""")", "--group", "g", "--tests", "mann-whitney"}, table);
+    ASSERT_EQ(result["tests"].size(), 2U);
+    EXPECT_EQ(result["tests"][0]["fields"], json{"a, b"});
+    EXPECT_EQ(result["tests"][1]["fields"], json{R"(say "x")"});
+    const CommandResult open = Analyze({"--independent", R"("a, b)", "--group", "g"}, table);
+    EXPECT_EQ(open.exitStatus, 2);
+    EXPECT_EQ(open.err, "tarn: --independent: \"a, b: a double quote opens and none closes; expected \"a, b\"\n");
+}
+
 }  // namespace

@@ -1,11 +1,11 @@
-// The significance of H over all arrangements of every data set of up to 8 cases with the values 1 to 4 in three groups,
-// some of which may be empty: each arrangement is made, and its H compared in whole numbers.
+// The significance of H over all arrangements of every data set of up to 8 cases with the values 1 to 4 in three
+// groups, some of which may be empty: each arrangement is made, and its H compared in whole numbers.
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cmath>
 #include <optional>
 
 #include "host/beyond/exact/KruskalWallisExact.h"
