@@ -5,6 +5,7 @@
 #include <limits>
 #include <optional>
 
+#include "host/InputError.h"
 #include "host/Synonyms.h"
 
 namespace tarn {
@@ -26,11 +27,13 @@ bool IsLetterOrDigit(char c) {
     return IsCapital(c) || IsSmall(c) || (c >= '0' && c <= '9') || static_cast<unsigned char>(c) >= 0x80;
 }
 
+char Lowered(char c) {
+    return IsCapital(c) ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
 std::string InSmallLetters(std::string_view text) {
     std::string small(text);
-    for (char& c : small) {
-        if (IsCapital(c)) c = static_cast<char>(c - 'A' + 'a');
-    }
+    std::ranges::transform(small, small.begin(), Lowered);
     return small;
 }
 
@@ -129,6 +132,14 @@ std::vector<std::string_view> NearestNames(std::string_view name, std::span<cons
         AddOnce(candidate, nearest);
     }
     return nearest;
+}
+
+bool AreLike(std::string_view first, std::string_view second) {
+    return std::ranges::equal(first, second, {}, Lowered, Lowered);
+}
+
+std::string TakenForNote(std::string_view typed, std::string_view field) {
+    return Quoted(typed) + " is taken for the field " + Quoted(field);
 }
 
 std::string DidYouMean(std::span<const std::string_view> nearest) {

@@ -13,6 +13,12 @@ namespace tarn {
 /// wrong. A beginning or a part of a name is near, too. None is better than one that misleads.
 std::vector<std::string_view> NearestNames(std::string_view name, std::span<const std::string_view> known);
 
+/// Whether two names are the same but for the case of their ASCII letters.
+bool AreLike(std::string_view first, std::string_view second);
+
+/// The note that a name which a user typed means a field that is spelt otherwise.
+std::string TakenForNote(std::string_view typed, std::string_view field);
+
 /// "; did you mean a, b?" for the end of a message, "" if nothing is near.
 std::string DidYouMean(std::span<const std::string_view> nearest);
 

@@ -112,8 +112,10 @@ std::span<const Synonyms> OfWords() {
         {"test analysis", {"analyze"}},
         {"list", {"tests"}},
         {"exec execute batch", {"run"}},
-        {"view print report display cat summary", {"show"}},
-        {"describe what define info code", {"explain"}},
+        {"view print report display cat", {"show"}},
+        {"what define code", {"explain"}},
+        {"describe info summary", {"look", "explain", "show"}},
+        {"head glimpse str skim peek preview inspect columns names fields stat stats", {"look"}},
         {"manual", {"man"}},
         {"complete completions", {"completion"}},
 

@@ -45,8 +45,11 @@ ExitStatus NoneDone() {
     return TellMistake("no test could be done; each says why", ExitStatus::kRunFailed);
 }
 
+/// A name may have been looked up by the reader of the table and for the request.
 void AddNotes(std::vector<std::string>& notes, const std::vector<std::string>& more) {
-    notes.insert(notes.end(), more.begin(), more.end());
+    for (const std::string& note : more) {
+        if (std::ranges::find(notes, note) == notes.end()) notes.push_back(note);
+    }
 }
 
 /// All records in one analysis.

@@ -204,13 +204,14 @@ void AddOrder(const std::string& typed, std::vector<FieldOrder>& orders) {
 /// A delimiter as it is typed, by itself or by its name.
 char DelimiterTypedAs(const std::string& typed) {
     constexpr std::pair<std::string_view, char> kNames[] = {
-        {",", ','},    {"comma", ','}, {";", ';'}, {"semicolon", ';'}, {"\t", '\t'},
-        {"\\t", '\t'}, {"tab", '\t'},  {"|", '|'}, {"bar", '|'},
+        {",", ','},    {"comma", ','}, {";", ';'},   {"semicolon", ';'}, {"\t", '\t'},   {"\\t", '\t'},
+        {"tab", '\t'}, {"|", '|'},     {"bar", '|'}, {" ", ' '},         {"blank", ' '}, {"space", ' '},
     };
     for (const auto& [name, delimiter] : kNames) {
         if (typed == name) return delimiter;
     }
-    throw InputError("--delimiter: " + Quoted(typed) + "; expected comma, semicolon, tab or bar, or the character");
+    throw InputError("--delimiter: " + Quoted(typed) +
+                     "; expected comma, semicolon, tab, bar or blank, or the character");
 }
 
 char DecimalTypedAs(const std::string& typed) {
@@ -267,7 +268,8 @@ void DescribeReading(CLI::App& app, ReadingOptions& reading) {
                          const std::function<void(const std::string&)>& take) {
         app.add_option_function<std::string>(name, take, help)->option_text(argument)->group(kTable);
     };
-    add("--delimiter", "CHARACTER", "What stands between two cells: comma, semicolon, tab or bar; else recognised",
+    add("--delimiter", "CHARACTER",
+        "What stands between two cells: comma, semicolon, tab, bar or blanks; else recognised",
         [&](const std::string& typed) { reading.delimiter = DelimiterTypedAs(typed); });
     add("--decimal", "CHARACTER", "What stands in front of a fraction: a point or a comma; else recognised",
         [&](const std::string& typed) { reading.decimal = DecimalTypedAs(typed); });
@@ -702,7 +704,7 @@ class CommandLine {
         if (name == "--tests" || name == "TOPIC") described.choices = NamesOfTests();
         if (name == "--distribution") described.choices.assign(DistributionNames().begin(), DistributionNames().end());
         if (name == "--encoding") described.choices = NamesOfEncodings();
-        if (name == "--delimiter") described.choices = {"comma", "semicolon", "tab", "bar"};
+        if (name == "--delimiter") described.choices = {"comma", "semicolon", "tab", "bar", "blank"};
         if (name == "--decimal") described.choices = {"point", "comma"};
         if (name == "SHELL") described.choices = ShellNames();
         return described;

@@ -33,15 +33,30 @@ class ColumnFinder {
                          (near.empty() ? ": " + Alternatives(names_) : near));
     }
 
+    // A name that a user typed: without regard to case, too, where that leaves one column only.
+    std::size_t FindTyped(const std::string& name, const std::string& where) {
+        const std::optional<std::size_t> found = FindIfAny(name);
+        if (!found) return Find(name, where);
+        if (names_[*found] != name) notes_.push_back(TakenForNote(name, names_[*found]));
+        return *found;
+    }
+
     std::optional<std::size_t> FindIfAny(const std::string& name) const {
         const auto found = indexByName_.find(name);
-        return found == indexByName_.end() ? std::nullopt : std::optional(found->second);
+        if (found != indexByName_.end()) return found->second;
+        const auto isLike = [&](std::string_view other) { return AreLike(other, name); };
+        const auto like = std::ranges::find_if(names_, isLike);
+        if (like == names_.end() || std::any_of(like + 1, names_.end(), isLike)) return std::nullopt;
+        return static_cast<std::size_t>(like - names_.begin());
     }
+
+    const std::vector<std::string>& Notes() const { return notes_; }
 
  private:
     const std::string& sourceName_;
     std::vector<std::string_view> names_;
     std::unordered_map<std::string_view, std::size_t> indexByName_;
+    std::vector<std::string> notes_;
 };
 
 bool HoldsTexts(const std::vector<DescribedValue>& values) {
@@ -60,7 +75,7 @@ void Describe(ColumnPlan& column, const FieldDescriptor& field, bool excludeUser
     if (excludeUserMissing) column.userMissing = field.missingValues;
 }
 
-void OverrideLevels(std::vector<ColumnPlan>& columns, const ColumnFinder& finder, const LoadOptions& options) {
+void OverrideLevels(std::vector<ColumnPlan>& columns, ColumnFinder& finder, const LoadOptions& options) {
     struct LevelList {
         std::string option;
         FieldLevel level;
@@ -72,7 +87,7 @@ void OverrideLevels(std::vector<ColumnPlan>& columns, const ColumnFinder& finder
     std::unordered_map<std::size_t, const LevelList*> listOf;
     for (const LevelList& list : lists) {
         for (const std::string& name : list.names) {
-            const std::size_t column = finder.Find(name, list.option);
+            const std::size_t column = finder.FindTyped(name, list.option);
             const LevelList& first = *listOf.emplace(column, &list).first->second;
             if (first.level != list.level) {
                 throw InputError(list.option + ": " + Quoted(name) + " is in " + first.option +
@@ -90,13 +105,15 @@ DescribedValue CategoryToldAs(const std::string& word, const std::vector<Describ
     return found == described.end() ? DescribedValue{word, ParseDecimal(TrimBlanks(word)), {}} : *found;
 }
 
-void TakeOrders(std::vector<ColumnPlan>& columns, const ColumnFinder& finder, const LoadOptions& options) {
+void TakeOrders(std::vector<ColumnPlan>& columns, ColumnFinder& finder, const LoadOptions& options) {
     for (const FieldOrder& order : options.orders) {
-        ColumnPlan& column = columns[finder.Find(order.field, kOrderOption)];
+        const std::size_t index = finder.FindTyped(order.field, kOrderOption);
+        ColumnPlan& column = columns[index];
         for (const auto& [option, names] :
              {std::pair<const char*, const std::vector<std::string>&>{"--nominal", options.nominal},
               {"--continuous", options.continuous}}) {
-            if (std::ranges::find(names, order.field) == names.end()) continue;
+            const auto isColumn = [&](const std::string& name) { return finder.FindIfAny(name) == index; };
+            if (std::ranges::none_of(names, isColumn)) continue;
             throw InputError(std::string(kOrderOption) + ": " + Quoted(order.field) + " is in " + option +
                              " too; expected one level for a field");
         }
@@ -113,8 +130,8 @@ void TakeOrders(std::vector<ColumnPlan>& columns, const ColumnFinder& finder, co
     }
 }
 
-int FindWeight(const ColumnFinder& finder, const TableDescriptor& descriptor, const LoadOptions& options) {
-    if (options.weightField) return static_cast<int>(finder.Find(*options.weightField, "--weight"));
+int FindWeight(ColumnFinder& finder, const TableDescriptor& descriptor, const LoadOptions& options) {
+    if (options.weightField) return static_cast<int>(finder.FindTyped(*options.weightField, "--weight"));
     if (!descriptor.weightField) return Table::kNoColumn;
     return static_cast<int>(finder.Find(*descriptor.weightField, descriptor.sourceName + ": weightField"));
 }
@@ -129,7 +146,7 @@ FieldLevel ColumnPlan::LevelAs(FieldType someType) const {
 
 TablePlan PlanTable(const std::string& sourceName, const std::vector<std::string>& names,
                     const TableDescriptor& descriptor, const LoadOptions& options) {
-    const ColumnFinder finder(sourceName, names);
+    ColumnFinder finder(sourceName, names);
     TablePlan plan;
     plan.descriptorName = descriptor.sourceName;
     for (const std::string& name : names) plan.columns.emplace_back().name = name;
@@ -152,6 +169,8 @@ TablePlan PlanTable(const std::string& sourceName, const std::vector<std::string
         plan.columns[plan.weightIndex].level = FieldLevel::kContinuous;
         plan.columns[plan.weightIndex].isRead = true;
     }
+
+    plan.notes = finder.Notes();
 
     for (const ColumnPlan& column : plan.columns) {
         if (!column.type) continue;

@@ -33,6 +33,7 @@ struct TablePlan {
     std::string descriptorName;
     std::vector<ColumnPlan> columns;
     int weightIndex = Table::kNoColumn;
+    std::vector<std::string> notes;  ///< which names were taken for which fields, as sentences
 };
 
 /// Joins what the descriptor and the request say about the columns of `sourceName`, which have the names `names`.

@@ -42,7 +42,24 @@ bool TakeGroups(std::string_view& rest, char mark, std::string& plain) {
     }
 }
 
+/// Takes the sign of a currency from the front; false where there is none.
+bool TakeCurrency(std::string_view& rest, std::string_view currency) {
+    if (currency.empty() || !rest.starts_with(currency)) return false;
+    rest = TrimBlanks(rest.substr(currency.size()));
+    return true;
+}
+
 }  // namespace
+
+std::string_view CurrencySignOf(std::string_view text) {
+    static constexpr std::string_view kSigns[] = {
+        "$", "\xe2\x82\xac", "\xc2\xa3", "\xc2\xa5", "\xe2\x82\xb9", "\xe2\x82\xa9", "\xe2\x82\xba", "\xe2\x82\xbd"};
+    if (text.starts_with('-') || text.starts_with('+')) text.remove_prefix(1);
+    for (const std::string_view sign : kSigns) {
+        if (text.starts_with(sign) || text.ends_with(sign)) return sign;
+    }
+    return {};
+}
 
 ThousandsMark ThousandsMarkOf(std::string_view text) {
     static constexpr std::pair<std::string_view, char> kMarks[] = {
@@ -61,9 +78,14 @@ std::optional<double> ParseNumber(std::string_view text, const NumberStyle& styl
     std::string plain;
     plain.reserve(text.size());
     std::string_view rest = text;
+    bool hasCurrency = TakeCurrency(rest, style.currency);
     if (rest.starts_with('-') || rest.starts_with('+')) {
         plain += rest.front();
         rest.remove_prefix(1);
+        hasCurrency = hasCurrency || TakeCurrency(rest, style.currency);
+    }
+    if (!hasCurrency && !style.currency.empty() && rest.ends_with(style.currency)) {
+        rest = TrimBlanks(rest.substr(0, rest.size() - style.currency.size()));
     }
     if (!TakeGroups(rest, style.thousands, plain)) return std::nullopt;
     if (rest.starts_with(style.decimal)) {

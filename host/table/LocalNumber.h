@@ -11,6 +11,10 @@ namespace tarn {
 /// between groups of three digits, all of them or none.
 std::optional<double> ParseNumber(std::string_view text, const NumberStyle& style);
 
+/// The sign of a currency that an amount of money begins with, behind its own sign, or ends with; empty for none. It
+/// lives as long as the program.
+std::string_view CurrencySignOf(std::string_view text);
+
 /// The mark of thousands at the front of `text` and how many bytes it has, 0 for none. An apostrophe may be curled, and
 /// a blank one at which no line breaks.
 struct ThousandsMark {

@@ -92,6 +92,7 @@ class Recogniser {
         candidates_.clear();
         if (rows_.empty()) return std::move(*this).Result();
         FindHeader();
+        hasSeveralNames_ = rows_.front().Width() > 1;
         JudgeEnds();
         if (!told_.keepsPlainTables) {
             JudgeBlanks();
@@ -102,8 +103,28 @@ class Recogniser {
         return std::move(*this).Result();
     }
 
+    bool HasBlanksBetweenCells() {
+        rows_ = Candidates('\t');
+        rows_.erase(rows_.begin(), rows_.begin() + static_cast<std::ptrdiff_t>(CommentCount(rows_)));
+        if (rows_.size() < 2) return false;
+        const std::size_t width = rows_[1].Width();
+        const std::size_t names = rows_.front().Width();
+        if (width < 2 || (names != width && names + 1 != width)) return false;
+        if (HasNumber(rows_.front())) return false;
+        for (std::size_t i = 1; i < rows_.size(); ++i) {
+            if (rows_[i].Width() != width) return false;
+        }
+        std::vector<bool> areNumbers(width);
+        for (std::size_t column = 0; column < width; ++column) {
+            Evidence evidence;
+            areNumbers[column] = Collect(column, width, evidence);
+        }
+        if (width == 2 && !areNumbers.front() && !rows_[1].isFirstQuoted) return false;
+        return std::ranges::find(areNumbers, true) != areNumbers.end();
+    }
+
  private:
-    Recognition Result() && { return {std::move(shape_), std::move(remarks_)}; }
+    Recognition Result() && { return {std::move(shape_), std::move(remarks_), hasSeveralNames_}; }
 
     void Remark(std::string remark) { remarks_.push_back(std::move(remark)); }
 
@@ -231,12 +252,15 @@ class Recogniser {
     /// Whether a cell is a number in any style.
     static bool IsAnyNumber(std::string_view text) {
         const std::string_view cell = TrimBlanks(text);
+        const std::string_view currency = CurrencySignOf(cell);
         constexpr std::string_view kBeginnings = "0123456789+-.,";
-        if (cell.empty() || kBeginnings.find(cell.front()) == std::string_view::npos) return false;
+        const bool mayBe =
+            !currency.empty() || (!cell.empty() && kBeginnings.find(cell.front()) != std::string_view::npos);
+        if (!mayBe) return false;
         if (ParseDecimal(cell)) return true;
         for (const char decimal : {'.', ','}) {
             for (const char thousands : {decimal == '.' ? ',' : '.', ' ', '\''}) {
-                if (ParseNumber(cell, {decimal, thousands, true})) return true;
+                if (ParseNumber(cell, {decimal, thousands, true, currency})) return true;
             }
         }
         return false;
@@ -452,14 +476,16 @@ class Recogniser {
         bool fitsComma = true;
         bool hasFractionPoint = false;  // one that can be nothing else
         bool hasPercent = false;
-        char marks = '\0';  // an apostrophe or a blank between thousands
+        std::string_view currency;
+        bool hasCurrencies = false;  // several
+        char marks = '\0';           // an apostrophe or a blank between thousands
         std::size_t count = 0;
         std::string example;  // the first one that is no plain number
     };
 
     /// False where a cell is no number at all.
-    bool Collect(std::size_t column, Evidence& evidence) const {
-        for (const Row* row : UsualRows(rows_.front().Width())) {
+    bool Collect(std::size_t column, std::size_t width, Evidence& evidence) const {
+        for (const Row* row : UsualRows(width)) {
             std::string_view cell = TrimBlanks(row->cells[column]);
             if (IsMissing(cell)) continue;
             if (!IsAnyNumber(cell)) return false;
@@ -477,19 +503,23 @@ class Recogniser {
                 evidence.hasPercent = true;
                 cell = TrimBlanks(cell.substr(0, cell.size() - 1));
             }
-            for (std::size_t i = 0; i < cell.size(); ++i) {
+            const std::string_view currency = CurrencySignOf(cell);
+            if (!currency.empty()) {
+                evidence.hasCurrencies =
+                    evidence.hasCurrencies || (!evidence.currency.empty() && evidence.currency != currency);
+                evidence.currency = currency;
+            }
+            for (std::size_t i = 0; i < cell.size() && currency.empty(); ++i) {
                 const char mark = ThousandsMarkOf(cell.substr(i)).mark;
                 if (mark == ' ' || mark == '\'') evidence.marks = mark;
             }
             const char marks = evidence.marks;
-            evidence.fitsPoint = evidence.fitsPoint && Fits(cell, '.', marks == '\0' ? ',' : marks);
-            evidence.fitsComma = evidence.fitsComma && Fits(cell, ',', marks == '\0' ? '.' : marks);
+            const NumberStyle point{'.', marks == '\0' ? ',' : marks, false, currency};
+            const NumberStyle comma{',', marks == '\0' ? '.' : marks, false, currency};
+            evidence.fitsPoint = evidence.fitsPoint && ParseNumber(cell, point);
+            evidence.fitsComma = evidence.fitsComma && ParseNumber(cell, comma);
         }
         return evidence.count > 0;
-    }
-
-    static bool Fits(std::string_view cell, char decimal, char thousands) {
-        return ParseNumber(cell, {decimal, thousands, false}).has_value();
     }
 
     void JudgeNumbers() {
@@ -499,7 +529,9 @@ class Recogniser {
         const std::size_t width = rows_.front().Width() - shape_.emptyAtEnd;
         for (std::size_t column = 0; column < width; ++column) {
             Evidence evidence;
-            if (Collect(column, evidence)) columns.emplace_back(column, evidence);
+            // Amounts in several currencies are no numbers of one kind.
+            if (Collect(column, rows_.front().Width(), evidence) && !evidence.hasCurrencies)
+                columns.emplace_back(column, evidence);
         }
         const auto any = [&](auto has) {
             return std::ranges::any_of(columns, [&](const auto& column) { return has(column.second); });
@@ -523,6 +555,8 @@ class Recogniser {
                 shape_.ambiguous.push_back({column, evidence.example});
                 continue;
             }
+            if (!evidence.currency.empty() && !style.currency.empty() && evidence.currency != style.currency) continue;
+            if (!evidence.currency.empty()) style.currency = evidence.currency;
             style.hasPercent = style.hasPercent || evidence.hasPercent;
             if (evidence.marks != '\0') style.thousands = evidence.marks;
             if (style.thousands == '\0' && HasGroups(column)) style.thousands = style.decimal == ',' ? '.' : ',';
@@ -530,13 +564,15 @@ class Recogniser {
         if (style.decimal == ',' && !told_.decimal) Remark("decimal commas");
         if (style.thousands != '\0') Remark(NameOfMarks(style.thousands) + " between thousands");
         if (style.hasPercent) Remark("percent signs left out");
+        if (!style.currency.empty()) Remark("signs of currency left out (" + std::string(style.currency) + ")");
     }
 
     /// Whether a column has cells that are numbers only with marks between thousands.
     bool HasGroups(std::size_t column) const {
         for (const Row* row : UsualRows(rows_.front().Width())) {
             const std::string_view cell = TrimBlanks(row->cells[column]);
-            if (!IsMissing(cell) && !ParseNumber(cell, {shape_.numbers.decimal, '\0', true})) return true;
+            const NumberStyle withoutMarks{shape_.numbers.decimal, '\0', true, shape_.numbers.currency};
+            if (!IsMissing(cell) && !ParseNumber(cell, withoutMarks)) return true;
         }
         return false;
     }
@@ -564,12 +600,17 @@ class Recogniser {
     std::vector<Row> rows_;  // the header first, once it is found
     TableShape shape_;
     std::vector<std::string> remarks_;
+    bool hasSeveralNames_ = false;
 };
 
 }  // namespace
 
 Recognition Recognise(std::string_view sample, bool isWhole, const ToldShape& told) {
     return Recogniser(sample, isWhole, told).Run();
+}
+
+bool HasBlanksBetweenCells(std::string_view sample, bool isWhole, const ToldShape& told) {
+    return Recogniser(sample, isWhole, told).HasBlanksBetweenCells();
 }
 
 }  // namespace tarn

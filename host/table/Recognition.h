@@ -24,6 +24,8 @@ struct ToldShape {
 struct Recognition {
     TableShape shape;
     std::vector<std::string> remarks;
+    /// Whether the header has more than one cell.
+    bool hasSeveralNames = false;
 };
 
 /// As many rows are looked at.
@@ -35,5 +37,10 @@ inline constexpr std::size_t kSampleRows = 200;
 /// It never guesses where a plain reading fits: a table with as many commas in each row is one of commas, and a number
 /// is plain where all numbers of the table can be.
 Recognition Recognise(std::string_view sample, bool isWhole, const ToldShape& told);
+
+/// Whether blanks stand between the cells of a table, for which `sample` has tabs: as many cells in each row, one
+/// more than in the header at most, and numbers in one column at least. Of two columns the first one has to be numbers
+/// or in quotes, too, since names often consist of two words.
+bool HasBlanksBetweenCells(std::string_view sample, bool isWhole, const ToldShape& told);
 
 }  // namespace tarn

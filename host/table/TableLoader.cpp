@@ -61,6 +61,7 @@ class TableLoader {
         }
         table_ = Table(std::move(columns));
         table_.SetWeightIndex(plan_.weightIndex);
+        for (const std::string& note : plan_.notes) table_.AddNote(note);
     }
 
     Table Load() {

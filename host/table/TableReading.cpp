@@ -8,6 +8,7 @@
 
 #include "host/Decompression.h"
 #include "host/TextList.h"
+#include "host/table/BlankRuns.h"
 #include "host/table/ForeignFormat.h"
 #include "host/table/Recognition.h"
 
@@ -20,6 +21,7 @@ constexpr std::size_t kHeadSize = 4096;
 constexpr std::size_t kSampleSize = std::size_t{1} << 16;
 constexpr std::size_t kLargestSample = std::size_t{1} << 22;
 constexpr std::ptrdiff_t kLeastLines = 6;
+constexpr char kBlank = ' ';
 
 /// The first bytes of a source, at most `size`; it stands at its first byte again.
 std::string Head(ByteSource& source, std::size_t size) {
@@ -60,9 +62,18 @@ class Reading {
             std::ranges::replace(sample, '\r', '\n');
             remarks_.emplace_back("lines that end with a carriage return");
         }
-        ByteSource source = Filtered(std::move(text), hasReturns ? LineFeedsForReturns() : nullptr);
+        ByteSource lines = Filtered(std::move(text), hasReturns ? LineFeedsForReturns() : nullptr);
         TakeMissingTexts(descriptor, load);
-        Recognition recognition = Recognise(WithoutMark(sample), isWhole, Told(descriptor, load));
+        ToldShape told = Told(descriptor, load);
+        Recognition recognition = Recognise(WithoutMark(sample), isWhole, told);
+        const std::string tabbed = WithTabsForBlanks(WithoutMark(sample));
+        const bool hasBlanks = told.delimiter == kBlank || MayHaveBlanks(recognition, tabbed, isWhole, told);
+        if (hasBlanks) {
+            if (!told.delimiter) remarks_.emplace_back("blanks between cells");
+            told.delimiter = '\t';  // which the filter makes of them
+            recognition = Recognise(tabbed, isWhole, told);
+        }
+        ByteSource source = Filtered(std::move(lines), hasBlanks ? TabsForBlanks() : nullptr);
         load.shape = std::move(recognition.shape);
         std::ranges::move(recognition.remarks, std::back_inserter(remarks_));
         Table table = LoadTable(source, descriptor, load);
@@ -85,6 +96,13 @@ class Reading {
             const bool isEnough = std::ranges::count(sample, '\n') >= kLeastLines || sampleSize_ >= kLargestSample;
             if (isEnough || sample.size() < sampleSize_) return sample;
         }
+    }
+
+    /// Blanks are a delimiter where no other one fits.
+    static bool MayHaveBlanks(const Recognition& recognition, std::string_view tabbed, bool isWhole,
+                              const ToldShape& told) {
+        return !told.delimiter && !told.keepsPlainTables && !recognition.hasSeveralNames &&
+               HasBlanksBetweenCells(tabbed, isWhole, told);
     }
 
     static std::string_view WithoutMark(std::string_view text) {

@@ -15,8 +15,10 @@ struct NumberStyle {
     char thousands = '\0';
     /// Whether a percent sign may stand behind a number, which is left out.
     bool hasPercent = false;
+    /// The sign that may stand in front of a number or behind it, as amounts of money have it, and is left out.
+    std::string_view currency = {};
 
-    bool IsPlain() const { return decimal == '.' && thousands == '\0' && !hasPercent; }
+    bool IsPlain() const { return decimal == '.' && thousands == '\0' && !hasPercent && currency.empty(); }
     friend bool operator==(const NumberStyle&, const NumberStyle&) = default;
 };
 

@@ -169,18 +169,12 @@ class WordedAnalysis::Resolution {
 
     void ResolveNames() {
         if (asked_.formula_) CheckFormula();
-        const std::string group = options_.group;
         Resolve(options_.group);
         Resolve(options_.caseId);
         Require(words_.split, "--split");
-        const std::string within = words_.within;
         Require(words_.within, "--within");
         Require(words_.subject, "--id");
-        // What is nominal by default was told by the name that was typed.
-        if (options_.group != group) MakeCategories(options_.group);
-        if (!words_.within.empty() && !table_.Columns()[IndexOf(words_.within)].IsCategorical()) {
-            MakeNominal(table_, IndexOf(words_.within));
-        }
+        for (FieldOrder& order : options_.orders) Resolve(order.field);
         const auto isTaken = [&](const std::string& field) {
             const bool isWeight = table_.WeightIndex() != Table::kNoColumn &&
                                   IndexOf(field) == static_cast<std::size_t>(table_.WeightIndex());
@@ -208,9 +202,13 @@ class WordedAnalysis::Resolution {
         if (formula.kind == FormulaKind::kRepeated) check(formula.subject);
     }
 
+    bool IsLevelTold(const std::string& field) const {
+        return std::ranges::any_of(levels_, [&](const std::string& told) { return AreLike(told, field); });
+    }
+
     void MakeCategories(const std::string& field) {
         const Column& column = table_.Columns()[IndexOf(field)];
-        const bool isTold = std::ranges::find(levels_, field) != levels_.end();
+        const bool isTold = IsLevelTold(field);
         if (!column.IsCategorical() && !isTold) MakeNominal(table_, IndexOf(field));
     }
 
@@ -218,7 +216,7 @@ class WordedAnalysis::Resolution {
     void CheckGroups() const {
         if (!asked_.formula_ || asked_.formula_->kind != FormulaKind::kGroups) return;
         const Column& column = table_.Columns()[IndexOf(options_.group)];
-        if (std::ranges::find(levels_, column.name) != levels_.end()) return;
+        if (IsLevelTold(column.name)) return;
         const bool isNumber = column.isInferred && !column.IsText() && column.listedCount == 0;
         const bool isFraction = std::ranges::any_of(
             column.categories, [](const Category& category) { return category.number != std::floor(category.number); });

@@ -12,10 +12,6 @@ namespace {
 
 constexpr std::string_view kAll = "all";
 
-char Lowered(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 }  // namespace
 
 bool MatchesPattern(std::string_view name, std::string_view pattern) {
@@ -46,10 +42,6 @@ bool IsPattern(std::string_view typed) {
     return typed == kAll || typed.find_first_of("*?") != std::string_view::npos;
 }
 
-bool AreLike(std::string_view first, std::string_view second) {
-    return std::ranges::equal(first, second, {}, Lowered, Lowered);
-}
-
 std::string FieldNames::Find(const std::string& typed) {
     if (table_.FindColumn(typed) != Table::kNoColumn) return typed;
     std::vector<std::string> like;
@@ -57,7 +49,7 @@ std::string FieldNames::Find(const std::string& typed) {
         if (AreLike(column.name, typed)) like.push_back(column.name);
     }
     if (like.size() != 1) return "";
-    std::string note = Quoted(typed) + " is taken for the field " + Quoted(like.front());
+    std::string note = TakenForNote(typed, like.front());
     if (std::ranges::find(notes_, note) == notes_.end()) notes_.push_back(std::move(note));
     return like.front();
 }

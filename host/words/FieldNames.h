@@ -14,9 +14,6 @@ bool MatchesPattern(std::string_view name, std::string_view pattern);
 /// Whether a typed name may be a pattern of names.
 bool IsPattern(std::string_view typed);
 
-/// Whether two names are the same but for the case of their ASCII letters.
-bool AreLike(std::string_view first, std::string_view second);
-
 /// Names as a user types them, looked up among the fields of a table: exactly, or else without regard to case where
 /// that leaves one field only. Borrows the table.
 class FieldNames {

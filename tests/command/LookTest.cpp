@@ -221,7 +221,7 @@ TEST_F(ReadingOptions, BeatWhatADescriptorSaysOfMissingTexts) {
 
 TEST_F(ReadingOptions, ThatMeanNothingAreRefused) {
     EXPECT_EQ(Analyze("x\n1\n", {"--delimiter", "x"}).err,
-              "tarn: --delimiter: \"x\"; expected comma, semicolon, tab or bar, or the character\n");
+              "tarn: --delimiter: \"x\"; expected comma, semicolon, tab, bar or blank, or the character\n");
     EXPECT_EQ(Analyze("x\n1\n", {"--decimal", "x"}).err, "tarn: --decimal: \"x\"; expected a point or a comma\n");
     const CommandResult encoding = Analyze("x\n1\n", {"--encoding", "latin"});
     EXPECT_EQ(encoding.exitStatus, 2);

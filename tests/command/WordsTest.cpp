@@ -206,6 +206,31 @@ TEST(NamesOfFields, MayBePatterns) {
               Analyze({"--independent", "a,b", "--group", "g", "--weight", "w"}, table).out);
 }
 
+TEST(NamesOfFields, MayDifferInCaseInEveryOption) {
+    const ScratchFolder folder;
+    const std::string table =
+        folder.Write("cases.csv", "Score,Arm,Size,W\n1,1,a,1\n2,2,b,2\n3,1,a,1\n4,2,b,1\n5,1,c,1\n");
+    const auto document = [&](const std::string& arm, const std::string& size, const std::string& weight) {
+        return Analyze({"--independent", "Score", "--group", size, "--order", size + "=c,a,b", "--weight", weight,
+                        "--nominal", arm, "--format", "xml"},
+                       table);
+    };
+    const CommandResult like = document("ARM", "size", "w");
+    EXPECT_EQ(like.exitStatus, 0) << like.err;
+    EXPECT_EQ(like.out, document("Arm", "Size", "W").out);
+    for (const char* const note : {"\"ARM\" is taken for the field \"Arm\"", "\"size\" is taken for the field \"Size\"",
+                                   "\"w\" is taken for the field \"W\""}) {
+        const std::size_t found = like.err.find(note);
+        ASSERT_NE(found, std::string::npos) << note;
+        EXPECT_EQ(like.err.find(note, found + 1), std::string::npos) << note << " twice";
+    }
+    const std::string twice = folder.Write("twice.csv", "w,W,x\n1,2,3\n1,2,4\n");
+    const CommandResult exact = Analyze({"--one-sample", "x", "--weight", "W"}, twice);
+    EXPECT_EQ(exact.exitStatus, 0) << exact.err;
+    EXPECT_EQ(Analyze({"--one-sample", "x", "--nominal", "X,w", "--weight", "V"}, twice).err,
+              "tarn: --weight: \"V\"; expected a field of " + twice + ": \"w\", \"W\" or \"x\"\n");
+}
+
 TEST(Words, ANameWithACommaStandsInQuotes) {
     const ScratchFolder folder;
     const std::string table = folder.Write("quoted.csv", "\"a, b\",g,\"say \"\"x\"\"\"\n1,x,1\n2,y,4\n3,x,2\n4,y,3\n");

@@ -125,6 +125,18 @@ case("bare_decimal_each.csv", "the same with a comma in each row, which is no he
      error=":2: 3 cells; expected 2 as in the header (a comma inside a number or a text without quotes?)")
 case("money.csv", "bare amounts of money with commas between thousands", "price\n$1,200.50\n$2,300.00\n",
      error=":2: 2 cells; expected 1 as in the header (a comma inside a number or a text without quotes?)")
+case("dollars.csv", "amounts of money in a spreadsheet of the United States",
+     table(quote=lambda text: text).replace("1234.5", '"$1,234.50"').replace("12000.75", '"$12,000.75"')
+     .replace(",980", ",$980.00").replace("1500", '"$1,500.00"').replace("2750.25", '"$2,750.25"'),
+     ["commas between thousands, signs of currency left out ($)"])
+case("euros.csv", "amounts of money in a German spreadsheet, some of them negative",
+     "account;amount\n1;1.200,50 €\n2;-3,25 €\n3;0,00 €\n",
+     ["semicolons, decimal commas, points between thousands, signs of currency left out (€)"],
+     fields=["account", "amount"], rows=[[1, 1200.5], [2, -3.25], [3, 0]])
+case("two_currencies.csv", "amounts in two currencies, which are no numbers of one kind",
+     "account,amount\n1,$5\n2,£5\n3,$7\n", fields=["account", "amount"], rows=[[1, "$5"], [2, "£5"], [3, "$7"]])
+case("names.txt", "one column with names of two words", "full name\nJane Doe\nJohn Roe\nRoom 1\n",
+     fields=["full name"], rows=[["Jane Doe"], ["John Roe"], ["Room 1"]])
 case("unknown.csv", "a word for what is missing in the first row, which is no row of units",
      "x,y\nunknown,unknown\n1,2\n3,4\n", fields=["x", "y"], rows=[["unknown", "unknown"], ["1", "2"], ["3", "4"]])
 case("r_write_table.csv", "R's write.table with commas", with_names_of_rows(), ["the first column has no name and is called row"],
@@ -179,6 +191,13 @@ case("r_write_csv2.csv", "R's write.csv2",
 case("r_write_table.txt", "R's write.table with tabs: the header has no cell for the names of the rows",
      with_index(table("\t", quote=quoted, missing="NA"), [o + "\t" for o in ordinals], ""), ["tabs, " + INDEX],
      **indexed)
+case("r_write_table_blanks.txt", "R's write.table as it writes by itself",
+     with_index(table(" ", quote=quoted, missing="NA"), [o + " " for o in ordinals], ""),
+     ["blanks between cells, " + INDEX], **indexed)
+case("r_print.txt", "a data frame as R shows it, copied from a terminal",
+     "  id    arm score   income\n1  1    low  2.50  1234.50\n2  2   high  3.25   980.00\n"
+     "3  3    low    NA 12000.75\n4  4 Müller  4.00  1500.00\n5  5   high  7.75  2750.25\n",
+     ["blanks between cells, " + INDEX], **indexed)
 case("pandas_index.csv", "pandas' to_csv with its index",
      with_index(table(), [f"{i}," for i in range(len(ROWS))], ","), [INDEX], fields=["row"] + FIELDS,
      rows=[[i] + row for i, row in enumerate(ROWS)])
