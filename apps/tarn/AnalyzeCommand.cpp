@@ -1,9 +1,13 @@
 #include "apps/tarn/AnalyzeCommand.h"
 
 #include <algorithm>
+#include <cctype>
+#include <cstddef>
 #include <iostream>
 #include <optional>
+#include <set>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -23,6 +27,9 @@
 namespace tarn {
 
 namespace {
+
+/// What stands for the category in the name of a document of a part.
+constexpr std::string_view kPlaceOfCategory = "{}";
 
 /// The fields whose levels were typed.
 std::vector<std::string> LevelsOf(const AnalyzeOptions& options) {
@@ -90,14 +97,42 @@ void CheckOutputOfParts(const AnalyzeOptions& options) {
         throw InputError(
             "--format: xml is one document, and --split makes one for each part; expected text, json or csv");
     }
-    if (!options.output.outPath.empty()) {
-        throw InputError("--out: writes one document, and --split makes one for each part; expected --format json > " +
-                         options.output.outPath + ", or --where in place of --split");
+    const std::string& path = options.output.outPath;
+    if (!path.empty() && path.find(kPlaceOfCategory) == std::string::npos) {
+        throw InputError("--out: " + Quoted(path) + "; expected a name with " + std::string(kPlaceOfCategory) +
+                         " for the category, since --split makes a document for each part");
     }
 }
 
-/// Analyses one part. What can't be done with it is told at its place, unless the run was cancelled.
-ResultPart ResultOf(AnalysisPart part, const AnalyzeOptions& options, const AnalysisEnvironment& environment) {
+/// The name of a file without what a path, a shell or another system takes for something else.
+std::string NameForFile(const std::string& category) {
+    std::string name;
+    for (const char c : category) {
+        const bool isLetter = std::isalnum(static_cast<unsigned char>(c)) != 0 || static_cast<unsigned char>(c) >= 0x80;
+        name += isLetter || c == '-' || c == '.' ? c : '_';
+    }
+    return name.starts_with('.') ? "_" + name.substr(1) : name;
+}
+
+/// Writes the document of each part in a file of its own.
+void WriteDocuments(const std::vector<ResultPart>& parts, const std::vector<std::string>& documents,
+                    const std::string& path) {
+    const std::size_t place = path.find(kPlaceOfCategory);
+    std::set<std::string> names;
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        if (!parts[i].result) continue;
+        const std::string plain = NameForFile(parts[i].category);
+        std::string name = plain;
+        for (int number = 2; !names.insert(name).second; ++number) name = plain + "-" + std::to_string(number);
+        std::string own = path;
+        WriteWholeFile(own.replace(place, kPlaceOfCategory.size(), name), documents[i]);
+    }
+}
+
+/// Analyses one part, and puts its document where it will be kept. What can't be done with it is told at its place,
+/// unless the run was cancelled.
+ResultPart ResultOf(AnalysisPart part, const AnalyzeOptions& options, const AnalysisEnvironment& environment,
+                    std::string& document) {
     ResultPart result;
     result.field = part.field;
     result.category = part.category;
@@ -111,6 +146,7 @@ ResultPart ResultOf(AnalysisPart part, const AnalyzeOptions& options, const Anal
             return result;
         }
         AddNotes(result.notes, outcome.remarks);
+        if (!options.output.outPath.empty()) document = outcome.document;
         result.result = ReadAnalysis(std::move(outcome.document), part.options, environment);
         SupplyFigures(*result.result, part.table, part.options, options.supplement, environment);
     } catch (const InputError& mistake) {
@@ -124,6 +160,7 @@ ExitStatus AnalyzeParts(std::vector<AnalysisPart> parts, std::vector<std::string
                         Interrupt& interrupt) {
     CheckOutputOfParts(options);
     std::vector<ResultPart> results;
+    std::vector<std::string> documents;
     std::optional<ProgressBar> progress(!options.output.quiet);
     for (AnalysisPart& part : parts) {
         AnalysisEnvironment environment = EnvironmentOf(interrupt, *progress, options.table.threads);
@@ -131,7 +168,7 @@ ExitStatus AnalyzeParts(std::vector<AnalysisPart> parts, std::vector<std::string
                                   all = parts.size()](double percent) {
             show((100.0 * static_cast<double>(done) + percent) / static_cast<double>(all));
         };
-        results.push_back(ResultOf(std::move(part), options, environment));
+        results.push_back(ResultOf(std::move(part), options, environment, documents.emplace_back()));
         if (!results.back().result && interrupt.IsAsked()) {
             progress.reset();
             return TellMistake(results.back().mistake, ExitStatus::kRunFailed);
@@ -143,6 +180,7 @@ ExitStatus AnalyzeParts(std::vector<AnalysisPart> parts, std::vector<std::string
     if (std::ranges::none_of(results, isDone)) {
         return TellMistake(results.front().Name() + ": " + results.front().mistake, ExitStatus::kWrongUsage);
     }
+    if (!options.output.outPath.empty()) WriteDocuments(results, documents, options.output.outPath);
     const ReportFormat format = options.output.format.value_or(ReportFormat::kText);
     if (format == ReportFormat::kCsv || (format == ReportFormat::kText && options.output.quiet)) {
         for (const ResultPart& part : results) {

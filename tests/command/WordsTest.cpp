@@ -132,6 +132,25 @@ TEST(PartsOfTheCommand, AreTestedByThemselves) {
     EXPECT_EQ(result.at("summary").at(0).at("p_holm"), 1);
 }
 
+// Each document is the one of the records that --where takes by themselves, but for the categories of the whole table.
+TEST(PartsOfTheCommand, HaveADocumentEach) {
+    const ScratchFolder folder;
+    const std::string table =
+        folder.Write("parts.csv", "x,y,part\n1,2,a/b\n2,4,a/b\n3,3,a_b\n4,2,a_b\n5,7,..\n6,1,..\n7,7,é\n8,9,é\n");
+    const std::string pattern = folder.Path("of {}.xml");
+    ASSERT_EQ(Analyze({"--related", "x,y", "--split", "part", "--out", pattern, "--quiet"}, table).exitStatus, 0);
+    EXPECT_EQ(folder.Files(),
+              (std::vector<std::string>{"of _..xml", "of a_b-2.xml", "of a_b.xml", "of é.xml", "parts.csv"}));
+    EXPECT_EQ(harness::ReadFile(folder.Path("of é.xml")),
+              Analyze({"--related", "x,y", "--where", "part = \"é\"", "--format", "xml"}, table).out);
+    const CommandResult one = Analyze({"--related", "x,y", "--split", "part", "--out", folder.Path("all.xml")}, table);
+    EXPECT_EQ(one.exitStatus, 2);
+    EXPECT_EQ(one.err, "tarn: --out: \"" + folder.Path("all.xml") +
+                           "\"; expected a name with {} for the category, since --split makes a document for each "
+                           "part\n");
+    EXPECT_EQ(folder.Files().size(), 5U);
+}
+
 TEST(PartsOfTheCommand, StandInTextAndInCsv) {
     const Arguments words{"hours_after ~ sex", "--tests", "mann-whitney", "--split", "arm"};
     const CommandResult text = Analyze(words);

@@ -12,6 +12,7 @@
 
 #include "host/report/CsvReport.h"
 #include "host/report/JsonReport.h"
+#include "host/report/PartsReport.h"
 #include "host/report/TextReport.h"
 #include "tests/harness/Command.h"
 #include "tests/host/report/ResultTexts.h"
@@ -173,11 +174,21 @@ TEST(JsonReport, HoldsNamesAndNumbers) {
     EXPECT_EQ(test.at("messages").at(0).at("text"), "subset 0, 0 is single");
 }
 
-/// Whether `document` is as the schema that ships with the program says.
-testing::AssertionResult FitsTheSchema(const json& document) {
-    const json text = json::parse(harness::ReadFile(harness::SourcePath("docs/result.schema.json")));
+json SchemaOf(const std::string& name) {
+    return json::parse(harness::ReadFile(harness::SourcePath("docs/" + name)));
+}
+
+/// Whether `document` is as that schema, which ships with the program, says.
+testing::AssertionResult FitsTheSchema(const json& document, const std::string& name = "result.schema.json") {
+    const json text = SchemaOf(name);
+    // One schema may refer to another beside it.
+    const auto fetch = [](const std::string& uri) -> const json* {
+        return new json(SchemaOf(uri.substr(uri.rfind('/') + 1)));
+    };
+    const auto release = [](const json* fetched) { delete fetched; };
     valijson::Schema schema;
-    valijson::SchemaParser().populateSchema(valijson::adapters::NlohmannJsonAdapter(text), schema);
+    valijson::SchemaParser().populateSchema<valijson::adapters::NlohmannJsonAdapter>(
+        valijson::adapters::NlohmannJsonAdapter(text), schema, fetch, release);
     valijson::ValidationResults results;
     valijson::Validator validator;
     if (validator.validate(schema, valijson::adapters::NlohmannJsonAdapter(document), &results)) {
@@ -205,6 +216,21 @@ TEST(JsonReport, FitsItsSchema) {
     worse = result;
     worse["tests"][0]["statistics"][0]["df"] = json::array();
     EXPECT_FALSE(FitsTheSchema(worse));
+}
+
+TEST(PartsJson, FitsItsSchema) {
+    std::vector<ResultPart> parts(2);
+    parts[0] = {"arm", "low", {"3 of 12 records"}, ReadAll(ReadResult(DocumentOf(SignTest())), Sentences()), ""};
+    parts[1] = {"arm", "high", {}, std::nullopt, "no record has a value"};
+    const json result = json::parse(PartsJson(parts, Sentences(), {"a note"}));
+    const std::string schema = "parts.schema.json";
+    EXPECT_TRUE(FitsTheSchema(result, schema));
+    for (const char* const key : {"/parts/0/result/tests", "/parts/1/mistake", "/summary/0/p_holm", "/split"}) {
+        const json::json_pointer place(key);
+        json worse = result;
+        worse[place.parent_pointer()].erase(place.back());
+        EXPECT_FALSE(FitsTheSchema(worse, schema)) << key;
+    }
 }
 
 // Every number of the document stands in the JSON again, digit by digit.
