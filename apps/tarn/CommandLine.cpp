@@ -715,11 +715,17 @@ class CommandLine {
         return ExitStatus::kDone;
     }
 
-    static ExitStatus Mistake(const std::string& mistake) {
+    /// "tarn analyze --help" once that command was typed.
+    std::string Help() const {
+        const auto parsed = std::ranges::find_if(actions_, [](const auto& action) { return action.first->parsed(); });
+        return "tarn " + (parsed == actions_.end() ? "" : parsed->first->get_name() + " ") + "--help";
+    }
+
+    ExitStatus Mistake(const std::string& mistake) const {
         // What names the thing to type needs no other help.
         const bool isAnswer =
             mistake.find("did you mean") != std::string::npos || mistake.find("; expected ") != std::string::npos;
-        return TellMistake(mistake + (isAnswer ? "" : "; tarn --help shows what can be typed"),
+        return TellMistake(mistake + (isAnswer ? "" : "; " + Help() + " shows what can be typed"),
                            ExitStatus::kWrongUsage);
     }
 
@@ -767,14 +773,12 @@ class CommandLine {
             return TellMistake(mistake, ExitStatus::kWrongUsage);
         }
         const std::string name = typed.substr(0, typed.find('='));
-        std::string help = "tarn --help";
         std::vector<std::string> names;
         for (const CLI::Option* option : app_.get_options()) {
             for (const std::string& own : Describe(*option).names) names.push_back(own);
         }
         for (const CommandDescription& command : Describe()) {
             if (app_.get_subcommand_ptr(command.name)->parsed()) {
-                help = "tarn " + command.name + " --help";
                 names.clear();
                 for (const OptionDescription& option : command.options) {
                     names.insert(names.end(), option.names.begin(), option.names.end());
@@ -786,7 +790,7 @@ class CommandLine {
         const std::vector<std::string_view> known(names.begin(), names.end());
         const std::vector<std::string_view> nearest = NearestNames(name, known);
         return TellMistake("unknown argument " + Quoted(typed) +
-                               (nearest.empty() ? "; " + help + " shows what can be typed" : DidYouMean(nearest)),
+                               (nearest.empty() ? "; " + Help() + " shows what can be typed" : DidYouMean(nearest)),
                            ExitStatus::kWrongUsage);
     }
 
