@@ -1,5 +1,7 @@
 #include "host/beyond/DistinctValues.h"
 
+#include <vector>
+
 namespace tarn {
 
 namespace {
@@ -25,8 +27,8 @@ DistinctValues::DistinctValues(const AscendingSample& sample)
 }
 
 void DistinctValues::Gather(const AscendingSample& sample) {
-    ownValues_.resize(size_);
-    ownCounts_.resize(size_);
+    ownValues_ = LargeArray<double>(size_);
+    ownCounts_ = LargeArray<double>(size_);
     std::size_t place = 0;
     double cases = 0;
     double last = sample.values[0];

@@ -1,9 +1,9 @@
 #pragma once
 
 #include <cstddef>
-#include <vector>
 
 #include "host/beyond/AscendingSample.h"
+#include "machine/LargeArray.h"
 
 namespace tarn {
 
@@ -27,8 +27,8 @@ class DistinctValues {
  private:
     void Gather(const AscendingSample& sample);
 
-    std::vector<double> ownValues_;
-    std::vector<double> ownCounts_;
+    LargeArray<double> ownValues_;
+    LargeArray<double> ownCounts_;
     const double* values_ = nullptr;
     const double* counts_ = nullptr;
     std::size_t size_ = 0;

@@ -8,6 +8,7 @@
 #include "host/beyond/PairScore.h"
 #include "host/beyond/Placements.h"
 #include "host/beyond/Proportions.h"
+#include "machine/LargeArray.h"
 
 namespace tarn {
 
@@ -29,6 +30,8 @@ Sides PlainSidesOf(const std::vector<double>& differences) {
     Sides sides;
     const auto firstPositive = std::ranges::upper_bound(differences, 0.0);
     const auto pastNegative = std::ranges::lower_bound(differences, 0.0);
+    sides.positive.values = RoomInLargePages<double>(static_cast<std::size_t>(differences.end() - firstPositive));
+    sides.negative.values = RoomInLargePages<double>(static_cast<std::size_t>(pastNegative - differences.begin()));
     sides.positive.values.assign(firstPositive, differences.end());
     sides.positive.size = static_cast<double>(sides.positive.values.size());
     sides.negative.values.assign(std::make_reverse_iterator(pastNegative), differences.rend());

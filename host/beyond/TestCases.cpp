@@ -16,14 +16,6 @@ namespace {
 
 constexpr double kTieTolerance = 1e-14;
 
-/// An empty list with room in large pages.
-std::vector<double> RoomFor(std::size_t count) {
-    std::vector<double> numbers;
-    numbers.reserve(count);
-    WishForLargePages(numbers.data(), count * sizeof(double));
-    return numbers;
-}
-
 /// The cells of a column as the tests take them.
 class Cells {
  public:
@@ -45,7 +37,7 @@ class Cells {
     }
     /// All of them, where none is missing.
     std::vector<double> Numbers() const {
-        std::vector<double> numbers = RoomFor(cells_.size());
+        std::vector<double> numbers = RoomInLargePages<double>(cells_.size());
         numbers.assign(cells_.begin(), cells_.end());
         if (!isCode_) return numbers;
         for (double& number : numbers) number = column_.categories[static_cast<std::size_t>(number)].number;
@@ -208,19 +200,29 @@ bool HaveNeighbours(const std::vector<AscendingSample>& samples) {
     return HasNeighbours(all);
 }
 
-/// Makes values of two ascending lists equal that count as tied.
-void TieTwo(std::vector<double>& one, std::vector<double>& other) {
+/// Makes values of two ascending lists equal that count as tied. `one` and `other` give a reference to the place of a
+/// value, and `mirror` is what the value of `one` is taken times: 1, or -1 for a list that ascends backwards. Which
+/// list goes on is a matter of chance, so that a jump would be foretold wrongly half of the time.
+template <typename One, typename Other>
+void TieTwo(std::size_t oneSize, One one, double mirror, std::size_t otherSize, Other other) {
+    double opener = -std::numeric_limits<double>::infinity();
+    const auto tie = [&](double& place, double sign) {
+        const double value = sign * place;
+        opener = value - opener < kTieTolerance ? opener : value;
+        place = sign * opener;
+    };
     std::size_t i = 0;
     std::size_t j = 0;
-    double opener = -std::numeric_limits<double>::infinity();
-    while (i < one.size() || j < other.size()) {
-        const bool isOne = j == other.size() || (i < one.size() && one[i] <= other[j]);
-        double& value = isOne ? one[i] : other[j];
-        opener = value - opener < kTieTolerance ? opener : value;
-        value = opener;
-        i += isOne ? 1 : 0;
-        j += isOne ? 0 : 1;
+    while (i < oneSize && j < otherSize) {
+        double* const ofOne = &one(i);
+        double* const ofOther = &other(j);
+        const bool isOne = mirror * *ofOne <= *ofOther;
+        tie(*(isOne ? ofOne : ofOther), isOne ? mirror : 1.0);
+        i += static_cast<std::size_t>(isOne);
+        j += static_cast<std::size_t>(!isOne);
     }
+    for (; i < oneSize; ++i) tie(one(i), mirror);
+    for (; j < otherSize; ++j) tie(other(j), 1.0);
 }
 
 }  // namespace
@@ -240,7 +242,7 @@ GroupedCases CasesByGroup(const Table& table, int field, int group, const CaseRu
     std::vector<std::vector<double>> weightsOf(groupCount);
     std::vector<double> missing(groupCount, 0);
     if (groupCount > 0) {
-        for (std::vector<double>& ofGroup : valuesOf) ofGroup = RoomFor(table.RowCount() / groupCount);
+        for (std::vector<double>& ofGroup : valuesOf) ofGroup = RoomInLargePages<double>(table.RowCount() / groupCount);
     }
     for (std::size_t row = 0; row < table.RowCount(); ++row) {
         const double weight = weights.At(row);
@@ -279,7 +281,7 @@ CompleteCases CasesOf(const Table& table, const std::vector<int>& fields, const 
         cases.size = static_cast<double>(table.RowCount());
         return cases;
     }
-    for (std::vector<double>& column : cases.columns) column = RoomFor(table.RowCount());
+    for (std::vector<double>& column : cases.columns) column = RoomInLargePages<double>(table.RowCount());
     for (std::size_t row = 0; row < table.RowCount(); ++row) {
         const double weight = weights.At(row);
         if (weight == 0) continue;
@@ -308,7 +310,14 @@ AscendingSample Ascending(std::vector<double> values, const std::vector<double>&
 
 void TieTogether(std::vector<AscendingSample>& samples) {
     if (!HaveNeighbours(samples)) return;
-    if (samples.size() == 2) return TieTwo(samples[0].values, samples[1].values);
+    if (samples.size() == 2) {
+        std::vector<double>& one = samples[0].values;
+        std::vector<double>& other = samples[1].values;
+        const auto in = [](std::vector<double>& values) {
+            return [&values](std::size_t i) -> double& { return values[i]; };
+        };
+        return TieTwo(one.size(), in(one), 1.0, other.size(), in(other));
+    }
     double opener = 0;
     bool isFirst = true;
     WalkTogether(samples, [&](std::size_t sample, std::size_t place) {
@@ -330,13 +339,9 @@ void TieMagnitudes(AscendingSample& differences) {
                                      negatives, [&](std::size_t i) { return -values[negatives - 1 - i]; },
                                      values.size() - pastZeros, [&](std::size_t i) { return values[pastZeros + i]; });
     if (!areTied) return;
-    std::vector<double> ofNegatives = RoomFor(negatives);
-    std::vector<double> ofPositives = RoomFor(values.size() - pastZeros);
-    for (std::size_t i = negatives; i-- > 0;) ofNegatives.push_back(-values[i]);
-    ofPositives.assign(values.begin() + static_cast<std::ptrdiff_t>(pastZeros), values.end());
-    TieTwo(ofNegatives, ofPositives);
-    for (std::size_t i = 0; i < negatives; ++i) values[i] = -ofNegatives[negatives - 1 - i];
-    std::ranges::copy(ofPositives, values.begin() + static_cast<std::ptrdiff_t>(pastZeros));
+    TieTwo(
+        negatives, [&](std::size_t i) -> double& { return values[negatives - 1 - i]; }, -1.0, values.size() - pastZeros,
+        [&](std::size_t i) -> double& { return values[pastZeros + i]; });
 }
 
 TieBlocks BlocksOf(const std::vector<AscendingSample>& samples) {

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "host/beyond/MiddlePlaces.h"
+#include "machine/LargeArray.h"
 
 namespace tarn {
 
@@ -20,8 +21,9 @@ double HypothesizedMedian(const TestReading& reading) {
 }
 
 std::vector<double> Less(const std::vector<double>& one, const std::vector<double>& other) {
-    std::vector<double> differences(one.size());
-    std::ranges::transform(one, other, differences.begin(), std::minus<>());
+    std::vector<double> differences = RoomInLargePages<double>(one.size());
+    differences.assign(one.begin(), one.end());
+    for (std::size_t i = 0; i < differences.size(); ++i) differences[i] -= other[i];
     return differences;
 }
 
@@ -57,10 +59,12 @@ std::optional<std::vector<double>> DifferencesByRow(const TestView& view) {
 }
 
 /// From the hypothesized median: a sample in order less that stays in order.
-AscendingSample DifferencesFrom(double median, AscendingSample sample) {
-    for (double& value : sample.values) value -= median;
-    TieMagnitudes(sample);
-    return sample;
+AscendingSample DifferencesFrom(double median, const AscendingSample& sample) {
+    AscendingSample differences{RoomInLargePages<double>(sample.values.size()), sample.weights, sample.size};
+    differences.values.assign(sample.values.begin(), sample.values.end());
+    for (double& value : differences.values) value -= median;
+    TieMagnitudes(differences);
+    return differences;
 }
 
 /// A field of many rows, of which its quartiles and its median alone are wanted.

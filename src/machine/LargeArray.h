@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <type_traits>
+#include <vector>
 
 #if defined(__linux__)
 #include <sys/mman.h>
@@ -24,6 +25,15 @@ inline void WishForLargePages(void* memory, std::size_t bytes) {
     static_cast<void>(memory);
     static_cast<void>(bytes);
 #endif
+}
+
+/// An empty list with room for `count` values in large pages.
+template <typename Value>
+std::vector<Value> RoomInLargePages(std::size_t count) {
+    std::vector<Value> room;
+    room.reserve(count);
+    WishForLargePages(room.data(), count * sizeof(Value));
+    return room;
 }
 
 /// Memory for `count` values that are written once: not initialised, in large pages where they can be had. Moved, never
