@@ -75,7 +75,7 @@ ExitStatus AnalyzeWhole(AnalysisPart part, const std::vector<std::string>& notes
     if (!output.outPath.empty()) WriteWholeFile(output.outPath, document);
     // Text and JSON have a place for notes.
     if (!isShown || format == ReportFormat::kCsv || format == ReportFormat::kXml) TellNotes(allNotes);
-    if (isShown) PrintResult(isDocumentShown ? document : Present(result, format, allNotes));
+    if (isShown) PrintResult(isDocumentShown ? document : Present(result, {format, output.details}, allNotes));
     return IsNoneDone(result) ? NoneDone() : status;
 }
 
@@ -148,7 +148,8 @@ ExitStatus AnalyzeParts(std::vector<AnalysisPart> parts, std::vector<std::string
         }
         TellNotes(notes);
     }
-    if (format != ReportFormat::kText || !options.output.quiet) PrintResult(PresentParts(results, format, notes));
+    if (format != ReportFormat::kText || !options.output.quiet)
+        PrintResult(PresentParts(results, {format, options.output.details}, notes));
     const auto isNoneDone = [](const ResultPart& part) { return !part.result || IsNoneDone(*part.result); };
     return std::ranges::all_of(results, isNoneDone) ? NoneDone() : ExitStatus::kDone;
 }

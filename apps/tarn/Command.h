@@ -19,6 +19,7 @@ inline constexpr const char* kCancelledRun = "the run failed with code 1: the ru
 struct OutputOptions {
     std::string outPath;                 ///< for the result document; empty: no file
     bool quiet = false;                  ///< neither a progress bar nor a table
+    bool details = false;                ///< whether a text has all that there is of each test
     std::optional<ReportFormat> format;  ///< of what goes to standard output; each command has its own otherwise
 };
 
