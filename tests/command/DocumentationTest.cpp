@@ -78,7 +78,7 @@ INSTANTIATE_TEST_SUITE_P(Pages, Documentation,
                          testing::Values("README.md", "docs/one-sample.md", "docs/related.md", "docs/independent.md",
                                          "docs/published.md", "tests/command/readable/one-sample.md",
                                          "tests/command/readable/related.md", "tests/command/readable/independent.md",
-                                         "tests/command/readable/layouts.md"),
+                                         "tests/command/readable/layouts.md", "tests/command/readable/formats.md"),
                          [](const auto& test) {
                              std::string name = test.param;
                              for (char& c : name) {
