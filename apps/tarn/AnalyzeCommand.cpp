@@ -85,7 +85,7 @@ ExitStatus AnalyzeWhole(AnalysisPart part, const std::vector<std::string>& notes
     if (!output.outPath.empty()) WriteWholeFile(output.outPath, document);
     // Text and JSON have a place for notes.
     if (!isShown || format == ReportFormat::kCsv || format == ReportFormat::kXml) TellNotes(allNotes);
-    if (isShown) PrintResult(isDocumentShown ? document : Present(result, format, allNotes));
+    if (isShown) PrintResult(isDocumentShown ? document : Present(result, {format, output.details}, allNotes));
     return IsNoneDone(result) ? NoneDone() : status;
 }
 
@@ -189,7 +189,8 @@ ExitStatus AnalyzeParts(std::vector<AnalysisPart> parts, std::vector<std::string
         }
         TellNotes(notes);
     }
-    if (format != ReportFormat::kText || !options.output.quiet) PrintResult(PresentParts(results, format, notes));
+    if (format != ReportFormat::kText || !options.output.quiet)
+        PrintResult(PresentParts(results, {format, options.output.details}, notes));
     const auto isNoneDone = [](const ResultPart& part) { return !part.result || IsNoneDone(*part.result); };
     return std::ranges::all_of(results, isNoneDone) ? NoneDone() : ExitStatus::kDone;
 }
@@ -197,6 +198,7 @@ ExitStatus AnalyzeParts(std::vector<AnalysisPart> parts, std::vector<std::string
 }  // namespace
 
 ExitStatus Analyze(const AnalyzeOptions& options) {
+    CheckOutput(options.output);
     WordedAnalysis worded(options.words, options.analysis);
     Interrupt interrupt;
     Table table = LoadTableOf(options.table, worded.Fields(), !options.analysis.includeUserMissing, interrupt,

@@ -19,8 +19,12 @@ inline constexpr const char* kCancelledRun = "the run failed with code 1: the ru
 struct OutputOptions {
     std::string outPath;                 ///< for the result document; empty: no file
     bool quiet = false;                  ///< neither a progress bar nor a table
+    bool details = false;                ///< whether a text has all that there is of each test
     std::optional<ReportFormat> format;  ///< of what goes to standard output; each command has its own otherwise
 };
+
+/// Throws an `InputError` for a format that a terminal can't show, before anything is worked out.
+void CheckOutput(const OutputOptions& output);
 
 /// Writes a text to standard output. Throws an `InputError` if it can't be written.
 void PrintResult(const std::string& text);

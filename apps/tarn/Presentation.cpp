@@ -1,15 +1,22 @@
 #include "apps/tarn/Presentation.h"
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <string_view>
 #include <utility>
 
 #include "apps/tarn/CommandEnvironment.h"
+#include "host/report/ApaReport.h"
 #include "host/report/CsvReport.h"
 #include "host/report/JsonReport.h"
+#include "host/report/MarkupReport.h"
+#include "host/report/ReadableReport.h"
+#include "host/report/ResultPage.h"
 #include "host/report/TextReport.h"
+#include "host/report/WorkbookReport.h"
 
 namespace tarn {
 
@@ -43,17 +50,45 @@ std::vector<std::string> MessageFolders() {
     return folders;
 }
 
+/// Characters in a line of the terminal: within what is good to read, and 80 for what is no terminal.
+std::size_t WidthOfTerminal() {
+    constexpr std::size_t kNarrowest = 60;
+    constexpr std::size_t kWidest = 120;
+    winsize size{};
+    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return TextStyle().width;
+    return std::clamp(static_cast<std::size_t>(size.ws_col), kNarrowest, kWidest);
+}
+
 TextStyle StyleOfTerminal() {
     const bool isTerminal = isatty(STDOUT_FILENO) != 0;
     const std::string locale = MessageLocale();
     const bool isUtf8 = locale.ends_with("UTF-8") || locale.ends_with("utf8");
-    return {isTerminal && isUtf8, isTerminal && Environment("NO_COLOR").empty()};
+    return {isTerminal && isUtf8, isTerminal && Environment("NO_COLOR").empty(), WidthOfTerminal()};
+}
+
+/// A page, of a run or of parts, in a format that is made of pages.
+template <typename Page>
+std::string InFormat(const Page& page, ReportFormat format) {
+    switch (format) {
+        case ReportFormat::kMarkdown:
+            return MarkupReport(page, MarkdownMarkup());
+        case ReportFormat::kLatex:
+            return MarkupReport(page, LatexMarkup());
+        case ReportFormat::kTypst:
+            return MarkupReport(page, TypstMarkup());
+        case ReportFormat::kApa:
+            return ApaReport(page);
+        case ReportFormat::kWorkbook:
+            return WorkbookReport(page);
+        default:
+            return ReadableReport(page, StyleOfTerminal());
+    }
 }
 
 }  // namespace
 
 const std::vector<std::string>& FormatNames() {
-    static const std::vector<std::string> names{"text", "json", "csv", "xml"};
+    static const std::vector<std::string> names{"text", "json", "csv", "xml", "md", "latex", "typst", "apa", "xlsx"};
     return names;
 }
 
@@ -72,33 +107,37 @@ ResultReading ReadDocument(std::string document, ArithmeticMode arithmetic) {
     return ReadAll(std::move(result), Texts());
 }
 
-std::string Present(const ResultReading& result, ReportFormat format, const std::vector<std::string>& notes) {
-    switch (format) {
+std::string Present(const ResultReading& result, const Wanted& wanted, const std::vector<std::string>& notes) {
+    switch (wanted.format) {
         case ReportFormat::kText:
-            return TextReport(result, Texts(), StyleOfTerminal(), notes);
+            if (wanted.details) return TextReport(result, Texts(), StyleOfTerminal(), notes);
+            return InFormat(PageOf(result, Texts(), notes), wanted.format);
         case ReportFormat::kJson:
             return JsonReport(result, Texts(), notes);
         case ReportFormat::kCsv:
             return CsvReport(result, Texts());
         case ReportFormat::kXml:
-            break;
+            return "";
+        default:
+            return InFormat(PageOf(result, Texts(), notes), wanted.format);
     }
-    return "";
 }
 
-std::string PresentParts(const std::vector<ResultPart>& parts, ReportFormat format,
+std::string PresentParts(const std::vector<ResultPart>& parts, const Wanted& wanted,
                          const std::vector<std::string>& notes) {
-    switch (format) {
+    switch (wanted.format) {
         case ReportFormat::kText:
-            return PartsText(parts, Texts(), StyleOfTerminal(), notes);
+            if (wanted.details) return PartsText(parts, Texts(), StyleOfTerminal(), notes);
+            return InFormat(PageOf(parts, Texts(), notes), wanted.format);
         case ReportFormat::kJson:
             return PartsJson(parts, Texts(), notes);
         case ReportFormat::kCsv:
             return PartsCsv(parts, Texts());
         case ReportFormat::kXml:
-            break;
+            return "";
+        default:
+            return InFormat(PageOf(parts, Texts(), notes), wanted.format);
     }
-    return "";
 }
 
 std::string PresentShortly(const ResultReading& result) {

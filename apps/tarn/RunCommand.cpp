@@ -75,6 +75,7 @@ std::optional<AnalysisOutcome> RunSettingsFile(const RunOptions& options, Interr
 }  // namespace
 
 ExitStatus Run(const RunOptions& options) {
+    CheckOutput(options.output);
     Interrupt interrupt;  // from the start, so that one that comes while the table is read counts as well
     std::optional<AnalysisOutcome> ran =
         options.planPath.empty() ? RunSettingsFile(options, interrupt) : RunPlanFile(options, interrupt);
@@ -92,7 +93,7 @@ ExitStatus Run(const RunOptions& options) {
     const bool isTableShown = outcome.succeeded && !output.quiet && format != ReportFormat::kText;
     std::optional<ResultReading> result;
     if (isReportShown || isTableShown) result = ReadDocument(std::move(outcome.document), outcome.arithmetic);
-    if (isReportShown) PrintResult(Present(*result, format, {}));
+    if (isReportShown) PrintResult(Present(*result, {format, output.details}, {}));
     const ExitStatus status = TellRemarks(outcome);
     if (isTableShown) (isStored && !output.format ? std::cout : std::cerr) << PresentShortly(*result);
     return status;
