@@ -1,0 +1,395 @@
+#include "host/report/PageTables.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <string_view>
+
+#include "host/NumberText.h"
+#include "host/report/AdjustedPValues.h"
+#include "host/report/PageNumbers.h"
+#include "host/report/SupplementText.h"
+#include "vocabulary/TestFacts.h"
+
+namespace tarn {
+
+namespace {
+
+PageCell TextCell(std::string text) {
+    return {std::move(text), {}, {}};
+}
+PageCell NumberCell(std::string text, const Number& number) {
+    return {std::move(text), number, {}};
+}
+
+/// Adds a column with its cells to a table whose rows are there.
+void AddColumn(PageTable& table, PageColumn column, const std::vector<PageCell>& cells) {
+    table.columns.push_back(std::move(column));
+    for (std::size_t i = 0; i < table.rows.size(); ++i) table.rows[i].push_back(cells[i]);
+}
+
+bool AreAllEmpty(const std::vector<PageCell>& cells) {
+    return std::ranges::all_of(cells, [](const PageCell& cell) { return cell.text.empty(); });
+}
+
+std::vector<PageCell> CellsOf(const std::vector<Number>& numbers) {
+    std::vector<double> values;
+    for (const Number& number : numbers) values.push_back(number.value);
+    const SameDecimals decimals(values);
+    std::vector<PageCell> cells;
+    for (const Number& number : numbers) cells.push_back(NumberCell(decimals.Text(number), number));
+    return cells;
+}
+
+std::vector<PageCell> RangeCells(const std::vector<Number>& lower, const std::vector<Number>& upper) {
+    std::vector<double> values;
+    for (const auto* side : {&lower, &upper}) {
+        for (const Number& number : *side) values.push_back(number.value);
+    }
+    const SameDecimals decimals(values);
+    std::vector<PageCell> cells;
+    for (std::size_t i = 0; i < lower.size(); ++i) {
+        cells.push_back({decimals.Range(lower[i], upper[i]), lower[i], upper[i]});
+    }
+    return cells;
+}
+
+const Figure* FindFigure(const TestReading& reading, const std::string& sample, std::string_view key) {
+    const auto found = std::ranges::find(reading.samples, sample, &Sample::name);
+    if (found == reading.samples.end()) return nullptr;
+    const auto figure = std::ranges::find(found->figures, key, &Figure::key);
+    return figure == found->figures.end() ? nullptr : &*figure;
+}
+
+/// What is known of each sample: from the columns of the table, or of a stored document what it says itself.
+std::vector<SampleSummary> SummariesOf(const TestReading& reading) {
+    if (!reading.supplement.samples.empty()) return reading.supplement.samples;
+    std::vector<SampleSummary> summaries;
+    for (const Sample& sample : reading.samples) {
+        SampleSummary summary;
+        summary.name = sample.name;
+        const auto figureOf = [&](std::string_view key) {
+            const Figure* const figure = FindFigure(reading, sample.name, key);
+            return figure == nullptr ? Number() : figure->value;
+        };
+        summary.n = figureOf("N");
+        summary.median = sample.box.median;
+        summary.firstQuartile = sample.box.lowerHinge;
+        summary.thirdQuartile = sample.box.upperHinge;
+        summaries.push_back(std::move(summary));
+    }
+    return summaries;
+}
+
+std::vector<Number> NumbersOf(const std::vector<SampleSummary>& summaries, Number SampleSummary::*member) {
+    std::vector<Number> numbers;
+    for (const SampleSummary& summary : summaries) numbers.push_back(summary.*member);
+    return numbers;
+}
+
+/// The columns of samples, in the making.
+class SampleColumns {
+ public:
+    SampleColumns(const TestReading& reading, const ResultReading& result)
+        : reading_(reading), result_(result), summaries_(SummariesOf(reading)) {}
+
+    PageTable Table() {
+        table_.columns.push_back({"sample", reading_.group.empty() ? "field" : reading_.group});
+        for (const SampleSummary& summary : summaries_) {
+            const auto sample = std::ranges::find(reading_.samples, summary.name, &Sample::name);
+            const bool hasRole = sample != reading_.samples.end() && !sample->role.empty();
+            table_.rows.push_back({TextCell(summary.name + (hasRole ? " (" + sample->role + ")" : ""))});
+        }
+        AddNumbers("n", "n", NumbersOf(summaries_, &SampleSummary::n));
+        if (std::ranges::any_of(summaries_, [](const auto& each) { return each.missing.value > 0; })) {
+            AddNumbers("missing", "missing", NumbersOf(summaries_, &SampleSummary::missing));
+        }
+        AddQuartiles();
+        for (const auto& [key, column] : {std::pair{"MeanOfRank", "mean-rank"}, std::pair{"GTMedian", "above-median"},
+                                          std::pair{"STMedian", "not-above-median"}}) {
+            AddFigures(key, column);
+        }
+        AddLetters();
+        const bool isCountAlone = table_.columns.size() <= kNameAndCount && table_.rows.size() < 2;
+        return isCountAlone ? PageTable() : std::move(table_);
+    }
+
+ private:
+    static constexpr std::size_t kNameAndCount = 2;
+
+    void AddNumbers(const char* key, const std::string& title, const std::vector<Number>& numbers) {
+        const std::vector<PageCell> cells = CellsOf(numbers);
+        if (!AreAllEmpty(cells)) AddColumn(table_, {key, title, Alignment::kRight}, cells);
+    }
+    void AddRanges(const PageColumn& column, Number SampleSummary::*lower, Number SampleSummary::*upper) {
+        const std::vector<PageCell> cells = RangeCells(NumbersOf(summaries_, lower), NumbersOf(summaries_, upper));
+        if (!AreAllEmpty(cells)) AddColumn(table_, column, cells);
+    }
+
+    void AddQuartiles() {
+        // A stored document has the hinges of box plots.
+        const bool areHinges = reading_.supplement.samples.empty();
+        AddNumbers("median", "median", NumbersOf(summaries_, &SampleSummary::median));
+        AddRanges({"quartiles", areHinges ? "hinges" : "quartiles", Alignment::kLeft}, &SampleSummary::firstQuartile,
+                  &SampleSummary::thirdQuartile);
+        AddRanges({"median-interval", PercentText(result_.confidenceLevel.value) + " interval of the median",
+                   Alignment::kLeft, true},
+                  &SampleSummary::medianLower, &SampleSummary::medianUpper);
+    }
+
+    void AddFigures(std::string_view key, const char* column) {
+        std::vector<Number> numbers;
+        std::string title;
+        for (const SampleSummary& summary : summaries_) {
+            const Figure* const figure = FindFigure(reading_, summary.name, key);
+            numbers.push_back(figure == nullptr ? Number() : figure->value);
+            if (figure != nullptr) title = figure->label;
+        }
+        AddNumbers(column, title, numbers);
+    }
+
+    void AddLetters() {
+        const std::vector<SampleLetters>& letters = reading_.supplement.letters;
+        if (letters.empty()) return;
+        std::vector<PageCell> cells;
+        for (const SampleSummary& summary : summaries_) {
+            const auto found = std::ranges::find(letters, summary.name, &SampleLetters::name);
+            cells.push_back(TextCell(found == letters.end() ? "" : found->letters));
+        }
+        AddColumn(table_, {"letters", "letters", Alignment::kLeft}, cells);
+    }
+
+    const TestReading& reading_;
+    const ResultReading& result_;
+    std::vector<SampleSummary> summaries_;
+    PageTable table_;
+};
+
+// ---- Effects ----
+
+/// Effects that have no bound at 1.
+constexpr std::array<std::string_view, 2> kUnbounded{"odds-ratio", "cohens-w"};
+constexpr std::array<std::string_view, 3> kInUnitOfField{"hodges-lehmann-shift", "pseudomedian", "median"};
+
+bool IsAmong(std::string_view key, auto&& keys) {
+    return std::ranges::find(keys, key) != keys.end();
+}
+
+std::string BoundText(const Number& number, bool isShare) {
+    if (number.empty()) return "";
+    constexpr int kDecimals = 2;
+    return isShare ? ShareText(number.value) : FixedText(number.value, kDecimals);
+}
+
+void WriteInUnit(PageEffect& effect) {
+    const SameDecimals decimals({effect.value.value, effect.lower.value, effect.upper.value});
+    effect.text = decimals.Text(effect.value);
+    effect.lowerText = decimals.Text(effect.lower);
+    effect.upperText = decimals.Text(effect.upper);
+}
+
+PageEffect Written(const EffectSize& size) {
+    PageEffect effect;
+    effect.key = size.key;
+    effect.label = size.label;
+    effect.value = size.value;
+    effect.lower = size.lower;
+    effect.upper = size.upper;
+    effect.method = size.method;
+    if (IsAmong(size.key, kInUnitOfField)) {
+        WriteInUnit(effect);
+        return effect;
+    }
+    const bool isShare = !IsAmong(size.key, kUnbounded);
+    effect.text = BoundText(size.value, isShare);
+    effect.lowerText = BoundText(size.lower, isShare);
+    effect.upperText = BoundText(size.upper, isShare);
+    return effect;
+}
+
+PageEffect EstimateOf(const Interval& interval, const TestReading& reading) {
+    PageEffect effect;
+    effect.key = "estimate";
+    effect.label = interval.method.empty() ? reading.direction.Text() : "proportion";
+    effect.value = interval.estimate;
+    effect.lower = interval.lower;
+    effect.upper = interval.upper;
+    effect.method = interval.method.empty() ? "Hodges-Lehmann" : interval.method;
+    effect.isBeyondRange = reading.IsBeyondRange(Quantity::kInterval);
+    if (effect.label.empty()) effect.label = "estimate";
+    if (interval.method.empty()) {
+        WriteInUnit(effect);
+    } else {
+        effect.text = BoundText(effect.value, true);
+        effect.lowerText = BoundText(effect.lower, true);
+        effect.upperText = BoundText(effect.upper, true);
+    }
+    return effect;
+}
+
+// ---- Pairs ----
+
+/// What the pairs of a test are compared by, and who described it.
+struct PairForm {
+    const TestFacts* test;
+    const char* author;
+    const char* statistic;
+    bool isShare;
+};
+constexpr std::array kPairForms{
+    PairForm{&Tests::kKruskalWallis, "Dunn", "mean rank difference", false},
+    PairForm{&Tests::kFriedman, "Dunn", "mean rank difference", false},
+    PairForm{&Tests::kKendall, "Dunn", "mean rank difference", false},
+    PairForm{&Tests::kCochran, "Marascuilo-McSweeney", "difference of proportions", true},
+    PairForm{&Tests::kJonckheereTerpstra, "Jonckheere, one-sided", "J", false},
+    PairForm{&Tests::kMedian, "median test", "chi2", false},
+};
+
+std::vector<PageCell> PCells(const std::vector<Number>& numbers) {
+    std::vector<PageCell> cells;
+    for (const Number& number : numbers) cells.push_back(NumberCell(PCellText(number), number));
+    return cells;
+}
+
+std::vector<PageCell> FixedCells(const std::vector<Number>& numbers, int decimals) {
+    std::vector<PageCell> cells;
+    for (const Number& number : numbers) {
+        cells.push_back(NumberCell(number.empty() ? "" : FixedText(number.value, decimals), number));
+    }
+    return cells;
+}
+
+void AddUnlessEmpty(PageTable& table, PageColumn column, const std::vector<PageCell>& cells) {
+    if (!AreAllEmpty(cells)) AddColumn(table, std::move(column), cells);
+}
+
+std::vector<Number> NumbersOf(const std::vector<PairComparison>& pairs, Number PairComparison::*member) {
+    std::vector<Number> numbers;
+    for (const PairComparison& pair : pairs) numbers.push_back(pair.*member);
+    return numbers;
+}
+
+void AddEffectsOfPairs(const TestReading& reading, PageTable& table) {
+    std::vector<PageCell> cells(reading.pairs.size());
+    std::string title;
+    for (std::size_t i = 0; i < reading.pairs.size(); ++i) {
+        const auto found = std::ranges::find_if(reading.supplement.effects, [&](const EffectSize& effect) {
+            return effect.first == reading.pairs[i].first && effect.second == reading.pairs[i].second;
+        });
+        if (found == reading.supplement.effects.end()) continue;
+        const PageEffect effect = Written(*found);
+        cells[i] = NumberCell(effect.WithInterval(), effect.value);
+        title = effect.key == "probability-of-superiority" ? "P(first > second)" : "first minus second";
+    }
+    AddUnlessEmpty(table, {"effect", title, Alignment::kRight}, cells);
+}
+
+std::string PairsTitle(const TestReading& reading, const PairForm* form) {
+    const std::string author = form == nullptr ? "" : std::string(form->author) + ", ";
+    std::string adjustment = reading.supplement.adjustedPairs.empty() ? "Bonferroni" : reading.supplement.adjustment;
+    if (adjustment == TitleOf(Adjustment::kNone)) adjustment = "not adjusted";
+    return "Pairs (" + author + adjustment + ")" +
+           (reading.IsBeyondRange(Quantity::kPairs) ? ", standard errors and p beyond the engine's range" : "");
+}
+
+}  // namespace
+
+std::string PageEffect::WithInterval() const {
+    return HasInterval() ? text + " [" + lowerText + ", " + upperText + "]" : text;
+}
+
+std::string PercentText(double share) {
+    constexpr double kPercent = 100;
+    constexpr double kRounding = 1e6;
+    return FewDigits(Number(ExactText(std::round(share * kPercent * kRounding) / kRounding))) + " %";
+}
+
+PageTable SampleTable(const TestReading& reading, const ResultReading& result) {
+    return SampleColumns(reading, result).Table();
+}
+
+PageTable CountsTable(const TestReading& reading) {
+    const CountTable& counts = reading.counts;
+    PageTable table;
+    table.columns.push_back({"class", counts.corner});
+    for (std::size_t i = 0; i < counts.rows.size(); ++i) {
+        table.rows.push_back({TextCell(i < counts.rowTitles.size() ? counts.rowTitles[i] : "")});
+    }
+    std::size_t columns = 0;
+    for (const auto& row : counts.rows) columns = std::max(columns, row.size());
+    for (std::size_t column = 0; column < columns; ++column) {
+        std::vector<PageCell> cells;
+        for (const auto& row : counts.rows) {
+            const Number number(column < row.size() ? row[column] : "");
+            cells.push_back(NumberCell(number.empty() ? "" : FewDigits(number), number));
+        }
+        const std::string title = column < counts.columnTitles.size() ? counts.columnTitles[column] : "";
+        AddColumn(table, {"count", title, Alignment::kRight}, cells);
+    }
+    return table;
+}
+
+PageTable PairTable(const TestReading& reading) {
+    PageTable table;
+    const std::vector<PairComparison>& pairs = reading.pairs;
+    if (pairs.empty()) return table;
+    const auto form =
+        std::ranges::find_if(kPairForms, [&](const PairForm& each) { return each.test->resultName == reading.name; });
+    const bool isKnown = form != kPairForms.end();
+    table.title = PairsTitle(reading, isKnown ? &*form : nullptr);
+    table.columns.push_back({"pair", ""});
+    // The count of an ordered pair is of the cases in which the later group has the larger value.
+    const char* const separator = reading.name == Tests::kJonckheereTerpstra.resultName ? " < " : " - ";
+    for (const PairComparison& pair : pairs) table.rows.push_back({TextCell(pair.first + separator + pair.second)});
+    const std::vector<Number> statistics = NumbersOf(pairs, &PairComparison::statistic);
+    const std::vector<PageCell> statisticCells =
+        isKnown && form->isShare ? FixedCells(statistics, 2) : CellsOf(statistics);
+    AddUnlessEmpty(table, {"difference", isKnown ? form->statistic : "statistic", Alignment::kRight}, statisticCells);
+    AddUnlessEmpty(table, {"standard-error", "std. error", Alignment::kRight, true},
+                   CellsOf(NumbersOf(pairs, &PairComparison::standardError)));
+    AddUnlessEmpty(table, {"z", "z", Alignment::kRight},
+                   FixedCells(NumbersOf(pairs, &PairComparison::standardized), 2));
+    AddUnlessEmpty(table, {"p", "p", Alignment::kRight, true}, PCells(NumbersOf(pairs, &PairComparison::p)));
+    const bool isChosen = reading.supplement.adjustedPairs.size() == pairs.size();
+    const bool isNone = reading.supplement.adjustment == TitleOf(Adjustment::kNone);
+    AddUnlessEmpty(table, {"p-adjusted", isNone ? "p not adjusted" : "p adjusted", Alignment::kRight},
+                   PCells(isChosen ? reading.supplement.adjustedPairs : NumbersOf(pairs, &PairComparison::adjustedP)));
+    AddEffectsOfPairs(reading, table);
+    return table;
+}
+
+PageTable SubsetTable(const TestReading& reading) {
+    PageTable table;
+    if (reading.subsets.empty()) return table;
+    table.title = "Homogeneous subsets, from the lowest to the highest";
+    table.columns.push_back({"sample", ""});
+    for (const std::string& sample : reading.orderedSamples) table.rows.push_back({TextCell(sample)});
+    for (const char* row : {"p", "p adjusted"}) table.rows.push_back({TextCell(row)});
+    for (std::size_t i = 0; i < reading.subsets.size(); ++i) {
+        const HomogeneousSubset& subset = reading.subsets[i];
+        std::vector<PageCell> cells;
+        for (const std::string& sample : reading.orderedSamples) {
+            const bool isMember = std::ranges::find(subset.members, sample) != subset.members.end();
+            cells.push_back(TextCell(isMember ? "x" : ""));
+        }
+        cells.push_back(NumberCell(PCellText(subset.p), subset.p));
+        cells.push_back(NumberCell(PCellText(subset.adjustedP), subset.adjustedP));
+        AddColumn(table, {"subset", std::to_string(i + 1), Alignment::kRight}, cells);
+    }
+    // A subset of one sample has no significance.
+    std::erase_if(table.rows, [](const std::vector<PageCell>& row) {
+        return AreAllEmpty({row.begin() + 1, row.end()});
+    });
+    return table;
+}
+
+std::vector<PageEffect> EffectsOf(const TestReading& reading) {
+    std::vector<PageEffect> effects;
+    for (const Interval& interval : reading.intervals) effects.push_back(EstimateOf(interval, reading));
+    for (const EffectSize& size : reading.supplement.effects) {
+        if (size.first.empty()) effects.push_back(Written(size));
+    }
+    return effects;
+}
+
+}  // namespace tarn

@@ -1,0 +1,180 @@
+#include "host/report/TestPage.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "host/NumberText.h"
+#include "host/TextList.h"
+#include "host/report/PageNumbers.h"
+#include "host/report/PageStatistics.h"
+#include "host/report/PageTables.h"
+#include "host/report/PageText.h"
+
+namespace tarn {
+
+namespace {
+
+// A sample that makes a subset by itself, as the table of subsets shows.
+constexpr long kSingleSubset = 220013;
+
+// ---- Cases ----
+
+/// The cases of an estimate, which its document doesn't tell, from those of its groups.
+Number CasesOf(const TestReading& reading) {
+    const std::vector<SampleSummary>& samples = reading.supplement.samples;
+    if (!reading.n.empty() || reading.group.empty() || samples.empty()) return reading.n;
+    double sum = 0;
+    for (const SampleSummary& sample : samples) sum += sample.n.value;
+    return Number(ExactText(sum));
+}
+
+/// "27 of 40 cases (13 missing)"
+std::string CasesText(const TestReading& reading, const Number& n) {
+    if (n.empty()) return "";
+    const std::string beyond = reading.IsBeyondRange(Quantity::kN) ? ", beyond the engine's range" : "";
+    const std::string all = reading.totalN.empty() ? "" : " of " + ShortNumber(reading.totalN);
+    std::string text = ShortNumber(n) + all + (n == "1" && all.empty() ? " case" : " cases");
+    if (!reading.leftOut.empty()) {
+        text += " (" + ShortNumber(reading.leftOut) + (reading.isMissing ? " missing)" : " missing or left out)");
+    }
+    return text + beyond;
+}
+
+// ---- Facts ----
+
+/// "low < high", or "poor 1, good 2"; of many categories the first and the last.
+std::string OrderText(const Scale& scale) {
+    constexpr std::size_t kMostShown = 12;
+    constexpr std::size_t kShownOfMany = 5;
+    const bool hasScores = !scale.scores.empty();
+    std::vector<std::string> parts;
+    for (std::size_t i = 0; i < scale.categories.size(); ++i) {
+        if (scale.categories.size() > kMostShown && i == kShownOfMany) {
+            parts.emplace_back("...");
+            i = scale.categories.size() - 1;
+        }
+        parts.push_back(scale.categories[i] + (hasScores ? " " + ShortNumber(scale.scores[i]) : ""));
+    }
+    return JoinList(parts, hasScores ? ", " : " < ");
+}
+
+std::vector<PageFact> OrdersOf(const TestReading& reading) {
+    std::vector<PageFact> orders;
+    for (const Scale& scale : reading.scales) {
+        // Numbers that stand for themselves need no line.
+        if (scale.categories.empty() || scale.categories == scale.scores) continue;
+        orders.push_back({(scale.scores.empty() ? "Order of " : "Scores of ") + scale.field, OrderText(scale)});
+    }
+    return orders;
+}
+
+/// The intervals of the effects, each with its method: that of the pairs once.
+std::string IntervalText(const TestReading& reading) {
+    std::vector<std::string> parts;
+    std::string pairMethod;
+    for (const EffectSize& effect : reading.supplement.effects) {
+        if (effect.method.empty()) continue;
+        if (effect.first.empty()) parts.push_back(effect.label + ": " + effect.method);
+        if (!effect.first.empty()) pairMethod = effect.method;
+    }
+    if (!pairMethod.empty()) parts.push_back("pairs: " + pairMethod);
+    return JoinList(parts, "; ");
+}
+
+std::vector<PageFact> MethodsOf(const TestReading& reading, const ResultReading& result) {
+    const std::string intervals = IntervalText(reading);
+    std::vector<PageFact> methods{{"Method", reading.method},
+                                  {"Pairs", reading.pairsMethod},
+                                  {"Subsets", reading.subsetsMethod},
+                                  {"Intervals, " + PercentText(result.confidenceLevel.value), intervals},
+                                  {"Call", reading.supplement.call}};
+    // The level of an estimate stands beside it, too.
+    if (intervals.empty() && !reading.intervals.empty()) {
+        methods.push_back({"Level of the interval", PercentText(result.confidenceLevel.value)});
+    }
+    std::erase_if(methods, [](const PageFact& fact) { return fact.text.empty(); });
+    return methods;
+}
+
+std::vector<PageNote> NotesOf(const TestReading& reading, const MessageCatalogue& texts) {
+    std::vector<PageNote> notes;
+    for (const TestReading::Note& note : reading.notes) {
+        if (note.code == kSingleSubset && !reading.subsets.empty()) continue;
+        const PageNote::Kind kind = note.kind == "error"     ? PageNote::Kind::kMistake
+                                    : note.kind == "warning" ? PageNote::Kind::kWarning
+                                                             : PageNote::Kind::kNote;
+        notes.push_back({kind, note.code, note.text});
+    }
+    for (const auto* remarks : {&reading.remarks, &reading.supplement.remarks}) {
+        for (const std::string& remark : *remarks) notes.push_back({PageNote::Kind::kNote, 0, remark});
+    }
+    for (const EngineLimit* limit : reading.limits) {
+        const std::string* const sentence = texts.Limit(limit->key);
+        notes.push_back({PageNote::Kind::kWarning, 0,
+                         "beyond the engine's range: " + (sentence == nullptr ? std::string(limit->key) : *sentence)});
+    }
+    return notes;
+}
+
+// ---- Conclusion ----
+
+/// What a document says by itself, of which no sentence was made from the table.
+std::string ConclusionText(const TestReading& reading, const ResultReading& result) {
+    if (!reading.supplement.conclusion.empty()) return reading.supplement.conclusion;
+    if (reading.isEstimate || reading.HasError()) return "";
+    const std::string at = "At the " + PercentText(result.sigLevel.value) + " level this hypothesis ";
+    const std::string hypothesis = ": " + reading.statement;
+    if (reading.decision == "reject") return at + "is rejected" + hypothesis;
+    if (reading.decision == "retain") return at + "was not rejected, which does not show that it holds" + hypothesis;
+    if (reading.IsBeyondRange(Quantity::kPValue)) return "Nothing is decided, as p is beyond the engine's range.";
+    return reading.statistics.empty() ? "" : "Nothing is decided, as p is undefined.";
+}
+
+bool IsRejected(const TestReading& reading, const ResultReading& result) {
+    const Number& chosen = reading.supplement.chosenP;
+    return chosen.empty() ? reading.decision == "reject" : chosen.value < result.sigLevel.value;
+}
+
+}  // namespace
+
+std::string_view TitleOf(PageNote::Kind kind) {
+    switch (kind) {
+        case PageNote::Kind::kMistake:
+            return "Not done";
+        case PageNote::Kind::kWarning:
+            return "Warning";
+        case PageNote::Kind::kNote:
+            break;
+    }
+    return "Note";
+}
+
+TestPage PageOf(const ResultReading& result, std::size_t place, const MessageCatalogue& texts) {
+    const TestReading& reading = result.tests[place];
+    TestPage page;
+    page.name = reading.name;
+    page.number = place + 1;
+    page.title = reading.title;
+    page.subject = JoinList(reading.fields) + (reading.group.empty() ? "" : " by " + reading.group);
+    page.hypothesis = reading.statement;
+    page.isEstimate = reading.isEstimate;
+    page.n = CasesOf(reading);
+    page.cases = CasesText(reading, page.n);
+    page.samples = SampleTable(reading, result);
+    page.counts = CountsTable(reading);
+    page.statistics = StatisticLines(reading);
+    page.effects = EffectsOf(reading);
+    page.pairs = PairTable(reading);
+    for (const PairComparison& pair : reading.pairs) page.pairNames.emplace_back(pair.first, pair.second);
+    page.subsets = SubsetTable(reading);
+    page.orders = OrdersOf(reading);
+    page.methods = MethodsOf(reading, result);
+    page.conclusion = ConclusionText(reading, result);
+    page.notes = NotesOf(reading, texts);
+    page.hasFailed = reading.HasError();
+    page.isRejected = IsRejected(reading, result);
+    MakeOneLine(page);
+    return page;
+}
+
+}  // namespace tarn
