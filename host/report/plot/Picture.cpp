@@ -110,7 +110,18 @@ void Picture::Diamond(PicturePoint centre, double radius, const AreaLook& look) 
 }
 
 void Picture::Dots(const std::vector<PicturePoint>& centres, double radius, const AreaLook& look) {
-    for (const PicturePoint& centre : centres) Dot(centre, radius, look);
+    if (centres.empty()) return;
+    OpenShape("path d=\"");
+    for (const PicturePoint& centre : centres) {
+        elements_ += 'M';
+        AppendPoint(elements_, centre);
+        elements_ += "h0";
+    }
+    elements_.append("\" class=\"").append(look.colour.name).append("-line\" fill=\"none\" stroke=\"");
+    elements_.append(look.colour.onWhite).append("\" stroke-linecap=\"round\"");
+    Number("stroke-width", 2 * radius);
+    if (look.opacity < 1) Number("stroke-opacity", look.opacity);
+    elements_ += "/>";
 }
 
 void Picture::Band(PicturePoint leftTop, PicturePoint rightTop, double height, const AreaLook& look) {

@@ -67,7 +67,7 @@ class Picture {
     /// A band from left to right between two vertical edges, bent like a river.
     void Band(PicturePoint leftTop, PicturePoint rightTop, double height, const AreaLook& look);
     void Text(PicturePoint place, std::string_view text, const TextLook& look);
-    /// Marks of the same look, which are written as one element.
+    /// Dots of one size as one element, in which each takes a dozen characters: the round ends of lines without length.
     void Dots(const std::vector<PicturePoint>& centres, double radius, const AreaLook& look);
 
     /// Puts another picture below what is there.

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <map>
 
 #include "host/report/plot/PanelPictures.h"
 #include "host/report/plot/PlotFrame.h"
@@ -192,9 +193,11 @@ class SamplesDrawing {
         for (const PlotMark& mark : sample.marks) dots.push_back({layout_.At(mark.value), RadiusOf(mark)});
         const std::vector<double> offsets =
             isSwarm ? SwarmOffsets(dots, layout_.Half()) : std::vector<double>(dots.size(), 0);
+        std::map<double, std::vector<PicturePoint>> bySize;
         for (std::size_t i = 0; i < dots.size(); ++i) {
-            picture_.Dot(layout_.Point(place, sample.marks[i].value, offsets[i]), dots[i].radius, {colour, kDotOpacity});
+            bySize[dots[i].radius].push_back(layout_.Point(place, sample.marks[i].value, offsets[i]));
         }
+        for (const auto& [radius, centres] : bySize) picture_.Dots(centres, radius, {colour, kDotOpacity});
     }
 
     const SamplesPanel& panel_;

@@ -45,8 +45,12 @@ Picture SeriesPicture(const SequencePanel& panel) {
     }
     picture.Lines(points, {kFaint, 0.8, 0.6});
     const double radius = count <= kFewDots ? 2.6 : 1.7;
-    for (std::size_t i = 0; i < points.size(); ++i) {
-        picture.Dot(points[i], radius, {ClassColour(panel.places[i]), 0.9});
+    for (std::size_t place = 0; place < panel.classes.size(); ++place) {
+        std::vector<PicturePoint> ofClass;
+        for (std::size_t i = 0; i < points.size(); ++i) {
+            if (panel.places[i] == place) ofClass.push_back(points[i]);
+        }
+        picture.Dots(ofClass, radius, {ClassColour(place), 0.9});
     }
     if (panel.cut) {
         const double y = side.At(panel.cut->value);
