@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "apps/tarn/CommandEnvironment.h"
+#include "host/analysis/Report.h"
 #include "host/report/CsvReport.h"
 #include "host/report/JsonReport.h"
 #include "host/report/TextReport.h"
@@ -50,10 +51,20 @@ TextStyle StyleOfTerminal() {
     return {isTerminal && isUtf8, isTerminal && Environment("NO_COLOR").empty()};
 }
 
+/// The page of a result whose table isn't there.
+std::string PageWithoutPlots(const ResultReading& result, const std::vector<std::string>& notes) {
+    AnalysisEnvironment environment;
+    environment.texts = &Texts();
+    ReportFacts facts;
+    facts.program = "tarn " TARN_VERSION;
+    facts.notes = notes;
+    return HtmlOfResult({result, nullptr, AnalysisOptions(), environment}, facts);
+}
+
 }  // namespace
 
 const std::vector<std::string>& FormatNames() {
-    static const std::vector<std::string> names{"text", "json", "csv", "xml"};
+    static const std::vector<std::string> names{"text", "json", "csv", "xml", "html"};
     return names;
 }
 
@@ -80,6 +91,8 @@ std::string Present(const ResultReading& result, ReportFormat format, const std:
             return JsonReport(result, Texts(), notes);
         case ReportFormat::kCsv:
             return CsvReport(result, Texts());
+        case ReportFormat::kHtml:
+            return PageWithoutPlots(result, notes);
         case ReportFormat::kXml:
             break;
     }
@@ -95,6 +108,7 @@ std::string PresentParts(const std::vector<ResultPart>& parts, ReportFormat form
             return PartsJson(parts, Texts(), notes);
         case ReportFormat::kCsv:
             return PartsCsv(parts, Texts());
+        case ReportFormat::kHtml:
         case ReportFormat::kXml:
             break;
     }

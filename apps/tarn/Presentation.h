@@ -10,7 +10,7 @@
 namespace tarn {
 
 /// How a result is shown.
-enum class ReportFormat { kText, kJson, kCsv, kXml };
+enum class ReportFormat { kText, kJson, kCsv, kXml, kHtml };
 
 /// The names of the formats as a user types them, in the order of the enumeration.
 const std::vector<std::string>& FormatNames();
@@ -26,11 +26,11 @@ ResultReading ReadDocument(std::string document, const std::string& name);
 /// Reads the document of a run that computed in that mode.
 ResultReading ReadDocument(std::string document, ArithmeticMode arithmetic);
 
-/// A result in a format, with notes on the whole run; the text one as the terminal of standard output can show it. Not
-/// for `kXml`, which is the document itself.
+/// A result in a format, with notes on the whole run; the text one as the terminal of standard output can show it, the
+/// page without plots. Not for `kXml`, which is the document itself.
 std::string Present(const ResultReading& result, ReportFormat format, const std::vector<std::string>& notes);
 
-/// The parts of a split analysis in a format, but for `kXml`, with notes on all of them.
+/// The parts of a split analysis in a format, but for `kXml` and `kHtml`, with notes on all of them.
 std::string PresentParts(const std::vector<ResultPart>& parts, ReportFormat format,
                          const std::vector<std::string>& notes);
 

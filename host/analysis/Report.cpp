@@ -70,13 +70,13 @@ std::string NameOf(const ResultReading& result, const std::string& field) {
 }
 
 /// The statistics of the fields used, a row each, under the names that they have.
-PageTable FieldsTable(const ResultReading& result) {
+PageTable FieldsTable(const ResultReading& result, const MessageCatalogue& texts) {
     PageTable table;
     table.columns.push_back({"field", "field"});
     for (const FieldReading& field : result.fields) {
         for (const Figure& figure : field.figures) {
             if (std::ranges::find(table.columns, figure.key, &PageColumn::key) == table.columns.end()) {
-                table.columns.push_back({figure.key, figure.label, Alignment::kRight});
+                table.columns.push_back({figure.key, texts.Label("field" + figure.key), Alignment::kRight});
             }
         }
     }
@@ -109,6 +109,28 @@ std::vector<std::string> SourcesOf(const std::string& text) {
     return sources;
 }
 
+/// "Yates (1934), .." of "continuity correction: Yates (1934), ..".
+std::string WithoutPurpose(const std::string& reference) {
+    const std::size_t colon = reference.find(": ");
+    const bool hasPurpose = std::islower(static_cast<unsigned char>(reference.front())) != 0 && colon != std::string::npos;
+    return hasPurpose ? reference.substr(colon + 2) : reference;
+}
+
+/// Those of pairs and of subsets, which say so, where a test has such.
+void AddReferences(const TestReading& test, const std::string& source, std::vector<std::string>& references) {
+    constexpr std::string_view kOfPairs = "pairs: ";
+    constexpr std::string_view kOfSubsets = "subsets: ";
+    for (const std::string& reference : SourcesOf(source)) {
+        if (reference.starts_with(kOfPairs)) {
+            if (!test.pairs.empty()) AddOnce(references, reference.substr(kOfPairs.size()));
+        } else if (reference.starts_with(kOfSubsets)) {
+            if (!test.subsets.empty()) AddOnce(references, reference.substr(kOfSubsets.size()));
+        } else {
+            AddOnce(references, WithoutPurpose(reference));
+        }
+    }
+}
+
 void AddMethods(const ReportSource& source, HtmlSource& html) {
     for (const TestReading& test : source.result.tests) {
         const TestTexts* const about = source.environment.texts->Test(test.name);
@@ -119,7 +141,7 @@ void AddMethods(const ReportSource& source, HtmlSource& html) {
             for (const std::string* text : {&test.method, &test.pairsMethod, &test.subsetsMethod}) AddOnce(texts, *text);
             if (!texts.empty()) html.methods.push_back({test.title, JoinList(texts, " ")});
         }
-        for (const std::string& reference : SourcesOf(about->source)) AddOnce(html.references, reference);
+        AddReferences(test, about->source, html.references);
     }
     std::ranges::sort(html.references);
 }
@@ -147,7 +169,7 @@ HtmlRun RunOf(const ReportSource& source, const ResultPage& page, const std::str
     for (const std::size_t place : PlacesWithPlots(source.result, allTests)) {
         run.plots[place] = HtmlPlotOf(source, place, id + "plot-" + std::to_string(place + 1));
     }
-    run.fields = FieldsTable(source.result);
+    run.fields = FieldsTable(source.result, *source.environment.texts);
     run.record = page.record;
     return run;
 }

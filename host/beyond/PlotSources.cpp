@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <boost/math/distributions/normal.hpp>
 #include <cmath>
 #include <limits>
 #include <numeric>
@@ -11,6 +12,7 @@
 #include "host/beyond/DistributionPlots.h"
 #include "host/beyond/PlotView.h"
 #include "host/beyond/Proportions.h"
+#include "host/beyond/QuietDistributions.h"
 #include "host/beyond/SampleShapes.h"
 #include "host/report/SupplementText.h"
 
@@ -106,24 +108,48 @@ std::optional<PlotEstimate> ShiftOf(const TestReading& reading, const std::strin
     return EstimateOf(label.empty() ? "Hodges-Lehmann" : label, interval.estimate, interval.lower, interval.upper);
 }
 
-/// The pairs that are compared, by the first of their effects; the most different ones where there are many.
-void AddPairs(PlotView& plot) {
-    constexpr std::size_t kMostPairs = 40;
+/// Pairs by the first of their effects.
+void AddPairEffects(const PlotView& plot, IntervalsPanel& panel) {
     const auto isOfPair = [](const EffectSize& effect) { return !effect.first.empty() && !effect.value.empty(); };
     const std::vector<EffectSize>& effects = plot.reading.supplement.effects;
     const auto first = std::ranges::find_if(effects, isOfPair);
-    if (first == effects.end() || plot.reading.pairs.empty()) return;
+    if (first == effects.end()) return;
     const bool areShares = first->key == "probability-of-superiority";
-    IntervalsPanel panel;
-    panel.title = plot.Text("plotPairs");
     panel.valueTitle = plot.Text(areShares ? "plotSuperiority" : "plotDifferenceOfShares", {plot.LevelText()});
     panel.noEffect = areShares ? 0.5 : 0.0;
-    panel.noEffectLabel = plot.Text("plotNoDifference");
     for (const EffectSize& effect : effects) {
         if (!isOfPair(effect) || effect.key != first->key) continue;
         const std::string label = plot.Text("plotPair", {effect.first, effect.second});
         if (auto row = EstimateOf(label, effect.value, effect.lower, effect.upper)) panel.rows.push_back(std::move(*row));
     }
+}
+
+/// Pairs by the differences that the test itself compares, of mean ranks, within their standard errors as the normal
+/// approximation has them.
+void AddPairDifferences(const PlotView& plot, IntervalsPanel& panel) {
+    const boost::math::normal_distribution<double, QuietPolicy> normal;
+    const double bound = quantile(normal, (1 + plot.view.confidence) / 2);
+    panel.valueTitle = plot.Text("plotDifferenceOfRanks", {plot.LevelText()});
+    panel.noEffect = 0;
+    for (const PairComparison& pair : plot.reading.pairs) {
+        const double reach = bound * pair.standardError.value;
+        if (!std::isfinite(pair.statistic.value) || !std::isfinite(reach)) continue;
+        panel.rows.push_back({plot.Text("plotPair", {pair.first, pair.second}), pair.statistic.value,
+                              std::pair(pair.statistic.value - reach, pair.statistic.value + reach)});
+    }
+}
+
+/// The pairs that are compared; the most different ones where there are many.
+void AddPairs(PlotView& plot) {
+    constexpr std::size_t kMostPairs = 40;
+    if (plot.reading.pairs.empty()) return;
+    IntervalsPanel panel;
+    panel.title = plot.Text("plotPairs");
+    panel.noEffectLabel = plot.Text("plotNoDifference");
+    AddPairEffects(plot, panel);
+    const bool areRanks = plot.view.Is(Tests::kFriedman) || plot.view.Is(Tests::kKendall);
+    if (panel.rows.empty() && areRanks) AddPairDifferences(plot, panel);
+    if (!panel.rows.empty()) plot.Note("plotPairsUnadjusted");
     if (panel.rows.size() > kMostPairs) {
         const auto distance = [&](const PlotEstimate& row) { return -std::abs(row.value - *panel.noEffect); };
         plot.Note("plotMostPairs", {std::to_string(kMostPairs), std::to_string(panel.rows.size())});
@@ -241,7 +267,7 @@ void PlotProportion(PlotView& plot) {
     };
     PlotBar first{plot.FirstClassName(), caption(value), 0, value, std::nullopt, expectedOf(0)};
     if (!share->lower.empty()) first.limits = {share->lower.value, share->upper.value};
-    PlotBar second{plot.Text("plotOtherClass"), caption(1 - value), 1, 1 - value, std::nullopt, expectedOf(1)};
+    PlotBar second{plot.SecondClassName(), caption(1 - value), 1, 1 - value, std::nullopt, expectedOf(1)};
     if (first.limits) panel.limitsLabel = plot.Text("plotInterval", {plot.LevelText(), share->method});
     if (first.expected) panel.expectedLabel = plot.Text("plotExpected");
     panel.bars = {std::move(first), std::move(second)};
@@ -339,7 +365,7 @@ void PlotRuns(PlotView& plot) {
         panel.classes = {plot.Text("plotBelow", {cut}), plot.Text("plotFrom", {cut})};
         panel.cut = PlotReference{*first.cut, plot.Text("plotCut", {cut})};
     } else {
-        panel.classes = {JoinList(first.categories), plot.Text("plotOtherClass")};
+        panel.classes = {plot.FirstClassName(), plot.SecondClassName()};
     }
     if (view.cases.size > static_cast<double>(records.size())) {
         plot.Note("plotFirstRecords", {std::to_string(records.size()), plot.Digits(view.cases.size)});

@@ -56,6 +56,20 @@ std::string PlotView::FirstClassName() const {
     return first.categories.empty() ? Text("firstGroup") : JoinList(first.categories);
 }
 
+std::string PlotView::SecondClassName() const {
+    const FirstClass first = FirstClassOf(view);
+    if (first.cut) return Text("plotAbove", {Digits(*first.cut)});
+    // The categories that occur and are not of the first class; many of them are the others.
+    constexpr std::size_t kMostNames = 3;
+    std::vector<std::string> names;
+    const Column& column = *view.columns.front();
+    for (const Category& category : column.categories) {
+        std::string name = ShownCategory(column, category);
+        if (std::ranges::find(first.categories, name) == first.categories.end()) names.push_back(std::move(name));
+    }
+    return names.empty() || names.size() > kMostNames ? Text("plotOtherClass") : JoinList(names);
+}
+
 std::string PlotView::SuccessName() const {
     if (!source.success.empty()) return JoinList(source.success);
     const Column& first = *view.columns.front();

@@ -28,6 +28,7 @@ class PlotView {
     std::string ValueTitle() const;           ///< of the field, or of all fields
     std::string GroupTitle() const;           ///< of the groups; "" for fields
     std::string FirstClassName() const;       ///< of the two classes of one field
+    std::string SecondClassName() const;
     std::string SuccessName() const;          ///< the categories that count as a success
     /// What a reader is shown for a value of a field as the cases have it.
     std::string ShownValue(std::size_t field, double value) const;

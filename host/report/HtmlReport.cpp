@@ -19,11 +19,11 @@ std::string Heading(int level, const std::string& text) {
 
 // ---- One test ----
 
-/// "<i>U</i> = 575.5 for OJ": symbols of the field in italics, the square of chi as one.
+/// "<i>U</i> = 575.5 for OJ": the symbols of the field in italics, the square of chi as one.
 std::string FigureHtml(const PageFigure& figure) {
     const bool isChiSquare = figure.symbol == "chi2";
     std::string html;
-    if (!figure.symbol.empty()) html = "<i>" + (isChiSquare ? "χ<sup>2</sup>" : HtmlEscaped(figure.symbol)) + "</i>";
+    if (!figure.symbol.empty()) html = isChiSquare ? "<i>χ</i><sup>2</sup>" : "<i>" + HtmlEscaped(figure.symbol) + "</i>";
     if (isChiSquare && !figure.df.empty()) html += "(" + HtmlEscaped(figure.df) + ")";
     html += (figure.relation.empty() ? " " : " " + HtmlEscaped(figure.relation) + " ");
     html += HtmlNumber(figure.text, figure.number);
@@ -43,14 +43,12 @@ PageTable EffectsTable(const std::vector<PageEffect>& effects) {
     PageTable table;
     table.columns = {{"effect", "effect"},
                      {"value", "value", Alignment::kRight},
-                     {"interval", "interval", Alignment::kRight},
-                     {"method", "method of the interval"}};
+                     {"interval", "interval", Alignment::kRight}};
     for (const PageEffect& effect : effects) {
         const std::string interval = effect.HasInterval() ? effect.lowerText + " to " + effect.upperText : "";
         table.rows.push_back({{effect.label, {}, {}},
                               {effect.text, effect.value, {}},
-                              {interval, effect.HasInterval() ? effect.lower : Number(), effect.upper},
-                              {effect.method, {}, {}}});
+                              {interval, effect.HasInterval() ? effect.lower : Number(), effect.upper}});
     }
     return table;
 }
@@ -91,7 +89,8 @@ void AddTable(std::string& html, const PageTable& table, const TestPage& test, c
 /// What a test says in words and tables, in the order in which it is read.
 std::string TextOf(const TestPage& test) {
     std::string html;
-    if (!test.hypothesis.empty()) html += "<p>" + HtmlIsolated(test.hypothesis) + "</p>\n";
+    const char* const what = test.isEstimate ? "" : "Null hypothesis: ";
+    if (!test.hypothesis.empty()) html += std::string("<p>") + what + HtmlIsolated(test.hypothesis) + "</p>\n";
     if (!test.cases.empty()) html += "<p class=\"quiet\">" + HtmlIsolated(test.cases) + "</p>\n";
     AddTable(html, test.samples, test, "Samples");
     AddTable(html, test.counts, test, "Counts");

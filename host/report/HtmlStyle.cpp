@@ -25,7 +25,7 @@ text-wrap:balance}
 .tarn article{border-top:1px solid var(--line);margin-top:2rem}
 .tarn .sides{display:grid;gap:0 2.5rem;grid-template-columns:minmax(0,1fr)}
 .tarn figure{margin:1rem 0;min-width:0}
-.tarn figure svg{display:block;width:100%;max-width:26.25rem;height:auto}
+.tarn figcaption{margin-top:.5rem}.tarn figure svg{display:block;width:100%;max-width:26.25rem;height:auto}
 .tarn .wide{overflow-x:auto;margin:.75rem 0;max-width:100%}
 .tarn .wide:focus-visible,.tarn a:focus-visible{outline:2px solid var(--link);outline-offset:2px}
 .tarn table{border-collapse:collapse;font-size:.94rem;font-variant-numeric:tabular-nums}
@@ -35,7 +35,7 @@ text-wrap:balance}
 .tarn thead th{border-bottom:1px solid var(--text);font-weight:600;vertical-align:bottom}
 .tarn tbody tr+tr>*{border-top:1px solid var(--line)}
 .tarn td,.tarn th[scope=row]{max-width:22rem;min-width:2.5rem;overflow-wrap:break-word}
-.tarn .r{text-align:right;white-space:nowrap}
+.tarn .r{text-align:right}.tarn .r,.tarn .n{white-space:nowrap}
 .tarn th.r{white-space:normal}
 .tarn .verdict{font-weight:600}
 .tarn .stat{margin:.25rem 0}
@@ -50,7 +50,7 @@ SFMono-Regular,Menlo,Consolas,monospace;white-space:pre-wrap;overflow-wrap:anywh
 @media print{.tarn{padding:0;max-width:none;font-size:10pt;color-scheme:light}
 .tarn h2,.tarn h3,.tarn h4,.tarn caption,.tarn thead{break-after:avoid}.tarn figure,.tarn tr,.tarn .stat{break-inside:avoid}
 .tarn .wide,.tarn pre{overflow:visible}.tarn table{font-size:8.5pt}.tarn thead{display:table-header-group}
-.tarn .r{white-space:normal}.tarn nav{display:none}.tarn a{color:inherit;text-decoration:none}
+.tarn .r,.tarn .n{white-space:normal}.tarn nav{display:none}.tarn a{color:inherit;text-decoration:none}
 .tarn figure svg{max-width:11cm}}
 @page{size:A4;margin:18mm 16mm}
 )";

@@ -14,12 +14,38 @@ bool IsPlain(std::string_view text) {
 }
 
 std::string CellContent(const PageCell& cell) {
-    if (!cell.number.empty()) return HtmlNumber(cell.text, cell.number, cell.upper);
-    return HtmlIsolated(cell.text);
+    if (cell.number.empty()) return HtmlIsolated(cell.text);
+    constexpr std::string_view kChiSquare = "chi2";
+    if (!cell.text.starts_with(kChiSquare)) return HtmlNumber(cell.text, cell.number, cell.upper);
+    return "<i>χ</i><sup>2</sup>" + HtmlNumber(cell.text.substr(kChiSquare.size()), cell.number, cell.upper);
+}
+
+/// A number is not broken where it stands alone, or as two of an interval.
+bool IsShortNumber(const PageCell& cell) {
+    constexpr std::size_t kLongest = 26;
+    return !cell.number.empty() && cell.text.size() <= kLongest;
+}
+
+/// Numbers with the minus of print in place of the hyphen.
+std::string WithMinus(const std::string& text) {
+    constexpr std::string_view kBeforeNumbers = " [(=";
+    std::string printed;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const bool isBegin = i == 0 || kBeforeNumbers.find(text[i - 1]) != std::string_view::npos;
+        const char next = i + 1 < text.size() ? text[i + 1] : ' ';
+        const bool isNumber = (next >= '0' && next <= '9') || next == '.';
+        printed += text[i] == '-' && isBegin && isNumber ? "\xE2\x88\x92" : std::string(1, text[i]);
+    }
+    return printed;
 }
 
 const char* ClassOf(const PageColumn& column) {
     return column.alignment == Alignment::kRight ? " class=\"r\"" : "";
+}
+
+const char* ClassOf(const PageColumn& column, const PageCell& cell) {
+    if (column.alignment == Alignment::kRight) return ClassOf(column);
+    return IsShortNumber(cell) ? " class=\"n\"" : "";
 }
 
 void AppendHead(std::string& html, const PageTable& table) {
@@ -54,7 +80,7 @@ std::string HtmlIsolated(std::string_view text) {
 std::string HtmlNumber(const std::string& text, const Number& number, const Number& upper) {
     if (number.empty()) return HtmlIsolated(text);
     const std::string value = upper.empty() ? number.text : number.text + " " + upper.text;
-    return "<data value=" + HtmlAttribute(value) + ">" + HtmlIsolated(text) + "</data>";
+    return "<data value=" + HtmlAttribute(value) + ">" + HtmlEscaped(WithMinus(text)) + "</data>";
 }
 
 std::string HtmlTable(const PageTable& table, const HtmlTableLook& look) {
@@ -72,7 +98,7 @@ std::string HtmlTable(const PageTable& table, const HtmlTableLook& look) {
             if (isLink) content = "<a href=" + HtmlAttribute("#" + look.targets[i]) + ">" + content + "</a>";
             const bool isRowHead = k == 0 && !table.rows[i][k].text.empty();
             html += isRowHead ? std::string("<th scope=\"row\"") : std::string("<td");
-            html += ClassOf(column);
+            html += ClassOf(column, table.rows[i][k]);
             html += ">" + content + (isRowHead ? "</th>" : "</td>");
         }
         html += "</tr>\n";

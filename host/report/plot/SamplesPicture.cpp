@@ -216,7 +216,8 @@ SamplesLayout UprightLayout(const SamplesPanel& panel) {
     const double left = kMargin + TickRoom(layout.axis);
     const double lettersHeight = HasLetters(panel) ? kLineHeight : 0;
     constexpr double kTitleHeight = 26;
-    layout.valuesTo = kTitleHeight + lettersHeight;
+    constexpr double kNoTitleHeight = 10;
+    layout.valuesTo = (panel.valueTitle.empty() ? kNoTitleHeight : kTitleHeight) + lettersHeight;
     layout.valuesFrom = layout.valuesTo + kUprightHeight;
     layout.placesFrom = left;
     layout.slot = (kPlotWidth - kMargin - left) / static_cast<double>(panel.samples.size());

@@ -86,7 +86,8 @@ double TextWidth(std::string_view text, double fontSize) {
 }
 
 std::string FittedText(std::string_view text, double width, double fontSize) {
-    if (TextWidth(text, fontSize) <= width) return std::string(text);
+    constexpr double kSlack = 1e-6;  // of a room that was made as wide as the text
+    if (TextWidth(text, fontSize) <= width + kSlack) return std::string(text);
     const std::vector<Letter> letters = LettersOf(text, fontSize);
     double left = width - TextWidth(kEllipsis, fontSize);
     std::size_t head = 0;
