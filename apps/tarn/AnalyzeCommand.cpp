@@ -38,7 +38,8 @@ std::vector<std::string> LevelsOf(const AnalyzeOptions& options) {
 /// CSV has the statistics alone, so nothing else is made where the document isn't kept.
 AnalysisOptions Briefly(AnalysisOptions analysis, const AnalyzeOptions& options) {
     const OutputOptions& output = options.output;
-    analysis.brief = analysis.brief || (output.format == ReportFormat::kCsv && output.outPath.empty() && !WantsReport(output));
+    analysis.brief =
+        analysis.brief || (output.format == ReportFormat::kCsv && output.outPath.empty() && !WantsReport(output));
     return analysis;
 }
 
@@ -71,7 +72,8 @@ ExitStatus AnalyzeWhole(AnalysisPart part, const std::vector<std::string>& notes
     const std::string document = isKept ? outcome.document : std::string();
     ResultReading result = ReadAnalysis(std::move(outcome.document), part.options, environment);
     const bool isShown = format != ReportFormat::kText || !output.quiet;
-    if ((isShown && !isDocumentShown) || WantsReport(output)) SupplyFigures(result, part.table, part.options, options.supplement, environment);
+    if ((isShown && !isDocumentShown) || WantsReport(output))
+        SupplyFigures(result, part.table, part.options, options.supplement, environment);
     if (interrupt.IsAsked()) return TellMistake(kCancelledRun, ExitStatus::kRunFailed);
     const ReportSource report{result, &part.table, part.options, environment};
     const ReportFacts facts = WantsReport(output) ? FactsOf(options, allNotes) : ReportFacts();

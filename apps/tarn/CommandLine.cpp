@@ -315,8 +315,10 @@ void DescribeOutput(CLI::App& app, OutputOptions& output, bool& brief, const cha
 /// Pages and pictures, which are made of the table.
 void DescribeReport(CLI::App& app, OutputOptions& output) {
     Options options(app, kOutput);
-    options.One("--report", output.reportPath, "FILE", "Write the result there as a page of HTML, with a plot of each test");
-    options.One("--plot", output.plotPath, "FILE", "Write the plot of the test there, as SVG; for an analysis of one test");
+    options.One("--report", output.reportPath, "FILE",
+                "Write the result there as a page of HTML, with a plot of each test");
+    options.One("--plot", output.plotPath, "FILE",
+                "Write the plot of the test there, as SVG; for an analysis of one test");
     options.One("--plot-dir", output.plotFolder, "FOLDER", "Write the plots of all tests into that folder, as SVG");
 }
 

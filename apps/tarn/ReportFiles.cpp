@@ -81,7 +81,8 @@ std::string OnePlot(const ReportSource& source) {
                          "; expected one of them by its field and --tests, or --plot-dir FOLDER for all");
     }
     const std::optional<std::string> svg = SvgOfTest(source, places.front());
-    if (!svg) throw InputError("--plot: " + source.result.tests[places.front()].title + " has nothing that could be drawn");
+    if (!svg)
+        throw InputError("--plot: " + source.result.tests[places.front()].title + " has nothing that could be drawn");
     return *svg;
 }
 
@@ -125,8 +126,9 @@ void WriteReports(const OutputOptions& output, const ReportSource& source, const
 void CheckReportOfParts(const OutputOptions& output) {
     for (const auto& [name, path] : {std::pair("--plot", &output.plotPath), {"--plot-dir", &output.plotFolder}}) {
         if (path->empty()) continue;
-        throw InputError(std::string(name) + ": takes no parts; expected --report FILE, which has the plots of all, or "
-                                             "--where in place of --split");
+        throw InputError(std::string(name) +
+                         ": takes no parts; expected --report FILE, which has the plots of all, or "
+                         "--where in place of --split");
     }
 }
 

@@ -15,8 +15,8 @@ bool WantsReport(const OutputOptions& output);
 ReportFacts FactsOf(const AnalyzeOptions& options, std::vector<std::string> notes);
 
 /// Writes the page and the plots of an analysis that are asked for into their files, each of them whole or not at all.
-/// Throws an `InputError` for a file that can't be written, and, before anything is written, where one plot is asked for
-/// and there is not one test to draw.
+/// Throws an `InputError` for a file that can't be written, and, before anything is written, where one plot is asked
+/// for and there is not one test to draw.
 void WriteReports(const OutputOptions& output, const ReportSource& source, const ReportFacts& facts);
 
 /// Throws an `InputError` where plots of parts are asked for, which have no files of their own.

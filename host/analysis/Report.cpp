@@ -27,7 +27,8 @@ std::optional<PlotData> PlotDataOf(const ReportSource& source, std::size_t place
     if (source.table == nullptr || place >= source.result.tests.size()) return std::nullopt;
     const CaseRule rule = CaseRuleOf(*source.table, source.options);
     const PlotSource plot{*source.table, *source.environment.texts, rule,
-                          WorkShare(source.environment.threads, source.environment.isCancelled), source.options.success};
+                          WorkShare(source.environment.threads, source.environment.isCancelled),
+                          source.options.success};
     return PlotOf(source.result.tests[place], source.result, plot);
 }
 
@@ -112,7 +113,8 @@ std::vector<std::string> SourcesOf(const std::string& text) {
 /// "Yates (1934), .." of "continuity correction: Yates (1934), ..".
 std::string WithoutPurpose(const std::string& reference) {
     const std::size_t colon = reference.find(": ");
-    const bool hasPurpose = std::islower(static_cast<unsigned char>(reference.front())) != 0 && colon != std::string::npos;
+    const bool hasPurpose =
+        std::islower(static_cast<unsigned char>(reference.front())) != 0 && colon != std::string::npos;
     return hasPurpose ? reference.substr(colon + 2) : reference;
 }
 
@@ -138,7 +140,8 @@ void AddMethods(const ReportSource& source, HtmlSource& html) {
         const auto isThis = [&](const PageFact& fact) { return fact.title == test.title; };
         if (std::ranges::none_of(html.methods, isThis)) {
             std::vector<std::string> texts;
-            for (const std::string* text : {&test.method, &test.pairsMethod, &test.subsetsMethod}) AddOnce(texts, *text);
+            for (const std::string* text : {&test.method, &test.pairsMethod, &test.subsetsMethod})
+                AddOnce(texts, *text);
             if (!texts.empty()) html.methods.push_back({test.title, JoinList(texts, " ")});
         }
         AddReferences(test, about->source, html.references);
@@ -205,7 +208,8 @@ std::string HtmlOfResult(const ReportSource& source, const ReportFacts& facts) {
     html.plotsRemark = PlotsRemark(source.table != nullptr, page.tests.size());
     AddMethods(source, html);
     AddFacts(facts, html);
-    html.json = JsonOf(source.result, texts, facts.notes).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+    html.json =
+        JsonOf(source.result, texts, facts.notes).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
     return HtmlReport(html);
 }
 
@@ -259,7 +263,8 @@ std::string PlotFileName(const ResultReading& result, std::size_t place) {
     while (name.ends_with('-')) name.pop_back();
     const std::string last = std::to_string(result.tests.size());
     std::string number = std::to_string(place + 1);
-    number.insert(0, std::max<std::size_t>(2, last.size()) - std::min(number.size(), std::max<std::size_t>(2, last.size())), '0');
+    number.insert(
+        0, std::max<std::size_t>(2, last.size()) - std::min(number.size(), std::max<std::size_t>(2, last.size())), '0');
     return number + "-" + name + ".svg";
 }
 

@@ -13,8 +13,8 @@
 
 namespace tarn {
 
-// Pages and pictures of an analysis for every client: a result as a page of HTML, one of its tests as a block for a page
-// of the client's own, and the plot of a test as SVG. Nothing here writes a file.
+// Pages and pictures of an analysis for every client: a result as a page of HTML, one of its tests as a block for a
+// page of the client's own, and the plot of a test as SVG. Nothing here writes a file.
 
 /// What they are made from. All is borrowed. Without a table, as for a stored document, nothing is drawn.
 struct ReportSource {
@@ -34,8 +34,8 @@ struct ReportFacts {
     std::vector<std::string> notes;  ///< on the whole run, as sentences
 };
 
-/// The plot of the test at a place of the result, counted from 0; none for a test that ended in an error or whose values
-/// aren't all finite, and without a table.
+/// The plot of the test at a place of the result, counted from 0; none for a test that ended in an error or whose
+/// values aren't all finite, and without a table.
 std::optional<std::string> SvgOfTest(const ReportSource& source, std::size_t place, PictureUse use = PictureUse::kFile);
 
 /// The test at a place as a block of HTML with its plot, an `article` that needs no more of its page than

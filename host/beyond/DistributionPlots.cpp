@@ -63,12 +63,13 @@ std::optional<Theory> TheoryOf(const TestView& view) {
     }
     if (key.starts_with("Poisson") && first > 0) {
         const boost::math::poisson_distribution<double, QuietPolicy> poisson(first);
-        return Theory{"plotPoisson", [poisson](double value) { return value < 0 ? 0 : cdf(poisson, std::floor(value)); },
-                      true};
+        return Theory{"plotPoisson",
+                      [poisson](double value) { return value < 0 ? 0 : cdf(poisson, std::floor(value)); }, true};
     }
     if (key.starts_with("Exponential") && first > 0) {
         const boost::math::exponential_distribution<double, QuietPolicy> exponential(1 / first);
-        return Theory{"plotExponential", [exponential](double value) { return value < 0 ? 0 : cdf(exponential, value); }};
+        return Theory{"plotExponential",
+                      [exponential](double value) { return value < 0 ? 0 : cdf(exponential, value); }};
     }
     return std::nullopt;
 }

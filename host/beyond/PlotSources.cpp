@@ -47,7 +47,8 @@ SamplesPanel SamplesOf(const PlotView& plot) {
         sample.name = view.names[i];
         sample.caption = plot.CountText(view.samples[i].size);
         sample.colour = plot.ColourOf(view.names[i]);
-        if (const std::string* const letters = LettersOf(plot.reading.supplement, sample.name)) sample.letters = *letters;
+        if (const std::string* const letters = LettersOf(plot.reading.supplement, sample.name))
+            sample.letters = *letters;
         panel.samples.push_back(std::move(sample));
     }
     return panel;
@@ -89,7 +90,7 @@ void AddReference(SamplesPanel& panel, double value, const std::string& label) {
 std::optional<PlotEstimate> EstimateOf(const std::string& label, const Number& value, const Number& lower,
                                        const Number& upper) {
     if (value.empty() || !std::isfinite(value.value)) return std::nullopt;
-    PlotEstimate estimate{label, value.value, std::nullopt};
+    PlotEstimate estimate{label, value.value, std::nullopt, ""};
     const bool hasLimits = !lower.empty() && std::isfinite(lower.value) && std::isfinite(upper.value);
     if (hasLimits) estimate.limits = {lower.value, upper.value};
     return estimate;
@@ -119,8 +120,10 @@ void AddPairEffects(const PlotView& plot, IntervalsPanel& panel) {
     panel.noEffect = areShares ? 0.5 : 0.0;
     for (const EffectSize& effect : effects) {
         if (!isOfPair(effect) || effect.key != first->key) continue;
-        const std::string label = plot.Text("plotPair", {effect.first, effect.second});
-        if (auto row = EstimateOf(label, effect.value, effect.lower, effect.upper)) panel.rows.push_back(std::move(*row));
+        auto row = EstimateOf(effect.first, effect.value, effect.lower, effect.upper);
+        if (!row) continue;
+        row->second = effect.second;
+        panel.rows.push_back(std::move(*row));
     }
 }
 
@@ -134,8 +137,8 @@ void AddPairDifferences(const PlotView& plot, IntervalsPanel& panel) {
     for (const PairComparison& pair : plot.reading.pairs) {
         const double reach = bound * pair.standardError.value;
         if (!std::isfinite(pair.statistic.value) || !std::isfinite(reach)) continue;
-        panel.rows.push_back({plot.Text("plotPair", {pair.first, pair.second}), pair.statistic.value,
-                              std::pair(pair.statistic.value - reach, pair.statistic.value + reach)});
+        panel.rows.push_back({pair.first, pair.statistic.value,
+                              std::pair(pair.statistic.value - reach, pair.statistic.value + reach), pair.second});
     }
 }
 
@@ -314,10 +317,15 @@ void PlotSuccesses(PlotView& plot) {
     panel.limitsLabel = plot.Text("plotInterval", {plot.LevelText(), "Wilson (1927)"});
     for (std::size_t i = 0; i < successes.size(); ++i) {
         double count = 0;
-        for (std::size_t row = 0; row < successes[i].size(); ++row) count += successes[i][row] * view.cases.WeightAt(row);
+        for (std::size_t row = 0; row < successes[i].size(); ++row)
+            count += successes[i][row] * view.cases.WeightAt(row);
         const Estimate share = WilsonInterval(count, view.cases.size, view.confidence);
-        PlotBar bar{view.names[i], plot.Text("plotOf", {plot.Digits(count), plot.Digits(view.cases.size)}), i, share.value,
-                    std::nullopt, std::nullopt};
+        PlotBar bar{view.names[i],
+                    plot.Text("plotOf", {plot.Digits(count), plot.Digits(view.cases.size)}),
+                    i,
+                    share.value,
+                    std::nullopt,
+                    std::nullopt};
         if (!std::isnan(share.lower)) bar.limits = {share.lower, share.upper};
         panel.bars.push_back(std::move(bar));
     }
@@ -353,9 +361,9 @@ void PlotRuns(PlotView& plot) {
     const std::vector<double>& values = view.cases.columns.front();
     for (const std::size_t row : records) {
         // The values from the cut point on are the second class, and so are categories that no list has.
-        const bool isFirst = first.cut ? values[row] < *first.cut
-                                       : std::ranges::find(first.categories, plot.ShownValue(0, values[row])) !=
-                                             first.categories.end();
+        const bool isFirst =
+            first.cut ? values[row] < *first.cut
+                      : std::ranges::find(first.categories, plot.ShownValue(0, values[row])) != first.categories.end();
         panel.places.push_back(isFirst ? 0 : 1);
         if (first.cut) panel.values.push_back(values[row]);
     }

@@ -22,7 +22,8 @@ struct PlotSource {
     std::vector<std::string> success = {};  ///< categories that count as successes; empty for those of the data
 };
 
-/// The plot of a test of a document that was made from the table and has its supplement, of the cases that the test took:
+/// The plot of a test of a document that was made from the table and has its supplement, of the cases that the test
+/// took:
 ///
 /// - groups and related fields side by side, each case where there are few; those of a pair also as their differences;
 /// - a sample against a distribution, and two samples against one another, as distribution functions;

@@ -23,16 +23,17 @@ class PlotView {
 
     bool IsWeighted() const { return source.table.WeightIndex() != Table::kNoColumn; }
     std::string Digits(double number) const;
-    std::string CountText(double n) const;    ///< "n = 30"
-    std::string LevelText() const;            ///< "95 %"
-    std::string ValueTitle() const;           ///< of the field, or of all fields
-    std::string GroupTitle() const;           ///< of the groups; "" for fields
-    std::string FirstClassName() const;       ///< of the two classes of one field
+    std::string CountText(double n) const;  ///< "n = 30"
+    std::string LevelText() const;          ///< "95 %"
+    std::string ValueTitle() const;         ///< of the field, or of all fields
+    std::string GroupTitle() const;         ///< of the groups; "" for fields
+    std::string FirstClassName() const;     ///< of the two classes of one field
     std::string SecondClassName() const;
-    std::string SuccessName() const;          ///< the categories that count as a success
+    std::string SuccessName() const;  ///< the categories that count as a success
     /// What a reader is shown for a value of a field as the cases have it.
     std::string ShownValue(std::size_t field, double value) const;
-    /// The place of a group among all categories of its field, of a field among those of the test; and how many there are.
+    /// The place of a group among all categories of its field, of a field among those of the test; and how many there
+    /// are.
     std::size_t ColourOf(const std::string& name) const;
     std::size_t ColourCount() const;
 

@@ -131,8 +131,8 @@ void SetOutline(PlotSample& shape, const AscendingSample& sample) {
 
 std::vector<PlotSample> ShapesOf(const std::vector<AscendingSample>& samples) {
     constexpr std::size_t kFewestForOutline = 10;
-    const bool areFew = std::ranges::all_of(
-        samples, [](const AscendingSample& sample) { return sample.values.size() <= kMostMarks; });
+    const bool areFew =
+        std::ranges::all_of(samples, [](const AscendingSample& sample) { return sample.values.size() <= kMostMarks; });
     std::vector<PlotSample> shapes;
     for (const AscendingSample& sample : samples) {
         PlotSample shape;

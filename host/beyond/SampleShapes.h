@@ -10,9 +10,9 @@ namespace tarn {
 /// From so many marks on those of a sample would cover one another.
 inline constexpr std::size_t kMostMarks = 150;
 
-/// Box and marks of samples that stand side by side, without their names: all values as marks where those of each sample
-/// are few, else how dense they are, with the values beyond the whiskers, at most 25 on each side, the outermost. Values
-/// are in ascending order throughout, and no sample is empty.
+/// Box and marks of samples that stand side by side, without their names: all values as marks where those of each
+/// sample are few, else how dense they are, with the values beyond the whiskers, at most 25 on each side, the
+/// outermost. Values are in ascending order throughout, and no sample is empty.
 std::vector<PlotSample> ShapesOf(const std::vector<AscendingSample>& samples);
 
 /// How dense the values of a sample are between the lowest and the highest, by Gaussian kernels whose width is

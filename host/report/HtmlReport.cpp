@@ -23,10 +23,13 @@ std::string Heading(int level, const std::string& text) {
 std::string FigureHtml(const PageFigure& figure) {
     const bool isChiSquare = figure.symbol == "chi2";
     std::string html;
-    if (!figure.symbol.empty()) html = isChiSquare ? "<i>χ</i><sup>2</sup>" : "<i>" + HtmlEscaped(figure.symbol) + "</i>";
+    if (!figure.symbol.empty())
+        html = isChiSquare ? "<i>χ</i><sup>2</sup>" : "<i>" + HtmlEscaped(figure.symbol) + "</i>";
     if (isChiSquare && !figure.df.empty()) html += "(" + HtmlEscaped(figure.df) + ")";
-    html += (figure.relation.empty() ? " " : " " + HtmlEscaped(figure.relation) + " ");
-    html += HtmlNumber(figure.text, figure.number);
+    // What is a bound belongs to the number.
+    const bool isEqual = figure.relation.empty() || figure.relation == "=";
+    html += figure.relation == "=" ? " = " : " ";
+    html += HtmlNumber(isEqual ? figure.text : figure.relation + " " + figure.text, figure.number);
     if (!isChiSquare && !figure.df.empty()) html += ", df " + HtmlEscaped(figure.df);
     if (!figure.remark.empty()) html += " " + HtmlIsolated(figure.remark);
     return html;
@@ -41,9 +44,8 @@ std::string LineHtml(const PageLine& line) {
 
 PageTable EffectsTable(const std::vector<PageEffect>& effects) {
     PageTable table;
-    table.columns = {{"effect", "effect"},
-                     {"value", "value", Alignment::kRight},
-                     {"interval", "interval", Alignment::kRight}};
+    table.columns = {
+        {"effect", "effect"}, {"value", "value", Alignment::kRight}, {"interval", "interval", Alignment::kRight}};
     for (const PageEffect& effect : effects) {
         const std::string interval = effect.HasInterval() ? effect.lowerText + " to " + effect.upperText : "";
         table.rows.push_back({{effect.label, {}, {}},
@@ -195,7 +197,8 @@ std::string MethodsOf(const HtmlSource& source) {
 std::string RecordOf(const HtmlSource& source) {
     std::string html;
     if (!source.request.empty()) {
-        html += "<p>To make it again:</p>\n<pre tabindex=\"0\"><code>" + HtmlEscaped(source.request) + "</code></pre>\n";
+        html +=
+            "<p>To make it again:</p>\n<pre tabindex=\"0\"><code>" + HtmlEscaped(source.request) + "</code></pre>\n";
     }
     html += FactsHtml(source.record);
     for (const HtmlRun& run : source.runs) {
@@ -225,10 +228,11 @@ std::string JsonElement(const std::string& json) {
 std::string HtmlArticle(const TestPage& test, const std::optional<HtmlPlot>& plot, const std::string& id, int level) {
     const std::string heading = "h" + std::to_string(level);
     const std::string number = test.number > 0 ? std::to_string(test.number) + ". " : "";
-    std::string html = "<article id=\"" + id + "\" aria-labelledby=\"" + id + "-h\"><" + heading + " id=\"" + id + "-h\">" +
-                       number + HtmlIsolated(test.Heading()) + "</" + heading + ">\n";
+    std::string html = "<article id=\"" + id + "\" aria-labelledby=\"" + id + "-h\"><" + heading + " id=\"" + id +
+                       "-h\">" + number + HtmlIsolated(test.Heading()) + "</" + heading + ">\n";
     if (plot) {
-        html += "<div class=\"sides\"><div class=\"text\">" + TextOf(test) + "</div>" + FigureElement(*plot) + "</div>\n";
+        html +=
+            "<div class=\"sides\"><div class=\"text\">" + TextOf(test) + "</div>" + FigureElement(*plot) + "</div>\n";
     } else {
         html += TextOf(test);
     }

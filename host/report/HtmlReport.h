@@ -9,9 +9,9 @@
 
 namespace tarn {
 
-// The page of a result in HTML: one file that needs no script and fetches nothing. It takes what it says from the pages of
-// the tests, so that it says no more and nothing else than any other form of the result. A rounded number is a `data`
-// element, whose value has all its digits.
+// The page of a result in HTML: one file that needs no script and fetches nothing. It takes what it says from the pages
+// of the tests, so that it says no more and nothing else than any other form of the result. A rounded number is a
+// `data` element, whose value has all its digits.
 
 /// The plot of a test as an element of SVG, and what a reader has to know of it.
 struct HtmlPlot {
@@ -49,7 +49,8 @@ std::string HtmlReport(const HtmlSource& source);
 
 /// A test as an `article` of its own, for a page with `HtmlStyleSheet()`. `id` begins all identifiers in it. `level` is
 /// that of its heading, 2 to 5.
-std::string HtmlArticle(const TestPage& test, const std::optional<HtmlPlot>& plot, const std::string& id, int level = 2);
+std::string HtmlArticle(const TestPage& test, const std::optional<HtmlPlot>& plot, const std::string& id,
+                        int level = 2);
 
 /// The style sheet of pages and articles, light and dark, for screens and for paper.
 const std::string& HtmlStyleSheet();

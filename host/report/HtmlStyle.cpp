@@ -66,8 +66,8 @@ std::string DarkColours() {
     const auto add = [&](const PlotColour& colour) {
         const std::string name(colour.name);
         const std::string value(colour.onBlack);
-        rules += ".tarn ." + name + "{fill:" + value + "}.tarn ." + name + "[stroke]{stroke:" + value + "}.tarn ." + name +
-                 "-line{stroke:" + value + "}\n";
+        rules += ".tarn ." + name + "{fill:" + value + "}.tarn ." + name + "[stroke]{stroke:" + value + "}.tarn ." +
+                 name + "-line{stroke:" + value + "}\n";
     };
     for (const PlotColour& colour : {kInk, kFaint, kGrid}) add(colour);
     for (const PlotColour& colour : kGroupColours) add(colour);

@@ -85,7 +85,8 @@ std::string HtmlNumber(const std::string& text, const Number& number, const Numb
 
 std::string HtmlTable(const PageTable& table, const HtmlTableLook& look) {
     const std::string label = look.label.empty() ? table.title : look.label;
-    std::string html = "<div class=\"wide\" role=\"region\" tabindex=\"0\" aria-label=" + HtmlAttribute(label) + "><table>";
+    std::string html =
+        "<div class=\"wide\" role=\"region\" tabindex=\"0\" aria-label=" + HtmlAttribute(label) + "><table>";
     if (!table.title.empty()) html += "<caption>" + HtmlIsolated(table.title) + "</caption>";
     AppendHead(html, table);
     html += "<tbody>";

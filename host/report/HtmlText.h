@@ -17,11 +17,12 @@ std::string HtmlEscaped(std::string_view text);
 std::string HtmlAttribute(std::string_view value);
 /// A text in which names from the data may stand, isolated from the direction of what is around it.
 std::string HtmlIsolated(std::string_view text);
-/// A rounded number with all its digits beside it: `<data value="0.0631">.063</data>`; the text alone where it has none.
+/// A rounded number with all its digits beside it: `<data value="0.0631">.063</data>`; the text alone where it has
+/// none.
 std::string HtmlNumber(const std::string& text, const Number& number, const Number& upper = {});
 
-/// A table in a box of its own that scrolls where it is wider than the page. `label` names the box; "" takes the title of
-/// the table. `linkColumn`, of which each row links to one of `targets`, may be "" for none.
+/// A table in a box of its own that scrolls where it is wider than the page. `label` names the box; "" takes the title
+/// of the table. `linkColumn`, of which each row links to one of `targets`, may be "" for none.
 struct HtmlTableLook {
     std::string label;
     std::string linkColumn = {};

@@ -33,14 +33,14 @@ double HighestOf(const BarsPanel& panel) {
     return panel.highest ? std::min(highest, *panel.highest) : highest;
 }
 
-void DrawBar(Picture& picture, const PlotBar& bar, const GroundAxis& ground, double middle, const PlotColour& colour) {
+void DrawBar(Picture& picture, const PlotBar& bar, const std::string& name, const GroundAxis& ground, double middle,
+             const PlotColour& colour) {
     constexpr double kBaseline = 4;
     constexpr double kHalfLine = 7;
     constexpr double kEnd = 4;
     const double namesRight = ground.left - kGap;
     const double room = namesRight - kMargin;
-    picture.Text({namesRight, middle + kBaseline - kHalfLine}, bar.name,
-                 {TextAnchor::kEnd, kLabelSize, false, false, room});
+    picture.CutText({namesRight, middle + kBaseline - kHalfLine}, name, bar.name, {TextAnchor::kEnd, kLabelSize});
     picture.Text({namesRight, middle + kBaseline + kHalfLine}, bar.caption,
                  {TextAnchor::kEnd, kCaptionSize, false, true, room});
     picture.Box({ground.At(0), middle - kBarHalf}, {ground.At(bar.value), middle + kBarHalf}, {colour, kBarOpacity, 1});
@@ -68,9 +68,12 @@ Picture PictureOf(const BarsPanel& panel) {
     const GroundAxis ground{AxisOf({0, HighestOf(panel), 6, true}), kMargin + NamesWidth(panel) + kGap,
                             kPlotWidth - kEndOfTicks, top, bottom};
     DrawGroundAxis(picture, ground, panel.valueTitle);
+    std::vector<std::string> names;
+    for (const PlotBar& bar : panel.bars) names.push_back(bar.name);
+    names = FittedNames(names, NamesWidth(panel), kLabelSize);
     for (std::size_t i = 0; i < panel.bars.size(); ++i) {
         const double middle = top + kRow * (static_cast<double>(i) + 0.5);
-        DrawBar(picture, panel.bars[i], ground, middle, GroupColour(panel.bars[i].colour, panel.colourCount));
+        DrawBar(picture, panel.bars[i], names[i], ground, middle, GroupColour(panel.bars[i].colour, panel.colourCount));
     }
     picture.SetHeight(bottom + kAxisHeight);
     return picture;

@@ -12,8 +12,8 @@ namespace tarn {
 namespace {
 
 constexpr double kHeight = 220;
-constexpr double kGap = 8;        // between categories
-constexpr double kBlock = 12;     // width of the block of a category
+constexpr double kGap = 8;     // between categories
+constexpr double kBlock = 12;  // width of the block of a category
 constexpr double kNamesRoom = 105;
 constexpr double kBandOpacity = 0.5;
 
@@ -22,7 +22,8 @@ std::string CountText(double count) {
     return {text, std::to_chars(text, text + sizeof text, count).ptr};
 }
 
-/// The colours of those who stay, who rise and who fall; without an order those who change have one colour for each way.
+/// The colours of those who stay, who rise and who fall; without an order those who change have one colour for each
+/// way.
 const PlotColour& ColourOf(std::size_t from, std::size_t to) {
     if (from == to) return kFaint;
     return to > from ? kGroupColours[0] : kGroupColours[1];
@@ -58,11 +59,14 @@ void DrawNames(Picture& picture, const std::vector<std::string>& names, const Fl
         lines[i] = std::max(side.tops[i] + side.totals[i] * side.scale / 2 + kBaseline, below + kLineHeight);
         below = lines[i];
     }
+    double widestCount = 0;
+    for (const double total : side.totals)
+        widestCount = std::max(widestCount, TextWidth(" " + CountText(total), kLabelSize));
+    const std::vector<std::string> fitted = FittedNames(names, kNamesRoom - widestCount, kLabelSize);
     for (std::size_t i = 0; i < names.size(); ++i) {
         const std::string count = " " + CountText(side.totals[i]);
-        const double room = kNamesRoom - TextWidth(count, kLabelSize);
-        const std::string text = FittedText(names[i], room, kLabelSize) + count;
-        picture.Text({x, lines[i]}, text, {isLeft ? TextAnchor::kEnd : TextAnchor::kStart, kLabelSize});
+        picture.CutText({x, lines[i]}, fitted[i] + count, names[i] + count,
+                        {isLeft ? TextAnchor::kEnd : TextAnchor::kStart, kLabelSize});
     }
 }
 

@@ -45,7 +45,11 @@ void Picture::OpenShape(std::string_view element) {
 }
 
 void Picture::Close(const AreaLook& look) {
-    elements_.append(" class=\"").append(look.colour.name).append("\" fill=\"").append(look.colour.onWhite).append("\"");
+    elements_.append(" class=\"")
+        .append(look.colour.name)
+        .append("\" fill=\"")
+        .append(look.colour.onWhite)
+        .append("\"");
     if (look.opacity < 1) Number("fill-opacity", look.opacity);
     if (look.edge > 0) {
         elements_.append(" stroke=\"").append(look.colour.onWhite).append("\"");
@@ -145,7 +149,11 @@ void Picture::Band(PicturePoint leftTop, PicturePoint rightTop, double height, c
 }
 
 void Picture::Text(PicturePoint place, std::string_view text, const TextLook& look) {
-    const std::string shown = look.room > 0 ? FittedText(text, look.room, look.size) : std::string(text);
+    CutText(place, look.room > 0 ? FittedText(text, look.room, look.size) : std::string(text), text, look);
+}
+
+void Picture::CutText(PicturePoint place, std::string_view shown, std::string_view whole, const TextLook& look) {
+    if (shown.empty()) return;
     const PlotColour& colour = look.isFaint ? kFaint : kInk;
     OpenShape("text");
     Number("x", place.x);
@@ -154,15 +162,10 @@ void Picture::Text(PicturePoint place, std::string_view text, const TextLook& lo
     Number("font-size", look.size);
     if (look.anchor != TextAnchor::kStart) elements_.append(" text-anchor=\"").append(NameOf(look.anchor)).append("\"");
     if (look.isBold) elements_ += " font-weight=\"bold\"";
-    if (look.isUpward) {
-        elements_ += " transform=\"rotate(-90 ";
-        AppendPoint(elements_, place);
-        elements_ += ")\"";
-    }
     elements_ += '>';
-    if (shown != text) {
+    if (shown != whole) {
         elements_ += "<title>";
-        AppendXmlText(elements_, text);
+        AppendXmlText(elements_, whole);
         elements_ += "</title>";
     }
     AppendXmlText(elements_, shown);

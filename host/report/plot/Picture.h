@@ -37,17 +37,16 @@ struct TextLook {
     double size = 12;
     bool isBold = false;
     bool isFaint = false;
-    /// What it may be wide; what is wider is cut in the middle, and its whole text is shown on pointing at it. 0: as wide
-    /// as it is.
+    /// What it may be wide; what is wider is cut in the middle, and its whole text is shown on pointing at it. 0: as
+    /// wide as it is.
     double room = 0;
-    bool isUpward = false;  ///< turned to read from below
 };
 
 /// A picture in the making: elements of SVG within a width and a height, in pixels of a screen. Coordinates keep two
 /// digits behind the point.
 ///
-/// A colour stands twice on an element: as an attribute, which every program that shows SVG understands, and as a class,
-/// by which a page that holds the picture gives it the colours of its own light.
+/// A colour stands twice on an element: as an attribute, which every program that shows SVG understands, and as a
+/// class, by which a page that holds the picture gives it the colours of its own light.
 class Picture {
  public:
     explicit Picture(double width) : width_(width) {}
@@ -67,6 +66,8 @@ class Picture {
     /// A band from left to right between two vertical edges, bent like a river.
     void Band(PicturePoint leftTop, PicturePoint rightTop, double height, const AreaLook& look);
     void Text(PicturePoint place, std::string_view text, const TextLook& look);
+    /// A text that was cut, with the whole one to be shown on pointing at it.
+    void CutText(PicturePoint place, std::string_view shown, std::string_view whole, const TextLook& look);
     /// Dots of one size as one element, in which each takes a dozen characters: the round ends of lines without length.
     void Dots(const std::vector<PicturePoint>& centres, double radius, const AreaLook& look);
 

@@ -21,8 +21,8 @@ inline constexpr PlotColour kPaper{"p-paper", "#ffffff", "#16181c"};
 
 /// The colours of groups and fields: those of Okabe and Ito (2008, Color Universal Design), which people with any kind
 /// of colour vision tell apart, but for black and yellow, which are hard to see on one page or the other. Orange, sky
-/// blue and purple are a little darker on white, so that a thin line of each stands out from the page. Neighbours differ
-/// in lightness, too, for a print in grey.
+/// blue and purple are a little darker on white, so that a thin line of each stands out from the page. Neighbours
+/// differ in lightness, too, for a print in grey.
 inline constexpr std::array kGroupColours{
     PlotColour{"p-g1", "#0072b2", "#5aaee6"}, PlotColour{"p-g2", "#c98a00", "#e69f00"},
     PlotColour{"p-g3", "#00694d", "#2fbf96"}, PlotColour{"p-g4", "#d55e00", "#f08a4b"},

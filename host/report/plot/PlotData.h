@@ -36,9 +36,10 @@ struct PlotBox {
 
 /// A number that was estimated and, where it has one, its interval.
 struct PlotEstimate {
-    std::string label;
+    std::string label;  ///< what it is of, or the first of two samples
     double value = 0;
     std::optional<std::pair<double, double>> limits;
+    std::string second = {};  ///< the other sample of a pair; "" for none
 };
 
 /// One of the samples beside one another.
@@ -72,8 +73,8 @@ struct SamplesPanel {
     /// The values of few cases in all samples, a row each, drawn as lines.
     std::vector<std::vector<double>> rows;
     std::vector<PlotReference> references;
-    std::vector<PlotEstimate> estimates;                     ///< on the scale of the values, below the samples
-    std::optional<std::pair<double, double>> span;           ///< of the first sample, told by `spanLabel`
+    std::vector<PlotEstimate> estimates;            ///< on the scale of the values, below the samples
+    std::optional<std::pair<double, double>> span;  ///< of the first sample, told by `spanLabel`
     std::string spanLabel;
 };
 
@@ -81,9 +82,9 @@ struct SamplesPanel {
 struct PlotCurve {
     std::string name;
     std::size_t colour = 0;
-    bool isTheory = false;          ///< drawn as a broken line
-    bool hasSteps = true;           ///< rises at its points; else a straight line joins them
-    std::vector<PlotMark> points;   ///< value, and the share of cases up to it as the weight
+    bool isTheory = false;         ///< drawn as a broken line
+    bool hasSteps = true;          ///< rises at its points; else a straight line joins them
+    std::vector<PlotMark> points;  ///< value, and the share of cases up to it as the weight
 };
 
 struct CurvesPanel {
@@ -154,13 +155,12 @@ struct IntervalsPanel {
     std::string noEffectLabel;
 };
 
-using PlotPanel =
-    std::variant<SamplesPanel, CurvesPanel, BarsPanel, SequencePanel, FlowPanel, IntervalsPanel>;
+using PlotPanel = std::variant<SamplesPanel, CurvesPanel, BarsPanel, SequencePanel, FlowPanel, IntervalsPanel>;
 
 /// The plot of one test.
 struct PlotData {
-    std::string title;        ///< the test and its fields
-    std::string description;  ///< what is to be seen, in sentences, for who can't see it
+    std::string title;               ///< the test and its fields
+    std::string description;         ///< what is to be seen, in sentences, for who can't see it
     std::vector<std::string> notes;  ///< what a reader has to know of the drawing, as sentences
     std::vector<PlotPanel> panels;   ///< below one another; never empty
 };

@@ -41,13 +41,16 @@ void DrawGroundAxis(Picture& picture, const GroundAxis& ground, const std::strin
         // A number at the end stays within the picture.
         const double half = TextWidth(tick.text, kCaptionSize) / 2;
         const double centre = std::clamp(x, half + 1, picture.Width() - half - 1);
-        picture.Text({centre, ground.bottom + kTickTextDepth}, tick.text, {TextAnchor::kMiddle, kCaptionSize, false, true});
+        picture.Text({centre, ground.bottom + kTickTextDepth}, tick.text,
+                     {TextAnchor::kMiddle, kCaptionSize, false, true});
     }
     picture.Line({ground.left, ground.bottom}, {ground.right, ground.bottom}, kAxisLine);
     const double room = picture.Width() - 2 * kMargin;
     const double half = std::min(TextWidth(title, kLabelSize), room) / 2;
-    const double middle = std::clamp((ground.left + ground.right) / 2, kMargin + half, picture.Width() - kMargin - half);
-    picture.Text({middle, ground.bottom + kAxisTitleDepth}, title, {TextAnchor::kMiddle, kLabelSize, false, false, room});
+    const double middle =
+        std::clamp((ground.left + ground.right) / 2, kMargin + half, picture.Width() - kMargin - half);
+    picture.Text({middle, ground.bottom + kAxisTitleDepth}, title,
+                 {TextAnchor::kMiddle, kLabelSize, false, false, room});
 }
 
 void DrawSideAxis(Picture& picture, const SideAxis& side, const std::string& title) {
@@ -85,7 +88,8 @@ double DrawLegend(Picture& picture, const std::vector<LegendEntry>& entries, dou
             baseline += kLineHeight;
         }
         if (entry.isLine) {
-            picture.Line({x, baseline - kMiddle}, {x + kSample, baseline - kMiddle}, {entry.colour, 2, 1, entry.dashes});
+            picture.Line({x, baseline - kMiddle}, {x + kSample, baseline - kMiddle},
+                         {entry.colour, 2, 1, entry.dashes});
         } else {
             picture.Box({x + kSample - kBox, baseline - kBox + 1}, {x + kSample, baseline + 1}, {entry.colour});
         }

@@ -21,11 +21,11 @@ constexpr double kOutlineOpacity = 0.35;
 /// Of the room of a sample, so much is used on each side of its middle.
 constexpr double kHalfUsed = 0.42;
 constexpr double kWidestHalf = 40;
-constexpr double kBoxHalf = 0.55;      // of the half that is used
-constexpr double kThinBoxHalf = 4;     // within an outline
+constexpr double kBoxHalf = 0.55;   // of the half that is used
+constexpr double kThinBoxHalf = 4;  // within an outline
 constexpr double kEstimateRow = 26;
 constexpr std::size_t kMostUpright = 6;
-constexpr double kNamesRoom = 150;     // beside rows
+constexpr double kNamesRoom = 150;  // beside rows
 constexpr std::string_view kReferenceDashes = "5 3";
 
 /// Where values and samples lie. Samples stand side by side, or one below another where their names ask for it.
@@ -42,7 +42,8 @@ struct SamplesLayout {
     double Half() const { return std::min(slot * kHalfUsed, kWidestHalf); }
     /// The point of a value, so far from the middle of its sample.
     PicturePoint Point(std::size_t sample, double value, double offset = 0) const {
-        return isUpright ? PicturePoint{Middle(sample) + offset, At(value)} : PicturePoint{At(value), Middle(sample) + offset};
+        return isUpright ? PicturePoint{Middle(sample) + offset, At(value)}
+                         : PicturePoint{At(value), Middle(sample) + offset};
     }
 };
 
@@ -262,8 +263,8 @@ void DrawSpan(Picture& picture, const SamplesPanel& panel, const SamplesLayout& 
     const LineLook line{kInk, 1.5};
     const auto point = [&](double value, double by) { return layout.Point(0, value, by); };
     const auto [lower, upper] = *panel.span;
-    picture.Lines({point(lower, offset - kEnd), point(lower, offset), point(upper, offset), point(upper, offset - kEnd)},
-                  line);
+    picture.Lines(
+        {point(lower, offset - kEnd), point(lower, offset), point(upper, offset), point(upper, offset - kEnd)}, line);
 }
 
 void DrawSamples(Picture& picture, const SamplesPanel& panel, const SamplesLayout& layout) {
@@ -293,7 +294,8 @@ Picture UprightPicture(const SamplesPanel& panel, SamplesLayout layout) {
     for (std::size_t i = 0; i < panel.samples.size(); ++i) {
         const PlotSample& sample = panel.samples[i];
         const double x = layout.Middle(i);
-        picture.Text({x, bottom + kNameDepth}, sample.name, {TextAnchor::kMiddle, kLabelSize, false, false, layout.slot});
+        picture.Text({x, bottom + kNameDepth}, sample.name,
+                     {TextAnchor::kMiddle, kLabelSize, false, false, layout.slot});
         picture.Text({x, bottom + kCaptionDepth}, sample.caption, {TextAnchor::kMiddle, kCaptionSize, false, true});
         picture.Text({x, layout.valuesTo - kLettersHeight}, sample.letters,
                      {TextAnchor::kMiddle, kLabelSize, true, false, layout.slot});
@@ -340,22 +342,23 @@ RowSides SidesOf(const SamplesPanel& panel) {
 void DrawNames(Picture& picture, const SamplesPanel& panel, const SamplesLayout& layout, const RowSides& sides) {
     constexpr double kBaseline = 4;
     constexpr double kGap = 8;
+    constexpr double kHalfLine = 7;
     const double right = kMargin + sides.names - kGap;
+    double widestCaption = 0;
+    std::vector<std::string> names;
+    for (const PlotSample& sample : panel.samples) {
+        widestCaption = std::max(widestCaption, TextWidth(sample.caption, kCaptionSize));
+        names.push_back(sample.name);
+    }
+    const double namesRight = sides.hasCaptionLine ? right : right - widestCaption - kGap;
+    const std::vector<std::string> fitted = FittedNames(names, namesRight - kMargin, kLabelSize);
     for (std::size_t i = 0; i < panel.samples.size(); ++i) {
         const PlotSample& sample = panel.samples[i];
         const double middle = layout.Middle(i) + kBaseline;
-        const double caption = TextWidth(sample.caption, kCaptionSize);
-        if (sides.hasCaptionLine) {
-            constexpr double kHalfLine = 7;
-            picture.Text({right, middle - kHalfLine}, sample.name,
-                         {TextAnchor::kEnd, kLabelSize, false, false, right - kMargin});
-            picture.Text({right, middle + kHalfLine}, sample.caption,
-                         {TextAnchor::kEnd, kCaptionSize, false, true, right - kMargin});
-        } else {
-            picture.Text({right - caption - kGap, middle}, sample.name,
-                         {TextAnchor::kEnd, kLabelSize, false, false, right - kMargin - caption - kGap});
-            picture.Text({right, middle}, sample.caption, {TextAnchor::kEnd, kCaptionSize, false, true});
-        }
+        const double above = sides.hasCaptionLine ? kHalfLine : 0;
+        picture.CutText({namesRight, middle - above}, fitted[i], sample.name, {TextAnchor::kEnd, kLabelSize});
+        picture.Text({right, middle + above}, sample.caption,
+                     {TextAnchor::kEnd, kCaptionSize, false, true, right - kMargin});
         picture.Text({kPlotWidth - kMargin, middle}, sample.letters,
                      {TextAnchor::kEnd, kLabelSize, true, false, sides.letters});
     }

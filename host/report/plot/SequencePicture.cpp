@@ -18,7 +18,8 @@ const PlotColour& ClassColour(std::size_t place) {
 
 std::vector<LegendEntry> KeyOf(const SequencePanel& panel, bool isLine) {
     std::vector<LegendEntry> entries;
-    for (std::size_t i = 0; i < panel.classes.size(); ++i) entries.push_back({panel.classes[i], ClassColour(i), isLine});
+    for (std::size_t i = 0; i < panel.classes.size(); ++i)
+        entries.push_back({panel.classes[i], ClassColour(i), isLine});
     if (panel.cut) entries.push_back({panel.cut->label, kInk, true, kCutDashes});
     return entries;
 }

@@ -39,10 +39,10 @@ std::string TickText(double value, double step) {
     std::array<char, kRoom> text{};
     const double magnitude = std::abs(value) < step / 2 ? 0 : std::abs(value);
     const bool isPlain = magnitude == 0 || (magnitude < kLargest && step >= kSmallest);
-    const auto end =
-        isPlain ? std::to_chars(text.data(), text.data() + text.size(), magnitude, std::chars_format::fixed, DigitsFor(step))
-                : std::to_chars(text.data(), text.data() + text.size(), magnitude, std::chars_format::general,
-                                kDigitsOfPower);
+    const auto end = isPlain ? std::to_chars(text.data(), text.data() + text.size(), magnitude,
+                                             std::chars_format::fixed, DigitsFor(step))
+                             : std::to_chars(text.data(), text.data() + text.size(), magnitude,
+                                             std::chars_format::general, kDigitsOfPower);
     const std::string digits(text.data(), end.ptr);
     return value < 0 && magnitude > 0 ? "\xE2\x88\x92" + digits : digits;
 }
@@ -71,7 +71,8 @@ ValueAxis AxisOf(const AxisWish& wish) {
     }
     const double first = std::ceil(axis.from / step - kSlack);
     const double last = std::floor(axis.to / step + kSlack);
-    for (double place = first; place <= last; ++place) axis.ticks.push_back({place * step, TickText(place * step, step)});
+    for (double place = first; place <= last; ++place)
+        axis.ticks.push_back({place * step, TickText(place * step, step)});
     return axis;
 }
 
