@@ -4,15 +4,11 @@
 
 namespace tarn {
 
-namespace {
-
-/// Characters, not bytes, of UTF-8: every byte but those that continue one.
-std::size_t DisplayWidth(const std::string& text) {
+// Every byte but those that continue a character.
+std::size_t DisplayWidth(std::string_view text) {
     return static_cast<std::size_t>(
-        std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
+        std::ranges::count_if(text, [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
 }
-
-}  // namespace
 
 std::string TextTable::ToText() const {
     std::vector<std::string> titles;

@@ -1,11 +1,16 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tarn {
 
 enum class Alignment { kLeft, kRight };
+
+/// How many characters, not bytes, a text of UTF-8 has.
+std::size_t DisplayWidth(std::string_view text);
 
 /// A table of plain text: a header line, unless all titles are empty, and rows of as many cells, in columns two blanks
 /// apart.

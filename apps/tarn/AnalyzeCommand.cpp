@@ -84,7 +84,7 @@ ExitStatus AnalyzeWhole(AnalysisPart part, const std::vector<std::string>& notes
     if (isShown && format == ReportFormat::kHtml) {
         PrintResult(HtmlOfResult(report, facts));
     } else if (isShown) {
-        PrintResult(isDocumentShown ? document : Present(result, format, allNotes));
+        PrintResult(isDocumentShown ? document : Present(result, {format, output.details}, allNotes));
     }
     return IsNoneDone(result) ? NoneDone() : status;
 }
@@ -176,7 +176,8 @@ ExitStatus AnalyzeParts(std::vector<AnalysisPart> parts, std::vector<std::string
         TellNotes(notes);
     }
     if (format != ReportFormat::kText || !options.output.quiet) {
-        PrintResult(format == ReportFormat::kHtml ? page : PresentParts(results, format, notes));
+        const Wanted wanted{format, options.output.details};
+        PrintResult(format == ReportFormat::kHtml ? page : PresentParts(results, wanted, notes));
     }
     const auto isNoneDone = [](const ResultPart& part) { return !part.result || IsNoneDone(*part.result); };
     return std::ranges::all_of(results, isNoneDone) ? NoneDone() : ExitStatus::kDone;

@@ -304,12 +304,17 @@ void AddFormat(Options& options, const char* help, const std::function<void(Repo
     });
 }
 
+void AddDetails(Options& options, bool& details) {
+    options.Flag("--details", details, "As text, all that there is of each test, in the words of the result document");
+}
+
 void DescribeOutput(CLI::App& app, OutputOptions& output, bool& brief, const char* outHelp) {
     Options options(app, kOutput);
     AddFormat(options, "What to write to standard output", [&](ReportFormat format) { output.format = format; });
     options.One("--out", output.outPath, "FILE", outHelp);
     options.Flag("--brief", brief, "Statistics alone: no histograms, no box plots, no other descriptives; the fastest");
     options.Flag("--quiet", output.quiet, "Show neither a progress bar nor the table of results");
+    AddDetails(options, output.details);
 }
 
 /// Pages and pictures, which are made of the table.
@@ -556,12 +561,12 @@ class CommandLine {
         DescribeRerun(Add("rerun", "Analyze once more what --save kept", [this] { return Rerun(); }), rerun_);
         Add("tests", "List the names of the tests", ListTests);
 
-        CLI::App& show =
-            Add("show", "Show a stored result document", [this] { return Show(resultPath_, shownFormat_); });
+        CLI::App& show = Add("show", "Show a stored result document", [this] { return Show(resultPath_, shown_); });
         AddArgument(show, "RESULT", resultPath_, "A result document, or - for standard input");
         Options shown(show, kOutput);
         AddFormat(shown, "How to show it, as text if not given",
-                  [this](ReportFormat format) { shownFormat_ = format; });
+                  [this](ReportFormat format) { shown_.format = format; });
+        AddDetails(shown, shown_.details);
 
         CLI::App& explain = Add("explain", "Explain a code or a test", [this] { return ExplainTopic(topic_); });
         AddArgument(explain, "TOPIC", topic_, "A code of a message, or the name of a test");
@@ -677,6 +682,7 @@ class CommandLine {
         if (!output.plotPath.empty()) arguments.push_back("--plot=" + output.plotPath);
         if (!output.plotFolder.empty()) arguments.push_back("--plot-dir=" + output.plotFolder);
         if (output.quiet) arguments.emplace_back("--quiet");
+        if (output.details) arguments.emplace_back("--details");
         if (rerun_.brief) arguments.emplace_back("--brief");
         if (output.format) arguments.push_back("--format=" + FormatNames()[static_cast<std::size_t>(*output.format)]);
         arguments.emplace_back("--");
@@ -810,7 +816,7 @@ class CommandLine {
     LookOptions look_;
     RerunOptions rerun_;
     std::string resultPath_;
-    ReportFormat shownFormat_ = ReportFormat::kText;
+    OutputOptions shown_;
     std::string topic_;
     std::string shell_;
 };

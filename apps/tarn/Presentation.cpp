@@ -1,7 +1,9 @@
 #include "apps/tarn/Presentation.h"
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <string_view>
 #include <utility>
@@ -10,6 +12,8 @@
 #include "host/analysis/Report.h"
 #include "host/report/CsvReport.h"
 #include "host/report/JsonReport.h"
+#include "host/report/ReadableReport.h"
+#include "host/report/ResultPage.h"
 #include "host/report/TextReport.h"
 
 namespace tarn {
@@ -44,11 +48,20 @@ std::vector<std::string> MessageFolders() {
     return folders;
 }
 
+/// Characters in a line of the terminal: within what is good to read, and 80 for what is no terminal.
+std::size_t WidthOfTerminal() {
+    constexpr std::size_t kNarrowest = 60;
+    constexpr std::size_t kWidest = 120;
+    winsize size{};
+    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return TextStyle().width;
+    return std::clamp(static_cast<std::size_t>(size.ws_col), kNarrowest, kWidest);
+}
+
 TextStyle StyleOfTerminal() {
     const bool isTerminal = isatty(STDOUT_FILENO) != 0;
     const std::string locale = MessageLocale();
     const bool isUtf8 = locale.ends_with("UTF-8") || locale.ends_with("utf8");
-    return {isTerminal && isUtf8, isTerminal && Environment("NO_COLOR").empty()};
+    return {isTerminal && isUtf8, isTerminal && Environment("NO_COLOR").empty(), WidthOfTerminal()};
 }
 
 /// The page of a result whose table isn't there.
@@ -83,10 +96,11 @@ ResultReading ReadDocument(std::string document, ArithmeticMode arithmetic) {
     return ReadAll(std::move(result), Texts());
 }
 
-std::string Present(const ResultReading& result, ReportFormat format, const std::vector<std::string>& notes) {
-    switch (format) {
+std::string Present(const ResultReading& result, const Wanted& wanted, const std::vector<std::string>& notes) {
+    switch (wanted.format) {
         case ReportFormat::kText:
-            return TextReport(result, Texts(), StyleOfTerminal(), notes);
+            if (wanted.details) return TextReport(result, Texts(), StyleOfTerminal(), notes);
+            return ReadableReport(PageOf(result, Texts(), notes), StyleOfTerminal());
         case ReportFormat::kJson:
             return JsonReport(result, Texts(), notes);
         case ReportFormat::kCsv:
@@ -99,11 +113,12 @@ std::string Present(const ResultReading& result, ReportFormat format, const std:
     return "";
 }
 
-std::string PresentParts(const std::vector<ResultPart>& parts, ReportFormat format,
+std::string PresentParts(const std::vector<ResultPart>& parts, const Wanted& wanted,
                          const std::vector<std::string>& notes) {
-    switch (format) {
+    switch (wanted.format) {
         case ReportFormat::kText:
-            return PartsText(parts, Texts(), StyleOfTerminal(), notes);
+            if (wanted.details) return PartsText(parts, Texts(), StyleOfTerminal(), notes);
+            return ReadableReport(PageOf(parts, Texts(), notes), StyleOfTerminal());
         case ReportFormat::kJson:
             return PartsJson(parts, Texts(), notes);
         case ReportFormat::kCsv:

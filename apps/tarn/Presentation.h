@@ -12,6 +12,12 @@ namespace tarn {
 /// How a result is shown.
 enum class ReportFormat { kText, kJson, kCsv, kXml, kHtml };
 
+/// How a result is wanted.
+struct Wanted {
+    ReportFormat format = ReportFormat::kText;
+    bool details = false;  ///< of the text: all that there is of each test
+};
+
 /// The names of the formats as a user types them, in the order of the enumeration.
 const std::vector<std::string>& FormatNames();
 
@@ -28,10 +34,10 @@ ResultReading ReadDocument(std::string document, ArithmeticMode arithmetic);
 
 /// A result in a format, with notes on the whole run; the text one as the terminal of standard output can show it, the
 /// page without plots. Not for `kXml`, which is the document itself.
-std::string Present(const ResultReading& result, ReportFormat format, const std::vector<std::string>& notes);
+std::string Present(const ResultReading& result, const Wanted& wanted, const std::vector<std::string>& notes);
 
 /// The parts of a split analysis in a format, but for `kXml` and `kHtml`, with notes on all of them.
-std::string PresentParts(const std::vector<ResultPart>& parts, ReportFormat format,
+std::string PresentParts(const std::vector<ResultPart>& parts, const Wanted& wanted,
                          const std::vector<std::string>& notes);
 
 /// The short table of a result.

@@ -92,7 +92,7 @@ ExitStatus Run(const RunOptions& options) {
     const bool isTableShown = outcome.succeeded && !output.quiet && format != ReportFormat::kText;
     std::optional<ResultReading> result;
     if (isReportShown || isTableShown) result = ReadDocument(std::move(outcome.document), outcome.arithmetic);
-    if (isReportShown) PrintResult(Present(*result, format, {}));
+    if (isReportShown) PrintResult(Present(*result, {format, output.details}, {}));
     const ExitStatus status = TellRemarks(outcome);
     if (isTableShown) (isStored && !output.format ? std::cout : std::cerr) << PresentShortly(*result);
     return status;

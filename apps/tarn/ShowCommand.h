@@ -6,8 +6,8 @@
 
 namespace tarn {
 
-/// `tarn show`: shows a stored result document in a format. Throws an `InputError` for a file that holds no such
-/// document.
-ExitStatus Show(const std::string& path, ReportFormat format);
+/// `tarn show`: shows a stored result document in a format, as text if none is named. Throws an `InputError` for a file
+/// that holds no such document.
+ExitStatus Show(const std::string& path, const OutputOptions& output);
 
 }  // namespace tarn

@@ -16,7 +16,6 @@ constexpr double kSmallestP = 0.001;
 constexpr double kLargestP = 0.9995;  // what is above it and rounds to 1
 constexpr int kUsualDecimals = 2;
 constexpr int kMostDecimalsOfShare = 4;
-constexpr int kDigitsOfLargest = 4;
 constexpr int kDigitsOfSmallest = 2;
 constexpr int kMostDecimals = 6;
 constexpr double kMostInDigits = 1e15;
@@ -60,20 +59,24 @@ std::string FixedText(double value, int decimals) {
                                                                                                : written;
 }
 
-std::string ShareText(double value) {
+std::string ShareText(double value, int decimals) {
     if (std::isnan(value)) return "undefined";
     const double size = std::fabs(value);
     // A digit of what is near 0, and what tells it from 1.
-    const auto isHidden = [&](int decimals) {
+    const auto isHidden = [&] {
         const double shown = std::round(size * std::pow(10, decimals)) / std::pow(10, decimals);
         return (size > 0 && shown == 0) || (size < 1 && shown >= 1);
     };
-    int decimals = kUsualDecimals;
-    while (decimals < kMostDecimalsOfShare && isHidden(decimals)) ++decimals;
+    while (decimals < kMostDecimalsOfShare && isHidden()) ++decimals;
     return WithoutLeadingZero(FixedText(value, decimals));
 }
 
 std::string StatisticText(const Number& value) {
+    if (value.empty()) return "not computed";
+    return std::fabs(value.value) < kMostInDigits ? FixedText(value.value, kUsualDecimals) : FewDigits(value);
+}
+
+std::string CountText(const Number& value) {
     if (value.empty()) return "not computed";
     if (!(std::fabs(value.value) < kMostInDigits)) return FewDigits(value);
     const bool isWhole = value.value == std::floor(value.value);
@@ -81,7 +84,7 @@ std::string StatisticText(const Number& value) {
     return FixedText(value.value, isWhole ? 0 : isHalf ? 1 : kUsualDecimals);
 }
 
-SameDecimals::SameDecimals(const std::vector<double>& values) {
+SameDecimals::SameDecimals(const std::vector<double>& values, int digits) {
     double largest = 0;
     double smallest = kMostInDigits;
     for (const double value : values) {
@@ -92,7 +95,7 @@ SameDecimals::SameDecimals(const std::vector<double>& values) {
     }
     if (largest == 0) return;
     isPlain_ = largest < kMostInDigits && largest >= kLeastInDigits;
-    const int wanted = std::max(DecimalsFor(largest, kDigitsOfLargest), DecimalsFor(smallest, kDigitsOfSmallest));
+    const int wanted = std::max(DecimalsFor(largest, digits), DecimalsFor(smallest, kDigitsOfSmallest));
     decimals_ = std::clamp(wanted, 0, kMostDecimals);
     const auto needsAll = [&](double value) {
         return FixedText(value, decimals_).back() != '0' && std::isfinite(value);

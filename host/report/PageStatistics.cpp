@@ -58,7 +58,7 @@ PageFigure FigureOf(std::string key, std::string symbol, std::string text, const
 
 class Lines {
  public:
-    explicit Lines(const TestReading& reading) : reading_(reading) {
+    Lines(const TestReading& reading, const std::vector<std::string>& classes) : reading_(reading), classes_(classes) {
         const auto form = std::ranges::find_if(
             kForms, [&](const StatisticForm& each) { return each.test->resultName == reading.name; });
         symbol_ = form == kForms.end() ? kChiSquare : form->symbol;
@@ -111,17 +111,23 @@ class Lines {
         if (Is(Tests::kMannWhitney)) {
             const Figure* const other = Find("MannWhitneyU");
             if (direction.IsEmpty() || other == nullptr) return "";
-            return "for " + direction.first + " (" + StatisticText(other->value) + " for " + direction.second + ")";
+            return "for " + direction.first + " (" + CountText(other->value) + " for " + direction.second + ")";
         }
         if (Is(Tests::kWilcoxonPairs) || Is(Tests::kWilcoxonOneSample)) {
             return direction.IsEmpty() ? "" : "for " + direction.Text();
         }
-        if (Is(Tests::kBinomial)) return "of " + StatisticText(reading_.n) + " in the first class";
+        if (Is(Tests::kBinomial))
+            return "of " + CountText(reading_.n) + " " + (classes_.empty() ? "in the first class" : classes_.front());
         if (Is(Tests::kRuns)) {
             const Figure* const expected = Find("Mean");
             return expected == nullptr ? "" : "(" + FixedText(expected->value.value, 1) + " expected)";
         }
         return "";
+    }
+
+    std::string Text(const Number& statistic) const {
+        const bool isSquare = symbol_ == kChiSquare || symbol_ == "H" || symbol_ == "Q";
+        return isSquare ? StatisticText(statistic) : CountText(statistic);
     }
 
     /// What comes in front of the significance of a set.
@@ -137,8 +143,12 @@ class Lines {
         const Number& statistic = p == nullptr ? set.statistic : set.StatisticOf(*p);
         if (p != nullptr && p->ownStatistic && statistic.empty()) return figures;
         const bool isCorrected = p != nullptr && p->kind == PValueKind::kContinuityCorrected;
-        PageFigure figure = FigureOf("statistic", symbol_, StatisticText(statistic), statistic,
-                                     isCorrected ? "with continuity correction" : StatisticRemark());
+        const bool isOneOfTwo = std::ranges::any_of(
+            set.pValues, [](const PValue& each) { return each.kind == PValueKind::kContinuityCorrected; });
+        PageFigure figure = FigureOf("statistic", symbol_, Text(statistic), statistic,
+                                     isCorrected  ? "with continuity correction"
+                                     : isOneOfTwo ? "without continuity correction"
+                                                  : StatisticRemark());
         figure.df = set.df;
         figure.remark = Marked(Quantity::kStatistic, figure.remark);
         if (Is(Tests::kMoses)) figure.symbol = set.label;
@@ -177,11 +187,21 @@ class Lines {
         return figure;
     }
 
+    /// Whether the document's exact significance isn't the one given the ties of the data.
+    bool IgnoresTies(const PValue& p) const {
+        constexpr double kRounding = 1e-9;
+        if (!Is(Tests::kMannWhitney) || p.kind != PValueKind::kExact) return false;
+        return std::ranges::any_of(reading_.supplement.pValues, [&](const SuppliedPValue& supplied) {
+            const bool isSame = supplied.kind == "exact" && supplied.alternative == "two-sided";
+            return isSame && std::fabs(supplied.value.value - p.value.value) > kRounding;
+        });
+    }
+
     PageFigure FigureOfP(const PValue& p) const {
         std::vector<std::string> parts;
         if (p.tails == 1) parts.emplace_back("one-sided");
         if (p.tails == 2 && hasSides_) parts.emplace_back("two-sided");
-        const std::string kind = KindText(p.kind);
+        const std::string kind = KindText(p.kind) + (IgnoresTies(p) ? ", ignoring ties" : "");
         const bool tellsKind = pCount_ > 1 || p.kind != PValueKind::kAsymptotic;
         if (tellsKind && !kind.empty()) parts.push_back(kind);
         return PFigure(p.value, p.isBound, Marked(Quantity::kPValue, RemarkOf(parts)));
@@ -212,7 +232,8 @@ class Lines {
         if (!p.claim.empty()) parts.push_back(p.claim);
         parts.push_back(p.kind == "monte-carlo" ? "Monte Carlo" : p.kind);
         if (!p.method.empty()) parts.push_back(p.method);
-        if (!p.lower.empty()) parts.push_back(PCellText(p.lower) + " to " + PCellText(p.upper));
+        // The method ends with the level of the interval.
+        if (!p.lower.empty()) parts.back() += " " + PCellText(p.lower) + " to " + PCellText(p.upper);
         figures.push_back(PFigure(p.value, false, RemarkOf(parts)));
         return figures;
     }
@@ -223,7 +244,7 @@ class Lines {
         // The test by choice may count otherwise than the document's.
         const bool hasOwn = !chosen.statistic.empty() && symbol_ != "D" && !line.figures.empty();
         if (hasOwn && chosen.statistic != set.statistic) {
-            line.figures.back().text = StatisticText(chosen.statistic);
+            line.figures.back().text = Text(chosen.statistic);
             line.figures.back().number = chosen.statistic;
             if (Is(Tests::kMannWhitney)) line.figures.back().remark = "for " + reading_.direction.first;
         }
@@ -256,6 +277,7 @@ class Lines {
     }
 
     const TestReading& reading_;
+    const std::vector<std::string>& classes_;
     std::string symbol_;
     bool hasSides_ = false;
     std::size_t pCount_ = 0;
@@ -263,8 +285,8 @@ class Lines {
 
 }  // namespace
 
-std::vector<PageLine> StatisticLines(const TestReading& reading) {
-    return Lines(reading).All();
+std::vector<PageLine> StatisticLines(const TestReading& reading, const std::vector<std::string>& classes) {
+    return Lines(reading, classes).All();
 }
 
 }  // namespace tarn

@@ -22,6 +22,9 @@ PageCell NumberCell(std::string text, const Number& number) {
     return {std::move(text), number, {}};
 }
 
+/// Quartiles and limits lie between values.
+constexpr int kDigitsOfRanges = 3;
+
 /// Adds a column with its cells to a table whose rows are there.
 void AddColumn(PageTable& table, PageColumn column, const std::vector<PageCell>& cells) {
     table.columns.push_back(std::move(column));
@@ -46,12 +49,27 @@ std::vector<PageCell> RangeCells(const std::vector<Number>& lower, const std::ve
     for (const auto* side : {&lower, &upper}) {
         for (const Number& number : *side) values.push_back(number.value);
     }
-    const SameDecimals decimals(values);
+    const SameDecimals decimals(values, kDigitsOfRanges);
     std::vector<PageCell> cells;
     for (std::size_t i = 0; i < lower.size(); ++i) {
         cells.push_back({decimals.Range(lower[i], upper[i]), lower[i], upper[i]});
     }
     return cells;
+}
+
+template <typename Write>
+std::vector<PageCell> WrittenCells(const std::vector<Number>& numbers, Write write) {
+    std::vector<PageCell> cells;
+    for (const Number& number : numbers) cells.push_back(NumberCell(number.empty() ? "" : write(number), number));
+    return cells;
+}
+
+/// Mean ranks and their differences: two decimals of few, one of many.
+std::vector<PageCell> RankCells(const std::vector<Number>& numbers) {
+    constexpr double kMany = 10;
+    const bool areFew =
+        std::ranges::none_of(numbers, [](const Number& each) { return std::fabs(each.value) >= kMany; });
+    return WrittenCells(numbers, [&](const Number& number) { return FixedText(number.value, areFew ? 2 : 1); });
 }
 
 const Figure* FindFigure(const TestReading& reading, const std::string& sample, std::string_view key) {
@@ -110,13 +128,15 @@ class SampleColumns {
             AddFigures(key, column);
         }
         AddLetters();
-        const bool isCountAlone = table_.columns.size() <= kNameAndCount && table_.rows.size() < 2;
+        // What misses of a single field stands beside the cases.
+        const bool hasMore = std::ranges::any_of(table_.columns, [](const PageColumn& column) {
+            return column.key != "sample" && column.key != "n" && column.key != "missing";
+        });
+        const bool isCountAlone = !hasMore && table_.rows.size() < 2;
         return isCountAlone ? PageTable() : std::move(table_);
     }
 
  private:
-    static constexpr std::size_t kNameAndCount = 2;
-
     void AddNumbers(const char* key, const std::string& title, const std::vector<Number>& numbers) {
         const std::vector<PageCell> cells = CellsOf(numbers);
         if (!AreAllEmpty(cells)) AddColumn(table_, {key, title, Alignment::kRight}, cells);
@@ -145,7 +165,8 @@ class SampleColumns {
             numbers.push_back(figure == nullptr ? Number() : figure->value);
             if (figure != nullptr) title = figure->label;
         }
-        AddNumbers(column, title, numbers);
+        const std::vector<PageCell> cells = key == "MeanOfRank" ? RankCells(numbers) : CellsOf(numbers);
+        if (!AreAllEmpty(cells)) AddColumn(table_, {column, title, Alignment::kRight}, cells);
     }
 
     void AddLetters() {
@@ -207,10 +228,16 @@ PageEffect Written(const EffectSize& size) {
     return effect;
 }
 
+/// "proportion of female", as the effect beside the estimate calls it.
+std::string ProportionLabel(const TestReading& reading) {
+    const auto found = std::ranges::find(reading.supplement.effects, "proportion", &EffectSize::key);
+    return found == reading.supplement.effects.end() ? "proportion" : found->label;
+}
+
 PageEffect EstimateOf(const Interval& interval, const TestReading& reading) {
     PageEffect effect;
     effect.key = "estimate";
-    effect.label = interval.method.empty() ? reading.direction.Text() : "proportion";
+    effect.label = interval.method.empty() ? reading.direction.Text() : ProportionLabel(reading);
     effect.value = interval.estimate;
     effect.lower = interval.lower;
     effect.upper = interval.upper;
@@ -220,43 +247,45 @@ PageEffect EstimateOf(const Interval& interval, const TestReading& reading) {
     if (interval.method.empty()) {
         WriteInUnit(effect);
     } else {
-        effect.text = BoundText(effect.value, true);
-        effect.lowerText = BoundText(effect.lower, true);
-        effect.upperText = BoundText(effect.upper, true);
+        // The three methods differ in the third decimal.
+        constexpr int kDecimals = 3;
+        effect.text = effect.value.empty() ? "" : ShareText(effect.value.value, kDecimals);
+        effect.lowerText = effect.lower.empty() ? "" : ShareText(effect.lower.value, kDecimals);
+        effect.upperText = effect.upper.empty() ? "" : ShareText(effect.upper.value, kDecimals);
     }
     return effect;
 }
 
 // ---- Pairs ----
 
+std::vector<PageCell> ShareCells(const std::vector<Number>& numbers) {
+    return WrittenCells(numbers, [](const Number& number) { return ShareText(number.value); });
+}
+std::vector<PageCell> StatisticCells(const std::vector<Number>& numbers) {
+    return WrittenCells(numbers, StatisticText);
+}
+std::vector<PageCell> CountCells(const std::vector<Number>& numbers) {
+    return WrittenCells(numbers, CountText);
+}
+
 /// What the pairs of a test are compared by, and who described it.
 struct PairForm {
     const TestFacts* test;
     const char* author;
     const char* statistic;
-    bool isShare;
+    std::vector<PageCell> (*cellsOf)(const std::vector<Number>& statistics);
 };
 constexpr std::array kPairForms{
-    PairForm{&Tests::kKruskalWallis, "Dunn", "mean rank difference", false},
-    PairForm{&Tests::kFriedman, "Dunn", "mean rank difference", false},
-    PairForm{&Tests::kKendall, "Dunn", "mean rank difference", false},
-    PairForm{&Tests::kCochran, "Marascuilo-McSweeney", "difference of proportions", true},
-    PairForm{&Tests::kJonckheereTerpstra, "Jonckheere, one-sided", "J", false},
-    PairForm{&Tests::kMedian, "median test", "chi2", false},
+    PairForm{&Tests::kKruskalWallis, "Dunn", "mean rank difference", RankCells},
+    PairForm{&Tests::kFriedman, "Dunn", "mean rank difference", RankCells},
+    PairForm{&Tests::kKendall, "Dunn", "mean rank difference", RankCells},
+    PairForm{&Tests::kCochran, "Marascuilo-McSweeney", "difference of proportions", ShareCells},
+    PairForm{&Tests::kJonckheereTerpstra, "Jonckheere, one-sided", "J", CountCells},
+    PairForm{&Tests::kMedian, "median test", "chi2", StatisticCells},
 };
 
 std::vector<PageCell> PCells(const std::vector<Number>& numbers) {
-    std::vector<PageCell> cells;
-    for (const Number& number : numbers) cells.push_back(NumberCell(PCellText(number), number));
-    return cells;
-}
-
-std::vector<PageCell> FixedCells(const std::vector<Number>& numbers, int decimals) {
-    std::vector<PageCell> cells;
-    for (const Number& number : numbers) {
-        cells.push_back(NumberCell(number.empty() ? "" : FixedText(number.value, decimals), number));
-    }
-    return cells;
+    return WrittenCells(numbers, [](const Number& number) { return PCellText(number); });
 }
 
 void AddUnlessEmpty(PageTable& table, PageColumn column, const std::vector<PageCell>& cells) {
@@ -308,7 +337,7 @@ PageTable SampleTable(const TestReading& reading, const ResultReading& result) {
     return SampleColumns(reading, result).Table();
 }
 
-PageTable CountsTable(const TestReading& reading) {
+PageTable CountsTable(const TestReading& reading, const std::vector<std::string>& classes) {
     const CountTable& counts = reading.counts;
     PageTable table;
     table.columns.push_back({"class", counts.corner});
@@ -323,7 +352,8 @@ PageTable CountsTable(const TestReading& reading) {
             const Number number(column < row.size() ? row[column] : "");
             cells.push_back(NumberCell(number.empty() ? "" : FewDigits(number), number));
         }
-        const std::string title = column < counts.columnTitles.size() ? counts.columnTitles[column] : "";
+        const std::vector<std::string>& titles = classes.empty() ? counts.columnTitles : classes;
+        const std::string title = column < titles.size() ? titles[column] : "";
         AddColumn(table, {"count", title, Alignment::kRight}, cells);
     }
     return table;
@@ -342,13 +372,12 @@ PageTable PairTable(const TestReading& reading) {
     const char* const separator = reading.name == Tests::kJonckheereTerpstra.resultName ? " < " : " - ";
     for (const PairComparison& pair : pairs) table.rows.push_back({TextCell(pair.first + separator + pair.second)});
     const std::vector<Number> statistics = NumbersOf(pairs, &PairComparison::statistic);
-    const std::vector<PageCell> statisticCells =
-        isKnown && form->isShare ? FixedCells(statistics, 2) : CellsOf(statistics);
+    const std::vector<PageCell> statisticCells = isKnown ? form->cellsOf(statistics) : CellsOf(statistics);
     AddUnlessEmpty(table, {"difference", isKnown ? form->statistic : "statistic", Alignment::kRight}, statisticCells);
     AddUnlessEmpty(table, {"standard-error", "std. error", Alignment::kRight, true},
                    CellsOf(NumbersOf(pairs, &PairComparison::standardError)));
     AddUnlessEmpty(table, {"z", "z", Alignment::kRight},
-                   FixedCells(NumbersOf(pairs, &PairComparison::standardized), 2));
+                   StatisticCells(NumbersOf(pairs, &PairComparison::standardized)));
     AddUnlessEmpty(table, {"p", "p", Alignment::kRight, true}, PCells(NumbersOf(pairs, &PairComparison::p)));
     const bool isChosen = reading.supplement.adjustedPairs.size() == pairs.size();
     const bool isNone = reading.supplement.adjustment == TitleOf(Adjustment::kNone);

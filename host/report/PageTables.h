@@ -1,5 +1,8 @@
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "host/report/TestPage.h"
 
 namespace tarn {
@@ -8,7 +11,8 @@ namespace tarn {
 
 /// A row for each group or field.
 PageTable SampleTable(const TestReading& reading, const ResultReading& result);
-PageTable CountsTable(const TestReading& reading);
+/// `classes`: the two classes of the field, where the test has such.
+PageTable CountsTable(const TestReading& reading, const std::vector<std::string>& classes);
 /// A row for each pair, in the order of the reading; their effects are in it.
 PageTable PairTable(const TestReading& reading);
 /// A row for each sample, an "x" in the column of each subset that it is in, and the significances of the subsets.

@@ -77,6 +77,8 @@ class Summary {
         };
         hasOneTitle_ = isAlike([](const SummaryRow& row) { return row.page->title; });
         hasOneGroup_ = isAlike([](const SummaryRow& row) { return row.reading->group; });
+        hasOneSubject_ =
+            rows.size() > 1 && !hasOneTitle_ && isAlike([](const SummaryRow& row) { return row.page->subject; });
         hasOneEffect_ = isAlike([](const SummaryRow& row) {
             return row.page->effects.empty() ? std::string() : row.page->effects.front().label;
         });
@@ -89,8 +91,9 @@ class Summary {
             Add(table, {"part", partTitle}, [](const SummaryRow& row) { return PageCell{row.part, {}, {}}; });
         }
         if (!hasOneTitle_) Add(table, {"test", "test"}, TitleCell);
-        Add(table, {"fields", hasOneTitle_ && hasOneGroup_ ? FieldsTitle() : "fields"},
-            [&](const SummaryRow& row) { return FieldsCell(row); });
+        if (!hasOneSubject_)
+            Add(table, {"fields", hasOneTitle_ && hasOneGroup_ ? FieldsTitle() : "fields"},
+                [&](const SummaryRow& row) { return FieldsCell(row); });
         Add(table, {"n", "n", Alignment::kRight}, CasesCell);
         if (!HasEstimatesAlone()) {
             Add(table, {"statistic", "statistic", Alignment::kRight, EffectsTell()}, StatisticCell);
@@ -106,6 +109,7 @@ class Summary {
     std::string Title() const {
         const std::string count = std::to_string(rows_.size());
         if (rows_.size() == 1) return rows_.front().page->Heading();
+        if (hasOneSubject_) return count + " tests of " + rows_.front().page->subject;
         if (!hasOneTitle_ || !hasOneGroup_) return count + " tests";
         const std::string group = rows_.front().reading->group;
         return count + " " + (group.empty() ? "tests" : "outcomes by " + group) + ", " + rows_.front().page->title;
@@ -146,6 +150,10 @@ class Summary {
     }
 
     static PageCell StatisticCell(const SummaryRow& row) {
+        if (row.page->isEstimate && !row.page->effects.empty()) {
+            const PageEffect& estimate = row.page->effects.front();
+            return {estimate.WithInterval(), estimate.value, {}};
+        }
         if (row.page->statistics.empty() || row.page->statistics.front().figures.empty()) return {};
         const PageFigure& figure = row.page->statistics.front().figures.front();
         return figure.key == "p" ? PageCell() : PageCell{FigureText(figure), figure.number, {}};
@@ -192,6 +200,7 @@ class Summary {
     const std::vector<SummaryRow>& rows_;
     bool hasOneTitle_ = false;
     bool hasOneGroup_ = false;
+    bool hasOneSubject_ = false;  ///< several tests of the same fields
     bool hasOneEffect_ = false;
 };
 

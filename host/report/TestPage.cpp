@@ -2,13 +2,16 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string_view>
 
 #include "host/NumberText.h"
 #include "host/TextList.h"
+#include "host/report/AdjustedPValues.h"
 #include "host/report/PageNumbers.h"
 #include "host/report/PageStatistics.h"
 #include "host/report/PageTables.h"
 #include "host/report/PageText.h"
+#include "vocabulary/TestFacts.h"
 
 namespace tarn {
 
@@ -16,21 +19,32 @@ namespace {
 
 // A sample that makes a subset by itself, as the table of subsets shows.
 constexpr long kSingleSubset = 220013;
+// How many cells have an expected count below 5.
+constexpr long kSmallExpectedCounts = 220211;
 
 // ---- Cases ----
 
-/// The cases of an estimate, which its document doesn't tell, from those of its groups.
+/// The cases of an estimate, which its document doesn't tell, from those of its groups or fields.
 Number CasesOf(const TestReading& reading) {
     const std::vector<SampleSummary>& samples = reading.supplement.samples;
-    if (!reading.n.empty() || reading.group.empty() || samples.empty()) return reading.n;
+    if (!reading.n.empty() || samples.empty()) return reading.n;
+    if (reading.group.empty()) return samples.front().n;
     double sum = 0;
     for (const SampleSummary& sample : samples) sum += sample.n.value;
     return Number(ExactText(sum));
 }
 
 /// "27 of 40 cases (13 missing)"
-std::string CasesText(const TestReading& reading, const Number& n) {
+std::string CasesText(const TestReading& reading, const ResultReading& result, const Number& n) {
     if (n.empty()) return "";
+    if (reading.n.empty()) {
+        const auto total =
+            std::ranges::find(result.document.counts, "totalFreq", [](const auto& each) { return each.first; });
+        const Number all = total == result.document.counts.end() ? n : Number(total->second);
+        if (!(all.value > n.value)) return ShortNumber(n) + " cases";
+        return ShortNumber(n) + " of " + ShortNumber(all) + " cases (" + ShortNumber(ExactText(all.value - n.value)) +
+               " missing or left out)";
+    }
     const std::string beyond = reading.IsBeyondRange(Quantity::kN) ? ", beyond the engine's range" : "";
     const std::string all = reading.totalN.empty() ? "" : " of " + ShortNumber(reading.totalN);
     std::string text = ShortNumber(n) + all + (n == "1" && all.empty() ? " case" : " cases");
@@ -38,6 +52,25 @@ std::string CasesText(const TestReading& reading, const Number& n) {
         text += " (" + ShortNumber(reading.leftOut) + (reading.isMissing ? " missing)" : " missing or left out)");
     }
     return text + beyond;
+}
+
+// ---- Classes ----
+
+/// The two classes of the field of a binomial test by their categories; none where a cut point makes them.
+std::vector<std::string> ClassesOf(const TestResult& test, const ResultDocument& document) {
+    if (test.name != Tests::kBinomial.resultName || test.parameters.empty()) return {};
+    const ResultField* const field = document.FieldAt(test.parameters.front());
+    std::vector<std::string> classes;
+    for (const auto& [place, title] : {std::pair{Tests::kBinomial.condition.firstClass, " (first class)"},
+                                       std::pair{Tests::kBinomial.condition.secondClass, ""}}) {
+        const auto index = static_cast<std::size_t>(place);
+        if (field == nullptr || index >= test.parameters.size()) return {};
+        for (const std::string& category : SplitList(test.parameters[index])) {
+            if (field->CategoryAt(category) == nullptr) return {};
+        }
+        classes.push_back(CategoryNames(test.parameters[index], field) + title);
+    }
+    return classes;
 }
 
 // ---- Facts ----
@@ -81,25 +114,43 @@ std::string IntervalText(const TestReading& reading) {
     return JoinList(parts, "; ");
 }
 
+/// The convention of the pairs, which ends with the document's adjustment, with the one that the user chose.
+std::string PairsMethod(const TestReading& reading) {
+    constexpr std::string_view kOfDocument = "Bonferroni.";
+    std::string method = reading.pairsMethod;
+    if (reading.supplement.adjustedPairs.empty() || !method.ends_with(kOfDocument)) return method;
+    const std::string& chosen = reading.supplement.adjustment;
+    const bool isNone = chosen == TitleOf(Adjustment::kNone);
+    return method.replace(method.size() - kOfDocument.size(), kOfDocument.size(),
+                          isNone ? "not adjusted." : chosen + ".");
+}
+
 std::vector<PageFact> MethodsOf(const TestReading& reading, const ResultReading& result) {
     const std::string intervals = IntervalText(reading);
     std::vector<PageFact> methods{{"Method", reading.method},
-                                  {"Pairs", reading.pairsMethod},
+                                  {"Pairs", PairsMethod(reading)},
                                   {"Subsets", reading.subsetsMethod},
                                   {"Intervals, " + PercentText(result.confidenceLevel.value), intervals},
                                   {"Call", reading.supplement.call}};
     // The level of an estimate stands beside it, too.
     if (intervals.empty() && !reading.intervals.empty()) {
-        methods.push_back({"Level of the interval", PercentText(result.confidenceLevel.value)});
+        methods.push_back({"Interval", PercentText(result.confidenceLevel.value)});
     }
     std::erase_if(methods, [](const PageFact& fact) { return fact.text.empty(); });
     return methods;
 }
 
-std::vector<PageNote> NotesOf(const TestReading& reading, const MessageCatalogue& texts) {
+/// Whether a message says nothing that a reader doesn't see, or would want to.
+bool IsIdle(const ResultMessage& message, const TestReading& reading) {
+    if (message.code == kSingleSubset) return !reading.subsets.empty();
+    return message.code == kSmallExpectedCounts && !message.parameters.empty() && message.parameters.front() == "0";
+}
+
+std::vector<PageNote> NotesOf(const TestReading& reading, const TestResult& test, const MessageCatalogue& texts) {
     std::vector<PageNote> notes;
-    for (const TestReading::Note& note : reading.notes) {
-        if (note.code == kSingleSubset && !reading.subsets.empty()) continue;
+    for (std::size_t i = 0; i < reading.notes.size(); ++i) {
+        const TestReading::Note& note = reading.notes[i];
+        if (i < test.messages.size() && IsIdle(test.messages[i], reading)) continue;
         const PageNote::Kind kind = note.kind == "error"     ? PageNote::Kind::kMistake
                                     : note.kind == "warning" ? PageNote::Kind::kWarning
                                                              : PageNote::Kind::kNote;
@@ -128,6 +179,26 @@ std::string ConclusionText(const TestReading& reading, const ResultReading& resu
     if (reading.decision == "retain") return at + "was not rejected, which does not show that it holds" + hypothesis;
     if (reading.IsBeyondRange(Quantity::kPValue)) return "Nothing is decided, as p is beyond the engine's range.";
     return reading.statistics.empty() ? "" : "Nothing is decided, as p is undefined.";
+}
+
+/// Which pairs differ once they are adjusted; "" where none were compared, or nobody knows.
+std::string PairsSentence(const TestReading& reading, const ResultReading& result) {
+    constexpr std::size_t kMostNamed = 10;
+    const std::vector<Number>& chosen = reading.supplement.adjustedPairs;
+    std::vector<std::string> different;
+    for (std::size_t i = 0; i < reading.pairs.size(); ++i) {
+        const PairComparison& pair = reading.pairs[i];
+        const Number& p = chosen.size() == reading.pairs.size() ? chosen[i] : pair.adjustedP;
+        if (std::isnan(p.value) || reading.IsBeyondRange(Quantity::kPairs)) return "";
+        if (p.value < result.sigLevel.value) different.push_back(pair.first + " and " + pair.second);
+    }
+    if (reading.pairs.empty()) return "";
+    const bool isAdjusted = chosen.empty() || reading.supplement.adjustment != TitleOf(Adjustment::kNone);
+    const std::string when = isAdjusted ? "After adjustment " : "Without adjustment ";
+    if (different.empty()) return when + "no pair was shown to differ.";
+    const std::string of = std::to_string(different.size()) + " of " + std::to_string(reading.pairs.size()) + " pairs ";
+    const std::string sentence = when + of + (different.size() == 1 ? "differs" : "differ");
+    return sentence + (different.size() > kMostNamed ? "." : ": " + JoinList(different, "; ") + ".");
 }
 
 bool IsRejected(const TestReading& reading, const ResultReading& result) {
@@ -159,10 +230,11 @@ TestPage PageOf(const ResultReading& result, std::size_t place, const MessageCat
     page.hypothesis = reading.statement;
     page.isEstimate = reading.isEstimate;
     page.n = CasesOf(reading);
-    page.cases = CasesText(reading, page.n);
+    page.cases = CasesText(reading, result, page.n);
     page.samples = SampleTable(reading, result);
-    page.counts = CountsTable(reading);
-    page.statistics = StatisticLines(reading);
+    const std::vector<std::string> classes = ClassesOf(result.document.tests[place], result.document);
+    page.counts = CountsTable(reading, classes);
+    page.statistics = StatisticLines(reading, classes);
     page.effects = EffectsOf(reading);
     page.pairs = PairTable(reading);
     for (const PairComparison& pair : reading.pairs) page.pairNames.emplace_back(pair.first, pair.second);
@@ -170,7 +242,8 @@ TestPage PageOf(const ResultReading& result, std::size_t place, const MessageCat
     page.orders = OrdersOf(reading);
     page.methods = MethodsOf(reading, result);
     page.conclusion = ConclusionText(reading, result);
-    page.notes = NotesOf(reading, texts);
+    if (const std::string pairs = PairsSentence(reading, result); !pairs.empty()) page.conclusion += " " + pairs;
+    page.notes = NotesOf(reading, result.document.tests[place], texts);
     page.hasFailed = reading.HasError();
     page.isRejected = IsRejected(reading, result);
     MakeOneLine(page);

@@ -115,7 +115,7 @@ struct TestPage {
     PageTable subsets;             ///< homogeneous subsets as columns
     std::vector<PageFact> orders;  ///< "Order of dose": "low < high"; "Scores of grade": "poor 1, good 2"
     std::vector<PageFact> methods;
-    std::string conclusion;  ///< one sentence that claims no more than the test does
+    std::string conclusion;  ///< a sentence that claims no more than the test does, and one on its pairs
     std::vector<PageNote> notes;
     bool hasFailed = false;   ///< it was not done; a note says why
     bool isRejected = false;  ///< whether its first significance is below the level of the run

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,7 @@ namespace tarn {
 struct TextStyle {
     bool hasUnicode = false;
     bool hasColour = false;
+    std::size_t width = 80;  ///< characters in a line; a table of long names may be wider
 };
 
 /// A block for each test as an analyst would paste it into a report: its question, what it found, how sure that is,

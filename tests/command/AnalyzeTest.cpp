@@ -43,7 +43,7 @@ class Analyze : public testing::Test {
 };
 
 TEST_F(Analyze, ShowsTheTableOnStandardOutput) {
-    const CommandResult result = Run({"--related", "before,after", "--tests", "sign"});
+    const CommandResult result = Run({"--related", "before,after", "--tests", "sign", "--details"});
     EXPECT_EQ(result.exitStatus, 0) << result.err;
     EXPECT_TRUE(result.out.starts_with("1. Sign test: before, after\n   H0: ")) << result.out;
     EXPECT_NE(result.out.find("   N: 5 of 6 cases (1 missing)\n"), std::string::npos) << result.out;

@@ -57,7 +57,7 @@ void ExpectRight(const Json& test) {
 
 TEST_F(ArithmeticOfTheCommand, AnalyzesBeyondTheWidthsOfTheDefinition) {
     ExpectRight(TestOf(RunTarn(Analysis({"--format", "json"}))));
-    const std::string text = RunTarn(Analysis({})).out;
+    const std::string text = RunTarn(Analysis({"--details"})).out;
     EXPECT_TRUE(text.ends_with("\nArithmetic: extended\n")) << text;
     EXPECT_EQ(text.find("beyond"), std::string::npos) << text;
 }
@@ -69,7 +69,7 @@ TEST_F(ArithmeticOfTheCommand, AnalyzesAsDefinedWhereItIsAskedTo) {
     EXPECT_GT(test.at("statistics").at(0).at("standardized").get<double>(), 100);
     EXPECT_EQ(test.at("limits").at(0).at("key"), "wilcoxon-pairs");
     EXPECT_EQ(test.at("arithmetic"), nullptr);
-    const std::string text = RunTarn(Analysis({"--as-defined"})).out;
+    const std::string text = RunTarn(Analysis({"--as-defined", "--details"})).out;
     EXPECT_TRUE(text.ends_with("\nArithmetic: as defined\n")) << text;
 }
 

@@ -1,5 +1,6 @@
-// The commands that README.md and the pages of docs/ show with their outputs: what a reader sees there is what the
-// command says. What the numbers should be is the matter of other tests.
+// The commands that README.md and the pages of docs/ show with their outputs, and those that show each test and layout
+// in tests/command/readable/: what a reader sees there is what the command says. What the numbers should be is the
+// matter of other tests.
 
 #include <gtest/gtest.h>
 
@@ -75,7 +76,9 @@ TEST_P(Documentation, ShowsWhatTheCommandSays) {
 
 INSTANTIATE_TEST_SUITE_P(Pages, Documentation,
                          testing::Values("README.md", "docs/one-sample.md", "docs/related.md", "docs/independent.md",
-                                         "docs/published.md"),
+                                         "docs/published.md", "tests/command/readable/one-sample.md",
+                                         "tests/command/readable/related.md", "tests/command/readable/independent.md",
+                                         "tests/command/readable/layouts.md"),
                          [](const auto& test) {
                              std::string name = test.param;
                              for (char& c : name) {

@@ -24,7 +24,8 @@ Lines TableOf(const std::string& test, const std::string& group, const std::stri
                                        "--independent", "hours_after",
                                        "--group",       group,
                                        "--tests",       test,
-                                       "--compare",     comparison};
+                                       "--compare",     comparison,
+                                       "--details"};
     if (!order.empty()) arguments.insert(arguments.end(), {"--order", group + "=" + order});
     const harness::CommandResult result = harness::RunTarn(arguments);
     EXPECT_EQ(result.exitStatus, 0) << result.err;

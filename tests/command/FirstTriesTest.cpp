@@ -59,7 +59,7 @@ using AnsweredTries = FirstTries;
 TEST_P(WorkingTries, Work) {
     const harness::CommandResult result = harness::RunTarn(GetParam().typed);
     EXPECT_EQ(result.exitStatus, 0) << result.err;
-    EXPECT_EQ(result.out.substr(0, result.out.find('\n')), GetParam().said);
+    EXPECT_TRUE(result.out.starts_with(GetParam().said)) << result.out;
 }
 
 TEST_P(AnsweredTries, SayWhatToType) {
@@ -72,39 +72,39 @@ TEST_P(AnsweredTries, SayWhatToType) {
 // The tests are those that the words mean: of two groups, of several, of a pair, of one field.
 const Try kWorking[] = {
     Try{{"d.csv"}, "d.csv: 24 rows, 8 fields"},
-    Try{{"analyze", "d.csv", "score ~ arm"}, "1. Kruskal-Wallis test: score by arm"},
-    Try{{"analyze", "d.csv", "score ~ sex", "--tests", "mann-whitney"}, "1. Mann-Whitney U test: score by sex"},
+    Try{{"analyze", "d.csv", "score ~ arm"}, "Kruskal-Wallis test: score by arm"},
+    Try{{"analyze", "d.csv", "score ~ sex", "--tests", "mann-whitney"}, "Mann-Whitney U test: score by sex"},
     Try{{"analyze", "d.csv", "--related", "before,after", "--tests", "wilcoxon"},
-        "1. Wilcoxon signed rank test of matched pairs: before, after"},
-    Try{{"analyze", "d.csv", "--independent", "score", "--by", "sex"}, "1. Mann-Whitney U test: score by sex"},
+        "Wilcoxon signed rank test of matched pairs: before, after"},
+    Try{{"analyze", "d.csv", "--independent", "score", "--by", "sex"}, "Mann-Whitney U test: score by sex"},
     Try{{"analyze", "l.csv", "score ~ cond | who"},
-        "1. Friedman's two-way analysis of variance by ranks: cond=p, cond=q, cond=r"},
-    Try{{"analyze", "d.csv", "score ~ arm", "--against", "a"}, "1. Kruskal-Wallis test: score by arm"},
+        "Friedman's two-way analysis of variance by ranks: cond=p, cond=q, cond=r"},
+    Try{{"analyze", "d.csv", "score ~ arm", "--against", "a"}, "Kruskal-Wallis test: score by arm"},
     Try{{"analyze", "d.csv", "--one-sample", "arm", "--tests", "chi-square", "--expected", "a=.2,b=.3,c=.5"},
-        "1. Chi-square test: arm"},
+        "Chi-square test: arm"},
     Try{{"analyze", "d.csv", "score ~ 1", "--tests", "kolmogorov-smirnov", "--mean", "5", "--sd", "2"},
-        "1. Kolmogorov-Smirnov test of one sample: score"},
+        "Kolmogorov-Smirnov test of one sample: score"},
     Try{{"analyze", "d.csv", "score ~ 1", "--tests", "wilcoxon", "--test-value", "8"},
-        "1. Wilcoxon signed rank test: score"},
-    Try{{"analyze", "d.csv", "--related", "be*,after"}, "1. Wilcoxon signed rank test of matched pairs: before, after"},
-    Try{{"analyze", "d.csv", "Score ~ Sex"}, "1. Mann-Whitney U test: score by sex"},
+        "Wilcoxon signed rank test: score"},
+    Try{{"analyze", "d.csv", "--related", "be*,after"}, "Wilcoxon signed rank test of matched pairs: before, after"},
+    Try{{"analyze", "d.csv", "Score ~ Sex"}, "Mann-Whitney U test: score by sex"},
     Try{{"analyze", "d.csv", "score ~ sex", "--where", "score > 3 and arm in ('a', 'b')"},
-        "1. Mann-Whitney U test: score by sex"},
+        "Mann-Whitney U test: score by sex"},
     Try{{"analyze", "d.csv", "score ~ sex", "--where", "score > 3", "--split", "site"},
-        "site  Test                   Fields         N  Statistic     p  p Holm  kind   Decision"},
-    Try{{"analyze", "d.csv", "before + after ~ sex"}, "1. Mann-Whitney U test: before by sex"},
-    Try{{"analyze", "d.csv", "score ~ arm", "--compare", "pairwise"}, "1. Kruskal-Wallis test: score by arm"},
+        "2 outcomes by sex, Mann-Whitney U test, by parts of site\n"},
+    Try{{"analyze", "d.csv", "before + after ~ sex"}, "Mann-Whitney U test: before by sex"},
+    Try{{"analyze", "d.csv", "score ~ arm", "--compare", "pairwise"}, "Kruskal-Wallis test: score by arm"},
     Try{{"analyze", "d.csv", "score ~ sex", "--alternative", "greater", "--exact"},
-        "1. Mann-Whitney U test: score by sex"},
+        "Mann-Whitney U test: score by sex"},
     Try{{"analyze", "d.csv", "score ~ sex", "--like", "r", "--tests", "mann-whitney"},
-        "1. Mann-Whitney U test: score by sex"},
+        "Mann-Whitney U test: score by sex"},
     Try{{"analyze", "d.csv", "--related", "before,after", "--tests", "sign", "--alternative", "less"},
-        "1. Sign test: before, after"},
+        "Sign test: before, after"},
     Try{{"analyze", "d.csv", "score ~ sex", "--where", "arm != \"a\" & score is not missing"},
-        "1. Mann-Whitney U test: score by sex"},
+        "Mann-Whitney U test: score by sex"},
     Try{{"analyze", "d.csv", "--one-sample", "answer", "--tests", "binomial", "--success", "yes", "--probability",
          ".4"},
-        "1. Binomial test: answer"},
+        "Binomial test: answer"},
 };
 
 const Try kAnswered[] = {

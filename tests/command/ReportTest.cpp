@@ -1,6 +1,6 @@
-// Pages and plots that the command writes. The numbers in them are those of the JSON, which other tests hold to R, SciPy
-// and enumeration; here it is checked that a page has no other ones, that each test is drawn, and that no label of a plot
-// leaves it or covers another one.
+// Pages and plots that the command writes. The numbers in them are those of the JSON, which other tests hold to R,
+// SciPy and enumeration; here it is checked that a page has no other ones, that each test is drawn, and that no label
+// of a plot leaves it or covers another one.
 
 #include <gtest/gtest.h>
 
@@ -37,9 +37,9 @@ Words Example(const std::string& name, const Words& more) {
 
 const std::vector<Words>& AllTests() {
     static const std::vector<Words> requests{
-        Example("sleep_clinic", {"--one-sample", "age,sex,quality", "--tests",
-                                 "kolmogorov-smirnov,binomial,chi-square,runs,wilcoxon", "--test-value", "40",
-                                 "--distribution", "normal,uniform,poisson,exponential"}),
+        Example("sleep_clinic",
+                {"--one-sample", "age,sex,quality", "--tests", "kolmogorov-smirnov,binomial,chi-square,runs,wilcoxon",
+                 "--test-value", "40", "--distribution", "normal,uniform,poisson,exponential"}),
         Example("sleep_clinic", {"--related", "hours_before,hours_after", "--tests", "sign,wilcoxon,hodges-lehmann"}),
         Example("tasting", {"--related", "first,second", "--tests", "sign,wilcoxon,hodges-lehmann"}),
         Example("tasting", {"--related", "first,second,third", "--tests", "friedman,kendall", "--compare", "pairwise"}),
@@ -50,8 +50,8 @@ const std::vector<Words>& AllTests() {
                                  "mann-whitney,kolmogorov-smirnov,wald-wolfowitz,moses,hodges-lehmann,median"}),
         Example("tasting", {"--independent", "bitter", "--group", "panel", "--tests",
                             "mann-whitney,kolmogorov-smirnov,wald-wolfowitz,moses,hodges-lehmann,median"}),
-        Example("tasting", {"--independent", "bitter", "--group", "roast", "--tests", "kruskal-wallis,jonckheere,median",
-                            "--compare", "pairwise"}),
+        Example("tasting", {"--independent", "bitter", "--group", "roast", "--tests",
+                            "kruskal-wallis,jonckheere,median", "--compare", "pairwise"}),
         Example("sleep_clinic", {"--independent", "hours_after", "--group", "arm", "--weight", "visits"}),
     };
     return requests;
@@ -139,8 +139,8 @@ void CheckPlot(const std::string& path) {
     EXPECT_FALSE(labels.empty()) << path;
     for (std::size_t i = 0; i < labels.size(); ++i) {
         const Label& label = labels[i];
-        const bool isInside = label.left >= left && label.right <= left + width && label.top >= top &&
-                              label.bottom <= top + height;
+        const bool isInside =
+            label.left >= left && label.right <= left + width && label.top >= top && label.bottom <= top + height;
         EXPECT_TRUE(isInside) << path << ": " << label.text;
         for (std::size_t k = 0; k < i; ++k) {
             EXPECT_FALSE(Covers(label, labels[k])) << path << ": " << label.text << " | " << labels[k].text;
@@ -176,27 +176,30 @@ std::string HostileTable(const std::vector<std::string>& groups) {
     std::string csv = "value,\"<img src=x onerror=alert(1)>\",group name,count\n";
     for (int i = 0; i < 400; ++i) {
         std::string name = groups[static_cast<std::size_t>(i * 11) % groups.size()];
-        for (std::size_t at = name.find('"'); at != std::string::npos; at = name.find('"', at + 2)) name.insert(at, "\"");
-        csv += std::to_string((i * 7919) % 1009 / 10.0) + "," + std::to_string((i * 104729) % 997) + ",\"" + name + "\"," +
-               std::to_string(1 + i % 9) + "\n";
+        for (std::size_t at = name.find('"'); at != std::string::npos; at = name.find('"', at + 2))
+            name.insert(at, "\"");
+        csv += std::to_string((i * 7919) % 1009 / 10.0) + "," + std::to_string((i * 104729) % 997) + ",\"" + name +
+               "\"," + std::to_string(1 + i % 9) + "\n";
     }
     return csv;
 }
 
 const std::vector<std::string>& HostileNames() {
-    static const std::vector<std::string> names{"</script><script>alert(1)</script>",
-                                                "A & B \"quoted\" 'single'",
-                                                "\xD9\x82\xD9\x8A\xD8\xA7\xD8\xB3 \xD8\xA7\xD9\x84\xD9\x86\xD9\x88\xD9\x85",
-                                                std::string(300, 'x'),
-                                                "\xF0\x9F\x98\x80 emoji",
-                                                "<!-- no comment",
-                                                "| pipe _ under $ # %"};
+    static const std::vector<std::string> names{
+        "</script><script>alert(1)</script>",
+        "A & B \"quoted\" 'single'",
+        "\xD9\x82\xD9\x8A\xD8\xA7\xD8\xB3 \xD8\xA7\xD9\x84\xD9\x86\xD9\x88\xD9\x85",
+        std::string(300, 'x'),
+        "\xF0\x9F\x98\x80 emoji",
+        "<!-- no comment",
+        "| pipe _ under $ # %"};
     return names;
 }
 
 TEST(Plots, KeepTheirLabelsApartWhateverTheNames) {
     std::vector<std::string> many;
-    for (int i = 0; i < 30; ++i) many.push_back("Department of long names number " + std::to_string(i) + " of the hospital");
+    for (int i = 0; i < 30; ++i)
+        many.push_back("Department of long names number " + std::to_string(i) + " of the hospital");
     for (const std::vector<std::string>& names : {HostileNames(), many, std::vector<std::string>{"a", "b"}}) {
         const ScratchFolder scratch;
         const std::string table = scratch.Write("table.csv", HostileTable(names));
@@ -234,19 +237,20 @@ TEST(Plots, OneTestIsDrawnAloneAndAnEstimateThatComesWithItIsNotMeant) {
 
 TEST(Plots, SeveralTestsAreNoPlotAndNothingIsWritten) {
     const ScratchFolder scratch;
-    const CommandResult result = RunTarn(Example(
-        "sleep_clinic", {"--independent", "age,latency", "--group", "arm", "--plot", scratch.Path("two.svg"), "--report",
-                         scratch.Path("two.html")}));
+    const CommandResult result =
+        RunTarn(Example("sleep_clinic", {"--independent", "age,latency", "--group", "arm", "--plot",
+                                         scratch.Path("two.svg"), "--report", scratch.Path("two.html")}));
     EXPECT_EQ(result.exitStatus, 2);
-    EXPECT_EQ(result.err, "tarn: --plot: draws one test, and the analysis has 2: Kruskal-Wallis test of age; "
-                          "Kruskal-Wallis test of latency; expected one of them by its field and --tests, or --plot-dir "
-                          "FOLDER for all\n");
+    EXPECT_EQ(result.err,
+              "tarn: --plot: draws one test, and the analysis has 2: Kruskal-Wallis test of age; "
+              "Kruskal-Wallis test of latency; expected one of them by its field and --tests, or --plot-dir "
+              "FOLDER for all\n");
     EXPECT_EQ(scratch.Files(), std::vector<std::string>{});
 }
 
 TEST(Plots, OfPartsGoIntoTheReport) {
-    const CommandResult result =
-        RunTarn(Example("sleep_clinic", {"--independent", "age", "--group", "arm", "--split", "sex", "--plot", "no.svg"}));
+    const CommandResult result = RunTarn(
+        Example("sleep_clinic", {"--independent", "age", "--group", "arm", "--split", "sex", "--plot", "no.svg"}));
     EXPECT_EQ(result.exitStatus, 2);
     EXPECT_NE(result.err.find("--plot: takes no parts; expected --report FILE"), std::string::npos) << result.err;
 }
@@ -309,7 +313,8 @@ TEST(Report, ItsNumbersAreThoseOfTheJson) {
             // The text is the number, rounded.
             const bool isPlain = number.text.find_first_not_of("-.0123456789") == std::string::npos;
             if (number.exact.size() != 1 || !isPlain) continue;
-            EXPECT_NEAR(std::stod(number.text), number.exact.front(), HalfOfLastDigit(number.text) + 1e-9) << number.text;
+            EXPECT_NEAR(std::stod(number.text), number.exact.front(), HalfOfLastDigit(number.text) + 1e-9)
+                << number.text;
         }
     }
     EXPECT_GT(checked, 500U);
@@ -327,7 +332,8 @@ TEST(Report, IsOnePageThatFetchesNothing) {
     for (const Words& request : AllTests()) {
         const std::string html = PageOf(request);
         EXPECT_TRUE(html.starts_with("<!DOCTYPE html>\n<html lang=\"en\">"));
-        EXPECT_NE(html.find("content=\"default-src 'none'; style-src 'unsafe-inline'; img-src data:\""), std::string::npos);
+        EXPECT_NE(html.find("content=\"default-src 'none'; style-src 'unsafe-inline'; img-src data:\""),
+                  std::string::npos);
         EXPECT_EQ(CountOf(html, "<script"), 1U);
         EXPECT_EQ(CountOf(html, "<link"), 0U);
         EXPECT_EQ(CountOf(html, "src=\""), 0U);
@@ -352,7 +358,9 @@ TEST(Report, ShowsNamesAsTextWhateverTheyAre) {
     EXPECT_NE(result.out.find("<bdi>" + HostileNames()[2] + "</bdi>"), std::string::npos) << "right to left by itself";
     EXPECT_NE(result.out.find(std::string(300, 'x')), std::string::npos);
     std::set<std::string> names;
-    for (const Json& sample : JsonOf(result.out)["tests"][0]["samples"]) names.insert(sample["name"].get<std::string>());
+    const Json json = JsonOf(result.out);
+    for (const Json& sample : json["tests"][0]["supplement"]["samples"])
+        names.insert(sample["name"].get<std::string>());
     EXPECT_EQ(names, std::set<std::string>(HostileNames().begin(), HostileNames().end()));
 }
 
@@ -372,7 +380,8 @@ TEST(Report, SaysHowToMakeItAgain) {
     EXPECT_NE(html.find("--related severity_before,severity_after --tests marginal-homogeneity"), std::string::npos);
     // sha256sum examples/headache.csv is asked at the time of the test.
     const ScratchFolder scratch;
-    const std::string command = "sha256sum " + harness::SourcePath("examples/headache.csv") + " > " + scratch.Path("sum");
+    const std::string command =
+        "sha256sum " + harness::SourcePath("examples/headache.csv") + " > " + scratch.Path("sum");
     ASSERT_EQ(std::system(command.c_str()), 0);
     EXPECT_NE(html.find("SHA-256 " + harness::ReadFile(scratch.Path("sum")).substr(0, 64)), std::string::npos);
 }
@@ -418,7 +427,8 @@ TEST(Report, OfVeryManyTestsDrawsThoseThatMatter) {
     for (int field = 0; field < 600; ++field) csv += ",v" + std::to_string(field);
     for (int row = 0; row < 12; ++row) {
         csv += row % 2 == 0 ? "\na" : "\nb";
-        for (int field = 0; field < 600; ++field) csv += "," + std::to_string((row * 7919 + field * (row + 3) * 31) % 101);
+        for (int field = 0; field < 600; ++field)
+            csv += "," + std::to_string((row * 7919 + field * (row + 3) * 31) % 101);
     }
     const ScratchFolder scratch;
     Words request{"analyze", scratch.Write("wide.csv", csv + "\n"), "--group", "g", "--quiet", "--format", "html"};

@@ -1,5 +1,5 @@
-// Shapes of samples for plots. Boxes are those of numpy.percentile (linear) with whiskers by their definition, densities
-// the sum of the definition.
+// Shapes of samples for plots. Boxes are those of numpy.percentile (linear) with whiskers by their definition,
+// densities the sum of the definition.
 
 #include "host/beyond/SampleShapes.h"
 

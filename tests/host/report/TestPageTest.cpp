@@ -65,9 +65,10 @@ TEST(PageNumbers, WritesSharesWithoutALeadingZero) {
 }
 
 TEST(PageNumbers, KeepsWholeAndHalfStatistics) {
-    EXPECT_EQ(StatisticText(Number("575.5")), "575.5");
-    EXPECT_EQ(StatisticText(Number("16435")), "16435");
-    EXPECT_EQ(StatisticText(Number("7.98823")), "7.99");
+    EXPECT_EQ(CountText(Number("575.5")), "575.5");
+    EXPECT_EQ(CountText(Number("16435")), "16435");
+    EXPECT_EQ(CountText(Number("7.98823")), "7.99");
+    EXPECT_EQ(StatisticText(Number("2.5")), "2.50");
     EXPECT_EQ(StatisticText(Number()), "not computed");
     EXPECT_EQ(FixedText(-0.001, 2), "0.00");
     EXPECT_EQ(FixedText(std::numeric_limits<double>::infinity(), 2), "inf");
@@ -100,10 +101,10 @@ TEST(TestPage, TellsAPairInItsDirection) {
 TEST(TestPage, TellsSamplesPairsAndSubsets) {
     const TestPage test = PageOfTests(KruskalWallisTest()).tests.at(0);
     EXPECT_EQ(Text(test.statistics.at(0)), "; H = 9.27, df 2 ; p = .010 ");
-    EXPECT_EQ(Lines(test.samples), "arm|median|hinges|mean rank|\nold|3|2 to 4|2.5|\n3|3|2 to 4|undefined|\n");
+    EXPECT_EQ(Lines(test.samples), "arm|median|hinges|mean rank|\nold|3|2 to 4|2.50|\n3|3|2 to 4|undefined|\n");
     EXPECT_EQ(test.pairs.title, "Pairs (Dunn, Bonferroni)");
     EXPECT_EQ(Lines(test.pairs),
-              "|mean rank difference|std. error|z|p|p adjusted|\nold - 3|-5.5|2.54|-2.17|.030|.030|\n");
+              "|mean rank difference|std. error|z|p|p adjusted|\nold - 3|-5.50|2.54|-2.17|.030|.030|\n");
     EXPECT_EQ(test.pairNames.at(0).second, "3");
     EXPECT_EQ(Lines(test.subsets), "|1|2|\n3|x||\nold|x|x|\np|.260||\np adjusted|.261||\n");
     EXPECT_TRUE(test.notes.empty()) << "the table shows which sample makes a subset by itself";

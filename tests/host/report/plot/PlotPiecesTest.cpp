@@ -73,7 +73,8 @@ TEST(FittedText, NeverTakesMoreThanItsRoomAndNeverPartsACharacter) {
 
 TEST(FittedNames, TellsApartWhatDiffersInTheMiddle) {
     std::vector<std::string> names;
-    for (int i = 0; i < 30; ++i) names.push_back("Department of long names number " + std::to_string(i) + " of the hospital");
+    for (int i = 0; i < 30; ++i)
+        names.push_back("Department of long names number " + std::to_string(i) + " of the hospital");
     const std::vector<std::string> fitted = FittedNames(names, 80, kSize);
     EXPECT_EQ(std::set<std::string>(fitted.begin(), fitted.end()).size(), names.size());
     for (std::size_t i = 0; i < names.size(); ++i) {
@@ -98,8 +99,11 @@ std::vector<std::string> TextsOf(const ValueAxis& axis) {
 TEST(ValueAxis, HasTicksAtRoundNumbers) {
     EXPECT_EQ(TextsOf(AxisOf({18, 84, 6})), (std::vector<std::string>{"20", "40", "60", "80"}));
     EXPECT_EQ(TextsOf(AxisOf({0, 1, 5, true})), (std::vector<std::string>{"0.0", "0.2", "0.4", "0.6", "0.8", "1.0"}));
-    EXPECT_EQ(TextsOf(AxisOf({-0.3, 0.3, 4, true})), (std::vector<std::string>{"\xE2\x88\x92" "0.4", "\xE2\x88\x92" "0.2",
-                                                                            "0.0", "0.2", "0.4"}));
+    EXPECT_EQ(TextsOf(AxisOf({-0.3, 0.3, 4, true})), (std::vector<std::string>{"\xE2\x88\x92"
+                                                                               "0.4",
+                                                                               "\xE2\x88\x92"
+                                                                               "0.2",
+                                                                               "0.0", "0.2", "0.4"}));
     EXPECT_EQ(TextsOf(AxisOf({2e9, 8e9, 4, true})), (std::vector<std::string>{"2e+09", "4e+09", "6e+09", "8e+09"}));
 }
 
