@@ -19,12 +19,17 @@ std::string Heading(int level, const std::string& text) {
 
 // ---- One test ----
 
+/// A letter of the field in italics, and words as words.
+std::string SymbolHtml(const std::string& symbol) {
+    constexpr std::size_t kLongestLetter = 2;
+    return symbol.size() <= kLongestLetter ? "<i>" + HtmlEscaped(symbol) + "</i>" : HtmlIsolated(symbol);
+}
+
 /// "<i>U</i> = 575.5 for OJ": the symbols of the field in italics, the square of chi as one.
 std::string FigureHtml(const PageFigure& figure) {
     const bool isChiSquare = figure.symbol == "chi2";
     std::string html;
-    if (!figure.symbol.empty())
-        html = isChiSquare ? "<i>χ</i><sup>2</sup>" : "<i>" + HtmlEscaped(figure.symbol) + "</i>";
+    if (!figure.symbol.empty()) html = isChiSquare ? "<i>χ</i><sup>2</sup>" : SymbolHtml(figure.symbol);
     if (isChiSquare && !figure.df.empty()) html += "(" + HtmlEscaped(figure.df) + ")";
     // What is a bound belongs to the number.
     const bool isEqual = figure.relation.empty() || figure.relation == "=";

@@ -34,7 +34,8 @@ text-wrap:balance}
 .tarn th:last-child,.tarn td:last-child{padding-right:0}
 .tarn thead th{border-bottom:1px solid var(--text);font-weight:600;vertical-align:bottom}
 .tarn tbody tr+tr>*{border-top:1px solid var(--line)}
-.tarn td,.tarn th[scope=row]{max-width:22rem;min-width:2.5rem;overflow-wrap:break-word}
+.tarn td,.tarn th[scope=row]{max-width:min(22rem,60vw);min-width:2.5rem;overflow-wrap:break-word}
+.tarn th[scope=row]{min-width:4rem}.tarn th.h{min-width:6.5rem}
 .tarn .r{text-align:right}.tarn .r,.tarn .n{white-space:nowrap}
 .tarn th.r{white-space:normal}
 .tarn .verdict{font-weight:600}
@@ -46,12 +47,13 @@ SFMono-Regular,Menlo,Consolas,monospace;white-space:pre-wrap;overflow-wrap:anywh
 .tarn nav ul{list-style:none;padding:0;display:flex;flex-wrap:wrap;gap:.25rem 1.25rem}
 @media (min-width:62rem){.tarn .sides{grid-template-columns:minmax(0,1fr) 26.25rem}.tarn .sides>.text{min-width:0}}
 @media (max-width:30rem){.tarn dl{grid-template-columns:minmax(0,1fr)}.tarn dd{margin-bottom:.4rem}
-.tarn td,.tarn th{padding-right:.6rem}}
+.tarn td,.tarn th{padding-right:.6rem}.tarn #summary .d{display:none}}
 @media print{.tarn{padding:0;max-width:none;font-size:10pt;color-scheme:light}
 .tarn h2,.tarn h3,.tarn h4,.tarn caption,.tarn thead{break-after:avoid}.tarn figure,.tarn tr,.tarn .stat{break-inside:avoid}
 .tarn .wide,.tarn pre{overflow:visible}.tarn table{font-size:8.5pt}.tarn thead{display:table-header-group}
-.tarn .r,.tarn .n{white-space:normal}.tarn nav{display:none}.tarn a{color:inherit;text-decoration:none}
-.tarn figure svg{max-width:11cm}}
+.tarn .r,.tarn .n{white-space:normal}.tarn td,.tarn th[scope=row]{max-width:60mm;min-width:0}
+.tarn th.h{min-width:0}.tarn nav{display:none}.tarn a{color:inherit;text-decoration:none}
+.tarn figure svg{max-width:9.5cm}}
 @page{size:A4;margin:18mm 16mm}
 )";
 

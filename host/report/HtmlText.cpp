@@ -26,26 +26,35 @@ bool IsShortNumber(const PageCell& cell) {
     return !cell.number.empty() && cell.text.size() <= kLongest;
 }
 
-/// Numbers with the minus of print in place of the hyphen.
-std::string WithMinus(const std::string& text) {
+/// Numbers with the minus of print in place of the hyphen, and bounds in one piece.
+std::string Printed(const std::string& text) {
+    constexpr std::string_view kMinus = "\xE2\x88\x92";
+    constexpr std::string_view kUnbrokenBlank = "\xC2\xA0";
     constexpr std::string_view kBeforeNumbers = " [(=";
     std::string printed;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const bool isBegin = i == 0 || kBeforeNumbers.find(text[i - 1]) != std::string_view::npos;
         const char next = i + 1 < text.size() ? text[i + 1] : ' ';
         const bool isNumber = (next >= '0' && next <= '9') || next == '.';
-        printed += text[i] == '-' && isBegin && isNumber ? "\xE2\x88\x92" : std::string(1, text[i]);
+        const bool isBound = text[i] == ' ' && i > 0 && (text[i - 1] == '<' || text[i - 1] == '>');
+        if (isBound) {
+            printed += kUnbrokenBlank;
+        } else {
+            printed += text[i] == '-' && isBegin && isNumber ? std::string(kMinus) : std::string(1, text[i]);
+        }
     }
     return printed;
 }
 
-const char* ClassOf(const PageColumn& column) {
-    return column.alignment == Alignment::kRight ? " class=\"r\"" : "";
-}
-
-const char* ClassOf(const PageColumn& column, const PageCell& cell) {
-    if (column.alignment == Alignment::kRight) return ClassOf(column);
-    return IsShortNumber(cell) ? " class=\"n\"" : "";
+/// The class attribute of a cell: numbers on the right, numbers that aren't broken, what is left out on a small screen.
+std::string ClassOf(const PageColumn& column, bool isUnbroken, bool isLongHead = false) {
+    std::string classes;
+    const auto add = [&](const char* name) { classes += (classes.empty() ? "" : " ") + std::string(name); };
+    if (column.alignment == Alignment::kRight) add("r");
+    if (isUnbroken && column.alignment != Alignment::kRight) add("n");
+    if (isLongHead) add("h");
+    if (column.isDetail) add("d");
+    return classes.empty() ? "" : " class=\"" + classes + "\"";
 }
 
 void AppendHead(std::string& html, const PageTable& table) {
@@ -53,8 +62,10 @@ void AppendHead(std::string& html, const PageTable& table) {
     for (const PageColumn& column : table.columns) {
         // An empty heading would be read out as one.
         const char* const element = column.title.empty() ? "td" : "th";
-        html += std::string("<") + element + (column.title.empty() ? "" : " scope=\"col\"") + ClassOf(column) + ">" +
-                HtmlIsolated(column.title) + "</" + element + ">";
+        constexpr std::size_t kLongTitle = 14;
+        html += std::string("<") + element + (column.title.empty() ? "" : " scope=\"col\"") +
+                ClassOf(column, false, column.title.size() > kLongTitle) + ">" + HtmlIsolated(column.title) + "</" +
+                element + ">";
     }
     html += "</tr></thead>";
 }
@@ -80,13 +91,13 @@ std::string HtmlIsolated(std::string_view text) {
 std::string HtmlNumber(const std::string& text, const Number& number, const Number& upper) {
     if (number.empty()) return HtmlIsolated(text);
     const std::string value = upper.empty() ? number.text : number.text + " " + upper.text;
-    return "<data value=" + HtmlAttribute(value) + ">" + HtmlEscaped(WithMinus(text)) + "</data>";
+    return "<data value=" + HtmlAttribute(value) + ">" + HtmlEscaped(Printed(text)) + "</data>";
 }
 
 std::string HtmlTable(const PageTable& table, const HtmlTableLook& look) {
     const std::string label = look.label.empty() ? table.title : look.label;
     std::string html =
-        "<div class=\"wide\" role=\"region\" tabindex=\"0\" aria-label=" + HtmlAttribute(label) + "><table>";
+        "<div class=\"wide\" role=\"group\" tabindex=\"0\" aria-label=" + HtmlAttribute(label) + "><table>";
     if (!table.title.empty()) html += "<caption>" + HtmlIsolated(table.title) + "</caption>";
     AppendHead(html, table);
     html += "<tbody>";
@@ -99,7 +110,7 @@ std::string HtmlTable(const PageTable& table, const HtmlTableLook& look) {
             if (isLink) content = "<a href=" + HtmlAttribute("#" + look.targets[i]) + ">" + content + "</a>";
             const bool isRowHead = k == 0 && !table.rows[i][k].text.empty();
             html += isRowHead ? std::string("<th scope=\"row\"") : std::string("<td");
-            html += ClassOf(column, table.rows[i][k]);
+            html += ClassOf(column, IsShortNumber(table.rows[i][k]));
             html += ">" + content + (isRowHead ? "</th>" : "</td>");
         }
         html += "</tr>\n";
