@@ -186,6 +186,7 @@ ExitStatus AnalyzeParts(std::vector<AnalysisPart> parts, std::vector<std::string
 }  // namespace
 
 ExitStatus Analyze(const AnalyzeOptions& options) {
+    CheckOutput(options.output);
     WordedAnalysis worded(options.words, options.analysis);
     Interrupt interrupt;
     Table table = LoadTableOf(options.table, worded.Fields(), !options.analysis.includeUserMissing, interrupt,

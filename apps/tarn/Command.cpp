@@ -1,10 +1,19 @@
 #include "apps/tarn/Command.h"
 
+#include <unistd.h>
+
 #include <iostream>
 
 #include "host/InputError.h"
 
 namespace tarn {
+
+void CheckOutput(const OutputOptions& output) {
+    if (output.format == ReportFormat::kWorkbook && isatty(STDOUT_FILENO) != 0) {
+        throw InputError(
+            "--format xlsx: a workbook is nothing for a terminal; expected a file, --format xlsx > FILE.xlsx");
+    }
+}
 
 void PrintResult(const std::string& text) {
     std::cout << text << std::flush;

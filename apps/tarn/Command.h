@@ -26,6 +26,9 @@ struct OutputOptions {
     std::optional<ReportFormat> format;  ///< of what goes to standard output; each command has its own otherwise
 };
 
+/// Throws an `InputError` for a format that a terminal can't show, before anything is worked out.
+void CheckOutput(const OutputOptions& output);
+
 /// Writes a text to standard output. Throws an `InputError` if it can't be written.
 void PrintResult(const std::string& text);
 

@@ -298,7 +298,7 @@ void DescribeTable(CLI::App& app, TableOptions& table, const std::function<void(
 
 /// Hands the chosen format to `take`.
 void AddFormat(Options& options, const char* help, const std::function<void(ReportFormat)>& take) {
-    options.Choice("--format", "text|json|csv|xml|html", help, [take](const std::string& name) {
+    options.Choice("--format", "text|json|csv|xml|md|latex|typst|apa|xlsx|html", help, [take](const std::string& name) {
         const auto& names = FormatNames();
         take(static_cast<ReportFormat>(std::ranges::find(names, name) - names.begin()));
     });

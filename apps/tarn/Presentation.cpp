@@ -10,11 +10,14 @@
 
 #include "apps/tarn/CommandEnvironment.h"
 #include "host/analysis/Report.h"
+#include "host/report/ApaReport.h"
 #include "host/report/CsvReport.h"
 #include "host/report/JsonReport.h"
+#include "host/report/MarkupReport.h"
 #include "host/report/ReadableReport.h"
 #include "host/report/ResultPage.h"
 #include "host/report/TextReport.h"
+#include "host/report/WorkbookReport.h"
 
 namespace tarn {
 
@@ -74,10 +77,30 @@ std::string PageWithoutPlots(const ResultReading& result, const std::vector<std:
     return HtmlOfResult({result, nullptr, AnalysisOptions(), environment}, facts);
 }
 
+/// A page, of a run or of parts, in a format that is made of pages.
+template <typename Page>
+std::string InFormat(const Page& page, ReportFormat format) {
+    switch (format) {
+        case ReportFormat::kMarkdown:
+            return MarkupReport(page, MarkdownMarkup());
+        case ReportFormat::kLatex:
+            return MarkupReport(page, LatexMarkup());
+        case ReportFormat::kTypst:
+            return MarkupReport(page, TypstMarkup());
+        case ReportFormat::kApa:
+            return ApaReport(page);
+        case ReportFormat::kWorkbook:
+            return WorkbookReport(page);
+        default:
+            return ReadableReport(page, StyleOfTerminal());
+    }
+}
+
 }  // namespace
 
 const std::vector<std::string>& FormatNames() {
-    static const std::vector<std::string> names{"text", "json", "csv", "xml", "html"};
+    static const std::vector<std::string> names{"text",  "json",  "csv", "xml",  "md",
+                                                "latex", "typst", "apa", "xlsx", "html"};
     return names;
 }
 
@@ -100,7 +123,7 @@ std::string Present(const ResultReading& result, const Wanted& wanted, const std
     switch (wanted.format) {
         case ReportFormat::kText:
             if (wanted.details) return TextReport(result, Texts(), StyleOfTerminal(), notes);
-            return ReadableReport(PageOf(result, Texts(), notes), StyleOfTerminal());
+            return InFormat(PageOf(result, Texts(), notes), wanted.format);
         case ReportFormat::kJson:
             return JsonReport(result, Texts(), notes);
         case ReportFormat::kCsv:
@@ -108,9 +131,10 @@ std::string Present(const ResultReading& result, const Wanted& wanted, const std
         case ReportFormat::kHtml:
             return PageWithoutPlots(result, notes);
         case ReportFormat::kXml:
-            break;
+            return "";
+        default:
+            return InFormat(PageOf(result, Texts(), notes), wanted.format);
     }
-    return "";
 }
 
 std::string PresentParts(const std::vector<ResultPart>& parts, const Wanted& wanted,
@@ -118,16 +142,17 @@ std::string PresentParts(const std::vector<ResultPart>& parts, const Wanted& wan
     switch (wanted.format) {
         case ReportFormat::kText:
             if (wanted.details) return PartsText(parts, Texts(), StyleOfTerminal(), notes);
-            return ReadableReport(PageOf(parts, Texts(), notes), StyleOfTerminal());
+            return InFormat(PageOf(parts, Texts(), notes), wanted.format);
         case ReportFormat::kJson:
             return PartsJson(parts, Texts(), notes);
         case ReportFormat::kCsv:
             return PartsCsv(parts, Texts());
         case ReportFormat::kHtml:
         case ReportFormat::kXml:
-            break;
+            return "";
+        default:
+            return InFormat(PageOf(parts, Texts(), notes), wanted.format);
     }
-    return "";
 }
 
 std::string PresentShortly(const ResultReading& result) {

@@ -10,7 +10,7 @@
 namespace tarn {
 
 /// How a result is shown.
-enum class ReportFormat { kText, kJson, kCsv, kXml, kHtml };
+enum class ReportFormat { kText, kJson, kCsv, kXml, kMarkdown, kLatex, kTypst, kApa, kWorkbook, kHtml };
 
 /// How a result is wanted.
 struct Wanted {

@@ -75,6 +75,7 @@ std::optional<AnalysisOutcome> RunSettingsFile(const RunOptions& options, Interr
 }  // namespace
 
 ExitStatus Run(const RunOptions& options) {
+    CheckOutput(options.output);
     Interrupt interrupt;  // from the start, so that one that comes while the table is read counts as well
     std::optional<AnalysisOutcome> ran =
         options.planPath.empty() ? RunSettingsFile(options, interrupt) : RunPlanFile(options, interrupt);

@@ -8,6 +8,7 @@
 namespace tarn {
 
 ExitStatus Show(const std::string& path, const OutputOptions& output) {
+    CheckOutput(output);
     const ReportFormat format = output.format.value_or(ReportFormat::kText);
     ByteSource source(path);
     std::string document = source.ReadAll();

@@ -187,14 +187,9 @@ class Lines {
         return figure;
     }
 
-    /// Whether the document's exact significance isn't the one given the ties of the data.
+    /// Whether the document's exact significance is as if there were no ties, on which it remarks.
     bool IgnoresTies(const PValue& p) const {
-        constexpr double kRounding = 1e-9;
-        if (!Is(Tests::kMannWhitney) || p.kind != PValueKind::kExact) return false;
-        return std::ranges::any_of(reading_.supplement.pValues, [&](const SuppliedPValue& supplied) {
-            const bool isSame = supplied.kind == "exact" && supplied.alternative == "two-sided";
-            return isSame && std::fabs(supplied.value.value - p.value.value) > kRounding;
-        });
+        return Is(Tests::kMannWhitney) && p.kind == PValueKind::kExact && !reading_.remarks.empty();
     }
 
     PageFigure FigureOfP(const PValue& p) const {

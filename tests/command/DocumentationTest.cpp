@@ -26,6 +26,25 @@ bool IsIndented(const std::string& line) {
     return line.starts_with(kIndent);
 }
 
+/// The words of a command as a shell has them: what stands in single quotes is one.
+std::vector<std::string> WordsOf(const std::string& command) {
+    std::vector<std::string> words;
+    bool isWord = false;
+    bool isQuoted = false;
+    for (const char c : command) {
+        if (c == '\'') {
+            isQuoted = !isQuoted;
+        } else if (c == ' ' && !isQuoted) {
+            isWord = false;
+            continue;
+        }
+        if (!isWord) words.emplace_back();
+        isWord = true;
+        if (c != '\'') words.back() += c;
+    }
+    return words;
+}
+
 /// The commands of a page: a line with the prompt, lines that a backslash continues, then the indented output; empty
 /// lines within it belong to it.
 std::vector<Example> ExamplesOf(const std::string& page) {
@@ -41,9 +60,7 @@ std::vector<Example> ExamplesOf(const std::string& page) {
                 command.pop_back();
                 command += line;
             }
-            std::istringstream words(command);
-            Example& example = examples.emplace_back();
-            for (std::string word; words >> word;) example.arguments.push_back(word);
+            examples.emplace_back().arguments = WordsOf(command);
             isOutput = true;
             emptyLines.clear();
         } else if (isOutput && line.empty()) {
@@ -76,9 +93,10 @@ TEST_P(Documentation, ShowsWhatTheCommandSays) {
 
 INSTANTIATE_TEST_SUITE_P(Pages, Documentation,
                          testing::Values("README.md", "docs/one-sample.md", "docs/related.md", "docs/independent.md",
-                                         "docs/published.md", "tests/command/readable/one-sample.md",
+                                         "docs/published.md", "docs/reading.md", "docs/choosing.md", "docs/missing.md",
+                                         "docs/coming-from.md", "tests/command/readable/one-sample.md",
                                          "tests/command/readable/related.md", "tests/command/readable/independent.md",
-                                         "tests/command/readable/layouts.md"),
+                                         "tests/command/readable/layouts.md", "tests/command/readable/formats.md"),
                          [](const auto& test) {
                              std::string name = test.param;
                              for (char& c : name) {
