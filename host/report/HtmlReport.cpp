@@ -115,7 +115,28 @@ std::string DetailsOf(const TestPage& test) {
     return html;
 }
 
+/// `heading` is its own, or none where that of the page, whose identifier is `label`, says the same.
+std::string ArticleOf(const TestPage& test, const std::optional<HtmlPlot>& plot, const std::string& id,
+                      const std::string& label, const std::string& heading) {
+    std::string html = "<article id=\"" + id + "\" aria-labelledby=\"" + label + "\">" + heading;
+    if (plot) {
+        html +=
+            "<div class=\"sides\"><div class=\"text\">" + TextOf(test) + "</div>" + FigureElement(*plot) + "</div>\n";
+    } else {
+        html += TextOf(test);
+    }
+    return html + DetailsOf(test) + "</article>\n";
+}
+
 // ---- The page ----
+
+constexpr const char* kTitleId = "title";
+
+/// Whether the title of the page is the heading of its one test.
+bool IsOfOneTest(const HtmlSource& source) {
+    return source.runs.size() == 1 && source.runs.front().tests.size() == 1 && source.summary.IsEmpty() &&
+           source.title == source.runs.front().tests.front()->Heading();
+}
 
 std::string IdOf(std::size_t run, std::size_t runs, std::size_t test) {
     const std::string own = "test-" + std::to_string(test + 1);
@@ -175,7 +196,9 @@ void AppendTests(std::string& html, const HtmlSource& source) {
         html += ListOf(part.notes);
         for (std::size_t i = 0; i < part.tests.size(); ++i) {
             const std::optional<HtmlPlot> plot = i < part.plots.size() ? part.plots[i] : std::nullopt;
-            html += HtmlArticle(*part.tests[i], plot, IdOf(run, source.runs.size(), i), part.name.empty() ? 2 : 3);
+            const std::string id = IdOf(run, source.runs.size(), i);
+            html += IsOfOneTest(source) ? ArticleOf(*part.tests[i], plot, id, kTitleId, "")
+                                        : HtmlArticle(*part.tests[i], plot, id, part.name.empty() ? 2 : 3);
         }
     }
     html += "</section>\n";
@@ -233,15 +256,9 @@ std::string JsonElement(const std::string& json) {
 std::string HtmlArticle(const TestPage& test, const std::optional<HtmlPlot>& plot, const std::string& id, int level) {
     const std::string heading = "h" + std::to_string(level);
     const std::string number = test.number > 0 ? std::to_string(test.number) + ". " : "";
-    std::string html = "<article id=\"" + id + "\" aria-labelledby=\"" + id + "-h\"><" + heading + " id=\"" + id +
-                       "-h\">" + number + HtmlIsolated(test.Heading()) + "</" + heading + ">\n";
-    if (plot) {
-        html +=
-            "<div class=\"sides\"><div class=\"text\">" + TextOf(test) + "</div>" + FigureElement(*plot) + "</div>\n";
-    } else {
-        html += TextOf(test);
-    }
-    return html + DetailsOf(test) + "</article>\n";
+    return ArticleOf(
+        test, plot, id, id + "-h",
+        "<" + heading + " id=\"" + id + "-h\">" + number + HtmlIsolated(test.Heading()) + "</" + heading + ">\n");
 }
 
 std::string HtmlReport(const HtmlSource& source) {
@@ -254,8 +271,8 @@ std::string HtmlReport(const HtmlSource& source) {
         HtmlEscaped(source.title) + "</title>\n<style>" + HtmlStyleSheet() +
         "html{background:#fff}@media screen and (prefers-color-scheme:dark){html{background:#16181c}}body{margin:0}"
         "</style></head>\n<body>\n<div class=\"tarn\"><header>" +
-        Heading(1, source.title) + "<p class=\"quiet\">" + HtmlIsolated(source.subtitle) + "</p>\n" +
-        NavigationOf(source) + "</header>\n<main>\n";
+        "<h1 id=\"" + kTitleId + "\">" + HtmlIsolated(source.title) + "</h1>\n<p class=\"quiet\">" +
+        HtmlIsolated(source.subtitle) + "</p>\n" + NavigationOf(source) + "</header>\n<main>\n";
     html += SummaryOf(source);
     if (source.summary.IsEmpty()) html += ListOf(source.notes);
     AppendTests(html, source);

@@ -35,7 +35,7 @@ text-wrap:balance}
 .tarn thead th{border-bottom:1px solid var(--text);font-weight:600;vertical-align:bottom}
 .tarn tbody tr+tr>*{border-top:1px solid var(--line)}
 .tarn td,.tarn th[scope=row]{max-width:min(22rem,60vw);min-width:2.5rem;overflow-wrap:break-word}
-.tarn th[scope=row]{min-width:4rem}.tarn th.h{min-width:6.5rem}
+.tarn th[scope=row]{min-width:4rem}.tarn th.h{min-width:7.5rem}
 .tarn .r{text-align:right}.tarn .r,.tarn .n{white-space:nowrap}
 .tarn th.r{white-space:normal}
 .tarn .verdict{font-weight:600}
