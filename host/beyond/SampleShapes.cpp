@@ -131,8 +131,13 @@ void SetOutline(PlotSample& shape, const AscendingSample& sample) {
 
 std::vector<PlotSample> ShapesOf(const std::vector<AscendingSample>& samples) {
     constexpr std::size_t kFewestForOutline = 10;
-    const bool areFew =
-        std::ranges::all_of(samples, [](const AscendingSample& sample) { return sample.values.size() <= kMostMarks; });
+    bool areFew = true;
+    std::size_t together = 0;
+    for (const AscendingSample& sample : samples) {
+        areFew &= sample.values.size() <= kMostMarks;
+        together += sample.values.size();
+    }
+    areFew &= together <= kMostMarksTogether;
     std::vector<PlotSample> shapes;
     for (const AscendingSample& sample : samples) {
         PlotSample shape;

@@ -9,6 +9,8 @@ namespace tarn {
 
 /// From so many marks on those of a sample would cover one another.
 inline constexpr std::size_t kMostMarks = 150;
+/// With more of them in all samples a page of many tests would grow too large.
+inline constexpr std::size_t kMostMarksTogether = 450;
 
 /// Box and marks of samples that stand side by side, without their names: all values as marks where those of each
 /// sample are few, else how dense they are, with the values beyond the whiskers, at most 25 on each side, the

@@ -17,7 +17,6 @@ struct PlotColour {
 inline constexpr PlotColour kInk{"p-ink", "#1b1b1b", "#e8e8e8"};
 inline constexpr PlotColour kFaint{"p-faint", "#595959", "#b3b3b3"};
 inline constexpr PlotColour kGrid{"p-grid", "#dddddd", "#3d3d3d"};
-inline constexpr PlotColour kPaper{"p-paper", "#ffffff", "#16181c"};
 
 /// The colours of groups and fields: those of Okabe and Ito (2008, Color Universal Design), which people with any kind
 /// of colour vision tell apart, but for black and yellow, which are hard to see on one page or the other. Orange, sky

@@ -139,9 +139,7 @@ struct FlowPanel {
     std::vector<std::string> from;
     std::vector<std::string> to;
     std::vector<std::vector<double>> counts;  ///< a row for each of `from`
-    /// Of categories with an order: whether those that rise and those that fall are told apart.
-    bool hasOrder = false;
-    std::string stayed;  ///< names of the three colours
+    std::string stayed;                       ///< names of the three colours
     std::string rose;
     std::string fell;
 };

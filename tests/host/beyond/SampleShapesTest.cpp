@@ -63,6 +63,18 @@ TEST(SampleShapes, HasAnOutlineInPlaceOfManyMarksAndTheCasesBeyond) {
     EXPECT_EQ(shape.marks.front().value, 40);
 }
 
+TEST(SampleShapes, HasOutlinesWhereAllSamplesTogetherAreMany) {
+    std::vector<tarn::AscendingSample> samples;
+    for (int group = 0; group < 4; ++group) {
+        std::vector<double> values;
+        for (int i = 0; i < 120; ++i) values.push_back(i * 0.37 + group);
+        samples.push_back(Ascending(std::move(values), {}));
+    }
+    for (const PlotSample& shape : ShapesOf(samples)) EXPECT_FALSE(shape.hasAllMarks);
+    samples.pop_back();
+    for (const PlotSample& shape : ShapesOf(samples)) EXPECT_TRUE(shape.hasAllMarks);
+}
+
 TEST(SampleShapes, HasTheDensityOfGaussianKernels) {
     const std::vector<double> values = ManyValues();
     const PlotSample shape = ShapeOf(values);
