@@ -9,6 +9,7 @@ find_package(CLI11 REQUIRED)           # the command line
 find_package(ZLIB REQUIRED)            # tables compressed by gzip
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(zstd REQUIRED IMPORTED_TARGET libzstd)   # tables compressed by Zstandard
+pkg_check_modules(nettle REQUIRED IMPORTED_TARGET nettle)  # the hash of a table in a report
 pkg_check_modules(xlsxwriter REQUIRED IMPORTED_TARGET xlsxwriter)   # results as a workbook
 if(TARN_TESTS)
   find_package(GTest REQUIRED)

@@ -16,6 +16,7 @@
 #include "apps/tarn/Interrupt.h"
 #include "apps/tarn/Presentation.h"
 #include "apps/tarn/ProgressBar.h"
+#include "apps/tarn/ReportFiles.h"
 #include "host/InputError.h"
 #include "host/TestNames.h"
 #include "host/TextList.h"
@@ -44,7 +45,8 @@ std::vector<std::string> LevelsOf(const AnalyzeOptions& options) {
 /// CSV has the statistics alone, so nothing else is made where the document isn't kept.
 AnalysisOptions Briefly(AnalysisOptions analysis, const AnalyzeOptions& options) {
     const OutputOptions& output = options.output;
-    analysis.brief = analysis.brief || (output.format == ReportFormat::kCsv && output.outPath.empty());
+    analysis.brief =
+        analysis.brief || (output.format == ReportFormat::kCsv && output.outPath.empty() && !WantsReport(output));
     return analysis;
 }
 
@@ -80,12 +82,20 @@ ExitStatus AnalyzeWhole(AnalysisPart part, const std::vector<std::string>& notes
     const std::string document = isKept ? outcome.document : std::string();
     ResultReading result = ReadAnalysis(std::move(outcome.document), part.options, environment);
     const bool isShown = format != ReportFormat::kText || !output.quiet;
-    if (isShown && !isDocumentShown) SupplyFigures(result, part.table, part.options, options.supplement, environment);
+    if ((isShown && !isDocumentShown) || WantsReport(output))
+        SupplyFigures(result, part.table, part.options, options.supplement, environment);
     if (interrupt.IsAsked()) return TellMistake(kCancelledRun, ExitStatus::kRunFailed);
+    const ReportSource report{result, &part.table, part.options, environment};
+    const ReportFacts facts = WantsReport(output) ? FactsOf(options, allNotes) : ReportFacts();
+    WriteReports(output, report, facts);
     if (!output.outPath.empty()) WriteWholeFile(output.outPath, document);
     // Text and JSON have a place for notes.
     if (!isShown || format == ReportFormat::kCsv || format == ReportFormat::kXml) TellNotes(allNotes);
-    if (isShown) PrintResult(isDocumentShown ? document : Present(result, {format, output.details}, allNotes));
+    if (isShown && format == ReportFormat::kHtml) {
+        PrintResult(HtmlOfResult(report, facts));
+    } else if (isShown) {
+        PrintResult(isDocumentShown ? document : Present(result, {format, output.details}, allNotes));
+    }
     return IsNoneDone(result) ? NoneDone() : status;
 }
 
@@ -95,8 +105,9 @@ ExitStatus AnalyzeWhole(AnalysisPart part, const std::vector<std::string>& notes
 void CheckOutputOfParts(const AnalyzeOptions& options) {
     if (options.output.format == ReportFormat::kXml) {
         throw InputError(
-            "--format: xml is one document, and --split makes one for each part; expected text, json or csv");
+            "--format: xml is one document, and --split makes one for each part; expected text, json, csv or html");
     }
+    CheckReportOfParts(options.output);
     const std::string& path = options.output.outPath;
     if (!path.empty() && path.find(kPlaceOfCategory) == std::string::npos) {
         throw InputError("--out: " + Quoted(path) + "; expected a name with " + std::string(kPlaceOfCategory) +
@@ -129,9 +140,9 @@ void WriteDocuments(const std::vector<ResultPart>& parts, const std::vector<std:
     }
 }
 
-/// Analyses one part, and puts its document where it will be kept. What can't be done with it is told at its place,
-/// unless the run was cancelled.
-ResultPart ResultOf(AnalysisPart part, const AnalyzeOptions& options, const AnalysisEnvironment& environment,
+/// Analyses one part, whose table it prepares, and puts its document where it will be kept. What can't be done with it
+/// is told at its place, unless the run was cancelled.
+ResultPart ResultOf(AnalysisPart& part, const AnalyzeOptions& options, const AnalysisEnvironment& environment,
                     std::string& document) {
     ResultPart result;
     result.field = part.field;
@@ -155,6 +166,18 @@ ResultPart ResultOf(AnalysisPart part, const AnalyzeOptions& options, const Anal
     return result;
 }
 
+/// The page of all parts, where it is asked for.
+std::string PageOfParts(const std::vector<ResultPart>& results, const std::vector<AnalysisPart>& parts,
+                        const std::vector<std::string>& notes, const AnalyzeOptions& options) {
+    if (!WantsReport(options.output)) return "";
+    std::vector<ReportPart> shown;
+    for (std::size_t i = 0; i < results.size(); ++i) shown.push_back({results[i], &parts[i].table});
+    AnalysisEnvironment environment;
+    environment.texts = &Texts();
+    environment.threads = options.table.threads;
+    return HtmlOfParts(shown, parts.front().options, environment, FactsOf(options, notes));
+}
+
 /// The records of each category by themselves.
 ExitStatus AnalyzeParts(std::vector<AnalysisPart> parts, std::vector<std::string> notes, const AnalyzeOptions& options,
                         Interrupt& interrupt) {
@@ -168,7 +191,8 @@ ExitStatus AnalyzeParts(std::vector<AnalysisPart> parts, std::vector<std::string
                                   all = parts.size()](double percent) {
             show((100.0 * static_cast<double>(done) + percent) / static_cast<double>(all));
         };
-        results.push_back(ResultOf(std::move(part), options, environment, documents.emplace_back()));
+        results.push_back(ResultOf(part, options, environment, documents.emplace_back()));
+        if (!WantsReport(options.output)) part.table = Table();  // plots alone need it from here on
         if (!results.back().result && interrupt.IsAsked()) {
             progress.reset();
             return TellMistake(results.back().mistake, ExitStatus::kRunFailed);
@@ -180,7 +204,9 @@ ExitStatus AnalyzeParts(std::vector<AnalysisPart> parts, std::vector<std::string
     if (std::ranges::none_of(results, isDone)) {
         return TellMistake(results.front().Name() + ": " + results.front().mistake, ExitStatus::kWrongUsage);
     }
+    const std::string page = PageOfParts(results, parts, notes, options);
     if (!options.output.outPath.empty()) WriteDocuments(results, documents, options.output.outPath);
+    if (!options.output.reportPath.empty()) WriteWholeFile(options.output.reportPath, page);
     const ReportFormat format = options.output.format.value_or(ReportFormat::kText);
     if (format == ReportFormat::kCsv || (format == ReportFormat::kText && options.output.quiet)) {
         for (const ResultPart& part : results) {
@@ -189,8 +215,10 @@ ExitStatus AnalyzeParts(std::vector<AnalysisPart> parts, std::vector<std::string
         }
         TellNotes(notes);
     }
-    if (format != ReportFormat::kText || !options.output.quiet)
-        PrintResult(PresentParts(results, {format, options.output.details}, notes));
+    if (format != ReportFormat::kText || !options.output.quiet) {
+        const Wanted wanted{format, options.output.details};
+        PrintResult(format == ReportFormat::kHtml ? page : PresentParts(results, wanted, notes));
+    }
     const auto isNoneDone = [](const ResultPart& part) { return !part.result || IsNoneDone(*part.result); };
     return std::ranges::all_of(results, isNoneDone) ? NoneDone() : ExitStatus::kDone;
 }

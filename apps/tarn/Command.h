@@ -18,6 +18,9 @@ inline constexpr const char* kCancelledRun = "the run failed with code 1: the ru
 /// Where a command's results go.
 struct OutputOptions {
     std::string outPath;                 ///< for the result document; empty: no file
+    std::string reportPath;              ///< for the page of the result; empty: no file
+    std::string plotPath;                ///< for the plot of its one test; empty: no file
+    std::string plotFolder;              ///< for the plots of all tests; empty: none
     bool quiet = false;                  ///< neither a progress bar nor a table
     bool details = false;                ///< whether a text has all that there is of each test
     std::optional<ReportFormat> format;  ///< of what goes to standard output; each command has its own otherwise

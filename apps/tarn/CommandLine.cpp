@@ -300,7 +300,7 @@ void DescribeTable(CLI::App& app, TableOptions& table, const std::function<void(
 
 /// Hands the chosen format to `take`.
 void AddFormat(Options& options, const char* help, const std::function<void(ReportFormat)>& take) {
-    options.Choice("--format", "text|json|csv|xml|md|latex|typst|apa|xlsx", help, [take](const std::string& name) {
+    options.Choice("--format", "text|json|csv|xml|md|latex|typst|apa|xlsx|html", help, [take](const std::string& name) {
         const auto& names = FormatNames();
         take(static_cast<ReportFormat>(std::ranges::find(names, name) - names.begin()));
     });
@@ -317,6 +317,16 @@ void DescribeOutput(CLI::App& app, OutputOptions& output, bool& brief, const cha
     options.Flag("--brief", brief, "Statistics alone: no histograms, no box plots, no other descriptives; the fastest");
     options.Flag("--quiet", output.quiet, "Show neither a progress bar nor the table of results");
     AddDetails(options, output.details);
+}
+
+/// Pages and pictures, which are made of the table.
+void DescribeReport(CLI::App& app, OutputOptions& output) {
+    Options options(app, kOutput);
+    options.One("--report", output.reportPath, "FILE",
+                "Write the result there as a page of HTML, with a plot of each test");
+    options.One("--plot", output.plotPath, "FILE",
+                "Write the plot of the test there, as SVG; for an analysis of one test");
+    options.One("--plot-dir", output.plotFolder, "FOLDER", "Write the plots of all tests into that folder, as SVG");
 }
 
 void DescribeRun(CLI::App& app, RunOptions& run) {
@@ -449,6 +459,7 @@ void DescribeAnalyze(CLI::App& app, AnalyzeOptions& analyze) {
             analyze.words.labels.push_back(FieldWordOf("--label", typed, "its text, like hours='Hours of sleep'"));
         });
     DescribeOutput(app, analyze.output, analysis.brief, "Write the result document there as well");
+    DescribeReport(app, analyze.output);
     Options(app, kOutput).One("--save", analyze.savePath, "FILE", "Write there what was typed, for tarn rerun");
 }
 
@@ -516,6 +527,7 @@ void DescribeRerun(CLI::App& app, RerunOptions& rerun) {
     AddArgument(app, "STUDY", rerun.studyPath, "A study that tarn analyze --save wrote");
     Options(app, kTable).One("--data", rerun.dataPath, "FILE", "Another table than that of the study");
     DescribeOutput(app, rerun.output, rerun.brief, "Write the result document there as well");
+    DescribeReport(app, rerun.output);
 }
 
 void DescribeLook(CLI::App& app, LookOptions& look) {
@@ -668,6 +680,9 @@ class CommandLine {
             AddArguments(OptionOfStudy(option.name), option.value, arguments);
         const OutputOptions& output = rerun_.output;
         if (!output.outPath.empty()) arguments.push_back("--out=" + output.outPath);
+        if (!output.reportPath.empty()) arguments.push_back("--report=" + output.reportPath);
+        if (!output.plotPath.empty()) arguments.push_back("--plot=" + output.plotPath);
+        if (!output.plotFolder.empty()) arguments.push_back("--plot-dir=" + output.plotFolder);
         if (output.quiet) arguments.emplace_back("--quiet");
         if (output.details) arguments.emplace_back("--details");
         if (rerun_.brief) arguments.emplace_back("--brief");

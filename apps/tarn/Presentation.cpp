@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "apps/tarn/CommandEnvironment.h"
+#include "host/analysis/Report.h"
 #include "host/report/ApaReport.h"
 #include "host/report/CsvReport.h"
 #include "host/report/JsonReport.h"
@@ -66,6 +67,16 @@ TextStyle StyleOfTerminal() {
     return {isTerminal && isUtf8, isTerminal && Environment("NO_COLOR").empty(), WidthOfTerminal()};
 }
 
+/// The page of a result whose table isn't there.
+std::string PageWithoutPlots(const ResultReading& result, const std::vector<std::string>& notes) {
+    AnalysisEnvironment environment;
+    environment.texts = &Texts();
+    ReportFacts facts;
+    facts.program = "tarn " TARN_VERSION;
+    facts.notes = notes;
+    return HtmlOfResult({result, nullptr, AnalysisOptions(), environment}, facts);
+}
+
 /// A page, of a run or of parts, in a format that is made of pages.
 template <typename Page>
 std::string InFormat(const Page& page, ReportFormat format) {
@@ -88,7 +99,8 @@ std::string InFormat(const Page& page, ReportFormat format) {
 }  // namespace
 
 const std::vector<std::string>& FormatNames() {
-    static const std::vector<std::string> names{"text", "json", "csv", "xml", "md", "latex", "typst", "apa", "xlsx"};
+    static const std::vector<std::string> names{"text",  "json",  "csv", "xml",  "md",
+                                                "latex", "typst", "apa", "xlsx", "html"};
     return names;
 }
 
@@ -116,6 +128,8 @@ std::string Present(const ResultReading& result, const Wanted& wanted, const std
             return JsonReport(result, Texts(), notes);
         case ReportFormat::kCsv:
             return CsvReport(result, Texts());
+        case ReportFormat::kHtml:
+            return PageWithoutPlots(result, notes);
         case ReportFormat::kXml:
             return "";
         default:
@@ -133,6 +147,7 @@ std::string PresentParts(const std::vector<ResultPart>& parts, const Wanted& wan
             return PartsJson(parts, Texts(), notes);
         case ReportFormat::kCsv:
             return PartsCsv(parts, Texts());
+        case ReportFormat::kHtml:
         case ReportFormat::kXml:
             return "";
         default:

@@ -10,7 +10,7 @@
 namespace tarn {
 
 /// How a result is shown.
-enum class ReportFormat { kText, kJson, kCsv, kXml, kMarkdown, kLatex, kTypst, kApa, kWorkbook };
+enum class ReportFormat { kText, kJson, kCsv, kXml, kMarkdown, kLatex, kTypst, kApa, kWorkbook, kHtml };
 
 /// How a result is wanted.
 struct Wanted {
@@ -32,11 +32,11 @@ ResultReading ReadDocument(std::string document, const std::string& name);
 /// Reads the document of a run that computed in that mode.
 ResultReading ReadDocument(std::string document, ArithmeticMode arithmetic);
 
-/// A result in a format, with notes on the whole run; the text one as the terminal of standard output can show it. Not
-/// for `kXml`, which is the document itself.
+/// A result in a format, with notes on the whole run; the text one as the terminal of standard output can show it, the
+/// page without plots. Not for `kXml`, which is the document itself.
 std::string Present(const ResultReading& result, const Wanted& wanted, const std::vector<std::string>& notes);
 
-/// The parts of a split analysis in a format, but for `kXml`, with notes on all of them.
+/// The parts of a split analysis in a format, but for `kXml` and `kHtml`, with notes on all of them.
 std::string PresentParts(const std::vector<ResultPart>& parts, const Wanted& wanted,
                          const std::vector<std::string>& notes);
 

@@ -76,15 +76,20 @@ void SupplyFigures(ResultReading& result, const Table& table, const AnalysisOpti
     SupplementOptions all = wanted;
     all.shift = options.testValue;
     SupplementSource source{table, all, *environment.texts, WorkShare(environment.threads, environment.isCancelled)};
-    if (options.listwise) {
-        for (const auto* fields : {&options.oneSample, &options.related, &options.independent}) {
-            for (const std::string& field : *fields) source.rule.listwise.push_back(table.FindColumn(field));
-        }
-        if (!options.group.empty()) source.rule.listwise.push_back(table.FindColumn(options.group));
-    }
+    source.rule = CaseRuleOf(table, options);
     source.probability = options.probability.value_or(source.probability);
     source.success = options.success;
     AddSupplements(result, source);
+}
+
+CaseRule CaseRuleOf(const Table& table, const AnalysisOptions& options) {
+    CaseRule rule;
+    if (!options.listwise) return rule;
+    for (const auto* fields : {&options.oneSample, &options.related, &options.independent}) {
+        for (const std::string& field : *fields) rule.listwise.push_back(table.FindColumn(field));
+    }
+    if (!options.group.empty()) rule.listwise.push_back(table.FindColumn(options.group));
+    return rule;
 }
 
 bool IsNoneDone(const ResultReading& result) {

@@ -6,6 +6,7 @@
 
 #include "host/analysis/AnalysisEnvironment.h"
 #include "host/beyond/SupplementOptions.h"
+#include "host/beyond/TestCases.h"
 #include "host/engine/AnalysisRequest.h"
 #include "host/plan/PlanSettings.h"
 #include "host/report/ResultReading.h"
@@ -46,6 +47,9 @@ ResultReading ReadAnalysis(std::string document, const AnalysisOptions& options,
 /// adjusted families. `table` is that of the analysis. Cut short where the analysis is cancelled.
 void SupplyFigures(ResultReading& result, const Table& table, const AnalysisOptions& options,
                    const SupplementOptions& wanted, const AnalysisEnvironment& environment);
+
+/// Which records the tests of such an analysis saw, besides those that their own fields left them.
+CaseRule CaseRuleOf(const Table& table, const AnalysisOptions& options);
 
 /// Whether all tests of a document ended in an error of their own.
 bool IsNoneDone(const ResultReading& result);

@@ -59,7 +59,7 @@ TEST(Commands, TellWhatTheirOptionsTake) {
     EXPECT_FALSE(Option(analyze, "--group").IsList());
     EXPECT_EQ(Option(analyze, "--quiet").argument, "");
     EXPECT_EQ(Option(analyze, "--format").choices,
-              (Words{"text", "json", "csv", "xml", "md", "latex", "typst", "apa", "xlsx"}));
+              (Words{"text", "json", "csv", "xml", "md", "latex", "typst", "apa", "xlsx", "html"}));
     const Words& tests = Option(analyze, "--tests").choices;
     EXPECT_EQ(std::ranges::count(tests, "wilcoxon"), 1) << "it stands in two families";
     EXPECT_EQ(Option(Command(commands, "run"), "--plan").argument, "FILE") << "options of a group are there, too";
@@ -117,7 +117,7 @@ TEST(BashCompletion, OffersTheWordsOfAnOption) {
     EXPECT_EQ(Completed({"analyze", "d.csv", "--compare", ""}), (Words{"pairwise", "stepwise"}));
     EXPECT_EQ(Completed({"show", "--format", "=", "j"}), Words{"json"}) << "the shell parts words at =";
     EXPECT_EQ(Completed({"show", "--format", "="}),
-              (Words{"text", "json", "csv", "xml", "md", "latex", "typst", "apa", "xlsx"}));
+              (Words{"text", "json", "csv", "xml", "md", "latex", "typst", "apa", "xlsx", "html"}));
     EXPECT_EQ(Completed({"explain", "mosE"}), Words{});
     EXPECT_EQ(Completed({"explain", "mose"}), Words{"moses"});
     EXPECT_EQ(Completed({"analyze", "--alpha", ""}), Words{}) << "a number can't be known";

@@ -188,8 +188,9 @@ TEST(PartsOfTheCommand, RefuseWhatTheyCannotDo) {
               "expected another field\n");
     EXPECT_EQ(Analyze({"age ~ sex", "--split", "armm"}).err,
               "tarn: --split: the table has no field \"armm\"; did you mean arm?\n");
-    EXPECT_EQ(Analyze({"age ~ sex", "--split", "arm", "--format", "xml"}).err,
-              "tarn: --format: xml is one document, and --split makes one for each part; expected text, json or csv\n");
+    EXPECT_EQ(
+        Analyze({"age ~ sex", "--split", "arm", "--format", "xml"}).err,
+        "tarn: --format: xml is one document, and --split makes one for each part; expected text, json, csv or html\n");
     EXPECT_EQ(Analyze({"age ~ sex", "--split", "patient"}).err,
               "tarn: --split: patient has 320 different values; expected a field with at most 200\n");
 }
