@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "host/NumberText.h"
+#include "host/TestNames.h"
 #include "host/TextList.h"
 #include "host/report/AdjustedPValues.h"
 #include "host/report/PageNumbers.h"
@@ -90,7 +91,7 @@ class Summary {
         if (!partTitle.empty()) {
             Add(table, {"part", partTitle}, [](const SummaryRow& row) { return PageCell{row.part, {}, {}}; });
         }
-        if (!hasOneTitle_) Add(table, {"test", "test"}, TitleCell);
+        if (!hasOneTitle_) Add(table, {"test", "test"}, NameCell);
         if (!hasOneSubject_)
             Add(table, {"fields", hasOneTitle_ && hasOneGroup_ ? FieldsTitle() : "fields"},
                 [&](const SummaryRow& row) { return FieldsCell(row); });
@@ -110,8 +111,9 @@ class Summary {
         const std::string count = std::to_string(rows_.size());
         if (rows_.size() == 1) return rows_.front().page->Heading();
         if (hasOneSubject_) return count + " tests of " + rows_.front().page->subject;
-        if (!hasOneTitle_ || !hasOneGroup_) return count + " tests";
+        if (!hasOneGroup_) return count + " tests";
         const std::string group = rows_.front().reading->group;
+        if (!hasOneTitle_) return count + " tests" + (group.empty() ? "" : " by " + group);
         return count + " " + (group.empty() ? "tests" : "outcomes by " + group) + ", " + rows_.front().page->title;
     }
 
@@ -140,10 +142,13 @@ class Summary {
         for (std::size_t i = 0; i < rows_.size(); ++i) table.rows[i].push_back(cellOf(rows_[i]));
     }
 
-    static PageCell TitleCell(const SummaryRow& row) { return {row.page->title, {}, {}}; }
+    /// The name by which a user asks for the test: titles of several tests are too long for a line with their numbers.
+    static PageCell NameCell(const SummaryRow& row) {
+        const auto known = std::ranges::find(TestNames(), row.reading->name, &TestName::resultName);
+        return {known == TestNames().end() ? row.page->title : std::string(known->name), {}, {}};
+    }
     PageCell FieldsCell(const SummaryRow& row) const {
-        const bool hasGroup = !hasOneTitle_ || !hasOneGroup_;
-        return {hasGroup ? row.page->subject : JoinList(row.reading->fields), {}, {}};
+        return {!hasOneGroup_ ? row.page->subject : JoinList(row.reading->fields), {}, {}};
     }
     static PageCell CasesCell(const SummaryRow& row) {
         return {row.page->n.empty() ? "" : ShortNumber(row.page->n), row.page->n, {}};
