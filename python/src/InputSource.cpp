@@ -1,0 +1,91 @@
+#include "python/src/InputSource.h"
+
+#include <cstring>
+#include <string_view>
+
+#include "host/InputError.h"
+
+namespace tarn {
+
+namespace {
+
+constexpr std::string_view kStruct = "+s";
+
+InputColumn ColumnOf(const ArrowSchema& schema, const std::string& name) {
+    InputColumn column;
+    column.name = name;
+    column.format = ReadColumnFormat(schema.format);
+    if (schema.dictionary != nullptr) {
+        column.codes = column.format;
+        column.format = ReadColumnFormat(schema.dictionary->format);
+        column.isListed = true;
+        column.isOrdered = (schema.flags & kArrowDictionaryOrdered) != 0;
+    }
+    column.type = column.format.Type();
+    return column;
+}
+
+}  // namespace
+
+StreamSource::StreamSource(ArrowArrayStream& stream, const std::string& name) : stream_(stream) {
+    ArrowOwner<ArrowSchema> schema;
+    Check(stream_->get_schema(&*stream_, schema.Fill()));
+    isStruct_ = schema->format == kStruct && name.empty();
+    if (!isStruct_) {
+        columns_.push_back(ColumnOf(*schema, name));
+        return;
+    }
+    for (std::int64_t i = 0; i < schema->n_children; ++i) {
+        const ArrowSchema& child = *schema->children[i];
+        columns_.push_back(ColumnOf(child, child.name == nullptr ? "" : child.name));
+    }
+}
+
+void StreamSource::Check(int error) {
+    if (error == 0) return;
+    const char* const reason = stream_->get_last_error(&*stream_);
+    throw InputError("the data can't be read: " + std::string(reason == nullptr ? std::strerror(error) : reason));
+}
+
+bool StreamSource::Next() {
+    do {
+        Check(stream_->get_next(&*stream_, array_.Fill()));
+        if (array_.IsUsedUp()) return false;
+    } while (array_->length == 0);
+    return true;
+}
+
+ColumnPiece StreamSource::PieceOf(std::size_t column) const {
+    if (!isStruct_) return {&*array_, array_->offset, array_->length};
+    const ArrowArray& child = *array_->children[column];
+    return {&child, child.offset + array_->offset, array_->length};
+}
+
+MemorySource::MemorySource(InputColumn column, const void* values, std::int64_t count, MemoryHold hold)
+    : hold_(std::move(hold)), buffers_{nullptr, values} {
+    columns_.push_back(std::move(column));
+    array_.length = count;
+    array_.n_buffers = 2;
+    array_.buffers = buffers_;
+}
+
+void MemorySource::SetEntries(const std::vector<std::string>& texts) {
+    offsets_.push_back(0);
+    for (const std::string& text : texts) {
+        bytes_ += text;
+        offsets_.push_back(static_cast<std::int64_t>(bytes_.size()));
+    }
+    entryBuffers_[1] = offsets_.data();
+    entryBuffers_[2] = bytes_.data();
+    entries_ = {std::ssize(texts), 0, 0, 3, 0, entryBuffers_, nullptr, nullptr, nullptr, nullptr};
+    array_.dictionary = &entries_;
+}
+
+void MemorySource::SetEntries(std::vector<double> numbers) {
+    numbers_ = std::move(numbers);
+    entryBuffers_[1] = numbers_.data();
+    entries_ = {std::ssize(numbers_), 0, 0, 2, 0, entryBuffers_, nullptr, nullptr, nullptr, nullptr};
+    array_.dictionary = &entries_;
+}
+
+}  // namespace tarn

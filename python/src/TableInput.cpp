@@ -1,0 +1,188 @@
+#include "python/src/TableInput.h"
+
+#include <algorithm>
+#include <optional>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+
+#include "host/InputError.h"
+#include "host/NearestNames.h"
+#include "host/table/ColumnPlan.h"
+#include "host/table/ColumnReader.h"
+#include "host/table/MissingTexts.h"
+#include "host/table/Utf8.h"
+#include "machine/WorkShare.h"
+
+namespace tarn {
+
+namespace {
+
+constexpr const char* kData = "the data";
+
+class TableReader {
+ public:
+    TableReader(InputData& data, const std::vector<std::string>& names, const LoadOptions& options)
+        : data_(data), share_(options.threads), missingTexts_({}) {
+        ChooseColumns(names);
+        plan_ = Plan(options);
+        std::vector<Column> columns;
+        for (const Chosen& chosen : chosen_) columns.emplace_back().name = chosen.column->name;
+        table_ = Table(std::move(columns));
+        table_.SetWeightIndex(plan_.weightIndex);
+        for (const ColumnPlan& column : plan_.columns) readers_.emplace_back(column, missingTexts_);
+    }
+
+    Table Read(const std::function<void()>& betweenPieces) {
+        for (std::size_t i = 0; i < data_.size(); ++i) {
+            const std::vector<std::size_t> ofSource = ChosenOf(i);
+            std::size_t rowCount = 0;
+            while (!ofSource.empty() && data_[i]->Next()) {
+                TakePiece(*data_[i], ofSource, rowCount);
+                rowCount += static_cast<std::size_t>(data_[i]->RowCount());
+                betweenPieces();
+            }
+            for (const std::size_t column : ofSource) chosen_[column].rowCount = rowCount;
+        }
+        CheckLengths();
+        table_.Trim();
+        Finish();
+        return std::move(table_);
+    }
+
+ private:
+    /// A column of the table.
+    struct Chosen {
+        std::size_t source;
+        std::size_t place;  // among the columns of the source
+        const InputColumn* column;
+        bool hasToldOrder = false;
+        std::size_t rowCount = 0;
+        CellCodes codes;  // of the piece
+    };
+
+    void ChooseColumns(const std::vector<std::string>& names) {
+        const std::unordered_set<std::string> wanted(names.begin(), names.end());
+        std::unordered_set<std::string> found;
+        std::vector<std::string_view> known;
+        for (std::size_t i = 0; i < data_.size(); ++i) {
+            const std::vector<InputColumn>& columns = data_[i]->Columns();
+            for (std::size_t j = 0; j < columns.size(); ++j) {
+                known.emplace_back(columns[j].name);
+                if (!wanted.contains(columns[j].name)) continue;
+                if (!found.insert(columns[j].name).second) {
+                    throw InputError("the data has two columns " + Quoted(columns[j].name) +
+                                     "; expected names that differ");
+                }
+                CheckKind(columns[j]);
+                chosen_.push_back({i, j, &columns[j], false, 0, {}});
+            }
+        }
+        for (const std::string& name : names) {
+            if (found.contains(name)) continue;
+            const std::string near = DidYouMean(NearestNames(name, known));
+            throw InputError("the data has no column " + Quoted(name) +
+                             (near.empty() ? "; expected one of " + Alternatives(known) : near));
+        }
+    }
+
+    static void CheckKind(const InputColumn& column) {
+        if (column.format.refused.empty()) return;
+        throw InputError("column " + Quoted(column.name) + " holds " + column.format.refused +
+                         "; expected numbers, booleans, texts or categories");
+    }
+
+    TablePlan Plan(const LoadOptions& options) {
+        TableDescriptor descriptor;
+        descriptor.sourceName = kData;
+        std::vector<std::string> names;
+        for (const Chosen& chosen : chosen_) {
+            FieldDescriptor& field = descriptor.fields.emplace_back();
+            field.name = chosen.column->name;
+            field.type = chosen.column->type;
+            if (chosen.column->isListed) field.categories.emplace();
+            field.categoriesOrdered = chosen.column->isOrdered;
+            names.push_back(chosen.column->name);
+        }
+        TablePlan plan = PlanTable(kData, names, descriptor, options);
+        for (std::size_t i = 0; i < chosen_.size(); ++i) chosen_[i].hasToldOrder = plan.columns[i].hasToldOrder;
+        return plan;
+    }
+
+    std::vector<std::size_t> ChosenOf(std::size_t source) const {
+        std::vector<std::size_t> columns;
+        for (std::size_t i = 0; i < chosen_.size(); ++i) {
+            if (chosen_[i].source == source) columns.push_back(i);
+        }
+        return columns;
+    }
+
+    void TakePiece(const InputSource& source, const std::vector<std::size_t>& columns, std::size_t firstRow) {
+        const auto count = static_cast<std::size_t>(source.RowCount());
+        if (firstRow + count > table_.RowCount()) table_.Resize(firstRow + count);
+        // A piece with few rows is done before a thread would have begun.
+        constexpr std::size_t kRowsWorthThreads = std::size_t{1} << 15;
+        const auto take = [&](std::size_t i) { TakeColumn(source, columns[i], firstRow, count); };
+        if (count >= kRowsWorthThreads) {
+            share_.Run(columns.size(), take);
+        } else {
+            for (std::size_t i = 0; i < columns.size(); ++i) take(i);
+        }
+    }
+
+    void TakeColumn(const InputSource& source, std::size_t index, std::size_t firstRow, std::size_t count) {
+        Chosen& chosen = chosen_[index];
+        const ColumnPiece piece = source.PieceOf(chosen.place);
+        const InputColumn& column = *chosen.column;
+        if (column.isListed && !chosen.hasToldOrder) {
+            AddEntries(column, *piece.array->dictionary, plan_.columns[index].categories);
+        }
+        chosen.codes.Clear();
+        const std::span<double> cells = table_.Cells(index).subspan(firstRow, count);
+        ReadPiece(column, piece, readers_[index], chosen.codes, cells);
+        const std::vector<double> codes = readers_[index].Join(chosen.codes);
+        if (!codes.empty()) MapCodes(cells, codes, kMissingNumber);
+    }
+
+    void CheckLengths() const {
+        for (const Chosen& chosen : chosen_) {
+            if (chosen.rowCount == table_.RowCount()) continue;
+            const auto longest = std::ranges::max_element(chosen_, {}, &Chosen::rowCount);
+            throw InputError("column " + Quoted(chosen.column->name) + " has " + std::to_string(chosen.rowCount) +
+                             " values and " + Quoted(longest->column->name) + " " +
+                             std::to_string(longest->rowCount) + "; expected as many in each");
+        }
+    }
+
+    void Finish() {
+        for (std::size_t i = 0; i < readers_.size(); ++i) {
+            Column& column = table_.ColumnAt(i);
+            const std::vector<double> categoryByCode = readers_[i].Finish(kData, column);
+            if (column.IsCategorical()) MapCodes(table_.Cells(i), categoryByCode, kMissingCategory);
+            for (const Category& category : column.categories) {
+                const char* const end = category.text.data() + category.text.size();
+                if (FindInvalidUtf8(category.text.data(), end) == end) continue;
+                throw InputError("column " + Quoted(column.name) + ": a text that is not UTF-8 or has a NUL; " +
+                                 "expected UTF-8 without it");
+            }
+        }
+    }
+
+    InputData& data_;
+    WorkShare share_;
+    MissingTexts missingTexts_;
+    std::vector<Chosen> chosen_;
+    TablePlan plan_;
+    std::vector<ColumnReader> readers_;  // borrow from the plan and the missing texts
+    Table table_;
+};
+
+}  // namespace
+
+Table ReadTable(InputData& data, const std::vector<std::string>& names, const LoadOptions& options,
+                const std::function<void()>& betweenPieces) {
+    return TableReader(data, names, options).Read(betweenPieces);
+}
+
+}  // namespace tarn

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/table/Table.h"
+#include "host/table/TableLoader.h"
+#include "python/src/InputSource.h"
+
+namespace tarn {
+
+/// The data of a call: sources whose columns make one table.
+using InputData = std::vector<std::unique_ptr<InputSource>>;
+
+/// Makes a table of the columns with these names, in the order of the data; the values of others are passed over,
+/// whatever they are. Categories stand in the order in which the data lists them, else in ascending order.
+///
+/// Reads the sources to their end. `betweenPieces` is called on this thread between two pieces, and may throw. Throws
+/// an `InputError` for a name that no column has, and for data that makes no table.
+Table ReadTable(InputData& data, const std::vector<std::string>& names, const LoadOptions& options,
+                const std::function<void()>& betweenPieces);
+
+}  // namespace tarn

@@ -1,0 +1,67 @@
+"""Nonparametric hypothesis tests, with effects, exact significances and comparisons.
+
+`analyze` runs any of them on a table; each test has a function of its own, too. `tests` lists them, `explain` says what
+one of them asks, assumes and decides by.
+"""
+
+from ._analyze import TestInfo, analyze, explain, load, tests
+from ._binding import __version__
+from ._errors import EngineError, InputError
+from ._functions import (
+    binomial,
+    chi_square,
+    cochran,
+    friedman,
+    hodges_lehmann,
+    hodges_lehmann_related,
+    jonckheere,
+    kendall,
+    kolmogorov_smirnov,
+    kruskal_wallis,
+    mann_whitney,
+    marginal_homogeneity,
+    mcnemar,
+    median,
+    moses,
+    runs,
+    sign,
+    wald_wolfowitz,
+    wilcoxon,
+)
+from ._result import Effect, Interval, Message, Result, Significance, TestResult
+
+__all__ = [
+    "Effect",
+    "EngineError",
+    "InputError",
+    "Interval",
+    "Message",
+    "Result",
+    "Significance",
+    "TestInfo",
+    "TestResult",
+    "__version__",
+    "analyze",
+    "binomial",
+    "chi_square",
+    "cochran",
+    "explain",
+    "friedman",
+    "hodges_lehmann",
+    "hodges_lehmann_related",
+    "jonckheere",
+    "kendall",
+    "kolmogorov_smirnov",
+    "kruskal_wallis",
+    "load",
+    "mann_whitney",
+    "marginal_homogeneity",
+    "mcnemar",
+    "median",
+    "moses",
+    "runs",
+    "sign",
+    "tests",
+    "wald_wolfowitz",
+    "wilcoxon",
+]

@@ -1,0 +1,63 @@
+"""The two errors of the package, and the words of the command as those of the package."""
+
+from __future__ import annotations
+
+import contextlib
+import re
+from collections.abc import Iterator
+
+from . import _binding
+
+
+class InputError(ValueError):
+    """A data frame, an argument or a file that can't be what it should be.
+
+    The text is one line: what, where, what was expected, and the near name where there is one.
+    """
+
+
+class EngineError(RuntimeError):
+    """A run that failed.
+
+    Attributes
+    ----------
+    code : int
+        The code of the engine, 0 where it has none; `tarn.explain` says what it means.
+    sentence : str
+        What happened, as the text of the error says it, too.
+    """
+
+    def __init__(self, sentence: str, code: int = 0) -> None:
+        super().__init__(sentence)
+        self.code = code
+        self.sentence = sentence
+
+    def __reduce__(self) -> tuple[type[EngineError], tuple[str, int]]:
+        return EngineError, (self.sentence, self.code)
+
+
+_OPTION = re.compile(r"--([a-z]+(?:-[a-z]+)*)")
+_RENAMED = {"weight": "weights"}
+
+
+def in_words_of_python(text: str) -> str:
+    """Names the arguments of the package where a sentence names the options of the command."""
+
+    def argument(match: re.Match[str]) -> str:
+        name = match.group(1)
+        return _RENAMED.get(name, name.replace("-", "_")) + "="
+
+    return _OPTION.sub(argument, text).replace("tarn tests lists", "tarn.tests() lists")
+
+
+@contextlib.contextmanager
+def errors_of_the_package() -> Iterator[None]:
+    """Turns what the binding raises into the errors of the package."""
+    try:
+        yield
+    except _binding.InputMistake as mistake:
+        raise InputError(in_words_of_python(str(mistake))) from None
+    except RuntimeError as failure:
+        if isinstance(failure, EngineError):
+            raise
+        raise EngineError(str(failure)) from None
