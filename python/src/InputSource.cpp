@@ -11,6 +11,29 @@ namespace {
 
 constexpr std::string_view kStruct = "+s";
 
+/// Whether the metadata of a schema has a key that begins so. They are counted in the machine's own byte order.
+bool HasKey(const char* metadata, std::string_view beginning) {
+    if (metadata == nullptr) return false;
+    const auto take = [&metadata] {
+        std::int32_t number = 0;
+        std::memcpy(&number, metadata, sizeof number);
+        metadata += sizeof number;
+        return number;
+    };
+    const auto takeText = [&] {
+        const auto size = static_cast<std::size_t>(take());
+        const std::string_view text(metadata, size);
+        metadata += size;
+        return text;
+    };
+    for (std::int32_t left = take(); left > 0; --left) {
+        const bool isFound = takeText().starts_with(beginning);
+        takeText();
+        if (isFound) return true;
+    }
+    return false;
+}
+
 InputColumn ColumnOf(const ArrowSchema& schema, const std::string& name) {
     InputColumn column;
     column.name = name;
@@ -18,7 +41,8 @@ InputColumn ColumnOf(const ArrowSchema& schema, const std::string& name) {
     if (schema.dictionary != nullptr) {
         column.codes = column.format;
         column.format = ReadColumnFormat(schema.dictionary->format);
-        column.isListed = true;
+        // The categoricals of polars share their categories, in the order in which the process met them.
+        column.isListed = !HasKey(schema.metadata, "_PL_CATEGORICAL");
         column.isOrdered = (schema.flags & kArrowDictionaryOrdered) != 0;
     }
     column.type = column.format.Type();

@@ -4,7 +4,6 @@ from __future__ import annotations
 
 import os
 from collections.abc import Callable, Mapping, Sequence
-from pathlib import Path
 from typing import Any, NamedTuple
 
 from . import _binding, _tables
@@ -14,7 +13,7 @@ from ._result import Result
 
 Progress = Callable[[float], object]
 
-_LIBRARY_FOLDER = str(Path(__file__).parent)
+_LIBRARY_FOLDER = os.path.dirname(os.path.abspath(__file__))
 # The column that weights go into which are handed over by themselves.
 _OWN_WEIGHTS = "(weights)"
 
@@ -181,7 +180,7 @@ def run(
 ) -> Result:  # fmt: skip
     """Runs a checked request on data that was read."""
     if progress is not None and not callable(progress):
-        raise InputError(f"progress= is a {type(progress).__name__}; expected a function of the percent that is done")
+        raise InputError(f"progress= is of type {type(progress).__name__}; expected a function of the percent that is done")
     with errors_of_the_package():
         if own_weights is not None:
             _tables.add_column(table, _OWN_WEIGHTS, own_weights)

@@ -36,7 +36,9 @@ class EngineError(RuntimeError):
         return EngineError, (self.sentence, self.code)
 
 
-_OPTION = re.compile(r"--([a-z]+(?:-[a-z]+)*)")
+_OPTION = re.compile(r"--([a-z]+(?:-[a-z]+)*)(:?)")
+# An order, ready to copy, at the end of a sentence: the fields, and the categories from the lowest to the highest.
+_ORDER = re.compile(r"--order '?([^=' ]+)=([^']*)'?$")
 _RENAMED = {"weight": "weights"}
 
 
@@ -44,10 +46,14 @@ def in_words_of_python(text: str) -> str:
     """Names the arguments of the package where a sentence names the options of the command."""
 
     def argument(match: re.Match[str]) -> str:
-        name = match.group(1)
-        return _RENAMED.get(name, name.replace("-", "_")) + "="
+        name = match.group(1).replace("-", "_")
+        return _RENAMED.get(name, name) + (match.group(2) or "=")
 
-    return _OPTION.sub(argument, text).replace("tarn tests lists", "tarn.tests() lists")
+    def order(match: re.Match[str]) -> str:
+        categories = ", ".join(word if word == ".." else f'"{word}"' for word in match.group(2).split(","))
+        return "order={" + ", ".join(f'"{field}": [{categories}]' for field in match.group(1).split(",")) + "}"
+
+    return _OPTION.sub(argument, _ORDER.sub(order, text)).replace("tarn tests lists", "tarn.tests() lists")
 
 
 @contextlib.contextmanager

@@ -2,7 +2,6 @@
 
 from __future__ import annotations
 
-import difflib
 import json
 import math
 import numbers
@@ -105,6 +104,8 @@ def _checked(name: str, value: Any) -> Any:
 
 
 def _near(word: str, known: Sequence[str] | Mapping[str, Any]) -> str:
+    import difflib  # a mistake alone needs it
+
     near = difflib.get_close_matches(word, list(known), 1)
     return f"; did you mean {near[0]}?" if near else "; expected one of " + ", ".join(known)
 
@@ -118,14 +119,14 @@ def _word(name: str, value: Any) -> str:
 def _field(name: str, value: Any) -> str:
     if isinstance(value, str) or (isinstance(value, numbers.Integral) and not isinstance(value, bool)):
         return str(value)
-    raise InputError(f"{name}= is a {type(value).__name__}; expected the name of a column")
+    raise InputError(f"{name}= is of type {type(value).__name__}; expected the name of a column")
 
 
 def _texts(name: str, value: Any) -> list[str]:
     """A list of names; one by itself is a list, too, and what is no text is written as one."""
     values = [value] if isinstance(value, (str, int, float)) else value
     if isinstance(values, Mapping) or not hasattr(values, "__iter__"):
-        raise InputError(f"{name}= is a {type(value).__name__}; expected a name or a list of names")
+        raise InputError(f"{name}= is of type {type(value).__name__}; expected a name or a list of names")
     return [_text_of(each) for each in values]
 
 
@@ -157,6 +158,6 @@ def _flag(name: str, value: Any) -> bool:
 def _order(value: Any) -> dict[str, list[str]]:
     if not isinstance(value, Mapping):
         raise InputError(
-            f'order= is a {type(value).__name__}; expected a dict like {{"dose": ["low", "high"]}}, from the lowest up'
+            f'order= is of type {type(value).__name__}; expected a dict like {{"dose": ["low", "high"]}}, from the lowest up'
         )
     return {str(field): _texts("order", categories) for field, categories in value.items()}

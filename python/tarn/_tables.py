@@ -6,9 +6,6 @@ conversion, and never as text.
 
 from __future__ import annotations
 
-import datetime
-import decimal
-import fractions
 import math
 import numbers
 import sys
@@ -52,7 +49,7 @@ def read(data: object, wanted: Collection[str]) -> _binding.Data:
     elif hasattr(data, "collect"):
         raise InputError(f"the data is a {type(data).__name__}, which is not computed yet; expected what collect() gives")
     else:
-        raise InputError(f"the data is a {type(data).__name__}; {_EXPECTED}")
+        raise InputError(f"the data is of type {type(data).__name__}; {_EXPECTED}")
     return read_data
 
 
@@ -89,7 +86,7 @@ def add_column(data: _binding.Data, name: str, column: Any) -> None:
     elif isinstance(column, Iterable) and not isinstance(column, (str, bytes, Mapping)):
         _add_values(data, name, list(column))
     else:
-        raise InputError(f'column "{name}" is a {type(column).__name__}; expected a sequence of values')
+        raise InputError(f'column "{name}" is of type {type(column).__name__}; expected a sequence of values')
 
 
 def _add_array(data: _binding.Data, name: str, values: Any) -> None:
@@ -199,13 +196,12 @@ def _kind_of_type(kind: type) -> str:
         return "text"
     if issubclass(kind, bool) or kind.__name__ in ("bool_", "bool"):
         return "boolean"
-    if issubclass(kind, (numbers.Real, decimal.Decimal, fractions.Fraction)):
+    names = {base.__name__ for base in kind.__mro__}  # what is asked by name needs no import
+    if issubclass(kind, numbers.Real) or "Decimal" in names:
         return "number"
-    if issubclass(kind, datetime.datetime):
+    if "datetime" in names:
         return "date with time"
-    if issubclass(kind, datetime.date):
-        return "date"
-    return kind.__name__
+    return "date" if "date" in names else kind.__name__
 
 
 def _plural(kind: str) -> str:
@@ -230,7 +226,7 @@ def numbers_of(name: str, sample: Any) -> array[float]:
     elif isinstance(sample, Iterable) and not isinstance(sample, (str, bytes, Mapping)):
         values = list(sample)
     else:
-        raise InputError(f"sample {name} is a {type(sample).__name__}; expected a sequence of numbers")
+        raise InputError(f"sample {name} is of type {type(sample).__name__}; expected a sequence of numbers")
     if not isinstance(values, list):
         raise InputError(f"sample {name} is a single value; expected a sequence of numbers")
     kinds = {_kind_of_type(kind) for kind in set(map(type, values))} - {"missing", "number", "boolean"}
