@@ -2,12 +2,13 @@
 // nothing that a user sees: that is for the package.
 
 #include <nanobind/nanobind.h>
-#include <nanobind/stl/optional.h>
 #include <nanobind/stl/string.h>
+#include <nanobind/stl/string_view.h>
 #include <nanobind/stl/tuple.h>
 #include <nanobind/stl/vector.h>
 
-#include <optional>
+#include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <tuple>
@@ -238,8 +239,8 @@ NB_MODULE(_binding, m) {
     m.def("analyze", &tarn::Analyse, nb::arg("data"), nb::arg("request"), nb::arg("library_folder"),
           nb::arg("on_progress").none());
     m.def("load", &tarn::Load, nb::arg("path"), Unlocked());
-    m.def("explain", [](const std::string& topic) { return tarn::Explanation(topic, tarn::Texts()); },
-          nb::arg("topic"));
+    m.def(
+        "explain", [](const std::string& topic) { return tarn::Explanation(topic, tarn::Texts()); }, nb::arg("topic"));
     m.def("tests", &tarn::Tests);
     m.def("write", &tarn::WriteWholeFile, nb::arg("path"), nb::arg("content"), Unlocked());
 }

@@ -11,9 +11,22 @@ namespace {
 using enum ValueLayout;
 
 constexpr std::array<std::pair<std::string_view, ValueLayout>, 16> kLayouts{{
-    {"n", kNull},   {"b", kBit},    {"c", kInt8},  {"C", kUInt8}, {"s", kInt16},      {"S", kUInt16},
-    {"i", kInt32},  {"I", kUInt32}, {"l", kInt64}, {"L", kUInt64}, {"e", kHalf},      {"f", kFloat},
-    {"g", kDouble}, {"u", kText},   {"U", kLargeText}, {"vu", kTextView},
+    {"n", kNull},
+    {"b", kBit},
+    {"c", kInt8},
+    {"C", kUInt8},
+    {"s", kInt16},
+    {"S", kUInt16},
+    {"i", kInt32},
+    {"I", kUInt32},
+    {"l", kInt64},
+    {"L", kUInt64},
+    {"e", kHalf},
+    {"f", kFloat},
+    {"g", kDouble},
+    {"u", kText},
+    {"U", kLargeText},
+    {"vu", kTextView},
 }};
 
 // By how a format begins; of two that fit the one that stands first is meant.

@@ -150,8 +150,8 @@ class TableReader {
             if (chosen.rowCount == table_.RowCount()) continue;
             const auto longest = std::ranges::max_element(chosen_, {}, &Chosen::rowCount);
             throw InputError("column " + Quoted(chosen.column->name) + " has " + std::to_string(chosen.rowCount) +
-                             " values and " + Quoted(longest->column->name) + " " +
-                             std::to_string(longest->rowCount) + "; expected as many in each");
+                             " values and " + Quoted(longest->column->name) + " " + std::to_string(longest->rowCount) +
+                             "; expected as many in each");
         }
     }
 

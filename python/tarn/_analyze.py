@@ -21,8 +21,6 @@ _OWN_WEIGHTS = "(weights)"
 class TestInfo(NamedTuple):
     """A test that can be asked for: its name, family and title, and the question that it answers."""
 
-    __test__ = False  # it is no test of a program
-
     name: str
     family: str
     title: str

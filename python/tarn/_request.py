@@ -144,7 +144,7 @@ def _number(name: str, value: Any) -> float:
 
 def _count(name: str, value: Any) -> int:
     least = 1 if name == "threads" else 0
-    if isinstance(value, bool) or not isinstance(value, numbers.Integral) or not least <= value < 2**63:
+    if isinstance(value, bool) or not isinstance(value, numbers.Integral) or not least <= int(value) < 2**63:
         raise InputError(f"{name}={value!r}; expected a whole number from {least} on")
     return min(int(value), 2**31) if name == "threads" else int(value)
 

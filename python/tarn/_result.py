@@ -131,23 +131,21 @@ class TestResult:
         All of them.
     """
 
-    __test__ = False  # it is no test of a program
-
     name: str
-    title: str
-    family: str
+    title: str = field(repr=False)
+    family: str = field(repr=False)
     fields: tuple[str, ...]
     group: str | None
     statistic: float | None
     pvalue: float | None
     df: float | None
     n: float | None
-    n_total: float | None
+    n_total: float | None = field(repr=False)
     decision: str | None
-    method: str | None
-    conclusion: str | None
-    direction: str | None
-    call: str | None
+    method: str | None = field(repr=False)
+    conclusion: str | None = field(repr=False)
+    direction: str | None = field(repr=False)
+    call: str | None = field(repr=False)
     effects: tuple[Effect, ...] = field(repr=False)
     intervals: tuple[Interval, ...] = field(repr=False)
     significances: tuple[Significance, ...] = field(repr=False)
