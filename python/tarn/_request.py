@@ -88,8 +88,10 @@ def fields_of(request: Mapping[str, Any]) -> set[str]:
 def _checked(name: str, value: Any) -> Any:
     if name in _WORDS:
         return _word(name, value)
-    if name in _FIELD_LISTS or name in _TEXT_LISTS:
-        return _texts(name, value)
+    if name in _FIELD_LISTS:
+        return [_field(name, each) for each in _listed(name, value)]
+    if name in _TEXT_LISTS:
+        return [_text_of(name, each) for each in _listed(name, value)]
     if name in _FIELDS:
         return _field(name, value)
     if name in _NUMBERS:
@@ -117,23 +119,38 @@ def _word(name: str, value: Any) -> str:
 
 
 def _field(name: str, value: Any) -> str:
-    if isinstance(value, str) or (isinstance(value, numbers.Integral) and not isinstance(value, bool)):
-        return str(value)
-    raise InputError(f"{name}= is of type {type(value).__name__}; expected the name of a column")
+    if not isinstance(value, (str, numbers.Integral)) or isinstance(value, bool):
+        raise InputError(f"{name}= is of type {type(value).__name__}; expected the name of a column")
+    text = _text_of(name, value)
+    if not text or any(ord(letter) < 0x20 for letter in text):
+        raise InputError(f"{name}={text!r}; expected the name of a column, without control characters")
+    return text
 
 
-def _texts(name: str, value: Any) -> list[str]:
-    """A list of names; one by itself is a list, too, and what is no text is written as one."""
-    values = [value] if isinstance(value, (str, int, float)) else value
-    if isinstance(values, Mapping) or not hasattr(values, "__iter__"):
+def _listed(name: str, value: Any) -> list[Any]:
+    """One name by itself is a list, too."""
+    if isinstance(value, (str, numbers.Real)):
+        return [value]
+    if isinstance(value, Mapping) or not hasattr(value, "__iter__"):
         raise InputError(f"{name}= is of type {type(value).__name__}; expected a name or a list of names")
-    return [_text_of(each) for each in values]
+    return list(value)
 
 
-def _text_of(value: Any) -> str:
-    if isinstance(value, bool):
-        return "true" if value else "false"
-    return str(value)
+def _text_of(name: str, value: Any) -> str:
+    """A name or a category as a text, as which it is looked up."""
+    text = str(value).lower() if isinstance(value, bool) else str(value)
+    if not is_unicode(text):
+        raise InputError(f"{name}={text!r}; expected a text without half a surrogate pair")
+    return text
+
+
+def is_unicode(text: str) -> bool:
+    """Whether a text can go to other programs: Python lets halves of surrogate pairs stand in one."""
+    try:
+        text.encode()
+    except UnicodeEncodeError:
+        return False
+    return True
 
 
 def _number(name: str, value: Any) -> float:
@@ -160,4 +177,7 @@ def _order(value: Any) -> dict[str, list[str]]:
         raise InputError(
             f'order= is of type {type(value).__name__}; expected a dict like {{"dose": ["low", "high"]}}, from the lowest up'
         )
-    return {str(field): _texts("order", categories) for field, categories in value.items()}
+    return {
+        _field("order", field): [_text_of("order", category) for category in _listed("order", categories)]
+        for field, categories in value.items()
+    }

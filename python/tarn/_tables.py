@@ -15,6 +15,7 @@ from typing import Any
 
 from . import _binding
 from ._errors import InputError
+from ._request import is_unicode
 
 # The letters of the Arrow C interface for numbers, by kind and width in bytes as NumPy and `array` tell them.
 _NUMBER_FORMATS = {
@@ -66,7 +67,7 @@ def _add_columns(data: _binding.Data, columns: Iterable[tuple[str, object]], wan
     for name, column in columns:
         if name in wanted:
             add_column(data, name, column)
-        else:
+        elif is_unicode(name):
             data.add_refused(name, "values that nobody asked for")
 
 
@@ -141,6 +142,7 @@ def _add_categories(data: _binding.Data, name: str, column: Any) -> None:
     code_format = _NUMBER_FORMATS[codes.dtype.kind, codes.dtype.itemsize]
     kinds = {_kind_of(category) for category in categories}
     if not kinds or kinds == {"text"}:
+        _check_texts(name, categories)
         data.add_texts(name, code_format, codes, categories, True, bool(column.ordered))
     elif kinds == {"number"} or kinds == {"boolean"}:
         entries = [float(category) for category in categories]
@@ -178,7 +180,14 @@ def _add_texts(data: _binding.Data, name: str, values: Iterable[Any]) -> None:
     codes: dict[str, int] = {}
     missing = -1
     coded = array("i", [codes.setdefault(v, len(codes)) if isinstance(v, str) else missing for v in values])
+    _check_texts(name, codes)
     data.add_texts(name, "i", coded, list(codes), False, False)
+
+
+def _check_texts(name: str, texts: Iterable[str]) -> None:
+    for text in texts:
+        if not is_unicode(text):
+            raise InputError(f'column "{name}": {text!r}; expected texts without half a surrogate pair')
 
 
 def _is_missing(value: object) -> bool:

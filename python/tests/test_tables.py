@@ -191,6 +191,10 @@ def test_columns_that_nobody_names_may_hold_anything(make: Callable[[Columns], A
         ({"v": [10**400, *VALUES[1:]], "g": GROUPS},
          'column "v": a number beyond 1.8e308; expected one that a double can hold'),
         ({"v": 3, "g": GROUPS}, 'column "v" is of type int; expected a sequence of values'),
+        ({"v": VALUES, "g": ["a", "a", "b", "b", "a", "\ud800"]},
+         "column \"g\": '\\ud800'; expected texts without half a surrogate pair"),
+        ({"v": VALUES, "g": ["a", "a", "b", "b", "a", "b\0"]},
+         'column "g": a text that is not UTF-8 or has a NUL; expected UTF-8 without it'),
         (polars.LazyFrame({"v": VALUES}), "the data is a LazyFrame, which is not computed yet; expected what collect() gives"),
         (None, "the data is of type NoneType; expected a data frame, a dict of columns or a NumPy array"),
         (numpy.zeros(3), "the data is an array of 1 dimensions; expected 2, or a dict of columns"),
@@ -238,3 +242,10 @@ def test_arrays_with_and_without_names() -> None:
 def test_names_that_are_numbers() -> None:
     frame = pandas.DataFrame({0: VALUES, 1: GROUPS})
     assert tarn.analyze(frame, independent=0, group=1, tests="mann-whitney")[0].statistic == 2
+
+
+@pytest.mark.parametrize("name", ["", "a\nb", "\ud800"])
+def test_names_that_no_column_can_have(name: str) -> None:
+    with pytest.raises(tarn.InputError, match="^one_sample=.*; expected "):
+        tarn.analyze({name: VALUES}, one_sample=name)
+    assert tarn.analyze({name: VALUES, "v": VALUES}, one_sample="v", tests="runs")[0].n == 6
