@@ -117,7 +117,7 @@ def _add_pandas(data: _binding.Data, name: str, column: Any) -> None:
     kind = getattr(dtype, "kind", "O")
     if hasattr(dtype, "categories"):
         _add_categories(data, name, column.array)
-    elif "pyarrow" in sys.modules and (hasattr(dtype, "pyarrow_dtype") or str(dtype) in ("str", "string")):
+    elif sys.modules.get("pyarrow") is not None and (hasattr(dtype, "pyarrow_dtype") or str(dtype) in ("str", "string")):
         add_column(data, name, column.array.__arrow_array__())  # which pandas has at hand, or makes far sooner
     elif kind in _REFUSED_KINDS:
         data.add_refused(name, _REFUSED_KINDS[kind])

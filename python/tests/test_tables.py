@@ -5,6 +5,8 @@ from __future__ import annotations
 import datetime
 import decimal
 import fractions
+import subprocess
+import sys
 from array import array
 from collections.abc import Callable
 from typing import Any
@@ -249,3 +251,15 @@ def test_names_that_no_column_can_have(name: str) -> None:
     with pytest.raises(tarn.InputError, match="^one_sample=.*; expected "):
         tarn.analyze({name: VALUES}, one_sample=name)
     assert tarn.analyze({name: VALUES, "v": VALUES}, one_sample="v", tests="runs")[0].n == 6
+
+
+def test_pandas_without_pyarrow() -> None:
+    program = (
+        "import sys; sys.modules['pyarrow'] = None\n"
+        "import pandas, tarn\n"
+        f"frame = pandas.DataFrame({{'v': {VALUES}, 'g': {GROUPS}}})\n"
+        "test = tarn.analyze(frame, independent='v', group='g', tests='mann-whitney')\n"
+        "print(test[0].statistic, type(test.tests).__name__)\n"
+    )
+    done = subprocess.run([sys.executable, "-c", program], capture_output=True, text=True, check=True)
+    assert done.stdout == "2.0 DataFrame\n"
