@@ -79,7 +79,7 @@ void ReadPiece(const InputColumn& column, const ColumnPiece& piece, const Column
         }
     };
     const bool isText = WithTexts(column.format, *piece.array, [&](const auto& textAt) {
-        readAll([&](std::int64_t at, double& cell) { cell = reader.ReadText(textAt(at), codes.texts); });
+        readAll([&](std::int64_t at, double& cell) { cell = reader.ReadText(textAt(at), codes.texts, codes.missing); });
     });
     const bool isNumber = !isText && WithNumbers(column.format, *piece.array, [&](const auto& numberAt) {
         readAll([&](std::int64_t at, double& cell) { ReadNumber(column, numberAt(at), reader, codes, cell); });

@@ -12,6 +12,7 @@
 #include "host/table/ColumnPlan.h"
 #include "host/table/ColumnReader.h"
 #include "host/table/MissingTexts.h"
+#include "host/table/TableShape.h"
 #include "host/table/Utf8.h"
 #include "machine/WorkShare.h"
 
@@ -31,7 +32,7 @@ class TableReader {
         for (const Chosen& chosen : chosen_) columns.emplace_back().name = chosen.column->name;
         table_ = Table(std::move(columns));
         table_.SetWeightIndex(plan_.weightIndex);
-        for (const ColumnPlan& column : plan_.columns) readers_.emplace_back(column, missingTexts_);
+        for (const ColumnPlan& column : plan_.columns) readers_.emplace_back(column, missingTexts_, shape_);
     }
 
     Table Read(const std::function<void()>& betweenPieces) {
@@ -171,7 +172,8 @@ class TableReader {
 
     InputData& data_;
     WorkShare share_;
-    MissingTexts missingTexts_;
+    MissingTexts missingTexts_;  // none: what is missing has no text
+    TableShape shape_;
     std::vector<Chosen> chosen_;
     TablePlan plan_;
     std::vector<ColumnReader> readers_;  // borrow from the plan and the missing texts
