@@ -94,22 +94,48 @@ MemorySource::MemorySource(InputColumn column, const void* values, std::int64_t 
 }
 
 void MemorySource::SetEntries(const std::vector<std::string>& texts) {
+    texts_ = std::make_unique<TextEntries>(texts);
+    array_.dictionary = texts_->Array();
+}
+
+void MemorySource::SetEntries(std::vector<double> numbers) {
+    numbers_ = std::move(numbers);
+    numberBuffers_[1] = numbers_.data();
+    entries_ = {std::ssize(numbers_), 0, 0, 2, 0, numberBuffers_, nullptr, nullptr, nullptr, nullptr};
+    array_.dictionary = &entries_;
+}
+
+TextEntries::TextEntries(const std::vector<std::string>& texts) {
     offsets_.push_back(0);
     for (const std::string& text : texts) {
         bytes_ += text;
         offsets_.push_back(static_cast<std::int64_t>(bytes_.size()));
     }
-    entryBuffers_[1] = offsets_.data();
-    entryBuffers_[2] = bytes_.data();
-    entries_ = {std::ssize(texts), 0, 0, 3, 0, entryBuffers_, nullptr, nullptr, nullptr, nullptr};
-    array_.dictionary = &entries_;
+    buffers_[1] = offsets_.data();
+    buffers_[2] = bytes_.data();
+    array_ = {std::ssize(texts), 0, 0, 3, 0, buffers_, nullptr, nullptr, nullptr, nullptr};
 }
 
-void MemorySource::SetEntries(std::vector<double> numbers) {
-    numbers_ = std::move(numbers);
-    entryBuffers_[1] = numbers_.data();
-    entries_ = {std::ssize(numbers_), 0, 0, 2, 0, entryBuffers_, nullptr, nullptr, nullptr, nullptr};
-    array_.dictionary = &entries_;
+SampleSource::SampleSource(InputColumn values, InputColumn samples, const std::vector<std::string>& names)
+    : names_(names) {
+    columns_.push_back(std::move(values));
+    columns_.push_back(std::move(samples));
+}
+
+void SampleSource::Add(const void* values, std::int64_t count, MemoryHold hold) {
+    samples_.push_back({values, count, std::move(hold)});
+}
+
+bool SampleSource::Next() {
+    if (next_ == samples_.size()) return false;
+    const Sample& sample = samples_[next_];
+    codesOfRows_.assign(static_cast<std::size_t>(sample.count), static_cast<std::int32_t>(next_));
+    ++next_;
+    valueBuffers_[1] = sample.values;
+    codeBuffers_[1] = codesOfRows_.data();
+    values_ = {sample.count, 0, 0, 2, 0, valueBuffers_, nullptr, nullptr, nullptr, nullptr};
+    codes_ = {sample.count, 0, 0, 2, 0, codeBuffers_, nullptr, names_.Array(), nullptr, nullptr};
+    return true;
 }
 
 }  // namespace tarn

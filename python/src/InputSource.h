@@ -49,6 +49,22 @@ class StreamSource : public InputSource {
 /// What keeps memory of somebody else's where it is.
 using MemoryHold = std::shared_ptr<const void>;
 
+/// Texts in the layout of the Arrow C interface with offsets of 64 bits.
+class TextEntries {
+ public:
+    explicit TextEntries(const std::vector<std::string>& texts);
+    TextEntries(const TextEntries&) = delete;
+    TextEntries& operator=(const TextEntries&) = delete;
+
+    ArrowArray* Array() { return &array_; }
+
+ private:
+    std::string bytes_;
+    std::vector<std::int64_t> offsets_;
+    const void* buffers_[3]{};
+    ArrowArray array_{};
+};
+
 /// One column in memory that is borrowed: numbers side by side, or codes with the entries that they stand for.
 class MemorySource : public InputSource {
  public:
@@ -69,11 +85,42 @@ class MemorySource : public InputSource {
     ArrowArray array_{};
     bool isDone_ = false;
     // The dictionary.
-    std::string bytes_;
-    std::vector<std::int64_t> offsets_;
+    std::unique_ptr<TextEntries> texts_;
     std::vector<double> numbers_;
-    const void* entryBuffers_[3]{};
+    const void* numberBuffers_[2]{};
     ArrowArray entries_{};
+};
+
+/// Samples of numbers in memory that is borrowed, one after the other, and beside them which one a row is of.
+class SampleSource : public InputSource {
+ public:
+    /// `values`: the column of the numbers. `samples`: that of the codes, whose entries are `names`.
+    SampleSource(InputColumn values, InputColumn samples, const std::vector<std::string>& names);
+
+    /// The next sample, in the layout of `values`.
+    void Add(const void* values, std::int64_t count, MemoryHold hold);
+
+    bool Next() override;
+    std::int64_t RowCount() const override { return values_.length; }
+    ColumnPiece PieceOf(std::size_t column) const override {
+        return {column == 0 ? &values_ : &codes_, 0, values_.length};
+    }
+
+ private:
+    struct Sample {
+        const void* values;
+        std::int64_t count;
+        MemoryHold hold;
+    };
+
+    std::vector<Sample> samples_;
+    std::size_t next_ = 0;
+    TextEntries names_;
+    std::vector<std::int32_t> codesOfRows_;
+    const void* valueBuffers_[2]{};
+    const void* codeBuffers_[2]{};
+    ArrowArray values_{};
+    ArrowArray codes_{};
 };
 
 }  // namespace tarn

@@ -34,6 +34,23 @@ class Arguments {
     const Json& json_;
 };
 
+std::vector<FieldOrder> ReadOrders(const Json& json) {
+    std::vector<FieldOrder> orders;
+    for (const auto& [field, categories] : json.items()) {
+        orders.push_back({field, categories.get<std::vector<std::string>>()});
+    }
+    return orders;
+}
+
+/// An object of a text for each field.
+std::vector<FieldWord> ReadFieldWords(const Json& json, const char* name) {
+    std::vector<FieldWord> words;
+    const auto found = json.find(name);
+    if (found == json.end()) return words;
+    for (const auto& [field, word] : found->items()) words.push_back({field, word.get<std::string>()});
+    return words;
+}
+
 AnalysisOptions ReadAnalysisOptions(const Json& json) {
     const Arguments arguments(json);
     AnalysisOptions options;
@@ -43,11 +60,17 @@ AnalysisOptions ReadAnalysisOptions(const Json& json) {
     arguments.Take("group", options.group);
     arguments.Take("tests", options.tests);
     arguments.Take("compare", options.compare);
+    arguments.Take("against", options.against);
     arguments.Take("test_value", options.testValue);
     arguments.Take("cut_point", options.cutPoint);
+    arguments.Take("cut_at_mean", options.cutAtMean);
     arguments.Take("probability", options.probability);
     arguments.Take("success", options.success);
     arguments.Take("distribution", options.distributions);
+    arguments.Take("mean", options.mean);
+    arguments.Take("sd", options.standardDeviation);
+    arguments.Take("min", options.minimum);
+    arguments.Take("max", options.maximum);
     arguments.Take("outliers", options.outliers);
     arguments.Take("descending", options.descending);
     arguments.Take("alpha", options.alpha);
@@ -60,12 +83,26 @@ AnalysisOptions ReadAnalysisOptions(const Json& json) {
         if (name == "one_sample") options.familyOrder.push_back(TestFamily::kOneSample);
         if (name == "related") options.familyOrder.push_back(TestFamily::kRelated);
         if (name == "independent") options.familyOrder.push_back(TestFamily::kIndependent);
-        if (name != "order") continue;
-        for (const auto& [field, categories] : value.items()) {
-            options.orders.push_back({field, categories.get<std::vector<std::string>>()});
+        if (name == "order") options.orders = ReadOrders(value);
+        if (name != "expected") continue;
+        for (const auto& [category, share] : value.items()) {
+            options.expected.push_back({category, share.get<double>()});
         }
     }
     return options;
+}
+
+AnalysisWords ReadWords(const Json& json) {
+    const Arguments arguments(json);
+    AnalysisWords words;
+    arguments.Take("formula", words.formula);
+    arguments.Take("where", words.where);
+    arguments.Take("split", words.split);
+    arguments.Take("within", words.within);
+    arguments.Take("id", words.subject);
+    words.references = ReadFieldWords(json, "reference");
+    words.labels = ReadFieldWords(json, "label");
+    return words;
 }
 
 SupplementOptions ReadSupplementOptions(const Json& json) {
@@ -83,7 +120,7 @@ SupplementOptions ReadSupplementOptions(const Json& json) {
     return wanted;
 }
 
-LoadOptions ReadLoadOptions(const Json& json, const AnalysisOptions& analysis) {
+LoadOptions ReadLoadOptions(const Json& json, const WordedAnalysis& words) {
     const Arguments arguments(json);
     LoadOptions load;
     arguments.Take("nominal", load.nominal);
@@ -91,34 +128,42 @@ LoadOptions ReadLoadOptions(const Json& json, const AnalysisOptions& analysis) {
     arguments.Take("continuous", load.continuous);
     arguments.Take("weights", load.weightField);
     arguments.Take("threads", load.threads);
-    load.orders = analysis.orders;
-    if (!analysis.group.empty()) load.nominalByDefault = analysis.group;
+    if (json.contains("order")) load.orders = ReadOrders(json["order"]);
+    load.nominalByDefault = words.NominalByDefault();
     return load;
+}
+
+/// The columns that a request needs, where the names of its condition are the last ones among those of its words.
+WantedColumns ColumnsOf(const Json& json, const WordedAnalysis& words, const LoadOptions& load) {
+    std::vector<std::string> names = words.Names();
+    std::vector<std::string> ofCondition;
+    if (json.contains("where")) {
+        ofCondition = Condition(json["where"].get<std::string>()).Names();
+        names.resize(names.size() - ofCondition.size());
+    }
+    std::vector<std::string> exact;
+    if (load.weightField) exact.push_back(*load.weightField);
+    return {std::move(names), std::move(ofCondition), std::move(exact)};
 }
 
 }  // namespace
 
-std::vector<std::string> Request::Fields() const {
-    std::vector<std::string> fields;
-    const auto add = [&](const std::string& field) {
-        if (!field.empty() && std::ranges::find(fields, field) == fields.end()) fields.push_back(field);
-    };
-    for (const auto* list : {&analysis.oneSample, &analysis.related, &analysis.independent}) {
-        for (const std::string& field : *list) add(field);
-    }
-    add(analysis.group);
-    add(analysis.caseId);
-    add(load.weightField.value_or(""));
-    return fields;
+Request::Request(const std::string& json) : words_({}, {}) {
+    const Json arguments = Json::parse(json);
+    supplement_ = ReadSupplementOptions(arguments);
+    words_ = WordedAnalysis(ReadWords(arguments), ReadAnalysisOptions(arguments));
+    load_ = ReadLoadOptions(arguments, words_);
+    columns_ = ColumnsOf(arguments, words_, load_);
+    isSplit_ = arguments.contains("split");
 }
 
-Request ReadRequest(const std::string& json) {
-    const Json arguments = Json::parse(json);
-    Request request;
-    request.analysis = ReadAnalysisOptions(arguments);
-    request.supplement = ReadSupplementOptions(arguments);
-    request.load = ReadLoadOptions(arguments, request.analysis);
-    return request;
+std::vector<std::string> Request::Levels() const {
+    std::vector<std::string> fields;
+    for (const auto* list : {&load_.nominal, &load_.ordinal, &load_.continuous}) {
+        fields.insert(fields.end(), list->begin(), list->end());
+    }
+    for (const FieldOrder& order : load_.orders) fields.push_back(order.field);
+    return fields;
 }
 
 }  // namespace tarn

@@ -3,12 +3,10 @@
 #include <algorithm>
 #include <optional>
 #include <string_view>
-#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
 #include "host/InputError.h"
-#include "host/NearestNames.h"
 #include "host/table/ColumnPlan.h"
 #include "host/table/ColumnReader.h"
 #include "host/table/MissingTexts.h"
@@ -24,10 +22,10 @@ constexpr const char* kData = "the data";
 
 class TableReader {
  public:
-    TableReader(InputData& data, const std::vector<std::string>& names, const LoadOptions& options)
+    TableReader(InputData& data, const WantedColumns& wanted, const LoadOptions& options)
         : data_(data), share_(options.threads), missingTexts_({}) {
-        ChooseColumns(names);
-        plan_ = Plan(options);
+        ChooseColumns(wanted);
+        plan_ = Plan(OfChosen(options));
         std::vector<Column> columns;
         for (const Chosen& chosen : chosen_) columns.emplace_back().name = chosen.column->name;
         table_ = Table(std::move(columns));
@@ -63,29 +61,34 @@ class TableReader {
         CellCodes codes;  // of the piece
     };
 
-    void ChooseColumns(const std::vector<std::string>& names) {
-        const std::unordered_set<std::string> wanted(names.begin(), names.end());
+    void ChooseColumns(const WantedColumns& wanted) {
         std::unordered_set<std::string> found;
-        std::vector<std::string_view> known;
         for (std::size_t i = 0; i < data_.size(); ++i) {
             const std::vector<InputColumn>& columns = data_[i]->Columns();
             for (std::size_t j = 0; j < columns.size(); ++j) {
-                known.emplace_back(columns[j].name);
-                if (!wanted.contains(columns[j].name)) continue;
-                if (!found.insert(columns[j].name).second) {
-                    throw InputError("the data has two columns " + Quoted(columns[j].name) +
+                const InputColumn& column = columns[j];
+                known_.emplace_back(column.name);
+                if (!wanted.Wants(column.name) || (wanted.IsAll() && !column.format.refused.empty())) continue;
+                if (!found.insert(column.name).second) {
+                    throw InputError("the data has two columns " + Quoted(column.name) +
                                      "; expected names that differ");
                 }
-                CheckKind(columns[j]);
-                chosen_.push_back({i, j, &columns[j], false, 0, {}});
+                CheckKind(column);
+                chosen_.push_back({i, j, &column, false, 0, {}});
             }
         }
-        for (const std::string& name : names) {
-            if (found.contains(name)) continue;
-            const std::string near = DidYouMean(NearestNames(name, known));
-            throw InputError("the data has no column " + Quoted(name) +
-                             (near.empty() ? "; expected one of " + Alternatives(known) : near));
-        }
+        wanted.Check(known_);
+    }
+
+    /// What is said of the chosen columns. What is said of others has to be of some of the data.
+    LoadOptions OfChosen(LoadOptions options) const {
+        const auto isOther = [this](const std::string& name) {
+            const auto isIt = [&](const Chosen& chosen) { return chosen.column->name == name; };
+            return std::ranges::find(known_, name) != known_.end() && std::ranges::none_of(chosen_, isIt);
+        };
+        for (auto* list : {&options.nominal, &options.ordinal, &options.continuous}) std::erase_if(*list, isOther);
+        std::erase_if(options.orders, [&](const FieldOrder& order) { return isOther(order.field); });
+        return options;
     }
 
     static void CheckKind(const InputColumn& column) {
@@ -161,6 +164,7 @@ class TableReader {
             Column& column = table_.ColumnAt(i);
             const std::vector<double> categoryByCode = readers_[i].Finish(kData, column);
             if (column.IsCategorical()) MapCodes(table_.Cells(i), categoryByCode, kMissingCategory);
+            column.isInferred = !column.IsText() && column.listedCount == 0;  // numbers don't say what they are
             for (const Category& category : column.categories) {
                 const char* const end = category.text.data() + category.text.size();
                 if (FindInvalidUtf8(category.text.data(), end) == end) continue;
@@ -174,6 +178,7 @@ class TableReader {
     WorkShare share_;
     MissingTexts missingTexts_;  // none: what is missing has no text
     TableShape shape_;
+    std::vector<std::string_view> known_;  // the names of all columns
     std::vector<Chosen> chosen_;
     TablePlan plan_;
     std::vector<ColumnReader> readers_;  // borrow from the plan and the missing texts
@@ -182,9 +187,9 @@ class TableReader {
 
 }  // namespace
 
-Table ReadTable(InputData& data, const std::vector<std::string>& names, const LoadOptions& options,
+Table ReadTable(InputData& data, const WantedColumns& wanted, const LoadOptions& options,
                 const std::function<void()>& betweenPieces) {
-    return TableReader(data, names, options).Read(betweenPieces);
+    return TableReader(data, wanted, options).Read(betweenPieces);
 }
 
 }  // namespace tarn

@@ -4,7 +4,7 @@
 one of them asks, assumes and decides by.
 """
 
-from ._analyze import TestInfo, analyze, explain, load, tests
+from ._analyze import TestInfo, analyze, explain, load, look, run, tests
 from ._binding import __version__
 from ._errors import EngineError, InputError
 from ._functions import (
@@ -17,6 +17,7 @@ from ._functions import (
     jonckheere,
     kendall,
     kolmogorov_smirnov,
+    kruskal,
     kruskal_wallis,
     mann_whitney,
     marginal_homogeneity,
@@ -28,6 +29,7 @@ from ._functions import (
     wald_wolfowitz,
     wilcoxon,
 )
+from ._look import Look
 from ._result import Effect, Interval, Message, Result, Significance, TestResult
 
 __all__ = [
@@ -35,6 +37,7 @@ __all__ = [
     "EngineError",
     "InputError",
     "Interval",
+    "Look",
     "Message",
     "Result",
     "Significance",
@@ -52,13 +55,16 @@ __all__ = [
     "jonckheere",
     "kendall",
     "kolmogorov_smirnov",
+    "kruskal",
     "kruskal_wallis",
     "load",
+    "look",
     "mann_whitney",
     "marginal_homogeneity",
     "mcnemar",
     "median",
     "moses",
+    "run",
     "runs",
     "sign",
     "tests",

@@ -39,7 +39,12 @@ class EngineError(RuntimeError):
 _OPTION = re.compile(r"--([a-z]+(?:-[a-z]+)*)(:?)")
 # An order, ready to copy, at the end of a sentence: the fields, and the categories from the lowest to the highest.
 _ORDER = re.compile(r"--order '?([^=' ]+)=([^']*)'?$")
-_RENAMED = {"weight": "weights"}
+# Fields, ready to copy.
+_FIELDS = re.compile(
+    r"--(one-sample|related|independent|nominal|ordinal|continuous) (?!with |or |and )"
+    r"([^\s\"'`,;]+(?:,[^\s\"'`,;]+)*)(?=$|,|;| beside)"
+)
+_RENAMED = {"weight": "weights", "by": "group"}
 
 
 def in_words_of_python(text: str) -> str:
@@ -53,7 +58,14 @@ def in_words_of_python(text: str) -> str:
         categories = ", ".join(word if word == ".." else f'"{word}"' for word in match.group(2).split(","))
         return "order={" + ", ".join(f'"{field}": [{categories}]' for field in match.group(1).split(",")) + "}"
 
-    return _OPTION.sub(argument, _ORDER.sub(order, text)).replace("tarn tests lists", "tarn.tests() lists")
+    def fields(match: re.Match[str]) -> str:
+        names = [f'"{name}"' for name in match.group(2).split(",")]
+        return match.group(1).replace("-", "_") + "=" + (names[0] if len(names) == 1 else f"[{', '.join(names)}]")
+
+    if "--" not in text and "tarn tests" not in text:
+        return text
+    text = _OPTION.sub(argument, _FIELDS.sub(fields, _ORDER.sub(order, text)))
+    return text.replace("tarn tests lists", "tarn.tests() lists")
 
 
 @contextlib.contextmanager

@@ -11,7 +11,7 @@ from typing import Any
 # What the values of a column are: `None` stands in any of them for a value that there is none of.
 Schema = Mapping[str, type]
 
-_WITH_COLUMNS = {"pandas": ("pandas", "DataFrame"), "polars": ("polars", "DataFrame"), "pyarrow": ("pyarrow", "table")}
+_WITHOUT_FRAMES = ("builtins", "numpy", "array", "pyarrow", "")
 
 
 def number_of(value: Any) -> float | None:
@@ -20,19 +20,22 @@ def number_of(value: Any) -> float | None:
 
 
 def make_frame(library: str, schema: Schema, rows: Sequence[Mapping[str, Any]]) -> Any:
-    """A frame of that library; a dict of columns where there is no such frame to be had.
+    """A frame of that library; of data that came in none a table of pyarrow, and without that a dict of columns.
 
     pandas, polars and pyarrow make their own. For any other library narwhals is asked, where it is installed.
     """
     columns = {name: [_as(kind, row.get(name)) for row in rows] for name, kind in schema.items()}
-    if library in _WITH_COLUMNS:
-        module, maker = _WITH_COLUMNS[library]
-        return getattr(importlib.import_module(module), maker)(columns)
-    if library not in ("builtins", "numpy", "") and importlib.util.find_spec("narwhals") is not None:
+    if library in ("pandas", "polars"):
+        return importlib.import_module(library).DataFrame(columns)
+    if library not in _WITHOUT_FRAMES and importlib.util.find_spec("narwhals") is not None:
         made = _by_narwhals(library, columns)
         if made is not None:
             return made
-    return columns
+    if importlib.util.find_spec("pyarrow") is None:
+        return columns
+    pyarrow = importlib.import_module("pyarrow")
+    kinds = {int: pyarrow.int64(), float: pyarrow.float64(), str: pyarrow.string()}
+    return pyarrow.table(columns, schema=pyarrow.schema([(name, kinds[kind]) for name, kind in schema.items()]))
 
 
 def _by_narwhals(library: str, columns: dict[str, list[Any]]) -> Any:

@@ -14,7 +14,7 @@ from collections.abc import Mapping
 from typing import Any, Unpack
 
 from . import _binding, _tables
-from ._analyze import run, run_on
+from ._analyze import as_request, run_on, run_request
 from ._errors import InputError, errors_of_the_package
 from ._request import Fields, Options, make_request
 from ._result import TestResult
@@ -84,11 +84,12 @@ def _by_groups(
     _check_count(test, len(arguments), 2, most)
     if isinstance(weights, str):
         raise InputError("weights= names a column, and samples have none; expected the weights themselves")
-    request = make_request({"independent": _FIELD, "group": _GROUP, "tests": test, **asked})
+    checked = make_request({"independent": _FIELD, "group": _GROUP, "tests": test, **asked})
     table = _binding.Data()
     with errors_of_the_package():
+        request = as_request(checked, weights is not None)
         _tables.add_samples(table, _FIELD, _GROUP, dict(zip(_names_of(arguments), arguments, strict=True)), is_ordered)
-    return run(table, request, _tables.library_of(arguments[0]), weights, progress)[0]
+        return run_request(table, request, checked, _tables.library_of(arguments[0]), weights, progress)[0]
 
 
 # ---- Independent samples ----
@@ -181,6 +182,9 @@ def kruskal_wallis(*samples: Any, by: str | None = None, **options: Unpack[Optio
     0.272727272727273
     """
     return _by_groups("kruskal-wallis", samples, by, None, options)
+
+
+kruskal = kruskal_wallis
 
 
 def jonckheere(*samples: Any, by: str | None = None, descending: bool = False, **options: Unpack[Options]) -> TestResult:

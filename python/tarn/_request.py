@@ -26,12 +26,20 @@ _WORDS: dict[str, tuple[str, ...]] = {
     "compare": ("pairwise", "stepwise"),
     "missing": ("analysis", "listwise"),
 }
-_FIELD_LISTS = ("one_sample", "related", "independent", "nominal", "ordinal", "continuous")
-_TEXT_LISTS = ("tests", "success", "distribution")
-_FIELDS = ("group", "case_id", "weights")
-_NUMBERS = ("alpha", "confidence", "test_value", "cut_point", "probability", "outliers")
-_COUNTS = ("monte_carlo", "seed", "threads")
-_FLAGS = ("continuity", "exact", "brief", "as_defined", "descending")
+_FIELD_LISTS = frozenset({"one_sample", "related", "independent", "nominal", "ordinal", "continuous"})
+_TEXT_LISTS = frozenset({"tests", "success", "distribution"})
+_FIELDS = frozenset({"group", "case_id", "weights", "split", "within", "id"})
+_TEXTS = {
+    "formula": 'a formula, like "score ~ arm"',
+    "where": 'a condition, like "age > 40"',
+    "against": "a category of the groups or a column",
+}
+_NUMBERS = frozenset(
+    {"alpha", "confidence", "test_value", "probability", "outliers", "mean", "sd", "min", "max", "cut_point"}
+)
+_COUNTS = frozenset({"monte_carlo", "seed", "threads"})
+_FLAGS = frozenset({"continuity", "exact", "brief", "as_defined", "descending"})
+_WORDS_OF_FIELDS = {"reference": '{"arm": "placebo"}', "label": '{"hours": "Hours of sleep"}'}
 
 
 class Options(TypedDict, total=False):
@@ -55,6 +63,8 @@ class Options(TypedDict, total=False):
     threads: int | None
     progress: Any
     order: Mapping[str, Sequence[Any]] | None
+    where: str | None
+    split: str | None
 
 
 def make_request(arguments: Mapping[str, Any]) -> dict[str, Any]:
@@ -67,22 +77,17 @@ def make_request(arguments: Mapping[str, Any]) -> dict[str, Any]:
     """
     request: dict[str, Any] = {}
     for name, value in arguments.items():
-        if value is not None:
+        if value is None:
+            continue
+        if name == "cut_point" and value == "mean":
+            request["cut_at_mean"] = True
+        else:
             request[name] = _checked(name, value)
     return request
 
 
 def as_json(request: Mapping[str, Any]) -> str:
     return json.dumps(request, ensure_ascii=False)
-
-
-def fields_of(request: Mapping[str, Any]) -> set[str]:
-    """All fields that a request speaks of."""
-    fields = {request[name] for name in _FIELDS if name in request}
-    for name in _FIELD_LISTS:
-        fields.update(request.get(name, ()))
-    fields.update(request.get("order", ()))
-    return fields
 
 
 def _checked(name: str, value: Any) -> Any:
@@ -100,8 +105,14 @@ def _checked(name: str, value: Any) -> Any:
         return _count(name, value)
     if name in _FLAGS:
         return _flag(name, value)
+    if name in _TEXTS:
+        return _text(name, value)
     if name == "order":
         return _order(value)
+    if name == "expected":
+        return _expected(value)
+    if name in _WORDS_OF_FIELDS:
+        return _words_of_fields(name, value)
     raise InputError(f"{name}= is no argument{_near(name, Options.__annotations__)}")
 
 
@@ -155,7 +166,7 @@ def is_unicode(text: str) -> bool:
 
 def _number(name: str, value: Any) -> float:
     if isinstance(value, bool) or not isinstance(value, numbers.Real) or not math.isfinite(value):
-        raise InputError(f"{name}={value!r}; expected a number")
+        raise InputError(f"{name}={value!r}; expected a number" + (' or "mean"' if name == "cut_point" else ""))
     return float(value)
 
 
@@ -172,12 +183,32 @@ def _flag(name: str, value: Any) -> bool:
     raise InputError(f"{name}={value!r}; expected True or False")
 
 
-def _order(value: Any) -> dict[str, list[str]]:
+def _text(name: str, value: Any) -> str:
+    if not isinstance(value, str):
+        raise InputError(f"{name}= is of type {type(value).__name__}; expected {_TEXTS[name]}")
+    if not value.strip():
+        raise InputError(f"{name}={value!r}; expected {_TEXTS[name]}")
+    return _text_of(name, value)
+
+
+def _items(name: str, value: Any, example: str) -> list[tuple[Any, Any]]:
+    """What a dict has."""
     if not isinstance(value, Mapping):
-        raise InputError(
-            f'order= is of type {type(value).__name__}; expected a dict like {{"dose": ["low", "high"]}}, from the lowest up'
-        )
+        raise InputError(f"{name}= is of type {type(value).__name__}; expected a dict like {example}")
+    return list(value.items())
+
+
+def _order(value: Any) -> dict[str, list[str]]:
     return {
         _field("order", field): [_text_of("order", category) for category in _listed("order", categories)]
-        for field, categories in value.items()
+        for field, categories in _items("order", value, '{"dose": ["low", "high"]}, from the lowest up')
     }
+
+
+def _expected(value: Any) -> dict[str, float]:
+    items = _items("expected", value, '{"a": 0.2, "b": 0.8}, each category with its share or its count')
+    return {_text_of("expected", category): _number("expected", share) for category, share in items}
+
+
+def _words_of_fields(name: str, value: Any) -> dict[str, str]:
+    return {_field(name, field): _text_of(name, word) for field, word in _items(name, value, _WORDS_OF_FIELDS[name])}

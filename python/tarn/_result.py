@@ -3,16 +3,16 @@
 from __future__ import annotations
 
 import functools
-import html
 import json
 import os
-from collections.abc import Iterator, Mapping
+from collections.abc import Callable, Iterable, Iterator, Mapping
 from dataclasses import dataclass, field
 from typing import Any, Protocol
 
 from . import _binding
-from ._errors import InputError, errors_of_the_package
+from ._errors import InputError, errors_of_the_package, in_words_of_python
 from ._frames import Schema, make_frame, number_of
+from ._html import as_fragment, as_page
 
 
 @dataclass(frozen=True)
@@ -179,6 +179,8 @@ class ReportTexts(Protocol):
     def text(self) -> str: ...
     def json(self) -> str: ...
     def csv(self) -> str: ...
+    def part_count(self) -> int: ...
+    def part(self, place: int, /) -> ReportTexts: ...
 
 
 @dataclass(frozen=True)
@@ -189,6 +191,7 @@ class _StoredTexts:
     notes: list[str]
     remarks: list[str]
     stored: tuple[str, str, str]
+    parts: tuple[ReportTexts, ...]
 
     def text(self) -> str:
         return self.stored[0]
@@ -199,13 +202,26 @@ class _StoredTexts:
     def csv(self) -> str:
         return self.stored[2]
 
+    def part_count(self) -> int:
+        return len(self.parts)
+
+    def part(self, place: int, /) -> ReportTexts:
+        return self.parts[place]
+
+
+def _stored(texts: ReportTexts) -> _StoredTexts:
+    return _StoredTexts(
+        texts.document, texts.notes, texts.remarks, (texts.text(), texts.json(), texts.csv()),
+        tuple(_stored(texts.part(place)) for place in range(texts.part_count())),
+    )  # fmt: skip
+
 
 _OF_TEST: Schema = {"number": int, "name": str, "fields": str}
 _SCHEMAS: dict[str, Schema] = {
     "tests": {
         **_OF_TEST, "title": str, "family": str, "group": str, "n": float, "n_total": float, "statistic": float,
         "standard_error": float, "standardized": float, "df": float, "pvalue": float, "kind": str, "decision": str,
-        "p_holm": float, "p_bh": float, "p_adjusted": float, "direction": str,
+        "p_holm": float, "p_bh": float, "p_adjusted": float, "direction": str, "conclusion": str,
     },
     "comparisons": {
         **_OF_TEST, "first": str, "second": str, "statistic": float, "standard_error": float, "standardized": float,
@@ -225,20 +241,31 @@ _SCHEMAS: dict[str, Schema] = {
 }  # fmt: skip
 
 
+# What a frame of a result in parts has besides.
+_OF_PART: Schema = {"part": str}
+
+
 class Result:
     """The result of an analysis, which stays as it is.
 
     ``result["mann-whitney"]`` is one of its tests, by name, or by name and field where there are several;
     ``result[0]`` the first one. Its ``repr`` is the report for a reader. Frames are of the library that the data came
-    in: pandas, polars, pyarrow; else a dict of columns.
+    in: pandas, polars, and others by narwhals; of data that came in none they are tables of pyarrow, and without it
+    dicts of columns. In frames of a result in parts (``split=``) a column "part" says which one a row is of.
     """
 
-    def __init__(self, texts: ReportTexts, library: str = "builtins", asked: Mapping[str, Any] | None = None) -> None:
-        self.__dict__.update(_texts=texts, _library=library, _asked=dict(asked or {}))
+    def __init__(
+        self, texts: ReportTexts, library: str = "builtins", asked: Mapping[str, Any] | None = None,
+        has_own_weights: bool = False,
+    ) -> None:  # fmt: skip
+        self.__dict__.update(
+            _texts=texts, _library=library, _asked=None if asked is None else dict(asked), _has_own_weights=has_own_weights
+        )
 
     _texts: ReportTexts
     _library: str
-    _asked: dict[str, Any]
+    _asked: dict[str, Any] | None
+    _has_own_weights: bool
 
     def __setattr__(self, name: str, value: object) -> None:
         raise AttributeError(f"a result stays as it is: {name} can't be set")
@@ -247,9 +274,58 @@ class Result:
         raise AttributeError(f"a result stays as it is: {name} can't be deleted")
 
     def __reduce__(self) -> tuple[Any, ...]:
-        texts = self._texts
-        stored = _StoredTexts(texts.document, texts.notes, texts.remarks, (texts.text(), texts.json(), texts.csv()))
-        return Result, (stored, self._library, self._asked)
+        return Result, (_stored(self._texts), self._library, self._asked, self._has_own_weights)
+
+    # ---- What was asked ----
+
+    @property
+    def request(self) -> dict[str, Any]:
+        """The arguments of `tarn.analyze` that made it, those that were given; empty for what came in other ways."""
+        asked = dict(self._asked or {})
+        if asked.pop("cut_at_mean", False):
+            asked["cut_point"] = "mean"
+        return asked
+
+    def rerun(self, data: Any, **changes: Any) -> Result:
+        """Analyses other data in the same way.
+
+        Parameters
+        ----------
+        data : data frame, dict of columns or NumPy array
+            As in `tarn.analyze`.
+        **changes
+            Arguments of `tarn.analyze` that are to be others, ``None`` for one that isn't to be there.
+
+        Raises
+        ------
+        InputError
+            As `tarn.analyze` does; and where the result wasn't made by it, or with weights that no column has.
+
+        Examples
+        --------
+        >>> first = tarn.analyze({"x": [1, 2, 3, 4, 6, 9]}, "x ~ 1", tests="runs")
+        >>> first.rerun({"x": [9, 1, 8, 2, 7, 3]})["runs"].statistic
+        6.0
+        """
+        from ._analyze import analyze
+
+        if self._asked is None:
+            raise InputError("the result has no request to run again; expected one that tarn.analyze made")
+        if self._has_own_weights and "weights" not in changes:
+            raise InputError("the weights were not a column of the data; expected weights= with those of the new data")
+        return analyze(data, **{**self.request, **changes})
+
+    # ---- Parts ----
+
+    @functools.cached_property
+    def parts(self) -> dict[str, Result]:
+        """With ``split=`` the result of each category that could be tested; otherwise there are none."""
+        parts = self._json.get("parts", [])
+        return {
+            part["category"]: Result(self._texts.part(place), self._library, self._asked, self._has_own_weights)
+            for place, part in enumerate(parts)
+            if part["result"] is not None
+        }
 
     # ---- Tests ----
 
@@ -266,6 +342,8 @@ class Result:
         found = [test for test in self._tests if test.name == name and (wanted is None or wanted in test.fields)]
         if len(found) == 1:
             return found[0]
+        if found and self.parts:
+            raise KeyError(f"{len(found)} tests are {name}: take that of a part, like parts[{next(iter(self.parts))!r}]")
         if found:
             places = ", ".join(str(place) for place, test in enumerate(self._tests) if test in found)
             raise KeyError(f"{len(found)} tests are {name}: name the field, too, or take one by its place: {places}")
@@ -278,15 +356,24 @@ class Result:
         return read
 
     @functools.cached_property
+    def _results(self) -> list[tuple[str | None, dict[str, Any]]]:
+        """The results in JSON, one, or those of the parts by their categories."""
+        if "parts" not in self._json:
+            return [(None, self._json)]
+        return [(part["category"], part["result"]) for part in self._json["parts"] if part["result"] is not None]
+
+    @functools.cached_property
     def _tests(self) -> tuple[TestResult, ...]:
-        return tuple(_read_test(test, self._asked, self) for test in self._json["tests"])
+        return tuple(
+            read_test(test, self._asked or {}, self) for _, result in self._results for test in result["tests"]
+        )
 
     # ---- Frames ----
 
     @property
     def tests(self) -> Any:
         """A row for each test, with the significance that decides and those adjusted for the number of tests."""
-        return self._frame("tests", [{**_test_row(test), **_common(number, test)} for number, test in enumerate(self._json["tests"], 1)])
+        return self._frame_of("tests", lambda test: [_test_row(test)])
 
     @property
     def comparisons(self) -> Any:
@@ -305,9 +392,9 @@ class Result:
 
     @property
     def intervals(self) -> Any:
-        """A row for each interval of an estimate."""
-        confidence = self._json["confidence_level"]
-        return self._frame_of("intervals", lambda test: [{**row, "confidence": confidence} for row in test["intervals"]])
+        """A row for each interval of an estimate, at the level of confidence in percent."""
+        level = {"confidence": self._results[0][1]["confidence_level"] if self._results else None}
+        return self._frame_of("intervals", lambda test: [{**row, **level} for row in test["intervals"]])
 
     @property
     def subsets(self) -> Any:
@@ -317,30 +404,34 @@ class Result:
     @property
     def messages(self) -> Any:
         """A row for each error, warning and remark of a test, then those on the whole run, which have no number."""
-        rows = [
-            {**_common(number, test), "kind": message.kind, "code": message.code, "text": message.text}
-            for number, test in enumerate(self._json["tests"], 1)
-            for message in _messages(test)
-        ]
-        rows += [{"kind": "warning", "text": text} for text in self._texts.remarks]
+        rows = self._rows_of(lambda test: [vars(message) for message in _messages(test)])
+        rows += [{"kind": "warning", "text": in_words_of_python(text)} for text in self._texts.remarks]
         rows += [{"kind": "note", "text": text} for text in self.notes]
+        for part in self._json.get("parts", []):
+            rows += [{"part": part["category"], "kind": "note", "text": in_words_of_python(note)} for note in part["notes"]]
+            if part["mistake"] is not None:
+                rows.append({"part": part["category"], "kind": "error", "text": in_words_of_python(part["mistake"])})
         return self._frame("messages", rows)
 
     @property
     def notes(self) -> list[str]:
         """What a reader should know of the data, as sentences."""
-        return list(self._texts.notes)
+        return [in_words_of_python(note) for note in self._texts.notes]
 
-    def _frame_of(self, name: str, rows_of: Any) -> Any:
-        rows = [
-            {**row, **_common(number, test)}
-            for number, test in enumerate(self._json["tests"], 1)
+    def _rows_of(self, rows_of: Callable[[Mapping[str, Any]], Iterable[Mapping[str, Any]]]) -> list[dict[str, Any]]:
+        return [
+            {**row, **_common(number, test), "part": part}
+            for part, result in self._results
+            for number, test in enumerate(result["tests"], 1)
             for row in rows_of(test)
         ]
-        return self._frame(name, rows)
+
+    def _frame_of(self, name: str, rows_of: Callable[[Mapping[str, Any]], Iterable[Mapping[str, Any]]]) -> Any:
+        return self._frame(name, self._rows_of(rows_of))
 
     def _frame(self, name: str, rows: list[dict[str, Any]]) -> Any:
-        return make_frame(self._library, _SCHEMAS[name], rows)
+        schema = {**_OF_PART, **_SCHEMAS[name]} if "parts" in self._json else _SCHEMAS[name]
+        return make_frame(self._library, schema, rows)
 
     # ---- Texts ----
 
@@ -348,7 +439,11 @@ class Result:
         return self._texts.text().rstrip("\n")
 
     def _repr_html_(self) -> str:
-        return f"<pre>{html.escape(repr(self))}</pre>"
+        return as_fragment(self._results, self.notes)
+
+    def to_html(self) -> str:
+        """A page for a browser, which stands by itself."""
+        return as_page(self._results, self.notes)
 
     def to_json(self) -> str:
         """The whole result as JSON, in the format that the command writes."""
@@ -359,7 +454,15 @@ class Result:
         return self._texts.csv()
 
     def to_xml(self) -> str:
-        """The result document of the engine, which `tarn.load` reads again."""
+        """The result document of the engine, which `tarn.load` reads again.
+
+        Raises
+        ------
+        InputError
+            For a result in parts, which have a document each.
+        """
+        if "parts" in self._json:
+            raise InputError("a result in parts is no one document; expected to_xml() of one of its parts")
         return self._texts.document
 
     def to_text(self) -> str:
@@ -372,7 +475,7 @@ class Result:
         Parameters
         ----------
         path : str or path
-            Its suffix says in which form: ``.xml`` (the result document), ``.json``, ``.csv`` or ``.txt``.
+            Its suffix says in which form: ``.html``, ``.xml`` (the result document), ``.json``, ``.csv`` or ``.txt``.
 
         Raises
         ------
@@ -380,10 +483,12 @@ class Result:
             For any other suffix, and for a file that can't be written.
         """
         name = os.fspath(path)
-        makers = {".xml": self.to_xml, ".json": self.to_json, ".csv": self.to_csv, ".txt": self.to_text}
+        makers = {
+            ".html": self.to_html, ".xml": self.to_xml, ".json": self.to_json, ".csv": self.to_csv, ".txt": self.to_text,
+        }  # fmt: skip
         suffix = os.path.splitext(name)[1].lower()
         if suffix not in makers:
-            raise InputError(f'"{name}": the suffix is "{suffix}"; expected .xml, .json, .csv or .txt')
+            raise InputError(f'"{name}": the suffix is "{suffix}"; expected .html, .xml, .json, .csv or .txt')
         with errors_of_the_package():
             _binding.write(name, makers[suffix]())
 
@@ -423,6 +528,7 @@ def _test_row(test: Mapping[str, Any]) -> dict[str, Any]:
         "p_holm": adjusted.get("holm"),
         "p_bh": adjusted.get("benjamini_hochberg"),
         "p_adjusted": _supplement(test).get("adjusted_p"),
+        "conclusion": _supplement(test).get("conclusion"),
     }
 
 
@@ -458,7 +564,7 @@ def _group_rows(test: Mapping[str, Any]) -> list[dict[str, Any]]:
 def _messages(test: Mapping[str, Any]) -> list[Message]:
     messages = [Message(each["kind"], each["code"], each["text"]) for each in test["messages"]]
     remarks = test["remarks"] + _supplement(test).get("remarks", [])
-    return messages + [Message("remark", None, text) for text in remarks]
+    return messages + [Message("remark", None, in_words_of_python(text)) for text in remarks]
 
 
 def _significances(test: Mapping[str, Any]) -> tuple[list[Significance], list[Significance]]:
@@ -496,7 +602,7 @@ def _asked_for(supplied: list[Significance], asked: Mapping[str, Any]) -> Signif
     return supplied[0] if is_choice and supplied else None
 
 
-def _read_test(test: Mapping[str, Any], asked: Mapping[str, Any], result: Result) -> TestResult:
+def read_test(test: Mapping[str, Any], asked: Mapping[str, Any], result: Result) -> TestResult:
     supplement = _supplement(test)
     statistics, p = _leading(test)
     of_document, supplied = _significances(test)

@@ -10,7 +10,7 @@ import math
 import numbers
 import sys
 from array import array
-from collections.abc import Collection, Iterable, Mapping, Sequence
+from collections.abc import Callable, Iterable, Mapping, Sequence
 from typing import Any
 
 from . import _binding
@@ -33,20 +33,20 @@ def library_of(data: object) -> str:
     return type(data).__module__.partition(".")[0]
 
 
-def read(data: object, wanted: Collection[str]) -> _binding.Data:
+def read(data: object, wants: Callable[[str], bool]) -> _binding.Data:
     """Makes the data of a call of a table.
 
-    Columns that no argument names are known by their names alone.
+    Columns that aren't wanted are known by their names alone.
     """
     read_data = _binding.Data()
     if library_of(data) == "pandas" and hasattr(data, "columns"):
-        _add_columns(read_data, ((str(name), column) for name, column in data.items()), wanted)  # type: ignore[attr-defined]
+        _add_columns(read_data, ((str(name), column) for name, column in data.items()), wants)  # type: ignore[attr-defined]
     elif isinstance(data, Mapping):
-        _add_columns(read_data, ((str(name), column) for name, column in data.items()), wanted)
+        _add_columns(read_data, ((str(name), column) for name, column in data.items()), wants)
     elif hasattr(data, "__arrow_c_stream__"):
         read_data.add_stream(data.__arrow_c_stream__(), "")
     elif library_of(data) == "numpy" and hasattr(data, "dtype"):
-        _add_columns(read_data, _columns_of_array(data), wanted)
+        _add_columns(read_data, _columns_of_array(data), wants)
     elif hasattr(data, "collect"):
         raise InputError(f"the data is a {type(data).__name__}, which is not computed yet; expected what collect() gives")
     else:
@@ -63,11 +63,13 @@ def _columns_of_array(values: Any) -> Iterable[tuple[str, object]]:
     return [(str(number), values[:, number]) for number in range(values.shape[1])]
 
 
-def _add_columns(data: _binding.Data, columns: Iterable[tuple[str, object]], wanted: Collection[str]) -> None:
+def _add_columns(data: _binding.Data, columns: Iterable[tuple[str, object]], wants: Callable[[str], bool]) -> None:
     for name, column in columns:
-        if name in wanted:
+        if not is_unicode(name):
+            continue  # no argument can name it
+        if wants(name):
             add_column(data, name, column)
-        elif is_unicode(name):
+        else:
             data.add_refused(name, "values that nobody asked for")
 
 
@@ -220,14 +222,17 @@ def _plural(kind: str) -> str:
     return known.get(kind, kind + "s")
 
 
-def numbers_of(name: str, sample: Any) -> array[float]:
-    """The numbers of one sample, NaN for what is missing.
+def numbers_of(name: str, sample: Any) -> Any:
+    """The numbers of one sample as doubles side by side, NaN for what is missing; without a copy where they are such.
 
     Raises
     ------
     InputError
         For a sample that holds anything else.
     """
+    of_library = _array_of(sample)
+    if of_library is not None:
+        return of_library
     if hasattr(sample, "to_pylist"):
         values = sample.to_pylist()
     elif hasattr(sample, "to_list"):
@@ -246,13 +251,22 @@ def numbers_of(name: str, sample: Any) -> array[float]:
     return _numbers(name, values)
 
 
+def _array_of(sample: Any) -> Any:
+    """The numbers of a sample of NumPy, pandas or polars as an array of doubles; `None` for any other sample."""
+    library = library_of(sample)
+    kind = getattr(getattr(sample, "dtype", None), "kind", "")
+    if library == "numpy" and kind in "biuf" and kind and sample.ndim == 1 and not hasattr(sample, "mask"):
+        values = sample.astype("float64", copy=False)
+    elif library == "pandas" and kind in "biuf" and kind:
+        values = sample.to_numpy(dtype="float64", na_value=math.nan)
+    elif library == "polars" and "numpy" in sys.modules and sample.dtype.is_numeric() and not sample.dtype.is_decimal():
+        values = sample.to_numpy().astype("float64", copy=False)
+    else:
+        return None
+    return values if values.flags.c_contiguous else values.copy()
+
+
 def add_samples(data: _binding.Data, field: str, group: str, samples: Mapping[str, Any], is_ordered: bool) -> None:
     """Adds samples below one another as one column, with another one that says which sample a row is of."""
-    values = array("d")
-    codes = array("i")
-    for number, (name, sample) in enumerate(samples.items()):
-        of_sample = numbers_of(name, sample)
-        values.extend(of_sample)
-        codes.extend(array("i", [number]) * len(of_sample))
-    data.add_numbers(field, "g", values, False)
-    data.add_texts(group, "i", codes, list(samples), True, is_ordered)
+    numbers = [numbers_of(name, sample) for name, sample in samples.items()]
+    data.add_samples(field, group, numbers, list(samples), is_ordered)

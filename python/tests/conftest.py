@@ -74,16 +74,25 @@ class Command:
     def __init__(self, folder: Path) -> None:
         self._folder = folder
 
-    def run(self, columns: Columns, *arguments: str) -> subprocess.CompletedProcess[str]:
+    def _write(self, columns: Columns) -> Path:
         path = self._folder / "table.csv"
         with path.open("w", newline="") as file:
             writer = csv.writer(file)
             writer.writerow(columns)
             for row in zip(*columns.values(), strict=True):
                 writer.writerow("NA" if value is None else repr(value) if isinstance(value, float) else value for value in row)
+        return path
+
+    def run(self, columns: Columns, *arguments: str) -> subprocess.CompletedProcess[str]:
         return subprocess.run(
-            [COMMAND, "analyze", path, *arguments], capture_output=True, text=True, check=False, timeout=120
+            [COMMAND, "analyze", self._write(columns), *arguments], capture_output=True, text=True, check=False, timeout=120
         )
+
+    def plan(self, columns: Columns, plan: Path, *arguments: str) -> Any:
+        """The tests of the JSON of a plan."""
+        typed = [COMMAND, "run", "--data", self._write(columns), "--plan", plan, "--format", "json", *arguments]
+        done = subprocess.run(typed, capture_output=True, text=True, check=True, timeout=120)
+        return json.loads(done.stdout)["tests"]
 
     def tests(self, columns: Columns, *arguments: str) -> Any:
         """The tests of its JSON; what it says where it refuses the request."""

@@ -4,10 +4,14 @@ from __future__ import annotations
 
 import json
 import pickle
+import subprocess
+import sys
 from collections.abc import Callable
 from pathlib import Path
 from typing import Any
+from xml.etree import ElementTree
 
+import duckdb
 import narwhals
 import pandas
 import polars
@@ -35,7 +39,7 @@ def result() -> tarn.Result:
         (pandas.DataFrame, pandas.DataFrame),
         (polars.DataFrame, polars.DataFrame),
         (pyarrow.table, pyarrow.Table),
-        (dict, dict),
+        (dict, pyarrow.Table),
     ],
 )
 @pytest.mark.parametrize("name", FRAMES)
@@ -43,23 +47,48 @@ def test_frames_are_of_the_library_of_the_data(make: Callable[[Columns], Any], k
     result = tarn.analyze(make(COLUMNS), related=["x", "y"])
     frame = getattr(result, name)
     assert isinstance(frame, kind)
-    columns = frame if kind is dict else narwhals.from_native(frame, eager_only=True).to_dict(as_series=False)
-    assert list(columns)[:3] == ["number", "name", "fields"]
+    assert list(columns_of(frame))[:3] == ["number", "name", "fields"]
+
+
+def test_frames_of_other_libraries_are_tables_of_pyarrow() -> None:
+    frame = tarn.analyze(duckdb.from_arrow(pyarrow.table(COLUMNS)), related=["x", "y"]).tests
+    assert isinstance(frame, pyarrow.Table)
+
+
+def test_frames_without_a_library_are_dicts_of_columns() -> None:
+    program = (
+        "import sys\n"
+        "sys.modules['pyarrow'] = sys.modules['narwhals'] = None\n"
+        "import importlib.util\n"
+        "importlib.util.find_spec = lambda name: None\n"
+        "import tarn\n"
+        "print(tarn.analyze({'x': [1, 2, 4, 3]}, 'x ~ 1', tests='runs').tests['name'])\n"
+    )
+    done = subprocess.run([sys.executable, "-c", program], capture_output=True, text=True, check=True)
+    assert done.stdout == "['runs']\n"
+
+
+def columns_of(frame: Any) -> dict[str, list[Any]]:
+    columns: dict[str, list[Any]] = narwhals.from_native(frame, eager_only=True).to_dict(as_series=False)
+    return columns
 
 
 def test_frames_hold_what_json_holds(result: tarn.Result) -> None:
     tests = json.loads(result.to_json())["tests"]
-    assert result.tests["number"] == [1, 2]
-    assert result.tests["fields"] == ["x", "y"]
-    assert result.tests["statistic"] == [test["statistics"][0]["statistic"] for test in tests]
-    assert result.tests["p_holm"] == [test["adjusted_p"]["holm"] for test in tests]
+    shown = columns_of(result.tests)
+    assert shown["number"] == [1, 2]
+    assert shown["fields"] == ["x", "y"]
+    assert shown["statistic"] == [test["statistics"][0]["statistic"] for test in tests]
+    assert shown["p_holm"] == [test["adjusted_p"]["holm"] for test in tests]
+    assert shown["conclusion"] == [test["supplement"]["conclusion"] for test in tests]
     pairs = [pair for test in tests for pair in test["comparisons"]["pairs"]]
     assert len(pairs) == 6
-    assert result.comparisons["adjusted_pvalue"] == [pair["adjusted_p"] for pair in pairs]
-    assert result.groups["sample"] == ["a", "b", "c"] * 2
-    assert result.groups["median"] == [4.0, 7.0, 9.0, 3.0, 9.0, 7.0]  # by hand
+    assert columns_of(result.comparisons)["adjusted_pvalue"] == [pair["adjusted_p"] for pair in pairs]
+    groups = columns_of(result.groups)
+    assert groups["sample"] == ["a", "b", "c"] * 2
+    assert groups["median"] == [4.0, 7.0, 9.0, 3.0, 9.0, 7.0]  # by hand
     effects = [effect for test in tests for effect in test["supplement"]["effects"]]
-    assert result.effects["value"] == [effect["value"] for effect in effects]
+    assert columns_of(result.effects)["value"] == [effect["value"] for effect in effects]
 
 
 def test_tests_are_found_by_name_and_place(result: tarn.Result) -> None:
@@ -93,18 +122,34 @@ def test_a_result_stays_as_it_is(result: tarn.Result) -> None:
 def test_the_report_is_what_is_shown(result: tarn.Result) -> None:
     assert repr(result).startswith("1. Kruskal-Wallis test: x by g\n")
     html = tarn.analyze({"<b>": [1, 2, 3]}, one_sample="<b>", tests="wilcoxon", test_value=0)._repr_html_()
-    assert html.startswith("<pre>") and "&lt;b&gt;" in html and "<b>" not in html
+    assert html.startswith("<h3>1. Wilcoxon signed rank test: &lt;b&gt;</h3>") and "<b>" not in html
+
+
+def test_a_page_has_the_sentences_and_the_numbers(result: tarn.Result) -> None:
+    page = result.to_html()
+    parsed = ElementTree.fromstring(page.removeprefix("<!DOCTYPE html>").replace('<meta charset="utf-8">', ""))
+    headings = [heading.text for heading in parsed.iter("h3")]
+    assert headings == ["1. Kruskal-Wallis test: x by g", "2. Kruskal-Wallis test: y by g"]
+    cells = [cell.text for cell in parsed.iter("td")]
+    for test in result:
+        assert f"{test.statistic:.6g}" in cells and f"{test.pvalue:.6g}" in cells
+        assert test.conclusion in [sentence.text for sentence in parsed.iter("p")]
 
 
 def test_saving_and_loading(result: tarn.Result, tmp_path: Path) -> None:
-    made = {".xml": result.to_xml, ".json": result.to_json, ".csv": result.to_csv, ".txt": result.to_text}
+    made = {
+        ".html": result.to_html, ".xml": result.to_xml, ".json": result.to_json, ".csv": result.to_csv,
+        ".txt": result.to_text,
+    }  # fmt: skip
     for suffix, text in made.items():
         result.save(tmp_path / f"result{suffix}")
         assert (tmp_path / f"result{suffix}").read_text() == text()
     loaded = tarn.load(tmp_path / "result.xml")
     assert [tuple(test) for test in loaded] == [tuple(test) for test in result]
-    assert loaded.effects["key"] == []
-    with pytest.raises(tarn.InputError, match="expected .xml, .json, .csv or .txt"):
+    assert columns_of(loaded.effects)["key"] == []
+    with pytest.raises(tarn.InputError, match="the result has no request to run again"):
+        loaded.rerun(COLUMNS)
+    with pytest.raises(tarn.InputError, match="expected .html, .xml, .json, .csv or .txt"):
         result.save(tmp_path / "result.doc")
     with pytest.raises(tarn.InputError):
         result.save(tmp_path / "no such folder" / "result.xml")
@@ -117,12 +162,26 @@ def test_a_result_goes_to_another_process(result: tarn.Result) -> None:
     assert repr(copy) == repr(result)
     assert list(copy) == list(result)
     assert copy.tests == result.tests
+    assert copy.request == result.request
+    assert list(copy.rerun(COLUMNS)) == list(result)
+
+
+def test_an_analysis_is_run_again(result: tarn.Result) -> None:
+    assert result.request == {
+        "independent": ["x", "y"], "group": "g", "tests": ["kruskal-wallis"], "compare": "pairwise", "alpha": 0.5,
+    }  # fmt: skip
+    assert result.rerun(COLUMNS).to_json() == result.to_json()
+    assert result.rerun(COLUMNS, compare=None, independent="y").to_json() != result.to_json()
+    weighted = tarn.analyze(COLUMNS, related=["x", "y"], weights=[1.0] * 9)
+    with pytest.raises(tarn.InputError, match="the weights were not a column"):
+        weighted.rerun(COLUMNS)
+    assert weighted.rerun(COLUMNS, weights=[1.0] * 9).to_json() == weighted.to_json()
 
 
 def test_messages_say_what_the_run_remarks() -> None:
     result = tarn.analyze({"x": [1, 2], "y": [2, 3], "w": [1.0, 0.0]}, related=["x", "y"], tests="sign", weights="w")
-    assert any("weight" in text for text in result.messages["text"])
-    assert "note" in result.messages["kind"]
+    assert any("weight" in text for text in columns_of(result.messages)["text"])
+    assert "note" in columns_of(result.messages)["kind"]
 
 
 def test_what_is_said_of_tests_and_codes() -> None:

@@ -1,0 +1,213 @@
+#include "python/src/Calls.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "host/ByteSource.h"
+#include "host/InputError.h"
+#include "host/JsonDocument.h"
+#include "host/TextList.h"
+#include "host/analysis/Analysis.h"
+#include "host/engine/KnownKeys.h"
+#include "host/engine/PassedOver.h"
+#include "host/engine/SettingsDocument.h"
+#include "python/src/AttendedWork.h"
+#include "python/src/TableInput.h"
+
+namespace tarn {
+
+namespace nb = nanobind;
+
+namespace {
+
+const MessageCatalogue& Texts() {
+    return MessageCatalogue::English();
+}
+
+/// Libraries may want their data to be read on the thread that they lent it on.
+Table ReadAttended(CallData& data, const WantedColumns& wanted, const LoadOptions& load) {
+    InputData sources = data.Take();
+    const nb::gil_scoped_release unlocked;
+    Table table = ReadTable(sources, wanted, load, &AttendedWork::HearSignals);
+    sources.clear();
+    return table;
+}
+
+AnalysisEnvironment EnvironmentOf(AttendedWork& attended, const std::string& libraryFolder, unsigned threads) {
+    AnalysisEnvironment environment;
+    environment.applicationVersion = TARN_VERSION;
+    environment.libraryFolders = {libraryFolder};
+    environment.threads = threads;
+    environment.onProgress = [&attended](double percent) { attended.Report(percent); };
+    environment.isCancelled = [&attended] { return attended.IsCancelled(); };
+    return environment;
+}
+
+void AddTo(std::vector<std::string>& sentences, const std::vector<std::string>& more) {
+    sentences.insert(sentences.end(), more.begin(), more.end());
+}
+
+ResultReading ReadingOf(const std::string& document, const AnalysisPart& part, const SupplementOptions& supplement,
+                        const AnalysisEnvironment& environment) {
+    ResultReading reading = ReadAnalysis(document, part.options, environment);
+    SupplyFigures(reading, part.table, part.options, supplement, environment);
+    return reading;
+}
+
+Report AnalyzeWhole(AnalysisPart part, std::vector<std::string> notes, const SupplementOptions& supplement,
+                    const AnalysisEnvironment& environment) {
+    PrepareTable(part.table, part.options);
+    AnalysisOutcome outcome = Analyze(part.table, part.options, environment);
+    if (!outcome.succeeded) return {std::move(outcome.remarks), outcome.failureCode};
+    AddTo(notes, part.notes);
+    AddTo(notes, outcome.notes);
+    ResultReading reading = ReadingOf(outcome.document, part, supplement, environment);
+    return {std::move(reading), std::move(outcome.document), std::move(notes), std::move(outcome.remarks)};
+}
+
+/// Analyses one part and returns its document. What can't be done with it is told at its place.
+std::string AnalyzePart(AnalysisPart part, ResultPart& result, const SupplementOptions& supplement,
+                        const AnalysisEnvironment& environment) {
+    result.field = part.field;
+    result.category = part.category;
+    result.notes = part.notes;
+    try {
+        PrepareTable(part.table, part.options);
+        AnalysisOutcome outcome = Analyze(part.table, part.options, environment);
+        AddTo(result.notes, outcome.notes);
+        if (!outcome.succeeded) {
+            result.mistake = JoinList(outcome.remarks, "; ");
+            return "";
+        }
+        AddTo(result.notes, outcome.remarks);
+        result.result = ReadingOf(outcome.document, part, supplement, environment);
+        return std::move(outcome.document);
+    } catch (const InputError& mistake) {
+        result.mistake = mistake.what();
+    }
+    return "";
+}
+
+Report AnalyzeParts(std::vector<AnalysisPart> parts, std::vector<std::string> notes,
+                    const SupplementOptions& supplement, const AnalysisEnvironment& environment) {
+    std::vector<ResultPart> results;
+    std::vector<std::string> documents;
+    for (AnalysisPart& part : parts) {
+        AnalysisEnvironment ofPart = environment;
+        ofPart.onProgress = [&environment, done = results.size(), all = parts.size()](double percent) {
+            environment.onProgress((100.0 * static_cast<double>(done) + percent) / static_cast<double>(all));
+        };
+        documents.push_back(AnalyzePart(std::move(part), results.emplace_back(), supplement, ofPart));
+        if (environment.isCancelled()) return {std::vector<std::string>(), 0};  // which nobody will see
+    }
+    // What holds for no part is a mistake of the request.
+    if (std::ranges::none_of(results, [](const ResultPart& part) { return part.result.has_value(); })) {
+        throw InputError(results.front().Name() + ": " + results.front().mistake);
+    }
+    return {std::move(results), std::move(documents), std::move(notes)};
+}
+
+// ---- Plans and requests ----
+
+/// Fails for the first thing that the engine would pass over where that is a mistake.
+std::vector<std::string> CheckPassedOver(std::vector<std::string> lines, bool isStrict) {
+    if (isStrict && !lines.empty()) throw InputError(lines.front());
+    return lines;
+}
+
+std::vector<std::pair<const char*, bool>> FlagsOf(const RunWishes& wishes) {
+    return {{kBrief, wishes.isBrief}, {kExtendedArithmetic, wishes.isExtended}};
+}
+
+AnalysisOutcome RunPlanText(const std::string& name, const std::string& json, const RunWishes& wishes,
+                            const Table& table, const AnalysisEnvironment& environment) {
+    ByteSource source = ByteSource::FromMemory(name, json);
+    PlanSettings plan = ReadPlan(source);
+    const std::vector<std::string> passedOver = CheckPassedOver(plan.passedOver, wishes.isStrict);
+    for (const auto& [key, isWanted] : FlagsOf(wishes)) {
+        if (!isWanted) continue;
+        plan.settings.RemoveSetting(key, true);
+        plan.settings.AddSetting(key, true);
+    }
+    AnalysisOutcome outcome = RunPlan(plan, table, environment);
+    AddTo(outcome.remarks, passedOver);
+    return outcome;
+}
+
+AnalysisOutcome RunRequestText(const std::string& name, const std::string& json, const RunWishes& wishes,
+                               const Table& table, const AnalysisEnvironment& environment) {
+    ByteSource source = ByteSource::FromMemory(name, json);
+    nlohmann::ordered_json request = ReadJson(source);
+    if (!request.is_object()) throw InputError(name + ": expected a JSON object with the keys of a request");
+    const std::vector<std::string> passedOver = CheckPassedOver(PassedOverInRequest(request, name), wishes.isStrict);
+    for (const auto& [key, isWanted] : FlagsOf(wishes)) {
+        if (isWanted) PutInFront(request, key, true);
+    }
+    AnalysisOutcome outcome = RunRequest(request, name, table, environment);
+    AddTo(outcome.remarks, passedOver);
+    return outcome;
+}
+
+}  // namespace
+
+Report AnalyzeData(CallData& data, Request& request, const CallEnvironment& environment) {
+    AttendedWork attended(environment.onProgress);
+    Table table = ReadAttended(data, request.Columns(), request.Load());
+    Report report({}, 0);
+    attended.Run([&] {
+        const AnalysisEnvironment ofRun = EnvironmentOf(attended, environment.libraryFolder, request.Load().threads);
+        std::vector<std::string> notes;
+        std::vector<AnalysisPart> parts = request.Words().PartsOf(std::move(table), request.Levels(), notes);
+        report = request.IsSplit()
+                     ? AnalyzeParts(std::move(parts), std::move(notes), request.Supplement(), ofRun)
+                     : AnalyzeWhole(std::move(parts.front()), std::move(notes), request.Supplement(), ofRun);
+    });
+    return report;
+}
+
+Report RunOnData(CallData& data, bool isPlan, const std::string& name, const std::string& json, const RunWishes& wishes,
+                 const CallEnvironment& environment) {
+    AttendedWork attended(environment.onProgress);
+    LoadOptions load;
+    load.threads = wishes.threads;
+    if (!wishes.weights.empty()) load.weightField = wishes.weights;
+    const Table table = ReadAttended(data, WantedColumns(), load);
+    Report report({}, 0);
+    attended.Run([&] {
+        const AnalysisEnvironment ofRun = EnvironmentOf(attended, environment.libraryFolder, wishes.threads);
+        AnalysisOutcome outcome = (isPlan ? RunPlanText : RunRequestText)(name, json, wishes, table, ofRun);
+        if (!outcome.succeeded) {
+            report = Report(std::move(outcome.remarks), outcome.failureCode);
+            return;
+        }
+        ResultDocument document = ReadResult(outcome.document);
+        document.arithmetic = outcome.arithmetic;
+        report = Report(ReadAll(std::move(document), Texts()), std::move(outcome.document), std::move(outcome.notes),
+                        std::move(outcome.remarks));
+    });
+    return report;
+}
+
+DataLook LookAtData(CallData& data, const std::string& name) {
+    InputData sources = data.Take();
+    DataLook found;
+    for (const auto& source : sources) {
+        for (const InputColumn& column : source->Columns()) {
+            if (!column.format.refused.empty()) found.others.emplace_back(column.name, column.format.refused);
+        }
+    }
+    const nb::gil_scoped_release unlocked;
+    const Table table = ReadTable(sources, WantedColumns(), {}, &AttendedWork::HearSignals);
+    sources.clear();
+    found.look = LookAt(table, name);
+    return found;
+}
+
+Report LoadDocument(const std::string& path) {
+    ByteSource source(path);
+    std::string document = source.ReadAll();
+    ResultReading reading = ReadAll(ReadResult(document, source.Name()), Texts());
+    return {std::move(reading), std::move(document), {}, {}};
+}
+
+}  // namespace tarn
