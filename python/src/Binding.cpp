@@ -2,12 +2,14 @@
 // nothing that a user sees: that is for the package.
 
 #include <nanobind/nanobind.h>
+#include <nanobind/stl/optional.h>
 #include <nanobind/stl/pair.h>
 #include <nanobind/stl/string.h>
 #include <nanobind/stl/string_view.h>
 #include <nanobind/stl/tuple.h>
 #include <nanobind/stl/vector.h>
 
+#include <optional>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -50,6 +52,13 @@ Report Run(CallData& data, bool isPlan, const std::string& name, const std::stri
                      {libraryFolder, std::move(onProgress)});
 }
 
+/// The statistic that decides and its significance, as their digits.
+std::optional<std::pair<std::string, std::string>> Deciding(const Report& report) {
+    const std::optional<Report::Figures> figures = report.Deciding();
+    if (!figures) return std::nullopt;
+    return std::pair(figures->statistic, figures->pvalue);
+}
+
 void AddData(nb::module_& m) {
     nb::class_<CallData>(m, "Data")
         .def(nb::init<>())
@@ -75,6 +84,7 @@ void AddResults(nb::module_& m) {
         .def_prop_ro("remarks", &Report::Remarks)
         .def_prop_ro("is_done", &Report::IsDone)
         .def_prop_ro("failure_code", &Report::FailureCode)
+        .def("deciding", &Deciding)
         .def("text", &Report::Text, Unlocked())
         .def("json", &Report::Json, Unlocked())
         .def("csv", &Report::Csv, Unlocked())
@@ -102,10 +112,10 @@ NB_MODULE(_binding, m) {
     AddResults(m);
     m.def(
         "analyze",
-        [](CallData& data, Request& request, const std::string& libraryFolder, nb::object onProgress) {
-            return AnalyzeData(data, request, {libraryFolder, std::move(onProgress)});
+        [](CallData& data, Request& request, const std::string& libraryFolder, nb::object onProgress, bool isLater) {
+            return AnalyzeData(data, request, {libraryFolder, std::move(onProgress)}, isLater);
         },
-        "data"_a, "request"_a, "library_folder"_a, "on_progress"_a.none());
+        "data"_a, "request"_a, "library_folder"_a, "on_progress"_a.none(), "is_later"_a);
     m.def("run", &Run, "data"_a, "is_plan"_a, "name"_a, "json"_a, "weights"_a, "threads"_a, "is_strict"_a,
           "is_extended"_a, "is_brief"_a, "library_folder"_a, "on_progress"_a.none());
     m.def("look", &tarn::LookAtData, "data"_a, "name"_a);

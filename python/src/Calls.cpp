@@ -1,6 +1,7 @@
 #include "python/src/Calls.h"
 
 #include <algorithm>
+#include <memory>
 #include <utility>
 
 #include "host/ByteSource.h"
@@ -33,6 +34,14 @@ Table ReadAttended(CallData& data, const WantedColumns& wanted, const LoadOption
     return table;
 }
 
+/// Whether work is done before another thread would have begun, and before anybody would interrupt it.
+bool IsQuick(const Table& table, const Request& request, const CallEnvironment& environment) {
+    constexpr std::size_t kFewCells = 2000;
+    const SupplementOptions& supplement = request.Supplement();
+    return table.RowCount() * table.ColumnCount() <= kFewCells && supplement.draws == 0 && !supplement.exact &&
+           environment.onProgress.is_none();
+}
+
 AnalysisEnvironment EnvironmentOf(AttendedWork& attended, const std::string& libraryFolder, unsigned threads) {
     AnalysisEnvironment environment;
     environment.applicationVersion = TARN_VERSION;
@@ -47,22 +56,47 @@ void AddTo(std::vector<std::string>& sentences, const std::vector<std::string>& 
     sentences.insert(sentences.end(), more.begin(), more.end());
 }
 
-ResultReading ReadingOf(const std::string& document, const AnalysisPart& part, const SupplementOptions& supplement,
-                        const AnalysisEnvironment& environment) {
-    ResultReading reading = ReadAnalysis(document, part.options, environment);
-    SupplyFigures(reading, part.table, part.options, supplement, environment);
-    return reading;
+/// What adds to a reading when it is asked for. The thread that asks hears signals meanwhile.
+Report::Supply LaterSupply(std::shared_ptr<const AnalysisPart> part, const SupplementOptions& supplement,
+                           AnalysisEnvironment environment, bool isQuick) {
+    environment.onProgress = nullptr;  // of the call, which is over by then
+    environment.isCancelled = nullptr;
+    return [part = std::move(part), supplement, environment = std::move(environment), isQuick](ResultReading& reading) {
+        const auto supply = [&](const AnalysisEnvironment& ofRun) {
+            SupplyFigures(reading, part->table, part->options, supplement, ofRun);
+        };
+        if (isQuick) return supply(environment);
+        const nb::gil_scoped_acquire locked;
+        AttendedWork attended{nb::object(nb::none())};
+        AnalysisEnvironment ofRun = environment;
+        ofRun.isCancelled = [&attended] { return attended.IsCancelled(); };
+        attended.Run([&] { supply(ofRun); });
+    };
 }
 
-Report AnalyzeWhole(AnalysisPart part, std::vector<std::string> notes, const SupplementOptions& supplement,
-                    const AnalysisEnvironment& environment) {
+/// How the parts of a request are analysed.
+struct Manner {
+    const SupplementOptions& supplement;
+    const AnalysisEnvironment& environment;
+    bool isLater = false;
+    bool isQuick = false;
+};
+
+Report AnalyzeWhole(AnalysisPart part, std::vector<std::string> notes, const Manner& manner) {
     PrepareTable(part.table, part.options);
-    AnalysisOutcome outcome = Analyze(part.table, part.options, environment);
+    AnalysisOutcome outcome = Analyze(part.table, part.options, manner.environment);
     if (!outcome.succeeded) return {std::move(outcome.remarks), outcome.failureCode};
     AddTo(notes, part.notes);
     AddTo(notes, outcome.notes);
-    ResultReading reading = ReadingOf(outcome.document, part, supplement, environment);
-    return {std::move(reading), std::move(outcome.document), std::move(notes), std::move(outcome.remarks)};
+    ResultReading reading = ReadAnalysis(outcome.document, part.options, manner.environment);
+    const auto kept = std::make_shared<const AnalysisPart>(std::move(part));
+    Report::Supply supply = LaterSupply(kept, manner.supplement, manner.environment, manner.isQuick);
+    if (!manner.isLater) {
+        SupplyFigures(reading, kept->table, kept->options, manner.supplement, manner.environment);
+        supply = nullptr;
+    }
+    return {std::move(reading), std::move(outcome.document), std::move(notes), std::move(outcome.remarks),
+            std::move(supply)};
 }
 
 /// Analyses one part and returns its document. What can't be done with it is told at its place.
@@ -80,7 +114,8 @@ std::string AnalyzePart(AnalysisPart part, ResultPart& result, const SupplementO
             return "";
         }
         AddTo(result.notes, outcome.remarks);
-        result.result = ReadingOf(outcome.document, part, supplement, environment);
+        result.result = ReadAnalysis(outcome.document, part.options, environment);
+        SupplyFigures(*result.result, part.table, part.options, supplement, environment);
         return std::move(outcome.document);
     } catch (const InputError& mistake) {
         result.mistake = mistake.what();
@@ -98,7 +133,8 @@ Report AnalyzeParts(std::vector<AnalysisPart> parts, std::vector<std::string> no
             environment.onProgress((100.0 * static_cast<double>(done) + percent) / static_cast<double>(all));
         };
         documents.push_back(AnalyzePart(std::move(part), results.emplace_back(), supplement, ofPart));
-        if (environment.isCancelled()) return {std::vector<std::string>(), 0};  // which nobody will see
+        if (environment.isCancelled && environment.isCancelled())
+            return {std::vector<std::string>(), 0};  // which nobody will see
     }
     // What holds for no part is a mistake of the request.
     if (std::ranges::none_of(results, [](const ResultPart& part) { return part.result.has_value(); })) {
@@ -150,18 +186,27 @@ AnalysisOutcome RunRequestText(const std::string& name, const std::string& json,
 
 }  // namespace
 
-Report AnalyzeData(CallData& data, Request& request, const CallEnvironment& environment) {
+Report AnalyzeData(CallData& data, Request& request, const CallEnvironment& environment, bool isLater) {
     AttendedWork attended(environment.onProgress);
     Table table = ReadAttended(data, request.Columns(), request.Load());
+    AnalysisEnvironment ofRun = EnvironmentOf(attended, environment.libraryFolder, request.Load().threads);
+    const bool isQuick = IsQuick(table, request, environment);
     Report report({}, 0);
-    attended.Run([&] {
-        const AnalysisEnvironment ofRun = EnvironmentOf(attended, environment.libraryFolder, request.Load().threads);
+    const auto analyze = [&] {
         std::vector<std::string> notes;
         std::vector<AnalysisPart> parts = request.Words().PartsOf(std::move(table), request.Levels(), notes);
-        report = request.IsSplit()
-                     ? AnalyzeParts(std::move(parts), std::move(notes), request.Supplement(), ofRun)
-                     : AnalyzeWhole(std::move(parts.front()), std::move(notes), request.Supplement(), ofRun);
-    });
+        report = request.IsSplit() ? AnalyzeParts(std::move(parts), std::move(notes), request.Supplement(), ofRun)
+                                   : AnalyzeWhole(std::move(parts.front()), std::move(notes),
+                                                  {request.Supplement(), ofRun, isLater, isQuick});
+    };
+    if (isQuick) {
+        ofRun.threads = 1;
+        ofRun.isCancelled = nullptr;  // or a thread would watch for it
+        const nb::gil_scoped_release unlocked;
+        analyze();
+    } else {
+        attended.Run(analyze);
+    }
     return report;
 }
 
@@ -183,7 +228,7 @@ Report RunOnData(CallData& data, bool isPlan, const std::string& name, const std
         ResultDocument document = ReadResult(outcome.document);
         document.arithmetic = outcome.arithmetic;
         report = Report(ReadAll(std::move(document), Texts()), std::move(outcome.document), std::move(outcome.notes),
-                        std::move(outcome.remarks));
+                        std::move(outcome.remarks), nullptr);
     });
     return report;
 }
@@ -207,7 +252,7 @@ Report LoadDocument(const std::string& path) {
     ByteSource source(path);
     std::string document = source.ReadAll();
     ResultReading reading = ReadAll(ReadResult(document, source.Name()), Texts());
-    return {std::move(reading), std::move(document), {}, {}};
+    return {std::move(reading), std::move(document), {}, {}, nullptr};
 }
 
 }  // namespace tarn

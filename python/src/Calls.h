@@ -22,8 +22,9 @@ struct CallEnvironment {
     nanobind::object onProgress;
 };
 
-/// Analyses the data as a request asks.
-Report AnalyzeData(CallData& data, Request& request, const CallEnvironment& environment);
+/// Analyses the data as a request asks. `isLater`: what stands beside the document of a whole analysis is worked out
+/// when it is asked for, and the report keeps the table until then.
+Report AnalyzeData(CallData& data, Request& request, const CallEnvironment& environment, bool isLater);
 
 /// How a plan or a request in the terms of the engine is run.
 struct RunWishes {

@@ -1,5 +1,6 @@
 #include "python/src/Report.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "host/report/CsvReport.h"
@@ -20,45 +21,74 @@ Report::Report(std::vector<std::string> remarks, long failureCode)
     : remarks_(std::move(remarks)), isDone_(false), failureCode_(failureCode) {}
 
 Report::Report(ResultReading reading, std::string document, std::vector<std::string> notes,
-               std::vector<std::string> remarks)
+               std::vector<std::string> remarks, Supply supply)
     : notes_(std::move(notes)), remarks_(std::move(remarks)) {
     std::vector<ResultPart> parts(1);
     parts.front().result = std::move(reading);
-    parts_ = std::make_shared<const std::vector<ResultPart>>(std::move(parts));
-    documents_ = std::make_shared<const std::vector<std::string>>(1, std::move(document));
+    shared_ = Share(std::move(parts), {std::move(document)}, std::move(supply));
 }
 
 Report::Report(std::vector<ResultPart> parts, std::vector<std::string> documents, std::vector<std::string> notes)
-    : parts_(std::make_shared<const std::vector<ResultPart>>(std::move(parts))),
-      documents_(std::make_shared<const std::vector<std::string>>(std::move(documents))),
-      notes_(std::move(notes)),
-      isSplit_(true) {}
+    : shared_(Share(std::move(parts), std::move(documents), nullptr)), notes_(std::move(notes)), isSplit_(true) {}
+
+std::shared_ptr<Report::Shared> Report::Share(std::vector<ResultPart> parts, std::vector<std::string> documents,
+                                              Supply supply) {
+    auto shared = std::make_shared<Shared>();
+    shared->parts = std::move(parts);
+    shared->documents = std::move(documents);
+    shared->supply = std::move(supply);
+    return shared;
+}
+
+const std::vector<ResultPart>& Report::Supplied() const {
+    const std::lock_guard lock(shared_->mutex);
+    if (shared_->supply) {
+        // Whoever interrupts it finds the reading as it was.
+        ResultReading reading = *shared_->parts.front().result;
+        shared_->supply(reading);
+        shared_->parts.front().result = std::move(reading);
+        shared_->supply = nullptr;
+    }
+    return shared_->parts;
+}
+
+std::optional<Report::Figures> Report::Deciding() const {
+    if (!isDone_ || isSplit_) return std::nullopt;
+    const std::lock_guard lock(shared_->mutex);
+    const ResultReading& reading = *shared_->parts[first_].result;
+    if (reading.tests.empty()) return std::nullopt;
+    for (const StatisticSet& set : reading.tests.front().statistics) {
+        const auto decides = std::ranges::find_if(set.pValues, [](const PValue& p) { return p.decides; });
+        if (decides != set.pValues.end()) return Figures{set.StatisticOf(*decides).text, decides->value.text};
+    }
+    return std::nullopt;
+}
 
 const std::string& Report::Document() const {
     static const std::string kNone;
-    return isSplit_ || !isDone_ ? kNone : (*documents_)[first_];
+    return isSplit_ || !isDone_ ? kNone : shared_->documents[first_];
 }
 
 std::string Report::Text() const {
     if (!isDone_) return "";
-    if (isSplit_) return PartsText(*parts_, Texts(), {}, notes_);
-    return TextReport(*(*parts_)[first_].result, Texts(), {}, notes_);
+    if (isSplit_) return PartsText(Supplied(), Texts(), {}, notes_);
+    return TextReport(*Supplied()[first_].result, Texts(), {}, notes_);
 }
 
 std::string Report::Json() const {
     if (!isDone_) return "";
-    if (isSplit_) return PartsJson(*parts_, Texts(), notes_);
-    return JsonReport(*(*parts_)[first_].result, Texts(), notes_);
+    if (isSplit_) return PartsJson(Supplied(), Texts(), notes_);
+    return JsonReport(*Supplied()[first_].result, Texts(), notes_);
 }
 
 std::string Report::Csv() const {
     if (!isDone_) return "";
-    if (isSplit_) return PartsCsv(*parts_, Texts());
-    return CsvReport(*(*parts_)[first_].result, Texts());
+    if (isSplit_) return PartsCsv(Supplied(), Texts());
+    return CsvReport(*Supplied()[first_].result, Texts());
 }
 
 Report Report::PartAt(std::size_t place) const {
-    const ResultPart& part = parts_->at(place);
+    const ResultPart& part = shared_->parts.at(place);
     if (!part.result) return {std::vector<std::string>{part.mistake}, 0};
     Report report = *this;
     report.first_ = place;

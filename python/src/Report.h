@@ -1,7 +1,10 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <memory>
+#include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -10,14 +13,23 @@
 namespace tarn {
 
 /// What a run left: one result, or one for each category of the field that splits the records. Texts are made when
-/// they are asked for.
+/// they are asked for, by any thread.
 class Report {
  public:
+    /// Adds to a reading what stands beside its document. May throw, and is called again then.
+    using Supply = std::function<void(ResultReading&)>;
+    /// The numbers of a test that are asked for most.
+    struct Figures {
+        std::string statistic;
+        std::string pvalue;
+    };
+
     /// One that failed: there is no result.
     Report(std::vector<std::string> remarks, long failureCode);
-    /// A whole analysis. `notes` are on its data, `remarks` what the engine says of the run.
+    /// A whole analysis. `notes` are on its data, `remarks` what the engine says of the run. `supply` is called before
+    /// the first text is made; empty where nothing is to be added.
     Report(ResultReading reading, std::string document, std::vector<std::string> notes,
-           std::vector<std::string> remarks);
+           std::vector<std::string> remarks, Supply supply);
     /// One in parts, at least one. `notes` are on all of them.
     Report(std::vector<ResultPart> parts, std::vector<std::string> documents, std::vector<std::string> notes);
 
@@ -28,19 +40,33 @@ class Report {
 
     /// "" where there are several.
     const std::string& Document() const;
+    /// The significance that decides the first test, and its statistic, as their digits; nothing where none decides.
+    std::optional<Figures> Deciding() const;
+    /// Called with the interpreter free, as the supply is.
     std::string Text() const;
     std::string Json() const;
     std::string Csv() const;
 
     /// How many parts there are; 0 of a whole analysis.
-    std::size_t PartCount() const { return isSplit_ ? parts_->size() : 0; }
+    std::size_t PartCount() const { return isSplit_ ? shared_->parts.size() : 0; }
     /// A part by itself, which shares what it is made of. One that couldn't be tested is not done, and says why.
     Report PartAt(std::size_t place) const;
 
  private:
-    std::shared_ptr<const std::vector<ResultPart>> parts_;  // of a whole analysis one without a field
-    std::shared_ptr<const std::vector<std::string>> documents_;
-    std::size_t first_ = 0;  // the one that this report is about, unless it is about all
+    /// What a report and those of its parts share.
+    struct Shared {
+        std::vector<ResultPart> parts;  // of a whole analysis one without a field
+        std::vector<std::string> documents;
+        std::mutex mutex;
+        Supply supply;  // until it was called
+    };
+
+    static std::shared_ptr<Shared> Share(std::vector<ResultPart> parts, std::vector<std::string> documents,
+                                         Supply supply);
+    const std::vector<ResultPart>& Supplied() const;
+
+    std::shared_ptr<Shared> shared_;
+    std::size_t first_ = 0;  // the part that this report is about, unless it is about all
     std::vector<std::string> notes_;
     std::vector<std::string> remarks_;
     bool isDone_ = true;

@@ -12,7 +12,7 @@ from ._errors import EngineError, InputError, errors_of_the_package, in_words_of
 from ._look import Look
 from ._progress import Progress, shown_progress
 from ._request import Adjust, Alternative, Compare, Fields, Like, Missing, Zeros, as_json, make_request
-from ._result import Result
+from ._result import Result, TestResult, only_test
 
 _LIBRARY_FOLDER = os.path.dirname(os.path.abspath(__file__))
 # The column that weights go into which are handed over by themselves.
@@ -216,29 +216,41 @@ _BY_THEMSELVES = {
 
 def run_on(data: Any, asked: Mapping[str, Any], weights: Any = None, progress: Progress | bool | None = None) -> Result:
     """Analyses a table by arguments of `analyze`, those that were given."""
-    asked = make_request({**asked, "weights": weights if isinstance(weights, str) else None})
-    own_weights = weights if weights is not None and "weights" not in asked else None
+    call = Call(asked, weights, progress)
     with errors_of_the_package():
-        request = as_request(asked, own_weights is not None)
-        table = _tables.read(data, request.wants)
-        return run_request(table, request, asked, _tables.library_of(data), own_weights, progress)
+        return call.result_of(call.run(_tables.read(data, call.request.wants), False), _tables.library_of(data))
 
 
-def as_request(asked: Mapping[str, Any], has_own_weights: bool) -> _binding.Request:
-    """Reads checked arguments."""
-    return _binding.Request(as_json({**asked, "weights": _OWN_WEIGHTS} if has_own_weights else asked))
+class Call:
+    """A call with its arguments checked."""
 
+    def __init__(self, asked: Mapping[str, Any], weights: Any = None, progress: Progress | bool | None = None) -> None:
+        self.asked = make_request(asked)
+        self._progress = progress
+        self._own_weights = None
+        if isinstance(weights, str):
+            self.asked.update(make_request({"weights": weights}))
+        elif weights is not None:
+            self._own_weights = weights
+        asked_too = self.asked if self._own_weights is None else {**self.asked, "weights": _OWN_WEIGHTS}
+        with errors_of_the_package():
+            self.request = _binding.Request(as_json(asked_too))
 
-def run_request(
-    table: _binding.Data, request: _binding.Request, asked: dict[str, Any], library: str, own_weights: Any = None,
-    progress: Progress | bool | None = None,
-) -> Result:  # fmt: skip
-    """Runs a request on data that was read."""
-    if own_weights is not None:
-        _tables.add_column(table, _OWN_WEIGHTS, own_weights)
-    with shown_progress(progress) as on_progress:
-        report = _binding.analyze(table, request, _LIBRARY_FOLDER, on_progress)
-    return _result_of(report, library, asked, own_weights is not None)
+    def run(self, table: _binding.Data, is_later: bool) -> _binding.Report:
+        """Runs it on data that was read. `is_later`: whether what stands beside the document has time."""
+        if self._own_weights is not None:
+            _tables.add_column(table, _OWN_WEIGHTS, self._own_weights)
+        with shown_progress(self._progress) as on_progress:
+            return _binding.analyze(table, self.request, _LIBRARY_FOLDER, on_progress, is_later)
+
+    def result_of(self, report: _binding.Report, library: str) -> Result:
+        """What its run left."""
+        return _result_of(report, library, self.asked, self._own_weights is not None)
+
+    def only_test(self, table: _binding.Data, library: str) -> TestResult:
+        """Runs it for the only test of its result."""
+        report = self.run(table, True)
+        return only_test(report, self.result_of(report, library), self.asked)
 
 
 def _result_of(

@@ -14,9 +14,9 @@ from collections.abc import Mapping
 from typing import Any, Unpack
 
 from . import _binding, _tables
-from ._analyze import as_request, run_on, run_request
+from ._analyze import Call
 from ._errors import InputError, errors_of_the_package
-from ._request import Fields, Options, make_request
+from ._request import Fields, Options
 from ._result import TestResult
 
 # The columns that samples become which have no names of their own.
@@ -63,7 +63,12 @@ def _by_columns(
         names = _names_of(arguments)
         data = dict(zip(names, arguments, strict=True))
     _check_count(test, len(names), least, most)
-    return run_on(data, {family: names, "tests": test, **asked}, weights, progress)[0]
+    return _test_of(data, Call({family: names, "tests": test, "brief": True, **asked}, weights, progress))
+
+
+def _test_of(data: Any, call: Call) -> TestResult:
+    with errors_of_the_package():
+        return call.only_test(_tables.read(data, call.request.wants), _tables.library_of(data))
 
 
 def _by_groups(
@@ -76,20 +81,18 @@ def _by_groups(
         if len(arguments) != 2 or not isinstance(arguments[1], str):
             raise InputError(f'by={by!r} goes with a table and one column; expected {test.replace("-", "_")}'
                              f'(data, "column", by={by!r})')  # fmt: skip
-        return run_on(
-            arguments[0], {"independent": arguments[1], "group": by, "tests": test, **asked}, weights, progress
-        )[0]
+        wanted = {"independent": arguments[1], "group": by, "tests": test, "brief": True, **asked}
+        return _test_of(arguments[0], Call(wanted, weights, progress))
     if _is_table(arguments):
         raise InputError('a table without groups; expected by= with the column whose categories are the groups')
     _check_count(test, len(arguments), 2, most)
     if isinstance(weights, str):
         raise InputError("weights= names a column, and samples have none; expected the weights themselves")
-    checked = make_request({"independent": _FIELD, "group": _GROUP, "tests": test, **asked})
+    call = Call({"independent": _FIELD, "group": _GROUP, "tests": test, "brief": True, **asked}, weights, progress)
     table = _binding.Data()
     with errors_of_the_package():
-        request = as_request(checked, weights is not None)
         _tables.add_samples(table, _FIELD, _GROUP, dict(zip(_names_of(arguments), arguments, strict=True)), is_ordered)
-        return run_request(table, request, checked, _tables.library_of(arguments[0]), weights, progress)[0]
+        return call.only_test(table, _tables.library_of(arguments[0]))
 
 
 # ---- Independent samples ----

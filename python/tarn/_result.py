@@ -6,7 +6,7 @@ import functools
 import json
 import os
 from collections.abc import Callable, Iterable, Iterator, Mapping
-from dataclasses import dataclass, field
+from dataclasses import dataclass
 from typing import Any, Protocol
 
 from . import _binding
@@ -95,7 +95,6 @@ class Message:
     text: str
 
 
-@dataclass(frozen=True)
 class TestResult:
     """The result of one test. It unpacks as ``statistic, pvalue``.
 
@@ -129,38 +128,75 @@ class TestResult:
         With ``like=``, the call of the other system that gives these numbers.
     effects, intervals, significances, messages : tuple
         All of them.
+    result : Result
+        The one that it is of.
     """
 
+    # Read from the result when one of them is asked for.
     name: str
-    title: str = field(repr=False)
-    family: str = field(repr=False)
+    title: str
+    family: str
     fields: tuple[str, ...]
     group: str | None
     statistic: float | None
     pvalue: float | None
     df: float | None
     n: float | None
-    n_total: float | None = field(repr=False)
+    n_total: float | None
     decision: str | None
-    method: str | None = field(repr=False)
-    conclusion: str | None = field(repr=False)
-    direction: str | None = field(repr=False)
-    call: str | None = field(repr=False)
-    effects: tuple[Effect, ...] = field(repr=False)
-    intervals: tuple[Interval, ...] = field(repr=False)
-    significances: tuple[Significance, ...] = field(repr=False)
-    messages: tuple[Message, ...] = field(repr=False)
-    result: Result = field(repr=False, compare=False)
+    method: str | None
+    conclusion: str | None
+    direction: str | None
+    call: str | None
+    effects: tuple[Effect, ...]
+    intervals: tuple[Interval, ...]
+    significances: tuple[Significance, ...]
+    messages: tuple[Message, ...]
+    result: Result
+
+    def __init__(self, result: Result, place: int, **known: Any) -> None:
+        self.__dict__.update(result=result, _place=place, **known)
+
+    _place: int
+
+    def __getattr__(self, name: str) -> Any:
+        if name not in TestResult.__annotations__ or "_place" not in self.__dict__:
+            raise AttributeError(f"a result of a test has no {name}")
+        self.__dict__.update(self.result._read_test(self._place))
+        return self.__dict__[name]
+
+    def __setattr__(self, name: str, value: object) -> None:
+        raise AttributeError(f"a result stays as it is: {name} can't be set")
+
+    def __delattr__(self, name: str) -> None:
+        raise AttributeError(f"a result stays as it is: {name} can't be deleted")
+
+    def __reduce__(self) -> tuple[Any, ...]:
+        return TestResult, (self.result, self._place)
+
+    def __eq__(self, other: object) -> bool:
+        if not isinstance(other, TestResult):
+            return NotImplemented
+        return self.result._read_test(self._place) == other.result._read_test(other._place)
+
+    def __hash__(self) -> int:
+        return hash((self.name, self.fields, self.statistic, self.pvalue))
+
+    def __repr__(self) -> str:
+        shown = ("name", "fields", "group", "statistic", "pvalue", "df", "n", "decision")
+        return f"TestResult({', '.join(f'{name}={getattr(self, name)!r}' for name in shown)})"
 
     def __iter__(self) -> Iterator[float | None]:
         return iter((self.statistic, self.pvalue))
 
     @property
     def effect(self) -> Effect | None:
+        """The first one of the effects."""
         return self.effects[0] if self.effects else None
 
     @property
     def interval(self) -> Interval | None:
+        """That of an estimate, or else of the effect."""
         if self.intervals:
             return self.intervals[0]
         effect = self.effect
@@ -364,9 +400,14 @@ class Result:
 
     @functools.cached_property
     def _tests(self) -> tuple[TestResult, ...]:
-        return tuple(
-            read_test(test, self._asked or {}, self) for _, result in self._results for test in result["tests"]
-        )
+        return tuple(TestResult(self, place) for place in range(len(self._tests_in_json)))
+
+    @functools.cached_property
+    def _tests_in_json(self) -> list[dict[str, Any]]:
+        return [test for _, result in self._results for test in result["tests"]]
+
+    def _read_test(self, place: int) -> dict[str, Any]:
+        return _read_test(self._tests_in_json[place], self._asked or {})
 
     # ---- Frames ----
 
@@ -587,12 +628,17 @@ def _significances(test: Mapping[str, Any]) -> tuple[list[Significance], list[Si
     return of_document, supplied
 
 
+_CHOICES = ("continuity", "zeros", "like", "test_value")
+
+
+def _is_choice(asked: Mapping[str, Any]) -> bool:
+    return asked.get("alternative", "two-sided") != "two-sided" or any(name in asked for name in _CHOICES)
+
+
 def _asked_for(supplied: list[Significance], asked: Mapping[str, Any]) -> Significance | None:
     """The one among those beside the document that the arguments of the call ask for, as the report takes it, too."""
     by_kind = {p.kind: p for p in reversed(supplied)}
-    is_choice = asked.get("alternative", "two-sided") != "two-sided" or any(
-        name in asked for name in ("continuity", "zeros", "like", "test_value")
-    )
+    is_choice = _is_choice(asked)
     if asked.get("exact") and "exact" in by_kind:
         return by_kind["exact"]
     if is_choice and "asymptotic" in by_kind:
@@ -602,7 +648,19 @@ def _asked_for(supplied: list[Significance], asked: Mapping[str, Any]) -> Signif
     return supplied[0] if is_choice and supplied else None
 
 
-def read_test(test: Mapping[str, Any], asked: Mapping[str, Any], result: Result) -> TestResult:
+def only_test(report: _binding.Report, result: Result, asked: Mapping[str, Any]) -> TestResult:
+    """The first test of a result. Where the significance that decides is what was asked for, nothing else is read."""
+    deciding = None
+    if not (_is_choice(asked) or asked.get("exact") or asked.get("monte_carlo")):
+        deciding = report.deciding()
+    if deciding is None:
+        return result[0]
+    statistic, pvalue = (float(digits) if digits else None for digits in deciding)
+    return TestResult(result, 0, statistic=statistic, pvalue=pvalue)
+
+
+def _read_test(test: Mapping[str, Any], asked: Mapping[str, Any]) -> dict[str, Any]:
+    """What a `TestResult` shows, by its names."""
     supplement = _supplement(test)
     statistics, p = _leading(test)
     of_document, supplied = _significances(test)
@@ -612,34 +670,33 @@ def read_test(test: Mapping[str, Any], asked: Mapping[str, Any], result: Result)
     if wanted is not None:
         statistic = statistic if wanted.statistic is None else wanted.statistic
         pvalue = wanted.value
-    return TestResult(
-        name=test["name"] or test["test"],
-        title=test["title"],
-        family=test["family"],
-        fields=tuple(test["fields"]),
-        group=test["group"],
-        statistic=statistic,
-        pvalue=pvalue,
-        df=number_of(statistics.get("df")),
-        n=number_of(test["n"]),
-        n_total=number_of(test["n_total"]),
-        decision=test["decision"],
-        method=test["method"],
-        conclusion=supplement.get("conclusion"),
-        direction=test["direction"],
-        call=supplement.get("call"),
-        effects=tuple(
+    return {
+        "name": test["name"] or test["test"],
+        "title": test["title"],
+        "family": test["family"],
+        "fields": tuple(test["fields"]),
+        "group": test["group"],
+        "statistic": statistic,
+        "pvalue": pvalue,
+        "df": number_of(statistics.get("df")),
+        "n": number_of(test["n"]),
+        "n_total": number_of(test["n_total"]),
+        "decision": test["decision"],
+        "method": test["method"],
+        "conclusion": supplement.get("conclusion"),
+        "direction": test["direction"],
+        "call": supplement.get("call"),
+        "effects": tuple(
             Effect(
                 effect["key"], effect["label"], effect["first"], effect["second"], number_of(effect["value"]),
                 number_of(effect["lower"]), number_of(effect["upper"]), effect["method"],
             )
             for effect in supplement.get("effects", [])
         ),
-        intervals=tuple(
+        "intervals": tuple(
             Interval(number_of(each["estimate"]), number_of(each["lower"]), number_of(each["upper"]), each["method"])
             for each in test["intervals"]
         ),
-        significances=tuple(of_document + supplied),
-        messages=tuple(_messages(test)),
-        result=result,
-    )  # fmt: skip
+        "significances": tuple(of_document + supplied),
+        "messages": tuple(_messages(test)),
+    }  # fmt: skip
