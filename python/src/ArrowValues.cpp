@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdint>
+#include <limits>
 #include <string>
 
 #include "host/table/CellValue.h"
@@ -90,6 +92,15 @@ std::string_view ViewTexts::operator()(std::int64_t at) const {
     std::int32_t place[2];  // the buffer, and where in it the text begins
     std::memcpy(place, view + 8, sizeof place);
     return {static_cast<const char*>(buffers_[place[0]]) + place[1], static_cast<std::size_t>(size)};
+}
+
+const double* FiniteDoubles(const ArrowArray& array, std::int64_t first, std::int64_t count) {
+    if (array.null_count != 0 && array.buffers[0] != nullptr) return nullptr;
+    const double* const values = static_cast<const double*>(array.buffers[1]) + first;
+    if (reinterpret_cast<std::uintptr_t>(values) % alignof(double) != 0) return nullptr;
+    bool isFinite = true;
+    for (std::int64_t i = 0; i < count; ++i) isFinite &= std::abs(values[i]) <= std::numeric_limits<double>::max();
+    return isFinite ? values : nullptr;
 }
 
 }  // namespace tarn

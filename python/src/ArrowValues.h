@@ -23,6 +23,10 @@ class Presence {
     const std::uint8_t* bits_;  // null where all are there
 };
 
+/// The doubles of an array of them from that place on, where all are there, finite, and stand where a double may; null
+/// otherwise.
+const double* FiniteDoubles(const ArrowArray& array, std::int64_t first, std::int64_t count);
+
 template <typename Number>
 class PlainNumbers {
  public:

@@ -84,7 +84,7 @@ void AddResults(nb::module_& m) {
         .def_prop_ro("remarks", &Report::Remarks)
         .def_prop_ro("is_done", &Report::IsDone)
         .def_prop_ro("failure_code", &Report::FailureCode)
-        .def("deciding", &Deciding)
+        .def("deciding", &Deciding, Unlocked())
         .def("text", &Report::Text, Unlocked())
         .def("json", &Report::Json, Unlocked())
         .def("csv", &Report::Csv, Unlocked())
@@ -106,7 +106,7 @@ void AddResults(nb::module_& m) {
 
 NB_MODULE(_binding, m) {
     m.doc() = "The engine of tarn, for the package alone.";
-    m.attr("__version__") = TARN_VERSION;
+    m.attr("version") = TARN_VERSION;
     nb::exception<tarn::InputError>(m, "InputMistake", PyExc_ValueError);
     AddData(m);
     AddResults(m);

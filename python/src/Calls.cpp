@@ -25,11 +25,12 @@ const MessageCatalogue& Texts() {
     return MessageCatalogue::English();
 }
 
-/// Libraries may want their data to be read on the thread that they lent it on.
-Table ReadAttended(CallData& data, const WantedColumns& wanted, const LoadOptions& load) {
+/// Libraries may want their data to be read on the thread that they lent it on. A table that outlives the call borrows
+/// nothing: whose the data is may write to it then.
+Table ReadAttended(CallData& data, const WantedColumns& wanted, const LoadOptions& load, bool outlivesCall) {
     InputData sources = data.Take();
     const nb::gil_scoped_release unlocked;
-    Table table = ReadTable(sources, wanted, load, &AttendedWork::HearSignals);
+    Table table = ReadTable(sources, wanted, load, !outlivesCall, &AttendedWork::HearSignals);
     sources.clear();
     return table;
 }
@@ -188,7 +189,7 @@ AnalysisOutcome RunRequestText(const std::string& name, const std::string& json,
 
 Report AnalyzeData(CallData& data, Request& request, const CallEnvironment& environment, bool isLater) {
     AttendedWork attended(environment.onProgress);
-    Table table = ReadAttended(data, request.Columns(), request.Load());
+    Table table = ReadAttended(data, request.Columns(), request.Load(), isLater);
     AnalysisEnvironment ofRun = EnvironmentOf(attended, environment.libraryFolder, request.Load().threads);
     const bool isQuick = IsQuick(table, request, environment);
     Report report({}, 0);
@@ -216,7 +217,7 @@ Report RunOnData(CallData& data, bool isPlan, const std::string& name, const std
     LoadOptions load;
     load.threads = wishes.threads;
     if (!wishes.weights.empty()) load.weightField = wishes.weights;
-    const Table table = ReadAttended(data, WantedColumns(), load);
+    const Table table = ReadAttended(data, WantedColumns(), load, false);
     Report report({}, 0);
     attended.Run([&] {
         const AnalysisEnvironment ofRun = EnvironmentOf(attended, environment.libraryFolder, wishes.threads);
@@ -242,8 +243,9 @@ DataLook LookAtData(CallData& data, const std::string& name) {
         }
     }
     const nb::gil_scoped_release unlocked;
-    const Table table = ReadTable(sources, WantedColumns(), {}, &AttendedWork::HearSignals);
+    Table table = ReadTable(sources, WantedColumns(), {}, true, &AttendedWork::HearSignals);
     sources.clear();
+    PrepareTable(table, {});
     found.look = LookAt(table, name);
     return found;
 }

@@ -73,16 +73,18 @@ void StreamSource::Check(int error) {
 
 bool StreamSource::Next() {
     do {
-        Check(stream_->get_next(&*stream_, array_.Fill()));
-        if (array_.IsUsedUp()) return false;
-    } while (array_->length == 0);
+        array_ = std::make_shared<ArrowOwner<ArrowArray>>();
+        Check(stream_->get_next(&*stream_, array_->Fill()));
+        if (array_->IsUsedUp()) return false;
+    } while ((*array_)->length == 0);
     return true;
 }
 
 ColumnPiece StreamSource::PieceOf(std::size_t column) const {
-    if (!isStruct_) return {&*array_, array_->offset, array_->length};
-    const ArrowArray& child = *array_->children[column];
-    return {&child, child.offset + array_->offset, array_->length};
+    const ArrowArray& array = **array_;
+    if (!isStruct_) return {&array, array.offset, array.length};
+    const ArrowArray& child = *array.children[column];
+    return {&child, child.offset + array.offset, array.length};
 }
 
 MemorySource::MemorySource(InputColumn column, const void* values, std::int64_t count, MemoryHold hold)

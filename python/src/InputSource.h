@@ -11,6 +11,9 @@
 
 namespace tarn {
 
+/// What keeps memory of somebody else's where it is.
+using MemoryHold = std::shared_ptr<const void>;
+
 /// Columns that come together, one piece of rows after the other. They come once.
 class InputSource {
  public:
@@ -23,6 +26,8 @@ class InputSource {
     virtual std::int64_t RowCount() const = 0;
     /// Those of a column, valid until the next piece.
     virtual ColumnPiece PieceOf(std::size_t column) const = 0;
+    /// What keeps the memory of the piece beyond the next one; null where nothing can.
+    virtual MemoryHold Hold() const { return nullptr; }
 
  protected:
     std::vector<InputColumn> columns_;
@@ -35,14 +40,15 @@ class StreamSource : public InputSource {
     StreamSource(ArrowArrayStream& stream, const std::string& name);
 
     bool Next() override;
-    std::int64_t RowCount() const override { return array_->length; }
+    std::int64_t RowCount() const override { return (*array_)->length; }
     ColumnPiece PieceOf(std::size_t column) const override;
+    MemoryHold Hold() const override { return array_; }
 
  private:
     void Check(int error);
 
     ArrowOwner<ArrowArrayStream> stream_;
-    ArrowOwner<ArrowArray> array_;
+    std::shared_ptr<ArrowOwner<ArrowArray>> array_;
     bool isStruct_ = false;
 };
 
@@ -78,6 +84,7 @@ class MemorySource : public InputSource {
     bool Next() override { return !std::exchange(isDone_, true); }
     std::int64_t RowCount() const override { return array_.length; }
     ColumnPiece PieceOf(std::size_t) const override { return {&array_, 0, array_.length}; }
+    MemoryHold Hold() const override { return hold_; }
 
  private:
     MemoryHold hold_;

@@ -13,6 +13,7 @@
 #include "host/table/TableShape.h"
 #include "host/table/Utf8.h"
 #include "machine/WorkShare.h"
+#include "python/src/ArrowValues.h"
 
 namespace tarn {
 
@@ -22,8 +23,8 @@ constexpr const char* kData = "the data";
 
 class TableReader {
  public:
-    TableReader(InputData& data, const WantedColumns& wanted, const LoadOptions& options)
-        : data_(data), share_(options.threads), missingTexts_({}) {
+    TableReader(InputData& data, const WantedColumns& wanted, const LoadOptions& options, bool mayBorrow)
+        : data_(data), share_(options.threads), missingTexts_({}), mayBorrow_(mayBorrow) {
         ChooseColumns(wanted);
         plan_ = Plan(OfChosen(options));
         std::vector<Column> columns;
@@ -142,11 +143,24 @@ class TableReader {
         if (column.isListed && !chosen.hasToldOrder) {
             AddEntries(column, *piece.array->dictionary, plan_.columns[index].categories);
         }
+        if (firstRow == 0 && count == table_.RowCount() && Borrow(source, column, piece, index)) return;
         chosen.codes.Clear();
         const std::span<double> cells = table_.Cells(index).subspan(firstRow, count);
         ReadPiece(column, piece, readers_[index], chosen.codes, cells);
         const std::vector<double> codes = readers_[index].Join(chosen.codes);
         if (!codes.empty()) MapCodes(cells, codes, kMissingNumber);
+    }
+
+    /// Leaves the cells where they are, if they lie as those of a table.
+    bool Borrow(const InputSource& source, const InputColumn& column, const ColumnPiece& piece, std::size_t index) {
+        constexpr std::int64_t kWorthBorrowing = std::int64_t{1} << 15;
+        const MemoryHold hold = mayBorrow_ && piece.count >= kWorthBorrowing ? source.Hold() : nullptr;
+        const bool isPlain =
+            column.format.layout == ValueLayout::kDouble && !column.codes && readers_[index].TakesPlainNumbers();
+        if (hold == nullptr || !isPlain) return false;
+        const double* const cells = FiniteDoubles(*piece.array, piece.first, piece.count);
+        if (cells != nullptr) table_.Lend(index, cells, hold);
+        return cells != nullptr;
     }
 
     void CheckLengths() const {
@@ -178,6 +192,7 @@ class TableReader {
     WorkShare share_;
     MissingTexts missingTexts_;  // none: what is missing has no text
     TableShape shape_;
+    bool mayBorrow_;
     std::vector<std::string_view> known_;  // the names of all columns
     std::vector<Chosen> chosen_;
     TablePlan plan_;
@@ -187,9 +202,9 @@ class TableReader {
 
 }  // namespace
 
-Table ReadTable(InputData& data, const WantedColumns& wanted, const LoadOptions& options,
+Table ReadTable(InputData& data, const WantedColumns& wanted, const LoadOptions& options, bool mayBorrow,
                 const std::function<void()>& betweenPieces) {
-    return TableReader(data, wanted, options).Read(betweenPieces);
+    return TableReader(data, wanted, options, mayBorrow).Read(betweenPieces);
 }
 
 }  // namespace tarn

@@ -5,7 +5,7 @@ one of them asks, assumes and decides by.
 """
 
 from ._analyze import TestInfo, analyze, explain, load, look, run, tests
-from ._binding import __version__
+from ._binding import version as __version__
 from ._errors import EngineError, InputError
 from ._functions import (
     binomial,

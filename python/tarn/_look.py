@@ -3,12 +3,14 @@
 from __future__ import annotations
 
 import html
+import re
 from typing import Any
 
 from . import _binding
 from ._errors import in_words_of_python
 from ._frames import Schema, make_frame
 
+_MISSING = re.compile(r"if it means missing: --na \S+")
 _SCHEMA: Schema = {"name": str, "kind": str, "values": str, "remarks": str}
 
 
@@ -28,8 +30,7 @@ class Look:
         self.calls = [_call(call) for call in found.calls]
         self._library = library
         self._rows = [
-            {"name": field.name, "kind": field.kind, "values": field.values,
-             "remarks": in_words_of_python("; ".join(field.remarks))}
+            {"name": field.name, "kind": field.kind, "values": field.values, "remarks": _remark("; ".join(field.remarks))}
             for field in found.fields
         ]  # fmt: skip
         self._rows += [{"name": name, "kind": "-", "values": what, "remarks": "can't be tested"} for name, what in found.others]
@@ -50,6 +51,11 @@ class Look:
 
     def _repr_html_(self) -> str:
         return f"<pre>{html.escape(repr(self))}</pre>"
+
+
+def _remark(remark: str) -> str:
+    """A remark of the command, which marks missing cells by an option where a frame has nulls."""
+    return in_words_of_python(_MISSING.sub("make it null if it means missing", remark))
 
 
 def _call(words: str) -> str:

@@ -63,8 +63,13 @@ class Options(TypedDict, total=False):
     threads: int | None
     progress: Any
     order: Mapping[str, Sequence[Any]] | None
+    reference: Mapping[str, Any] | None
+    label: Mapping[str, str] | None
+    nominal: Fields | None
+    ordinal: Fields | None
+    continuous: Fields | None
+    against: Any
     where: str | None
-    split: str | None
 
 
 def make_request(arguments: Mapping[str, Any]) -> dict[str, Any]:
@@ -184,6 +189,8 @@ def _flag(name: str, value: Any) -> bool:
 
 
 def _text(name: str, value: Any) -> str:
+    if name == "against" and isinstance(value, (bool, numbers.Real)):
+        value = str(value).lower() if isinstance(value, bool) else str(value)
     if not isinstance(value, str):
         raise InputError(f"{name}= is of type {type(value).__name__}; expected {_TEXTS[name]}")
     if not value.strip():

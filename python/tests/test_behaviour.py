@@ -80,6 +80,12 @@ def test_progress_is_told_on_the_calling_thread() -> None:
     assert {thread for _, thread in told} == {threading.get_ident()}
 
 
+def test_progress_is_shown_by_tqdm(capfd: pytest.CaptureFixture[str]) -> None:
+    result = tarn.analyze(table(1000), related=["x", "y"], progress=True)
+    assert "%" in capfd.readouterr().err
+    assert result.to_json() == tarn.analyze(table(1000), related=["x", "y"], progress=False).to_json()
+
+
 def test_an_exception_of_progress_ends_the_analysis() -> None:
     def stop(percent: float) -> None:
         raise Stop
@@ -112,6 +118,33 @@ def test_ctrl_c_stops_an_analysis() -> None:
             process.kill()
             raise
     assert out == "stopped\n2.0\n"
+
+
+def test_effects_that_come_later_are_the_same_in_any_thread() -> None:
+    data = table(3000)
+    expected = tarn.analyze(data, related=["x", "y"], tests="wilcoxon")[0].effect
+    test = tarn.wilcoxon(data["x"], data["y"])
+    with ThreadPoolExecutor(4) as pool:
+        assert list(pool.map(lambda _: test.result[0].effect, range(8))) == [expected] * 8
+    assert test.effect == expected
+
+
+def test_ctrl_c_stops_what_comes_later() -> None:
+    program = (
+        "import numpy, tarn\n"
+        "numbers = numpy.random.default_rng(1)\n"
+        "x, y = numbers.normal(size=3000), numbers.normal(size=3000)\n"
+        f"test = tarn.wilcoxon(x, y, monte_carlo={ENDLESS})\n"
+    )
+    with subprocess.Popen([sys.executable, "-c", program], stderr=subprocess.PIPE, text=True) as process:
+        time.sleep(1.5)
+        process.send_signal(signal.SIGINT)
+        try:
+            _, err = process.communicate(timeout=60)
+        except subprocess.TimeoutExpired:
+            process.kill()
+            raise
+    assert err.rstrip().endswith("KeyboardInterrupt")
 
 
 def test_nothing_is_printed(capfd: pytest.CaptureFixture[str]) -> None:

@@ -263,3 +263,48 @@ def test_pandas_without_pyarrow() -> None:
     )
     done = subprocess.run([sys.executable, "-c", program], capture_output=True, text=True, check=True)
     assert done.stdout == "2.0 DataFrame\n"
+
+
+# ---- Memory of others ----
+
+LARGE = 40_000
+
+
+def large_columns() -> dict[str, Any]:
+    numbers = numpy.random.default_rng(5)
+    return {"x": numbers.normal(size=LARGE), "y": numbers.normal(size=LARGE), "g": numbers.integers(0, 2, LARGE)}
+
+
+@pytest.mark.parametrize("make_large", [dict, pandas.DataFrame, polars.DataFrame, pyarrow.table])
+def test_large_columns_stay_as_they_are(make_large: Callable[[Columns], Any]) -> None:
+    columns = large_columns()
+    frame = make_large(columns)
+    before = {name: values.copy() for name, values in columns.items()}
+    as_lists = {name: values.tolist() for name, values in columns.items()}
+    for arguments in (
+        {"related": ["x", "y"], "tests": "wilcoxon"},
+        {"independent": "x", "group": "g", "tests": "mann-whitney"},
+        {"one_sample": "x", "tests": "runs", "where": "y > 0"},
+        {"related": ["x", "y"], "tests": "sign", "ordinal": ["x", "y"]},
+    ):
+        assert tarn.analyze(frame, **arguments).to_json() == tarn.analyze(as_lists, **arguments).to_json()
+    assert all((columns[name] == before[name]).all() for name in columns)
+
+
+@pytest.mark.parametrize("odd", [numpy.nan, numpy.inf])
+def test_large_columns_with_odd_values_are_read_one_by_one(odd: float) -> None:
+    columns = large_columns()
+    columns["x"][17] = odd
+    if numpy.isinf(odd):
+        with pytest.raises(tarn.InputError, match="an infinite number"):
+            tarn.analyze(columns, related=["x", "y"])
+    else:
+        assert tarn.analyze(columns, related=["x", "y"], tests="sign")[0].n == LARGE - 1
+
+
+def test_a_later_effect_is_that_of_the_data_as_it_was() -> None:
+    columns = large_columns()
+    test = tarn.wilcoxon(columns["x"], columns["y"])
+    expected = tarn.wilcoxon(columns["x"].copy(), columns["y"].copy()).effect
+    columns["x"][:] = 0
+    assert test.effect == expected
