@@ -392,6 +392,15 @@ def load(path: str | os.PathLike[str]) -> Result:
     ------
     InputError
         For a file that can't be read or is no result document.
+
+    Examples
+    --------
+    >>> import os, tempfile
+    >>> with tempfile.TemporaryDirectory() as folder:
+    ...     path = os.path.join(folder, "result.xml")
+    ...     tarn.analyze({"x": [1, 2, 4, 3]}, "x ~ 1", tests="runs").save(path)
+    ...     tarn.load(path)["runs"].statistic
+    2.0
     """
     with errors_of_the_package():
         return Result(_binding.load(os.fspath(path)))
@@ -404,6 +413,11 @@ def explain(name_or_code: str | int) -> str:
     ----------
     name_or_code : str or int
         A name of `tarn.tests`, or the code of a message.
+
+    Returns
+    -------
+    str
+        The text of `tarn explain`, lines of it.
 
     Raises
     ------
@@ -421,6 +435,11 @@ def explain(name_or_code: str | int) -> str:
 
 def tests() -> list[TestInfo]:
     """All tests that can be asked for, family by family.
+
+    Returns
+    -------
+    list of TestInfo
+        The name, family, title and question of each.
 
     Examples
     --------

@@ -8,6 +8,7 @@ from __future__ import annotations
 
 import math
 import numbers
+import os
 import sys
 from array import array
 from collections.abc import Callable, Iterable, Mapping, Sequence
@@ -47,6 +48,9 @@ def read(data: object, wants: Callable[[str], bool]) -> _binding.Data:
         read_data.add_stream(data.__arrow_c_stream__(), "")
     elif library_of(data) == "numpy" and hasattr(data, "dtype"):
         _add_columns(read_data, _columns_of_array(data), wants)
+    elif isinstance(data, (str, os.PathLike)):
+        path = os.fspath(data)
+        raise InputError(f'the data is the path "{path}"; expected a data frame, like pandas.read_csv("{path}")')
     elif hasattr(data, "collect"):
         raise InputError(f"the data is a {type(data).__name__}, which is not computed yet; expected what collect() gives")
     else:
@@ -261,9 +265,17 @@ def _array_of(sample: Any) -> Any:
         values = sample.to_numpy(dtype="float64", na_value=math.nan)
     elif library == "polars" and "numpy" in sys.modules and sample.dtype.is_numeric() and not sample.dtype.is_decimal():
         values = sample.to_numpy().astype("float64", copy=False)
+    elif library == "pyarrow" and "numpy" in sys.modules and _is_number_of_arrow(sample):
+        values = sample.to_numpy(zero_copy_only=False).astype("float64", copy=False)
     else:
         return None
     return values if values.flags.c_contiguous else values.copy()
+
+
+def _is_number_of_arrow(sample: Any) -> bool:
+    types = sys.modules["pyarrow"].types
+    kind = getattr(sample, "type", None)
+    return kind is not None and bool(types.is_integer(kind) or types.is_floating(kind))
 
 
 def add_samples(data: _binding.Data, field: str, group: str, samples: Mapping[str, Any], is_ordered: bool) -> None:

@@ -3,7 +3,8 @@
 from __future__ import annotations
 
 import doctest
-from types import ModuleType
+from inspect import signature
+from types import FunctionType, ModuleType
 
 import pytest
 import tarn
@@ -28,6 +29,18 @@ def test_docstrings(module: ModuleType) -> None:
 def test_everything_public_has_a_docstring() -> None:
     for name in tarn.__all__:
         assert name.startswith("__") or getattr(tarn, name).__doc__, name
+
+
+def test_functions_say_what_they_take_give_raise_and_show() -> None:
+    for name in tarn.__all__:
+        function = getattr(tarn, name)
+        if not isinstance(function, FunctionType):
+            continue
+        doc = function.__doc__ or ""
+        headings = ["Returns", "Examples", *(["Parameters", "Raises"] if signature(function).parameters else [])]
+        for heading in headings:
+            assert f"    {heading}\n    {'-' * len(heading)}\n" in doc, (name, heading)
+        assert ">>> " in doc and (function.__module__ != "tarn._functions" or "    References\n" in doc), name
 
 
 def test_each_test_has_a_function() -> None:
