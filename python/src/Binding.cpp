@@ -52,13 +52,6 @@ Report Run(CallData& data, bool isPlan, const std::string& name, const std::stri
                      {libraryFolder, std::move(onProgress)});
 }
 
-/// The statistic that decides and its significance, as their digits.
-std::optional<std::pair<std::string, std::string>> Deciding(const Report& report) {
-    const std::optional<Report::Figures> figures = report.Deciding();
-    if (!figures) return std::nullopt;
-    return std::pair(figures->statistic, figures->pvalue);
-}
-
 void AddData(nb::module_& m) {
     nb::class_<CallData>(m, "Data")
         .def(nb::init<>())
@@ -78,13 +71,18 @@ void AddData(nb::module_& m) {
 }
 
 void AddResults(nb::module_& m) {
+    nb::class_<Report::Figures>(m, "Figures")
+        .def_ro("kind", &Report::Figures::kind)
+        .def_ro("statistic", &Report::Figures::statistic)
+        .def_ro("pvalue", &Report::Figures::pvalue);
     nb::class_<Report>(m, "Report")
         .def_prop_ro("document", &Report::Document)
         .def_prop_ro("notes", &Report::Notes)
         .def_prop_ro("remarks", &Report::Remarks)
         .def_prop_ro("is_done", &Report::IsDone)
         .def_prop_ro("failure_code", &Report::FailureCode)
-        .def("deciding", &Deciding, Unlocked())
+        .def("deciding", &Report::Deciding, Unlocked())
+        .def("chosen", &Report::Chosen, Unlocked())
         .def("text", &Report::Text, Unlocked())
         .def("json", &Report::Json, Unlocked())
         .def("csv", &Report::Csv, Unlocked())

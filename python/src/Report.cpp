@@ -59,9 +59,20 @@ std::optional<Report::Figures> Report::Deciding() const {
     if (reading.tests.empty()) return std::nullopt;
     for (const StatisticSet& set : reading.tests.front().statistics) {
         const auto decides = std::ranges::find_if(set.pValues, [](const PValue& p) { return p.decides; });
-        if (decides != set.pValues.end()) return Figures{set.StatisticOf(*decides).text, decides->value.text};
+        if (decides != set.pValues.end()) return Figures{"", set.StatisticOf(*decides).text, decides->value.text};
     }
     return std::nullopt;
+}
+
+std::vector<Report::Figures> Report::Chosen() const {
+    std::vector<Figures> chosen;
+    if (!isDone_ || isSplit_) return chosen;
+    const ResultReading& reading = *Supplied()[first_].result;
+    if (reading.tests.empty()) return chosen;
+    for (const SuppliedPValue& p : reading.tests.front().supplement.pValues) {
+        chosen.push_back({std::string(p.kind), p.statistic.text, p.value.text});
+    }
+    return chosen;
 }
 
 const std::string& Report::Document() const {

@@ -12,14 +12,15 @@
 
 namespace tarn {
 
-/// What a run left: one result, or one for each category of the field that splits the records. Texts are made when
-/// they are asked for, by any thread.
+/// What a run left: one result, or one for each category of the field that splits the records. Texts and figures are
+/// made when they are asked for, by any thread, with the interpreter free.
 class Report {
  public:
     /// Adds to a reading what stands beside its document. May throw, and is called again then.
     using Supply = std::function<void(ResultReading&)>;
-    /// The numbers of a test that are asked for most.
+    /// A significance with its statistic, as their digits.
     struct Figures {
+        std::string kind;
         std::string statistic;
         std::string pvalue;
     };
@@ -40,9 +41,10 @@ class Report {
 
     /// "" where there are several.
     const std::string& Document() const;
-    /// The significance that decides the first test, and its statistic, as their digits; nothing where none decides.
+    /// The significance that decides the first test; nothing where none decides.
     std::optional<Figures> Deciding() const;
-    /// Called with the interpreter free, as the supply is.
+    /// Those of the first test that were chosen, beside its document.
+    std::vector<Figures> Chosen() const;
     std::string Text() const;
     std::string Json() const;
     std::string Csv() const;

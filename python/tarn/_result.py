@@ -5,9 +5,9 @@ from __future__ import annotations
 import functools
 import json
 import os
-from collections.abc import Callable, Iterable, Iterator, Mapping
+from collections.abc import Callable, Iterable, Iterator, Mapping, Sequence
 from dataclasses import dataclass
-from typing import Any, Protocol
+from typing import Any, Protocol, TypeVar
 
 from . import _binding
 from ._errors import InputError, errors_of_the_package, in_words_of_python
@@ -635,7 +635,17 @@ def _is_choice(asked: Mapping[str, Any]) -> bool:
     return asked.get("alternative", "two-sided") != "two-sided" or any(name in asked for name in _CHOICES)
 
 
-def _asked_for(supplied: list[Significance], asked: Mapping[str, Any]) -> Significance | None:
+class _Figures(Protocol):
+    """A significance of any kind."""
+
+    @property
+    def kind(self) -> str: ...
+
+
+_Chosen = TypeVar("_Chosen", bound=_Figures)
+
+
+def _asked_for(supplied: Sequence[_Chosen], asked: Mapping[str, Any]) -> _Chosen | None:
     """The one among those beside the document that the arguments of the call ask for, as the report takes it, too."""
     by_kind = {p.kind: p for p in reversed(supplied)}
     is_choice = _is_choice(asked)
@@ -649,14 +659,20 @@ def _asked_for(supplied: list[Significance], asked: Mapping[str, Any]) -> Signif
 
 
 def only_test(report: _binding.Report, result: Result, asked: Mapping[str, Any]) -> TestResult:
-    """The first test of a result. Where the significance that decides is what was asked for, nothing else is read."""
-    deciding = None
-    if not (_is_choice(asked) or asked.get("exact") or asked.get("monte_carlo")):
-        deciding = report.deciding()
+    """The first test of a result with the significance that was asked for. All else is read when it is asked for."""
+    deciding = report.deciding()
     if deciding is None:
         return result[0]
-    statistic, pvalue = (float(digits) if digits else None for digits in deciding)
-    return TestResult(result, 0, statistic=statistic, pvalue=pvalue)
+    statistic, pvalue = deciding.statistic, deciding.pvalue
+    if _is_choice(asked) or asked.get("exact") or asked.get("monte_carlo"):
+        wanted = _asked_for(report.chosen(), asked)
+        if wanted is not None:
+            statistic, pvalue = wanted.statistic or statistic, wanted.pvalue
+    return TestResult(result, 0, statistic=_number_of_digits(statistic), pvalue=_number_of_digits(pvalue))
+
+
+def _number_of_digits(digits: str) -> float | None:
+    return float(digits) if digits else None
 
 
 def _read_test(test: Mapping[str, Any], asked: Mapping[str, Any]) -> dict[str, Any]:
