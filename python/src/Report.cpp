@@ -15,6 +15,15 @@ const MessageCatalogue& Texts() {
     return MessageCatalogue::English();
 }
 
+std::optional<Report::Figures> DecidingOf(const TestReading& test) {
+    for (const StatisticSet& set : test.statistics) {
+        const auto decides = std::ranges::find_if(set.pValues, [](const PValue& p) { return p.decides; });
+        if (decides == set.pValues.end()) continue;
+        return Report::Figures{std::string(NameOf(decides->kind)), set.StatisticOf(*decides).text, decides->value.text};
+    }
+    return std::nullopt;
+}
+
 }  // namespace
 
 Report::Report(std::vector<std::string> remarks, long failureCode)
@@ -52,16 +61,16 @@ const std::vector<ResultPart>& Report::Supplied() const {
     return shared_->parts;
 }
 
-std::optional<Report::Figures> Report::Deciding() const {
-    if (!isDone_ || isSplit_) return std::nullopt;
+std::vector<std::optional<Report::Figures>> Report::Deciding() const {
+    std::vector<std::optional<Figures>> deciding;
+    if (!isDone_) return deciding;
     const std::lock_guard lock(shared_->mutex);
-    const ResultReading& reading = *shared_->parts[first_].result;
-    if (reading.tests.empty()) return std::nullopt;
-    for (const StatisticSet& set : reading.tests.front().statistics) {
-        const auto decides = std::ranges::find_if(set.pValues, [](const PValue& p) { return p.decides; });
-        if (decides != set.pValues.end()) return Figures{"", set.StatisticOf(*decides).text, decides->value.text};
+    for (std::size_t i = 0; i < shared_->parts.size(); ++i) {
+        const std::optional<ResultReading>& result = shared_->parts[i].result;
+        if (!result || (!isSplit_ && i != first_)) continue;
+        for (const TestReading& test : result->tests) deciding.push_back(DecidingOf(test));
     }
-    return std::nullopt;
+    return deciding;
 }
 
 std::vector<Report::Figures> Report::Chosen() const {

@@ -41,8 +41,8 @@ class Report {
 
     /// "" where there are several.
     const std::string& Document() const;
-    /// The significance that decides the first test; nothing where none decides.
-    std::optional<Figures> Deciding() const;
+    /// The significance that decides each test, of all parts one after the other; nothing where none decides.
+    std::vector<std::optional<Figures>> Deciding() const;
     /// Those of the first test that were chosen, beside its document.
     std::vector<Figures> Chosen() const;
     std::string Text() const;

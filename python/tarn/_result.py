@@ -203,6 +203,17 @@ class TestResult:
         return None if effect is None else Interval(effect.value, effect.lower, effect.upper, effect.method)
 
 
+class _Figures(Protocol):
+    """A significance with its statistic, as their digits."""
+
+    @property
+    def kind(self) -> str: ...
+    @property
+    def statistic(self) -> str: ...
+    @property
+    def pvalue(self) -> str: ...
+
+
 class ReportTexts(Protocol):
     """Where the texts of a result come from."""
 
@@ -215,6 +226,7 @@ class ReportTexts(Protocol):
     def text(self) -> str: ...
     def json(self) -> str: ...
     def csv(self) -> str: ...
+    def deciding(self) -> Sequence[_Figures | None]: ...
     def part_count(self) -> int: ...
     def part(self, place: int, /) -> ReportTexts: ...
 
@@ -237,6 +249,9 @@ class _StoredTexts:
 
     def csv(self) -> str:
         return self.stored[2]
+
+    def deciding(self) -> Sequence[_Figures | None]:
+        return ()  # they stand in the texts, too
 
     def part_count(self) -> int:
         return len(self.parts)
@@ -400,6 +415,9 @@ class Result:
 
     @functools.cached_property
     def _tests(self) -> tuple[TestResult, ...]:
+        deciding = () if _makes_a_choice(self._asked or {}) else self._texts.deciding()
+        if deciding:
+            return tuple(TestResult(self, place, **_known(figures)) for place, figures in enumerate(deciding))
         return tuple(TestResult(self, place) for place in range(len(self._tests_in_json)))
 
     @functools.cached_property
@@ -635,14 +653,14 @@ def _is_choice(asked: Mapping[str, Any]) -> bool:
     return asked.get("alternative", "two-sided") != "two-sided" or any(name in asked for name in _CHOICES)
 
 
-class _Figures(Protocol):
-    """A significance of any kind."""
+class _OfKind(Protocol):
+    """A significance of any form."""
 
     @property
     def kind(self) -> str: ...
 
 
-_Chosen = TypeVar("_Chosen", bound=_Figures)
+_Chosen = TypeVar("_Chosen", bound=_OfKind)
 
 
 def _asked_for(supplied: Sequence[_Chosen], asked: Mapping[str, Any]) -> _Chosen | None:
@@ -658,21 +676,33 @@ def _asked_for(supplied: Sequence[_Chosen], asked: Mapping[str, Any]) -> _Chosen
     return supplied[0] if is_choice and supplied else None
 
 
+def _makes_a_choice(asked: Mapping[str, Any]) -> bool:
+    """Whether a significance is asked for that stands beside the document."""
+    return bool(_is_choice(asked) or asked.get("exact") or asked.get("monte_carlo"))
+
+
 def only_test(report: _binding.Report, result: Result, asked: Mapping[str, Any]) -> TestResult:
     """The first test of a result with the significance that was asked for. All else is read when it is asked for."""
     deciding = report.deciding()
-    if deciding is None:
+    if not deciding or deciding[0] is None:
         return result[0]
-    statistic, pvalue = deciding.statistic, deciding.pvalue
-    if _is_choice(asked) or asked.get("exact") or asked.get("monte_carlo"):
+    known = _known(deciding[0])
+    if _makes_a_choice(asked):
         wanted = _asked_for(report.chosen(), asked)
         if wanted is not None:
-            statistic, pvalue = wanted.statistic or statistic, wanted.pvalue
-    return TestResult(result, 0, statistic=_number_of_digits(statistic), pvalue=_number_of_digits(pvalue))
+            chosen = _known(wanted)
+            known = chosen if chosen["statistic"] is not None else {**chosen, "statistic": known["statistic"]}
+    return TestResult(result, 0, **known)
 
 
-def _number_of_digits(digits: str) -> float | None:
-    return float(digits) if digits else None
+def _known(figures: _Figures | None) -> dict[str, float | None]:
+    """What is known of a test by its figures."""
+    if figures is None:
+        return {}
+    return {
+        "statistic": float(figures.statistic) if figures.statistic else None,
+        "pvalue": float(figures.pvalue) if figures.pvalue else None,
+    }
 
 
 def _read_test(test: Mapping[str, Any], asked: Mapping[str, Any]) -> dict[str, Any]:

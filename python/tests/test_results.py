@@ -216,3 +216,18 @@ def test_examples_are_the_ones_of_the_sources() -> None:
     frame = pandas.read_csv(ROOT / "examples/sleep_clinic.csv")
     test = tarn.sign(frame, "hours_before", "hours_after")
     assert test.statistic == 211  # README.md
+
+
+@pytest.mark.parametrize(
+    "choices",
+    [{}, {"exact": True}, {"alternative": "less"}, {"like": "scipy"}, {"monte_carlo": 50}, {"continuity": True}],
+)
+def test_figures_that_come_first_are_those_of_the_whole(choices: dict[str, Any]) -> None:
+    result = tarn.analyze(COLUMNS, related=["x", "y"], **choices)
+    early = [tuple(test) for test in result]
+    stored = pickle.loads(pickle.dumps(result))  # which reads all of them from JSON
+    assert early == [tuple(test) for test in stored]
+    for function in (tarn.sign, tarn.wilcoxon):
+        test = function(COLUMNS["x"], COLUMNS["y"], **choices)
+        assert tuple(test) == tuple(pickle.loads(pickle.dumps(test)))
+        assert tuple(test) == tuple(tarn.analyze(COLUMNS, related=["x", "y"], tests=test.name, **choices)[0])
