@@ -39,7 +39,10 @@ AnalysisOutcome OutcomeOf(EngineOutcome result, const Table& table, const Messag
     outcome.notes = table.Notes();
     outcome.succeeded = result.succeeded;
     outcome.document = std::move(result.document);
-    for (const EngineMessage& message : result.messages) outcome.remarks.push_back(DescribeMessage(message, texts));
+    for (const EngineMessage& message : result.messages) {
+        outcome.remarks.push_back(DescribeMessage(message, texts));
+        if (message.isError && outcome.failureCode == 0) outcome.failureCode = message.code;
+    }
     if (!outcome.succeeded && outcome.remarks.empty()) outcome.remarks.emplace_back("the run failed without a message");
     return outcome;
 }

@@ -24,6 +24,8 @@ struct AnalysisOutcome {
     std::string document;
     /// How the engine was asked to compute.
     ArithmeticMode arithmetic = ArithmeticMode::kAsDefined;
+    /// The code of what made the run fail; 0 where it did not, or has none.
+    long failureCode = 0;
     /// What the engine says of the run, a line each: why it failed, or warnings of one that did not.
     std::vector<std::string> remarks;
     /// What a reader of the results should know of the data, as sentences.

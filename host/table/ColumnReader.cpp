@@ -39,6 +39,12 @@ std::vector<double> AppendUnlisted(const std::vector<Value>& values, Value Categ
 
 }  // namespace
 
+void MapCodes(std::span<double> cells, const std::vector<double>& byCode, double missing) {
+    std::ranges::transform(cells, cells.begin(), [&](double code) {
+        return code == kMissingNumber ? missing : byCode[static_cast<std::size_t>(code)];
+    });
+}
+
 ColumnReader::ColumnReader(const ColumnPlan& plan, const MissingTexts& missingTexts, const TableShape& shape)
     : plan_(plan),
       missingTexts_(missingTexts),

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -29,6 +30,9 @@ struct CellCodes {
         hasNumbers = false;
     }
 };
+
+/// Puts what stands for each code into its place, and `missing` for a missing cell.
+void MapCodes(std::span<double> cells, const std::vector<double>& byCode, double missing);
 
 /// Turns the cells of one column into doubles: a number, or for a categorical column a code, which `Finish` maps to the
 /// index of a category. A missing cell is `kMissingNumber` either way.

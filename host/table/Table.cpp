@@ -30,6 +30,7 @@ Table::Table(std::vector<Column> columns) : columns_(std::move(columns)) {
     for (const Column& column : columns_)
         indexByName_.emplace(column.name, static_cast<int>(&column - columns_.data()));
     cells_.resize(columns_.size());
+    lent_.resize(columns_.size());
 }
 
 int Table::FindColumn(std::string_view name) const {
@@ -44,6 +45,18 @@ void Table::KeepColumns(std::size_t count) {
     }
     columns_.resize(count);
     cells_.resize(count);
+    lent_.resize(count);
+}
+
+void Table::Lend(std::size_t column, const double* cells, std::shared_ptr<const void> hold) {
+    cells_[column] = GrowingBlock();
+    lent_[column] = {cells, std::move(hold)};
+}
+
+void Table::Own(std::size_t column) {
+    const LentCells lent = std::exchange(lent_[column], {});
+    cells_[column].Reserve(rowCount_);
+    std::copy_n(lent.values, rowCount_, cells_[column].Values());
 }
 
 void Table::Reserve(std::size_t rowCount) {
@@ -51,6 +64,9 @@ void Table::Reserve(std::size_t rowCount) {
 }
 
 void Table::Resize(std::size_t rowCount) {
+    for (std::size_t i = 0; i < lent_.size(); ++i) {
+        if (lent_[i].values != nullptr && rowCount > rowCount_) Own(i);
+    }
     for (GrowingBlock& cells : cells_) cells.Grow(rowCount);
     rowCount_ = rowCount;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
@@ -66,7 +67,7 @@ const Category* FindCategory(const Column& column, std::string_view word);
 /// into `Column::categories` of a categorical one (`kMissingCategory` if missing).
 ///
 /// The cells of a column stand side by side, and there is no other copy of them: whoever needs a column borrows it from
-/// here, down to the tests of the engine.
+/// here, down to the tests of the engine. They may be somebody else's, lent until somebody writes to them.
 class Table {
  public:
     static constexpr int kNoColumn = -1;
@@ -88,11 +89,22 @@ class Table {
 
     std::size_t RowCount() const { return rowCount_; }
     /// The cells of a column in the order of the rows. Valid as long as the table, and until
-    /// `Reserve`, `Resize` and `Trim`.
-    std::span<double> Cells(std::size_t column) { return {cells_[column].Values(), rowCount_}; }
-    std::span<const double> Cells(std::size_t column) const { return {cells_[column].Values(), rowCount_}; }
+    /// `Reserve`, `Resize` and `Trim`. Asked for to be written to, those that are lent are copied.
+    std::span<double> Cells(std::size_t column) {
+        if (lent_[column].values != nullptr) Own(column);
+        return {cells_[column].Values(), rowCount_};
+    }
+    std::span<const double> Cells(std::size_t column) const {
+        const double* const lent = lent_[column].values;
+        return {lent != nullptr ? lent : cells_[column].Values(), rowCount_};
+    }
+    /// Puts memory of somebody else in place of the cells of a continuous column, as many as there are rows. `hold`
+    /// keeps them where they are, and as they are.
+    void Lend(std::size_t column, const double* cells, std::shared_ptr<const void> hold);
     /// Whether the cells of a column from that row on are 0 until they are set, and take no memory.
-    bool AreZeroFrom(std::size_t column, std::size_t row) const { return cells_[column].IsZeroFrom(row); }
+    bool AreZeroFrom(std::size_t column, std::size_t row) const {
+        return lent_[column].values == nullptr && cells_[column].IsZeroFrom(row);
+    }
     /// Makes room for as many rows as are expected.
     void Reserve(std::size_t rowCount);
     /// Takes rows away from the end or adds some there, whose cells the caller sets.
@@ -108,10 +120,19 @@ class Table {
     void Trim();
 
  private:
+    /// Cells of somebody else.
+    struct LentCells {
+        const double* values = nullptr;  // null where the cells are the table's own
+        std::shared_ptr<const void> hold;
+    };
+
+    void Own(std::size_t column);
+
     std::vector<Column> columns_;
     std::unordered_map<std::string, int> indexByName_;
     int weightIndex_ = kNoColumn;
     std::vector<GrowingBlock> cells_;  // a block for each column
+    std::vector<LentCells> lent_;      // for each column
     std::size_t rowCount_ = 0;
     std::vector<std::string> notes_;
 };

@@ -222,13 +222,6 @@ class TableLoader {
         }
     }
 
-    /// Puts what stands for each code into its place.
-    static void MapCodes(std::span<double> cells, const std::vector<double>& byCode, double missing) {
-        std::ranges::transform(cells, cells.begin(), [&](double code) {
-            return code == kMissingNumber ? missing : byCode[static_cast<std::size_t>(code)];
-        });
-    }
-
     void ReadLateTexts() {
         const auto byRowCount = [](const LateText& a, const LateText& b) { return a.rowCount < b.rowCount; };
         const std::size_t rowCount = std::ranges::max_element(lateTexts_, byRowCount)->rowCount;

@@ -89,18 +89,25 @@ WordedAnalysis::WordedAnalysis(AnalysisWords words, AnalysisOptions options)
     }
 }
 
-NamedFields WordedAnalysis::Fields() const {
-    NamedFields fields;
-    for (const auto* list : {&options_.oneSample, &options_.related, &options_.independent}) {
-        for (const std::string& field : *list) fields.AddLike(field);
-    }
+std::vector<std::string> WordedAnalysis::Names() const {
+    std::vector<std::string> names;
+    const auto add = [&names](const std::vector<std::string>& more) {
+        names.insert(names.end(), more.begin(), more.end());
+    };
+    add(options_.oneSample);
+    add(options_.related);
+    add(options_.independent);
     for (const std::string* field :
          {&options_.group, &options_.caseId, &words_.split, &words_.within, &words_.subject}) {
-        fields.AddLike(*field);
+        if (!field->empty()) names.push_back(*field);
     }
-    if (where_) {
-        for (const std::string& field : where_->Names()) fields.AddLike(field);
-    }
+    if (where_) add(where_->Names());
+    return names;
+}
+
+NamedFields WordedAnalysis::Fields() const {
+    NamedFields fields;
+    for (const std::string& name : Names()) fields.AddLike(name);
     return fields;
 }
 

@@ -44,6 +44,8 @@ class WordedAnalysis {
     /// Throws an `InputError` for words that can't be read or that contradict the options.
     WordedAnalysis(AnalysisWords words, AnalysisOptions options);
 
+    /// The names of fields as they were typed, patterns among them, each as often as it stands there.
+    std::vector<std::string> Names() const;
     /// The fields that may be read.
     NamedFields Fields() const;
     /// The field that is nominal unless its level is given.

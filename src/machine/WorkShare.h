@@ -68,7 +68,11 @@ class WorkShare {
     }
 
  private:
-    static unsigned OfMachine() { return std::max(1U, std::thread::hardware_concurrency()); }
+    /// Asked once: the system reads a file to answer.
+    static unsigned OfMachine() {
+        static const unsigned count = std::max(1U, std::thread::hardware_concurrency());
+        return count;
+    }
     static unsigned Most() { return std::max(16U, OfMachine()); }
 
     /// One call of `Run`.

@@ -74,6 +74,7 @@ TEST(Analysis, CanBeStopped) {
     tarn::Table own = TableOf(GroupsCsv(40, 1));
     const AnalysisOutcome outcome = tarn::RunPlan(plan, own, environment);
     EXPECT_FALSE(outcome.succeeded);
+    EXPECT_EQ(outcome.failureCode, 1);
     EXPECT_EQ(outcome.remarks, std::vector<std::string>{"the run failed with code 1: the run was cancelled"});
 }
 

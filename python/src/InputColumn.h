@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "host/table/ColumnReader.h"
+#include "host/table/FieldDescriptor.h"
+#include "host/table/FieldType.h"
+#include "python/src/ArrowInterface.h"
+#include "python/src/ColumnFormat.h"
+
+namespace tarn {
+
+/// What is known of a column before its values are seen.
+struct InputColumn {
+    std::string name;
+    ColumnFormat format;                ///< of its values, or of the entries of its dictionary
+    std::optional<ColumnFormat> codes;  ///< of the codes that stand for entries of a dictionary
+    FieldType type = FieldType::kNumber;
+    bool isListed = false;   ///< whether the entries are its categories, in their order
+    bool isOrdered = false;  ///< whether that order means something
+};
+
+/// Some rows of a column in the layout of the Arrow C interface.
+struct ColumnPiece {
+    const ArrowArray* array = nullptr;
+    std::int64_t first = 0;  ///< of them, counted from where the buffers begin
+    std::int64_t count = 0;
+};
+
+/// Turns the rows of a piece into the cells of a table, with codes of the piece where the reader's column is
+/// categorical. Nulls and NaN are missing; a code below 0 is, too. Throws an `InputError` for what no table can hold.
+void ReadPiece(const InputColumn& column, const ColumnPiece& piece, const ColumnReader& reader, CellCodes& codes,
+               std::span<double> cells);
+
+/// Adds the entries of the dictionary of a piece that `entries` doesn't hold yet.
+void AddEntries(const InputColumn& column, const ArrowArray& dictionary, std::vector<DescribedValue>& entries);
+
+}  // namespace tarn

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/report/PartsReport.h"
+
+namespace tarn {
+
+/// What a run left: one result, or one for each category of the field that splits the records. Texts and figures are
+/// made when they are asked for, by any thread, with the interpreter free.
+class Report {
+ public:
+    /// Adds to a reading what stands beside its document. May throw, and is called again then.
+    using Supply = std::function<void(ResultReading&)>;
+    /// A significance with its statistic, as their digits.
+    struct Figures {
+        std::string kind;
+        std::string statistic;
+        std::string pvalue;
+    };
+
+    /// One that failed: there is no result.
+    Report(std::vector<std::string> remarks, long failureCode);
+    /// A whole analysis. `notes` are on its data, `remarks` what the engine says of the run. `supply` is called before
+    /// the first text is made; empty where nothing is to be added.
+    Report(ResultReading reading, std::string document, std::vector<std::string> notes,
+           std::vector<std::string> remarks, Supply supply);
+    /// One in parts, at least one. `notes` are on all of them.
+    Report(std::vector<ResultPart> parts, std::vector<std::string> documents, std::vector<std::string> notes);
+
+    bool IsDone() const { return isDone_; }
+    long FailureCode() const { return failureCode_; }
+    const std::vector<std::string>& Notes() const { return notes_; }
+    const std::vector<std::string>& Remarks() const { return remarks_; }
+
+    /// "" where there are several.
+    const std::string& Document() const;
+    /// The significance that decides each test, of all parts one after the other; nothing where none decides.
+    std::vector<std::optional<Figures>> Deciding() const;
+    /// Those of the first test that were chosen, beside its document.
+    std::vector<Figures> Chosen() const;
+    std::string Text() const;
+    std::string Json() const;
+    std::string Csv() const;
+
+    /// How many parts there are; 0 of a whole analysis.
+    std::size_t PartCount() const { return isSplit_ ? shared_->parts.size() : 0; }
+    /// A part by itself, which shares what it is made of. One that couldn't be tested is not done, and says why.
+    Report PartAt(std::size_t place) const;
+
+ private:
+    /// What a report and those of its parts share.
+    struct Shared {
+        std::vector<ResultPart> parts;  // of a whole analysis one without a field
+        std::vector<std::string> documents;
+        std::mutex mutex;
+        Supply supply;  // until it was called
+    };
+
+    static std::shared_ptr<Shared> Share(std::vector<ResultPart> parts, std::vector<std::string> documents,
+                                         Supply supply);
+    const std::vector<ResultPart>& Supplied() const;
+
+    std::shared_ptr<Shared> shared_;
+    std::size_t first_ = 0;  // the part that this report is about, unless it is about all
+    std::vector<std::string> notes_;
+    std::vector<std::string> remarks_;
+    bool isDone_ = true;
+    bool isSplit_ = false;
+    long failureCode_ = 0;
+};
+
+}  // namespace tarn
