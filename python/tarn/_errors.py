@@ -62,10 +62,10 @@ def in_words_of_python(text: str) -> str:
         names = [f'"{name}"' for name in match.group(2).split(",")]
         return match.group(1).replace("-", "_") + "=" + (names[0] if len(names) == 1 else f"[{', '.join(names)}]")
 
-    if "--" not in text and "tarn tests" not in text:
+    if "--" not in text and "tarn " not in text:
         return text
     text = _OPTION.sub(argument, _FIELDS.sub(fields, _ORDER.sub(order, text)))
-    return text.replace("tarn tests lists", "tarn.tests() lists")
+    return text.replace("tarn tests lists", "tarn.tests() lists").replace("tarn explain NAME", "tarn.explain(name)")
 
 
 @contextlib.contextmanager

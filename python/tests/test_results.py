@@ -201,6 +201,12 @@ def test_the_engine_says_why_it_failed() -> None:
     assert pickle.loads(pickle.dumps(failure.value)).code == 240037
 
 
+def test_a_failed_run_names_what_the_package_has() -> None:
+    with pytest.raises(tarn.EngineError) as failure:
+        tarn.analyze(COLUMNS, one_sample="x", tests="chi-square")
+    assert "tarn.tests() lists the tests, tarn.explain(name) says what one assumes" in str(failure.value)
+
+
 def test_sentences_name_arguments() -> None:
     with pytest.raises(tarn.InputError) as mistake:
         tarn.analyze(COLUMNS, independent="x", group="g", tests="jonckheere")
