@@ -171,6 +171,7 @@ std::vector<const ReferenceCase*> ReferencePack::Named(const std::string& name) 
         const std::string_view userName = Tests::OfResult(each.test)->userName;
         if (each.name == name || each.test == name || userName == name) found.push_back(&each);
         known.push_back(each.name);
+        if (!userName.empty() && std::ranges::find(known, userName) == known.end()) known.push_back(userName);
     }
     if (!found.empty()) return found;
     const std::vector<std::string_view> nearest = NearestNames(name, known);

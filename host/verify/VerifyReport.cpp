@@ -45,7 +45,7 @@ void AddRow(VerifyReport& report, const ReferenceCase& reference, const Compared
          number.IsRight()});
     if (expected.Differs()) {
         report.remarks.push_back(reference.name + ", " + expected.Name() + ": printed " + expected.printed.text + ", " +
-                                 expected.right.text + " is right: " + expected.differs);
+                                 "here " + expected.right.text + ": " + expected.differs);
     }
 }
 
@@ -138,7 +138,15 @@ VerifyReport ReportOf(const std::vector<CheckedCase>& cases) {
     report.isRight = wrong == 0;
     report.summary = CountText(report.rows.size(), "number") + " of " + CountText(cases.size(), "case") + ", " +
                      CountText(tests.size(), "test") + ": ";
-    report.summary += report.isRight ? "all agree to the printed digits" : std::to_string(wrong) + " differ";
+    if (report.isRight && report.remarks.empty()) {
+        report.summary += "all agree to the printed digits";
+    } else if (report.isRight) {
+        report.summary += std::to_string(report.rows.size() - report.remarks.size()) +
+                          " agree to the printed digits, " + std::to_string(report.remarks.size()) +
+                          " are printed otherwise, with the reason";
+    } else {
+        report.summary += std::to_string(wrong) + (wrong == 1 ? " differs" : " differ");
+    }
     return report;
 }
 
@@ -159,8 +167,9 @@ VerifyReport ReportOf(const std::vector<CheckedRange>& ranges) {
     const auto wrong = static_cast<std::size_t>(std::ranges::count(report.rows, false, &VerifyReport::Row::isRight));
     report.isRight = wrong == 0;
     report.summary = CountText(points, "point") + " in " + CountText(ranges.size(), "range") + ": ";
-    report.summary +=
-        report.isRight ? "all within their bounds" : std::to_string(wrong) + " ranges beyond their bounds";
+    report.summary += report.isRight
+                          ? "all within their bounds"
+                          : CountText(wrong, "range") + " beyond " + (wrong == 1 ? "its bound" : "their bounds");
     return report;
 }
 
