@@ -28,6 +28,10 @@ std::string CountText(std::size_t count, const std::string& one) {
     return std::to_string(count) + " " + one + (count == 1 ? "" : "s");
 }
 
+std::string Counted(std::size_t count, const std::string& ofOne, const std::string& ofMany) {
+    return std::to_string(count) + " " + (count == 1 ? ofOne : ofMany);
+}
+
 // ---- Published numbers ----
 
 std::string StateOf(const ComparedNumber& number) {
@@ -138,14 +142,14 @@ VerifyReport ReportOf(const std::vector<CheckedCase>& cases) {
     report.isRight = wrong == 0;
     report.summary = CountText(report.rows.size(), "number") + " of " + CountText(cases.size(), "case") + ", " +
                      CountText(tests.size(), "test") + ": ";
-    if (report.isRight && report.remarks.empty()) {
+    const std::size_t excused = report.remarks.size();
+    if (report.isRight && excused == 0) {
         report.summary += "all agree to the printed digits";
     } else if (report.isRight) {
-        report.summary += std::to_string(report.rows.size() - report.remarks.size()) +
-                          " agree to the printed digits, " + std::to_string(report.remarks.size()) +
-                          " are printed otherwise, with the reason";
+        report.summary += Counted(report.rows.size() - excused, "agrees", "agree") + " to the printed digits, " +
+                          Counted(excused, "is", "are") + " printed otherwise, with the reason";
     } else {
-        report.summary += std::to_string(wrong) + (wrong == 1 ? " differs" : " differ");
+        report.summary += Counted(wrong, "differs", "differ");
     }
     return report;
 }

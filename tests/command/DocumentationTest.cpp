@@ -75,7 +75,7 @@ TEST_P(Documentation, ShowsWhatTheCommandSays) {
 
 INSTANTIATE_TEST_SUITE_P(Pages, Documentation,
                          testing::Values("README.md", "docs/one-sample.md", "docs/related.md", "docs/independent.md",
-                                         "docs/published.md"),
+                                         "docs/published.md", "docs/verify.md"),
                          [](const auto& test) {
                              std::string name = test.param;
                              for (char& c : name) {

@@ -164,10 +164,17 @@ TEST(Verify, WritesJson) {
     EXPECT_EQ(number["agrees"], true);
 }
 
-TEST(Verify, WritesJsonOfFunctions) {
+TEST(Verify, WritesJsonOfFunctionsWithTheBoundsOfThePage) {
+    const std::string page = harness::ReadFile(harness::SourcePath("docs/numerics.md"));
     const json read = json::parse(RunTarn({"verify", "--functions", "--format", "json"}).out);
     EXPECT_EQ(read["agrees"], true);
     for (const json& range : read["functions"]) {
+        const std::string row =
+            "| `" + range["function"].get<std::string>() + "` | " + range["range"].get<std::string>() + " | ";
+        const std::size_t place = page.find(row);
+        ASSERT_NE(place, std::string::npos) << row;
+        const std::string line = page.substr(place, page.find('\n', place) - place);
+        EXPECT_TRUE(line.ends_with(" | " + range["bound"].get<std::string>() + " |")) << line;
         EXPECT_LE(range["worst_error"].get<double>(), std::stod(range["bound"].get<std::string>())) << range;
     }
 }
