@@ -44,6 +44,10 @@ string(REGEX REPLACE "/$" "" TARN_PREFIX_FROM_PKGCONFIG ${TARN_PREFIX_FROM_PKGCO
 configure_file(cmake/tarn.pc.in tarn.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tarn.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
+# ---- Published results and tables of functions, which `tarn verify` runs ----
+
+install(DIRECTORY share/reference/ DESTINATION ${TARN_REFERENCE} PATTERN __pycache__ EXCLUDE)
+
 # ---- Documentation; the licence under the name that a Debian package has to give it ----
 
 install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} RENAME copyright)

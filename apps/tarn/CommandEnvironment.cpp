@@ -18,6 +18,13 @@ std::vector<std::string> LibraryFolders() {
     return {program, program + "/" + TARN_LIBRARIES_FROM_PROGRAM};
 }
 
+std::string ReferenceFolder() {
+    const std::string beside = ProgramFolder() + "/reference";
+    std::error_code unreadable;
+    const bool isThere = std::filesystem::is_directory(beside, unreadable);
+    return isThere ? beside : ProgramFolder() + "/" + TARN_REFERENCE_FROM_PROGRAM;
+}
+
 AnalysisEnvironment EnvironmentOf(Interrupt& interrupt, ProgressBar& progress, unsigned threads) {
     AnalysisEnvironment environment;
     environment.applicationVersion = TARN_VERSION;

@@ -15,6 +15,10 @@ std::string ProgramFolder();
 /// the tree in which the program is installed.
 std::vector<std::string> LibraryFolders();
 
+/// The folder of the published results and of the tables of distribution functions that `tarn verify` runs: beside the
+/// program, where it is built, or where it is installed.
+std::string ReferenceFolder();
+
 /// What an analysis of the command needs: the language of the user, Ctrl-C and the progress bar, both borrowed, and how
 /// many threads may work.
 AnalysisEnvironment EnvironmentOf(Interrupt& interrupt, ProgressBar& progress, unsigned threads);

@@ -13,13 +13,13 @@
 #include <type_traits>
 #include <utility>
 
-#include "apps/tarn/AnalyzeCommand.h"
 #include "apps/tarn/ExplainCommand.h"
 #include "apps/tarn/LookCommand.h"
 #include "apps/tarn/ManPage.h"
 #include "apps/tarn/RunCommand.h"
 #include "apps/tarn/ShellCompletion.h"
 #include "apps/tarn/ShowCommand.h"
+#include "apps/tarn/VerifyCommand.h"
 #include "apps/tarn/VersionText.h"
 #include "host/InputError.h"
 #include "host/NumberText.h"
@@ -542,6 +542,32 @@ void DescribeLook(CLI::App& app, LookOptions& look) {
                 [&](const std::string& format) { look.asJson = format == "json"; });
 }
 
+void DescribeVerify(CLI::App& app, VerifyOptions& verify) {
+    app.add_option("NAME", verify.names, "Cases or tests, all if not given; a case alone is shown with its data")
+        ->option_text("(optional)");
+    Options what(app, kWhatToTest);
+    what.Flag("--functions", verify.functions, "Check the distribution functions in place of published results");
+    what.One("--pack", verify.packFolder, "FOLDER", "Other reference data than those that tarn is installed with");
+    Options output(app, kOutput);
+    output.Choice("--format", "text|json|html", "What to write to standard output", [&](const std::string& format) {
+        verify.format = format == "json"   ? VerifyFormat::kJson
+                        : format == "html" ? VerifyFormat::kHtml
+                                           : VerifyFormat::kText;
+    });
+    output.Flag("--quiet", verify.quiet, "Show only what doesn't agree, and the summary");
+}
+
+/// The same for whoever has a table of his own.
+WordsRead WordsOf(const std::vector<std::string>& words) {
+    const AnalyzeOptions read = ReadAnalyzeWords(words);
+    WordsRead result{read.words, read.analysis, read.supplement, {}};
+    result.load.nominal = read.table.nominal;
+    result.load.ordinal = read.table.ordinal;
+    result.load.continuous = read.table.continuous;
+    result.load.weightField = read.table.weightField;
+    return result;
+}
+
 /// The commands, with what each of them is given and does. One object of this class is one run of the program.
 class CommandLine {
  public:
@@ -562,6 +588,10 @@ class CommandLine {
                      look_);
         DescribeRerun(Add("rerun", "Analyze once more what --save kept", [this] { return Rerun(); }), rerun_);
         Add("tests", "List the names of the tests", ListTests);
+
+        DescribeVerify(Add("verify", "Check the numbers of this engine against published ones",
+                           [this] { return Verify(verify_, WordsOf); }),
+                       verify_);
 
         CLI::App& show = Add("show", "Show a stored result document", [this] { return Show(resultPath_, shown_); });
         AddArgument(show, "RESULT", resultPath_, "A result document, or - for standard input");
@@ -596,6 +626,19 @@ class CommandLine {
             if (command->parsed()) return action();
         }
         return ExitStatus::kDone;
+    }
+
+    /// Reads what is typed behind the table of `tarn analyze`.
+    AnalyzeOptions ReadAnalyze(const std::vector<std::string>& words) {
+        std::vector<const char*> arguments{"tarn", "analyze", "DATA.csv"};
+        for (const std::string& word : words) arguments.push_back(word.c_str());
+        try {
+            app_.parse(static_cast<int>(arguments.size()), arguments.data());
+        } catch (const CLI::ParseError& error) {
+            throw InputError(error.what());
+        }
+        NoteOrderOfFamilies();
+        return analyze_;
     }
 
     std::vector<CommandDescription> Describe() const {
@@ -647,15 +690,20 @@ class CommandLine {
         return {meant.begin(), meant.end()};
     }
 
-    ExitStatus RunAnalyze() {
-        const CLI::App& command = *app_.get_subcommand("analyze");
-        for (const CLI::Option* const option : command.parse_order()) {
+    /// Results come in the order in which the families were typed.
+    void NoteOrderOfFamilies() {
+        for (const CLI::Option* const option : app_.get_subcommand("analyze")->parse_order()) {
             for (const auto& [name, family] :
                  {std::pair{"--one-sample", TestFamily::kOneSample}, std::pair{"--related", TestFamily::kRelated},
                   std::pair{"--independent", TestFamily::kIndependent}}) {
                 if (option->get_name() == name) analyze_.analysis.familyOrder.push_back(family);
             }
         }
+    }
+
+    ExitStatus RunAnalyze() {
+        NoteOrderOfFamilies();
+        const CLI::App& command = *app_.get_subcommand("analyze");
         analyze_.study = StudyOf(command, analyze_.table.dataPath, analyze_.words.formula);
         return Analyze(analyze_);
     }
@@ -820,6 +868,7 @@ class CommandLine {
     AnalyzeOptions analyze_;
     RunOptions run_;
     LookOptions look_;
+    VerifyOptions verify_;
     RerunOptions rerun_;
     std::string resultPath_;
     OutputOptions shown_;
@@ -831,6 +880,10 @@ class CommandLine {
 
 ExitStatus RunCommandLine(int argc, const char* const* argv) {
     return CommandLine().Execute(argc, argv);
+}
+
+AnalyzeOptions ReadAnalyzeWords(const std::vector<std::string>& words) {
+    return CommandLine().ReadAnalyze(words);
 }
 
 std::vector<CommandDescription> DescribeCommands() {

@@ -46,7 +46,8 @@ TEST(Commands, AreDescribedOneAndAll) {
             EXPECT_FALSE(option.help.ends_with('.')) << option.help;
         }
     }
-    EXPECT_EQ(names, (Words{"analyze", "run", "look", "rerun", "tests", "show", "explain", "man", "completion"}));
+    EXPECT_EQ(names,
+              (Words{"analyze", "run", "look", "rerun", "tests", "verify", "show", "explain", "man", "completion"}));
 }
 
 TEST(Commands, TellWhatTheirOptionsTake) {

@@ -37,6 +37,10 @@ include/tarn/planning/TARNReporter.h
 share/man/man1/tarn.1
 share/bash-completion/completions/tarn.bash
 share/zsh/site-functions/_tarn
+share/tarn/reference/README.md
+share/tarn/reference/published/independent-mann-whitney.json
+share/tarn/reference/functions/SfChi.json
+share/tarn/reference/make/functions.py
 share/doc/tarn/copyright
 share/doc/tarn/README.md
 share/doc/tarn/CHANGELOG.md
@@ -116,6 +120,9 @@ class Installation:
         expect("application", result["application"], {"name": "tarn", "version": self.options.version})
         expect("cases", result["tests"][0]["n"], 303)
         expect("statistic", result["tests"][0]["statistics"][0]["statistic"], 211)
+        # With the published results of the tree itself.
+        for check in ([], ["--functions"]):
+            run([tarn, "verify", "--quiet", *check])
         with open(self.path("share/man/man1/tarn.1"), encoding="utf-8") as page:
             expect("version of the manual page", '"tarn %s"' % self.options.version in page.read(), True)
 
