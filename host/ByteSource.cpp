@@ -23,6 +23,7 @@ constexpr std::size_t kReadAllBlock = 1 << 16;
 }
 
 int OpenForReading(const std::string& path) {
+    if (path.empty()) throw InputError("an empty path can't be read; expected a file");
     const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (descriptor < 0) FailWithErrno(path);
     return descriptor;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iostream>
+#include <new>
 #include <optional>
 #include <string>
 #include <utility>
@@ -10,6 +11,7 @@
 #include "apps/tarn/Command.h"
 #include "apps/tarn/CommandEnvironment.h"
 #include "apps/tarn/Interrupt.h"
+#include "apps/tarn/OutputPaths.h"
 #include "apps/tarn/Presentation.h"
 #include "apps/tarn/ProgressBar.h"
 #include "host/InputError.h"
@@ -72,10 +74,12 @@ ExitStatus AnalyzeWhole(AnalysisPart part, const std::vector<std::string>& notes
     const bool isShown = format != ReportFormat::kText || !output.quiet;
     if (isShown && !isDocumentShown) SupplyFigures(result, part.table, part.options, options.supplement, environment);
     if (interrupt.IsAsked()) return TellMistake(kCancelledRun, ExitStatus::kRunFailed);
+    const std::string report = isShown && !isDocumentShown ? Present(result, format, allNotes) : std::string();
+    // Whatever else can fail has been done by now, but for the printing.
     if (!output.outPath.empty()) WriteWholeFile(output.outPath, document);
     // Text and JSON have a place for notes.
     if (!isShown || format == ReportFormat::kCsv || format == ReportFormat::kXml) TellNotes(allNotes);
-    if (isShown) PrintResult(isDocumentShown ? document : Present(result, format, allNotes));
+    if (isShown) PrintResult(isDocumentShown ? document : report);
     return IsNoneDone(result) ? NoneDone() : status;
 }
 
@@ -103,6 +107,7 @@ ResultPart ResultOf(AnalysisPart part, const AnalyzeOptions& options, const Anal
         PrepareTable(part.table, part.options);
         AnalysisOutcome outcome = Analyze(part.table, Briefly(part.options, options), environment);
         AddNotes(result.notes, outcome.notes);
+        if (outcome.lacksMemory) throw std::bad_alloc();  // it holds for the run, not for this part
         if (!outcome.succeeded) {
             result.mistake = JoinList(outcome.remarks, "; ");
             return result;
@@ -156,6 +161,9 @@ ExitStatus AnalyzeParts(std::vector<AnalysisPart> parts, std::vector<std::string
 }  // namespace
 
 ExitStatus Analyze(const AnalyzeOptions& options) {
+    CheckOutputPaths(
+        std::vector<NamedPath>{{"--out", options.output.outPath}, {"--save", options.savePath}},
+        std::vector<NamedPath>{{"the table", options.table.dataPath}, {"the descriptor", options.table.fieldsPath}});
     WordedAnalysis worded(options.words, options.analysis);
     Interrupt interrupt;
     Table table = LoadTableOf(options.table, worded.Fields(), !options.analysis.includeUserMissing, interrupt,

@@ -17,6 +17,7 @@
 #include "apps/tarn/ExplainCommand.h"
 #include "apps/tarn/LookCommand.h"
 #include "apps/tarn/ManPage.h"
+#include "apps/tarn/OutputPaths.h"
 #include "apps/tarn/RunCommand.h"
 #include "apps/tarn/ShellCompletion.h"
 #include "apps/tarn/ShowCommand.h"
@@ -307,7 +308,8 @@ void AddFormat(Options& options, const char* help, const std::function<void(Repo
 void DescribeOutput(CLI::App& app, OutputOptions& output, bool& brief, const char* outHelp) {
     Options options(app, kOutput);
     AddFormat(options, "What to write to standard output", [&](ReportFormat format) { output.format = format; });
-    options.One("--out", output.outPath, "FILE", outHelp);
+    options.Text("--out", "FILE", outHelp,
+                 [&](const std::string& typed) { output.outPath = PathTyped("--out", typed); });
     options.Flag("--brief", brief, "Statistics alone: no histograms, no box plots, no other descriptives; the fastest");
     options.Flag("--quiet", output.quiet, "Show neither a progress bar nor the table of results");
 }
@@ -442,7 +444,9 @@ void DescribeAnalyze(CLI::App& app, AnalyzeOptions& analyze) {
             analyze.words.labels.push_back(FieldWordOf("--label", typed, "its text, like hours='Hours of sleep'"));
         });
     DescribeOutput(app, analyze.output, analysis.brief, "Write the result document there as well");
-    Options(app, kOutput).One("--save", analyze.savePath, "FILE", "Write there what was typed, for tarn rerun");
+    Options(app, kOutput)
+        .Text("--save", "FILE", "Write there what was typed, for tarn rerun",
+              [&](const std::string& typed) { analyze.savePath = PathTyped("--save", typed); });
 }
 
 // ---- Studies ----
@@ -655,6 +659,8 @@ class CommandLine {
     ExitStatus Rerun() const {
         const Study study = ReadStudy(rerun_.studyPath);
         const std::string data = rerun_.dataPath.empty() ? study.dataPath : rerun_.dataPath;
+        CheckOutputPaths(std::vector<NamedPath>{{"--out", rerun_.output.outPath}},
+                         std::vector<NamedPath>{{"the study", rerun_.studyPath}});
         if (data.empty()) throw InputError(rerun_.studyPath + ": data.file: no table; expected it, or --data");
         std::vector<std::string> arguments{"tarn", "analyze"};
         for (const StudyOption& option : study.options)

@@ -14,6 +14,7 @@
 #include "host/plan/PlanRun.h"
 #include "host/report/PairsAgainst.h"
 #include "host/report/ResultOrder.h"
+#include "vocabulary/StatusCodes.h"
 
 namespace tarn {
 
@@ -30,6 +31,10 @@ std::string DescribeMessage(const EngineMessage& message, const MessageCatalogue
     return tellsThem || message.parameters.empty() ? line : line + " (" + JoinList(message.parameters, "; ") + ")";
 }
 
+bool TellsOfMemory(const EngineMessage& message) {
+    return message.code == StatusCode::kOutOfMemory || message.code == StatusCode::kAllocationFailed;
+}
+
 ArithmeticMode ModeOf(bool isExtended) {
     return isExtended ? ArithmeticMode::kExtended : ArithmeticMode::kAsDefined;
 }
@@ -39,6 +44,7 @@ AnalysisOutcome OutcomeOf(EngineOutcome result, const Table& table, const Messag
     outcome.notes = table.Notes();
     outcome.succeeded = result.succeeded;
     outcome.document = std::move(result.document);
+    outcome.lacksMemory = !outcome.succeeded && std::ranges::any_of(result.messages, TellsOfMemory);
     for (const EngineMessage& message : result.messages) outcome.remarks.push_back(DescribeMessage(message, texts));
     if (!outcome.succeeded && outcome.remarks.empty()) outcome.remarks.emplace_back("the run failed without a message");
     return outcome;

@@ -1,8 +1,9 @@
 // Inputs that are made to break a reader: each is refused in one line.
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
-#include <algorithm>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -73,6 +74,60 @@ TEST(HostileInput, ADeviceOfZerosIsRefusedWhereverSomethingIsRead) {
     ExpectOneLine(RunTarn({"analyze", kSleep, "--fields", zeros}), text);
     ExpectOneLine(RunTarn({"rerun", zeros}), text);
     ExpectOneLine(RunTarn({"show", zeros}), text);
+}
+
+// ---- Files that would be lost ----
+
+TEST(HostileInput, AnOutputIsNoFileThatIsRead) {
+    const ScratchFolder folder;
+    const std::string table = folder.Write("table.csv", harness::ReadFile(kSleep));
+    const std::string plan =
+        folder.Write("plan.json", R"({"sign": {"field1": "hours_before", "field2": "hours_after"}})");
+    const std::string fields = folder.Write("fields.json", "{}");
+    std::filesystem::create_symlink(table, folder.Path("link"));
+    const std::string link = folder.Path("link");
+    ExpectOneLine(RunTarn({"analyze", table, "--one-sample", "age", "--out", table}),
+                  "--out: " + table + " is the table as well; expected another file");
+    ExpectOneLine(RunTarn({"analyze", table, "--one-sample", "age", "--out", link}),
+                  "--out: " + link + " is the table as well; expected another file");
+    ExpectOneLine(RunTarn({"analyze", table, "--one-sample", "age", "--save", table}),
+                  "--save: " + table + " is the table as well; expected another file");
+    ExpectOneLine(RunTarn({"analyze", table, "--fields", fields, "--one-sample", "age", "--save", fields}),
+                  "--save: " + fields + " is the descriptor as well; expected another file");
+    ExpectOneLine(RunTarn({"run", "--data", table, "--plan", plan, "--out", plan}),
+                  "--out: " + plan + " is the plan as well; expected another file");
+    const std::string both = folder.Path("both");
+    ExpectOneLine(RunTarn({"analyze", table, "--one-sample", "age", "--out", both, "--save", both}),
+                  "--save: " + both + " is --out as well; expected another file");
+    EXPECT_EQ(harness::ReadFile(table), harness::ReadFile(kSleep));
+    EXPECT_EQ(folder.Files(), (std::vector<std::string>{"fields.json", "link", "plan.json", "table.csv"}));
+}
+
+TEST(HostileInput, AStudyIsNotOverwrittenByWhatItBrings) {
+    const ScratchFolder folder;
+    const std::string study = folder.Path("study.json");
+    ASSERT_EQ(RunTarn({"analyze", kSleep, "--one-sample", "age", "--save", study}).exitStatus, 0);
+    ExpectOneLine(RunTarn({"rerun", study, "--out", study}),
+                  "--out: " + study + " is the study as well; expected another file");
+}
+
+TEST(HostileInput, AnEmptyPathIsRefused) {
+    ExpectOneLine(RunTarn({"analyze", kSleep, "--one-sample", "age", "--out", ""}),
+                  "--out: \"\"; expected the path of a file");
+    ExpectOneLine(RunTarn({"analyze", kSleep, "--one-sample", "age", "--save", ""}),
+                  "--save: \"\"; expected the path of a file");
+    ExpectOneLine(RunTarn({"analyze", "", "--one-sample", "age"}), "an empty path can't be read; expected a file");
+}
+
+TEST(HostileInput, APipeWithoutAReaderCanBeInterrupted) {
+    const ScratchFolder folder;
+    const std::string pipe = folder.Path("pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const CommandResult result =
+        harness::RunTarnInterrupted({"analyze", kSleep, "--one-sample", "age", "--quiet", "--out", pipe}, 0.5);
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_EQ(result.err, "tarn: the run failed with code 1: the run was cancelled\n");
+    EXPECT_EQ(folder.Files(), std::vector<std::string>{"pipe"});
 }
 
 }  // namespace
