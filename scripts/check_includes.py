@@ -34,7 +34,7 @@ WORDS = "src/vocabulary/"
 MACHINE = "src/machine/"  # memory and threads, open to all floors
 # What the host may include of what is below it: the words, and what a host in C sees of the engine.
 HOST_MAY_USE = (WORDS, "platform/hx/", "runtime/common/DecimalNumber.h", "runtime/common/PlainDecimal.h",
-                "runtime/common/XmlCharacters.h")
+                "runtime/common/XmlCharacters.h", "runtime/common/XmlNodes.h")
 # The room of the host for plans goes to the engine's C++ factory, as a program that links the library would.
 PLAN_MAY_USE = ("platform/common/", "src/catalogue/TARNFactory.h", "src/planning/TARNReporter.h",
                 "src/support/QKVecValue.h")

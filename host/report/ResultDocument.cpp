@@ -10,6 +10,7 @@
 
 #include "host/InputError.h"
 #include "runtime/common/DecimalNumber.h"
+#include "runtime/common/XmlNodes.h"
 #include "vocabulary/TestFacts.h"
 
 namespace tarn {
@@ -214,7 +215,7 @@ std::string_view NameOf(ArithmeticMode mode) {
 ResultDocument ReadResult(std::string document, const std::string& name) {
     pugi::xml_document xml;
     const pugi::xml_parse_result parsed = xml.load_buffer_inplace(document.data(), document.size());
-    if (!parsed) {
+    if (!XmlNodes::IsWellFormed(parsed)) {
         throw InputError(name + ": not well-formed XML at byte " + std::to_string(parsed.offset) + " (" +
                          parsed.description() + "); expected a result document");
     }
