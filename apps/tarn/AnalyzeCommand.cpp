@@ -56,7 +56,7 @@ ExitStatus AnalyzeWhole(AnalysisPart part, const std::vector<std::string>& notes
                         Interrupt& interrupt) {
     PrepareTable(part.table, part.options);
     std::optional<ProgressBar> progress(!options.output.quiet);
-    const AnalysisEnvironment environment = EnvironmentOf(interrupt, *progress, options.table.threads);
+    const AnalysisEnvironment environment = EnvironmentOf(interrupt, *progress, options.table);
     AnalysisOutcome outcome = Analyze(part.table, Briefly(part.options, options), environment);
     progress.reset();  // nothing of it is left on the line when results are shown
     const ExitStatus status = TellRemarks(outcome);
@@ -128,7 +128,7 @@ ExitStatus AnalyzeParts(std::vector<AnalysisPart> parts, std::vector<std::string
     std::vector<ResultPart> results;
     std::optional<ProgressBar> progress(!options.output.quiet);
     for (AnalysisPart& part : parts) {
-        AnalysisEnvironment environment = EnvironmentOf(interrupt, *progress, options.table.threads);
+        AnalysisEnvironment environment = EnvironmentOf(interrupt, *progress, options.table);
         environment.onProgress = [show = environment.onProgress, done = results.size(),
                                   all = parts.size()](double percent) {
             show((100.0 * static_cast<double>(done) + percent) / static_cast<double>(all));

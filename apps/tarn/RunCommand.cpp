@@ -52,7 +52,7 @@ std::optional<AnalysisOutcome> RunPlanFile(const RunOptions& options, Interrupt&
     }
     const Table table = LoadTableOf(options.table, plan.fields, true, interrupt);
     ProgressBar progress(!options.output.quiet);
-    return RunPlan(plan, table, EnvironmentOf(interrupt, progress, options.table.threads));
+    return RunPlan(plan, table, EnvironmentOf(interrupt, progress, options.table));
 }
 
 std::optional<AnalysisOutcome> RunSettingsFile(const RunOptions& options, Interrupt& interrupt) {
@@ -70,7 +70,7 @@ std::optional<AnalysisOutcome> RunSettingsFile(const RunOptions& options, Interr
     const bool excludeUserMissing = userMissing != request.end() && *userMissing == kExclude;
     const Table table = LoadTableOf(options.table, NamedFields(request), excludeUserMissing, interrupt);
     ProgressBar progress(!options.output.quiet);
-    return RunRequest(request, source.Name(), table, EnvironmentOf(interrupt, progress, options.table.threads));
+    return RunRequest(request, source.Name(), table, EnvironmentOf(interrupt, progress, options.table));
 }
 
 }  // namespace

@@ -11,7 +11,9 @@
 #include "host/engine/KnownKeys.h"
 #include "host/engine/OrderedScores.h"
 #include "host/engine/SettingsDocument.h"
+#include "host/engine/RunSize.h"
 #include "host/plan/PlanRun.h"
+#include "host/plan/PlanSize.h"
 #include "host/report/PairsAgainst.h"
 #include "host/report/ResultOrder.h"
 #include "vocabulary/StatusCodes.h"
@@ -99,6 +101,7 @@ bool IsNoneDone(const ResultReading& result) {
 
 AnalysisOutcome RunRequest(const nlohmann::ordered_json& request, const std::string& source, const Table& table,
                            const AnalysisEnvironment& environment) {
+    CheckSizeOfRequest(request, source, table, environment.memory);
     nlohmann::ordered_json budgeted = request;
     // The thread budget crosses the boundary within the request. Without one the engine takes what the machine has.
     if (environment.threads > 0 && !request.contains(kThreads)) PutInFront(budgeted, kThreads, environment.threads);
@@ -116,6 +119,7 @@ AnalysisOutcome RunRequest(const nlohmann::ordered_json& request, const std::str
 }
 
 AnalysisOutcome RunPlan(PlanSettings& plan, const Table& table, const AnalysisEnvironment& environment) {
+    CheckSizeOfPlan(plan, table, environment.memory);
     PlanRun run;
     run.applicationName = environment.applicationName;
     run.applicationVersion = environment.applicationVersion;

@@ -19,7 +19,7 @@ const std::string kSleep = harness::SourcePath("examples/sleep_clinic.csv");
 
 void ExpectOneLine(const CommandResult& result, const std::string& line) {
     EXPECT_EQ(result.exitStatus, 2);
-    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.out.substr(0, 200), "");
     EXPECT_EQ(result.err, "tarn: " + line + "\n");
 }
 
@@ -74,6 +74,88 @@ TEST(HostileInput, ADeviceOfZerosIsRefusedWhereverSomethingIsRead) {
     ExpectOneLine(RunTarn({"analyze", kSleep, "--fields", zeros}), text);
     ExpectOneLine(RunTarn({"rerun", zeros}), text);
     ExpectOneLine(RunTarn({"show", zeros}), text);
+}
+
+TEST(HostileInput, ATableOfZeroBytesIsRefused) {
+    ExpectOneLine(RunTarn({"look", "/dev/zero"}), "/dev/zero: binary data; expected a table as text: export it as CSV");
+    const ScratchFolder folder;
+    std::string rows = "a,b\n";
+    for (int i = 0; i < 1000; ++i) rows += "1,2\n";
+    const std::string table = folder.Write("table.csv", rows + std::string(10'000'000, '\0'));
+    ExpectOneLine(RunTarn({"look", table}),
+                  table + ":1002: byte 0x00; expected text in UTF-8, or its encoding told: --encoding utf-16le");
+}
+
+TEST(HostileInput, ARowWithoutAnEndIsRefused) {
+    const ScratchFolder folder;
+    const std::string header = folder.Write("header.csv", std::string(70'000'000, 'a'));
+    ExpectOneLine(RunTarn({"look", header}),
+                  header + ":1: a row of 64 MiB or more; expected its end, or that of a cell in quotes");
+    const std::string row = folder.Write("row.csv", "a,b\n1,2\n\"" + std::string(70'000'000, 'x'));
+    ExpectOneLine(RunTarn({"look", row}),
+                  row + ": a row of 64 MiB or more; expected its end, or that of a cell in quotes");
+}
+
+TEST(HostileInput, ATableTakesNoMoreThanItMay) {
+    std::string rows = "a,b\n";
+    for (int i = 0; i < 2'000'000; ++i) rows += "1,2\n";
+    const CommandResult result = RunTarn({"look", "-", "--memory", "16M", "--threads", "1"}, rows);
+    EXPECT_EQ(result.exitStatus, 2);
+    EXPECT_TRUE(result.err.starts_with("tarn: standard input: more than 16 MiB of memory after ")) << result.err;
+    EXPECT_TRUE(result.err.ends_with(" records; expected a smaller table, or more memory told by --memory\n"));
+    EXPECT_EQ(RunTarn({"look", "-", "--memory", "1G"}, rows).exitStatus, 0);
+}
+
+// ---- Small inputs that ask for much ----
+
+/// A pair of fields with so many categories each, which are the same.
+std::string Square(int categories) {
+    std::string rows = "a,b\n";
+    for (int i = 0; i < categories; ++i) {
+        rows += std::to_string(i) + "," + std::to_string((7 * i + 3) % categories) + "\n";
+    }
+    return rows;
+}
+
+// 5,000 categories: 25,000,000 cells of 40 bytes are 953.7 MiB; 10,000 cells of the table and one test add 0.1 MiB.
+TEST(HostileInput, ASquareTableThatMayTakeTooMuchIsRefusedBeforeItIsMade) {
+    const ScratchFolder folder;
+    const std::string table = folder.Write("square.csv", Square(5000));
+    const std::string needs =
+        ": may take 953.8 MiB of memory (1 results of tests, 25000000 cells of square tables); expected at most 512.0 "
+        "MiB, or more told by --memory";
+    ExpectOneLine(RunTarn({"analyze", table, "--related", "a,b", "--ordinal", "a,b", "--tests", "marginal-homogeneity",
+                           "--memory", "512M"}),
+                  "request" + needs);
+    const std::string plan =
+        folder.Write("plan.json", R"({"tests": [{"RMarginalHomogeneity": {"variableName": ["a", "b"]}}]})");
+    ExpectOneLine(RunTarn({"run", "--data", table, "--plan", plan, "--ordinal", "a,b", "--memory", "512M"}),
+                  "the plan" + needs);
+}
+
+// 1,000 groups: 499,500 pairs of 750 bytes are 357.3 MiB.
+TEST(HostileInput, PairsThatMayTakeTooMuchAreRefusedBeforeTheyAreMade) {
+    const ScratchFolder folder;
+    std::string rows = "x,g\n";
+    for (int i = 0; i < 2000; ++i) rows += std::to_string(i % 7) + "," + std::to_string(i % 1000) + "\n";
+    const std::string table = folder.Write("groups.csv", rows);
+    const std::vector<std::string> words = {"analyze", table, "--independent", "x", "--group", "g", "--nominal", "g",
+                                            "--tests", "kruskal-wallis", "--compare", "pairwise", "--memory"};
+    std::vector<std::string> refused = words;
+    refused.emplace_back("300M");
+    ExpectOneLine(RunTarn(refused), "request: may take 357.3 MiB of memory (1 results of tests, 499500 pairs of samples); "
+                                    "expected at most 300.0 MiB, or more told by --memory");
+    std::vector<std::string> taken = words;
+    taken.emplace_back("0.4G");
+    EXPECT_EQ(RunTarn(taken).exitStatus, 0);
+}
+
+TEST(HostileInput, ASizeOfMemoryHasAUnit) {
+    for (const char* size : {"8", "G", "0G", "-1G", "8GB", "1e9G", ""}) {
+        const CommandResult result = RunTarn({"look", kSleep, "--memory", size});
+        EXPECT_EQ(result.exitStatus, 2) << size;
+        EXPECT_EQ(result.err, std::string("tarn: --memory: \"") + size + "\"; expected a size like 8G or 512M\n");
+    }
 }
 
 // ---- Files that would be lost ----
