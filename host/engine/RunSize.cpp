@@ -18,9 +18,9 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 // Measured as the growth of a process over that of a smaller run: docs/robustness.md has the runs.
-constexpr double kBytesOfPair = 750;       // of samples, in the tables and in the text of the document
-constexpr double kBytesOfSquare = 40;      // a cell of the square table of a pair of ordered fields
-constexpr double kBytesOfTest = 24'000;    // with histogram and descriptives
+constexpr double kBytesOfPair = 750;     // of samples, in the tables and in the text of the document
+constexpr double kBytesOfSquare = 40;    // a cell of the square table of a pair of ordered fields
+constexpr double kBytesOfTest = 24'000;  // with histogram and descriptives
 constexpr double kBytesOfBriefTest = 8'000;
 
 std::string ShownCount(double count) {

@@ -164,8 +164,8 @@ class TableLoader {
         for (const ColumnReader& reader : readers_) bytes += reader.DistinctCount() * kBytesOfText;
         if (bytes <= memory_) return;
         constexpr std::size_t kMebibyte = std::size_t{1} << 20;
-        throw InputError(source_.Name() + ": more than " + std::to_string(memory_ / kMebibyte) + " MiB of memory after " +
-                         std::to_string(table_.RowCount()) +
+        throw InputError(source_.Name() + ": more than " + std::to_string(memory_ / kMebibyte) +
+                         " MiB of memory after " + std::to_string(table_.RowCount()) +
                          " records; expected a smaller table, or more memory told by --memory");
     }
 

@@ -139,12 +139,14 @@ TEST(HostileInput, PairsThatMayTakeTooMuchAreRefusedBeforeTheyAreMade) {
     std::string rows = "x,g\n";
     for (int i = 0; i < 2000; ++i) rows += std::to_string(i % 7) + "," + std::to_string(i % 1000) + "\n";
     const std::string table = folder.Write("groups.csv", rows);
-    const std::vector<std::string> words = {"analyze", table, "--independent", "x", "--group", "g", "--nominal", "g",
-                                            "--tests", "kruskal-wallis", "--compare", "pairwise", "--memory"};
+    const std::vector<std::string> words = {
+        "analyze", table,     "--independent",  "x",         "--group",  "g",       "--nominal",
+        "g",       "--tests", "kruskal-wallis", "--compare", "pairwise", "--memory"};
     std::vector<std::string> refused = words;
     refused.emplace_back("300M");
-    ExpectOneLine(RunTarn(refused), "request: may take 357.3 MiB of memory (1 results of tests, 499500 pairs of samples); "
-                                    "expected at most 300.0 MiB, or more told by --memory");
+    ExpectOneLine(RunTarn(refused),
+                  "request: may take 357.3 MiB of memory (1 results of tests, 499500 pairs of samples); "
+                  "expected at most 300.0 MiB, or more told by --memory");
     std::vector<std::string> taken = words;
     taken.emplace_back("0.4G");
     EXPECT_EQ(RunTarn(taken).exitStatus, 0);
