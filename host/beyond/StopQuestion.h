@@ -32,8 +32,8 @@ class StopQuestion {
     const WorkShare* outer_;
 };
 
-/// For a loop whose steps take microseconds or more. Throws `FiguresStopped` where the work is to end; does nothing where
-/// there is no question.
+/// For a loop whose steps take microseconds or more. Throws `FiguresStopped` where the work is to end; does nothing
+/// where there is no question.
 inline void AskWhetherToStop() {
     const WorkShare* const work = StopQuestion::Current();
     if (work != nullptr && work->IsStopped()) throw FiguresStopped();

@@ -87,6 +87,8 @@ class QKPeer {
     unsigned CollectMsgs(int type, long code, int* errorCode);
     unsigned CollectMsgs(int type, long code, const std::vector<std::string>& parameters, int* errorCode);
     void ClearMessages() { messages_.clear(); }
+    /// Gives back what is no part of an execution; the component can only be destroyed after it.
+    void ReleaseConfiguration() noexcept;
 
     /// False where there is no host to ask; the parameters are then empty.
     bool GetHostInformation(QKOutputParameters& parameters) const;

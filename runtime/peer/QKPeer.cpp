@@ -28,6 +28,13 @@ QKPeer::QKPeer(HXContext* context, HXHost* host) : context_(context), hostHelper
 
 QKPeer::~QKPeer() = default;
 
+void QKPeer::ReleaseConfiguration() noexcept {
+    std::string().swap(requirements_);
+    std::vector<Message>().swap(messages_);
+    dataModelParser_.reset();
+    hostHelper_.reset();
+}
+
 // ---- What a host asks of any component ----
 
 unsigned QKPeer::GetDataModel(int index, char* buffer, std::size_t size, std::size_t* needed, int* errorCode) {

@@ -104,8 +104,9 @@ unsigned hx_create_component(HXContext* context, void*, void** component, int* e
 
 unsigned hx_destroy_component(void* component) try {
     if (!Components().Remove(component)) return HX_BAD_HANDLE;
-    // The memory alone: the destructor is not run, and what the end of an execution did not release stays. Hosts are
-    // built against this, and it changes only together with them.
+    // The destructor is not run, and what an execution holds that was not ended stays. Hosts are built against this,
+    // and it changes only together with them.
+    static_cast<TARNComponentBuilder*>(component)->ReleaseConfiguration();
     ::operator delete(component);
     return HX_OK;
 } catch (...) {

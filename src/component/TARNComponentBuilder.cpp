@@ -38,6 +38,15 @@ TARNComponentBuilder::~TARNComponentBuilder() {
     progressListener.reset();
 }
 
+void TARNComponentBuilder::ReleaseConfiguration() noexcept {
+    modelSettings.reset();
+    inputAdapter.reset();
+    progressListener.reset();
+    requiredFields = RequiredFields();
+    ExecutionRequirements::RenamedFields().swap(renamedFields);
+    QKPeer::ReleaseConfiguration();
+}
+
 // ---- Configuration ----
 
 unsigned TARNComponentBuilder::MakeSettings(XMLDocument& model, int* errorCode) {

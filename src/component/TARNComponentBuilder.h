@@ -31,6 +31,9 @@ class TARNComponentBuilder : public QKPeer {
     using QKPeer::BeginExecution;
     unsigned BeginExecution(HXIterator* iterator, HXProgress* progress, int* errorCode) override;
     unsigned EndExecution(int* errorCode) override;
+    /// Gives back what is no part of an execution: settings, data model, requirements, messages. The component can only
+    /// be destroyed after it.
+    void ReleaseConfiguration() noexcept;
     unsigned MakeSettings(HxCppHelperV1::XMLDocument& model, int* errorCode) override;
 
  private:

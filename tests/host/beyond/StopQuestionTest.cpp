@@ -70,7 +70,10 @@ std::vector<LongOne> LongOnes() {
         {"Jonckheere", [] { JonckheereExact(TiedPairs(4, 60)); }},
         {"signed ranks", [] { SignedRankExact(DistinctRanks(5000)); }},
         {"Smirnov", [] { SmirnovExact(ShiftedGroups(400000)); }},
-        {"marginal homogeneity", [] { MarginalHomogeneityExact({{1, 40000}, {2, 40000}, {3, 40000}}, 10); }},
+        {"marginal homogeneity",
+         [] {
+             MarginalHomogeneityExact({{1, 40000}, {2, 40000}, {3, 40000}}, 10);
+         }},
     };
 }
 
