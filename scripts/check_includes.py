@@ -44,9 +44,9 @@ BEYOND_MAY_USE = ("platform/common/QKSort.h",)
 RUNTIME_MAY_USE = ("runtime/", "platform/")
 # Declarations that few may see: the base of a component, and the interface to a host.
 GUARDED = {
-    "platform/peer/": ("src/component/", "platform/peer/", "runtime/", "tests/component/", "tests/runtime/"),
+    "platform/peer/": ("src/component/", "platform/peer/", "runtime/", "tests/component/", "tests/runtime/", "fuzz/"),
     "platform/hx/": ("src/component/", "platform/", "runtime/", "host/engine/", "tests/component/",
-                         "tests/runtime/"),
+                         "tests/runtime/", "fuzz/"),
 }
 # Programs that may use everything below them; of one another, tests use the harness alone.
 PROGRAMS = ("tests/", "bench/", "fuzz/")

@@ -131,6 +131,7 @@ CsvReader::Border CsvReader::ParseQuoted(const char* quote) {
         const char* const special = scanner_.Next();
         if (special == nullptr) {
             if (!isComplete_) return Border::kNeedsBytes;
+            CheckEncoding(end_);  // what is no text is told as such, as in a cell that fills many blocks
             Fail(quote, "a quoted cell that never ends; expected a closing double quote");
         }
         if (*special != '"') continue;
