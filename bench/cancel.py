@@ -48,6 +48,13 @@ def in_screening(rows):
         "variableName": "x%d" % i, "groupVariableName": "g"}} for i in range(size)], "--nominal", "g")
 
 
+def in_figures(rows):
+    size = min(400, rows)
+    data = timing.table("cancel_figures", ["g", "x0"], lambda rng: [rng.randint(1, 4), rng.randint(1, 9)], size)
+    return [timing.TARN, "analyze", data, "--independent", "x0", "--ordinal", "g", "--group", "g", "--tests",
+            "jonckheere,kruskal-wallis,median", "--exact", "--monte-carlo", "100000"]
+
+
 def trial(command, folder, delay):
     """The milliseconds from the signal to the end, and the exit status. None if the run ended first."""
     shutil.rmtree(folder, ignore_errors=True)
@@ -130,7 +137,8 @@ def main():
     for title, make, rows in (("five tests of a large table", in_large_table, options.rows),
                               ("all pairs of 20 groups", in_all_pairs, options.rows // 5),
                               ("Hodges-Lehmann estimate of a pair", in_estimates, options.rows // 5),
-                              ("screening of 2,000 fields", in_screening, options.rows)):
+                              ("screening of 2,000 fields", in_screening, options.rows),
+                              ("exact significances and random arrangements", in_figures, options.rows)):
         if options.only in title:
             measure(title, make(rows) + budget, options)
 

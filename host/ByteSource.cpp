@@ -23,6 +23,7 @@ constexpr std::size_t kReadAllBlock = 1 << 16;
 }
 
 int OpenForReading(const std::string& path) {
+    if (path.empty()) throw InputError("an empty path can't be read; expected a file");
     const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (descriptor < 0) FailWithErrno(path);
     return descriptor;
@@ -98,16 +99,36 @@ std::size_t ByteSource::ReadDescriptor(char* buffer, std::size_t capacity) {
     }
 }
 
+std::size_t ByteSource::ReadBlock(std::string& bytes) {
+    const std::size_t size = bytes.size();
+    bytes.resize(size + kReadAllBlock);
+    const std::size_t count = Read(bytes.data() + size, kReadAllBlock);
+    bytes.resize(size + count);
+    return count;
+}
+
 std::string ByteSource::ReadAll() {
     std::string bytes;
-    std::size_t count = 0;
-    do {
-        const std::size_t size = bytes.size();
-        bytes.resize(size + kReadAllBlock);
-        count = Read(bytes.data() + size, kReadAllBlock);
-        bytes.resize(size + count);
-    } while (count > 0);
+    while (ReadBlock(bytes) > 0) {
+    }
     return bytes;
+}
+
+std::string ByteSource::ReadText(std::size_t limit) {
+    constexpr std::size_t kMebibyte = std::size_t{1} << 20;
+    std::string text;
+    std::size_t checked = 0;
+    while (ReadBlock(text) > 0) {
+        const std::size_t nul = text.find('\0', checked);
+        if (nul != std::string::npos) {
+            throw InputError(name_ + ": byte " + std::to_string(nul + 1) + " is zero; expected a text");
+        }
+        if (text.size() > limit) {
+            throw InputError(name_ + ": longer than " + std::to_string(limit / kMebibyte) + " MiB; expected less");
+        }
+        checked = text.size();
+    }
+    return text;
 }
 
 void ByteSource::Rewind() {

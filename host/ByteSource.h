@@ -47,12 +47,17 @@ class ByteSource {
     std::size_t Read(char* buffer, std::size_t capacity);
     /// All bytes from the position to the end.
     std::string ReadAll();
+    /// The same of a text of at most `limit` bytes. Throws an `InputError` as soon as there are more of them, or a NUL
+    /// byte, which no text has: a device or a pipe may have no end.
+    std::string ReadText(std::size_t limit);
     /// Goes back to the first byte.
     void Rewind();
 
  private:
     ByteSource(std::string name, std::string bytes, int descriptor);
     std::size_t ReadDescriptor(char* buffer, std::size_t capacity);
+    /// Appends the next bytes to `bytes` and returns their number, which is 0 only at the end.
+    std::size_t ReadBlock(std::string& bytes);
 
     std::string name_;
     std::string kept_;          // the bytes so far of an input that can't be read again

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -16,6 +17,15 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr int kNumberOverflow = 406;
+
+/// Readers of the value walk it by recursion, which must not end with the stack. No input of ours nests as deep.
+constexpr std::size_t kDeepestNesting = 64;
+
+/// A plan of a million tests has about 100 MiB.
+constexpr std::size_t kLargestText = std::size_t{256} << 20;
+
+/// Up to so many keys of an object are looked through; of more than that a set is kept.
+constexpr std::size_t kFewKeys = 16;
 
 // The reason alone of a message like "[json...] parse error at line 1, column 2: reason; last read: 'x'; expected y".
 // What was read last may be half a character, and the position shows it anyway.
@@ -46,6 +56,60 @@ std::string LineAndColumn(std::string_view text, std::size_t offset) {
            std::to_string(1 + std::count_if(line.begin(), line.end(), isCharacterStart));
 }
 
+// Where the value nests deeper than it may, before any of it is built.
+void RefuseDeepNesting(const std::string& name, std::string_view text) {
+    std::size_t depth = 0;
+    bool isInText = false;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        const char c = text[at];
+        if (isInText) {
+            if (c == '\\') ++at;
+            isInText = c != '"';
+        } else if (c == '"') {
+            isInText = true;
+        } else if (c == '[' || c == '{') {
+            if (++depth <= kDeepestNesting) continue;
+            throw InputError(name + ":" + LineAndColumn(text, at) + ": arrays and objects nest deeper than " +
+                             std::to_string(kDeepestNesting) + "; expected fewer in one another");
+        } else if ((c == ']' || c == '}') && depth > 0) {
+            --depth;
+        }
+    }
+}
+
+// An array or object that isn't closed yet. Large objects are asked for each of their keys, so these are hashed.
+class OpenContainer {
+ public:
+    explicit OpenContainer(Json& value) : value_(value) {}
+
+    bool HasKey(const std::string& key) const { return keys_.empty() ? value_.contains(key) : keys_.contains(key); }
+
+    Json& Append(const std::string& key, Json member) {
+        if (value_.is_array()) {
+            value_.push_back(std::move(member));
+            return value_.back();
+        }
+        // The object itself would look through its keys once more.
+        Json::object_t::Container& members = value_.get_ref<Json::object_t&>();
+        members.emplace_back(key, std::move(member));
+        KeepKeys(members);
+        return members.back().second;
+    }
+
+ private:
+    void KeepKeys(const Json::object_t::Container& members) {
+        if (members.size() <= kFewKeys) return;
+        if (keys_.empty()) {
+            for (const auto& member : members) keys_.insert(member.first);
+        } else {
+            keys_.insert(members.back().first);
+        }
+    }
+
+    Json& value_;
+    std::unordered_set<std::string> keys_;  // of an object with many; empty before
+};
+
 // Builds the value from the parser's events. The library's own builder neither says where a number is too large nor
 // refuses a repeated key, of which it would keep the last value.
 class JsonBuilder : public nlohmann::json_sax<Json> {
@@ -68,7 +132,7 @@ class JsonBuilder : public nlohmann::json_sax<Json> {
     bool end_array() override { return Close(); }
 
     bool key(string_t& name) override {
-        if (open_.back()->contains(name)) {
+        if (open_.back().HasKey(name)) {
             throw InputError(name_ + ": key " + Quoted(name) + " stands twice in one object; expected once");
         }
         key_ = std::move(name);
@@ -82,15 +146,9 @@ class JsonBuilder : public nlohmann::json_sax<Json> {
     }
 
  private:
-    Json* Place(Json value) {
-        if (open_.empty()) {
-            root_ = std::move(value);
-            return &root_;
-        }
-        Json& parent = *open_.back();
-        if (parent.is_object()) return &(parent[key_] = std::move(value));
-        parent.push_back(std::move(value));
-        return &parent.back();
+    Json& Place(Json value) {
+        if (open_.empty()) return root_ = std::move(value);
+        return open_.back().Append(key_, std::move(value));
     }
 
     bool Add(Json value) {
@@ -99,7 +157,7 @@ class JsonBuilder : public nlohmann::json_sax<Json> {
     }
 
     bool Open(Json container) {
-        open_.push_back(Place(std::move(container)));
+        open_.emplace_back(Place(std::move(container)));
         return true;
     }
 
@@ -111,14 +169,15 @@ class JsonBuilder : public nlohmann::json_sax<Json> {
     const std::string& name_;
     const std::string& text_;
     Json root_;
-    std::vector<Json*> open_;  // containers within root_, the outermost first; only the last one grows
+    std::vector<OpenContainer> open_;  // within root_, the outermost first; only the last one grows
     std::string key_;
 };
 
 }  // namespace
 
 nlohmann::ordered_json ReadJson(ByteSource& source) {
-    const std::string text = source.ReadAll();
+    const std::string text = source.ReadText(kLargestText);
+    RefuseDeepNesting(source.Name(), text);
     JsonBuilder builder(source.Name(), text);
     Json::sax_parse(text, &builder);
     return builder.Take();

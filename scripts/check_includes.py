@@ -35,7 +35,7 @@ WORDS = "src/vocabulary/"
 MACHINE = "src/machine/"  # memory and threads, open to all floors
 # What the host may include of what is below it: the words, and what a host in C sees of the engine.
 HOST_MAY_USE = (WORDS, "platform/hx/", "runtime/common/DecimalNumber.h", "runtime/common/PlainDecimal.h",
-                "runtime/common/XmlCharacters.h")
+                "runtime/common/XmlCharacters.h", "runtime/common/XmlNodes.h")
 # The room of the host for plans goes to the engine's C++ factory, as a program that links the library would.
 PLAN_MAY_USE = ("platform/common/", "src/catalogue/TARNFactory.h", "src/planning/TARNReporter.h",
                 "src/support/QKVecValue.h")
@@ -47,9 +47,9 @@ VERIFY_MAY_USE = ("platform/common/QKDistFun.h",)
 RUNTIME_MAY_USE = ("runtime/", "platform/")
 # Declarations that few may see: the base of a component, and the interface to a host.
 GUARDED = {
-    "platform/peer/": ("src/component/", "platform/peer/", "runtime/", "tests/component/", "tests/runtime/"),
+    "platform/peer/": ("src/component/", "platform/peer/", "runtime/", "tests/component/", "tests/runtime/", "fuzz/"),
     "platform/hx/": ("src/component/", "platform/", "runtime/", "host/engine/", "tests/component/",
-                         "tests/runtime/"),
+                         "tests/runtime/", "fuzz/"),
 }
 # Programs that may use everything below them; of one another, tests use the harness alone.
 PROGRAMS = ("tests/", "bench/", "fuzz/")

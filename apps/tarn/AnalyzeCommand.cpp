@@ -4,6 +4,7 @@
 #include <cctype>
 #include <cstddef>
 #include <iostream>
+#include <new>
 #include <optional>
 #include <set>
 #include <string>
@@ -14,6 +15,7 @@
 #include "apps/tarn/Command.h"
 #include "apps/tarn/CommandEnvironment.h"
 #include "apps/tarn/Interrupt.h"
+#include "apps/tarn/OutputPaths.h"
 #include "apps/tarn/Presentation.h"
 #include "apps/tarn/ProgressBar.h"
 #include "apps/tarn/ReportFiles.h"
@@ -66,7 +68,7 @@ ExitStatus AnalyzeWhole(AnalysisPart part, const std::vector<std::string>& notes
                         Interrupt& interrupt) {
     PrepareTable(part.table, part.options);
     std::optional<ProgressBar> progress(!options.output.quiet);
-    const AnalysisEnvironment environment = EnvironmentOf(interrupt, *progress, options.table.threads);
+    const AnalysisEnvironment environment = EnvironmentOf(interrupt, *progress, options.table);
     AnalysisOutcome outcome = Analyze(part.table, Briefly(part.options, options), environment);
     progress.reset();  // nothing of it is left on the line when results are shown
     const ExitStatus status = TellRemarks(outcome);
@@ -85,17 +87,20 @@ ExitStatus AnalyzeWhole(AnalysisPart part, const std::vector<std::string>& notes
     if ((isShown && !isDocumentShown) || WantsReport(output))
         SupplyFigures(result, part.table, part.options, options.supplement, environment);
     if (interrupt.IsAsked()) return TellMistake(kCancelledRun, ExitStatus::kRunFailed);
-    const ReportSource report{result, &part.table, part.options, environment};
+    const ReportSource source{result, &part.table, part.options, environment};
     const ReportFacts facts = WantsReport(output) ? FactsOf(options, allNotes) : ReportFacts();
-    WriteReports(output, report, facts);
+    std::string report;
+    if (isShown && format == ReportFormat::kHtml) {
+        report = HtmlOfResult(source, facts);
+    } else if (isShown && !isDocumentShown) {
+        report = Present(result, {format, output.details}, allNotes);
+    }
+    WriteReports(output, source, facts);
+    // Whatever else can fail has been done by now, but for the printing.
     if (!output.outPath.empty()) WriteWholeFile(output.outPath, document);
     // Text and JSON have a place for notes.
     if (!isShown || format == ReportFormat::kCsv || format == ReportFormat::kXml) TellNotes(allNotes);
-    if (isShown && format == ReportFormat::kHtml) {
-        PrintResult(HtmlOfResult(report, facts));
-    } else if (isShown) {
-        PrintResult(isDocumentShown ? document : Present(result, {format, output.details}, allNotes));
-    }
+    if (isShown) PrintResult(isDocumentShown ? document : report);
     return IsNoneDone(result) ? NoneDone() : status;
 }
 
@@ -152,6 +157,7 @@ ResultPart ResultOf(AnalysisPart& part, const AnalyzeOptions& options, const Ana
         PrepareTable(part.table, part.options);
         AnalysisOutcome outcome = Analyze(part.table, Briefly(part.options, options), environment);
         AddNotes(result.notes, outcome.notes);
+        if (outcome.lacksMemory) throw std::bad_alloc();  // it holds for the run, not for this part
         if (!outcome.succeeded) {
             result.mistake = JoinList(outcome.remarks, "; ");
             return result;
@@ -186,7 +192,7 @@ ExitStatus AnalyzeParts(std::vector<AnalysisPart> parts, std::vector<std::string
     std::vector<std::string> documents;
     std::optional<ProgressBar> progress(!options.output.quiet);
     for (AnalysisPart& part : parts) {
-        AnalysisEnvironment environment = EnvironmentOf(interrupt, *progress, options.table.threads);
+        AnalysisEnvironment environment = EnvironmentOf(interrupt, *progress, options.table);
         environment.onProgress = [show = environment.onProgress, done = results.size(),
                                   all = parts.size()](double percent) {
             show((100.0 * static_cast<double>(done) + percent) / static_cast<double>(all));
@@ -227,6 +233,12 @@ ExitStatus AnalyzeParts(std::vector<AnalysisPart> parts, std::vector<std::string
 
 ExitStatus Analyze(const AnalyzeOptions& options) {
     CheckOutput(options.output);
+    CheckOutputPaths(
+        std::vector<NamedPath>{{"--out", options.output.outPath},
+                               {"--save", options.savePath},
+                               {"--report", options.output.reportPath},
+                               {"--plot", options.output.plotPath}},
+        std::vector<NamedPath>{{"the table", options.table.dataPath}, {"the descriptor", options.table.fieldsPath}});
     WordedAnalysis worded(options.words, options.analysis);
     Interrupt interrupt;
     Table table = LoadTableOf(options.table, worded.Fields(), !options.analysis.includeUserMissing, interrupt,

@@ -25,12 +25,13 @@ std::string ReferenceFolder() {
     return isThere ? beside : ProgramFolder() + "/" + TARN_REFERENCE_FROM_PROGRAM;
 }
 
-AnalysisEnvironment EnvironmentOf(Interrupt& interrupt, ProgressBar& progress, unsigned threads) {
+AnalysisEnvironment EnvironmentOf(Interrupt& interrupt, ProgressBar& progress, const TableOptions& options) {
     AnalysisEnvironment environment;
     environment.applicationVersion = TARN_VERSION;
     environment.libraryFolders = LibraryFolders();
     environment.texts = &Texts();
-    environment.threads = threads;
+    environment.threads = options.threads;
+    environment.memory = options.memory;
     environment.onProgress = [&progress](double percent) { progress.Show(static_cast<int>(percent)); };
     environment.isCancelled = [&interrupt] { return interrupt.IsAsked(); };
     return environment;

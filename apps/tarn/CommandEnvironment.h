@@ -4,6 +4,7 @@
 
 #include "apps/tarn/Interrupt.h"
 #include "apps/tarn/ProgressBar.h"
+#include "apps/tarn/TableOptions.h"
 #include "host/analysis/AnalysisEnvironment.h"
 
 namespace tarn {
@@ -20,7 +21,7 @@ std::vector<std::string> LibraryFolders();
 std::string ReferenceFolder();
 
 /// What an analysis of the command needs: the language of the user, Ctrl-C and the progress bar, both borrowed, and how
-/// many threads may work.
-AnalysisEnvironment EnvironmentOf(Interrupt& interrupt, ProgressBar& progress, unsigned threads);
+/// many threads and how much memory there may be.
+AnalysisEnvironment EnvironmentOf(Interrupt& interrupt, ProgressBar& progress, const TableOptions& options);
 
 }  // namespace tarn

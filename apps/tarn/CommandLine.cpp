@@ -16,6 +16,7 @@
 #include "apps/tarn/ExplainCommand.h"
 #include "apps/tarn/LookCommand.h"
 #include "apps/tarn/ManPage.h"
+#include "apps/tarn/OutputPaths.h"
 #include "apps/tarn/RunCommand.h"
 #include "apps/tarn/ShellCompletion.h"
 #include "apps/tarn/ShowCommand.h"
@@ -284,6 +285,25 @@ void DescribeReading(CLI::App& app, ReadingOptions& reading) {
         ->group(kTable);
 }
 
+/// "8G" in bytes.
+std::size_t BytesTypedAs(const std::string& typed) {
+    constexpr std::string_view kUnits = "KMGT";
+    constexpr unsigned kBitsOfUnit = 10;
+    const std::size_t digits = std::min(typed.find_first_not_of("0123456789."), typed.size());
+    const auto number = ParseCell(FieldType::kNumber, typed.substr(0, digits));
+    const std::string_view unit = std::string_view(typed).substr(digits);
+    const std::size_t place = unit.size() == 1 ? kUnits.find(unit.front()) : std::string_view::npos;
+    if (!number || *number <= 0 || *number > 1e6 || place == std::string_view::npos) {
+        throw InputError("--memory: " + Quoted(typed) + "; expected a size like 8G or 512M");
+    }
+    return static_cast<std::size_t>(*number * static_cast<double>(std::size_t{1} << (kBitsOfUnit * (place + 1))));
+}
+
+void AddMemory(Options& options, TableOptions& table) {
+    options.Text("--memory", "SIZE", "What a table and a run may take, like 8G; half of the machine if not given",
+                 [&](const std::string& typed) { table.memory = BytesTypedAs(typed); });
+}
+
 void DescribeTable(CLI::App& app, TableOptions& table, const std::function<void(std::string)>& takeCaseId) {
     DescribeReading(app, table.reading);
     Options options(app, kTable);
@@ -296,6 +316,7 @@ void DescribeTable(CLI::App& app, TableOptions& table, const std::function<void(
     options.List("--ordinal", table.ordinal, "FIELD,..", "Fields that are ordinal");
     options.List("--continuous", table.continuous, "FIELD,..", "Fields that are continuous");
     options.One("--threads", table.threads, "NUMBER", "How many threads may work at a time; no result depends on it");
+    AddMemory(options, table);
 }
 
 /// Hands the chosen format to `take`.
@@ -313,7 +334,8 @@ void AddDetails(Options& options, bool& details) {
 void DescribeOutput(CLI::App& app, OutputOptions& output, bool& brief, const char* outHelp) {
     Options options(app, kOutput);
     AddFormat(options, "What to write to standard output", [&](ReportFormat format) { output.format = format; });
-    options.One("--out", output.outPath, "FILE", outHelp);
+    options.Text("--out", "FILE", outHelp,
+                 [&](const std::string& typed) { output.outPath = PathTyped("--out", typed); });
     options.Flag("--brief", brief, "Statistics alone: no histograms, no box plots, no other descriptives; the fastest");
     options.Flag("--quiet", output.quiet, "Show neither a progress bar nor the table of results");
     AddDetails(options, output.details);
@@ -460,15 +482,18 @@ void DescribeAnalyze(CLI::App& app, AnalyzeOptions& analyze) {
         });
     DescribeOutput(app, analyze.output, analysis.brief, "Write the result document there as well");
     DescribeReport(app, analyze.output);
-    Options(app, kOutput).One("--save", analyze.savePath, "FILE", "Write there what was typed, for tarn rerun");
+    Options(app, kOutput)
+        .Text("--save", "FILE", "Write there what was typed, for tarn rerun",
+              [&](const std::string& typed) { analyze.savePath = PathTyped("--save", typed); });
 }
 
 // ---- Studies ----
 
 /// Where results go and how fast is no part of a study.
 bool IsOfStudy(const CLI::Option& option) {
-    if (option.get_positional() || option.get_name() == "--threads" || option.get_name() == "--help") return false;
-    return option.get_group() != kOutput || option.get_name() == "--brief";
+    const std::string name = option.get_name();
+    if (option.get_positional() || name == "--threads" || name == "--memory" || name == "--help") return false;
+    return option.get_group() != kOutput || name == "--brief";
 }
 
 /// A number as a number and a flag as true, so that a study reads as it was typed.
@@ -537,6 +562,7 @@ void DescribeLook(CLI::App& app, LookOptions& look) {
     DescribeReading(app, look.table.reading);
     options.One("--threads", look.table.threads, "NUMBER",
                 "How many threads may work at a time; no result depends on it");
+    AddMemory(options, look.table);
     Options(app, kOutput)
         .Choice("--format", "text|json", "What to write: a text, or a table descriptor for --fields",
                 [&](const std::string& format) { look.asJson = format == "json"; });
@@ -712,7 +738,7 @@ class CommandLine {
         const CLI::App& command = *app_.get_subcommand("look");
         for (const CLI::Option* const option : command.parse_order()) {
             const std::string name = option->get_name();
-            if (name == "DATA" || name == "--format" || name == "--threads") continue;
+            if (name == "DATA" || name == "--format" || name == "--threads" || name == "--memory") continue;
             look_.readingOptions += " " + name + " " + ShellWord(JoinList(option->results(), ","));
         }
         return Look(look_);
@@ -722,6 +748,8 @@ class CommandLine {
     ExitStatus Rerun() const {
         const Study study = ReadStudy(rerun_.studyPath);
         const std::string data = rerun_.dataPath.empty() ? study.dataPath : rerun_.dataPath;
+        CheckOutputPaths(std::vector<NamedPath>{{"--out", rerun_.output.outPath}},
+                         std::vector<NamedPath>{{"the study", rerun_.studyPath}});
         if (data.empty()) throw InputError(rerun_.studyPath + ": data.file: no table; expected it, or --data");
         std::vector<std::string> arguments{"tarn", "analyze"};
         for (const StudyOption& option : study.options)

@@ -9,6 +9,7 @@
 
 #include "apps/tarn/CommandEnvironment.h"
 #include "apps/tarn/Interrupt.h"
+#include "apps/tarn/OutputPaths.h"
 #include "apps/tarn/ProgressBar.h"
 #include "host/ByteSource.h"
 #include "host/InputError.h"
@@ -51,7 +52,7 @@ std::optional<AnalysisOutcome> RunPlanFile(const RunOptions& options, Interrupt&
     }
     const Table table = LoadTableOf(options.table, plan.fields, true, interrupt);
     ProgressBar progress(!options.output.quiet);
-    return RunPlan(plan, table, EnvironmentOf(interrupt, progress, options.table.threads));
+    return RunPlan(plan, table, EnvironmentOf(interrupt, progress, options.table));
 }
 
 std::optional<AnalysisOutcome> RunSettingsFile(const RunOptions& options, Interrupt& interrupt) {
@@ -69,13 +70,19 @@ std::optional<AnalysisOutcome> RunSettingsFile(const RunOptions& options, Interr
     const bool excludeUserMissing = userMissing != request.end() && *userMissing == kExclude;
     const Table table = LoadTableOf(options.table, NamedFields(request), excludeUserMissing, interrupt);
     ProgressBar progress(!options.output.quiet);
-    return RunRequest(request, source.Name(), table, EnvironmentOf(interrupt, progress, options.table.threads));
+    return RunRequest(request, source.Name(), table, EnvironmentOf(interrupt, progress, options.table));
 }
 
 }  // namespace
 
 ExitStatus Run(const RunOptions& options) {
     CheckOutput(options.output);
+    const TableOptions& inputs = options.table;
+    CheckOutputPaths(std::vector<NamedPath>{{"--out", options.output.outPath}},
+                     std::vector<NamedPath>{{"the table", inputs.dataPath},
+                                            {"the descriptor", inputs.fieldsPath},
+                                            {"the plan", options.planPath},
+                                            {"the request", options.settingsPath}});
     Interrupt interrupt;  // from the start, so that one that comes while the table is read counts as well
     std::optional<AnalysisOutcome> ran =
         options.planPath.empty() ? RunSettingsFile(options, interrupt) : RunPlanFile(options, interrupt);
@@ -84,18 +91,23 @@ ExitStatus Run(const RunOptions& options) {
     TellNotes(outcome.notes);
     const OutputOptions& output = options.output;
     const bool isStored = !output.outPath.empty();
-    if (outcome.succeeded && isStored) WriteWholeFile(output.outPath, outcome.document);
     const ReportFormat format = output.format.value_or(ReportFormat::kXml);
-    const bool isShown = output.format || !isStored;
-    if (outcome.succeeded && isShown && format == ReportFormat::kXml) PrintResult(outcome.document);
-    const bool isReportShown = outcome.succeeded && isShown && format != ReportFormat::kXml;
+    const bool isShown = outcome.succeeded && (output.format || !isStored);
+    const bool isDocumentShown = isShown && format == ReportFormat::kXml;
     // Standard output carries one result: the document or what was asked for, or beside a document in a file the table.
     const bool isTableShown = outcome.succeeded && !output.quiet && format != ReportFormat::kText;
-    std::optional<ResultReading> result;
-    if (isReportShown || isTableShown) result = ReadDocument(std::move(outcome.document), outcome.arithmetic);
-    if (isReportShown) PrintResult(Present(*result, {format, output.details}, {}));
+    std::string report;
+    std::string table;
+    if ((isShown && !isDocumentShown) || isTableShown) {
+        const ResultReading result = ReadDocument(outcome.document, outcome.arithmetic);
+        if (isShown && !isDocumentShown) report = Present(result, {format, output.details}, {});
+        if (isTableShown) table = PresentShortly(result);
+    }
+    // Whatever else can fail has been done by now, but for the printing.
+    if (outcome.succeeded && isStored) WriteWholeFile(output.outPath, outcome.document);
+    if (isShown) PrintResult(isDocumentShown ? outcome.document : report);
     const ExitStatus status = TellRemarks(outcome);
-    if (isTableShown) (isStored && !output.format ? std::cout : std::cerr) << PresentShortly(*result);
+    if (isTableShown) (isStored && !output.format ? std::cout : std::cerr) << table;
     return status;
 }
 

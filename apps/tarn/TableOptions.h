@@ -13,6 +13,9 @@
 
 namespace tarn {
 
+/// Half of the memory that the machine, or the group of processes, gives; 0 if the system doesn't say.
+std::size_t HalfOfMachine();
+
 /// What the user typed about the table, the same for every command that reads one.
 struct TableOptions {
     std::string dataPath;
@@ -22,7 +25,8 @@ struct TableOptions {
     std::vector<std::string> ordinal;
     std::vector<std::string> continuous;
     ReadingOptions reading;
-    unsigned threads = 0;  ///< that may work at a time; 0: as many as the machine has
+    std::size_t memory = HalfOfMachine();  ///< bytes that a table and a run may take
+    unsigned threads = 0;                  ///< that may work at a time; 0: as many as the machine has
 };
 
 /// The descriptor that was typed; one that says nothing where there is none. Throws an `InputError`.

@@ -67,7 +67,7 @@ ExitStatus VerifyPublished(const std::string& folder, const VerifyOptions& optio
 ExitStatus Verify(const VerifyOptions& options, const WordReader& readWords) {
     Interrupt interrupt;
     ProgressBar hidden(false);
-    const AnalysisEnvironment environment = EnvironmentOf(interrupt, hidden, 0);
+    const AnalysisEnvironment environment = EnvironmentOf(interrupt, hidden, TableOptions());
     const std::string folder = options.packFolder.empty() ? ReferenceFolder() : options.packFolder;
     if (!options.functions) return VerifyPublished(folder, options, readWords, environment);
     if (!options.names.empty()) {

@@ -10,10 +10,13 @@
 #include "host/engine/InputNotes.h"
 #include "host/engine/KnownKeys.h"
 #include "host/engine/OrderedScores.h"
+#include "host/engine/RunSize.h"
 #include "host/engine/SettingsDocument.h"
 #include "host/plan/PlanRun.h"
+#include "host/plan/PlanSize.h"
 #include "host/report/PairsAgainst.h"
 #include "host/report/ResultOrder.h"
+#include "vocabulary/StatusCodes.h"
 
 namespace tarn {
 
@@ -30,6 +33,10 @@ std::string DescribeMessage(const EngineMessage& message, const MessageCatalogue
     return tellsThem || message.parameters.empty() ? line : line + " (" + JoinList(message.parameters, "; ") + ")";
 }
 
+bool TellsOfMemory(const EngineMessage& message) {
+    return message.code == StatusCode::kOutOfMemory || message.code == StatusCode::kAllocationFailed;
+}
+
 ArithmeticMode ModeOf(bool isExtended) {
     return isExtended ? ArithmeticMode::kExtended : ArithmeticMode::kAsDefined;
 }
@@ -39,6 +46,7 @@ AnalysisOutcome OutcomeOf(EngineOutcome result, const Table& table, const Messag
     outcome.notes = table.Notes();
     outcome.succeeded = result.succeeded;
     outcome.document = std::move(result.document);
+    outcome.lacksMemory = !outcome.succeeded && std::ranges::any_of(result.messages, TellsOfMemory);
     for (const EngineMessage& message : result.messages) {
         outcome.remarks.push_back(DescribeMessage(message, texts));
         if (message.isError && outcome.failureCode == 0) outcome.failureCode = message.code;
@@ -101,6 +109,7 @@ bool IsNoneDone(const ResultReading& result) {
 
 AnalysisOutcome RunRequest(const nlohmann::ordered_json& request, const std::string& source, const Table& table,
                            const AnalysisEnvironment& environment) {
+    CheckSizeOfRequest(request, source, table, environment.memory);
     nlohmann::ordered_json budgeted = request;
     // The thread budget crosses the boundary within the request. Without one the engine takes what the machine has.
     if (environment.threads > 0 && !request.contains(kThreads)) PutInFront(budgeted, kThreads, environment.threads);
@@ -118,6 +127,7 @@ AnalysisOutcome RunRequest(const nlohmann::ordered_json& request, const std::str
 }
 
 AnalysisOutcome RunPlan(PlanSettings& plan, const Table& table, const AnalysisEnvironment& environment) {
+    CheckSizeOfPlan(plan, table, environment.memory);
     PlanRun run;
     run.applicationName = environment.applicationName;
     run.applicationVersion = environment.applicationVersion;

@@ -21,6 +21,8 @@ namespace tarn {
 struct AnalysisOutcome {
     /// Whether there is a document.
     bool succeeded = false;
+    /// Whether it failed for want of memory.
+    bool lacksMemory = false;
     std::string document;
     /// How the engine was asked to compute.
     ArithmeticMode arithmetic = ArithmeticMode::kAsDefined;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <vector>
@@ -21,6 +22,9 @@ struct AnalysisEnvironment {
     /// How many threads may work at a time, the calling one among them; 0: as many as the machine has. One that can't
     /// be had is done without. Results don't depend on it.
     unsigned threads = 0;
+    /// How many bytes a run may take, as far as that can be told before it begins; 0: as many as it takes. One that may
+    /// take more is refused.
+    std::size_t memory = 0;
     /// Called with 0 to 100, on the thread of the run. May be empty.
     std::function<void(double percent)> onProgress;
     /// Asked some times a second, maybe from another thread; true stops the run. May be empty.

@@ -15,9 +15,11 @@
 #include "host/beyond/Jackknife.h"
 #include "host/beyond/MatchedEffects.h"
 #include "host/beyond/MedianInterval.h"
+#include "host/beyond/NamePlaces.h"
 #include "host/beyond/OrderedTrend.h"
 #include "host/beyond/Proportions.h"
 #include "host/beyond/SmirnovDistance.h"
+#include "host/beyond/StopQuestion.h"
 #include "host/beyond/Superiority.h"
 #include "host/beyond/exact/RankSumExact.h"
 #include "host/beyond/exact/SignedRankExact.h"
@@ -81,10 +83,6 @@ double StatisticOf(const TestReading& reading) {
     return set == nullptr ? std::nan("") : set->statistic.value;
 }
 
-std::size_t PlaceOf(const std::vector<std::string>& names, const std::string& name) {
-    return static_cast<std::size_t>(std::ranges::find(names, name) - names.begin());
-}
-
 /// "after minus before", or what else signed numbers of the test count.
 std::string DirectionText(const Effects& effects) {
     return effects.Reading().direction.Text();
@@ -134,9 +132,11 @@ Estimate MatchedRankBiserialOf(const AscendingSample& differences, double level)
 
 void AddSuperiorityOfPairs(Effects& effects) {
     const TestView& view = effects.View();
+    const NamePlaces places(view.names);
     for (const PairComparison& pair : effects.Reading().pairs) {
-        const std::size_t first = PlaceOf(view.names, pair.first);
-        const std::size_t second = PlaceOf(view.names, pair.second);
+        AskNowAndThen();
+        const std::size_t first = places.Of(pair.first);
+        const std::size_t second = places.Of(pair.second);
         if (std::max(first, second) >= view.samples.size()) continue;
         const Superiority found = SuperiorityOf(effects, first, second, effects.Reading().pairs.size());
         effects.AddOfPair("probability-of-superiority", found.probability, pair.first, pair.second);
@@ -235,9 +235,11 @@ void AddProportionsOfPairs(Effects& effects) {
     const TestView& view = effects.View();
     const std::vector<std::vector<double>> successes = SuccessesOf(view, effects.Success());
     if (successes.empty()) return;
+    const NamePlaces places(view.names);
     for (const PairComparison& pair : effects.Reading().pairs) {
-        const std::size_t first = PlaceOf(view.names, pair.first);
-        const std::size_t second = PlaceOf(view.names, pair.second);
+        AskNowAndThen();
+        const std::size_t first = places.Of(pair.first);
+        const std::size_t second = places.Of(pair.second);
         if (std::max(first, second) >= successes.size()) continue;
         PairedAnswers answers = AnswersOf(successes[first], successes[second], view.cases);
         Estimate difference = PairedProportionDifference(answers, effects.Level());

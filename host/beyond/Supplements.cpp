@@ -9,8 +9,10 @@
 #include "host/beyond/Effects.h"
 #include "host/beyond/Likeness.h"
 #include "host/beyond/MedianInterval.h"
+#include "host/beyond/NamePlaces.h"
 #include "host/beyond/Quartiles.h"
 #include "host/beyond/Significances.h"
+#include "host/beyond/StopQuestion.h"
 #include "host/beyond/TestView.h"
 #include "host/report/Letters.h"
 #include "host/report/SupplementText.h"
@@ -59,10 +61,6 @@ std::vector<SampleSummary> SummariesOf(const TestView& view) {
 
 // ---- Pairs ----
 
-std::size_t PlaceOf(const std::vector<std::string>& names, const std::string& name) {
-    return static_cast<std::size_t>(std::ranges::find(names, name) - names.begin());
-}
-
 /// The samples from the one with the lowest mean rank up, or with the lowest median where a test has no ranks; in their
 /// order where there is neither.
 std::vector<std::size_t> AscendingByRank(const TestView& view) {
@@ -88,11 +86,12 @@ std::vector<SampleLetters> Named(const std::vector<std::string>& letters, const 
 
 void AddComparisons(const TestView& view, const SupplementOptions& wanted, double level, Supplement& supplement) {
     const TestReading& reading = *view.reading;
+    const NamePlaces samples(view.names);
     if (!reading.subsets.empty()) {
         std::vector<std::vector<std::size_t>> subsets;
         for (const HomogeneousSubset& subset : reading.subsets) {
             std::vector<std::size_t>& places = subsets.emplace_back();
-            for (const std::string& member : subset.members) places.push_back(PlaceOf(view.names, member));
+            for (const std::string& member : subset.members) places.push_back(samples.Of(member));
             if (std::ranges::max(places) >= view.names.size()) return;
         }
         supplement.letters = Named(LettersOfSubsets(view.names.size(), subsets, AscendingByRank(view)), view);
@@ -110,8 +109,8 @@ void AddComparisons(const TestView& view, const SupplementOptions& wanted, doubl
     for (std::size_t i = 0; i < reading.pairs.size(); ++i) {
         const PairComparison& pair = reading.pairs[i];
         const double p = wanted.adjustment ? adjusted[i] : pair.adjustedP.empty() ? pair.p.value : pair.adjustedP.value;
-        const std::size_t first = PlaceOf(view.names, pair.first);
-        const std::size_t second = PlaceOf(view.names, pair.second);
+        const std::size_t first = samples.Of(pair.first);
+        const std::size_t second = samples.Of(pair.second);
         if (std::max(first, second) >= view.names.size()) return;
         if (p < level) different.emplace_back(first, second);
     }
@@ -334,23 +333,32 @@ bool KeepsRows(const SupplementOptions& wanted) {
     return wanted.draws > 0 || wanted.like || wanted.shift;
 }
 
-Supplement SupplementOf(const TestReading& reading, const ResultReading& result, const SupplementSource& source) {
-    Supplement supplement;
-    const std::optional<TestView> view =
-        ViewOf(reading, result, {source.table, source.rule, source.work, KeepsRows(source.wanted)});
-    if (!view) return supplement;
+void Fill(Supplement& supplement, const TestView& view, const ResultReading& result, const SupplementSource& source) {
     const double share = 1 / static_cast<double>(result.tests.size());
-    supplement.samples = SummariesOf(*view);
-    const EffectSource effects{*view, source.texts, kLongestEstimates * share, source.success};
+    supplement.samples = SummariesOf(view);
+    const EffectSource effects{view, source.texts, kLongestEstimates * share, source.success};
     supplement.effects = EffectsOf(effects);
     if (LeavesOutAnEstimate(effects)) {
         const std::string* const text = source.texts.Remark("no-shift-estimate");
         if (text != nullptr && result.tests.size() < kFewestForSummary) supplement.remarks.push_back(*text);
     }
-    AddComparisons(*view, source.wanted, result.sigLevel.value, supplement);
-    const SuppliedPValue* const chosen = Significances(*view, source, share, supplement).Add();
+    AddComparisons(view, source.wanted, result.sigLevel.value, supplement);
+    const SuppliedPValue* const chosen = Significances(view, source, share, supplement).Add();
     if (chosen != nullptr) supplement.chosenP = chosen->value;
-    supplement.conclusion = ConclusionOf(*view, chosen, result.sigLevel.value, source.texts);
+    supplement.conclusion = ConclusionOf(view, chosen, result.sigLevel.value, source.texts);
+}
+
+Supplement SupplementOf(const TestReading& reading, const ResultReading& result, const SupplementSource& source) {
+    Supplement supplement;
+    const std::optional<TestView> view =
+        ViewOf(reading, result, {source.table, source.rule, source.work, KeepsRows(source.wanted)});
+    if (!view) return supplement;
+    const StopQuestion question(source.work);
+    try {
+        Fill(supplement, *view, result, source);
+    } catch (const FiguresStopped&) {
+        // What there is of a run that was cancelled is passed over by whoever cancelled it.
+    }
     return supplement;
 }
 

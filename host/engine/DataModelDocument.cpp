@@ -1,14 +1,17 @@
 #include "host/engine/DataModelDocument.h"
 
 #include <pugixml.hpp>
-#include <sstream>
 
 #include "host/NumberText.h"
 #include "platform/hx/HXDocuments.h"
+#include "runtime/common/XmlNodes.h"
 
 namespace tarn {
 
 namespace {
+
+using XmlNodes::AppendElement;
+using XmlNodes::AppendExactAttribute;
 
 const char* LevelText(FieldLevel level) {
     switch (level) {
@@ -37,59 +40,53 @@ const char* DateText(FieldType type) {
 }
 
 void AddUnlessEmpty(pugi::xml_node element, const char* name, const std::string& value) {
-    if (!value.empty()) element.append_attribute(name) = value.c_str();
+    if (!value.empty()) AppendExactAttribute(element, name, value.c_str());
 }
 
 void AddField(pugi::xml_node root, const PreparedField& prepared) {
     const Column& column = *prepared.column;
-    pugi::xml_node field = root.append_child(HX_FIELD);
-    field.append_attribute(HX_FIELD_NAME) = prepared.name.c_str();
+    pugi::xml_node field = AppendElement(root, HX_FIELD);
+    AppendExactAttribute(field, HX_FIELD_NAME, prepared.name.c_str());
     AddUnlessEmpty(field, HX_FIELD_LABEL, column.title);
-    field.append_attribute(HX_FIELD_STORAGE) = column.IsText() ? HX_STORAGE_STRING : HX_STORAGE_NUMBER;
-    field.append_attribute(HX_FIELD_LEVEL) = LevelText(prepared.level);
-    if (const char* dateType = DateText(column.type)) field.append_attribute(HX_FIELD_DATE_TYPE) = dateType;
-    if (prepared.isWeight) field.append_attribute(HX_FIELD_ROLE) = HX_ROLE_FREQUENCY_WEIGHT;
+    AppendExactAttribute(field, HX_FIELD_STORAGE, column.IsText() ? HX_STORAGE_STRING : HX_STORAGE_NUMBER);
+    AppendExactAttribute(field, HX_FIELD_LEVEL, LevelText(prepared.level));
+    if (const char* dateType = DateText(column.type)) AppendExactAttribute(field, HX_FIELD_DATE_TYPE, dateType);
+    if (prepared.isWeight) AppendExactAttribute(field, HX_FIELD_ROLE, HX_ROLE_FREQUENCY_WEIGHT);
     if (prepared.level == FieldLevel::kContinuous) return;
     for (const Category& category : column.categories) {
-        pugi::xml_node element = field.append_child(HX_CATEGORY);
+        pugi::xml_node element = AppendElement(field, HX_CATEGORY);
         const std::string value = column.IsText() ? category.text : ExactText(category.number);
-        element.append_attribute(HX_CATEGORY_VALUE) = value.c_str();
+        AppendExactAttribute(element, HX_CATEGORY_VALUE, value.c_str());
         AddUnlessEmpty(element, HX_CATEGORY_LABEL, category.label);
     }
 }
 
 void AddCounts(pugi::xml_node root, const RecordCounts& counts) {
-    root.append_attribute(HX_TOTAL_COUNT) = std::to_string(counts.totalCount).c_str();
-    root.append_attribute(HX_TOTAL_FREQ) = ExactText(counts.totalFreq).c_str();
-    root.append_attribute(HX_DROPPED_COUNT) = std::to_string(counts.droppedCount).c_str();
-    root.append_attribute(HX_DROPPED_FREQ) = ExactText(counts.droppedFreq).c_str();
-    root.append_attribute(HX_BAD_WEIGHT_COUNT) = std::to_string(counts.badWeightCount).c_str();
-}
-
-std::string TextOf(const pugi::xml_document& document) {
-    std::ostringstream text;
-    document.save(text, "", pugi::format_raw);
-    return std::move(text).str();
+    AppendExactAttribute(root, HX_TOTAL_COUNT, std::to_string(counts.totalCount).c_str());
+    AppendExactAttribute(root, HX_TOTAL_FREQ, ExactText(counts.totalFreq).c_str());
+    AppendExactAttribute(root, HX_DROPPED_COUNT, std::to_string(counts.droppedCount).c_str());
+    AppendExactAttribute(root, HX_DROPPED_FREQ, ExactText(counts.droppedFreq).c_str());
+    AppendExactAttribute(root, HX_BAD_WEIGHT_COUNT, std::to_string(counts.badWeightCount).c_str());
 }
 
 }  // namespace
 
 std::string MakeDataModel(const Table& table) {
     pugi::xml_document document;
-    const pugi::xml_node root = document.append_child(HX_DATA_MODEL_ROOT);
+    const pugi::xml_node root = AppendElement(document, HX_DATA_MODEL_ROOT);
     for (std::size_t i = 0; i < table.ColumnCount(); ++i) {
         const Column& column = table.Columns()[i];
         AddField(root, {column.name, &column, column.level, static_cast<int>(i) == table.WeightIndex()});
     }
-    return TextOf(document);
+    return XmlNodes::TextOf(document);
 }
 
 std::string MakeDataModel(const PreparedData& data) {
     pugi::xml_document document;
-    const pugi::xml_node root = document.append_child(HX_DATA_MODEL_ROOT);
+    const pugi::xml_node root = AppendElement(document, HX_DATA_MODEL_ROOT);
     AddCounts(root, data.counts);
     for (const PreparedField& field : data.fields) AddField(root, field);
-    return TextOf(document);
+    return XmlNodes::TextOf(document);
 }
 
 }  // namespace tarn

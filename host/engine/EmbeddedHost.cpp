@@ -170,6 +170,7 @@ class HostedRun {
 
  private:
     void Execute();
+    void NoteFailure(int errorCode);
     static HostedRun& Of(void* handle) { return *static_cast<HostedRun*>(handle); }
 
     // The functions of the context and the progress.
@@ -232,7 +233,10 @@ EngineOutcome HostedRun::Run() {
     if (engine_.createComponent(&context_, nullptr, &component_, &errorCode) != HX_OK) {
         throw std::runtime_error("the engine made no component, code " + std::to_string(errorCode));
     }
-    if (engine_.configure(component_, &errorCode) != HX_OK) return std::move(outcome_);
+    if (engine_.configure(component_, &errorCode) != HX_OK) {
+        NoteFailure(errorCode);
+        return std::move(outcome_);
+    }
 
     const Requirements requirements = ReadRequirements(
         TakeText([&](auto... arguments) { return engine_.getExecutionRequirements(component_, arguments...); }));
@@ -246,12 +250,13 @@ EngineOutcome HostedRun::Run() {
 
 void HostedRun::Execute() {
     // The engine is busy on this thread until it is done, so another one watches for the user.
+    std::mutex mutex;
+    std::condition_variable_any pause;
     std::jthread watcher;
     if (run_.isCancelled) {
-        const auto watch = [this](const std::stop_token& done) {
+        // Nothing in it allocates: nobody could take what it throws.
+        const auto watch = [&](const std::stop_token& done) {
             constexpr std::chrono::milliseconds kPause(10);
-            std::mutex mutex;
-            std::condition_variable_any pause;
             std::unique_lock lock(mutex);
             while (!done.stop_requested()) {
                 int errorCode = 0;
@@ -267,6 +272,12 @@ void HostedRun::Execute() {
     }
     int errorCode = 0;
     outcome_.succeeded = engine_.beginExecution(component_, &progress_, &errorCode) == HX_OK;
+    if (!outcome_.succeeded) NoteFailure(errorCode);
+}
+
+/// A component without memory may fail without a message; the code says why.
+void HostedRun::NoteFailure(int errorCode) {
+    if (outcome_.messages.empty() && errorCode != 0) outcome_.messages.push_back({true, errorCode, {}});
 }
 
 unsigned HostedRun::GetSettings(void* handle, char* buffer, std::size_t size, std::size_t* needed, int*) {
@@ -308,7 +319,11 @@ unsigned HostedRun::OpenOutputContainer(void* handle, const char*, int, HXContai
 
 unsigned HostedRun::ReportProgress(void* handle, double step, double total, int, int*) {
     const EngineRun& run = Of(handle).run_;
-    if (run.onProgress && total > 0) run.onProgress(step / total * 100);
+    try {
+        if (run.onProgress && total > 0) run.onProgress(step / total * 100);
+    } catch (const std::exception&) {
+        return HX_FAILED;  // nothing is thrown across the boundary, and a report can't fail the run
+    }
     return HX_OK;
 }
 

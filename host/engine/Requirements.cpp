@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "platform/hx/HXDocuments.h"
+#include "runtime/common/XmlNodes.h"
 
 namespace tarn {
 
@@ -71,7 +72,8 @@ void ReadEncodings(const pugi::xml_node& operation, Requirements& requirements) 
 
 Requirements ReadRequirements(const std::string& document) {
     pugi::xml_document parsed;
-    if (!parsed.load_buffer(document.data(), document.size()) || !parsed.child(HX_EXECUTION)) {
+    const bool isRead = XmlNodes::IsWellFormed(parsed.load_buffer(document.data(), document.size()));
+    if (!isRead || !parsed.child(HX_EXECUTION)) {
         throw std::runtime_error("the engine's execution requirements are no document that this host can read");
     }
     Requirements requirements;

@@ -10,6 +10,7 @@
 
 #include "host/InputError.h"
 #include "runtime/common/DecimalNumber.h"
+#include "runtime/common/XmlNodes.h"
 #include "vocabulary/TestFacts.h"
 
 namespace tarn {
@@ -147,6 +148,27 @@ void MendIntervalFields(ResultDocument& result) {
     }
 }
 
+/// Finds the first element that nests deeper than elements may: tables in tables are read by recursion.
+class DepthCheck : public pugi::xml_tree_walker {
+ public:
+    static constexpr int kDeepestNesting = 64;
+
+    bool for_each(pugi::xml_node& node) override {
+        if (depth() < kDeepestNesting) return true;
+        tooDeep = node;
+        return false;
+    }
+
+    pugi::xml_node tooDeep;
+};
+
+void RefuseDeepNesting(pugi::xml_document& xml, const std::string& name) {
+    DepthCheck check;
+    if (xml.traverse(check)) return;
+    throw InputError(name + ": elements nest deeper than " + std::to_string(DepthCheck::kDeepestNesting) + " at byte " +
+                     std::to_string(check.tooDeep.offset_debug()) + "; expected a result document");
+}
+
 }  // namespace
 
 const std::string* ResultTable::Find(std::string_view rowName) const {
@@ -193,10 +215,11 @@ std::string_view NameOf(ArithmeticMode mode) {
 ResultDocument ReadResult(std::string document, const std::string& name) {
     pugi::xml_document xml;
     const pugi::xml_parse_result parsed = xml.load_buffer_inplace(document.data(), document.size());
-    if (!parsed) {
+    if (!XmlNodes::IsWellFormed(parsed)) {
         throw InputError(name + ": not well-formed XML at byte " + std::to_string(parsed.offset) + " (" +
                          parsed.description() + "); expected a result document");
     }
+    RefuseDeepNesting(xml, name);
     const pugi::xml_node output = xml.child("Tabulon").child("Extension").child("TARNOutput");
     const pugi::xml_node tests = output.child("NonParametricTests");
     if (!tests) {

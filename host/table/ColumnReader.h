@@ -83,6 +83,8 @@ class ColumnReader {
 
     /// Takes the codes of the next cells. Returns the column's own code for each of theirs.
     std::vector<double> Join(const CellCodes& codes);
+    /// How many different values it has numbered so far.
+    std::size_t DistinctCount() const { return numberCodes_.Values().size() + textCodes_.Values().size(); }
 
     /// Sets the type, the level and the categories of the column. Returns the index of the category for each code;
     /// nothing for a continuous column.

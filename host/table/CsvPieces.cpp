@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "host/InputError.h"
+#include "host/table/CsvReader.h"
 
 namespace tarn {
 
@@ -73,11 +74,18 @@ bool CsvPieces::Next(CsvPiece& piece) {
     std::size_t cut = 0;
     for (;; wanted = std::max(2 * wanted, pieceSize_)) {
         Fill(piece, wanted);
-        if (isComplete_) break;
+        const bool isLong = piece.size_ >= CsvReader::kLongestRow;
+        if (isComplete_ && !isLong) break;
         cut = WholeRows(piece.Text());
         if (cut > 0) break;
-        // Before the whole input is read for the end of a cell in quotes, the quotes are looked at.
-        if (HasMisplacedQuote(piece.Text(), delimiter_)) {
+        // Before the whole input is read for the end of a cell in quotes, the quotes are looked at; and whether it is a
+        // text at all.
+        if (HasMisplacedQuote(piece.Text(), delimiter_) || piece.Text().find('\0') != std::string_view::npos) {
+            isComplete_ = true;
+            break;
+        }
+        if (isLong) {
+            failure_ = std::make_exception_ptr(InputError(source_.Name() + ": " + CsvReader::kRowTooLong));
             isComplete_ = true;
             break;
         }

@@ -61,9 +61,11 @@ bool CsvReader::Next() {
 
 void CsvReader::Fill() {
     const std::size_t used = static_cast<std::size_t>(end_ - begin_);
+    const bool isLong = 2 * used > buffer_.size() - CsvScanner::kPadding;
+    if (isLong) CheckLongRow();
     std::memmove(buffer_.data(), begin_, used);
     // Doubling keeps the work on a row that fills many blocks linear.
-    if (2 * used > buffer_.size() - CsvScanner::kPadding) buffer_.resize(2 * buffer_.size() - CsvScanner::kPadding);
+    if (isLong) buffer_.resize(2 * buffer_.size() - CsvScanner::kPadding);
 
     char* const first = buffer_.data();
     char* const limit = first + buffer_.size() - CsvScanner::kPadding;
@@ -77,6 +79,14 @@ void CsvReader::Fill() {
     begin_ = first;
     end_ = last;
     scanner_.Seek(begin_, end_);
+}
+
+/// Before more memory is taken for a row: it may be none, and never end.
+void CsvReader::CheckLongRow() const {
+    if (const char* const nul = std::find(begin_, end_, '\0'); nul != end_) CheckEncoding(nul + 1);
+    if (static_cast<std::size_t>(end_ - begin_) >= kLongestRow) {
+        throw InputError(source_.Name() + ":" + std::to_string(nextLine_) + ": " + kRowTooLong);
+    }
 }
 
 CsvReader::Outcome CsvReader::ParseRow() {
@@ -121,6 +131,7 @@ CsvReader::Border CsvReader::ParseQuoted(const char* quote) {
         const char* const special = scanner_.Next();
         if (special == nullptr) {
             if (!isComplete_) return Border::kNeedsBytes;
+            CheckEncoding(end_);  // what is no text is told as such, as in a cell that fills many blocks
             Fail(quote, "a quoted cell that never ends; expected a closing double quote");
         }
         if (*special != '"') continue;

@@ -16,11 +16,15 @@ namespace tarn {
 /// order mark. Any other CR is data.
 ///
 /// Reads on from where `source` stands, block by block, and borrows it. The cells of a row are views into the block;
-/// none is copied. Throws an `InputError` with the line for what breaks these rules, for a NUL byte and for what is not
-/// UTF-8.
+/// none is copied. Throws an `InputError` with the line for what breaks these rules, for a NUL byte, for what is not
+/// UTF-8 and for a row that never ends.
 class CsvReader {
  public:
     static constexpr std::size_t kDefaultBlockSize = std::size_t{1} << 19;
+    /// A row has at most so many bytes, since an input may never end one.
+    static constexpr std::size_t kLongestRow = std::size_t{64} << 20;
+
+    static constexpr const char* kRowTooLong = "a row of 64 MiB or more; expected its end, or that of a cell in quotes";
 
     /// `blockSize`: bytes that are read at a time, at least 1. A longer row makes the reader's block grow. `firstLine`:
     /// the number of the line on which the source stands. The first line of all may begin with a byte order mark.
@@ -62,6 +66,7 @@ class CsvReader {
 
     void SkipByteOrderMark();
     void Fill();
+    void CheckLongRow() const;
     Outcome ParseRow();
     Border ParseQuoted(const char* quote);
     Border ParseBorder(const char* closingQuote);

@@ -106,7 +106,8 @@ void RefuseForeignFormat(const std::string& name, std::string_view firstBytes) {
         }
         return true;
     };
-    if (bytes.size() >= 2 && (isNulAt(0) || isNulAt(1))) return;  // UTF-16 without a mark, of which the reader tells
+    if (bytes.size() >= 2 && nulCount < bytes.size() && (isNulAt(0) || isNulAt(1)))
+        return;  // UTF-16 without a mark, of which the reader tells
     Refuse(name, "binary data", kExport);
 }
 

@@ -46,6 +46,7 @@ class TableLoader {
     TableLoader(ByteSource& source, const TableDescriptor& descriptor, const LoadOptions& options)
         : source_(source),
           blockSize_(options.blockSize),
+          memory_(options.memory),
           shape_(options.shape),
           header_(source, std::min(options.blockSize, kHeaderBlockSize), shape_),
           plan_(PlanFields(source.Name(), header_.Names(), descriptor, options)),
@@ -151,7 +152,22 @@ class TableLoader {
                   [&](std::size_t i) { taken[i]->outcome = taken[i]->rows.Read(taken[i]->piece, readers_, form_); });
         }
         for (Slot* const slot : taken) Append(*slot);
+        CheckMemory();
         return taken.size() == pieceCount;
+    }
+
+    /// Throws where the table takes more than it may.
+    void CheckMemory() const {
+        if (memory_ == 0) return;
+        constexpr std::size_t kBytesOfText = 2 * sizeof(std::string);  // with its place in the table of codes
+        std::size_t bytes = table_.RowCount() * readers_.size() * sizeof(double);
+        if (!source_.Size()) bytes += bytesRead_;  // kept, since it can't be read again
+        for (const ColumnReader& reader : readers_) bytes += reader.DistinctCount() * kBytesOfText;
+        if (bytes <= memory_) return;
+        constexpr std::size_t kMebibyte = std::size_t{1} << 20;
+        throw InputError(source_.Name() + ": more than " + std::to_string(memory_ / kMebibyte) +
+                         " MiB of memory after " + std::to_string(table_.RowCount()) +
+                         " records; expected a smaller table, or more memory told by --memory");
     }
 
     /// Makes room for as many rows as the whole input has if all of it is like what was read, and some more.
@@ -259,6 +275,7 @@ class TableLoader {
 
     ByteSource& source_;
     std::size_t blockSize_;
+    std::size_t memory_;
     TableShape shape_;
     RowReader header_;
     TablePlan plan_;

@@ -40,6 +40,8 @@ struct LoadOptions {
     std::function<bool(const std::string& field, std::size_t place)> isRead;
     /// How many threads may work at a time, the calling one among them; 0: as many as the machine has.
     unsigned threads = 0;
+    /// How many bytes the table may take; 0: as many as it takes. An input that makes more of it may have no end.
+    std::size_t memory = 0;
     /// Bytes that are read at a time.
     std::size_t blockSize = CsvReader::kDefaultBlockSize;
     /// How the text is to be read.

@@ -4,12 +4,12 @@
 enum HXStatus {
     HX_OK = 0,
     HX_FAILED = 1,           ///< an execution failed, or the component could not be made
-    HX_BAD_HANDLE = 2,       ///< a null component or host, or a call of the host's context failed
+    HX_BAD_HANDLE = 2,       ///< no host; no component, or one at work; or a call of the host's failed
     HX_NOT_SUPPORTED = 3,    ///< the component does not take part in this
     HX_NO_MORE_RECORDS = 4,  ///< there is no output record, or none any more
     HX_NO_HELPER = 5,        ///< the component has no usable host, or was given no container
     HX_CONFIGURATION_FAILED = 6,
-    HX_NO_COMPONENT = 9,       ///< a null component given to `hx_component_getMessages`, and there alone
+    HX_NO_COMPONENT = 9,       ///< no component, from `hx_component_getMessages` alone
     HX_BUFFER_TOO_SMALL = 13,  ///< `*needed` says how many bytes are
     HX_NO_HOST_HELPER = 15     ///< `hx_getModuleInformation` without a usable host
 };

@@ -16,8 +16,9 @@
 /// and `hx_component_endExecution`, and `hx_destroy_component`; `hx_cleanup` last. A component is used by one thread
 /// at a time, `hx_component_cancelExecution` apart.
 ///
-/// Results are values of `HXStatus`, and a text is given by the rule that stands at `HXHost`. A null component gives
-/// HX_BAD_HANDLE everywhere but in `hx_component_getMessages`. `errorCode` is written where something failed; it may
+/// Results are values of `HXStatus`, and a text is given by the rule that stands at `HXHost`. A component that is null,
+/// is none, was destroyed or has another call at work in it gives HX_BAD_HANDLE everywhere but in
+/// `hx_component_getMessages`, and nothing is done. `errorCode` is written where something failed; it may
 /// be null.
 
 #define HX_EXPORT __attribute__((visibility("default")))
@@ -43,7 +44,8 @@ HX_EXPORT unsigned hx_initialise(HXHost* host);
 HX_EXPORT unsigned hx_cleanup(void);
 
 /// Makes a component. `context` is borrowed until the component is destroyed; `unused` is not looked at.
-/// `*component` becomes the component, which the host destroys; on a failure it stays as it is.
+/// `*component` becomes the component, which the host destroys; on a failure it stays as it is. A null `component` is
+/// one.
 HX_EXPORT unsigned hx_create_component(HXContext* context, void* unused, void** component, int* errorCode);
 /// Gives back the component's memory. An execution has to be ended before: what it holds is not given back here.
 HX_EXPORT unsigned hx_destroy_component(void* component);
@@ -67,7 +69,8 @@ HX_EXPORT unsigned hx_component_getIteratorRequirements(void* component, long lo
 HX_EXPORT unsigned hx_component_beginExecution(void* component, HXProgress* progress, int* errorCode);
 /// Releases what the execution holds, its document apart, which is the host's. A cancel is forgotten.
 HX_EXPORT unsigned hx_component_endExecution(void* component, int* errorCode);
-/// Asks a running execution to stop; may come from another thread. It holds until `hx_component_endExecution`.
+/// Asks a running execution to stop; may come from another thread, but not from a signal handler. It holds until
+/// `hx_component_endExecution`.
 HX_EXPORT unsigned hx_component_cancelExecution(void* component, int* errorCode);
 
 /// There are no output records: HX_NO_MORE_RECORDS.
@@ -75,7 +78,8 @@ HX_EXPORT unsigned hx_component_nextRecord(void* component, int* errorCode);
 /// There are no output records: `*value` becomes null, `*size` 0, and the result is HX_NO_MORE_RECORDS.
 HX_EXPORT unsigned hx_component_getRecordValue(void* component, size_t index, void** value, size_t* size,
                                                int* errorCode);
-/// The messages since the last configuration or execution began, as a document. HX_NO_COMPONENT for a null component.
+/// The messages since the last configuration or execution began, as a document. HX_NO_COMPONENT for a component that is
+/// none.
 HX_EXPORT unsigned hx_component_getMessages(void* component, char* buffer, size_t size, size_t* needed, int* errorCode);
 
 #ifdef __cplusplus

@@ -11,6 +11,8 @@
 #if defined(TARN_WITH_HIGHWAY)
 #include <hwy/contrib/sort/vqsort.h>
 #include <hwy/targets.h>
+
+#include "machine/ThreadOwned.h"
 #endif
 
 namespace KeySorts {
@@ -28,8 +30,8 @@ bool HasVectorSort() {
 }
 
 void VectorSort(std::uint64_t* keys, std::size_t count) {
-    thread_local const hwy::Sorter sorter;  // it holds a buffer that is worth keeping
-    sorter(keys, count, hwy::SortAscending());
+    static const ThreadOwned<hwy::Sorter> sorters;  // each holds a buffer that is worth keeping
+    sorters.OfThisThread()(keys, count, hwy::SortAscending());
 }
 
 #else

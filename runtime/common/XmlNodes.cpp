@@ -1,6 +1,7 @@
 #include "runtime/common/XmlNodes.h"
 
 #include <new>
+#include <utility>
 
 #include "runtime/common/XmlCharacters.h"
 
@@ -19,13 +20,11 @@ pugi::xml_node Append(pugi::xml_node parent, pugi::xml_node_type type) {
     return node;
 }
 
-/// The library's own ways to append something together with its name drop the answer to the name.
-void AppendExactAttribute(pugi::xml_node element, const char* name, const char* value) {
-    pugi::xml_attribute attribute = element.append_attribute("");
-    Demand(!attribute.empty());
-    Demand(attribute.set_name(name));
-    Demand(attribute.set_value(value));
-}
+/// Collects what is written in a text.
+struct TextWriter : pugi::xml_writer {
+    void write(const void* data, std::size_t size) override { text.append(static_cast<const char*>(data), size); }
+    std::string text;
+};
 
 }  // namespace
 
@@ -36,8 +35,27 @@ pugi::xml_node AppendElement(pugi::xml_node parent, const char* name) {
     return element;
 }
 
+// The library's own ways to append something together with its name drop the answer to the name.
+void AppendExactAttribute(pugi::xml_node element, const char* name, const char* value) {
+    pugi::xml_attribute attribute = element.append_attribute("");
+    Demand(!attribute.empty());
+    Demand(attribute.set_name(name));
+    Demand(attribute.set_value(value));
+}
+
 void AppendAttribute(pugi::xml_node element, const char* name, std::string_view value) {
     if (!element.empty()) AppendExactAttribute(element, name, WithXmlCharactersOnly(value).c_str());
+}
+
+std::string TextOf(const pugi::xml_document& document) {
+    TextWriter writer;
+    document.save(writer, "", pugi::format_raw);
+    return std::move(writer.text);
+}
+
+bool IsWellFormed(const pugi::xml_parse_result& parsed) {
+    Demand(parsed.status != pugi::status_out_of_memory);
+    return static_cast<bool>(parsed);
 }
 
 }  // namespace XmlNodes

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <new>
 #include <pugixml.hpp>
 #include <utility>
 
@@ -81,10 +80,10 @@ XMLDocument XMLDocument::FromText(const std::string& text) {
     // A text of blanks alone is a text where it is all that an element holds.
     constexpr unsigned kFlags = pugi::parse_default | pugi::parse_ws_pcdata_single;
     const auto parsed = content->document.load_buffer(text.data(), text.size(), kFlags, pugi::encoding_utf8);
-    if (parsed.status == pugi::status_out_of_memory) throw std::bad_alloc();
     // The parser takes several roots; XML does not.
     const auto isElement = [](const pugi::xml_node& node) { return node.type() == pugi::node_element; };
-    if (parsed && std::count_if(content->document.begin(), content->document.end(), isElement) == 1) {
+    if (XmlNodes::IsWellFormed(parsed) &&
+        std::count_if(content->document.begin(), content->document.end(), isElement) == 1) {
         document.content_ = std::move(content);
     }
     return document;

@@ -4,9 +4,11 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <memory>
 #include <new>
 #include <string>
 
+#include "component/LivingComponents.h"
 #include "component/ModuleInformation.h"
 #include "component/TARNComponentBuilder.h"
 #include "component/TARNComponentFactory.h"
@@ -29,23 +31,41 @@ static_assert(std::ranges::all_of(std::array{HX_ERROR_NO_COMPONENT, HX_ERROR_SET
 /// never comes back here; atomic, since a host with several threads may be making components while it is set again.
 std::atomic<HXHost*> host = nullptr;
 
+/// Never destroyed: a host may have a thread in the library when the process ends.
+LivingComponents& Components() {
+    static auto* const components = new LivingComponents;
+    return *components;
+}
+
 constexpr int kOnlyInput = 0;
 constexpr int kOutputs[] = {HX_OUTPUT_STATISTICS_DOCUMENT};
 constexpr int kOutputCount = 1;
 
 /// Does one operation of a component for a host that may have given no place for the error code. What the operation
-/// throws, which is little but exhausted memory, becomes a number here.
+/// throws, which is little but exhausted memory, becomes a number here. `noComponent` answers a handle that is none of
+/// a living component, or of one that is at work: whose host calls from a second thread, or from one of its functions.
 template <typename Operation>
-unsigned OnComponent(void* component, int* errorCode, Operation operation) noexcept {
-    if (component == nullptr) return HX_BAD_HANDLE;
+unsigned OnComponent(void* handle, int* errorCode, Operation operation, unsigned noComponent = HX_BAD_HANDLE) noexcept {
     int ignored = 0;
     if (errorCode == nullptr) errorCode = &ignored;
     try {
-        return operation(*static_cast<TARNComponentBuilder*>(component), errorCode);
+        const LivingComponents::Use use(Components(), handle);
+        return use.Component() == nullptr ? noComponent : operation(*use.Component(), errorCode);
     } catch (...) {
         *errorCode = HX_ERROR_OUT_OF_MEMORY;
         return HX_FAILED;
     }
+}
+
+/// Makes a component that is known by its handle; null where memory is exhausted.
+TARNComponentBuilder* MakeKnownComponent(HXContext* context) noexcept try {
+    TARNComponentFactory factory;
+    HXHost* hostOfComponent = host;
+    std::unique_ptr<TARNComponentBuilder> builder(factory.MakeBuilder(context, hostOfComponent));
+    if (builder != nullptr) Components().Add(builder.get());
+    return builder.release();
+} catch (...) {
+    return nullptr;
 }
 
 }  // namespace
@@ -73,9 +93,7 @@ unsigned hx_getModuleInformation(char* buffer, size_t bufferSize, size_t* needed
 // ---- A component's life ----
 
 unsigned hx_create_component(HXContext* context, void*, void** component, int* errorCode) {
-    TARNComponentFactory factory;
-    HXHost* hostOfComponent = host;
-    TARNComponentBuilder* const builder = factory.MakeBuilder(context, hostOfComponent);
+    TARNComponentBuilder* const builder = component == nullptr ? nullptr : MakeKnownComponent(context);
     if (builder == nullptr) {
         if (errorCode != nullptr) *errorCode = HX_ERROR_NO_COMPONENT;
         return HX_FAILED;
@@ -84,12 +102,14 @@ unsigned hx_create_component(HXContext* context, void*, void** component, int* e
     return HX_OK;
 }
 
-unsigned hx_destroy_component(void* component) {
-    if (component == nullptr) return HX_BAD_HANDLE;
+unsigned hx_destroy_component(void* component) try {
+    if (!Components().Remove(component)) return HX_BAD_HANDLE;
     // The memory alone: the destructor is not run, and what the end of an execution did not release stays. Hosts are
     // built against this, and it changes only together with them.
     ::operator delete(component);
     return HX_OK;
+} catch (...) {
+    return HX_BAD_HANDLE;
 }
 
 unsigned hx_component_configure(void* component, int* errorCode) {
@@ -124,10 +144,10 @@ unsigned hx_component_getIteratorRequirements(void* component, long long* inputC
 }
 
 unsigned hx_component_getMessages(void* component, char* buffer, size_t size, size_t* needed, int* errorCode) {
-    if (component == nullptr) return HX_NO_COMPONENT;
-    return OnComponent(component, errorCode, [=](TARNComponentBuilder& builder, int* error) {
+    const auto operation = [=](TARNComponentBuilder& builder, int* error) {
         return builder.GetErrorDetail(buffer, size, needed, error);
-    });
+    };
+    return OnComponent(component, errorCode, operation, HX_NO_COMPONENT);
 }
 
 // ---- An execution ----
@@ -145,9 +165,15 @@ unsigned hx_component_endExecution(void* component, int* errorCode) {
                        [](TARNComponentBuilder& builder, int* error) { return builder.EndExecution(error); });
 }
 
-unsigned hx_component_cancelExecution(void* component, int* errorCode) {
-    return OnComponent(component, errorCode,
-                       [](TARNComponentBuilder& builder, int* error) { return builder.CancelExecution(error); });
+/// Reaches a component that is at work, which is what a cancel is for.
+unsigned hx_component_cancelExecution(void* component, int* errorCode) try {
+    int ignored = 0;
+    int* const error = errorCode == nullptr ? &ignored : errorCode;
+    const bool isReached =
+        Components().Reach(component, [=](TARNComponentBuilder& builder) { builder.CancelExecution(error); });
+    return isReached ? HX_OK : HX_BAD_HANDLE;
+} catch (...) {
+    return HX_BAD_HANDLE;
 }
 
 unsigned hx_component_nextRecord(void* component, int* errorCode) {

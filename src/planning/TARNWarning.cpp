@@ -1,11 +1,13 @@
 #include "planning/TARNWarning.h"
 
+#include "machine/ThreadOwned.h"
+
 TARNWarning& TARNWarning::Instance() {
     static TARNWarning* const instance = new TARNWarning;
     return *instance;
 }
 
 std::vector<QKStatus>& TARNWarning::OfThisThread() {
-    thread_local std::vector<QKStatus> warnings;
-    return warnings;
+    static const ThreadOwned<std::vector<QKStatus>> warnings;
+    return warnings.OfThisThread();
 }

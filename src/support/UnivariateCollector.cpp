@@ -21,18 +21,13 @@ std::unique_ptr<QKUnivariateVariable> UnivariateCollector::MakeVariable(int fiel
 }
 
 bool UnivariateCollector::Request(int field, int code) {
-    std::unique_ptr<QKUnivariateVariable>* variable = nullptr;
-    try {
-        variable = &variables[field];
-        if (*variable == nullptr) *variable = MakeVariable(field);
-    } catch (const std::exception&) {
-        return false;
-    }
-    if (*variable == nullptr) return false;
+    std::unique_ptr<QKUnivariateVariable>& variable = variables[field];
+    if (variable == nullptr) variable = MakeVariable(field);
+    if (variable == nullptr) return false;
 
     const bool wantsQuantiles = code == Statistic::kMedian || code == Statistic::kQuantiles || code == Statistic::kAll;
     if (wantsQuantiles && !RequestQuantiles(field)) return false;
-    (*variable)->AddStatistic(code);
+    variable->AddStatistic(code);
     return true;
 }
 

@@ -295,7 +295,13 @@ std::ptrdiff_t ChildCount(const pugi::xml_node& node) {
     return std::distance(node.begin(), node.end());
 }
 
-TEST_F(EntryPoints, ExhaustedMemoryBecomesAResultWhereverItComes) {
+/// One allocation fails, or that one and all after it.
+class ExhaustedMemory : public HostedComponent, public testing::WithParamInterface<bool> {};
+
+INSTANTIATE_TEST_SUITE_P(, ExhaustedMemory, testing::Values(false, true),
+                         [](const auto& kind) { return kind.param ? "ForGood" : "Once"; });
+
+TEST_P(ExhaustedMemory, BecomesAResultWhereverItComes) {
     GivePair();
     bool reachedTheEnd = false;
     for (long successes = 0; !reachedTheEnd; ++successes) {
@@ -304,7 +310,7 @@ TEST_F(EntryPoints, ExhaustedMemoryBecomesAResultWhereverItComes) {
         void* made = nullptr;
         unsigned result = HX_OK;
         {
-            const AllocationFailure failure(successes);
+            const AllocationFailure failure(successes, GetParam());
             result = library.create(&host.context, nullptr, &made, &errorCode);
             if (result == HX_OK) result = library.configure(made, &errorCode);
             if (result == HX_OK) result = library.beginExecution(made, &host.progress, &errorCode);

@@ -51,6 +51,17 @@ TEST(ByteSource, KeepsAPipeForTheSecondPass) {
     EXPECT_EQ(source.ReadAll(), bytes + "end");
 }
 
+TEST(ByteSource, ATextHasABoundAndNoZeroBytes) {
+    const std::string text(std::size_t{1} << 20, 'x');
+    EXPECT_EQ(ByteSource::FromMemory("t", text).ReadText(text.size()), text);
+    EXPECT_EQ(InputErrorOf([&] { ByteSource::FromMemory("t", text + "x").ReadText(text.size()); }),
+              "t: longer than 1 MiB; expected less");
+    EXPECT_EQ(InputErrorOf([&] { ByteSource::FromMemory("t", text + '\0').ReadText(2 * text.size()); }),
+              "t: byte 1048577 is zero; expected a text");
+    EXPECT_EQ(InputErrorOf([] { ByteSource("/dev/zero").ReadText(100); }),
+              "/dev/zero: byte 1 is zero; expected a text");
+}
+
 TEST(ByteSource, TellsWhatCannotBeRead) {
     EXPECT_EQ(InputErrorOf([] { ByteSource("/no/such/file.csv"); }),
               "/no/such/file.csv: cannot be read: No such file or directory; expected a readable file");

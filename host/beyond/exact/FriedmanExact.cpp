@@ -9,6 +9,7 @@
 #include <numeric>
 #include <utility>
 
+#include "host/beyond/StopQuestion.h"
 #include "host/beyond/exact/StateMap.h"
 
 namespace tarn {
@@ -189,6 +190,7 @@ class RowByRow {
         const bool isFirst = total_ == 0;
         next_.Clear();
         const bool hasRoom = states_.ForEach([&](Key key, double probability) {
+            AskNowAndThen();
             Lanes lanes;
             Unpack(key, lanes);
             if (isFirst) return next_.Add(WithAdded(lanes, arrangements_.data()), probability);
@@ -219,6 +221,7 @@ class RowByRow {
                                                           design_.observed.begin(), std::uint64_t{0});
         double tail = 0;
         states_.ForEach([&](Key key, double probability) {
+            AskNowAndThen();
             Lanes lanes;
             Unpack(key, lanes);
             std::size_t hits = 0;

@@ -9,6 +9,7 @@
 #include <numeric>
 #include <vector>
 
+#include "host/beyond/StopQuestion.h"
 #include "host/beyond/exact/RankSumExact.h"
 
 namespace tarn {
@@ -141,6 +142,7 @@ Numbers UntiedU(std::int64_t first, std::int64_t second) {
     std::vector<Numbers> byFirst(columns, Numbers{1.0});  // for each size of the second group, and none in the first
     for (std::int64_t i = 1; i <= first; ++i) {
         for (std::int64_t j = 1; j <= second; ++j) {
+            AskNowAndThen();
             // The largest case is in the first group, or in the second and above the i of the first.
             const double ofFirst = static_cast<double>(i) / static_cast<double>(i + j);
             const auto column = static_cast<std::size_t>(j);
@@ -159,7 +161,10 @@ Row UntiedDistribution(const Integers& sizes) {
     for (std::size_t g = 1; g < sizes.size(); ++g) {
         const Numbers u = UntiedU(std::max(earlier, sizes[g]), std::min(earlier, sizes[g]));
         Numbers sum(all.size() + u.size() - 1, 0.0);
-        for (std::size_t k = 0; k < u.size(); ++k) AddScaled(all, u[k], sum.data() + k);
+        for (std::size_t k = 0; k < u.size(); ++k) {
+            AskNowAndThen();
+            AddScaled(all, u[k], sum.data() + k);
+        }
         all = std::move(sum);
         earlier += sizes[g];
     }
@@ -210,6 +215,7 @@ class SharingOut {
     void AddGroup(std::size_t group, std::int64_t tied) {
         States next;
         for (const auto& [key, row] : states_) {
+            AskNowAndThen();
             std::int64_t earlier = 0;
             std::int64_t all = 0;
             for (std::size_t g = 0; g < sizes_.size(); ++g) {

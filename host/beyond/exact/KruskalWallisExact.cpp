@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "host/beyond/StopQuestion.h"
 #include "host/beyond/exact/GroupScatter.h"
 #include "host/beyond/exact/GroupScores.h"
 #include "host/beyond/exact/StateMap.h"
@@ -103,8 +104,10 @@ class CaseByCase {
         states_.Add(0, 1);
         for (std::size_t given = 0; given + 1 < design_.Cases(); ++given) {
             next_.Clear();
-            const bool hasRoom =
-                states_.ForEach([&](Key key, double probability) { return GiveNext(key, probability, given); });
+            const bool hasRoom = states_.ForEach([&](Key key, double probability) {
+                AskNowAndThen();
+                return GiveNext(key, probability, given);
+            });
             if (!hasRoom) return std::nullopt;
             std::swap(states_, next_);
             soFar_ += Lane(design_.steps[given]);

@@ -1,4 +1,5 @@
 #include "host/beyond/exact/MarginalHomogeneityExact.h"
+#include "host/beyond/StopQuestion.h"
 
 #include <algorithm>
 #include <cmath>
@@ -79,6 +80,7 @@ std::vector<double> PositiveSums(const Multiples& multiples) {
     for (const Multiples::Counted& one : multiples.differences) {
         const auto shift = static_cast<std::size_t>(one.multiple);
         for (std::int64_t i = 0; i < one.count; ++i) {
+            AskNowAndThen();
             largest += shift;
             for (std::size_t sum = largest + 1; sum-- > shift;) {
                 probabilities[sum] = kHalf * (probabilities[sum] + probabilities[sum - shift]);

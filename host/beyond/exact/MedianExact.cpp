@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <numeric>
 
+#include "host/beyond/StopQuestion.h"
 #include "host/beyond/exact/WalkFromMode.h"
 #include "host/beyond/exact/WideInteger.h"
 
@@ -143,6 +144,7 @@ std::vector<Outcome> WithGroup(const Groups& groups, const SumOfShares& sums, co
     const std::vector<double> chances = BinomialChances(groups, group);
     std::vector<Outcome> next;
     for (const Outcome& outcome : outcomes) {
+        AskNowAndThen();
         for (std::int64_t more = 0; more <= groups.MostAboveIn(group); ++more) {
             if (!CanBeCompleted(groups, outcome.above + more, sizeDone)) continue;
             next.push_back({outcome.above + more, outcome.sum + sums.Term(size, more),
@@ -164,6 +166,7 @@ double ShareReaching(const Groups& groups, const SumOfShares& sums, const std::v
     double all = 0;
     double reaching = 0;
     for (const Outcome& outcome : outcomes) {
+        AskNowAndThen();
         const std::int64_t left = groups.above - outcome.above;
         for (std::int64_t more = std::max<std::int64_t>(0, left - lastSize); more <= std::min(left, nextToLastSize);
              ++more) {

@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "host/beyond/StopQuestion.h"
 #include "host/beyond/exact/UntiedRankSum.h"
 #include "host/beyond/exact/WideInteger.h"
 
@@ -198,6 +199,7 @@ Rows MakeRows(const Reduced& half, double chance) {
     for (std::int64_t i = 1; i <= cases; ++i) {
         const std::int64_t fewest = std::max<std::int64_t>(0, half.fewest - (cases - i));
         for (std::int64_t chosen = std::min(i, half.most); chosen >= std::max<std::int64_t>(fewest, 1); --chosen) {
+            AskNowAndThen();
             const auto row = static_cast<std::size_t>(chosen);
             const std::int64_t shift = half.scores[static_cast<std::size_t>(i) - 1] - half.scores[row - 1];
             AddCase(rows.probabilities[row], rows.probabilities[row - 1], static_cast<std::size_t>(shift), chance);
@@ -307,6 +309,7 @@ ExactTails TailsOf(const Cases& cases, const Tables& tables) {
     ExactTails tails{0, 0, 0};
     double all = 0;
     for (std::int64_t below = tables.halves.lower.fewest; below <= tables.halves.lower.most; ++below) {
+        AskWhetherToStop();
         const RowPair pair = PairOf(tables, below, cases.chosen - below);
         for (const double probability : pair.lower) all += probability * pair.upToPlace.back();
         tails.less += pair.AtMost(limits.less);

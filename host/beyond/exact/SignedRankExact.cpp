@@ -1,4 +1,5 @@
 #include "host/beyond/exact/SignedRankExact.h"
+#include "host/beyond/StopQuestion.h"
 
 #include <algorithm>
 #include <cmath>
@@ -88,6 +89,7 @@ LowerTail LowerTailOf(const Signs& signs, std::int64_t limit) {
     before[0] = 1;
     std::size_t end = 1;  // of the sums that there are so far
     for (const std::int64_t rank : signs.ranks) {
+        AskWhetherToStop();
         const auto shift = std::min(static_cast<std::size_t>(rank), places);
         const std::size_t newEnd = std::min(places, end + shift);
         double* __restrict const to = after.data();

@@ -1,4 +1,5 @@
 #include "host/beyond/exact/SmirnovExact.h"
+#include "host/beyond/StopQuestion.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -107,7 +108,10 @@ class Paths {
 double ChanceToReach(const std::vector<std::int64_t>& ends, const Sizes& sizes, const Bounds& bounds) {
     Paths paths(sizes, bounds);
     for (std::size_t b = 0; b < ends.size() && !paths.AreAllTaken(); ++b) {
-        for (std::int64_t i = 0; i < ends[b]; ++i) paths.Draw();
+        for (std::int64_t i = 0; i < ends[b]; ++i) {
+            AskNowAndThen();
+            paths.Draw();
+        }
         paths.EndBlock();
     }
     return paths.Taken();

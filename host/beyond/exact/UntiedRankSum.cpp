@@ -1,4 +1,5 @@
 #include "host/beyond/exact/UntiedRankSum.h"
+#include "host/beyond/StopQuestion.h"
 
 #include <algorithm>
 #include <cmath>
@@ -82,6 +83,7 @@ double UntiedRankSum::LowerTail() const {
     double sum = 1;
     int vanished = 0;
     for (std::int64_t point = 1; 2 * point <= points_ && (areAllNeeded_ || vanished < kManyInARow); ++point) {
+        AskNowAndThen();
         const double angle = 2 * std::numbers::pi * static_cast<double>(point) / static_cast<double>(points_);
         Complex value = atAxis / OneLess(1, rate_, angle);
         for (std::int64_t i = 1; i <= smaller_; ++i) {

@@ -171,10 +171,53 @@ TEST(JsonDocument, KeepsTheOrderOfKeys) {
     EXPECT_EQ(ReadJson(source).dump(), R"({"z":[1,{"y":null,"x":true}],"a":-1.5})");
 }
 
-TEST(JsonDocument, ReadsDeepNesting) {
-    constexpr std::size_t kDepth = 200000;
-    ByteSource source = ByteSource::FromMemory("x.json", std::string(kDepth, '[') + std::string(kDepth, ']'));
-    EXPECT_TRUE(ReadJson(source).is_array());
+std::string JsonErrorOf(const std::string& text) {
+    return InputErrorOf([&] {
+        ByteSource source = ByteSource::FromMemory("x.json", text);
+        static_cast<void>(ReadJson(source));
+    });
+}
+
+std::string Nested(std::size_t depth) {
+    return std::string(depth, '[') + std::string(depth, ']');
+}
+
+TEST(JsonDocument, NestsSixtyFourDeepAndNoDeeper) {
+    EXPECT_EQ(JsonErrorOf(Nested(64)), "no error");
+    EXPECT_EQ(JsonErrorOf(Nested(65)),
+              "x.json:1:65: arrays and objects nest deeper than 64; expected fewer in one another");
+    EXPECT_EQ(JsonErrorOf("{\n \"a\":" + Nested(60000) + "}"),
+              "x.json:2:69: arrays and objects nest deeper than 64; expected fewer in one another");
+    std::string objects;
+    for (int i = 0; i < 20000; ++i) objects += "{\"a\":";
+    EXPECT_EQ(JsonErrorOf(objects),
+              "x.json:1:321: arrays and objects nest deeper than 64; expected fewer in one another");
+}
+
+TEST(JsonDocument, BracketsInTextsDontNest) {
+    EXPECT_EQ(JsonErrorOf("[\"" + std::string(100, '[') + "\\\"" + std::string(100, '{') + "\"]"), "no error");
+    std::string beside = "[";
+    for (int i = 0; i < 100; ++i) beside += "[{}],";
+    EXPECT_EQ(JsonErrorOf(beside + "0]"), "no error");
+}
+
+TEST(JsonDocument, FindsARepeatedKeyAmongMany) {
+    std::string object = "{";
+    for (int i = 0; i < 100; ++i) object += "\"k" + std::to_string(i) + "\":" + std::to_string(i) + ",";
+    ByteSource source = ByteSource::FromMemory("x.json", object + "\"last\":1}");
+    const auto json = ReadJson(source);
+    EXPECT_EQ(json.size(), 101u);
+    EXPECT_EQ(json.begin().key(), "k0");
+    EXPECT_EQ(json.at("k57"), 57);
+    for (const char* key : {"k0", "k16", "k17", "k99"}) {
+        EXPECT_EQ(JsonErrorOf(object + "\"" + key + "\":1}"),
+                  std::string("x.json: key \"") + key + "\" stands twice in one object; expected once");
+    }
+}
+
+TEST(JsonDocument, ZeroBytesAreRefusedBeforeTheyTakeAllMemory) {
+    ByteSource source("/dev/zero");
+    EXPECT_EQ(InputErrorOf([&] { static_cast<void>(ReadJson(source)); }), "/dev/zero: byte 1 is zero; expected a text");
 }
 
 }  // namespace

@@ -1,0 +1,40 @@
+#include "host/plan/PlanSize.h"
+
+#include <string>
+#include <vector>
+
+#include "host/engine/KnownKeys.h"
+#include "host/engine/RunSize.h"
+#include "vocabulary/SettingKeys.h"
+#include "vocabulary/TestFacts.h"
+
+namespace tarn {
+
+namespace {
+
+void AddPlannedTest(const std::string& name, const QKSettings& entry, RunSize& size) {
+    size.AddTests(1);
+    std::vector<std::string> fields;
+    entry.GetSettingValByName(SettingKey::kVariableName, fields);
+    if (name == Tests::kMarginalHomogeneity.Setting() && !fields.empty()) size.AddSquare(size.CategoriesOf(fields[0]));
+    std::string comparison;
+    if (!entry.GetSettingValByName(SettingKey::kTypeOfMultipleComparison, comparison)) return;
+    if (comparison != MultipleComparisonType::kPairWise) return;
+    std::string group;
+    const bool hasGroups = entry.GetSettingValByName(SettingKey::kGroupVariableName, group);
+    size.AddPairs(hasGroups ? size.CategoriesOf(group) : fields.size(), 1);
+}
+
+}  // namespace
+
+void CheckSizeOfPlan(const PlanSettings& plan, const Table& table, std::size_t limit) {
+    RunSize size(table, IsTrue(plan.settings, kBrief));
+    for (std::size_t i = 0; i < plan.settings.Size(); ++i) {
+        const QKSetting& setting = plan.settings.GetSettingAt(i);
+        const auto* const entry = dynamic_cast<const QKSettingListValue*>(&setting.GetValue());
+        if (entry != nullptr) AddPlannedTest(setting.GetName(), entry->GetListValue(), size);
+    }
+    size.Check("the plan", limit);
+}
+
+}  // namespace tarn
