@@ -248,6 +248,26 @@ TEST(Plots, SeveralTestsAreNoPlotAndNothingIsWritten) {
     EXPECT_EQ(scratch.Files(), std::vector<std::string>{});
 }
 
+TEST(Plots, CategoriesHaveTheirNamesAtTheAxis) {
+    const ScratchFolder scratch;
+    const CommandResult result = RunTarn(
+        Example("sleep_clinic", {"--independent", "quality", "--group", "arm", "--plot", scratch.Path("quality.svg")}));
+    ASSERT_EQ(result.exitStatus, 0) << result.err;
+    const std::string svg = harness::ReadFile(scratch.Path("quality.svg"));
+    for (const char* name : {">poor<", ">fair<", ">good<", ">very good<"}) {
+        EXPECT_NE(svg.find(name), std::string::npos) << name;
+    }
+}
+
+TEST(Plots, AFileIsNotWrittenTwice) {
+    const ScratchFolder scratch;
+    const std::string path = scratch.Path("same");
+    const CommandResult result = RunTarn(With(AllTests()[6], {"--report", path, "--plot", path}));
+    EXPECT_EQ(result.exitStatus, 2);
+    EXPECT_EQ(result.err, "tarn: --plot: \"" + path + "\" is the file of --report, too; expected another one\n");
+    EXPECT_EQ(scratch.Files(), std::vector<std::string>{});
+}
+
 TEST(Plots, OfPartsGoIntoTheReport) {
     const CommandResult result = RunTarn(
         Example("sleep_clinic", {"--independent", "age", "--group", "arm", "--split", "sex", "--plot", "no.svg"}));
