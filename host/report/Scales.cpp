@@ -1,7 +1,9 @@
 #include "host/report/Scales.h"
-#include "vocabulary/TestFacts.h"
 
 #include <string>
+
+#include "host/TextList.h"
+#include "vocabulary/TestFacts.h"
 
 namespace tarn {
 
@@ -40,6 +42,21 @@ std::vector<Scale> ScalesOf(const TestResult& test, const ResultDocument& docume
         if (const ResultField* const field = fieldAt(0)) scales.push_back(ScoresOf(*field));
     }
     return scales;
+}
+
+std::string OrderText(const Scale& scale) {
+    constexpr std::size_t kMostShown = 12;
+    constexpr std::size_t kShownOfMany = 5;
+    const bool hasScores = !scale.scores.empty();
+    std::vector<std::string> parts;
+    for (std::size_t i = 0; i < scale.categories.size(); ++i) {
+        if (scale.categories.size() > kMostShown && i == kShownOfMany) {
+            parts.emplace_back("...");
+            i = scale.categories.size() - 1;
+        }
+        parts.push_back(scale.categories[i] + (hasScores ? " " + ShortNumber(scale.scores[i]) : ""));
+    }
+    return JoinList(parts, hasScores ? ", " : " < ");
 }
 
 }  // namespace tarn

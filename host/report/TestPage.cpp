@@ -11,6 +11,7 @@
 #include "host/report/PageStatistics.h"
 #include "host/report/PageTables.h"
 #include "host/report/PageText.h"
+#include "host/report/Scales.h"
 #include "vocabulary/TestFacts.h"
 
 namespace tarn {
@@ -74,22 +75,6 @@ std::vector<std::string> ClassesOf(const TestResult& test, const ResultDocument&
 }
 
 // ---- Facts ----
-
-/// "low < high", or "poor 1, good 2"; of many categories the first and the last.
-std::string OrderText(const Scale& scale) {
-    constexpr std::size_t kMostShown = 12;
-    constexpr std::size_t kShownOfMany = 5;
-    const bool hasScores = !scale.scores.empty();
-    std::vector<std::string> parts;
-    for (std::size_t i = 0; i < scale.categories.size(); ++i) {
-        if (scale.categories.size() > kMostShown && i == kShownOfMany) {
-            parts.emplace_back("...");
-            i = scale.categories.size() - 1;
-        }
-        parts.push_back(scale.categories[i] + (hasScores ? " " + ShortNumber(scale.scores[i]) : ""));
-    }
-    return JoinList(parts, hasScores ? ", " : " < ");
-}
 
 std::vector<PageFact> OrdersOf(const TestReading& reading) {
     std::vector<PageFact> orders;

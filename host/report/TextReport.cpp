@@ -9,6 +9,8 @@
 #include "host/NumberText.h"
 #include "host/TextTable.h"
 #include "host/report/AdjustedPValues.h"
+#include "host/report/ResultPage.h"
+#include "host/report/Scales.h"
 #include "host/report/SupplementText.h"
 #include "vocabulary/TestFacts.h"
 
@@ -105,23 +107,12 @@ class Block {
                (reading_.isMissing ? " missing)" : " missing or left out)");
     }
 
-    /// "Order of dose: low < high", or "Scores of quality: poor 1, good 2"; of many categories the first and the last.
+    /// "Order of dose: low < high", or "Scores of quality: poor 1, good 2".
     static std::string ScaleLine(const Scale& scale) {
-        constexpr std::size_t kMostShown = 12;
-        constexpr std::size_t kShownOfMany = 5;
-        const bool hasScores = !scale.scores.empty();
         // Numbers that stand for themselves need no line.
         if (scale.categories.empty() || scale.categories == scale.scores) return "";
-        std::vector<std::string> parts;
-        for (std::size_t i = 0; i < scale.categories.size(); ++i) {
-            if (scale.categories.size() > kMostShown && i == kShownOfMany) {
-                parts.emplace_back("...");
-                i = scale.categories.size() - 1;
-            }
-            parts.push_back(scale.categories[i] + (hasScores ? " " + ShortNumber(scale.scores[i]) : ""));
-        }
-        return kIndent + ((hasScores ? "Scores of " : "Order of ") + scale.field) + ": " +
-               JoinList(parts, hasScores ? ", " : " < ") + "\n";
+        return kIndent + ((scale.scores.empty() ? "Order of " : "Scores of ") + scale.field) + ": " + OrderText(scale) +
+               "\n";
     }
 
     TextTable Results() const {
@@ -306,8 +297,6 @@ class Block {
 };
 
 constexpr const char* kNoTest = "No test of the request is known.\n";
-/// From so many tests on a chance result is likely enough that significances are shown adjusted for their number.
-constexpr std::size_t kFewestForSummary = 5;
 
 std::string NumberedTitle(std::size_t number, const TestReading& reading) {
     return std::to_string(number) + " " + reading.title;

@@ -40,6 +40,7 @@ class Sheet {
     bool IsEmpty() const { return rows_.empty(); }
 
     void WriteTo(lxw_workbook* workbook, lxw_format* bold) const {
+        CheckSize();
         lxw_worksheet* const sheet = workbook_add_worksheet(workbook, name_.c_str());
         if (sheet == nullptr) throw InputError(std::string(kCannot) + "no sheet " + name_);
         for (std::size_t column = 0; column < titles_.size(); ++column) {
@@ -59,6 +60,26 @@ class Sheet {
 
     static void Check(lxw_error error) {
         if (error != LXW_NO_ERROR) throw InputError(kCannot + std::string(lxw_strerror(error)));
+    }
+
+    /// What a spreadsheet can't hold is told before the library does it in words of its own.
+    void CheckSize() const {
+        constexpr std::size_t kMostRows = 1048576;
+        constexpr std::size_t kLongestText = 32767;
+        const std::string instead = "; --format json holds it";
+        if (rows_.size() >= kMostRows) {
+            throw InputError(kCannot + std::to_string(rows_.size()) + " rows of " + name_ + ", and a sheet has " +
+                             std::to_string(kMostRows) + instead);
+        }
+        const auto check = [&](const std::string& text) {
+            if (text.size() <= kLongestText) return;
+            throw InputError(kCannot + ("a text of " + std::to_string(text.size())) + " bytes, " + Quoted(text) +
+                             ", and a cell holds " + std::to_string(kLongestText) + instead);
+        };
+        std::ranges::for_each(titles_, check);
+        for (const auto& row : rows_) {
+            for (const PageCell& cell : row) check(cell.text);
+        }
     }
 
     static void WriteCell(lxw_worksheet* sheet, std::size_t row, std::size_t column, const PageCell& cell) {

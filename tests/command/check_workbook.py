@@ -92,6 +92,17 @@ def check_names():
     assert {row["part"] for row in parts["Statistics"]} <= {"g = " + name for name in names}
 
 
+def check_size():
+    with tempfile.TemporaryDirectory() as scratch:
+        path = os.path.join(scratch, "long.csv")
+        with open(path, "w", encoding="utf-8") as file:
+            file.write("x,g\n" + "".join("%d,%s%d\n" % (i, "n" * 40000, i % 2) for i in range(20)))
+        done = subprocess.run([tarn, "analyze", path, "--independent", "x", "--by", "g", "--format", "xlsx"],
+                              capture_output=True)
+    assert done.returncode == 2 and done.stdout == b"" and done.stderr.count(b"\n") == 1, done
+    assert b"a cell holds 32767; --format json holds it" in done.stderr, done.stderr
+
+
 def check_terminal():
     leader, follower = pty.openpty()
     done = subprocess.run([tarn, "analyze", "examples/tasting.csv", "--one-sample", "bitter", "--format", "xlsx"],
@@ -103,4 +114,5 @@ def check_terminal():
 
 check_numbers()
 check_names()
+check_size()
 check_terminal()
