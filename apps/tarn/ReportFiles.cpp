@@ -1,6 +1,7 @@
 #include "apps/tarn/ReportFiles.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstdlib>
 #include <ctime>
@@ -86,6 +87,19 @@ std::string OnePlot(const ReportSource& source) {
     return *svg;
 }
 
+/// One file would take the place of the other.
+void CheckPathsDiffer(const OutputOptions& output) {
+    const std::array paths{std::pair("--out", &output.outPath), std::pair("--report", &output.reportPath),
+                           std::pair("--plot", &output.plotPath)};
+    for (std::size_t i = 0; i < paths.size(); ++i) {
+        for (std::size_t k = 0; k < i; ++k) {
+            if (paths[i].second->empty() || *paths[i].second != *paths[k].second) continue;
+            throw InputError(std::string(paths[i].first) + ": " + Quoted(*paths[i].second) + " is the file of " +
+                             paths[k].first + ", too; expected another one");
+        }
+    }
+}
+
 void WritePlots(const std::string& folder, const ReportSource& source) {
     std::error_code error;
     std::filesystem::create_directories(folder, error);
@@ -117,6 +131,7 @@ ReportFacts FactsOf(const AnalyzeOptions& options, std::vector<std::string> note
 }
 
 void WriteReports(const OutputOptions& output, const ReportSource& source, const ReportFacts& facts) {
+    CheckPathsDiffer(output);
     const std::string plot = output.plotPath.empty() ? "" : OnePlot(source);
     if (!output.reportPath.empty()) WriteWholeFile(output.reportPath, HtmlOfResult(source, facts));
     if (!output.plotPath.empty()) WriteWholeFile(output.plotPath, plot);

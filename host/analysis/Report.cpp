@@ -26,8 +26,8 @@ constexpr std::size_t kPlotsOfMany = 50;
 std::optional<PlotData> PlotDataOf(const ReportSource& source, std::size_t place) {
     if (source.table == nullptr || place >= source.result.tests.size()) return std::nullopt;
     const CaseRule rule = CaseRuleOf(*source.table, source.options);
-    const PlotSource plot{*source.table, *source.environment.texts, rule,
-                          WorkShare(source.environment.threads, source.environment.isCancelled),
+    // What is stopped halfway would be drawn with half of its cases.
+    const PlotSource plot{*source.table, *source.environment.texts, rule, WorkShare(source.environment.threads, {}),
                           source.options.success};
     return PlotOf(source.result.tests[place], source.result, plot);
 }

@@ -38,8 +38,9 @@ struct ReportFacts {
 /// values aren't all finite, and without a table.
 std::optional<std::string> SvgOfTest(const ReportSource& source, std::size_t place, PictureUse use = PictureUse::kFile);
 
-/// The test at a place as a block of HTML with its plot, an `article` that needs no more of its page than
-/// `HtmlStyleSheet()`. `id` is that of the article, and begins those of what is in it.
+/// The test at a place as a block of HTML with its plot: an `article`, to stand in an element of the class `tarn` on a
+/// page that has `HtmlStyleSheet()` (host/report/HtmlReport.h). `id` is that of the article, and begins those of what
+/// is in it.
 std::string HtmlOfTest(const ReportSource& source, std::size_t place, const std::string& id = "test");
 
 /// The whole result as a page that stands by itself: no script, and nothing that would be fetched.

@@ -18,6 +18,20 @@ const std::string* LettersOf(const Supplement& supplement, const std::string& na
     return found == supplement.letters.end() ? nullptr : &found->letters;
 }
 
+/// The categories of fields that all have the same few of them, by the numbers that stand for them.
+std::vector<std::pair<double, std::string>> ValueNamesOf(const TestView& view) {
+    constexpr std::size_t kMostNames = 10;
+    const std::vector<Category>& categories = view.columns.front()->categories;
+    for (const Column* const column : view.columns) {
+        if (!column->IsCategorical() || column->IsText() || column->categories != categories) return {};
+    }
+    std::vector<std::pair<double, std::string>> names;
+    for (const Category& category : categories) {
+        names.emplace_back(category.number, ShownCategory(*view.columns.front(), category));
+    }
+    return names.size() > kMostNames ? std::vector<std::pair<double, std::string>>() : names;
+}
+
 /// Pairs by the first of their effects.
 void AddPairEffects(const PlotView& plot, IntervalsPanel& panel) {
     const auto isOfPair = [](const EffectSize& effect) { return !effect.first.empty() && !effect.value.empty(); };
@@ -64,6 +78,7 @@ SamplesPanel SamplesOf(const PlotView& plot) {
     const TestView& view = plot.view;
     SamplesPanel panel;
     panel.valueTitle = plot.ValueTitle();
+    panel.valueNames = ValueNamesOf(view);
     panel.sampleTitle = plot.GroupTitle();
     panel.colourCount = plot.ColourCount();
     const std::vector<PlotSample> shapes = ShapesOf(view.samples);

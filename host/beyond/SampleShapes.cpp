@@ -26,6 +26,17 @@ std::vector<PlotMark> DistinctValues(const AscendingSample& sample, std::size_t 
     return distinct;
 }
 
+/// How often the most frequent value stands in the list of values; once where equal ones stand as their weight.
+double MostEqual(const AscendingSample& sample) {
+    double most = 0;
+    double equal = 0;
+    for (std::size_t i = 0; i < sample.values.size(); ++i) {
+        equal = i > 0 && sample.values[i] == sample.values[i - 1] ? equal + 1 : 1;
+        most = std::max(most, equal);
+    }
+    return most;
+}
+
 PlotBox BoxOf(const AscendingSample& sample) {
     constexpr double kReach = 1.5;
     const Summary summary = SummaryOf(sample);
@@ -135,6 +146,7 @@ std::vector<PlotSample> ShapesOf(const std::vector<AscendingSample>& samples) {
     std::size_t together = 0;
     for (const AscendingSample& sample : samples) {
         areFew &= sample.values.size() <= kMostMarks;
+        areFew &= MostEqual(sample) <= kMostEqualMarks;
         together += sample.values.size();
     }
     areFew &= together <= kMostMarksTogether;

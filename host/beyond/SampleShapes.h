@@ -12,6 +12,9 @@ inline constexpr std::size_t kMostMarks = 150;
 /// With more of them in all samples a page of many tests would grow too large.
 inline constexpr std::size_t kMostMarksTogether = 450;
 
+/// And so many equal ones would stand side by side as a bar, which says less than a bar that is drawn as one.
+inline constexpr double kMostEqualMarks = 25;
+
 /// Box and marks of samples that stand side by side, without their names: all values as marks where those of each
 /// sample are few, else how dense they are, with the values beyond the whiskers, at most 25 on each side, the
 /// outermost. Values are in ascending order throughout, and no sample is empty.

@@ -173,9 +173,17 @@ std::string NavigationOf(const HtmlSource& source) {
     return html + "</ul></nav>\n";
 }
 
+/// The column of a summary that tells its rows apart: fields, or where all are about the same ones, tests.
+std::string LinkColumnOf(const PageTable& summary) {
+    for (const char* const key : {"fields", "test"}) {
+        if (std::ranges::find(summary.columns, key, &PageColumn::key) != summary.columns.end()) return key;
+    }
+    return summary.columns.empty() ? "" : summary.columns.front().key;
+}
+
 std::string SummaryOf(const HtmlSource& source) {
     if (source.summary.IsEmpty()) return "";
-    HtmlTableLook look{"Summary of the tests", "fields", {}};
+    HtmlTableLook look{"Summary of the tests", LinkColumnOf(source.summary), {}};
     for (std::size_t run = 0; run < source.runs.size(); ++run) {
         for (std::size_t i = 0; i < source.runs[run].tests.size(); ++i) {
             look.targets.push_back(IdOf(run, source.runs.size(), i));

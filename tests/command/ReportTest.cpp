@@ -248,6 +248,26 @@ TEST(Plots, SeveralTestsAreNoPlotAndNothingIsWritten) {
     EXPECT_EQ(scratch.Files(), std::vector<std::string>{});
 }
 
+TEST(Plots, CategoriesHaveTheirNamesAtTheAxis) {
+    const ScratchFolder scratch;
+    const CommandResult result = RunTarn(
+        Example("sleep_clinic", {"--independent", "quality", "--group", "arm", "--plot", scratch.Path("quality.svg")}));
+    ASSERT_EQ(result.exitStatus, 0) << result.err;
+    const std::string svg = harness::ReadFile(scratch.Path("quality.svg"));
+    for (const char* name : {">poor<", ">fair<", ">good<", ">very good<"}) {
+        EXPECT_NE(svg.find(name), std::string::npos) << name;
+    }
+}
+
+TEST(Plots, AFileIsNotWrittenTwice) {
+    const ScratchFolder scratch;
+    const std::string path = scratch.Path("same");
+    const CommandResult result = RunTarn(With(AllTests()[6], {"--report", path, "--plot", path}));
+    EXPECT_EQ(result.exitStatus, 2);
+    EXPECT_EQ(result.err, "tarn: --plot: \"" + path + "\" is the file of --report, too; expected another one\n");
+    EXPECT_EQ(scratch.Files(), std::vector<std::string>{});
+}
+
 TEST(Plots, OfPartsGoIntoTheReport) {
     const CommandResult result = RunTarn(
         Example("sleep_clinic", {"--independent", "age", "--group", "arm", "--split", "sex", "--plot", "no.svg"}));
@@ -365,12 +385,20 @@ TEST(Report, ShowsNamesAsTextWhateverTheyAre) {
 }
 
 TEST(Report, LinksTheSummaryToTheTests) {
-    const std::string html = PageOf(AllTests()[0]);
-    const std::size_t tests = JsonOf(html)["tests"].size();
-    for (std::size_t i = 1; i <= tests; ++i) {
-        const std::string id = "test-" + std::to_string(i);
-        EXPECT_EQ(CountOf(html, "href=\"#" + id + "\""), 1U) << id;
-        EXPECT_EQ(CountOf(html, "<article id=\"" + id + "\""), 1U) << id;
+    // Several fields by several tests, several tests of one field, one test of several fields, and parts.
+    const std::vector<Words> requests{
+        AllTests()[0], AllTests()[8], Example("sleep_clinic", {"--independent", "age,latency", "--group", "arm"}),
+        Example("sleep_clinic", {"--independent", "age", "--group", "arm", "--split", "sex"})};
+    for (const Words& request : requests) {
+        const std::string html = PageOf(request);
+        const std::size_t articles = CountOf(html, "<article id=\"");
+        EXPECT_GE(articles, 2U);
+        const std::string begin = "<article id=\"";
+        for (std::size_t at = html.find(begin); at != std::string::npos; at = html.find(begin, at + 1)) {
+            const std::size_t id = at + begin.size();
+            const std::string name = html.substr(id, html.find('"', id) - id);
+            EXPECT_EQ(CountOf(html, "href=\"#" + name + "\""), 1U) << name << " of " << request.back();
+        }
     }
 }
 

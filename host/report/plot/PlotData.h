@@ -65,6 +65,8 @@ struct PlotReference {
 /// Samples on one scale: groups, related fields, differences, one field.
 struct SamplesPanel {
     std::string valueTitle;
+    /// What stands for each value of a field of ordered categories; empty for one of numbers.
+    std::vector<std::pair<double, std::string>> valueNames;
     std::string sampleTitle;
     std::vector<PlotSample> samples;
     std::size_t colourCount = 1;  ///< how many groups or fields have colours together

@@ -50,6 +50,21 @@ Range RangeOf(const SamplesPanel& panel) {
     return range;
 }
 
+/// That of the values; categories have their names at it.
+ValueAxis ValuesAxis(const SamplesPanel& panel) {
+    constexpr double kNameRoom = 90;
+    const Range range = RangeOf(panel);
+    ValueAxis axis = AxisOf({range.lowest, range.highest, 6});
+    if (panel.valueNames.empty()) return axis;
+    axis.ticks.clear();
+    for (const auto& [value, name] : panel.valueNames) {
+        if (value >= axis.from && value <= axis.to) {
+            axis.ticks.push_back({value, FittedText(name, kNameRoom, kCaptionSize)});
+        }
+    }
+    return axis;
+}
+
 bool HasLetters(const SamplesPanel& panel) {
     return std::ranges::any_of(panel.samples, [](const PlotSample& sample) { return !sample.letters.empty(); });
 }
@@ -57,9 +72,8 @@ bool HasLetters(const SamplesPanel& panel) {
 // ---- Side by side ----
 
 SamplesLayout UprightLayout(const SamplesPanel& panel) {
-    const Range range = RangeOf(panel);
     SamplesLayout layout;
-    layout.axis = AxisOf({range.lowest, range.highest, 6});
+    layout.axis = ValuesAxis(panel);
     const double left = kMargin + TickRoom(layout.axis);
     const double lettersHeight = HasLetters(panel) ? kLineHeight : 0;
     constexpr double kTitleHeight = 26;
@@ -229,14 +243,13 @@ void DrawEstimates(Picture& picture, const SamplesPanel& panel, const SamplesLay
 }
 
 Picture LyingPicture(const SamplesPanel& panel) {
-    const Range range = RangeOf(panel);
     const RowSides sides = SidesOf(panel);
     Picture picture(kPlotWidth);
     constexpr double kAboveRows = 4;
     const double top = DrawKey(picture, KeyOf(panel)) + kAboveRows;
     SamplesLayout layout;
     layout.isUpright = false;
-    layout.axis = AxisOf({range.lowest, range.highest, 6});
+    layout.axis = ValuesAxis(panel);
     layout.valuesFrom = kMargin + sides.names;
     layout.valuesTo = kPlotWidth - kMargin - sides.letters;
     layout.placesFrom = top;

@@ -75,6 +75,14 @@ TEST(SampleShapes, HasOutlinesWhereAllSamplesTogetherAreMany) {
     for (const PlotSample& shape : ShapesOf(samples)) EXPECT_TRUE(shape.hasAllMarks);
 }
 
+TEST(SampleShapes, HasBarsWhereManyCasesAreEqual) {
+    std::vector<double> values(26, 1);
+    values.insert(values.end(), 10, 2);
+    EXPECT_TRUE(ShapeOf(values).isOutlineOfBars);
+    values.erase(values.begin());
+    EXPECT_TRUE(ShapeOf(values).hasAllMarks);
+}
+
 TEST(SampleShapes, HasTheDensityOfGaussianKernels) {
     const std::vector<double> values = ManyValues();
     const PlotSample shape = ShapeOf(values);
