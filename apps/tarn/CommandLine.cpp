@@ -544,7 +544,7 @@ void DescribeVerify(CLI::App& app, VerifyOptions& verify) {
 /// The same for whoever has a table of his own.
 WordsRead WordsOf(const std::vector<std::string>& words) {
     const AnalyzeOptions read = ReadAnalyzeWords(words);
-    WordsRead result{read.words, read.analysis, read.supplement, {}};
+    WordsRead result{read.words, read.analysis, read.supplement, {}, LevelsOf(read)};
     result.load.nominal = read.table.nominal;
     result.load.ordinal = read.table.ordinal;
     result.load.continuous = read.table.continuous;

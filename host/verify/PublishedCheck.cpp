@@ -23,16 +23,6 @@ Table TableOf(const std::string& csv, const WordsRead& read, const WordedAnalysi
     return ReadTable(ByteSource::FromMemory(kTable, csv), TableDescriptor(), std::move(load), ReadingOptions());
 }
 
-/// The fields whose levels were given.
-std::vector<std::string> LevelsOf(const WordsRead& read) {
-    std::vector<std::string> fields;
-    for (const auto* list : {&read.load.nominal, &read.load.ordinal, &read.load.continuous}) {
-        fields.insert(fields.end(), list->begin(), list->end());
-    }
-    for (const FieldOrder& order : read.analysis.orders) fields.push_back(order.field);
-    return fields;
-}
-
 /// The error of a significance that is one minus a distribution function.
 double AllowanceOf(const Expectation& expected, ArithmeticMode arithmetic) {
     constexpr double kErrorOfComplement = 2e-16;
@@ -58,7 +48,7 @@ bool CheckedCase::IsRight() const {
 ResultReading RunWords(const std::string& csv, const WordsRead& words, const AnalysisEnvironment& environment) {
     WordedAnalysis worded(words.words, words.analysis);
     std::vector<std::string> notes;
-    AnalysisPart part = std::move(worded.PartsOf(TableOf(csv, words, worded), LevelsOf(words), notes).front());
+    AnalysisPart part = std::move(worded.PartsOf(TableOf(csv, words, worded), words.levels, notes).front());
     PrepareTable(part.table, part.options);
     AnalysisOutcome outcome = Analyze(part.table, part.options, environment);
     if (!outcome.succeeded) throw InputError(JoinList(outcome.remarks, "; "));

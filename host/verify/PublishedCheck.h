@@ -18,6 +18,8 @@ struct WordsRead {
     SupplementOptions supplement;
     /// What was said of the columns: levels, the field of the weights.
     LoadOptions load;
+    /// The fields whose levels were given.
+    std::vector<std::string> levels;
 };
 
 /// Reads what is typed behind the table of `tarn analyze`; throws an `InputError`. Given by whoever has a command line.
