@@ -161,6 +161,10 @@ TEST(Verify, RefusesNamesBesideFunctions) {
     const CommandResult result = RunTarn({"verify", "sign", "--functions"});
     EXPECT_EQ(result.exitStatus, 2);
     EXPECT_EQ(result.err, "tarn: --functions: checks all distribution functions; expected no names beside it\n");
+    const CommandResult asDefined = RunTarn({"verify", "--as-defined", "--functions"});
+    EXPECT_EQ(asDefined.exitStatus, 2);
+    EXPECT_EQ(asDefined.err,
+              "tarn: --functions: the functions are the same in both ways to compute; expected no --as-defined\n");
 }
 
 TEST(Verify, WritesJson) {
