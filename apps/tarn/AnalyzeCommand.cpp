@@ -34,16 +34,6 @@ namespace {
 /// What stands for the category in the name of a document of a part.
 constexpr std::string_view kPlaceOfCategory = "{}";
 
-/// The fields whose levels were typed.
-std::vector<std::string> LevelsOf(const AnalyzeOptions& options) {
-    std::vector<std::string> fields;
-    for (const auto* list : {&options.table.nominal, &options.table.ordinal, &options.table.continuous}) {
-        fields.insert(fields.end(), list->begin(), list->end());
-    }
-    for (const FieldOrder& order : options.analysis.orders) fields.push_back(order.field);
-    return fields;
-}
-
 /// CSV has the statistics alone, so nothing else is made where the document isn't kept.
 AnalysisOptions Briefly(AnalysisOptions analysis, const AnalyzeOptions& options) {
     const OutputOptions& output = options.output;
@@ -230,6 +220,15 @@ ExitStatus AnalyzeParts(std::vector<AnalysisPart> parts, std::vector<std::string
 }
 
 }  // namespace
+
+std::vector<std::string> LevelsOf(const AnalyzeOptions& options) {
+    std::vector<std::string> fields;
+    for (const auto* list : {&options.table.nominal, &options.table.ordinal, &options.table.continuous}) {
+        fields.insert(fields.end(), list->begin(), list->end());
+    }
+    for (const FieldOrder& order : options.analysis.orders) fields.push_back(order.field);
+    return fields;
+}
 
 ExitStatus Analyze(const AnalyzeOptions& options) {
     CheckOutput(options.output);

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "apps/tarn/Command.h"
 #include "apps/tarn/Study.h"
 #include "apps/tarn/TableOptions.h"
@@ -20,6 +23,9 @@ struct AnalyzeOptions {
     Study study;                         ///< what was typed
     nlohmann::ordered_json studiedData;  ///< what a study says of its table; null for none
 };
+
+/// The fields whose levels were typed.
+std::vector<std::string> LevelsOf(const AnalyzeOptions& options);
 
 /// `tarn analyze`: builds the request for the user, hands it to the engine as a host does, and shows the result as a
 /// table. Fails, with the results shown, where no test could be done. Throws an `InputError` for an input that can't be

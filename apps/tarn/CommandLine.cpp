@@ -573,6 +573,7 @@ void DescribeVerify(CLI::App& app, VerifyOptions& verify) {
         ->option_text("(optional)");
     Options what(app, kWhatToTest);
     what.Flag("--functions", verify.functions, "Check the distribution functions in place of published results");
+    what.Flag("--as-defined", verify.asDefined, "Compute with the engine's fixed widths, as run does");
     what.One("--pack", verify.packFolder, "FOLDER", "Other reference data than those that tarn is installed with");
     Options output(app, kOutput);
     output.Choice("--format", "text|json|html", "What to write to standard output", [&](const std::string& format) {
@@ -586,7 +587,7 @@ void DescribeVerify(CLI::App& app, VerifyOptions& verify) {
 /// The same for whoever has a table of his own.
 WordsRead WordsOf(const std::vector<std::string>& words) {
     const AnalyzeOptions read = ReadAnalyzeWords(words);
-    WordsRead result{read.words, read.analysis, read.supplement, {}};
+    WordsRead result{read.words, read.analysis, read.supplement, {}, LevelsOf(read)};
     result.load.nominal = read.table.nominal;
     result.load.ordinal = read.table.ordinal;
     result.load.continuous = read.table.continuous;

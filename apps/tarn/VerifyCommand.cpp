@@ -54,10 +54,11 @@ std::vector<const ReferenceCase*> CasesOf(const ReferencePack& pack, const Verif
 ExitStatus VerifyPublished(const std::string& folder, const VerifyOptions& options, const WordReader& readWords,
                            const AnalysisEnvironment& environment) {
     const ReferencePack pack = ReadReferencePack(folder + kPublished);
+    const ArithmeticMode arithmetic = options.asDefined ? ArithmeticMode::kAsDefined : ArithmeticMode::kExtended;
     std::vector<CheckedCase> checked;
     for (const ReferenceCase* const each : CasesOf(pack, options)) {
         if (environment.isCancelled()) return TellMistake("cancelled; nothing is shown", ExitStatus::kRunFailed);
-        checked.push_back(CheckCase(*each, readWords, environment));
+        checked.push_back(CheckCase(*each, arithmetic, readWords, environment));
     }
     return Tell(checked, options);
 }
@@ -72,6 +73,9 @@ ExitStatus Verify(const VerifyOptions& options, const WordReader& readWords) {
     if (!options.functions) return VerifyPublished(folder, options, readWords, environment);
     if (!options.names.empty()) {
         throw InputError("--functions: checks all distribution functions; expected no names beside it");
+    }
+    if (options.asDefined) {
+        throw InputError("--functions: the functions are the same in both ways to compute; expected no --as-defined");
     }
     const std::vector<FunctionTable> tables = ReadFunctionTables(folder + kFunctions);
     return Tell(CheckFunctions(tables, readWords, environment), options);

@@ -15,6 +15,7 @@ enum class VerifyFormat { kText, kJson, kHtml };
 struct VerifyOptions {
     std::vector<std::string> names;  ///< of cases or tests; none: all
     bool functions = false;          ///< the distribution functions in place of the published results
+    bool asDefined = false;          ///< in the engine's fixed widths
     bool quiet = false;              ///< only what doesn't agree, and the summary
     std::string packFolder;          ///< another pack than that which tarn is installed with; empty: that one
     VerifyFormat format = VerifyFormat::kText;

@@ -26,9 +26,9 @@ int Magnitude(long double value) {
     return value == 0 ? 0 : static_cast<int>(std::floor(std::log10(std::fabs(value))));
 }
 
-bool IsWithinHalfAUnit(long double ours, long double printed, int decimals) {
+bool IsWithinHalfAUnit(long double ours, long double printed, int decimals, long double allowance) {
     const long double unit = std::pow(10.0L, static_cast<long double>(-decimals));
-    const long double slack = kRepresentation * std::max(std::fabs(ours), std::fabs(printed));
+    const long double slack = kRepresentation * std::max(std::fabs(ours), std::fabs(printed)) + allowance;
     return std::fabs(ours - printed) <= unit / 2 + slack;
 }
 
@@ -58,21 +58,21 @@ PrintedNumber ReadPrintedNumber(const std::string& text, const std::string& plac
     return printed;
 }
 
-Agreement Compare(const PrintedNumber& printed, const Number& ours) {
+Agreement Compare(const PrintedNumber& printed, const Number& ours, double allowance) {
     Agreement agreement;
     // The text keeps more than a double would.
     const long double value = ours.empty() ? std::nanl("") : std::strtold(ours.text.c_str(), nullptr);
     if (std::isnan(value)) return agreement;
     if (printed.isUpperBound) {
-        agreement.agrees = value < printed.value;
+        agreement.agrees = value < printed.value + allowance;
         agreement.digits = agreement.agrees ? printed.digits : 0;
         return agreement;
     }
     const int decimals = std::min(printed.decimals, kOwnDigits - 1 - Magnitude(printed.value));
     const int digits = printed.digits - (printed.decimals - decimals);
-    agreement.agrees = IsWithinHalfAUnit(value, printed.value, decimals);
+    agreement.agrees = IsWithinHalfAUnit(value, printed.value, decimals, allowance);
     for (agreement.digits = digits; agreement.digits > 0; --agreement.digits) {
-        if (IsWithinHalfAUnit(value, printed.value, decimals - (digits - agreement.digits))) break;
+        if (IsWithinHalfAUnit(value, printed.value, decimals - (digits - agreement.digits), allowance)) break;
     }
     return agreement;
 }

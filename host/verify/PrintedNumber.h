@@ -27,7 +27,7 @@ struct Agreement {
 
 /// Whether `ours`, rounded to the decimals of the printed number, is the printed number. Both roundings of a tie are
 /// right. Our numbers are written with 15 digits, so that of a longer one the first 15 count. A number that was never
-/// computed agrees with none.
-Agreement Compare(const PrintedNumber& printed, const Number& ours);
+/// computed agrees with none. `allowance` is an absolute error that ours may have beside that.
+Agreement Compare(const PrintedNumber& printed, const Number& ours, double allowance = 0);
 
 }  // namespace tarn

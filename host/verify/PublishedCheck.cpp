@@ -23,19 +23,18 @@ Table TableOf(const std::string& csv, const WordsRead& read, const WordedAnalysi
     return ReadTable(ByteSource::FromMemory(kTable, csv), TableDescriptor(), std::move(load), ReadingOptions());
 }
 
-/// The fields whose levels were given.
-std::vector<std::string> LevelsOf(const WordsRead& read) {
-    std::vector<std::string> fields;
-    for (const auto* list : {&read.load.nominal, &read.load.ordinal, &read.load.continuous}) {
-        fields.insert(fields.end(), list->begin(), list->end());
-    }
-    for (const FieldOrder& order : read.analysis.orders) fields.push_back(order.field);
-    return fields;
+/// The error of a significance that is one minus a distribution function.
+double AllowanceOf(const Expectation& expected, ArithmeticMode arithmetic) {
+    constexpr double kErrorOfComplement = 2e-16;
+    const bool isSignificance = expected.quantity == "p" || expected.quantity.starts_with("p ");
+    return arithmetic == ArithmeticMode::kAsDefined && isSignificance ? kErrorOfComplement : 0;
 }
 
-ComparedNumber ComparedOf(const Expectation& expected, const TestReading& test, const std::string& place) {
-    ComparedNumber compared{&expected, QuantityOf(test, expected.quantity, expected.of, place), {}};
-    compared.agreement = Compare(expected.Wanted(), compared.ours);
+ComparedNumber ComparedOf(const Expectation& expected, const TestReading& test, ArithmeticMode arithmetic,
+                          const std::string& place) {
+    const PrintedNumber& wanted = expected.Wanted(arithmetic);
+    ComparedNumber compared{&expected, &wanted, QuantityOf(test, expected.quantity, expected.of, place), {}};
+    compared.agreement = Compare(wanted, compared.ours, AllowanceOf(expected, arithmetic));
     compared.isNeedlesslyExcused = expected.Differs() && Compare(expected.printed, compared.ours).agrees;
     return compared;
 }
@@ -49,7 +48,7 @@ bool CheckedCase::IsRight() const {
 ResultReading RunWords(const std::string& csv, const WordsRead& words, const AnalysisEnvironment& environment) {
     WordedAnalysis worded(words.words, words.analysis);
     std::vector<std::string> notes;
-    AnalysisPart part = std::move(worded.PartsOf(TableOf(csv, words, worded), LevelsOf(words), notes).front());
+    AnalysisPart part = std::move(worded.PartsOf(TableOf(csv, words, worded), words.levels, notes).front());
     PrepareTable(part.table, part.options);
     AnalysisOutcome outcome = Analyze(part.table, part.options, environment);
     if (!outcome.succeeded) throw InputError(JoinList(outcome.remarks, "; "));
@@ -63,15 +62,17 @@ const TestReading* FindTest(const ResultReading& result, const std::string& name
     return found == result.tests.end() ? nullptr : &*found;
 }
 
-CheckedCase CheckCase(const ReferenceCase& reference, const WordReader& readWords,
+CheckedCase CheckCase(const ReferenceCase& reference, ArithmeticMode arithmetic, const WordReader& readWords,
                       const AnalysisEnvironment& environment) {
     CheckedCase checked{&reference, {}, {}};
     try {
-        const ResultReading result = RunWords(reference.Csv(), readWords(reference.request), environment);
+        WordsRead words = readWords(reference.request);
+        words.analysis.asDefined = arithmetic == ArithmeticMode::kAsDefined;
+        const ResultReading result = RunWords(reference.Csv(), words, environment);
         const TestReading* const test = FindTest(result, reference.test);
         if (test == nullptr) throw InputError("its request makes no " + reference.test);
         for (const Expectation& expected : reference.expectations) {
-            checked.numbers.push_back(ComparedOf(expected, *test, reference.name));
+            checked.numbers.push_back(ComparedOf(expected, *test, arithmetic, reference.name));
         }
     } catch (const InputError& mistake) {
         checked.mistake = mistake.what();

@@ -18,6 +18,8 @@ struct WordsRead {
     SupplementOptions supplement;
     /// What was said of the columns: levels, the field of the weights.
     LoadOptions load;
+    /// The fields whose levels were given.
+    std::vector<std::string> levels;
 };
 
 /// Reads what is typed behind the table of `tarn analyze`; throws an `InputError`. Given by whoever has a command line.
@@ -26,6 +28,7 @@ using WordReader = std::function<WordsRead(const std::vector<std::string>& words
 /// A printed number beside ours.
 struct ComparedNumber {
     const Expectation* expected;  ///< of the case
+    const PrintedNumber* wanted;  ///< what ours has to agree with
     Number ours;
     Agreement agreement;
     /// Whether a number that is told to be printed wrongly agrees nevertheless, so that the pack is wrong.
@@ -43,8 +46,9 @@ struct CheckedCase {
 };
 
 /// Runs a case as a user would, and compares its numbers. What can't be run is told in the result. `reference` is
-/// borrowed.
-CheckedCase CheckCase(const ReferenceCase& reference, const WordReader& readWords,
+/// borrowed. In the engine's fixed widths a significance may be off by the 2e-16 that it has as one minus a
+/// distribution function.
+CheckedCase CheckCase(const ReferenceCase& reference, ArithmeticMode arithmetic, const WordReader& readWords,
                       const AnalysisEnvironment& environment);
 
 /// The whole way of `tarn analyze` from the text of a table to what is shown. Throws an `InputError` for a request that

@@ -7,6 +7,7 @@
 
 #include "host/InputError.h"
 #include "host/NearestNames.h"
+#include "host/TextList.h"
 
 namespace tarn {
 
@@ -126,6 +127,15 @@ Number OfPair(const Wish& wish) {
     return {};
 }
 
+/// Of the samples that are homogeneous, named in their order.
+template <Number HomogeneousSubset::*kMember>
+Number OfSubset(const Wish& wish) {
+    for (const HomogeneousSubset& subset : wish.test.subsets) {
+        if (JoinList(subset.members) == wish.of) return subset.*kMember;
+    }
+    return {};
+}
+
 /// One name of a quantity, and how it is found.
 struct NamedQuantity {
     std::string_view name;
@@ -167,6 +177,9 @@ constexpr std::array kQuantities{
     NamedQuantity{"pair z", OfPair<&PairComparison::standardized, true>},
     NamedQuantity{"pair p", OfPair<&PairComparison::p>},
     NamedQuantity{"pair adjusted p", OfPair<&PairComparison::adjustedP>},
+    NamedQuantity{"subset statistic", OfSubset<&HomogeneousSubset::statistic>},
+    NamedQuantity{"subset p", OfSubset<&HomogeneousSubset::p>},
+    NamedQuantity{"subset adjusted p", OfSubset<&HomogeneousSubset::adjustedP>},
 };
 
 }  // namespace

@@ -57,7 +57,8 @@ void KeepDigits(PrintedNumber& printed, const Json& digits, const std::string& p
 }
 
 Expectation ExpectationOf(const Json& json, const std::string& place) {
-    const JsonKeys keys(json, place, {"quantity", "of", "printed", "digits", "source", "differs", "right"});
+    const JsonKeys keys(json, place,
+                        {"quantity", "of", "printed", "digits", "source", "differs", "right", "as_defined"});
     Expectation expectation;
     expectation.quantity = keys.Text("quantity");
     expectation.of = keys.Text("of", false);
@@ -71,6 +72,9 @@ Expectation ExpectationOf(const Json& json, const std::string& place) {
                          "both or none");
     }
     if (expectation.Differs()) expectation.right = ReadPrintedNumber(keys.Text("right"), keys.PlaceOf("right"));
+    if (keys.Has("as_defined")) {
+        expectation.asDefined = ReadPrintedNumber(keys.Text("as_defined"), keys.PlaceOf("as_defined"));
+    }
     return expectation;
 }
 

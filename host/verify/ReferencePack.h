@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "host/report/ResultDocument.h"
 #include "host/verify/PrintedNumber.h"
 
 namespace tarn {
@@ -27,10 +28,15 @@ struct Expectation {
     /// Why the printed number isn't what it should be, and what it should be; "" where it is right.
     std::string differs;
     PrintedNumber right;
+    PrintedNumber
+        asDefined;  ///< what it is in the engine's fixed widths, where that is another number; no text otherwise
 
     bool Differs() const { return !differs.empty(); }
     /// What ours has to agree with.
-    const PrintedNumber& Wanted() const { return Differs() ? right : printed; }
+    const PrintedNumber& Wanted(ArithmeticMode arithmetic) const {
+        if (arithmetic == ArithmeticMode::kAsDefined && !asDefined.text.empty()) return asDefined;
+        return Differs() ? right : printed;
+    }
     /// "p exact of OJ - VC"
     std::string Name() const { return of.empty() ? quantity : quantity + " of " + of; }
 };

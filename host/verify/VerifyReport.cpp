@@ -37,19 +37,20 @@ std::string Counted(std::size_t count, const std::string& ofOne, const std::stri
 std::string StateOf(const ComparedNumber& number) {
     if (number.isNeedlesslyExcused) return "AGREES with what is said to be printed wrongly";
     if (!number.agreement.agrees) return "DIFFERS";
-    return number.expected->Differs() ? "printed otherwise, see below" : "";
+    if (number.expected->Differs()) return "printed otherwise, see below";
+    return number.wanted == &number.expected->asDefined ? "as defined " + number.wanted->text : "";
 }
 
 void AddRow(VerifyReport& report, const ReferenceCase& reference, const ComparedNumber& number) {
     const Expectation& expected = *number.expected;
-    const PrintedNumber& wanted = expected.Wanted();
+    const PrintedNumber& wanted = *number.wanted;
     report.rows.push_back(
         {{reference.name, expected.Name(), expected.printed.text, number.ours.empty() ? kNoNumber : number.ours.text,
           std::to_string(number.agreement.digits) + " of " + std::to_string(wanted.digits), StateOf(number)},
          number.IsRight()});
     if (expected.Differs()) {
         report.remarks.push_back(reference.name + ", " + expected.Name() + ": printed " + expected.printed.text + ", " +
-                                 "here " + expected.right.text + ": " + expected.differs);
+                                 "here " + number.wanted->text + ": " + expected.differs);
     }
 }
 
@@ -60,10 +61,11 @@ Json NumberOf(const ComparedNumber& number) {
             {"printed", expected.printed.text},
             {"right", TextOrNull(expected.right.text)},
             {"differs", TextOrNull(expected.differs)},
+            {"as_defined", TextOrNull(expected.asDefined.text)},
             {"source", TextOrNull(expected.source)},
             {"ours", NumberJson(number.ours)},
             {"digits_agreeing", number.agreement.digits},
-            {"digits_printed", expected.Wanted().digits},
+            {"digits_printed", number.wanted->digits},
             {"agrees", number.IsRight()}};
 }
 

@@ -51,6 +51,18 @@ TEST(Verify, AgreesWithAllPublishedResults) {
     EXPECT_NE(result.out.find(" agree to the printed digits, "), std::string::npos) << result.out;
 }
 
+TEST(Verify, AgreesAsDefinedToo) {
+    const CommandResult result = RunTarn({"verify", "--as-defined", "--quiet"});
+    EXPECT_EQ(result.exitStatus, 0) << result.out;
+}
+
+TEST(Verify, ShowsWhatIsAnotherNumberAsDefined) {
+    // A span without another case inside has a significance of 0 by definition (docs/conventions.md).
+    const CommandResult result = RunTarn({"verify", "moses-closest", "--as-defined"});
+    EXPECT_EQ(result.exitStatus, 0) << result.out;
+    EXPECT_NE(result.out.find("as defined 0\n"), std::string::npos) << result.out;
+}
+
 TEST(Verify, KeepsAllFunctionsWithinTheirBounds) {
     const CommandResult result = RunTarn({"verify", "--functions", "--quiet"});
     EXPECT_EQ(result.exitStatus, 0) << result.out;
@@ -149,6 +161,10 @@ TEST(Verify, RefusesNamesBesideFunctions) {
     const CommandResult result = RunTarn({"verify", "sign", "--functions"});
     EXPECT_EQ(result.exitStatus, 2);
     EXPECT_EQ(result.err, "tarn: --functions: checks all distribution functions; expected no names beside it\n");
+    const CommandResult asDefined = RunTarn({"verify", "--as-defined", "--functions"});
+    EXPECT_EQ(asDefined.exitStatus, 2);
+    EXPECT_EQ(asDefined.err,
+              "tarn: --functions: the functions are the same in both ways to compute; expected no --as-defined\n");
 }
 
 TEST(Verify, WritesJson) {

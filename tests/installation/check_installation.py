@@ -121,7 +121,7 @@ class Installation:
         expect("cases", result["tests"][0]["n"], 303)
         expect("statistic", result["tests"][0]["statistics"][0]["statistic"], 211)
         # With the published results of the tree itself.
-        for check in ([], ["--functions"]):
+        for check in ([], ["--as-defined"], ["--functions"]):
             run([tarn, "verify", "--quiet", *check])
         with open(self.path("share/man/man1/tarn.1"), encoding="utf-8") as page:
             expect("version of the manual page", '"tarn %s"' % self.options.version in page.read(), True)

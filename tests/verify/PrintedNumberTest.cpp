@@ -86,6 +86,12 @@ TEST(PrintedNumber, CountsFifteenDigitsOfALongerOne) {
     EXPECT_FALSE(Agree("0.0031724568006762576", "0.00317245680067628").agrees);
 }
 
+TEST(PrintedNumber, MayBeAllowedAnError) {
+    EXPECT_FALSE(Agree("2.4e-20", "0").agrees);
+    EXPECT_TRUE(Compare(ReadPrintedNumber("2.4e-20", "here"), "0", 2e-16).agrees);
+    EXPECT_FALSE(Compare(ReadPrintedNumber("3.0e-16", "here"), "0", 2e-16).agrees);
+}
+
 TEST(PrintedNumber, AgreesWithNothingThatWasNeverComputed) {
     EXPECT_FALSE(Agree("0", "").agrees);
     EXPECT_FALSE(Agree("0", "nan").agrees);

@@ -27,6 +27,7 @@ TestReading Reading() {
     test.figures = {{"KendallsW", "W", "0.9"}};
     test.samples = {{"a", "", {{"MeanOfRank", "", "4.5"}}, {}, {}}};
     test.pairs = {{"a", "b", "3.5", "1", "1.75", "0.08", "0.24"}};
+    test.subsets = {{{"a", "b"}, "1.25", "0.26", "0.33"}};
     test.supplement.samples = {{"a", "10", "0", "1", "2", "3", "", ""}};
     test.supplement.effects = {{"cohens-w", "", "a", "b", "0.9", "", "", ""},
                                {"cohens-w", "", "", "", "0.3", "0.1", "0.5", ""}};
@@ -94,6 +95,13 @@ TEST(Quantities, OfAPairTurnTheirSignWithIt) {
     EXPECT_EQ(Found("pair p", "b - a"), "0.08");
     EXPECT_EQ(Found("pair adjusted p", "a - b"), "0.24");
     EXPECT_EQ(Found("pair p", "a - c"), "");
+}
+
+TEST(Quantities, OfASubsetAreFoundByItsMembers) {
+    EXPECT_EQ(Found("subset statistic", "a, b"), "1.25");
+    EXPECT_EQ(Found("subset p", "a, b"), "0.26");
+    EXPECT_EQ(Found("subset adjusted p", "a, b"), "0.33");
+    EXPECT_EQ(Found("subset p", "b, a"), "");
 }
 
 TEST(Quantities, AreRefusedWithTheNameThatIsMeant) {

@@ -69,7 +69,7 @@ std::string MistakeIn(const std::string& text) {
 TEST(ReferencePack, HasCasesWithTheirData) {
     const PackOf pack(FileWith(CaseWith("") + R"(, {"name": "two", "title": "t", "kind": "print", "source": "s",
         "data": "one", "request": [], "expect": [{"quantity": "p exact", "of": "x", "printed": "0.12345", "digits": 3,
-        "differs": "a slip", "right": "0.2"}]})"));
+        "differs": "a slip", "right": "0.2", "as_defined": "0"}]})"));
     const ReferencePack read = ReadReferencePack(pack.Folder());
     ASSERT_EQ(read.cases.size(), 2u);
     EXPECT_EQ(read.cases[0].Csv(), "a,b\n1,3\n2,\n");
@@ -78,8 +78,11 @@ TEST(ReferencePack, HasCasesWithTheirData) {
     EXPECT_EQ(number.Name(), "p exact of x");
     EXPECT_EQ(number.printed.digits, 3);
     EXPECT_EQ(number.printed.decimals, 3);
-    EXPECT_EQ(number.Wanted().text, "0.2");
-    EXPECT_FALSE(read.cases[0].expectations[0].Differs());
+    EXPECT_EQ(number.Wanted(tarn::ArithmeticMode::kExtended).text, "0.2");
+    EXPECT_EQ(number.Wanted(tarn::ArithmeticMode::kAsDefined).text, "0");
+    const tarn::Expectation& plain = read.cases[0].expectations[0];
+    EXPECT_FALSE(plain.Differs());
+    EXPECT_EQ(plain.Wanted(tarn::ArithmeticMode::kAsDefined).text, "0.5");
 }
 
 TEST(ReferencePack, QuotesCellsThatNeedIt) {
