@@ -1,12 +1,12 @@
 #include "apps/tarn/ReportFiles.h"
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
 #include <optional>
+#include <utility>
 
 #include "apps/tarn/VersionText.h"
 #include "host/FileHash.h"
@@ -87,19 +87,6 @@ std::string OnePlot(const ReportSource& source) {
     return *svg;
 }
 
-/// One file would take the place of the other.
-void CheckPathsDiffer(const OutputOptions& output) {
-    const std::array paths{std::pair("--out", &output.outPath), std::pair("--report", &output.reportPath),
-                           std::pair("--plot", &output.plotPath)};
-    for (std::size_t i = 0; i < paths.size(); ++i) {
-        for (std::size_t k = 0; k < i; ++k) {
-            if (paths[i].second->empty() || *paths[i].second != *paths[k].second) continue;
-            throw InputError(std::string(paths[i].first) + ": " + Quoted(*paths[i].second) + " is the file of " +
-                             paths[k].first + ", too; expected another one");
-        }
-    }
-}
-
 void WritePlots(const std::string& folder, const ReportSource& source) {
     std::error_code error;
     std::filesystem::create_directories(folder, error);
@@ -131,7 +118,6 @@ ReportFacts FactsOf(const AnalyzeOptions& options, std::vector<std::string> note
 }
 
 void WriteReports(const OutputOptions& output, const ReportSource& source, const ReportFacts& facts) {
-    CheckPathsDiffer(output);
     const std::string plot = output.plotPath.empty() ? "" : OnePlot(source);
     if (!output.reportPath.empty()) WriteWholeFile(output.reportPath, HtmlOfResult(source, facts));
     if (!output.plotPath.empty()) WriteWholeFile(output.plotPath, plot);

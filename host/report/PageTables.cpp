@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <map>
 #include <string_view>
+#include <utility>
 
 #include "host/NumberText.h"
 #include "host/report/AdjustedPValues.h"
@@ -299,14 +301,16 @@ std::vector<Number> NumbersOf(const std::vector<PairComparison>& pairs, Number P
 }
 
 void AddEffectsOfPairs(const TestReading& reading, PageTable& table) {
+    std::map<std::pair<std::string_view, std::string_view>, const EffectSize*> effectOf;
+    for (const EffectSize& effect : reading.supplement.effects) {
+        effectOf.try_emplace({effect.first, effect.second}, &effect);
+    }
     std::vector<PageCell> cells(reading.pairs.size());
     std::string title;
     for (std::size_t i = 0; i < reading.pairs.size(); ++i) {
-        const auto found = std::ranges::find_if(reading.supplement.effects, [&](const EffectSize& effect) {
-            return effect.first == reading.pairs[i].first && effect.second == reading.pairs[i].second;
-        });
-        if (found == reading.supplement.effects.end()) continue;
-        const PageEffect effect = Written(*found);
+        const auto found = effectOf.find({reading.pairs[i].first, reading.pairs[i].second});
+        if (found == effectOf.end()) continue;
+        const PageEffect effect = Written(*found->second);
         cells[i] = NumberCell(effect.WithInterval(), effect.value);
         title = effect.key == "probability-of-superiority" ? "P(first > second)" : "first minus second";
     }

@@ -264,7 +264,7 @@ TEST(Plots, AFileIsNotWrittenTwice) {
     const std::string path = scratch.Path("same");
     const CommandResult result = RunTarn(With(AllTests()[6], {"--report", path, "--plot", path}));
     EXPECT_EQ(result.exitStatus, 2);
-    EXPECT_EQ(result.err, "tarn: --plot: \"" + path + "\" is the file of --report, too; expected another one\n");
+    EXPECT_EQ(result.err, "tarn: --plot: " + path + " is --report as well; expected another file\n");
     EXPECT_EQ(scratch.Files(), std::vector<std::string>{});
 }
 

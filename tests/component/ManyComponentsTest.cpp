@@ -26,7 +26,7 @@ constexpr int kFirstRuns = 20;
 constexpr int kCycles = 1000;
 constexpr std::size_t kBytesOfRun = 100;
 // Settings, data model, requirements and messages of a component of two fields.
-constexpr std::size_t kBytesOfConfiguration = 32 * 1024;
+constexpr std::size_t kBytesOfConfiguration = 48 * 1024;
 
 TEST_F(ManyComponents, ThousandLivesLeaveTheirConfigurationsAndNoMore) {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
