@@ -19,6 +19,7 @@
 #include "host/TestNames.h"
 #include "host/WholeFile.h"
 #include "host/report/Explanation.h"
+#include "host/report/HtmlReport.h"
 #include "python/src/CallData.h"
 #include "python/src/Calls.h"
 #include "python/src/Report.h"
@@ -83,9 +84,13 @@ void AddResults(nb::module_& m) {
         .def_prop_ro("failure_code", &Report::FailureCode)
         .def("deciding", &Report::Deciding, Unlocked())
         .def("chosen", &Report::Chosen, Unlocked())
-        .def("text", &Report::Text, Unlocked())
+        .def("text", &Report::Text, "is_full"_a, Unlocked())
         .def("json", &Report::Json, Unlocked())
         .def("csv", &Report::Csv, Unlocked())
+        .def("in_format", &Report::InFormat, "format"_a, Unlocked())
+        .def("html", &Report::Html, "request"_a, "with_plots"_a, Unlocked())
+        .def("html_of", &Report::HtmlOf, "test"_a, "id"_a, Unlocked())
+        .def("svg", &Report::Svg, "test"_a, Unlocked())
         .def("part_count", &Report::PartCount)
         .def("part", &Report::PartAt, "place"_a);
     nb::class_<tarn::FieldLook>(m, "FieldLook")
@@ -122,5 +127,6 @@ NB_MODULE(_binding, m) {
         "explain", [](const std::string& topic) { return tarn::Explanation(topic, tarn::MessageCatalogue::English()); },
         "topic"_a);
     m.def("tests", &ListOfTests);
+    m.def("style_sheet", &tarn::HtmlStyleSheet);
     m.def("write", &tarn::WriteWholeFile, "path"_a, "content"_a, Unlocked());
 }
