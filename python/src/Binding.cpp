@@ -47,9 +47,9 @@ std::vector<std::tuple<std::string, std::string, std::string, std::string>> List
 }
 
 Report Run(CallData& data, bool isPlan, const std::string& name, const std::string& json, const std::string& weights,
-           unsigned threads, bool isStrict, bool isExtended, bool isBrief, const std::string& libraryFolder,
-           nb::object onProgress) {
-    return RunOnData(data, isPlan, name, json, {weights, threads, isStrict, isExtended, isBrief},
+           unsigned threads, std::size_t memory, bool isStrict, bool isExtended, bool isBrief,
+           const std::string& libraryFolder, nb::object onProgress) {
+    return RunOnData(data, isPlan, name, json, {weights, threads, memory, isStrict, isExtended, isBrief},
                      {libraryFolder, std::move(onProgress)});
 }
 
@@ -88,7 +88,7 @@ void AddResults(nb::module_& m) {
         .def("json", &Report::Json, Unlocked())
         .def("csv", &Report::Csv, Unlocked())
         .def("in_format", &Report::InFormat, "format"_a, Unlocked())
-        .def("html", &Report::Html, "request"_a, "with_plots"_a, Unlocked())
+        .def("html", &Report::Html, "request"_a, "notes"_a, "with_plots"_a, Unlocked())
         .def("html_of", &Report::HtmlOf, "test"_a, "id"_a, Unlocked())
         .def("svg", &Report::Svg, "test"_a, Unlocked())
         .def("part_count", &Report::PartCount)
@@ -119,7 +119,7 @@ NB_MODULE(_binding, m) {
             return AnalyzeData(data, request, {libraryFolder, std::move(onProgress)}, isLater);
         },
         "data"_a, "request"_a, "library_folder"_a, "on_progress"_a.none(), "is_later"_a);
-    m.def("run", &Run, "data"_a, "is_plan"_a, "name"_a, "json"_a, "weights"_a, "threads"_a, "is_strict"_a,
+    m.def("run", &Run, "data"_a, "is_plan"_a, "name"_a, "json"_a, "weights"_a, "threads"_a, "memory"_a, "is_strict"_a,
           "is_extended"_a, "is_brief"_a, "library_folder"_a, "on_progress"_a.none());
     m.def("look", &tarn::LookAtData, "data"_a, "name"_a);
     m.def("load", &tarn::LoadDocument, "path"_a, Unlocked());

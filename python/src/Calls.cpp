@@ -45,11 +45,13 @@ bool IsQuick(const Table& table, const Request& request, const CallEnvironment& 
            environment.onProgress.is_none();
 }
 
-AnalysisEnvironment EnvironmentOf(AttendedWork& attended, const std::string& libraryFolder, unsigned threads) {
+AnalysisEnvironment EnvironmentOf(AttendedWork& attended, const std::string& libraryFolder, unsigned threads,
+                                  std::size_t memory) {
     AnalysisEnvironment environment;
     environment.applicationVersion = TARN_VERSION;
     environment.libraryFolders = {libraryFolder};
     environment.threads = threads;
+    environment.memory = memory;
     environment.onProgress = [&attended](double percent) { attended.Report(percent); };
     environment.isCancelled = [&attended] { return attended.IsCancelled(); };
     return environment;
@@ -195,7 +197,8 @@ AnalysisOutcome RunRequestText(const std::string& name, const std::string& json,
 Report AnalyzeData(CallData& data, Request& request, const CallEnvironment& environment, bool isLater) {
     AttendedWork attended(environment.onProgress);
     Table table = ReadAttended(data, request.Columns(), request.Load(), isLater);
-    AnalysisEnvironment ofRun = EnvironmentOf(attended, environment.libraryFolder, request.Load().threads);
+    AnalysisEnvironment ofRun =
+        EnvironmentOf(attended, environment.libraryFolder, request.Load().threads, request.Load().memory);
     const bool isQuick = IsQuick(table, request, environment);
     Report report({}, 0);
     const auto analyze = [&] {
@@ -225,7 +228,8 @@ Report RunOnData(CallData& data, bool isPlan, const std::string& name, const std
     const Table table = ReadAttended(data, WantedColumns(), load, false);
     Report report({}, 0);
     attended.Run([&] {
-        const AnalysisEnvironment ofRun = EnvironmentOf(attended, environment.libraryFolder, wishes.threads);
+        const AnalysisEnvironment ofRun =
+            EnvironmentOf(attended, environment.libraryFolder, wishes.threads, wishes.memory);
         AnalysisOutcome outcome = (isPlan ? RunPlanText : RunRequestText)(name, json, wishes, table, ofRun);
         if (!outcome.succeeded) {
             report = Report(std::move(outcome.remarks), outcome.failureCode);

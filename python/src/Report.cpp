@@ -178,12 +178,12 @@ std::string Report::InFormat(const std::string& format) const {
     });
 }
 
-std::string Report::Html(const std::string& request, bool withPlots) const {
+std::string Report::Html(const std::string& request, std::vector<std::string> notes, bool withPlots) const {
     if (!isDone_) return "";
     ReportFacts facts;
     facts.request = request;
     facts.program = "tarn " TARN_VERSION;
-    facts.notes = notes_;
+    facts.notes = std::move(notes);
     const std::vector<ResultPart>& parts = Supplied();
     std::vector<ReportPart> shown;
     const KeptTable* drawn = nullptr;

@@ -61,8 +61,8 @@ class Report {
     // Tests are counted from 0, through all parts.
 
     /// A page that stands by itself, with plots where they are wanted and the cases are there as they were analysed.
-    /// `request` is the call that made the result, "" where nobody knows.
-    std::string Html(const std::string& request, bool withPlots) const;
+    /// `request` is the call that made the result, "" where nobody knows; `notes` are those on all of it, as sentences.
+    std::string Html(const std::string& request, std::vector<std::string> notes, bool withPlots) const;
     /// A test as a block of such a page, for an element of the class "tarn". `id` begins all identifiers in it.
     std::string HtmlOf(std::size_t test, const std::string& id) const;
     /// Its plot. Throws an `InputError` where there is none.

@@ -233,7 +233,7 @@ class ReportTexts(Protocol):
     def json(self) -> str: ...
     def csv(self) -> str: ...
     def in_format(self, format: str, /) -> str: ...
-    def html(self, request: str, with_plots: bool, /) -> str: ...
+    def html(self, request: str, notes: Sequence[str], with_plots: bool, /) -> str: ...
     def html_of(self, test: int, id: str, /) -> str: ...
     def svg(self, test: int, /) -> str: ...
     def deciding(self) -> Sequence[_Figures | None]: ...
@@ -263,7 +263,7 @@ class _StoredTexts:
     def in_format(self, format: str, /) -> str:
         return self.stored[format]
 
-    def html(self, request: str, with_plots: bool, /) -> str:
+    def html(self, request: str, notes: Sequence[str], with_plots: bool, /) -> str:
         return self.stored["html"]
 
     def html_of(self, test: int, id: str, /) -> str:
@@ -282,10 +282,14 @@ class _StoredTexts:
         return self.parts[place]
 
 
+def _notes_of(texts: ReportTexts) -> list[str]:
+    return [in_words_of_python(note) for note in texts.notes]
+
+
 def _stored(texts: ReportTexts, request: str) -> _StoredTexts:
     stored = {
         "text": texts.text(False), "details": texts.text(True), "json": texts.json(), "csv": texts.csv(),
-        "html": texts.html(request, False), **{name: texts.in_format(name) for name in ("md", "latex", "typst", "apa")},
+        "html": texts.html(request, _notes_of(texts), False), **{name: texts.in_format(name) for name in ("md", "latex", "typst", "apa")},
     }  # fmt: skip
     parts = tuple(_stored(texts.part(place), request) for place in range(texts.part_count()))
     return _StoredTexts(texts.document, texts.notes, texts.remarks, stored, parts)
@@ -510,7 +514,7 @@ class Result:
     @property
     def notes(self) -> list[str]:
         """What a reader should know of the data, as sentences."""
-        return [in_words_of_python(note) for note in self._texts.notes]
+        return _notes_of(self._texts)
 
     def _rows_of(self, rows_of: Callable[[Mapping[str, Any]], Iterable[Mapping[str, Any]]]) -> list[dict[str, Any]]:
         return [
@@ -590,7 +594,7 @@ class Result:
         plots : bool
             Whether each test has its plot, where its cases are there as they were analysed.
         """
-        return self._texts.html(self._call, plots)
+        return self._texts.html(self._call, self.notes, plots)
 
     def to_json(self) -> str:
         """The whole result as JSON, in the format that the command writes."""
@@ -614,7 +618,7 @@ class Result:
 
     def to_text(self, details: bool = False) -> str:
         """The report for a reader; with `details` whatever is known of each test, in the engine's own terms."""
-        return self._texts.text(details)
+        return "".join(in_words_of_python(line) for line in self._texts.text(details).splitlines(keepends=True))
 
     def to_markdown(self) -> str:
         """The tables of the report in Markdown, as GitHub and Pandoc read them."""

@@ -128,6 +128,13 @@ def test_the_report_is_what_is_shown(result: tarn.Result) -> None:
     assert len(result.to_text(details=True)) > len(result.to_text())
 
 
+def test_the_report_names_arguments() -> None:
+    result = tarn.analyze(COLUMNS, "x ~ g", where='g != "c"')
+    shown = [repr(result), result.to_text(details=True), result.to_html().split("tarn-result")[0].split("</style>")[1]]
+    for text in shown:
+        assert "where=" in text and "keeps 6 of 9 records" in text and "--where" not in text
+
+
 def pictures_in(page: str) -> list[str]:
     return re.findall(r"<svg .*?</svg>", page, re.DOTALL)
 
