@@ -88,6 +88,7 @@ void AddResults(nb::module_& m) {
         .def("json", &Report::Json, Unlocked())
         .def("csv", &Report::Csv, Unlocked())
         .def("in_format", &Report::InFormat, "format"_a, Unlocked())
+        .def("has_cases", &Report::HasCases, Unlocked())
         .def("html", &Report::Html, "request"_a, "notes"_a, "with_plots"_a, Unlocked())
         .def("html_of", &Report::HtmlOf, "test"_a, "id"_a, Unlocked())
         .def("svg", &Report::Svg, "test"_a, Unlocked())

@@ -178,6 +178,14 @@ std::string Report::InFormat(const std::string& format) const {
     });
 }
 
+bool Report::HasCases() const {
+    const std::size_t end = isSplit_ ? shared_->parts.size() : first_ + 1;
+    for (std::size_t i = isSplit_ ? 0 : first_; i < end; ++i) {
+        if (Untouched(TableOf(i)) == nullptr) return false;
+    }
+    return true;
+}
+
 std::string Report::Html(const std::string& request, std::vector<std::string> notes, bool withPlots) const {
     if (!isDone_) return "";
     ReportFacts facts;

@@ -60,6 +60,8 @@ class Report {
 
     // Tests are counted from 0, through all parts.
 
+    /// Whether the cases are there as they were analysed, of all parts. Without them nothing is drawn.
+    bool HasCases() const;
     /// A page that stands by itself, with plots where they are wanted and the cases are there as they were analysed.
     /// `request` is the call that made the result, "" where nobody knows; `notes` are those on all of it, as sentences.
     std::string Html(const std::string& request, std::vector<std::string> notes, bool withPlots) const;

@@ -233,6 +233,7 @@ class ReportTexts(Protocol):
     def json(self) -> str: ...
     def csv(self) -> str: ...
     def in_format(self, format: str, /) -> str: ...
+    def has_cases(self) -> bool: ...
     def html(self, request: str, notes: Sequence[str], with_plots: bool, /) -> str: ...
     def html_of(self, test: int, id: str, /) -> str: ...
     def svg(self, test: int, /) -> str: ...
@@ -262,6 +263,9 @@ class _StoredTexts:
 
     def in_format(self, format: str, /) -> str:
         return self.stored[format]
+
+    def has_cases(self) -> bool:
+        return False
 
     def html(self, request: str, notes: Sequence[str], with_plots: bool, /) -> str:
         return self.stored["html"]
@@ -540,7 +544,10 @@ class Result:
         blocks = [self._texts.html_of(place, f"{self._id}-{place + 1}") for place in range(self._count_of_blocks)]
         if not all(blocks) or not blocks:
             return f"<pre>{html.escape(repr(self))}</pre>"
-        notes = [f'<p class="quiet">Note: {html.escape(note)}</p>\n' for note in self.notes]
+        sentences = [f"Note: {note}" for note in self.notes]
+        if not self._texts.has_cases():
+            sentences.append("There are no plots: the cases are not there as they were analysed.")
+        notes = [f'<p class="quiet">{html.escape(sentence)}</p>\n' for sentence in sentences]
         return f'<style>{_binding.style_sheet()}</style>\n<div class="tarn">\n{"".join(blocks + notes)}</div>\n'
 
     @property

@@ -220,6 +220,8 @@ def test_what_has_no_cases_has_no_plot(result: tarn.Result, tmp_path: Path) -> N
             caseless.plot(0)
         page = caseless.to_html()
         assert pictures_in(page) == [] and "There are no plots: a result without its table has no cases to draw." in page
+    assert "There are no plots" in tarn.load(tmp_path / "result.xml")._repr_html_()
+    assert "There are no plots" not in result._repr_html_()
     failed = tarn.analyze(COLUMNS, related=["x", "y"], nominal=["x", "y"], tests="mcnemar")  # of more than two values
     assert "error" in columns_of(failed.messages)["kind"]
     with pytest.raises(tarn.InputError, match="McNemar.* has nothing that could be drawn"):
@@ -240,6 +242,7 @@ def test_data_that_was_written_to_is_not_drawn(make: Callable[[Any], Any]) -> No
         result.plot()
     page = result.to_html()
     assert pictures_in(page) == [] and "The data was written to since it was analysed" in page
+    assert "There are no plots" in result._repr_html_() and pictures_in(result._repr_html_()) == []
     rows[7] = before
     assert result.plot() == plot
 
