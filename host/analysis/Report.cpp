@@ -178,7 +178,7 @@ HtmlRun RunOf(const ReportSource& source, const ResultPage& page, const std::str
 }
 
 std::string PlotsRemark(bool hasTable, std::size_t tests) {
-    if (!hasTable) return "There are no plots: a stored result has no cases to draw.";
+    if (!hasTable) return "There are no plots: a result without its table has no cases to draw.";
     if (tests <= kMostTestsWithPlots) return "";
     return "Of " + std::to_string(tests) + " tests the " + std::to_string(kPlotsOfMany) +
            " with the smallest significances have plots.";

@@ -101,6 +101,8 @@ class Table {
     /// Puts memory of somebody else in place of the cells of a continuous column, as many as there are rows. `hold`
     /// keeps them where they are, and as they are.
     void Lend(std::size_t column, const double* cells, std::shared_ptr<const void> hold);
+    /// Whether the cells of a column are somebody else's.
+    bool AreLent(std::size_t column) const { return lent_[column].values != nullptr; }
     /// Whether the cells of a column from that row on are 0 until they are set, and take no memory.
     bool AreZeroFrom(std::size_t column, std::size_t row) const {
         return lent_[column].values == nullptr && cells_[column].IsZeroFrom(row);

@@ -19,6 +19,7 @@
 #include "host/TestNames.h"
 #include "host/WholeFile.h"
 #include "host/report/Explanation.h"
+#include "host/report/HtmlReport.h"
 #include "python/src/CallData.h"
 #include "python/src/Calls.h"
 #include "python/src/Report.h"
@@ -46,9 +47,9 @@ std::vector<std::tuple<std::string, std::string, std::string, std::string>> List
 }
 
 Report Run(CallData& data, bool isPlan, const std::string& name, const std::string& json, const std::string& weights,
-           unsigned threads, bool isStrict, bool isExtended, bool isBrief, const std::string& libraryFolder,
-           nb::object onProgress) {
-    return RunOnData(data, isPlan, name, json, {weights, threads, isStrict, isExtended, isBrief},
+           unsigned threads, std::size_t memory, bool isStrict, bool isExtended, bool isBrief,
+           const std::string& libraryFolder, nb::object onProgress) {
+    return RunOnData(data, isPlan, name, json, {weights, threads, memory, isStrict, isExtended, isBrief},
                      {libraryFolder, std::move(onProgress)});
 }
 
@@ -83,9 +84,14 @@ void AddResults(nb::module_& m) {
         .def_prop_ro("failure_code", &Report::FailureCode)
         .def("deciding", &Report::Deciding, Unlocked())
         .def("chosen", &Report::Chosen, Unlocked())
-        .def("text", &Report::Text, Unlocked())
+        .def("text", &Report::Text, "is_full"_a, Unlocked())
         .def("json", &Report::Json, Unlocked())
         .def("csv", &Report::Csv, Unlocked())
+        .def("in_format", &Report::InFormat, "format"_a, Unlocked())
+        .def("has_cases", &Report::HasCases, Unlocked())
+        .def("html", &Report::Html, "request"_a, "notes"_a, "with_plots"_a, Unlocked())
+        .def("html_of", &Report::HtmlOf, "test"_a, "id"_a, Unlocked())
+        .def("svg", &Report::Svg, "test"_a, Unlocked())
         .def("part_count", &Report::PartCount)
         .def("part", &Report::PartAt, "place"_a);
     nb::class_<tarn::FieldLook>(m, "FieldLook")
@@ -114,7 +120,7 @@ NB_MODULE(_binding, m) {
             return AnalyzeData(data, request, {libraryFolder, std::move(onProgress)}, isLater);
         },
         "data"_a, "request"_a, "library_folder"_a, "on_progress"_a.none(), "is_later"_a);
-    m.def("run", &Run, "data"_a, "is_plan"_a, "name"_a, "json"_a, "weights"_a, "threads"_a, "is_strict"_a,
+    m.def("run", &Run, "data"_a, "is_plan"_a, "name"_a, "json"_a, "weights"_a, "threads"_a, "memory"_a, "is_strict"_a,
           "is_extended"_a, "is_brief"_a, "library_folder"_a, "on_progress"_a.none());
     m.def("look", &tarn::LookAtData, "data"_a, "name"_a);
     m.def("load", &tarn::LoadDocument, "path"_a, Unlocked());
@@ -122,5 +128,6 @@ NB_MODULE(_binding, m) {
         "explain", [](const std::string& topic) { return tarn::Explanation(topic, tarn::MessageCatalogue::English()); },
         "topic"_a);
     m.def("tests", &ListOfTests);
+    m.def("style_sheet", &tarn::HtmlStyleSheet);
     m.def("write", &tarn::WriteWholeFile, "path"_a, "content"_a, Unlocked());
 }

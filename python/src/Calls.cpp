@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <new>
 #include <utility>
 
 #include "host/ByteSource.h"
@@ -13,6 +14,7 @@
 #include "host/engine/PassedOver.h"
 #include "host/engine/SettingsDocument.h"
 #include "python/src/AttendedWork.h"
+#include "python/src/KeptTable.h"
 #include "python/src/TableInput.h"
 
 namespace tarn {
@@ -43,11 +45,13 @@ bool IsQuick(const Table& table, const Request& request, const CallEnvironment& 
            environment.onProgress.is_none();
 }
 
-AnalysisEnvironment EnvironmentOf(AttendedWork& attended, const std::string& libraryFolder, unsigned threads) {
+AnalysisEnvironment EnvironmentOf(AttendedWork& attended, const std::string& libraryFolder, unsigned threads,
+                                  std::size_t memory) {
     AnalysisEnvironment environment;
     environment.applicationVersion = TARN_VERSION;
     environment.libraryFolders = {libraryFolder};
     environment.threads = threads;
+    environment.memory = memory;
     environment.onProgress = [&attended](double percent) { attended.Report(percent); };
     environment.isCancelled = [&attended] { return attended.IsCancelled(); };
     return environment;
@@ -58,13 +62,13 @@ void AddTo(std::vector<std::string>& sentences, const std::vector<std::string>& 
 }
 
 /// What adds to a reading when it is asked for. The thread that asks hears signals meanwhile.
-Report::Supply LaterSupply(std::shared_ptr<const AnalysisPart> part, const SupplementOptions& supplement,
+Report::Supply LaterSupply(std::shared_ptr<const KeptTable> kept, const SupplementOptions& supplement,
                            AnalysisEnvironment environment, bool isQuick) {
     environment.onProgress = nullptr;  // of the call, which is over by then
     environment.isCancelled = nullptr;
-    return [part = std::move(part), supplement, environment = std::move(environment), isQuick](ResultReading& reading) {
+    return [kept = std::move(kept), supplement, environment = std::move(environment), isQuick](ResultReading& reading) {
         const auto supply = [&](const AnalysisEnvironment& ofRun) {
-            SupplyFigures(reading, part->table, part->options, supplement, ofRun);
+            SupplyFigures(reading, kept->Part().table, kept->Part().options, supplement, ofRun);
         };
         if (isQuick) return supply(environment);
         const nb::gil_scoped_acquire locked;
@@ -90,18 +94,18 @@ Report AnalyzeWhole(AnalysisPart part, std::vector<std::string> notes, const Man
     AddTo(notes, part.notes);
     AddTo(notes, outcome.notes);
     ResultReading reading = ReadAnalysis(outcome.document, part.options, manner.environment);
-    const auto kept = std::make_shared<const AnalysisPart>(std::move(part));
+    const auto kept = std::make_shared<const KeptTable>(std::move(part), manner.environment.threads);
     Report::Supply supply = LaterSupply(kept, manner.supplement, manner.environment, manner.isQuick);
     if (!manner.isLater) {
-        SupplyFigures(reading, kept->table, kept->options, manner.supplement, manner.environment);
+        SupplyFigures(reading, kept->Part().table, kept->Part().options, manner.supplement, manner.environment);
         supply = nullptr;
     }
-    return {std::move(reading), std::move(outcome.document), std::move(notes), std::move(outcome.remarks),
-            std::move(supply)};
+    return {std::move(reading),         std::move(outcome.document), std::move(notes),
+            std::move(outcome.remarks), std::move(supply),           {kept}};
 }
 
 /// Analyses one part and returns its document. What can't be done with it is told at its place.
-std::string AnalyzePart(AnalysisPart part, ResultPart& result, const SupplementOptions& supplement,
+std::string AnalyzePart(AnalysisPart& part, ResultPart& result, const SupplementOptions& supplement,
                         const AnalysisEnvironment& environment) {
     result.field = part.field;
     result.category = part.category;
@@ -110,6 +114,7 @@ std::string AnalyzePart(AnalysisPart part, ResultPart& result, const SupplementO
         PrepareTable(part.table, part.options);
         AnalysisOutcome outcome = Analyze(part.table, part.options, environment);
         AddTo(result.notes, outcome.notes);
+        if (outcome.lacksMemory) throw std::bad_alloc();  // it holds for the run, not for this part
         if (!outcome.succeeded) {
             result.mistake = JoinList(outcome.remarks, "; ");
             return "";
@@ -128,12 +133,14 @@ Report AnalyzeParts(std::vector<AnalysisPart> parts, std::vector<std::string> no
                     const SupplementOptions& supplement, const AnalysisEnvironment& environment) {
     std::vector<ResultPart> results;
     std::vector<std::string> documents;
+    Report::Tables tables;
     for (AnalysisPart& part : parts) {
         AnalysisEnvironment ofPart = environment;
         ofPart.onProgress = [&environment, done = results.size(), all = parts.size()](double percent) {
             environment.onProgress((100.0 * static_cast<double>(done) + percent) / static_cast<double>(all));
         };
-        documents.push_back(AnalyzePart(std::move(part), results.emplace_back(), supplement, ofPart));
+        documents.push_back(AnalyzePart(part, results.emplace_back(), supplement, ofPart));
+        tables.push_back(std::make_shared<const KeptTable>(std::move(part), environment.threads));
         if (environment.isCancelled && environment.isCancelled())
             return {std::vector<std::string>(), 0};  // which nobody will see
     }
@@ -141,7 +148,7 @@ Report AnalyzeParts(std::vector<AnalysisPart> parts, std::vector<std::string> no
     if (std::ranges::none_of(results, [](const ResultPart& part) { return part.result.has_value(); })) {
         throw InputError(results.front().Name() + ": " + results.front().mistake);
     }
-    return {std::move(results), std::move(documents), std::move(notes)};
+    return {std::move(results), std::move(documents), std::move(notes), std::move(tables)};
 }
 
 // ---- Plans and requests ----
@@ -190,7 +197,8 @@ AnalysisOutcome RunRequestText(const std::string& name, const std::string& json,
 Report AnalyzeData(CallData& data, Request& request, const CallEnvironment& environment, bool isLater) {
     AttendedWork attended(environment.onProgress);
     Table table = ReadAttended(data, request.Columns(), request.Load(), isLater);
-    AnalysisEnvironment ofRun = EnvironmentOf(attended, environment.libraryFolder, request.Load().threads);
+    AnalysisEnvironment ofRun =
+        EnvironmentOf(attended, environment.libraryFolder, request.Load().threads, request.Load().memory);
     const bool isQuick = IsQuick(table, request, environment);
     Report report({}, 0);
     const auto analyze = [&] {
@@ -220,7 +228,8 @@ Report RunOnData(CallData& data, bool isPlan, const std::string& name, const std
     const Table table = ReadAttended(data, WantedColumns(), load, false);
     Report report({}, 0);
     attended.Run([&] {
-        const AnalysisEnvironment ofRun = EnvironmentOf(attended, environment.libraryFolder, wishes.threads);
+        const AnalysisEnvironment ofRun =
+            EnvironmentOf(attended, environment.libraryFolder, wishes.threads, wishes.memory);
         AnalysisOutcome outcome = (isPlan ? RunPlanText : RunRequestText)(name, json, wishes, table, ofRun);
         if (!outcome.succeeded) {
             report = Report(std::move(outcome.remarks), outcome.failureCode);
@@ -229,7 +238,7 @@ Report RunOnData(CallData& data, bool isPlan, const std::string& name, const std
         ResultDocument document = ReadResult(outcome.document);
         document.arithmetic = outcome.arithmetic;
         report = Report(ReadAll(std::move(document), Texts()), std::move(outcome.document), std::move(outcome.notes),
-                        std::move(outcome.remarks), nullptr);
+                        std::move(outcome.remarks), nullptr, {});
     });
     return report;
 }
@@ -254,7 +263,7 @@ Report LoadDocument(const std::string& path) {
     ByteSource source(path);
     std::string document = source.ReadAll();
     ResultReading reading = ReadAll(ReadResult(document, source.Name()), Texts());
-    return {std::move(reading), std::move(document), {}, {}, nullptr};
+    return {std::move(reading), std::move(document), {}, {}, nullptr, {}};
 }
 
 }  // namespace tarn

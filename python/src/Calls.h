@@ -30,6 +30,7 @@ Report AnalyzeData(CallData& data, Request& request, const CallEnvironment& envi
 struct RunWishes {
     std::string weights;  ///< a column; "" for none
     unsigned threads = 0;
+    std::size_t memory = 0;   ///< bytes that the run may take, as in `AnalysisEnvironment`
     bool isStrict = false;    ///< whether what the engine would pass over is a mistake
     bool isExtended = false;  ///< whether it computes as wide as needed
     bool isBrief = false;

@@ -1,10 +1,16 @@
 #include "python/src/Report.h"
 
 #include <algorithm>
+#include <stdexcept>
 #include <utility>
 
+#include "host/InputError.h"
+#include "host/analysis/Report.h"
+#include "host/report/ApaReport.h"
 #include "host/report/CsvReport.h"
 #include "host/report/JsonReport.h"
+#include "host/report/MarkupReport.h"
+#include "host/report/ReadableReport.h"
 #include "host/report/TextReport.h"
 
 namespace tarn {
@@ -24,28 +30,61 @@ std::optional<Report::Figures> DecidingOf(const TestReading& test) {
     return std::nullopt;
 }
 
+constexpr const char* kTouched =
+    "the data was written to since it was analysed; expected it as it was, or a rerun with what it is now";
+constexpr const char* kNoPlotsOfTouched = "The data was written to since it was analysed, so that it can't be drawn.";
+
+/// A result with what its plots are drawn from.
+class Drawing {
+ public:
+    /// `kept`: null where the cases aren't there.
+    Drawing(const ResultReading& result, const KeptTable* kept)
+        : source_{result, kept == nullptr ? nullptr : &kept->Part().table,
+                  kept == nullptr ? withoutTable_ : kept->Part().options, environment_} {
+        if (kept != nullptr) environment_.threads = kept->Threads();
+    }
+    Drawing(const Drawing&) = delete;
+    Drawing& operator=(const Drawing&) = delete;
+
+    const ReportSource& Source() const { return source_; }
+
+ private:
+    const AnalysisOptions withoutTable_{};
+    AnalysisEnvironment environment_;
+    ReportSource source_;
+};
+
+/// The cases as they were analysed, or null.
+const KeptTable* Untouched(const KeptTable* kept) {
+    return kept != nullptr && kept->IsUntouched() ? kept : nullptr;
+}
+
 }  // namespace
 
 Report::Report(std::vector<std::string> remarks, long failureCode)
     : remarks_(std::move(remarks)), isDone_(false), failureCode_(failureCode) {}
 
 Report::Report(ResultReading reading, std::string document, std::vector<std::string> notes,
-               std::vector<std::string> remarks, Supply supply)
+               std::vector<std::string> remarks, Supply supply, Tables tables)
     : notes_(std::move(notes)), remarks_(std::move(remarks)) {
     std::vector<ResultPart> parts(1);
     parts.front().result = std::move(reading);
-    shared_ = Share(std::move(parts), {std::move(document)}, std::move(supply));
+    shared_ = Share(std::move(parts), {std::move(document)}, std::move(supply), std::move(tables));
 }
 
-Report::Report(std::vector<ResultPart> parts, std::vector<std::string> documents, std::vector<std::string> notes)
-    : shared_(Share(std::move(parts), std::move(documents), nullptr)), notes_(std::move(notes)), isSplit_(true) {}
+Report::Report(std::vector<ResultPart> parts, std::vector<std::string> documents, std::vector<std::string> notes,
+               Tables tables)
+    : shared_(Share(std::move(parts), std::move(documents), nullptr, std::move(tables))),
+      notes_(std::move(notes)),
+      isSplit_(true) {}
 
 std::shared_ptr<Report::Shared> Report::Share(std::vector<ResultPart> parts, std::vector<std::string> documents,
-                                              Supply supply) {
+                                              Supply supply, Tables tables) {
     auto shared = std::make_shared<Shared>();
     shared->parts = std::move(parts);
     shared->documents = std::move(documents);
     shared->supply = std::move(supply);
+    shared->tables = std::move(tables);
     return shared;
 }
 
@@ -89,8 +128,30 @@ const std::string& Report::Document() const {
     return isSplit_ || !isDone_ ? kNone : shared_->documents[first_];
 }
 
-std::string Report::Text() const {
+const KeptTable* Report::TableOf(std::size_t part) const {
+    return part < shared_->tables.size() ? shared_->tables[part].get() : nullptr;
+}
+
+std::pair<std::size_t, std::size_t> Report::PlaceOf(std::size_t test) const {
+    const std::vector<ResultPart>& parts = Supplied();
+    for (std::size_t i = isSplit_ ? 0 : first_; i < (isSplit_ ? parts.size() : first_ + 1); ++i) {
+        const std::size_t count = parts[i].result ? parts[i].result->tests.size() : 0;
+        if (test < count) return {i, test};
+        test -= count;
+    }
+    throw std::out_of_range("the result has no such test");
+}
+
+template <typename Make>
+std::string Report::FromPage(Make make) const {
     if (!isDone_) return "";
+    if (isSplit_) return make(PageOf(Supplied(), Texts(), notes_));
+    return make(PageOf(*Supplied()[first_].result, Texts(), notes_));
+}
+
+std::string Report::Text(bool isFull) const {
+    if (!isDone_) return "";
+    if (!isFull) return FromPage([](const auto& page) { return ReadableReport(page, TextStyle()); });
     if (isSplit_) return PartsText(Supplied(), Texts(), {}, notes_);
     return TextReport(*Supplied()[first_].result, Texts(), {}, notes_);
 }
@@ -105,6 +166,69 @@ std::string Report::Csv() const {
     if (!isDone_) return "";
     if (isSplit_) return PartsCsv(Supplied(), Texts());
     return CsvReport(*Supplied()[first_].result, Texts());
+}
+
+std::string Report::InFormat(const std::string& format) const {
+    return FromPage([&format](const auto& page) {
+        if (format == "md") return MarkupReport(page, MarkdownMarkup());
+        if (format == "latex") return MarkupReport(page, LatexMarkup());
+        if (format == "typst") return MarkupReport(page, TypstMarkup());
+        if (format == "apa") return ApaReport(page);
+        throw std::invalid_argument("no such format: " + format);
+    });
+}
+
+bool Report::HasCases() const {
+    const std::size_t end = isSplit_ ? shared_->parts.size() : first_ + 1;
+    for (std::size_t i = isSplit_ ? 0 : first_; i < end; ++i) {
+        if (Untouched(TableOf(i)) == nullptr) return false;
+    }
+    return true;
+}
+
+std::string Report::Html(const std::string& request, std::vector<std::string> notes, bool withPlots) const {
+    if (!isDone_) return "";
+    ReportFacts facts;
+    facts.request = request;
+    facts.program = "tarn " TARN_VERSION;
+    facts.notes = std::move(notes);
+    const std::vector<ResultPart>& parts = Supplied();
+    std::vector<ReportPart> shown;
+    const KeptTable* drawn = nullptr;
+    bool isTouched = false;
+    for (std::size_t i = isSplit_ ? 0 : first_; i < (isSplit_ ? parts.size() : first_ + 1); ++i) {
+        const KeptTable* const kept = withPlots ? Untouched(TableOf(i)) : nullptr;
+        isTouched |= withPlots && kept != TableOf(i);
+        if (kept != nullptr) drawn = kept;
+        shown.push_back({parts[i], kept == nullptr ? nullptr : &kept->Part().table});
+    }
+    if (isTouched) facts.notes.push_back(kNoPlotsOfTouched);
+    if (!isSplit_) return HtmlOfResult(Drawing(*parts[first_].result, drawn).Source(), facts);
+    AnalysisEnvironment environment;
+    if (drawn != nullptr) environment.threads = drawn->Threads();
+    return HtmlOfParts(shown, drawn == nullptr ? AnalysisOptions() : drawn->Part().options, environment, facts);
+}
+
+std::string Report::HtmlOf(std::size_t test, const std::string& id) const {
+    const auto [part, place] = PlaceOf(test);
+    const Drawing drawing(*Supplied()[part].result, Untouched(TableOf(part)));
+    return HtmlOfTest(drawing.Source(), place, id);
+}
+
+std::string Report::Svg(std::size_t test) const {
+    const auto [part, place] = PlaceOf(test);
+    const ResultReading& result = *Supplied()[part].result;
+    const KeptTable* const kept = TableOf(part);
+    if (kept == nullptr) {
+        throw InputError(
+            "the result has no cases that could be drawn; expected one of tarn.analyze, or of a test's own function, "
+            "in the process that made it");
+    }
+    if (!kept->IsUntouched()) throw InputError(kTouched);
+    const Drawing drawing(result, kept);
+    std::optional<std::string> svg = SvgOfTest(drawing.Source(), place);
+    if (!svg) throw InputError(result.tests[place].title + " has nothing that could be drawn");
+    return std::move(*svg);
 }
 
 Report Report::PartAt(std::size_t place) const {

@@ -6,9 +6,12 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "host/analysis/Report.h"
 #include "host/report/PartsReport.h"
+#include "python/src/KeptTable.h"
 
 namespace tarn {
 
@@ -18,6 +21,8 @@ class Report {
  public:
     /// Adds to a reading what stands beside its document. May throw, and is called again then.
     using Supply = std::function<void(ResultReading&)>;
+    /// What was analysed, where it is kept, for each part.
+    using Tables = std::vector<std::shared_ptr<const KeptTable>>;
     /// A significance with its statistic, as their digits.
     struct Figures {
         std::string kind;
@@ -28,11 +33,12 @@ class Report {
     /// One that failed: there is no result.
     Report(std::vector<std::string> remarks, long failureCode);
     /// A whole analysis. `notes` are on its data, `remarks` what the engine says of the run. `supply` is called before
-    /// the first text is made; empty where nothing is to be added.
+    /// the first text is made; empty where nothing is to be added. `tables`: none, or one.
     Report(ResultReading reading, std::string document, std::vector<std::string> notes,
-           std::vector<std::string> remarks, Supply supply);
-    /// One in parts, at least one. `notes` are on all of them.
-    Report(std::vector<ResultPart> parts, std::vector<std::string> documents, std::vector<std::string> notes);
+           std::vector<std::string> remarks, Supply supply, Tables tables);
+    /// One in parts, at least one, each with its table. `notes` are on all of them.
+    Report(std::vector<ResultPart> parts, std::vector<std::string> documents, std::vector<std::string> notes,
+           Tables tables);
 
     bool IsDone() const { return isDone_; }
     long FailureCode() const { return failureCode_; }
@@ -45,9 +51,24 @@ class Report {
     std::vector<std::optional<Figures>> Deciding() const;
     /// Those of the first test that were chosen, beside its document.
     std::vector<Figures> Chosen() const;
-    std::string Text() const;
+    /// As a reader is shown it; in full, the text with every detail.
+    std::string Text(bool isFull) const;
     std::string Json() const;
     std::string Csv() const;
+    /// In a format of documents: "md", "latex", "typst" or "apa".
+    std::string InFormat(const std::string& format) const;
+
+    // Tests are counted from 0, through all parts.
+
+    /// Whether the cases are there as they were analysed, of all parts. Without them nothing is drawn.
+    bool HasCases() const;
+    /// A page that stands by itself, with plots where they are wanted and the cases are there as they were analysed.
+    /// `request` is the call that made the result, "" where nobody knows; `notes` are those on all of it, as sentences.
+    std::string Html(const std::string& request, std::vector<std::string> notes, bool withPlots) const;
+    /// A test as a block of such a page, for an element of the class "tarn". `id` begins all identifiers in it.
+    std::string HtmlOf(std::size_t test, const std::string& id) const;
+    /// Its plot. Throws an `InputError` where there is none.
+    std::string Svg(std::size_t test) const;
 
     /// How many parts there are; 0 of a whole analysis.
     std::size_t PartCount() const { return isSplit_ ? shared_->parts.size() : 0; }
@@ -59,13 +80,21 @@ class Report {
     struct Shared {
         std::vector<ResultPart> parts;  // of a whole analysis one without a field
         std::vector<std::string> documents;
+        Tables tables;
         std::mutex mutex;
         Supply supply;  // until it was called
     };
 
     static std::shared_ptr<Shared> Share(std::vector<ResultPart> parts, std::vector<std::string> documents,
-                                         Supply supply);
+                                         Supply supply, Tables tables);
     const std::vector<ResultPart>& Supplied() const;
+    /// What it was made of, or null.
+    const KeptTable* TableOf(std::size_t part) const;
+    /// The part of a test, and its place there.
+    std::pair<std::size_t, std::size_t> PlaceOf(std::size_t test) const;
+    /// The pages of a report, of one result or of parts, made into something else.
+    template <typename Make>
+    std::string FromPage(Make make) const;
 
     std::shared_ptr<Shared> shared_;
     std::size_t first_ = 0;  // the part that this report is about, unless it is about all

@@ -128,6 +128,7 @@ LoadOptions ReadLoadOptions(const Json& json, const WordedAnalysis& words) {
     arguments.Take("continuous", load.continuous);
     arguments.Take("weights", load.weightField);
     arguments.Take("threads", load.threads);
+    arguments.Take("memory", load.memory);
     if (json.contains("order")) load.orders = ReadOrders(json["order"]);
     load.nominalByDefault = words.NominalByDefault();
     return load;

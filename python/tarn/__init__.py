@@ -30,6 +30,7 @@ from ._functions import (
     wilcoxon,
 )
 from ._look import Look
+from ._plot import Plot
 from ._result import Effect, Interval, Message, Result, Significance, TestResult
 
 __all__ = [
@@ -39,6 +40,7 @@ __all__ = [
     "Interval",
     "Look",
     "Message",
+    "Plot",
     "Result",
     "Significance",
     "TestInfo",

@@ -78,6 +78,7 @@ def analyze(
     brief: bool = False,
     as_defined: bool = False,
     threads: int | None = None,
+    memory: int | str | None = None,
     progress: Progress | bool | None = None,
 ) -> Result:
     """Tests columns of a table.
@@ -164,6 +165,9 @@ def analyze(
         Computes with the engine's counts of fixed width in place of wide ones.
     threads : int
         How many threads may work at a time; no result depends on it.
+    memory : str or int
+        What the run may take besides the table, like ``"8G"``, or in bytes; one that may take more is refused. As much as
+        it takes, if not given.
     progress : callable or True
         Called with the percent that is done, on the calling thread; what it raises ends the analysis. True shows a bar
         of tqdm, where that is installed.
@@ -271,6 +275,7 @@ def run(
     brief: bool = False,
     as_defined: bool = False,
     threads: int | None = None,
+    memory: int | str | None = None,
     progress: Progress | bool | None = None,
 ) -> Result:
     """Runs a plan, or a request in the terms of the engine, on a table.
@@ -287,7 +292,7 @@ def run(
         Whether anything that the engine would pass over is a mistake. Otherwise it is among the messages.
     weights : str
         The column with the frequency weights.
-    brief, as_defined, threads, progress
+    brief, as_defined, threads, memory, progress
         As in `tarn.analyze`.
 
     Returns
@@ -313,13 +318,13 @@ def run(
         raise InputError("expected plan= or settings=, one of them")
     asked = plan if plan is not None else settings
     name, text = _json_of("plan" if plan is not None else "settings", asked)
-    flags = make_request({"brief": brief, "as_defined": as_defined, "threads": threads, "weights": weights})
+    flags = make_request({"brief": brief, "as_defined": as_defined, "threads": threads, "memory": memory, "weights": weights})
     with errors_of_the_package():
         table = _tables.read(data, lambda column: True)
         with shown_progress(progress) as on_progress:
             report = _binding.run(
-                table, plan is not None, name, text, flags.get("weights", ""), flags.get("threads", 0), strict,
-                not as_defined, brief, _LIBRARY_FOLDER, on_progress,
+                table, plan is not None, name, text, flags.get("weights", ""), flags.get("threads", 0),
+                flags.get("memory", 0), strict, not as_defined, brief, _LIBRARY_FOLDER, on_progress,
             )  # fmt: skip
         return _result_of(report, _tables.library_of(data), None)
 

@@ -5,6 +5,7 @@ from __future__ import annotations
 import json
 import math
 import numbers
+import re
 from collections.abc import Mapping, Sequence
 from typing import Any, Literal, TypedDict
 
@@ -39,6 +40,7 @@ _NUMBERS = frozenset(
 )
 _COUNTS = frozenset({"monte_carlo", "seed", "threads"})
 _FLAGS = frozenset({"continuity", "exact", "brief", "as_defined", "descending"})
+_SIZE = re.compile(r"(\d+(?:\.\d+)?)([KMGT])")
 _WORDS_OF_FIELDS = {"reference": '{"arm": "placebo"}', "label": '{"hours": "Hours of sleep"}'}
 
 
@@ -61,6 +63,7 @@ class Options(TypedDict, total=False):
     brief: bool
     as_defined: bool
     threads: int | None
+    memory: int | str | None
     progress: Any
     order: Mapping[str, Sequence[Any]] | None
     reference: Mapping[str, Any] | None
@@ -108,6 +111,8 @@ def _checked(name: str, value: Any) -> Any:
         return _number(name, value)
     if name in _COUNTS:
         return _count(name, value)
+    if name == "memory":
+        return _bytes(value)
     if name in _FLAGS:
         return _flag(name, value)
     if name in _TEXTS:
@@ -180,6 +185,16 @@ def _count(name: str, value: Any) -> int:
     if isinstance(value, bool) or not isinstance(value, numbers.Integral) or not least <= int(value) < 2**63:
         raise InputError(f"{name}={value!r}; expected a whole number from {least} on")
     return min(int(value), 2**31) if name == "threads" else int(value)
+
+
+def _bytes(value: Any) -> int:
+    """A size as the command takes it, or its bytes."""
+    size = _SIZE.fullmatch(value) if isinstance(value, str) else None
+    if size is not None:
+        value = int(float(size[1]) * 1024 ** ("KMGT".index(size[2]) + 1))
+    if isinstance(value, bool) or not isinstance(value, numbers.Integral) or not 0 < int(value) < 2**63:
+        raise InputError(f"memory={value!r}; expected a size like \"8G\" or \"512M\", or a number of bytes")
+    return int(value)
 
 
 def _flag(name: str, value: Any) -> bool:

@@ -3,8 +3,10 @@
 from __future__ import annotations
 
 import functools
+import html
 import json
 import os
+import zlib
 from collections.abc import Callable, Iterable, Iterator, Mapping, Sequence
 from dataclasses import dataclass
 from typing import Any, Protocol, TypeVar
@@ -12,7 +14,7 @@ from typing import Any, Protocol, TypeVar
 from . import _binding
 from ._errors import InputError, errors_of_the_package, in_words_of_python
 from ._frames import Schema, make_frame, number_of
-from ._html import as_fragment, as_page
+from ._plot import Plot
 
 
 @dataclass(frozen=True)
@@ -189,6 +191,10 @@ class TestResult:
     def __iter__(self) -> Iterator[float | None]:
         return iter((self.statistic, self.pvalue))
 
+    def plot(self) -> Plot:
+        """The plot of the test, drawn from the cases that were analysed; it raises as `Result.plot` does."""
+        return self.result._plot(self._place)
+
     @property
     def effect(self) -> Effect | None:
         """The first one of the effects."""
@@ -223,9 +229,14 @@ class ReportTexts(Protocol):
     def notes(self) -> list[str]: ...
     @property
     def remarks(self) -> list[str]: ...
-    def text(self) -> str: ...
+    def text(self, is_full: bool, /) -> str: ...
     def json(self) -> str: ...
     def csv(self) -> str: ...
+    def in_format(self, format: str, /) -> str: ...
+    def has_cases(self) -> bool: ...
+    def html(self, request: str, notes: Sequence[str], with_plots: bool, /) -> str: ...
+    def html_of(self, test: int, id: str, /) -> str: ...
+    def svg(self, test: int, /) -> str: ...
     def deciding(self) -> Sequence[_Figures | None]: ...
     def part_count(self) -> int: ...
     def part(self, place: int, /) -> ReportTexts: ...
@@ -233,22 +244,37 @@ class ReportTexts(Protocol):
 
 @dataclass(frozen=True)
 class _StoredTexts:
-    """The texts of a result that came from another process."""
+    """The texts of a result that came from another process, where its cases are not."""
 
     document: str
     notes: list[str]
     remarks: list[str]
-    stored: tuple[str, str, str]
+    stored: dict[str, str]
     parts: tuple[ReportTexts, ...]
 
-    def text(self) -> str:
-        return self.stored[0]
+    def text(self, is_full: bool, /) -> str:
+        return self.stored["details" if is_full else "text"]
 
     def json(self) -> str:
-        return self.stored[1]
+        return self.stored["json"]
 
     def csv(self) -> str:
-        return self.stored[2]
+        return self.stored["csv"]
+
+    def in_format(self, format: str, /) -> str:
+        return self.stored[format]
+
+    def has_cases(self) -> bool:
+        return False
+
+    def html(self, request: str, notes: Sequence[str], with_plots: bool, /) -> str:
+        return self.stored["html"]
+
+    def html_of(self, test: int, id: str, /) -> str:
+        return ""  # the text stands for it
+
+    def svg(self, test: int, /) -> str:
+        raise InputError("the result comes from another process, without its cases; expected plot() where they are")
 
     def deciding(self) -> Sequence[_Figures | None]:
         return ()  # they stand in the texts, too
@@ -260,11 +286,17 @@ class _StoredTexts:
         return self.parts[place]
 
 
-def _stored(texts: ReportTexts) -> _StoredTexts:
-    return _StoredTexts(
-        texts.document, texts.notes, texts.remarks, (texts.text(), texts.json(), texts.csv()),
-        tuple(_stored(texts.part(place)) for place in range(texts.part_count())),
-    )  # fmt: skip
+def _notes_of(texts: ReportTexts) -> list[str]:
+    return [in_words_of_python(note) for note in texts.notes]
+
+
+def _stored(texts: ReportTexts, request: str) -> _StoredTexts:
+    stored = {
+        "text": texts.text(False), "details": texts.text(True), "json": texts.json(), "csv": texts.csv(),
+        "html": texts.html(request, _notes_of(texts), False), **{name: texts.in_format(name) for name in ("md", "latex", "typst", "apa")},
+    }  # fmt: skip
+    parts = tuple(_stored(texts.part(place), request) for place in range(texts.part_count()))
+    return _StoredTexts(texts.document, texts.notes, texts.remarks, stored, parts)
 
 
 _OF_TEST: Schema = {"number": int, "name": str, "fields": str}
@@ -292,6 +324,8 @@ _SCHEMAS: dict[str, Schema] = {
 }  # fmt: skip
 
 
+# With more tests than that a notebook shows their summary alone.
+_MOST_BLOCKS = 20
 # What a frame of a result in parts has besides.
 _OF_PART: Schema = {"part": str}
 
@@ -300,7 +334,7 @@ class Result:
     """The result of an analysis, which stays as it is.
 
     ``result["mann-whitney"]`` is one of its tests, by name, or by name and field where there are several;
-    ``result[0]`` the first one. Its ``repr`` is the report for a reader. Frames are of the library that the data came
+    ``result[0]`` the first one. Its ``repr`` is the report for a reader; notebooks show it with plots. Frames are of the library that the data came
     in: pandas, polars, and others by narwhals; of data that came in none they are tables of pyarrow, and without it
     dicts of columns. In frames of a result in parts (``split=``) a column "part" says which one a row is of.
     """
@@ -325,7 +359,7 @@ class Result:
         raise AttributeError(f"a result stays as it is: {name} can't be deleted")
 
     def __reduce__(self) -> tuple[Any, ...]:
-        return Result, (_stored(self._texts), self._library, self._asked, self._has_own_weights)
+        return Result, (_stored(self._texts, self._call), self._library, self._asked, self._has_own_weights)
 
     # ---- What was asked ----
 
@@ -336,6 +370,15 @@ class Result:
         if asked.pop("cut_at_mean", False):
             asked["cut_point"] = "mean"
         return asked
+
+    @property
+    def _call(self) -> str:
+        """The call that makes it again, "" for what came in other ways."""
+        if self._asked is None:
+            return ""
+        words = [repr(value) if name == "formula" else f"{name}={value!r}" for name, value in self.request.items()]
+        words.sort(key=lambda word: word[0] not in "'\"")  # the formula first
+        return f"tarn.analyze({', '.join(['data', *words, *(['weights=weights'] if self._has_own_weights else [])])})"
 
     def rerun(self, data: Any, **changes: Any) -> Result:
         """Analyses other data in the same way.
@@ -475,7 +518,7 @@ class Result:
     @property
     def notes(self) -> list[str]:
         """What a reader should know of the data, as sentences."""
-        return [in_words_of_python(note) for note in self._texts.notes]
+        return _notes_of(self._texts)
 
     def _rows_of(self, rows_of: Callable[[Mapping[str, Any]], Iterable[Mapping[str, Any]]]) -> list[dict[str, Any]]:
         return [
@@ -495,14 +538,70 @@ class Result:
     # ---- Texts ----
 
     def __repr__(self) -> str:
-        return self._texts.text().rstrip("\n")
+        return self.to_text().rstrip("\n")
 
     def _repr_html_(self) -> str:
-        return as_fragment(self._results, self.notes)
+        blocks = [self._texts.html_of(place, f"{self._id}-{place + 1}") for place in range(self._count_of_blocks)]
+        if not all(blocks) or not blocks:
+            return f"<pre>{html.escape(repr(self))}</pre>"
+        sentences = [f"Note: {note}" for note in self.notes]
+        if not self._texts.has_cases():
+            sentences.append("There are no plots: the cases are not there as they were analysed.")
+        notes = [f'<p class="quiet">{html.escape(sentence)}</p>\n' for sentence in sentences]
+        return f'<style>{_binding.style_sheet()}</style>\n<div class="tarn">\n{"".join(blocks + notes)}</div>\n'
 
-    def to_html(self) -> str:
-        """A page for a browser, which stands by itself."""
-        return as_page(self._results, self.notes)
+    @property
+    def _count_of_blocks(self) -> int:
+        """How many tests a notebook shows one by one: none where the text is easier to read."""
+        return len(self) if len(self) <= _MOST_BLOCKS and not self.parts else 0
+
+    @functools.cached_property
+    def _id(self) -> str:
+        """What identifiers begin with in a notebook that shows several results."""
+        return f"tarn-{zlib.crc32(self._texts.json().encode()):08x}"
+
+    def plot(self, key: int | str | tuple[str, str] | None = None) -> Plot:
+        """The plot of a test, drawn from the cases that were analysed.
+
+        Parameters
+        ----------
+        key : int, str or tuple of str
+            The test as in ``result[key]``; not needed where there is one alone.
+
+        Returns
+        -------
+        Plot
+            Notebooks show it; `Plot.save` writes it.
+
+        Raises
+        ------
+        InputError
+            Where nothing can be drawn: of a test that ended in an error; of results of `tarn.load`, of `tarn.run` and of
+            another process, which have no cases; where the data was written to since.
+
+        Examples
+        --------
+        >>> result = tarn.analyze({"x": [3, 5, 4, 6], "g": ["a", "a", "b", "b"]}, "x ~ g", tests="mann-whitney")
+        >>> result.plot().svg.startswith("<svg ")
+        True
+        """
+        if key is None and len(self) != 1:
+            raise InputError(f"the result has {len(self)} tests; expected the name or the place of one of them")
+        return self[0 if key is None else key].plot()
+
+    def _plot(self, place: int) -> Plot:
+        with errors_of_the_package():
+            return Plot(self._texts.svg(place))
+
+    def to_html(self, plots: bool = True) -> str:
+        """A page for a browser, which stands by itself: it needs no script and fetches nothing.
+
+        Parameters
+        ----------
+        plots : bool
+            Whether each test has its plot, where its cases are there as they were analysed.
+        """
+        return self._texts.html(self._call, self.notes, plots)
 
     def to_json(self) -> str:
         """The whole result as JSON, in the format that the command writes."""
@@ -524,9 +623,25 @@ class Result:
             raise InputError("a result in parts is no one document; expected to_xml() of one of its parts")
         return self._texts.document
 
-    def to_text(self) -> str:
-        """The report for a reader."""
-        return self._texts.text()
+    def to_text(self, details: bool = False) -> str:
+        """The report for a reader; with `details` whatever is known of each test, in the engine's own terms."""
+        return "".join(in_words_of_python(line) for line in self._texts.text(details).splitlines(keepends=True))
+
+    def to_markdown(self) -> str:
+        """The tables of the report in Markdown, as GitHub and Pandoc read them."""
+        return self._texts.in_format("md")
+
+    def to_latex(self) -> str:
+        """The same in LaTeX, with the package booktabs; its first lines say what a preamble needs."""
+        return self._texts.in_format("latex")
+
+    def to_typst(self) -> str:
+        """The same in Typst."""
+        return self._texts.in_format("typst")
+
+    def to_apa(self) -> str:
+        """A paragraph for each test in the style of the American Psychological Association."""
+        return self._texts.in_format("apa")
 
     def save(self, path: str | os.PathLike[str]) -> None:
         """Writes the result to a file, whole or not at all.
@@ -534,20 +649,23 @@ class Result:
         Parameters
         ----------
         path : str or path
-            Its suffix says in which form: ``.html``, ``.xml`` (the result document), ``.json``, ``.csv`` or ``.txt``.
+            Its suffix says in which form: ``.html``, ``.xml`` (the result document), ``.json``, ``.csv``, ``.txt``,
+            ``.md`` (Markdown), ``.tex`` (LaTeX), ``.typ`` (Typst), or ``.svg`` (the plot of a single test).
 
         Raises
         ------
         InputError
-            For any other suffix, and for a file that can't be written.
+            For any other suffix, for a file that can't be written, and as the form itself does.
         """
         name = os.fspath(path)
-        makers = {
+        makers: dict[str, Callable[[], str]] = {
             ".html": self.to_html, ".xml": self.to_xml, ".json": self.to_json, ".csv": self.to_csv, ".txt": self.to_text,
+            ".md": self.to_markdown, ".tex": self.to_latex, ".typ": self.to_typst, ".svg": lambda: self.plot().svg,
         }  # fmt: skip
         suffix = os.path.splitext(name)[1].lower()
         if suffix not in makers:
-            raise InputError(f'"{name}": the suffix is "{suffix}"; expected .html, .xml, .json, .csv or .txt')
+            *others, last = makers
+            raise InputError(f'"{name}": the suffix is "{suffix}"; expected {", ".join(others)} or {last}')
         with errors_of_the_package():
             _binding.write(name, makers[suffix]())
 

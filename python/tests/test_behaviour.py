@@ -43,6 +43,23 @@ class Stop(Exception):
     pass
 
 
+def test_a_run_takes_no_more_memory_than_it_may() -> None:
+    data = {**table(1000), "s": ["a", "b"] * 500}
+    plan = {"tests": [{"sign": {"variableName": ["x", "y"]}}]}
+    refusal = r"may take .* of memory .* expected at most 1\.0 KiB, or more told by memory="
+    for options in ({}, {"split": "s"}):
+        with pytest.raises(tarn.InputError, match=refusal):
+            tarn.analyze(data, related=["x", "y"], tests="sign", memory="1K", **options)  # type: ignore[arg-type]
+    with pytest.raises(tarn.InputError, match=refusal):
+        tarn.run(data, plan, memory=1024)
+    enough = tarn.analyze(data, related=["x", "y"], tests="sign", memory="1.5G")
+    assert enough.to_json() == tarn.analyze(data, related=["x", "y"], tests="sign").to_json()
+    assert enough.rerun(data).request["memory"] == 3 * 2**29
+    for wrong in ("8", "8g", "G", 0, -1, 1.5, True):
+        with pytest.raises(tarn.InputError, match='expected a size like "8G"'):
+            tarn.analyze(data, related=["x", "y"], memory=wrong)  # type: ignore[arg-type]
+
+
 def test_other_threads_go_on_meanwhile() -> None:
     count = 0
     is_over = threading.Event()

@@ -14,10 +14,11 @@ from tarn import _analyze, _functions, _result
 FLAGS = doctest.NORMALIZE_WHITESPACE | doctest.ELLIPSIS
 
 
-def test_readme(monkeypatch: pytest.MonkeyPatch) -> None:
+@pytest.mark.parametrize(("page", "least"), [("README.md", 3), ("python/README.md", 20)])
+def test_readme(page: str, least: int, monkeypatch: pytest.MonkeyPatch) -> None:
     monkeypatch.chdir(ROOT)
-    failed, attempted = doctest.testfile(str(ROOT / "python/README.md"), module_relative=False, optionflags=FLAGS)
-    assert attempted > 5 and failed == 0
+    failed, attempted = doctest.testfile(str(ROOT / page), module_relative=False, optionflags=FLAGS)
+    assert attempted >= least and failed == 0
 
 
 @pytest.mark.parametrize("module", [_analyze, _functions, _result])

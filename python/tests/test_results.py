@@ -2,8 +2,10 @@
 
 from __future__ import annotations
 
+import html
 import json
 import pickle
+import re
 import subprocess
 import sys
 from collections.abc import Callable
@@ -13,6 +15,7 @@ from xml.etree import ElementTree
 
 import duckdb
 import narwhals
+import numpy
 import pandas
 import polars
 import pyarrow
@@ -120,26 +123,134 @@ def test_a_result_stays_as_it_is(result: tarn.Result) -> None:
 
 
 def test_the_report_is_what_is_shown(result: tarn.Result) -> None:
-    assert repr(result).startswith("1. Kruskal-Wallis test: x by g\n")
-    html = tarn.analyze({"<b>": [1, 2, 3]}, one_sample="<b>", tests="wilcoxon", test_value=0)._repr_html_()
-    assert html.startswith("<h3>1. Wilcoxon signed rank test: &lt;b&gt;</h3>") and "<b>" not in html
+    assert repr(result).startswith("Kruskal-Wallis test: x by g ")
+    assert repr(result) == result.to_text().rstrip("\n")
+    assert len(result.to_text(details=True)) > len(result.to_text())
 
 
-def test_a_page_has_the_sentences_and_the_numbers(result: tarn.Result) -> None:
+def test_the_report_names_arguments() -> None:
+    result = tarn.analyze(COLUMNS, "x ~ g", where='g != "c"')
+    shown = [repr(result), result.to_text(details=True), result.to_html().split("tarn-result")[0].split("</style>")[1]]
+    for text in shown:
+        assert "where=" in text and "keeps 6 of 9 records" in text and "--where" not in text
+
+
+def pictures_in(page: str) -> list[str]:
+    return re.findall(r"<svg .*?</svg>", page, re.DOTALL)
+
+
+def test_a_notebook_shows_each_test_with_its_plot(result: tarn.Result) -> None:
+    shown = result._repr_html_()
+    assert shown.count("<article") == shown.count("</article>") == len(pictures_in(shown)) == 2
+    assert shown.count("<style>") == 1 and ".tarn" in shown and '<div class="tarn">' in shown
+    ids = re.findall(r' id="([^"]+)"', shown)
+    assert len(ids) == len(set(ids))
+    # Another result on the same page has other identifiers.
+    other = tarn.analyze(COLUMNS, related=["x", "y"], tests="sign")._repr_html_()
+    assert not set(ids) & set(re.findall(r' id="([^"]+)"', other))
+    hostile = tarn.analyze({"<b>": [1, 2, 3]}, one_sample="<b>", tests="wilcoxon", test_value=0)._repr_html_()
+    assert "&lt;b&gt;" in hostile and "<b>" not in hostile
+
+
+def test_a_notebook_shows_the_text_of_many_tests() -> None:
+    columns = {f"x{number}": COLUMNS["x"] for number in range(21)} | {"g": COLUMNS["g"]}
+    result = tarn.analyze(columns, "x* ~ g", tests="kruskal-wallis")
+    assert result._repr_html_().startswith("<pre>") and len(pictures_in(result.to_html())) == 21
+
+
+def test_a_page_has_the_sentences_the_plots_and_the_call(result: tarn.Result) -> None:
     page = result.to_html()
-    parsed = ElementTree.fromstring(page.removeprefix("<!DOCTYPE html>").replace('<meta charset="utf-8">', ""))
-    headings = [heading.text for heading in parsed.iter("h3")]
-    assert headings == ["1. Kruskal-Wallis test: x by g", "2. Kruskal-Wallis test: y by g"]
-    cells = [cell.text for cell in parsed.iter("td")]
+    assert page.startswith("<!DOCTYPE html>") and "<script src" not in page and len(pictures_in(page)) == 2
     for test in result:
-        assert f"{test.statistic:.6g}" in cells and f"{test.pvalue:.6g}" in cells
-        assert test.conclusion in [sentence.text for sentence in parsed.iter("p")]
+        assert test.conclusion is not None and html.escape(test.conclusion, quote=False) in page
+    call = """tarn.analyze(data, independent=['x', 'y'], group='g', tests=['kruskal-wallis'], compare='pairwise', alpha=0.5)"""
+    assert call in html.unescape(page)
+    assert eval(call, {"tarn": tarn, "data": COLUMNS}).to_json() == result.to_json()
+    assert pictures_in(result.to_html(plots=False)) == []
+
+
+def test_the_call_of_a_page_can_be_typed() -> None:
+    data = {"score": COLUMNS["x"], "arm": COLUMNS["g"]}
+    result = tarn.analyze(data, "score ~ arm", exact=True, weights=[1.0] * 9)
+    call = "tarn.analyze(data, 'score ~ arm', exact=True, weights=weights)"
+    assert call in html.unescape(result.to_html())
+    assert eval(call, {"tarn": tarn, "data": data, "weights": [1.0] * 9}).to_json() == result.to_json()
+
+
+def titles_in(svg: str) -> str:
+    root = ElementTree.fromstring(svg)
+    return " ".join(each.text or "" for each in root.iter("{http://www.w3.org/2000/svg}title"))
+
+
+def test_a_test_has_a_plot(result: tarn.Result, tmp_path: Path) -> None:
+    plot = result["kruskal-wallis", "y"].plot()
+    assert plot == result.plot(1) == result.plot(("kruskal-wallis", "y")) != result.plot(0)
+    assert "y" in titles_in(plot.svg) and plot._repr_svg_() == str(plot) == plot.svg
+    assert repr(plot) == "<Plot of Kruskal-Wallis test: y by g>"
+    plot.save(tmp_path / "y.svg")
+    assert (tmp_path / "y.svg").read_text() == plot.svg
+    with pytest.raises(tarn.InputError, match='the suffix is ".png"; expected .svg'):
+        plot.save(tmp_path / "y.png")
+    with pytest.raises(tarn.InputError, match="the result has 2 tests"):
+        result.plot()
+    with pytest.raises(tarn.InputError, match="the result has 2 tests"):
+        result.save(tmp_path / "both.svg")
+    assert not (tmp_path / "both.svg").exists()
+    one = tarn.mann_whitney(COLUMNS["x"], COLUMNS["y"])
+    assert "Mann-Whitney" in titles_in(one.plot().svg)
+    one.result.save(tmp_path / "one.svg")
+    assert (tmp_path / "one.svg").read_text() == one.plot().svg
+
+
+def test_plots_of_parts_are_those_of_their_records() -> None:
+    columns = {**COLUMNS, "s": ["m", "f", "m", "f", "m", "f", "m", "f", "f"]}
+    split = tarn.analyze(columns, independent="x", group="g", tests="kruskal-wallis", split="s")
+    assert len(pictures_in(split.to_html())) == len(split) == 2
+    for place, sex in enumerate(split.parts):
+        alone = tarn.analyze(columns, independent="x", group="g", tests="kruskal-wallis", where=f's = "{sex}"')
+        assert split.plot(place) == split.parts[sex].plot() == alone.plot()
+        assert pictures_in(split.parts[sex].to_html()) == pictures_in(alone.to_html())
+
+
+def test_what_has_no_cases_has_no_plot(result: tarn.Result, tmp_path: Path) -> None:
+    result.save(tmp_path / "result.xml")
+    plan = {"tests": [{"sign": {"variableName": ["x", "y"]}}]}
+    for caseless in (tarn.load(tmp_path / "result.xml"), tarn.run(COLUMNS, plan), pickle.loads(pickle.dumps(result))):
+        with pytest.raises(tarn.InputError, match="cases"):
+            caseless.plot(0)
+        page = caseless.to_html()
+        assert pictures_in(page) == [] and "There are no plots: a result without its table has no cases to draw." in page
+    assert "There are no plots" in tarn.load(tmp_path / "result.xml")._repr_html_()
+    assert "There are no plots" not in result._repr_html_()
+    failed = tarn.analyze(COLUMNS, related=["x", "y"], nominal=["x", "y"], tests="mcnemar")  # of more than two values
+    assert "error" in columns_of(failed.messages)["kind"]
+    with pytest.raises(tarn.InputError, match="McNemar.* has nothing that could be drawn"):
+        failed.plot()
+
+
+@pytest.mark.parametrize("make", [dict, pandas.DataFrame])
+def test_data_that_was_written_to_is_not_drawn(make: Callable[[Any], Any]) -> None:
+    numbers = numpy.random.default_rng(1)
+    columns = {name: numbers.normal(size=40_000) for name in ("x", "y")}  # so many stay where they are
+    data = make(columns)
+    result = tarn.analyze(data, related=["x", "y"], tests="sign")
+    plot = result.plot()
+    assert len(pictures_in(result.to_html())) == 1
+    rows = data["x"] if make is dict else data["x"].array
+    before, rows[7] = rows[7], 1000.0
+    with pytest.raises(tarn.InputError, match="the data was written to since it was analysed"):
+        result.plot()
+    page = result.to_html()
+    assert pictures_in(page) == [] and "The data was written to since it was analysed" in page
+    assert "There are no plots" in result._repr_html_() and pictures_in(result._repr_html_()) == []
+    rows[7] = before
+    assert result.plot() == plot
 
 
 def test_saving_and_loading(result: tarn.Result, tmp_path: Path) -> None:
     made = {
         ".html": result.to_html, ".xml": result.to_xml, ".json": result.to_json, ".csv": result.to_csv,
-        ".txt": result.to_text,
+        ".txt": result.to_text, ".md": result.to_markdown, ".tex": result.to_latex, ".typ": result.to_typst,
     }  # fmt: skip
     for suffix, text in made.items():
         result.save(tmp_path / f"result{suffix}")
@@ -149,7 +260,7 @@ def test_saving_and_loading(result: tarn.Result, tmp_path: Path) -> None:
     assert columns_of(loaded.effects)["key"] == []
     with pytest.raises(tarn.InputError, match="the result has no request to run again"):
         loaded.rerun(COLUMNS)
-    with pytest.raises(tarn.InputError, match="expected .html, .xml, .json, .csv or .txt"):
+    with pytest.raises(tarn.InputError, match=r"expected \.html, .*, \.typ or \.svg"):
         result.save(tmp_path / "result.doc")
     with pytest.raises(tarn.InputError):
         result.save(tmp_path / "no such folder" / "result.xml")
@@ -160,6 +271,10 @@ def test_saving_and_loading(result: tarn.Result, tmp_path: Path) -> None:
 def test_a_result_goes_to_another_process(result: tarn.Result) -> None:
     copy = pickle.loads(pickle.dumps(result))
     assert repr(copy) == repr(result)
+    for text in ("to_json", "to_csv", "to_markdown", "to_latex", "to_typst", "to_apa"):
+        assert getattr(copy, text)() == getattr(result, text)()
+    assert copy.to_text(details=True) == result.to_text(details=True)
+    assert copy._repr_html_().startswith("<pre>Kruskal-Wallis test: x by g")
     assert list(copy) == list(result)
     assert copy.tests == result.tests
     assert copy.request == result.request

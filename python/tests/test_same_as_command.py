@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import json
+import re
 from typing import Any
 
 import pytest
@@ -73,8 +74,23 @@ def test_report_is_that_of_the_command(command: Command) -> None:
     columns = {"x": [1.0, 4.0, 2.0, 8.0, 5.0, 7.0], "g": ["a", "a", "b", "b", "a", "b"]}
     typed = ["--independent", "x", "--group", "g"]
     result = tarn.analyze(columns, independent="x", group="g")
-    assert result.to_text() == command.run(columns, *typed).stdout
-    assert result.to_csv() == command.run(columns, *typed, "--format", "csv").stdout
+    formats = {
+        "text": result.to_text, "csv": result.to_csv, "md": result.to_markdown, "latex": result.to_latex,
+        "typst": result.to_typst, "apa": result.to_apa,
+    }  # fmt: skip
+    for name, text in formats.items():
+        assert text() == command.run(columns, *typed, "--format", name).stdout
+    assert result.to_text(details=True) == command.run(columns, *typed, "--details").stdout
+
+
+@pytest.mark.parametrize("split", [[], ["--split", "s"]])
+def test_page_is_that_of_the_command(command: Command, split: list[str]) -> None:
+    columns = {"x": [1.0, 4.0, 2.0, 8.0, 5.0, 7.0], "y": [2.0, 2.5, 9.0, 1.0, 4.0, 3.0], "g": list("aabbab"), "s": list("mmmfff")}
+    page = tarn.analyze(columns, independent=["x", "y"], group="g", split="s" if split else None).to_html()
+    expected = command.run(columns, "--independent", "x,y", "--group", "g", *split, "--format", "html").stdout
+    tests = re.findall("<article.*?</article>", expected, re.DOTALL)
+    assert len(tests) >= 2 and all("<svg" in test for test in tests)
+    assert re.findall("<article.*?</article>", page, re.DOTALL) == tests
 
 
 def test_category_orders_are_those_of_a_description(command: Command, tmp_path: Any) -> None:

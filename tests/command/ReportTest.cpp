@@ -447,7 +447,8 @@ TEST(Report, OfAStoredResultHasNoPlotsAndSaysSo) {
     const CommandResult result = RunTarn({"show", scratch.Path("result.xml"), "--format", "html"});
     EXPECT_EQ(result.exitStatus, 0) << result.err;
     EXPECT_EQ(CountOf(result.out, "<svg "), 0U);
-    EXPECT_NE(result.out.find("There are no plots: a stored result has no cases to draw."), std::string::npos);
+    EXPECT_NE(result.out.find("There are no plots: a result without its table has no cases to draw."),
+              std::string::npos);
 }
 
 TEST(Report, OfVeryManyTestsDrawsThoseThatMatter) {
