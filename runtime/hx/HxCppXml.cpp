@@ -61,7 +61,7 @@ std::string XMLElement::doc2string(const XMLDocument& document) {
     StringWriter writer;
     writer.text = XmlNodes::kDeclaration;
     NodeOf(document.getRoot().node_).print(writer, "", pugi::format_raw, pugi::encoding_utf8);
-    return std::move(writer.text);
+    return std::string(writer.text);  // a component keeps it: no more room than it needs
 }
 
 // ---- Documents ----

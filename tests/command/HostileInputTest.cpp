@@ -137,18 +137,18 @@ TEST(HostileInput, ASquareTableThatMayTakeTooMuchIsRefusedBeforeItIsMade) {
 TEST(HostileInput, PairsThatMayTakeTooMuchAreRefusedBeforeTheyAreMade) {
     const ScratchFolder folder;
     std::string rows = "x,g\n";
-    for (int i = 0; i < 2000; ++i) rows += std::to_string(i % 7) + "," + std::to_string(i % 1000) + "\n";
+    for (int i = 0; i < 2000; ++i) rows += std::to_string(i % 7) + "," + std::to_string(i % 250) + "\n";
     const std::string table = folder.Write("groups.csv", rows);
     const std::vector<std::string> words = {
         "analyze", table,     "--independent",  "x",         "--group",  "g",       "--nominal",
         "g",       "--tests", "kruskal-wallis", "--compare", "pairwise", "--memory"};
     std::vector<std::string> refused = words;
-    refused.emplace_back("300M");
+    refused.emplace_back("20M");
     ExpectOneLine(RunTarn(refused),
-                  "request: may take 357.3 MiB of memory (1 results of tests, 499500 pairs of samples); "
-                  "expected at most 300.0 MiB, or more told by --memory");
+                  "request: may take 22.3 MiB of memory (1 results of tests, 31125 pairs of samples); "
+                  "expected at most 20.0 MiB, or more told by --memory");
     std::vector<std::string> taken = words;
-    taken.emplace_back("0.4G");
+    taken.emplace_back("0.03G");
     EXPECT_EQ(RunTarn(taken).exitStatus, 0);
 }
 
