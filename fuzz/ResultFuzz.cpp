@@ -14,8 +14,8 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const tarn::MessageCatalogue& texts = tarn::MessageCatalogue::English();
     try {
-        const tarn::ResultReading result =
-            tarn::ReadAll(tarn::ReadResult(std::string(reinterpret_cast<const char*>(data), size), "result.xml"), texts);
+        const tarn::ResultReading result = tarn::ReadAll(
+            tarn::ReadResult(std::string(reinterpret_cast<const char*>(data), size), "result.xml"), texts);
         tarn::TextReport(result, texts, {});
         tarn::JsonReport(result, texts);
         tarn::CsvReport(result, texts);
