@@ -60,7 +60,7 @@ void PrepareForSignals() {
         RemoveUnfinishedFile();
         raise(signal);  // the default is back, and takes it when this handler returns
     };
-    action.sa_flags = SA_RESETHAND;
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
     for (const int signal : kEnding) {
         if (IsByDefault(signal)) sigaction(signal, &action, nullptr);
     }

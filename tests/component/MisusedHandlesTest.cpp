@@ -103,7 +103,7 @@ TEST_F(MisusedHandles, NoHandleThatIsNoneIsFollowed) {
     ASSERT_EQ(RunAll(), HX_OK);
     const std::string document = Document();
     int misuses = 0;
-    for (const std::uintptr_t small : {1, 2, 7, 8, 64, 4095, 4096}) {
+    for (const std::uintptr_t small : {1U, 2U, 7U, 8U, 64U, 4095U, 4096U}) {
         misuses += ExpectUnknown(library, Handle(small), "a small number");
     }
     for (const std::uintptr_t large : {UINTPTR_MAX, UINTPTR_MAX - 7, UINTPTR_MAX / 2, UINTPTR_MAX / 2 + 1}) {
@@ -117,7 +117,7 @@ TEST_F(MisusedHandles, NoHandleThatIsNoneIsFollowed) {
     misuses += ExpectUnknown(library, &host, "a host");
     misuses += ExpectUnknown(library, &host.context, "a context");
     misuses += ExpectUnknown(library, reinterpret_cast<void*>(&ExpectUnknown), "a function");
-    for (const std::size_t offset : {1, 8, 16}) {
+    for (const std::size_t offset : {1U, 8U, 16U}) {
         misuses += ExpectUnknown(library, static_cast<std::byte*>(component) + offset, "within a component");
     }
     misuses += ExpectUnknown(library, nullptr, "null");
