@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cmath>
+#include <limits>
 #include <set>
 #include <utility>
 
@@ -41,20 +42,15 @@ std::optional<HtmlPlot> HtmlPlotOf(const ReportSource& source, std::size_t place
 
 // ---- Which tests have plots ----
 
-/// The significance of a test, above all others where it has none.
-double PValueOf(const ResultReading& result, std::size_t place) {
-    const Number& chosen = result.tests[place].supplement.chosenP;
-    if (!chosen.empty()) return chosen.value;
-    const auto& test = result.family.tests[place];
-    return test && !std::isnan(test->p) ? test->p : 2;
-}
-
-/// Those with the smallest significances where there are too many.
+/// Those with the smallest significances where there are too many; a test without one stands behind all others.
 std::set<std::size_t> PlacesWithPlots(const ResultReading& result, std::size_t allTests) {
     std::vector<std::size_t> places(result.tests.size());
     for (std::size_t i = 0; i < places.size(); ++i) places[i] = i;
     if (allTests > kMostTestsWithPlots) {
-        std::ranges::stable_sort(places, {}, [&](std::size_t i) { return PValueOf(result, i); });
+        const std::vector<double> pValues = ConclusivePValues(result);
+        std::ranges::stable_sort(places, {}, [&](std::size_t i) {
+            return std::isnan(pValues[i]) ? std::numeric_limits<double>::infinity() : pValues[i];
+        });
         const std::size_t most = std::max<std::size_t>(1, kPlotsOfMany * result.tests.size() / allTests);
         places.resize(std::min(places.size(), most));
     }

@@ -365,13 +365,7 @@ Supplement SupplementOf(const TestReading& reading, const ResultReading& result,
 /// Significances of all tests together, by the method that the user names: of each the one on which its conclusion
 /// rests.
 void AdjustTests(ResultReading& result, Adjustment adjustment) {
-    std::vector<double> pValues;
-    for (std::size_t i = 0; i < result.tests.size(); ++i) {
-        const auto& test = result.family.tests[i];
-        const Number& chosen = result.tests[i].supplement.chosenP;
-        pValues.push_back(!test ? std::nan("") : chosen.empty() ? test->p : chosen.value);
-    }
-    const std::vector<double> adjusted = Adjusted(pValues, adjustment);
+    const std::vector<double> adjusted = Adjusted(ConclusivePValues(result), adjustment);
     for (std::size_t i = 0; i < adjusted.size(); ++i) {
         result.tests[i].supplement.adjustedP = NumberOf(adjusted[i]);
         result.tests[i].supplement.adjustment = TitleOf(adjustment);

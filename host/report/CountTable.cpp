@@ -28,7 +28,7 @@ CountTable ReadClasses(const TestResult& test, const ResultTable& content, const
     } else {
         // The columns are the first category and what isn't of its class, whichever is the success. The document cuts
         // the success' share to a whole number and takes the other one from 100.
-        counts.corner = "whole percent";
+        counts.corner = "percent, cut";
         const ResultField* const first = counts.rowTitles.empty() ? nullptr : document.FieldAt(counts.rowTitles[0]);
         constexpr std::size_t kClasses = 2;
         const bool areTwo = first != nullptr && first->categories.size() == kClasses;

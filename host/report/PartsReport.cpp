@@ -16,16 +16,21 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-/// The significances that decide, of all parts one after the other, adjusted for their number; NaN for a test that has
-/// none.
-std::vector<double> AdjustedOf(const std::vector<ResultPart>& parts) {
-    std::vector<double> pValues;
-    for (const ResultPart& part : parts) {
-        if (!part.result) continue;
-        for (const auto& test : part.result->family.tests) pValues.push_back(test ? test->p : std::nan(""));
+/// The significances on which the conclusions rest, of all parts one after the other, and the same adjusted for their
+/// number; NaN for a test that has none.
+struct PartsPValues {
+    explicit PartsPValues(const std::vector<ResultPart>& parts) {
+        for (const ResultPart& part : parts) {
+            if (!part.result) continue;
+            const std::vector<double> ofPart = ConclusivePValues(*part.result);
+            own.insert(own.end(), ofPart.begin(), ofPart.end());
+        }
+        holm = Adjusted(own, Adjustment::kHolm);
     }
-    return Adjusted(pValues, Adjustment::kHolm);
-}
+
+    std::vector<double> own;
+    std::vector<double> holm;
+};
 
 std::string SummaryTable(const std::vector<ResultPart>& parts) {
     TextTable table({{parts.front().field},
@@ -37,7 +42,7 @@ std::string SummaryTable(const std::vector<ResultPart>& parts) {
                      {"p Holm", Alignment::kRight},
                      {"kind"},
                      {"Decision"}});
-    const std::vector<double> adjusted = AdjustedOf(parts);
+    const PartsPValues pValues(parts);
     std::size_t place = 0;
     for (const ResultPart& part : parts) {
         if (!part.result) {
@@ -46,8 +51,12 @@ std::string SummaryTable(const std::vector<ResultPart>& parts) {
         }
         std::size_t number = 0;
         for (const TestReading& reading : part.result->tests) {
-            const SummaryCells cells = SummaryOf(reading, ++number);
-            const double holm = adjusted[place++];
+            SummaryCells cells = SummaryOf(reading, ++number);
+            if (const Number& chosen = reading.supplement.chosenP; !chosen.empty()) {
+                cells.p = PText(ExactText(chosen.value));
+                cells.kind = "chosen";
+            }
+            const double holm = pValues.holm[place++];
             table.AddRow({part.category, cells.title, cells.fields, cells.n, cells.statistic, cells.p,
                           std::isnan(holm) ? "" : PText(ExactText(holm), cells.isBound), cells.kind, cells.decision});
         }
@@ -86,7 +95,7 @@ std::string PartsJson(const std::vector<ResultPart>& parts, const MessageCatalog
               {"notes", notes},
               {"summary", Json::array()},
               {"parts", Json::array()}};
-    const std::vector<double> adjusted = AdjustedOf(parts);
+    const PartsPValues pValues(parts);
     std::size_t place = 0;
     for (const ResultPart& part : parts) {
         json["parts"].push_back({{"category", part.category},
@@ -96,14 +105,14 @@ std::string PartsJson(const std::vector<ResultPart>& parts, const MessageCatalog
         if (!part.result) continue;
         for (std::size_t i = 0; i < part.result->tests.size(); ++i) {
             const TestReading& reading = part.result->tests[i];
-            const auto& own = part.result->family.tests[i];
-            const double holm = adjusted[place++];
+            const double own = pValues.own[place];
+            const double holm = pValues.holm[place++];
             json["summary"].push_back(
                 {{"category", part.category},
                  {"test", reading.name},
                  {"fields", reading.fields},
                  {"n", NumberJson(reading.n)},
-                 {"p", own ? Json(own->p) : Json(nullptr)},
+                 {"p", std::isnan(own) ? Json(nullptr) : Json(own)},
                  {"p_holm", std::isnan(holm) ? Json(nullptr) : Json(holm)},
                  {"decision", reading.decision.empty() ? Json(nullptr) : Json(reading.decision)}});
         }

@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "host/NumberText.h"
-#include "host/TestNames.h"
 #include "host/TextList.h"
 #include "host/report/AdjustedPValues.h"
 #include "host/report/PageNumbers.h"
@@ -34,17 +33,6 @@ struct SummaryRow {
     const TestPage* page;
     std::string part;  ///< the category of a split analysis; "" for none
 };
-
-/// The significance on which the conclusion of each test rests; NaN for none.
-std::vector<double> PValuesOf(const ResultReading& result) {
-    std::vector<double> pValues;
-    for (std::size_t i = 0; i < result.tests.size(); ++i) {
-        const auto& test = result.family.tests[i];
-        const Number& chosen = result.tests[i].supplement.chosenP;
-        pValues.push_back(!test ? std::nan("") : chosen.empty() ? test->p : chosen.value);
-    }
-    return pValues;
-}
 
 /// The method by which the user wants the tests adjusted; "" for none.
 std::string AdjustmentOf(const std::vector<TestReading>& readings) {
@@ -142,10 +130,11 @@ class Summary {
         for (std::size_t i = 0; i < rows_.size(); ++i) table.rows[i].push_back(cellOf(rows_[i]));
     }
 
-    /// The name by which a user asks for the test: titles of several tests are too long for a line with their numbers.
+    /// The short name by which a user knows the test: titles of several tests are too long for a line with their
+    /// numbers.
     static PageCell NameCell(const SummaryRow& row) {
-        const auto known = std::ranges::find(TestNames(), row.reading->name, &TestName::resultName);
-        return {known == TestNames().end() ? row.page->title : std::string(known->name), {}, {}};
+        const TestTexts* const known = MessageCatalogue::English().Test(row.reading->name);
+        return {known == nullptr ? row.page->title : known->name, {}, {}};
     }
     PageCell FieldsCell(const SummaryRow& row) const {
         return {!hasOneGroup_ ? row.page->subject : JoinList(row.reading->fields), {}, {}};
@@ -284,7 +273,7 @@ ResultPage PageOf(const ResultReading& result, const MessageCatalogue& texts, co
     std::vector<SummaryRow> rows;
     for (std::size_t i = 0; i < page.tests.size(); ++i) rows.push_back({&result.tests[i], &page.tests[i], ""});
     const Summary summary(rows);
-    const std::vector<double> pValues = PValuesOf(result);
+    const std::vector<double> pValues = ConclusivePValues(result);
     const std::vector<AdjustedColumn> adjusted = AdjustedColumnsOf(result, pValues);
     page.title = summary.Title();
     page.summary = summary.Table(adjusted, "");
@@ -308,7 +297,7 @@ PartsPage PageOf(const std::vector<ResultPart>& parts, const MessageCatalogue& t
         MakeOneLine(own.mistake);
         if (!part.result) continue;
         own.page = PageOf(*part.result, texts, part.notes);
-        const std::vector<double> ofPart = PValuesOf(*part.result);
+        const std::vector<double> ofPart = ConclusivePValues(*part.result);
         pValues.insert(pValues.end(), ofPart.begin(), ofPart.end());
         for (std::size_t i = 0; i < own.page.tests.size(); ++i) {
             rows.push_back({&part.result->tests[i], &own.page.tests[i], part.category});

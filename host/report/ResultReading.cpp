@@ -1,5 +1,6 @@
 #include "host/report/ResultReading.h"
 
+#include <cmath>
 #include <utility>
 
 #include "host/report/KnownValue.h"
@@ -34,6 +35,16 @@ ResultReading ReadAll(ResultDocument document, const MessageCatalogue& texts) {
     }
     reading.family = AdjustTogether(reading.tests);
     return reading;
+}
+
+std::vector<double> ConclusivePValues(const ResultReading& result) {
+    std::vector<double> pValues(result.tests.size(), std::nan(""));
+    for (std::size_t i = 0; i < pValues.size(); ++i) {
+        const auto& own = result.family.tests[i];
+        const Number& chosen = result.tests[i].supplement.chosenP;
+        if (own) pValues[i] = chosen.empty() ? own->p : chosen.value;
+    }
+    return pValues;
 }
 
 }  // namespace tarn

@@ -31,4 +31,8 @@ struct ResultReading {
 /// Reads a document in the language of `texts`.
 ResultReading ReadAll(ResultDocument document, const MessageCatalogue& texts);
 
+/// The significance on which the conclusion of each test rests: the one that the user or the cost of an exact one
+/// chose, else the document's own. NaN for a test that has none.
+std::vector<double> ConclusivePValues(const ResultReading& result);
+
 }  // namespace tarn

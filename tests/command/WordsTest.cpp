@@ -4,8 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/harness/Command.h"
@@ -130,6 +132,24 @@ TEST(PartsOfTheCommand, AreTestedByThemselves) {
     ASSERT_EQ(result.at("summary").size(), 2U);
     // Holm's method takes the smaller of two significances twice, 2 * 0.66 > 1.
     EXPECT_EQ(result.at("summary").at(0).at("p_holm"), 1);
+}
+
+// Of six arrangements of two and two values the first part has the lowest one, the second part the highest one: 1/6 and
+// 1 that the first group is as low by chance. Holm takes the smaller one twice.
+TEST(PartsOfTheCommand, AreAdjustedOnTheSignificanceThatWasChosen) {
+    const ScratchFolder folder;
+    const std::string table = folder.Write("low.csv",
+                                           "x,group,part\n1,a,up\n2,a,up\n3,b,up\n4,b,up\n"
+                                           "1,b,down\n2,b,down\n3,a,down\n4,a,down\n");
+    const json result =
+        JsonOf({"x ~ group", "--tests", "mann-whitney", "--split", "part", "--alternative", "less", "--exact"}, table);
+    std::map<std::string, std::pair<double, double>> pValues;
+    for (const json& row : result.at("summary")) {
+        pValues[row.at("category")] = {row.at("p").get<double>(), row.at("p_holm").get<double>()};
+    }
+    EXPECT_NEAR(pValues.at("up").first, 1.0 / 6, 1e-15);
+    EXPECT_NEAR(pValues.at("up").second, 2.0 / 6, 1e-15);
+    EXPECT_EQ(pValues.at("down"), (std::pair{1.0, 1.0}));
 }
 
 // Each document is the one of the records that --where takes by themselves, but for the categories of the whole table.
