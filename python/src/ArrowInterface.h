@@ -4,7 +4,7 @@
 
 namespace tarn {
 
-// The Arrow C data interface and its stream, typed after their specification
+// The Arrow C data interface and its stream, laid out as Arrow fixes them for all programs
 // (https://arrow.apache.org/docs/format/CDataInterface.html, CStreamInterface.html). The layouts are fixed for good, so
 // that data passes between libraries that know nothing of one another. Whoever fills a structure sets `release`, and
 // whoever takes it calls that once; a null `release` marks one that is used up.
