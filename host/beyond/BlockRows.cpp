@@ -23,8 +23,8 @@ void AppendDoubledRanks(std::vector<double> row, std::vector<std::int64_t>& scor
 }
 
 /// Rows with a weight stand as often as it says.
-template <typename Append>
-ScoreRows RowsOf(const std::vector<std::vector<double>>& columns, const CompleteCases& cases, Append append) {
+template <typename Columns, typename Append>
+ScoreRows RowsOf(const Columns& columns, const CompleteCases& cases, Append append) {
     ScoreRows rows;
     rows.columns = columns.size();
     std::vector<double> row(columns.size());

@@ -1,12 +1,10 @@
 #include "host/beyond/DistinctValues.h"
 
-#include <vector>
-
 namespace tarn {
 
 namespace {
 
-std::size_t CountDistinct(const std::vector<double>& values) {
+std::size_t CountDistinct(std::span<const double> values) {
     std::size_t count = values.empty() ? 0 : 1;
     for (std::size_t i = 1; i < values.size(); ++i) count += static_cast<std::size_t>(values[i] != values[i - 1]);
     return count;
@@ -15,28 +13,31 @@ std::size_t CountDistinct(const std::vector<double>& values) {
 }  // namespace
 
 DistinctValues::DistinctValues(const AscendingSample& sample)
-    : size_(CountDistinct(sample.values)), cases_(sample.size) {
-    if (size_ < sample.values.size()) {
-        Gather(sample);
+    : DistinctValues(sample.values, sample.weights, sample.size) {}
+
+DistinctValues::DistinctValues(std::span<const double> values, std::span<const double> weights, double cases)
+    : size_(CountDistinct(values)), cases_(cases) {
+    if (size_ < values.size()) {
+        Gather(values, weights);
         values_ = ownValues_.data();
         counts_ = ownCounts_.data();
     } else {
-        values_ = sample.values.data();
-        counts_ = sample.weights.empty() ? nullptr : sample.weights.data();
+        values_ = values.data();
+        counts_ = weights.empty() ? nullptr : weights.data();
     }
 }
 
-void DistinctValues::Gather(const AscendingSample& sample) {
+void DistinctValues::Gather(std::span<const double> values, std::span<const double> weights) {
     ownValues_ = LargeArray<double>(size_);
     ownCounts_ = LargeArray<double>(size_);
     std::size_t place = 0;
     double cases = 0;
-    double last = sample.values[0];
+    double last = values[0];
     // No step reads what an earlier one wrote, or has a jump that could be foretold wrongly.
-    for (std::size_t i = 0; i < sample.values.size(); ++i) {
-        place += static_cast<std::size_t>(sample.values[i] != last);
-        last = sample.values[i];
-        cases += sample.WeightAt(i);
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        place += static_cast<std::size_t>(values[i] != last);
+        last = values[i];
+        cases += weights.empty() ? 1.0 : weights[i];
         ownValues_[place] = last;
         ownCounts_[place] = cases;
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
 
 #include "host/beyond/AscendingSample.h"
 #include "machine/LargeArray.h"
@@ -12,6 +13,8 @@ namespace tarn {
 class DistinctValues {
  public:
     explicit DistinctValues(const AscendingSample& sample);
+    /// Of values in ascending order; `weights` may be empty, and `cases` is their sum.
+    DistinctValues(std::span<const double> values, std::span<const double> weights, double cases);
     DistinctValues(const DistinctValues&) = delete;
     DistinctValues& operator=(const DistinctValues&) = delete;
 
@@ -25,7 +28,7 @@ class DistinctValues {
     double Cases() const { return cases_; }
 
  private:
-    void Gather(const AscendingSample& sample);
+    void Gather(std::span<const double> values, std::span<const double> weights);
 
     LargeArray<double> ownValues_;
     LargeArray<double> ownCounts_;

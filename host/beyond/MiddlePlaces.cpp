@@ -4,8 +4,9 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
-#include <cstdint>
+#include <limits>
 #include <utility>
+#include <vector>
 
 #include "host/beyond/TestCases.h"
 #include "machine/Lanes.h"
@@ -27,10 +28,37 @@ struct Window {
     std::vector<double> values = {};
 };
 
+/// The values themselves, one at a time or as many as there are lanes.
+class PlainValues {
+ public:
+    explicit PlainValues(std::span<const double> values) : values_(values) {}
+
+    std::size_t Size() const { return values_.size(); }
+    double At(std::size_t i) const { return values_[i]; }
+    DoubleLanes LanesAt(std::size_t i) const { return LoadLanes(values_.data() + i, kLanes); }
+
+ private:
+    std::span<const double> values_;
+};
+
+class Differences {
+ public:
+    Differences(std::span<const double> first, std::span<const double> second) : first_(first), second_(second) {}
+
+    std::size_t Size() const { return first_.Size(); }
+    double At(std::size_t i) const { return first_.At(i) - second_.At(i); }
+    DoubleLanes LanesAt(std::size_t i) const { return first_.LanesAt(i) - second_.LanesAt(i); }
+
+ private:
+    PlainValues first_;
+    PlainValues second_;
+};
+
 /// Every so manieth value, in ascending order.
-std::vector<double> SomeOf(const std::vector<double>& values) {
+template <typename Source>
+std::vector<double> SomeOf(const Source& source) {
     std::vector<double> some(kLookedAt);
-    for (std::size_t i = 0; i < kLookedAt; ++i) some[i] = values[i * values.size() / kLookedAt];
+    for (std::size_t i = 0; i < kLookedAt; ++i) some[i] = source.At(i * source.Size() / kLookedAt);
     return Ascending(std::move(some), {}).values;
 }
 
@@ -53,60 +81,64 @@ Window WindowAbout(double share, double spread, std::size_t size, const std::vec
 
 using Windows = std::array<Window, 3>;
 
-/// Collects a value in the windows that hold it, and counts it below those that lie above it.
-void Place(double value, Windows& windows) {
-    for (Window& window : windows) {
-        window.below += value < window.least ? 1 : 0;
-        if (value >= window.least && value <= window.largest) window.values.push_back(value);
-    }
-}
-
-/// The same of all values in one walk, in which most lie in no window.
-void PlaceAll(const std::vector<double>& values, Windows& windows) {
+/// Fills the windows in one walk over all values, of which most lie in no window. False where one isn't finite.
+template <typename Source>
+bool Fill(Windows& windows, const Source& source) {
     std::array<WholeLanes, 3> below{};
-    const std::size_t whole = values.size() / kLanes * kLanes;
-    for (std::size_t i = 0; i < whole; i += kLanes) {
-        const DoubleLanes lanes = LoadLanes(values.data() + i, kLanes);
+    WholeLanes areFinite = ~WholeLanes{};
+    std::vector<double> near;  // those that lie in a window, and some beside them
+    const auto look = [&](DoubleLanes lanes) {
+        areFinite &= lanes - lanes == DoubleLanes{};
         WholeLanes inside{};
         for (std::size_t w = 0; w < windows.size(); ++w) {
             const WholeLanes isBelow = lanes < windows[w].least;
             below[w] -= isBelow;
             inside |= (lanes <= windows[w].largest) & ~isBelow;
         }
-        if ((inside[0] | inside[1]) == 0) continue;
-        for (std::size_t lane = 0; lane < kLanes; ++lane) {
-            for (Window& window : windows) {
-                const double value = values[i + lane];
-                if (value >= window.least && value <= window.largest) window.values.push_back(value);
-            }
-        }
-    }
+        if ((inside[0] | inside[1]) != 0) near.insert(near.end(), {lanes[0], lanes[1]});
+    };
+    const std::size_t whole = source.Size() / kLanes * kLanes;
+    for (std::size_t i = 0; i < whole; i += kLanes) look(source.LanesAt(i));
+    // Behind the last value there is a lane that counts nowhere.
+    constexpr double kBeyondAll = std::numeric_limits<double>::max();
+    if (whole < source.Size()) look(DoubleLanes{source.At(whole), kBeyondAll});
+    near = Ascending(std::move(near), {}).values;
     for (std::size_t w = 0; w < windows.size(); ++w) {
-        windows[w].below = static_cast<std::size_t>(below[w][0] + below[w][1]);
+        windows[w].below = static_cast<std::size_t>(SumOfLanes(below[w]));
+        const auto first = std::ranges::lower_bound(near, windows[w].least);
+        windows[w].values.assign(first, std::upper_bound(first, near.end(), windows[w].largest));
     }
-    for (std::size_t i = whole; i < values.size(); ++i) Place(values[i], windows);
-    for (Window& window : windows) window.values = Ascending(std::move(window.values), {}).values;
+    return (areFinite[0] & areFinite[1]) != 0;
 }
 
 bool HoldsItsPlaces(const Window& window) {
     return window.firstPlace >= window.below && window.lastPlace < window.below + window.values.size();
 }
 
+template <typename Source>
+std::optional<AscendingSample> MiddleOfAll(const Source& source) {
+    if (source.Size() < kFewestValues) return std::nullopt;
+    const std::vector<double> some = SomeOf(source);
+    if (!std::isfinite(some.front()) || !std::isfinite(some.back())) return std::nullopt;
+    constexpr double kNeighbours = 2;
+    AscendingSample sample;
+    sample.size = static_cast<double>(source.Size());
+    const double spread = kMiddleSpread * std::sqrt(sample.size);
+    Windows windows{WindowAbout(0.25, kNeighbours, source.Size(), some), WindowAbout(0.5, spread, source.Size(), some),
+                    WindowAbout(0.75, kNeighbours, source.Size(), some)};
+    if (!Fill(windows, source) || !std::ranges::all_of(windows, HoldsItsPlaces)) return std::nullopt;
+    for (Window& window : windows) sample.middle.push_back({window.below, std::move(window.values)});
+    return sample;
+}
+
 }  // namespace
 
-bool PutMiddleInPlace(std::vector<double>& values) {
-    if (values.size() < kFewestValues) return false;
-    const std::vector<double> some = SomeOf(values);
-    constexpr double kNeighbours = 2;
-    const double spread = kMiddleSpread * std::sqrt(static_cast<double>(values.size()));
-    Windows windows{WindowAbout(0.25, kNeighbours, values.size(), some), WindowAbout(0.5, spread, values.size(), some),
-                    WindowAbout(0.75, kNeighbours, values.size(), some)};
-    PlaceAll(values, windows);
-    if (!std::ranges::all_of(windows, HoldsItsPlaces)) return false;
-    for (const Window& window : windows) {
-        std::ranges::copy(window.values, values.begin() + static_cast<std::ptrdiff_t>(window.below));
-    }
-    return true;
+std::optional<AscendingSample> MiddleOf(std::span<const double> values) {
+    return MiddleOfAll(PlainValues(values));
+}
+
+std::optional<AscendingSample> MiddleOfDifferences(std::span<const double> first, std::span<const double> second) {
+    return MiddleOfAll(Differences(first, second));
 }
 
 }  // namespace tarn

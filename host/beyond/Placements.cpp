@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "host/beyond/DistinctValues.h"
-
 namespace tarn {
 
 namespace {
@@ -46,15 +44,17 @@ Placements WalkAbout(double centre, const DistinctValues& first, const DistinctV
 
 }  // namespace
 
-Placements PlacementsOf(const AscendingSample& first, const AscendingSample& second) {
-    const DistinctValues firstValues(first);
-    const DistinctValues secondValues(second);
+Placements PlacementsOf(const DistinctValues& first, const DistinctValues& second) {
     constexpr double kMiddle = 0.5;
-    const Placements placements = WalkAbout(kMiddle, firstValues, secondValues);
+    const Placements placements = WalkAbout(kMiddle, first, second);
     // Far from the middle the squares about it are much larger than those about the mean, and digits cancel.
     constexpr double kFar = 0.25;
     if (std::fabs(placements.share - kMiddle) < kFar) return placements;
-    return WalkAbout(placements.share, firstValues, secondValues);
+    return WalkAbout(placements.share, first, second);
+}
+
+Placements PlacementsOf(const AscendingSample& first, const AscendingSample& second) {
+    return PlacementsOf(DistinctValues(first), DistinctValues(second));
 }
 
 }  // namespace tarn

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/beyond/AscendingSample.h"
+#include "host/beyond/DistinctValues.h"
 
 namespace tarn {
 
@@ -17,5 +17,6 @@ struct Placements {
 
 /// Both samples have one case or more. O(n1 + n2).
 Placements PlacementsOf(const AscendingSample& first, const AscendingSample& second);
+Placements PlacementsOf(const DistinctValues& first, const DistinctValues& second);
 
 }  // namespace tarn

@@ -48,8 +48,8 @@ static_assert(kPlots.size() == std::size(Tests::kAll), "each test has a plot");
 }  // namespace
 
 std::optional<PlotData> PlotOf(const TestReading& reading, const ResultReading& result, const PlotSource& source) {
-    constexpr bool kKeepsRows = true;
-    const std::optional<TestView> view = ViewOf(reading, result, {source.table, source.rule, source.work, kKeepsRows});
+    constexpr bool kKeepsAll = true;
+    const std::optional<TestView> view = ViewOf(reading, result, {source.table, source.rule, source.work, kKeepsAll});
     if (!view || view->Size() == 0 || view->samples.empty()) return std::nullopt;
     const auto isEmpty = [](const AscendingSample& sample) { return sample.values.empty(); };
     if (std::ranges::any_of(view->samples, isEmpty)) return std::nullopt;

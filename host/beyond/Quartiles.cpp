@@ -6,7 +6,21 @@
 
 namespace tarn {
 
+namespace {
+
+double ValueInMiddle(const std::vector<ValueRun>& runs, std::size_t place) {
+    for (const ValueRun& run : runs) {
+        if (place >= run.firstPlace && place - run.firstPlace < run.values.size()) {
+            return run.values[place - run.firstPlace];
+        }
+    }
+    return std::numeric_limits<double>::quiet_NaN();
+}
+
+}  // namespace
+
 double ValueAtPlace(const AscendingSample& sample, double place) {
+    if (!sample.middle.empty()) return ValueInMiddle(sample.middle, static_cast<std::size_t>(place));
     if (sample.weights.empty()) return sample.values[static_cast<std::size_t>(place)];
     double casesBefore = 0;
     std::size_t i = 0;

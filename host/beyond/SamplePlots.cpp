@@ -18,7 +18,7 @@ std::vector<std::vector<double>> RowsOf(const TestView& view) {
     const CompleteCases& cases = view.cases;
     if (cases.columns.empty() || cases.columns.front().size() > kMostRows) return {};
     std::vector<std::vector<double>> rows(cases.columns.front().size());
-    for (const std::vector<double>& column : cases.columns) {
+    for (const std::span<const double> column : cases.columns) {
         for (std::size_t i = 0; i < column.size(); ++i) rows[i].push_back(column[i]);
     }
     return rows;

@@ -34,7 +34,7 @@ void PlotRuns(PlotView& plot) {
     SequencePanel panel;
     panel.orderTitle = plot.Text("plotOrder");
     panel.valueTitle = plot.ValueTitle();
-    const std::vector<double>& values = view.cases.columns.front();
+    const std::span<const double> values = view.cases.columns.front();
     for (const std::size_t row : records) {
         // The values from the cut point on are the second class, and so are categories that no list has.
         const bool isFirst =

@@ -123,7 +123,8 @@ void PlotMargins(PlotView& plot) {
     const CompleteCases& cases = plot.view.cases;
     if (cases.columns.size() != 2) return;
     std::vector<double> values;
-    for (const std::vector<double>& column : cases.columns) values.insert(values.end(), column.begin(), column.end());
+    for (const std::span<const double> column : cases.columns)
+        values.insert(values.end(), column.begin(), column.end());
     std::ranges::sort(values);
     values.erase(std::unique(values.begin(), values.end()), values.end());
     constexpr std::size_t kMostCategories = 12;

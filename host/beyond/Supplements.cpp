@@ -329,7 +329,7 @@ class Significances {
 };
 
 /// Whether a choice of the user needs all values of large samples.
-bool KeepsRows(const SupplementOptions& wanted) {
+bool KeepsAll(const SupplementOptions& wanted) {
     return wanted.draws > 0 || wanted.like || wanted.shift;
 }
 
@@ -351,7 +351,7 @@ void Fill(Supplement& supplement, const TestView& view, const ResultReading& res
 Supplement SupplementOf(const TestReading& reading, const ResultReading& result, const SupplementSource& source) {
     Supplement supplement;
     const std::optional<TestView> view =
-        ViewOf(reading, result, {source.table, source.rule, source.work, KeepsRows(source.wanted)});
+        ViewOf(reading, result, {source.table, source.rule, source.work, KeepsAll(source.wanted)});
     if (!view) return supplement;
     const StopQuestion question(source.work);
     try {

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <new>
 
 #include "machine/Lanes.h"
 #include "machine/LargeArray.h"
@@ -27,22 +28,19 @@ class Cells {
 
     bool IsMissing(std::size_t row) const { return cells_[row] == missing_; }
     bool HasMissing() const {
-        bool has = false;
-        for (const double cell : cells_) has |= cell == missing_;
-        return has;
+        WholeLanes are{};
+        // Behind the last cell there is a 0, which is never the sign of a missing one.
+        ForLanes(cells_.size(),
+                 [&](std::size_t i, std::size_t left) { are |= LoadLanes(cells_.data() + i, left) == missing_; });
+        return (are[0] | are[1]) != 0;
     }
     double NumberAt(std::size_t row) const {
         const double cell = cells_[row];
         return isCode_ ? column_.categories[static_cast<std::size_t>(cell)].number : cell;
     }
-    /// All of them, where none is missing.
-    std::vector<double> Numbers() const {
-        std::vector<double> numbers = RoomInLargePages<double>(cells_.size());
-        numbers.assign(cells_.begin(), cells_.end());
-        if (!isCode_) return numbers;
-        for (double& number : numbers) number = column_.categories[static_cast<std::size_t>(number)].number;
-        return numbers;
-    }
+    /// Whether the cells are the numbers.
+    bool AreNumbers() const { return !isCode_; }
+    std::span<const double> Numbers() const { return cells_; }
     std::size_t CategoryAt(std::size_t row) const { return static_cast<std::size_t>(cells_[row]); }
     const Column& About() const { return column_; }
 
@@ -90,16 +88,39 @@ double NumberOf(std::uint64_t key) {
     return std::bit_cast<double>((key & kSign) != 0 ? key & ~kSign : ~key);
 }
 
+/// Puts the numbers that `at` gives for each place into `sorted`, which has their size, in ascending order. `at` may
+/// read the number of its own place in `sorted`.
+///
+/// The keys stand in the memory of the numbers for as long as they are sorted: memory that is touched for the first
+/// time takes longer than a pass over it.
+template <typename At>
+void SortInto(std::vector<double>& sorted, At at) {
+    static_assert(sizeof(std::uint64_t) == sizeof(double) && alignof(std::uint64_t) == alignof(double));
+    if (sorted.empty()) return;
+    for (std::size_t i = 0; i < sorted.size(); ++i) new (&sorted[i]) std::uint64_t(KeyOf(at(i)));
+    auto* const keys = std::launder(reinterpret_cast<std::uint64_t*>(sorted.data()));
+    QKSort::SortKeys(keys, sorted.size());
+    for (std::size_t i = 0; i < sorted.size(); ++i) new (&keys[i]) double(NumberOf(keys[i]));
+}
+
 void SortNumbers(std::vector<double>& numbers) {
-    LargeArray<std::uint64_t> keys(numbers.size());
-    std::ranges::transform(numbers, keys.begin(), KeyOf);
-    QKSort::SortKeys(keys.begin(), numbers.size());
-    for (std::size_t i = 0; i < numbers.size(); ++i) numbers[i] = NumberOf(keys[i]);
+    SortInto(numbers, [&](std::size_t i) { return numbers[i]; });
+}
+
+/// Those without weights that `at` gives for each place.
+template <typename At>
+AscendingSample AscendingOf(std::size_t count, At at) {
+    AscendingSample sample;
+    sample.size = static_cast<double>(count);
+    sample.values = RoomInLargePages<double>(count);
+    sample.values.resize(count);
+    SortInto(sample.values, at);
+    return sample;
 }
 
 /// The places of the values in ascending order. Keys are sorted whose lowest bits make room for the place; those that
 /// are alike in the others are put right afterwards.
-LargeArray<std::uint64_t> OrderOf(const std::vector<double>& values) {
+LargeArray<std::uint64_t> OrderOf(std::span<const double> values) {
     const std::uint64_t places = (std::uint64_t{1} << std::bit_width(values.size())) - 1;
     LargeArray<std::uint64_t> order(values.size());
     for (std::size_t i = 0; i < values.size(); ++i) order[i] = (KeyOf(values[i]) & ~places) | i;
@@ -117,7 +138,7 @@ LargeArray<std::uint64_t> OrderOf(const std::vector<double>& values) {
     return order;
 }
 
-AscendingSample AscendingWeighted(const std::vector<double>& values, const std::vector<double>& weights) {
+AscendingSample AscendingWeighted(std::span<const double> values, const std::vector<double>& weights) {
     AscendingSample sample;
     for (const std::size_t i : OrderOf(values)) {
         sample.size += weights[i];
@@ -168,20 +189,64 @@ bool HasNeighbours(const std::vector<double>& values) {
     return found > 0;
 }
 
-/// The same of two ascending lists together, without a branch that depends on which has the smaller value.
+/// A walk over parts of two ascending lists together, without a jump that depends on which has the smaller value.
+template <typename One, typename Other>
+class NeighbourWalk {
+ public:
+    NeighbourWalk(One one, std::size_t oneBegin, std::size_t oneEnd, Other other, std::size_t otherBegin,
+                  std::size_t otherEnd)
+        : one_(one), other_(other), i_(oneBegin), iEnd_(oneEnd), j_(otherBegin), jEnd_(otherEnd) {}
+
+    bool IsOver() const { return (i_ >= iEnd_) | (j_ >= jEnd_); }
+    void Step() {
+        const double ofOne = one_(i_);
+        const double ofOther = other_(j_);
+        has_ |= AreNear(std::min(ofOne, ofOther), std::max(ofOne, ofOther));
+        i_ += ofOne <= ofOther ? 1 : 0;
+        j_ += ofOne <= ofOther ? 0 : 1;
+    }
+    /// Goes to the end of either list: whether any two values were neighbours.
+    bool Finish() {
+        while (!IsOver()) Step();
+        return has_;
+    }
+
+ private:
+    One one_;
+    Other other_;
+    std::size_t i_;
+    std::size_t iEnd_;
+    std::size_t j_;
+    std::size_t jEnd_;
+    bool has_ = false;
+};
+
+/// Whether a value of one ascending list and a value of another lie so near. Each step of a walk waits for the one
+/// before it, so that two walks, over the lower and the upper halves, take little longer than one of them.
 template <typename One, typename Other>
 bool HaveNeighbours(std::size_t oneSize, One one, std::size_t otherSize, Other other) {
-    bool has = false;
-    std::size_t i = 0;
-    std::size_t j = 0;
-    while (i < oneSize && j < otherSize) {
-        const double ofOne = one(i);
-        const double ofOther = other(j);
-        has |= AreNear(std::min(ofOne, ofOther), std::max(ofOne, ofOther));
-        i += ofOne <= ofOther ? 1 : 0;
-        j += ofOne <= ofOther ? 0 : 1;
+    if (oneSize == 0 || otherSize == 0) return false;
+    const std::size_t oneMiddle = oneSize / 2;
+    std::size_t otherMiddle = 0;
+    for (std::size_t end = otherSize; otherMiddle < end;) {
+        const std::size_t between = otherMiddle + (end - otherMiddle) / 2;
+        if (other(between) < one(oneMiddle)) {
+            otherMiddle = between + 1;
+        } else {
+            end = between;
+        }
     }
-    return has;
+    // Neighbours on either side of the middle.
+    if (otherMiddle > 0 && AreNear(other(otherMiddle - 1), one(oneMiddle))) return true;
+    if (oneMiddle > 0 && otherMiddle < otherSize && AreNear(one(oneMiddle - 1), other(otherMiddle))) return true;
+    NeighbourWalk lower(one, 0, oneMiddle, other, 0, otherMiddle);
+    NeighbourWalk upper(one, oneMiddle, oneSize, other, otherMiddle, otherSize);
+    while (!lower.IsOver() && !upper.IsOver()) {
+        lower.Step();
+        upper.Step();
+    }
+    const bool has = lower.Finish();
+    return upper.Finish() || has;
 }
 
 bool HaveNeighbours(const std::vector<AscendingSample>& samples) {
@@ -223,6 +288,27 @@ void TieTwo(std::size_t oneSize, One one, double mirror, std::size_t otherSize, 
     }
     for (; i < oneSize; ++i) tie(one(i), mirror);
     for (; j < otherSize; ++j) tie(other(j), 1.0);
+}
+
+/// `lanesAt` takes a place and how many differences are left there, `at` a place.
+template <typename LanesAt, typename At>
+SignCounts CountSignsOf(std::size_t count, const std::vector<double>& weights, LanesAt lanesAt, At at) {
+    if (weights.empty()) {
+        WholeLanes positive{};
+        WholeLanes negative{};
+        ForLanes(count, [&](std::size_t i, std::size_t left) {
+            const DoubleLanes lanes = lanesAt(i, left);
+            positive -= lanes > 0.0;
+            negative -= lanes < 0.0;
+        });
+        return {static_cast<double>(SumOfLanes(positive)), static_cast<double>(SumOfLanes(negative))};
+    }
+    SignCounts signs;
+    for (std::size_t i = 0; i < count; ++i) {
+        signs.positive += at(i) > 0 ? weights[i] : 0;
+        signs.negative += at(i) < 0 ? weights[i] : 0;
+    }
+    return signs;
 }
 
 }  // namespace
@@ -276,12 +362,14 @@ CompleteCases CasesOf(const Table& table, const std::vector<int>& fields, const 
     CompleteCases cases;
     cases.columns.resize(fields.size());
     cases.missing.assign(fields.size(), 0);
-    if (weights.TakeAll() && std::ranges::none_of(cells, &Cells::HasMissing)) {
+    const bool areAllNumbers = std::ranges::all_of(cells, &Cells::AreNumbers);
+    if (weights.TakeAll() && areAllNumbers && std::ranges::none_of(cells, &Cells::HasMissing)) {
         for (std::size_t i = 0; i < cells.size(); ++i) cases.columns[i] = cells[i].Numbers();
         cases.size = static_cast<double>(table.RowCount());
         return cases;
     }
-    for (std::vector<double>& column : cases.columns) column = RoomInLargePages<double>(table.RowCount());
+    cases.kept.resize(fields.size());
+    for (std::vector<double>& column : cases.kept) column = RoomInLargePages<double>(table.RowCount());
     for (std::size_t row = 0; row < table.RowCount(); ++row) {
         const double weight = weights.At(row);
         if (weight == 0) continue;
@@ -292,10 +380,11 @@ CompleteCases CasesOf(const Table& table, const std::vector<int>& fields, const 
             isComplete = false;
         }
         if (!isComplete) continue;
-        for (std::size_t i = 0; i < cells.size(); ++i) cases.columns[i].push_back(cells[i].NumberAt(row));
+        for (std::size_t i = 0; i < cells.size(); ++i) cases.kept[i].push_back(cells[i].NumberAt(row));
         if (!weights.AreOne()) cases.weights.push_back(weight);
         cases.size += weight;
     }
+    for (std::size_t i = 0; i < cells.size(); ++i) cases.columns[i] = cases.kept[i];
     return cases;
 }
 
@@ -306,6 +395,20 @@ AscendingSample Ascending(std::vector<double> values, const std::vector<double>&
     sample.values = std::move(values);
     SortNumbers(sample.values);
     return sample;
+}
+
+AscendingSample AscendingCopy(std::span<const double> values, const std::vector<double>& weights) {
+    if (!weights.empty()) return AscendingWeighted(values, weights);
+    return AscendingOf(values.size(), [&](std::size_t i) { return values[i]; });
+}
+
+AscendingSample AscendingDifferences(std::span<const double> first, std::span<const double> second,
+                                     const std::vector<double>& weights) {
+    const auto difference = [&](std::size_t i) { return first[i] - second[i]; };
+    if (weights.empty()) return AscendingOf(first.size(), difference);
+    std::vector<double> differences(first.size());
+    for (std::size_t i = 0; i < differences.size(); ++i) differences[i] = difference(i);
+    return AscendingWeighted(differences, weights);
 }
 
 void TieTogether(std::vector<AscendingSample>& samples) {
@@ -360,24 +463,22 @@ TieBlocks BlocksOf(const std::vector<AscendingSample>& samples) {
     return blocks;
 }
 
-SignCounts CountSigns(const std::vector<double>& differences, const std::vector<double>& weights) {
-    if (weights.empty()) {
-        WholeLanes positive{};
-        WholeLanes negative{};
-        ForLanes(differences.size(), [&](std::size_t i, std::size_t left) {
-            // Behind the last difference there is a 0, which counts nowhere.
-            const DoubleLanes lanes = LoadLanes(differences.data() + i, left);
-            positive -= lanes > 0.0;
-            negative -= lanes < 0.0;
-        });
-        return {static_cast<double>(positive[0] + positive[1]), static_cast<double>(negative[0] + negative[1])};
-    }
-    SignCounts signs;
-    for (std::size_t i = 0; i < differences.size(); ++i) {
-        signs.positive += differences[i] > 0 ? weights[i] : 0;
-        signs.negative += differences[i] < 0 ? weights[i] : 0;
-    }
-    return signs;
+SignCounts CountSigns(std::span<const double> first, std::span<const double> second,
+                      const std::vector<double>& weights) {
+    // Behind the last difference there is a 0, which counts nowhere.
+    return CountSignsOf(
+        first.size(), weights,
+        [&](std::size_t i, std::size_t left) {
+            return LoadLanes(first.data() + i, left) - LoadLanes(second.data() + i, left);
+        },
+        [&](std::size_t i) { return first[i] - second[i]; });
+}
+
+SignCounts CountSigns(std::span<const double> differences, const std::vector<double>& weights) {
+    return CountSignsOf(
+        differences.size(), weights,
+        [&](std::size_t i, std::size_t left) { return LoadLanes(differences.data() + i, left); },
+        [&](std::size_t i) { return differences[i]; });
 }
 
 bool HasUnordered(const AscendingSample& sample) {

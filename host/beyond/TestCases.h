@@ -1,5 +1,6 @@
 #pragma once
 
+#include <span>
 #include <string>
 #include <vector>
 
@@ -26,11 +27,17 @@ struct GroupedCases {
     double Size() const;
 };
 
-/// The cases of a test of one field or of several fields, row by row: those that have all of them.
+/// The cases of a test of one field or of several fields, row by row: those that have all of them. Moved, never copied.
 struct CompleteCases {
-    std::vector<std::vector<double>> columns;  ///< a field each
-    std::vector<double> weights;               ///< of the rows; empty where each is 1
-    std::vector<double> missing;               ///< cases that miss the field
+    CompleteCases() = default;
+    CompleteCases(CompleteCases&&) = default;
+    CompleteCases& operator=(CompleteCases&&) = default;
+
+    /// A field each: the table's own cells where all of them are cases, which have to outlive this, else `kept`.
+    std::vector<std::span<const double>> columns;
+    std::vector<std::vector<double>> kept;
+    std::vector<double> weights;  ///< of the rows; empty where each is 1
+    std::vector<double> missing;  ///< cases that miss the field
     double size = 0;
 
     double WeightAt(std::size_t row) const { return weights.empty() ? 1.0 : weights[row]; }
@@ -43,6 +50,10 @@ CompleteCases CasesOf(const Table& table, const std::vector<int>& fields, const 
 
 /// Values in ascending order; `weights` may be empty.
 AscendingSample Ascending(std::vector<double> values, const std::vector<double>& weights);
+AscendingSample AscendingCopy(std::span<const double> values, const std::vector<double>& weights);
+/// The differences of two columns of one length in ascending order.
+AscendingSample AscendingDifferences(std::span<const double> first, std::span<const double> second,
+                                     const std::vector<double>& weights);
 
 /// Makes values equal that count as tied among all samples: those that differ by less than 1e-14 from the first one of
 /// their run, as the tests rank them.
@@ -59,8 +70,10 @@ struct SignCounts {
     double positive = 0;
     double negative = 0;
 };
-/// `weights` may be empty. The values need no order.
-SignCounts CountSigns(const std::vector<double>& differences, const std::vector<double>& weights);
+/// Of differences in any order, or of those of two columns of one length; `weights` may be empty.
+SignCounts CountSigns(std::span<const double> differences, const std::vector<double>& weights);
+SignCounts CountSigns(std::span<const double> first, std::span<const double> second,
+                      const std::vector<double>& weights);
 
 /// Whether any value is infinite or no number, for which nothing here is defined.
 bool HasUnordered(const AscendingSample& sample);

@@ -1,7 +1,8 @@
 #include "host/beyond/TestView.h"
 
 #include <algorithm>
-#include <cmath>
+#include <span>
+#include <utility>
 
 #include "host/beyond/MiddlePlaces.h"
 #include "machine/LargeArray.h"
@@ -18,13 +19,6 @@ bool HasNumbers(const Column& column) {
 double HypothesizedMedian(const TestReading& reading) {
     const auto found = std::ranges::find(reading.figures, "HypotheticalMedian", &Figure::key);
     return found == reading.figures.end() ? 0 : found->value.value;
-}
-
-std::vector<double> Less(const std::vector<double>& one, const std::vector<double>& other) {
-    std::vector<double> differences = RoomInLargePages<double>(one.size());
-    differences.assign(one.begin(), one.end());
-    for (std::size_t i = 0; i < differences.size(); ++i) differences[i] -= other[i];
-    return differences;
 }
 
 /// Whether any figure of the test depends on which values of two groups are equal. In a large test of several groups
@@ -49,13 +43,9 @@ void SetGroups(TestView& view, const ViewSource& source, int field, int group) {
     std::swap(view.missing[0], view.missing[1]);
 }
 
-/// Of a pair row by row; none for any other test.
-std::optional<std::vector<double>> DifferencesByRow(const TestView& view) {
-    const TestReading& reading = *view.reading;
+bool HasDifferences(const TestView& view) {
     const bool isPair = view.facts->family == TestFamily::kRelated && view.facts->fieldCount == FieldCount::kPair;
-    if (!isPair || view.cases.columns.size() != 2 || !view.areNumbers) return std::nullopt;
-    const bool isFirstLess = reading.direction.first == reading.fields[0];
-    return Less(view.cases.columns[isFirstLess ? 0 : 1], view.cases.columns[isFirstLess ? 1 : 0]);
+    return isPair && view.cases.columns.size() == 2 && view.areNumbers;
 }
 
 /// From the hypothesized median: a sample in order less that stays in order.
@@ -67,48 +57,44 @@ AscendingSample DifferencesFrom(double median, const AscendingSample& sample) {
     return differences;
 }
 
-/// A field of many rows, of which its quartiles and its median alone are wanted.
-AscendingSample MiddleOf(std::vector<double> values) {
-    const bool areFinite = std::ranges::all_of(values, [](double value) { return std::isfinite(value); });
-    if (!areFinite || !PutMiddleInPlace(values)) return Ascending(std::move(values), {});
-    AscendingSample sample;
-    sample.size = static_cast<double>(values.size());
-    sample.values = std::move(values);
-    return sample;
+/// Of a pair. For the sign test it doesn't matter which of them are tied, and of many their median and their signs are
+/// enough.
+void SetDifferences(TestView& view, bool keepsAll) {
+    const std::vector<double>& weights = view.cases.weights;
+    const bool isFirstLess = view.reading->direction.first == view.reading->fields[0];
+    const std::span<const double> first = view.cases.columns[isFirstLess ? 0 : 1];
+    const std::span<const double> second = view.cases.columns[isFirstLess ? 1 : 0];
+    if (view.Is(Tests::kSign)) {
+        view.signs = CountSigns(first, second, weights);
+        if (!keepsAll && weights.empty()) view.differences = MiddleOfDifferences(first, second);
+        if (!view.differences) view.differences = AscendingDifferences(first, second, weights);
+    } else {
+        view.differences = AscendingDifferences(first, second, weights);
+        TieMagnitudes(*view.differences);
+    }
 }
 
-/// For the sign test it doesn't matter which of them are tied, and of many their median and their signs are enough.
-void SetDifferences(TestView& view, std::vector<double> differences, bool keepsAll) {
-    const std::vector<double>& weights = view.cases.weights;
-    if (!view.Is(Tests::kSign)) {
-        view.differences = DifferencesOf(std::move(differences), weights);
-        return;
-    }
-    view.signs = CountSigns(differences, weights);
-    const bool keepsOrder = keepsAll || !weights.empty();
-    view.differences = keepsOrder ? Ascending(std::move(differences), weights) : MiddleOf(std::move(differences));
+AscendingSample FieldOf(const TestView& view, std::size_t place, bool keepsAll) {
+    const std::span<const double> values = view.cases.columns[place];
+    const bool needsOrder = keepsAll || !view.cases.weights.empty() || view.Is(Tests::kWilcoxonOneSample);
+    std::optional<AscendingSample> sample;
+    if (!needsOrder) sample = MiddleOf(values);
+    return sample ? std::move(*sample) : AscendingCopy(values, view.cases.weights);
 }
 
 void SetFields(TestView& view, const ViewSource& source, const std::vector<int>& fields) {
-    constexpr double kMostRowsKept = 1e5;
+    constexpr double kMostKept = 1e5;
     view.cases = CasesOf(source.table, fields, source.rule);
     view.names = view.reading->fields;
     view.missing = view.cases.missing;
     view.samples.resize(fields.size());
-    std::optional<std::vector<double>> differences = DifferencesByRow(view);
-    const bool keepsRows = source.keepsRows || view.cases.size <= kMostRowsKept || !view.areNumbers;
+    const bool keepsAll = source.keepsAll || view.cases.size <= kMostKept || !view.areNumbers;
     // The differences are the last job, and the fields the others.
-    source.work.Run(fields.size() + (differences ? 1 : 0), [&](std::size_t i) {
+    source.work.Run(fields.size() + (HasDifferences(view) ? 1 : 0), [&](std::size_t i) {
         if (i == fields.size()) {
-            SetDifferences(view, std::move(*differences), keepsRows);
-        } else if (keepsRows) {
-            view.samples[i] = Ascending(view.cases.columns[i], view.cases.weights);
+            SetDifferences(view, keepsAll);
         } else {
-            std::vector<double> values = std::move(view.cases.columns[i]);
-            view.cases.columns[i] = {};
-            const bool needsOrder = !view.cases.weights.empty() || view.Is(Tests::kWilcoxonOneSample);
-            view.samples[i] =
-                needsOrder ? Ascending(std::move(values), view.cases.weights) : MiddleOf(std::move(values));
+            view.samples[i] = FieldOf(view, i, keepsAll);
         }
     });
     if (view.Is(Tests::kWilcoxonOneSample)) {

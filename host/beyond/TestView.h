@@ -22,14 +22,11 @@ struct TestView {
     const Column* groupColumn = nullptr;
     /// The groups that have cases, in the order of their categories, or the fields in that of the request.
     std::vector<std::string> names;
-    /// Of a field with many rows whose values no test needs in their order, those alone stand in their places that its
-    /// quartiles and the interval of its median ask for.
+    /// A field with many rows whose values no test needs in their order has those of its middle alone.
     std::vector<AscendingSample> samples;
     std::vector<double> missing;
     bool areNumbers = true;  ///< whether the values can be ordered, so that they have a median
-    /// Of a test of fields, row by row; empty for one of groups. Its columns are empty where rows are many and nobody
-    /// wants them.
-    CompleteCases cases;
+    CompleteCases cases;     ///< of a test of fields, row by row; empty for one of groups
     /// Of a pair, in the direction of the test's signed numbers; of one sample with a hypothesized median, the values
     /// less that.
     /// Those of a sign test are as the samples.
@@ -47,7 +44,7 @@ struct ViewSource {
     const Table& table;
     const CaseRule& rule;
     const WorkShare& work;
-    bool keepsRows = false;  ///< whether the cases of fields are wanted row by row and in order however many they are
+    bool keepsAll = false;  ///< whether all values of fields are wanted in their order however many they are
 };
 
 /// The view of a test of a document that was made from the table; none for a test that ended in an error, or whose

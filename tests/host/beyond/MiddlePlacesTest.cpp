@@ -4,30 +4,40 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <random>
+#include <utility>
 #include <vector>
+
+#include "host/beyond/Quartiles.h"
 
 namespace {
 
-using tarn::PutMiddleInPlace;
+using tarn::AscendingSample;
+using tarn::MiddleOf;
+using tarn::MiddleOfDifferences;
+using tarn::ValueAtPlace;
 
-/// Whether the values stand where a sort puts them: next to the quartiles, and about the median.
-void ExpectMiddleOf(std::vector<double> values) {
-    std::vector<double> sorted = values;
+/// Whether the places next to the quartiles and about the median have the values that a sort puts there.
+void ExpectPlacesOf(std::vector<double> sorted, const std::optional<AscendingSample>& middle) {
     std::ranges::sort(sorted);
-    ASSERT_TRUE(PutMiddleInPlace(values));
-    ASSERT_EQ(values.size(), sorted.size());
-    const auto last = static_cast<double>(values.size() - 1);
+    ASSERT_TRUE(middle);
+    EXPECT_EQ(middle->size, static_cast<double>(sorted.size()));
+    const auto expectAt = [&](std::size_t place) {
+        ASSERT_EQ(ValueAtPlace(*middle, static_cast<double>(place)), sorted[place]) << place;
+    };
+    const auto last = static_cast<double>(sorted.size() - 1);
     for (const double share : {0.25, 0.75}) {
-        const auto place = static_cast<std::size_t>(share * last);
-        EXPECT_EQ(values[place], sorted[place]) << share;
-        EXPECT_EQ(values[place + 1], sorted[place + 1]) << share;
+        expectAt(static_cast<std::size_t>(share * last));
+        expectAt(static_cast<std::size_t>(share * last) + 1);
     }
     const double spread = tarn::kMiddleSpread * std::sqrt(last);
     const auto end = static_cast<std::size_t>(last / 2 + spread);
-    for (auto place = static_cast<std::size_t>(last / 2 - spread); place <= end; ++place) {
-        ASSERT_EQ(values[place], sorted[place]) << place;
-    }
+    for (auto place = static_cast<std::size_t>(last / 2 - spread); place <= end; ++place) expectAt(place);
+}
+
+void ExpectMiddleOf(const std::vector<double>& values) {
+    ExpectPlacesOf(values, MiddleOf(values));
 }
 
 std::vector<double> Normal(std::size_t size, double unit) {
@@ -55,19 +65,43 @@ TEST(MiddlePlaces, AreThoseOfASortWhereValuesRiseOrFall) {
     ExpectMiddleOf(values);
 }
 
+TEST(MiddlePlaces, AreThoseOfSortedDifferences) {
+    const std::vector<double> first = Normal(100001, 0.1);
+    std::vector<double> second = first;
+    std::ranges::reverse(second);
+    std::vector<double> differences;
+    for (std::size_t i = 0; i < first.size(); ++i) differences.push_back(first[i] - second[i]);
+    ExpectPlacesOf(differences, MiddleOfDifferences(first, second));
+}
+
 // Every other value is looked at, and those are all small ones.
 TEST(MiddlePlaces, AreNotHadWhereTheStepsMislead) {
     std::vector<double> values(65536);
     for (std::size_t i = 0; i < values.size(); ++i) {
         values[i] = i % 2 == 0 ? static_cast<double>(i) : 1e6 + static_cast<double>(i);
     }
-    const std::vector<double> before = values;
-    EXPECT_FALSE(PutMiddleInPlace(values));
-    EXPECT_EQ(values, before);
+    EXPECT_FALSE(MiddleOf(values));
 }
 
 TEST(MiddlePlaces, AreNotHadOfFewValues) {
-    std::vector<double> values{3, 1, 2};
-    EXPECT_FALSE(PutMiddleInPlace(values));
-    EXPECT_EQ(values, (std::vector<double>{3, 1, 2}));
+    EXPECT_FALSE(MiddleOf(std::vector<double>{3, 1, 2}));
+}
+
+// A value that is looked at, and the last one, which no other value stands beside.
+TEST(MiddlePlaces, AreNotHadWhereAValueIsNotFinite) {
+    std::vector<double> values = Normal(100001, 0.1);
+    EXPECT_TRUE(MiddleOf(values));
+    for (const std::size_t place : {std::size_t{0}, std::size_t{1}, values.size() - 1}) {
+        for (const double odd : {std::nan(""), HUGE_VAL, -HUGE_VAL}) {
+            const double before = std::exchange(values[place], odd);
+            EXPECT_FALSE(MiddleOf(values)) << place << " " << odd;
+            values[place] = before;
+        }
+    }
+}
+
+TEST(MiddlePlaces, SayWhereThereIsNoValue) {
+    const std::optional<AscendingSample> middle = MiddleOf(Normal(100001, 0.1));
+    ASSERT_TRUE(middle);
+    EXPECT_TRUE(std::isnan(ValueAtPlace(*middle, 0)));
 }

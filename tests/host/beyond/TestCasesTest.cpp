@@ -49,6 +49,10 @@ Table MakeTable(const std::vector<std::vector<double>>& rows, bool isWeighted = 
     return table;
 }
 
+std::vector<double> ColumnOf(const CompleteCases& cases, std::size_t field) {
+    return {cases.columns[field].begin(), cases.columns[field].end()};
+}
+
 }  // namespace
 
 TEST(TestCases, GroupsAscendWithoutThoseThatHaveNoCase) {
@@ -73,15 +77,24 @@ TEST(TestCases, ListwiseARecordHasToHaveAllFields) {
     const Table table = MakeTable({{1, 0, kMissingNumber}, {2, 0, 1}});
     EXPECT_EQ(CasesByGroup(table, 0, 1, {}, WorkShare()).samples[0].size, 2);
     EXPECT_EQ(CasesByGroup(table, 0, 1, {{0, 2}}, WorkShare()).samples[0].values, std::vector<double>{2});
-    EXPECT_EQ(CasesOf(table, {0}, {{0, 2}}).columns[0], std::vector<double>{2});
+    EXPECT_EQ(ColumnOf(CasesOf(table, {0}, {{0, 2}}), 0), std::vector<double>{2});
 }
 
 TEST(TestCases, ARowIsCompleteOrNoCaseOfSeveralFields) {
     const Table table = MakeTable({{1, 0, 5}, {kMissingNumber, 0, 6}, {3, 0, kMissingNumber}, {4, 0, 8}});
     const CompleteCases cases = CasesOf(table, {0, 2}, {});
-    EXPECT_EQ(cases.columns[0], (std::vector<double>{1, 4}));
-    EXPECT_EQ(cases.columns[1], (std::vector<double>{5, 8}));
+    EXPECT_EQ(ColumnOf(cases, 0), (std::vector<double>{1, 4}));
+    EXPECT_EQ(ColumnOf(cases, 1), (std::vector<double>{5, 8}));
     EXPECT_EQ(cases.missing, (std::vector<double>{1, 1}));
+    EXPECT_EQ(cases.size, 2);
+}
+
+TEST(TestCases, FieldsAreNotCopiedWhereEachRecordIsACase) {
+    const Table table = MakeTable({{1, 0, 5}, {3, 0, 7}});
+    const CompleteCases cases = CasesOf(table, {2, 0}, {});
+    EXPECT_EQ(cases.columns[0].data(), table.Cells(2).data());
+    EXPECT_EQ(ColumnOf(cases, 1), (std::vector<double>{1, 3}));
+    EXPECT_EQ(cases.missing, (std::vector<double>{0, 0}));
     EXPECT_EQ(cases.size, 2);
 }
 
@@ -93,7 +106,7 @@ TEST(TestCases, CategoriesOfNumbersCountByTheirNumbers) {
     table.Resize(2);
     table.Cells(0)[0] = 0;
     table.Cells(0)[1] = 1;
-    EXPECT_EQ(CasesOf(table, {0}, {}).columns[0], (std::vector<double>{10, 5}));
+    EXPECT_EQ(ColumnOf(CasesOf(table, {0}, {}), 0), (std::vector<double>{10, 5}));
 }
 
 // Neighbours differ in the last bit alone, where the place of a value stands while they are sorted.
