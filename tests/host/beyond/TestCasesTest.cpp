@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -148,6 +149,40 @@ TEST(TestCases, NeighboursAreTiedAsTheTestsTieThem) {
     TieTogether(three);
     EXPECT_EQ(three[0].values, three[1].values);
     EXPECT_NE(three[1].values, three[2].values);
+}
+
+// The definition, value by value: sorted together, each becomes the first one of its run if it is less than 1e-14
+// above. Most samples have neighbours in one place alone, at an end or where a walk over both lists is parted.
+TEST(TestCases, NeighboursAreTiedWhereverTheyStand) {
+    std::mt19937 generator(7);
+    const auto chance = [&](std::size_t below) { return generator() % below; };
+    for (int round = 0; round < 3000; ++round) {
+        std::vector<AscendingSample> samples(2);
+        for (std::size_t value = 1 + chance(3); value <= 9; value += 1 + chance(2)) {
+            samples[chance(2)].values.push_back(static_cast<double>(value));
+        }
+        const std::vector<double> any = samples[chance(2)].values;
+        if (!any.empty()) {
+            const double near = any[chance(any.size())] + 4e-15 * static_cast<double>(chance(4));
+            samples[chance(2)].values.push_back(near);
+        }
+        std::vector<double*> pooled;
+        std::vector<AscendingSample> expected = samples;
+        for (AscendingSample& sample : expected) {
+            std::ranges::sort(sample.values);
+            for (double& value : sample.values) pooled.push_back(&value);
+        }
+        std::ranges::sort(pooled, {}, [](const double* value) { return *value; });
+        double opener = -1;
+        for (double* const value : pooled) {
+            if (*value - opener >= 1e-14) opener = *value;
+            *value = opener;
+        }
+        for (AscendingSample& sample : samples) std::ranges::sort(sample.values);
+        TieTogether(samples);
+        ASSERT_EQ(samples[0].values, expected[0].values) << round;
+        ASSERT_EQ(samples[1].values, expected[1].values) << round;
+    }
 }
 
 TEST(TestCases, BlocksCountTheCasesOfEachGroupByValue) {
