@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <map>
+#include <limits>
 #include <vector>
 
 #include "support/UnivariateResults.h"
@@ -265,6 +266,20 @@ TEST(UnivariateCollectorCompute, HingesTakeTruncatedWeightsAndPassOverAMissingOn
     EXPECT_EQ(missing.collector->FindContinuous(0)->GetFirstQuartile(), 2);
     EXPECT_EQ(missing.collector->FindContinuous(0)->GetMedian(), 2);
     EXPECT_EQ(missing.collector->FindContinuous(0)->GetThirdQuartile(), 2);
+}
+
+// By hand: 1 3 7 8 9 10 and what is no number behind them, n = 7, positions 2.5, 4 and 5.5.
+TEST(UnivariateCollectorCompute, HingesCountWhatIsNoNumberBehindAllOthersAndEachValueOnce) {
+    Fields fields;
+    fields.Continuous("x");
+    CollectorRig rig(fields, {{8}, {std::numeric_limits<double>::quiet_NaN()}, {1}, {10}, {7}, {kNone}, {3}, {9}});
+    rig.Sort(0);
+    EXPECT_TRUE(rig.Request(0, Statistic::kQuantiles));
+    EXPECT_TRUE(rig.Compute().IsOK());
+    const UnivariateResults results(*rig.collector);
+    EXPECT_EQ(results.GetFirstQuartile(0), 5);
+    EXPECT_EQ(results.GetMedian(0), 8);
+    EXPECT_EQ(results.GetThirdQuartile(0), 9.5);
 }
 
 TEST(UnivariateCollectorCompute, QuantilesOfAFieldWithoutASortedViewAre220005AndStopTheFieldsBehind) {
