@@ -5,8 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <map>
 #include <limits>
+#include <map>
 #include <vector>
 
 #include "support/UnivariateResults.h"
