@@ -161,6 +161,25 @@ bool HasIntervalOfZeros(const CollectorRig& rig, int field) {
     return last.mean == 0 && last.count > 0;
 }
 
+// Records are taken in parts of 65,536; what is in them tells whether each was taken once.
+TEST(UnivariateCollectorCompute, RecordsOfSeveralPartsCountOnce) {
+    constexpr int kRecords = 200'000;
+    std::vector<std::vector<double>> rows;
+    for (int i = 0; i < kRecords; ++i) rows.push_back({static_cast<double>(i % 10), static_cast<double>(i % 5)});
+    Fields fields;
+    fields.Continuous("x").Numeric("n", {1, 2, 3, 4, 5});
+    CollectorRig rig(fields, rows);
+    rig.Request(0, Statistic::kMean);
+    rig.Request(1, Statistic::kFrequencies);
+    EXPECT_TRUE(rig.Compute().IsOK());
+    const UnivariateResults results(*rig.collector);
+    EXPECT_EQ(results.GetCount(0), kRecords);
+    EXPECT_NEAR(results.GetMean(0), 4.5, 1e-12);
+    std::map<int, std::int32_t> frequencies;
+    results.GetFrequencies(1, frequencies);
+    for (int category = 0; category < 5; ++category) EXPECT_EQ(frequencies[category], kRecords / 5) << category;
+}
+
 // Of so many records a second thread takes half of the fields; one field alone stays on the caller's.
 TEST(UnivariateCollectorCompute, FieldsOfManyRecordsAreWhatTheyAreAlone) {
     constexpr int kRecords = 60'000;
