@@ -131,7 +131,7 @@ TEST(TARNRankColumns, WeightsAroundTheLastExactSumAreOneAfterTheOther) {
     }
 }
 
-/// A few values, taken one by one, may have gone beyond it with negative weights, which take nothing back.
+/// A few values, taken one by one or with the others, go beyond it with negative weights, which take nothing back.
 TEST(TARNRankColumns, NegativeWeightsCountTowardsTheLastExactSum) {
     constexpr std::size_t kFew = 10;
     ColumnData data(15);
@@ -140,6 +140,7 @@ TEST(TARNRankColumns, NegativeWeightsCountTowardsTheLastExactSum) {
         table.weights.assign(table.values.size(), 30'001);
         std::fill_n(table.weights.begin(), kFew, -99'999'937);
         ExpectAsPlain(table, {kFew, table.values.size()});
+        ExpectAsPlain(table, {table.values.size()});
         if (HasFatalFailure()) return;
     }
 }
