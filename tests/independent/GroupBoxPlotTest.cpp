@@ -86,6 +86,26 @@ TEST(GroupBoxPlot, FencesHaveARelativeToleranceButNoneBesideZero) {
     EXPECT_EQ(TablesOf({0, 2, 3, 3.5, 4, 4.5, 5, 5.5, 6})[1], "");
 }
 
+// Equal quartiles are both fences. The tolerance is 100 steps of numbers from 1 to 2, 2^-52 each, times the larger one
+// of the two, which is 1 here; one step more is beyond it.
+TEST(GroupBoxPlot, ToleranceIsThatOfTheLargerSizeWhateverTheSign) {
+    constexpr double kStep = 0x1p-52;
+    constexpr double kNear = 1 - 100 * kStep;
+    constexpr double kFar = 1 - 100.5 * kStep;
+    for (const double sign : {1.0, -1.0}) {
+        const auto outliers = [sign](double fence, double value) {
+            std::vector<double> values(9, sign * fence);
+            (sign * value > sign * fence ? values.back() : values.front()) = sign * value;
+            const std::vector<std::string> tables = TablesOf(values);
+            return tables[1].empty() ? 0 : 1;
+        };
+        EXPECT_EQ(outliers(1, kNear), 0) << sign;
+        EXPECT_EQ(outliers(kNear, 1), 0) << sign;
+        EXPECT_EQ(outliers(1, kFar), 1) << sign;
+        EXPECT_EQ(outliers(kFar, 1), 1) << sign;
+    }
+}
+
 TEST(GroupBoxPlot, CaseIdentifiersAreWholeNumbers) {
     const Records records{{-9, 17.9}, {1, 1}, {1, 2}, {2, 3}, {2, 4}, {3, 5}, {3, 6}, {3, 7}, {9, 9876543210}};
     EXPECT_EQ(TablesOf(records, 9, kNone, 1), Texts({"1;1;2;3;3", "9;-9", "9876543210;17"}));

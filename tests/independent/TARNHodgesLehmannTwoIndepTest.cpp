@@ -267,6 +267,10 @@ TEST(HodgesLehmannTwoGroups, PlanBuilderFailsByFieldAndStillShowsTheGroupField) 
     EXPECT_EQ(fails(Entry("nowhere", "gone")), (Failure{{"222503 error nowhere"}, "-1", "-1"}));
     EXPECT_EQ(fails(Entry("x", "gone")), (Failure{{"222503 error gone"}, "0", "-1"}));
     EXPECT_EQ(fails(Entry("g", "g")), (Failure{{"222504 error 2"}, "2", "2"}));
+    harness::Fields groupFirst;
+    groupFirst.Text("g", {"a", "b"}).Continuous("x");
+    EXPECT_EQ(FailureOf(groups::ResultOf(kTest, Entry("nowhere", "g"), groupFirst, {{0, 1}, {1, 2}})),
+              (Failure{{"222503 error nowhere"}, "-1", "0"}));
     EXPECT_EQ(fails(Entry("o", "g")), (Failure{{"222504 error 3"}, "3", "2"}));
     EXPECT_EQ(fails(Entry("x", "x")), (Failure{{"222504 error 0"}, "0", "0"}));
     EXPECT_EQ(fails(Entry("x", "three")), (Failure{{"222509 error"}, "0", "1"}));

@@ -387,6 +387,17 @@ TEST(ExtendedRuns, ClassBeyond32BitsIsWhole) {
     EXPECT_TRUE(IsNear(Statistics(test), "StandardTestStatistic", -999999.99999429167));
 }
 
+// The same values, with the weight as the first field of the table: 3e9 and 2e9 of 5e9 cases, both sums beyond 32 bits.
+TEST(ExtendedRuns, ClassesAreWholeWhereverTheWeightStands) {
+    Fields fields;
+    fields.Weight("w").Continuous("x");
+    const Rows rows{{1e9, 1}, {1e9, 3}, {2e9, 1}, {1e9, 3}};
+    const Table test = RunBoth("ORuns", CutAt(2), fields, rows).Extended();
+    EXPECT_EQ(Statistics(test).Row("TotalN"), "5000000000");
+    EXPECT_EQ(Statistics(test).Row("TestStatistic"), "4");
+    EXPECT_TRUE(IsNear(test.Sub("RunsParameters"), "Mean", 2400000001));  // 2 n0 n1 / n + 1
+}
+
 /// 50,000 of each class in so many runs.
 Rows InRuns(int runs) {
     Rows rows;

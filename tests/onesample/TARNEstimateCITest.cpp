@@ -205,6 +205,38 @@ TEST(ProfileLimit, ReturnsWhatAFailedSearchLeavesForANaN) {
 
 // ---- Protocol ----
 
+/// The same limit by halving what it may be: the log likelihood falls from the share on, to either side.
+long double LimitByHalving(const ProportionCounts& counts, double drop, int side) {
+    const auto x = static_cast<long double>(counts.first);
+    const auto y = static_cast<long double>(counts.second);
+    const auto logLikelihood = [=](long double t) { return x * std::log(t) + y * std::log1p(-t); };
+    const long double level = logLikelihood(x / (x + y)) - drop;
+    long double inside = x / (x + y);
+    long double outside = side < 0 ? 0 : 1;
+    for (int i = 0; i < 200; ++i) {
+        const long double middle = (inside + outside) / 2;
+        (logLikelihood(middle) > level ? inside : outside) = middle;
+    }
+    return inside;
+}
+
+// Drops of 0.0079, a level of 10 %, to 12, one of 99.9999 %: of few cases the first steps lead out of the scale.
+TEST(ProfileLimit, PreciseOneIsThatOfHalvingForAllSmallCounts) {
+    for (std::int64_t first = 1; first <= 20; ++first) {
+        for (std::int64_t second = 1; second <= 20; ++second) {
+            for (const double drop : {0.0079, 0.5, 1.92, 3.32, 12.0}) {
+                for (const int side : {-1, 1}) {
+                    const long double found = PreciseProfileLimit({first, second}, drop, side);
+                    const long double expected = LimitByHalving({first, second}, drop, side);
+                    const long double distance = side < 0 ? expected : 1 - expected;
+                    ASSERT_NEAR(static_cast<double>((found - expected) / distance), 0, 1e-12)
+                        << first << " and " << second << ", " << drop << ", " << side;
+                }
+            }
+        }
+    }
+}
+
 TEST(EstimateCI, TakesOnePassAndNamesItsFieldAlone) {
     auto settings = std::make_unique<QKSettings>();
     settings->AddSetting("variableIndex", 1);

@@ -25,8 +25,9 @@ TEST_P(ContinuityCorrection, MovesByHalfTowardsZeroAndIsExactly0UpToHalf) {
 INSTANTIATE_TEST_SUITE_P(, ContinuityCorrection,
                          testing::Values(Correction{2, 1.5}, Correction{-2, -1.5}, Correction{0.5, 0},
                                          Correction{-0.5, 0}, Correction{0.25, 0}, Correction{-0.25, 0},
-                                         Correction{0, 0}, Correction{0.75, 0.25}, Correction{-0.75, -0.25},
-                                         Correction{1, 0.5}, Correction{-1, -0.5}, Correction{1e9, 999999999.5}));
+                                         Correction{0.375, 0}, Correction{-0.375, 0}, Correction{0, 0},
+                                         Correction{0.75, 0.25}, Correction{-0.75, -0.25}, Correction{1, 0.5},
+                                         Correction{-1, -0.5}, Correction{1e9, 999999999.5}));
 
 struct NormalTail {
     double z;

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <map>
@@ -127,6 +128,20 @@ TEST(TARNRankColumns, WeightsAroundTheLastExactSumAreOneAfterTheOther) {
             ExpectAsPlain(table, data.Cuts(table.values.size()));
             if (HasFatalFailure()) return;
         }
+    }
+}
+
+/// A few values, taken one by one or with the others, go beyond it with negative weights, which take nothing back.
+TEST(TARNRankColumns, NegativeWeightsCountTowardsTheLastExactSum) {
+    constexpr std::size_t kFew = 10;
+    ColumnData data(15);
+    for (int i = 0; i < 20; ++i) {
+        Table table = RandomTable(data, 2000);
+        table.weights.assign(table.values.size(), 30'001);
+        std::fill_n(table.weights.begin(), kFew, -99'999'937);
+        ExpectAsPlain(table, {kFew, table.values.size()});
+        ExpectAsPlain(table, {table.values.size()});
+        if (HasFatalFailure()) return;
     }
 }
 

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <limits>
 #include <map>
 #include <vector>
 
@@ -160,6 +161,25 @@ bool HasIntervalOfZeros(const CollectorRig& rig, int field) {
     return last.mean == 0 && last.count > 0;
 }
 
+// Records are taken in parts of 65,536; what is in them tells whether each was taken once.
+TEST(UnivariateCollectorCompute, RecordsOfSeveralPartsCountOnce) {
+    constexpr int kRecords = 200'000;
+    std::vector<std::vector<double>> rows;
+    for (int i = 0; i < kRecords; ++i) rows.push_back({static_cast<double>(i % 10), static_cast<double>(i % 5)});
+    Fields fields;
+    fields.Continuous("x").Numeric("n", {1, 2, 3, 4, 5});
+    CollectorRig rig(fields, rows);
+    rig.Request(0, Statistic::kMean);
+    rig.Request(1, Statistic::kFrequencies);
+    EXPECT_TRUE(rig.Compute().IsOK());
+    const UnivariateResults results(*rig.collector);
+    EXPECT_EQ(results.GetCount(0), kRecords);
+    EXPECT_NEAR(results.GetMean(0), 4.5, 1e-12);
+    std::map<int, std::int32_t> frequencies;
+    results.GetFrequencies(1, frequencies);
+    for (int category = 0; category < 5; ++category) EXPECT_EQ(frequencies[category], kRecords / 5) << category;
+}
+
 // Of so many records a second thread takes half of the fields; one field alone stays on the caller's.
 TEST(UnivariateCollectorCompute, FieldsOfManyRecordsAreWhatTheyAreAlone) {
     constexpr int kRecords = 60'000;
@@ -265,6 +285,20 @@ TEST(UnivariateCollectorCompute, HingesTakeTruncatedWeightsAndPassOverAMissingOn
     EXPECT_EQ(missing.collector->FindContinuous(0)->GetFirstQuartile(), 2);
     EXPECT_EQ(missing.collector->FindContinuous(0)->GetMedian(), 2);
     EXPECT_EQ(missing.collector->FindContinuous(0)->GetThirdQuartile(), 2);
+}
+
+// By hand: 1 3 7 8 9 10 and what is no number behind them, n = 7, positions 2.5, 4 and 5.5.
+TEST(UnivariateCollectorCompute, HingesCountWhatIsNoNumberBehindAllOthersAndEachValueOnce) {
+    Fields fields;
+    fields.Continuous("x");
+    CollectorRig rig(fields, {{8}, {std::numeric_limits<double>::quiet_NaN()}, {1}, {10}, {7}, {kNone}, {3}, {9}});
+    rig.Sort(0);
+    EXPECT_TRUE(rig.Request(0, Statistic::kQuantiles));
+    EXPECT_TRUE(rig.Compute().IsOK());
+    const UnivariateResults results(*rig.collector);
+    EXPECT_EQ(results.GetFirstQuartile(0), 5);
+    EXPECT_EQ(results.GetMedian(0), 8);
+    EXPECT_EQ(results.GetThirdQuartile(0), 9.5);
 }
 
 TEST(UnivariateCollectorCompute, QuantilesOfAFieldWithoutASortedViewAre220005AndStopTheFieldsBehind) {
