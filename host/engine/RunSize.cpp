@@ -15,8 +15,6 @@ namespace tarn {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 // Measured as the growth of a process over that of a smaller run: docs/robustness.md has the runs.
 constexpr double kBytesOfPair = 750;     // of samples, in the tables and in the text of the document
 constexpr double kBytesOfSquare = 40;    // a cell of the square table of a pair of ordered fields

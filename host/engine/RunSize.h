@@ -1,9 +1,9 @@
 #pragma once
 
 #include <cstddef>
-#include <nlohmann/json.hpp>
 #include <string>
 
+#include "host/Json.h"
 #include "host/table/Table.h"
 
 namespace tarn {
@@ -40,8 +40,7 @@ class RunSize {
 };
 
 /// Checks what a request asks of a table. Throws as `RunSize::Check` does.
-void CheckSizeOfRequest(const nlohmann::ordered_json& request, const std::string& source, const Table& table,
-                        std::size_t limit);
+void CheckSizeOfRequest(const Json& request, const std::string& source, const Table& table, std::size_t limit);
 
 /// Bytes as a message shows them: "1.5 GiB".
 std::string ShownBytes(double bytes);
