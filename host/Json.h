@@ -13,6 +13,8 @@
 #include <variant>
 #include <vector>
 
+#include "machine/CopiedVariant.h"
+
 namespace tarn {
 
 /// A JSON value isn't of the kind that it is taken for.
@@ -76,6 +78,11 @@ class Json {
     using const_iterator = Iterator<const Json>;
 
     Json() = default;
+    Json(const Json& other) : value_(CopiedVariant(other.value_)) {}
+    Json(Json&&) noexcept = default;
+    Json& operator=(const Json& other) { return *this = Json(other); }
+    Json& operator=(Json&&) noexcept = default;
+    ~Json() = default;
     Json(std::nullptr_t) {}
     Json(const char* text) : value_(std::string(text)) {}
     Json(std::string text) : value_(std::move(text)) {}

@@ -45,9 +45,9 @@ TEST(Json, IsWrittenWithBlanksForEachLevel) {
 
 TEST(Json, WritesNumbersSoThatTheyComeBack) {
     const std::vector<std::pair<double, const char*>> written{
-        {0.0, "0.0"},       {-0.0, "-0.0"},    {1.0, "1.0"},       {-2.5, "-2.5"},
-        {0.1, "0.1"},       {0.0001, "0.0001"}, {0.00001, "1e-05"}, {1e14, "100000000000000.0"},
-        {1e15, "1e+15"},    {1.5e300, "1.5e+300"}, {5e-324, "5e-324"}, {123456.789, "123456.789"}};
+        {0.0, "0.0"},    {-0.0, "-0.0"},        {1.0, "1.0"},       {-2.5, "-2.5"},
+        {0.1, "0.1"},    {0.0001, "0.0001"},    {0.00001, "1e-05"}, {1e14, "100000000000000.0"},
+        {1e15, "1e+15"}, {1.5e300, "1.5e+300"}, {5e-324, "5e-324"}, {123456.789, "123456.789"}};
     for (const auto& [number, text] : written) EXPECT_EQ(Json(number).dump(), text);
     EXPECT_EQ(Json(std::numeric_limits<double>::infinity()).dump(), "null");
 }
