@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
 #include <unordered_set>
@@ -14,7 +15,8 @@ namespace tarn {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
+/// Whose parser tells us what it reads, and which never holds a value: its destructor takes memory.
+using Parser = nlohmann::ordered_json;
 
 constexpr int kNumberOverflow = 406;
 
@@ -90,19 +92,19 @@ class OpenContainer {
             return value_.back();
         }
         // The object itself would look through its keys once more.
-        Json::object_t::Container& members = value_.get_ref<Json::object_t&>();
-        members.emplace_back(key, std::move(member));
+        Json::Object& members = value_.items();
+        members.push_back({key, std::move(member)});
         KeepKeys(members);
-        return members.back().second;
+        return members.back().value;
     }
 
  private:
-    void KeepKeys(const Json::object_t::Container& members) {
+    void KeepKeys(const Json::Object& members) {
         if (members.size() <= kFewKeys) return;
         if (keys_.empty()) {
-            for (const auto& member : members) keys_.insert(member.first);
+            for (const Json::Member& member : members) keys_.insert(member.name);
         } else {
-            keys_.insert(members.back().first);
+            keys_.insert(members.back().name);
         }
     }
 
@@ -112,7 +114,7 @@ class OpenContainer {
 
 // Builds the value from the parser's events. The library's own builder neither says where a number is too large nor
 // refuses a repeated key, of which it would keep the last value.
-class JsonBuilder : public nlohmann::json_sax<Json> {
+class JsonBuilder : public nlohmann::json_sax<Parser> {
  public:
     JsonBuilder(const std::string& name, const std::string& text) : name_(name), text_(text) {}
 
@@ -175,11 +177,14 @@ class JsonBuilder : public nlohmann::json_sax<Json> {
 
 }  // namespace
 
-nlohmann::ordered_json ReadJson(ByteSource& source) {
-    const std::string text = source.ReadText(kLargestText);
-    RefuseDeepNesting(source.Name(), text);
-    JsonBuilder builder(source.Name(), text);
-    Json::sax_parse(text, &builder);
+Json ReadJson(ByteSource& source) {
+    return ParseJson(source.ReadText(kLargestText), source.Name());
+}
+
+Json ParseJson(const std::string& text, const std::string& name) {
+    RefuseDeepNesting(name, text);
+    JsonBuilder builder(name, text);
+    Parser::sax_parse(text, &builder);
     return builder.Take();
 }
 

@@ -19,9 +19,9 @@ struct AnalyzeOptions {
     AnalysisOptions analysis;
     SupplementOptions supplement;
     AnalysisWords words;
-    std::string savePath;                ///< for the study; empty: none
-    Study study;                         ///< what was typed
-    nlohmann::ordered_json studiedData;  ///< what a study says of its table; null for none
+    std::string savePath;  ///< for the study; empty: none
+    Study study;           ///< what was typed
+    Json studiedData;      ///< what a study says of its table; null for none
 };
 
 /// The fields whose levels were typed.

@@ -23,6 +23,7 @@
 #include "apps/tarn/VerifyCommand.h"
 #include "apps/tarn/VersionText.h"
 #include "host/InputError.h"
+#include "host/JsonDocument.h"
 #include "host/NumberText.h"
 #include "host/TestNames.h"
 #include "host/TextList.h"
@@ -497,13 +498,13 @@ bool IsOfStudy(const CLI::Option& option) {
 }
 
 /// A number as a number and a flag as true, so that a study reads as it was typed.
-nlohmann::ordered_json StudyValueOf(const CLI::Option& option, const std::vector<std::string>& typed) {
+Json StudyValueOf(const CLI::Option& option, const std::vector<std::string>& typed) {
     if (option.get_items_expected_max() == 0) return typed.front() == "true";
     if (option.get_expected_max() > 1) return typed;
     const bool isNumber = option.get_option_text().starts_with("N");
     const auto number = isNumber ? ParseCell(FieldType::kNumber, typed.front()) : std::nullopt;
-    return number && ExactText(*number) == typed.front() ? nlohmann::ordered_json::parse(typed.front())
-                                                         : nlohmann::ordered_json(typed.front());
+    return number && ExactText(*number) == typed.front() ? ParseJson(typed.front(), option.get_name())
+                                                         : Json(typed.front());
 }
 
 /// What was typed behind a command, in that order; behind it what holds where nothing was typed.
@@ -526,7 +527,7 @@ Study StudyOf(const CLI::App& command, const std::string& dataPath, const std::s
 }
 
 /// The same as it is typed.
-void AddArguments(const CLI::Option& option, const nlohmann::ordered_json& value, std::vector<std::string>& arguments) {
+void AddArguments(const CLI::Option& option, const Json& value, std::vector<std::string>& arguments) {
     const std::string name = option.get_name();
     if (value.is_boolean()) {
         if (value.get<bool>()) arguments.push_back(name);

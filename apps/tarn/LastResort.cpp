@@ -23,8 +23,8 @@ bool IsOutOfMemory() noexcept {
     return thrown == nullptr || *thrown == typeid(std::bad_alloc) || *thrown == typeid(std::bad_array_new_length);
 }
 
-/// The way out of a failed allocation that nobody could catch: in what is made before `main`, in the destructor of a
-/// JSON value, which allocates, in a thread, or while what went wrong is told. A mistake of ours still aborts.
+/// The way out of a failed allocation that nobody could catch: in what is made before `main`,
+/// in a thread, or while what went wrong is told. A mistake of ours still aborts.
 [[noreturn]] void EndOfUncaught() noexcept {
     RemoveUnfinishedFile();
     if (IsOutOfMemory()) EndWithoutMemory();

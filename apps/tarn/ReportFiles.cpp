@@ -25,7 +25,7 @@ constexpr const char* kStandardInput = "-";
 /// The words of a study's option as they are typed.
 std::string WordsOf(const StudyOption& option) {
     const std::string name = "--" + option.name;
-    const nlohmann::ordered_json& value = option.value;
+    const Json& value = option.value;
     if (value.is_boolean()) return value.get<bool>() ? name : "";
     if (value.is_string()) return name + " " + ShellWord(value.get<std::string>());
     if (!value.is_array()) return name + " " + ShellWord(value.dump());

@@ -1,7 +1,6 @@
 #include "apps/tarn/RunCommand.h"
 
 #include <iostream>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <utility>
@@ -13,6 +12,7 @@
 #include "apps/tarn/ProgressBar.h"
 #include "host/ByteSource.h"
 #include "host/InputError.h"
+#include "host/Json.h"
 #include "host/JsonDocument.h"
 #include "host/WholeFile.h"
 #include "host/analysis/Analysis.h"
@@ -57,7 +57,7 @@ std::optional<AnalysisOutcome> RunPlanFile(const RunOptions& options, Interrupt&
 
 std::optional<AnalysisOutcome> RunSettingsFile(const RunOptions& options, Interrupt& interrupt) {
     ByteSource source(options.settingsPath);
-    nlohmann::ordered_json request = ReadJson(source);
+    Json request = ReadJson(source);
     if (!request.is_object()) throw InputError(source.Name() + ": expected a JSON object with the keys of a request");
     const std::vector<std::string> passedOver = PassedOverInRequest(request, source.Name());
     if (options.caseIdField) request[kRequestCaseId] = *options.caseIdField;

@@ -15,8 +15,6 @@ namespace tarn {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 /// Of more categories a study keeps the number alone.
 constexpr std::size_t kMostCategories = 100;
 
@@ -72,7 +70,7 @@ std::string StudyText(const Study& study, const Table& table) {
     if (!study.formula.empty()) json["formula"] = study.formula;
     json["options"] = Json::object();
     for (const StudyOption& option : study.options) json["options"][option.name] = option.value;
-    return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+    return json.dump(2) + "\n";
 }
 
 Study ReadStudy(const std::string& path) {
@@ -82,10 +80,10 @@ Study ReadStudy(const std::string& path) {
     if (!json.is_object() || format == json.end() || *format != kStudyFormat) {
         Fail(path, "is no study; expected a file that tarn analyze --save wrote");
     }
-    for (const auto& item : json.items()) {
+    for (const Json::Member& member : json.items()) {
         static constexpr std::array<std::string_view, 5> kKeys{"format", "tarn", "data", "formula", "options"};
-        if (std::ranges::find(kKeys, item.key()) == kKeys.end()) {
-            Fail(path, Quoted(item.key()) + " is no key of a study; expected one of " + JoinList(kKeys));
+        if (std::ranges::find(kKeys, member.name) == kKeys.end()) {
+            Fail(path, Quoted(member.name) + " is no key of a study; expected one of " + JoinList(kKeys));
         }
     }
     Study study;
@@ -99,11 +97,11 @@ Study ReadStudy(const std::string& path) {
     }
     const Json* options = Find(json, "options", Json::value_t::object, path, "an object");
     if (options == nullptr) return study;
-    for (const auto& item : options->items()) {
-        if (!IsOfOption(item.value())) {
-            Fail(path, "options." + item.key() + ": expected a text, a number, true or a list of texts");
+    for (const Json::Member& member : options->items()) {
+        if (!IsOfOption(member.value)) {
+            Fail(path, "options." + member.name + ": expected a text, a number, true or a list of texts");
         }
-        study.options.push_back({item.key(), item.value()});
+        study.options.push_back({member.name, member.value});
     }
     return study;
 }

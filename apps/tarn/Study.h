@@ -1,9 +1,9 @@
 #pragma once
 
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
+#include "host/Json.h"
 #include "host/table/Table.h"
 
 namespace tarn {
@@ -16,14 +16,14 @@ inline constexpr const char* kStudyFormat = "tarn-study-1";
 /// An option as it stands in a study: one value, a list, or true.
 struct StudyOption {
     std::string name;  ///< without hyphens
-    nlohmann::ordered_json value;
+    Json value;
 };
 
 struct Study {
     std::string dataPath;
     std::string formula;               ///< "" for none
     std::vector<StudyOption> options;  ///< in the order in which they were typed
-    nlohmann::ordered_json data;       ///< what the table was; null before it is known
+    Json data;                         ///< what the table was; null before it is known
 };
 
 /// The text of a study with the table that it was made on.
@@ -33,6 +33,6 @@ std::string StudyText(const Study& study, const Table& table);
 Study ReadStudy(const std::string& path);
 
 /// In what a table differs from that of a study, as sentences: records, fields, their types, levels and categories.
-std::vector<std::string> DifferencesFrom(const nlohmann::ordered_json& data, const Table& table);
+std::vector<std::string> DifferencesFrom(const Json& data, const Table& table);
 
 }  // namespace tarn

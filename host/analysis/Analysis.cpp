@@ -107,10 +107,10 @@ bool IsNoneDone(const ResultReading& result) {
     return std::ranges::all_of(result.tests, [](const TestReading& test) { return test.HasError(); });
 }
 
-AnalysisOutcome RunRequest(const nlohmann::ordered_json& request, const std::string& source, const Table& table,
+AnalysisOutcome RunRequest(const Json& request, const std::string& source, const Table& table,
                            const AnalysisEnvironment& environment) {
     CheckSizeOfRequest(request, source, table, environment.memory);
-    nlohmann::ordered_json budgeted = request;
+    Json budgeted = request;
     // The thread budget crosses the boundary within the request. Without one the engine takes what the machine has.
     if (environment.threads > 0 && !request.contains(kThreads)) PutInFront(budgeted, kThreads, environment.threads);
     EngineRun run;

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
+#include "host/Json.h"
 #include "host/analysis/AnalysisEnvironment.h"
 #include "host/beyond/SupplementOptions.h"
 #include "host/beyond/TestCases.h"
@@ -60,7 +60,7 @@ bool IsNoneDone(const ResultReading& result);
 
 /// Runs a request in the user's terms, the way of a host. `source` stands for the request in the `InputError` that is
 /// thrown for a value of a shape that no setting has.
-AnalysisOutcome RunRequest(const nlohmann::ordered_json& request, const std::string& source, const Table& table,
+AnalysisOutcome RunRequest(const Json& request, const std::string& source, const Table& table,
                            const AnalysisEnvironment& environment);
 
 /// Runs a plan, straight through the engine's C++ factory.

@@ -204,8 +204,7 @@ std::string HtmlOfResult(const ReportSource& source, const ReportFacts& facts) {
     html.plotsRemark = PlotsRemark(source.table != nullptr, page.tests.size());
     AddMethods(source, html);
     AddFacts(facts, html);
-    html.json =
-        JsonOf(source.result, texts, facts.notes).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+    html.json = JsonOf(source.result, texts, facts.notes).dump();
     return HtmlReport(html);
 }
 

@@ -24,8 +24,6 @@ namespace tarn {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 /// Words that are usually ranked, from the lowest to the highest. A field with three of them or more, and no other
 /// ones, has their order.
 constexpr std::array<std::array<std::string_view, 9>, 12> kScales{{

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
+#include "host/Json.h"
 #include "host/table/FieldDescriptor.h"
 #include "host/table/Table.h"
 
@@ -29,7 +29,7 @@ TableLook LookAt(const Table& table, const std::string& name);
 
 /// A table as a descriptor that reads it in the same way again, for a user to go on from. `given` is the one that it
 /// was read with.
-nlohmann::ordered_json DescriptorOf(const Table& table, const TableDescriptor& given);
+Json DescriptorOf(const Table& table, const TableDescriptor& given);
 
 /// A word of a command line, in quotes where a shell would see more than a word in it.
 std::string ShellWord(const std::string& word);

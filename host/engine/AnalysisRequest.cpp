@@ -19,8 +19,6 @@ namespace tarn {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 constexpr std::array<std::string_view, 4> kDistributionNames{"normal", "uniform", "poisson", "exponential"};
 constexpr std::string_view kOneSampleKs = Tests::kKolmogorovSmirnov.requestName;
 

@@ -1,12 +1,12 @@
 #pragma once
 
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "host/Json.h"
 #include "host/TestNames.h"
 #include "host/table/Table.h"
 #include "host/table/TableLoader.h"
@@ -64,6 +64,6 @@ std::span<const std::string_view> DistributionNames();
 /// can't take it, or a test would miss what only the table shows, the request names the test or the value itself.
 /// Throws an `InputError` that says what to change, also for a category that no field has and for an order of words
 /// that nobody gave.
-nlohmann::ordered_json BuildRequest(const AnalysisOptions& options, const Table& table);
+Json BuildRequest(const AnalysisOptions& options, const Table& table);
 
 }  // namespace tarn

@@ -5,6 +5,7 @@
 #include <condition_variable>
 #include <cstring>
 #include <mutex>
+#include <new>
 #include <stdexcept>
 #include <system_error>
 #include <thread>
@@ -231,7 +232,7 @@ EngineOutcome HostedRun::Run() {
     int errorCode = 0;
     Initialise(engine_);
     if (engine_.createComponent(&context_, nullptr, &component_, &errorCode) != HX_OK) {
-        throw std::runtime_error("the engine made no component, code " + std::to_string(errorCode));
+        throw std::bad_alloc();  // for no other reason
     }
     if (engine_.configure(component_, &errorCode) != HX_OK) {
         NoteFailure(errorCode);

@@ -15,7 +15,6 @@ namespace tarn {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
 using Words = std::span<const std::string_view>;
 
 constexpr std::array<std::string_view, 2> kMissingTreatments{"analysis", "listwise"};
@@ -59,7 +58,7 @@ constexpr std::array kRangeKeys{
 
 std::optional<double> NumberOf(const Json& value) {
     if (value.is_number()) return value.get<double>();
-    return value.is_string() ? ParseDecimal(value.get_ref<const std::string&>()) : std::nullopt;
+    return value.is_string() ? ParseDecimal(value.Text()) : std::nullopt;
 }
 
 std::string WhyNotOneOf(const std::string& word, Words words) {
@@ -72,7 +71,7 @@ std::string WhyNotOneOf(const std::string& word, Words words) {
 
 std::string WhyNotMeant(std::string_view key, const Json& value, KeyForm form) {
     for (const WordKey& words : kWordKeys) {
-        if (words.key == key && value.is_string()) return WhyNotOneOf(value.get_ref<const std::string&>(), words.words);
+        if (words.key == key && value.is_string()) return WhyNotOneOf(value.Text(), words.words);
     }
     for (const RangeKey& range : kRangeKeys) {
         if (range.key != key || (range.form != KeyForm::kBoth && range.form != form)) continue;

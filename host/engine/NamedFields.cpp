@@ -26,10 +26,10 @@ bool NamedFields::MayMean(const std::string& field, std::size_t place) const {
            field == "false";
 }
 
-void NamedFields::AddTexts(const nlohmann::ordered_json& value) {
+void NamedFields::AddTexts(const Json& value) {
     if (value.is_string()) Add(value.get<std::string>());
     if (!value.is_structured()) return;
-    for (const nlohmann::ordered_json& part : value) AddTexts(part);
+    for (const Json& part : value) AddTexts(part);
 }
 
 }  // namespace tarn

@@ -1,9 +1,10 @@
 #pragma once
 
 #include <cstddef>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <unordered_set>
+
+#include "host/Json.h"
 
 namespace tarn {
 
@@ -12,7 +13,7 @@ class NamedFields {
  public:
     NamedFields() = default;
     /// Those that are named anywhere in a document.
-    explicit NamedFields(const nlohmann::ordered_json& document) { AddTexts(document); }
+    explicit NamedFields(const Json& document) { AddTexts(document); }
 
     void Add(const std::string& name) { names_.insert(name); }
     /// One that a user typed: without regard to case, and maybe a pattern of names, which means any field.
@@ -23,7 +24,7 @@ class NamedFields {
     bool MayMean(const std::string& field, std::size_t place) const;
 
  private:
-    void AddTexts(const nlohmann::ordered_json& value);
+    void AddTexts(const Json& value);
 
     std::unordered_set<std::string> names_;
     std::unordered_set<std::string> likeNames_;  // in small letters

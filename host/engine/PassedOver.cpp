@@ -19,7 +19,6 @@ namespace tarn {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
 using Names = std::vector<std::string_view>;
 
 constexpr const char* kUnknownKey = "unknown key";
@@ -31,15 +30,14 @@ std::optional<bool> FlagOf(const Json& value) {
     if (value.is_boolean()) return value.get<bool>();
     if (value.is_number()) return value.get<double>() != 0;
     if (!value.is_string()) return std::nullopt;
-    const auto& text = value.get_ref<const std::string&>();
+    const auto& text = value.Text();
     if (text == "true" || text == "1") return true;
     if (text == "false" || text == "0") return false;
     return std::nullopt;
 }
 
 bool IsNumber(const Json& value) {
-    return value.is_number() || value.is_boolean() ||
-           (value.is_string() && ParseDecimal(value.get_ref<const std::string&>()).has_value());
+    return value.is_number() || value.is_boolean() || (value.is_string() && ParseDecimal(value.Text()).has_value());
 }
 
 bool IsListOf(const Json& value, bool (*fits)(const Json& element)) {
@@ -89,7 +87,7 @@ const char* Expected(KeyShape shape) {
 std::string Shown(const Json& value) {
     if (value.is_object()) return "an object";
     if (value.is_array()) return "a list";
-    if (value.is_string()) return Quoted(value.get_ref<const std::string&>());
+    if (value.is_string()) return Quoted(value.Text());
     return value.dump();
 }
 

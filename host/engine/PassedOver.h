@@ -1,8 +1,9 @@
 #pragma once
 
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
+
+#include "host/Json.h"
 
 namespace tarn {
 
@@ -12,9 +13,9 @@ namespace tarn {
 // document, which is a JSON object.
 
 /// For a plan. Throws an `InputError` for a test whose name stands for several.
-std::vector<std::string> PassedOverInPlan(const nlohmann::ordered_json& plan, const std::string& source);
+std::vector<std::string> PassedOverInPlan(const Json& plan, const std::string& source);
 
 /// For a request.
-std::vector<std::string> PassedOverInRequest(const nlohmann::ordered_json& request, const std::string& source);
+std::vector<std::string> PassedOverInRequest(const Json& request, const std::string& source);
 
 }  // namespace tarn

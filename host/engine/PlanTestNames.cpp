@@ -10,8 +10,6 @@ namespace tarn {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 std::optional<TestFamily> FamilyMeantBy(const Json& entry) {
     const auto has = [&](const char* key) { return entry.contains(key) && !entry[key].is_null(); };
     if (has(kGroupVariableKey)) return TestFamily::kIndependent;

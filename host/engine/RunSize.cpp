@@ -15,13 +15,15 @@ namespace tarn {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 // Measured as the growth of a process over that of a smaller run: docs/robustness.md has the runs.
 constexpr double kBytesOfPair = 750;     // of samples, in the tables and in the text of the document
+constexpr double kBytesOfRange = 200;    // of samples, two of which bound it
 constexpr double kBytesOfSquare = 40;    // a cell of the square table of a pair of ordered fields
 constexpr double kBytesOfTest = 24'000;  // with histogram and descriptives
 constexpr double kBytesOfBriefTest = 8'000;
+
+/// The steps of a stepwise comparison grow with the cube of the number of samples: here they take some seconds.
+constexpr std::size_t kMostSteppedSamples = 1000;
 
 std::string ShownCount(double count) {
     char text[32];
@@ -55,6 +57,7 @@ std::vector<std::string> TextsUnder(const Json& request, const char* key) {
 struct FamilyRequest {
     std::size_t testCount = 0;
     std::size_t comparedTests = 0;  ///< of which all pairs are asked for
+    std::size_t steppedTests = 0;   ///< of which homogeneous subsets are asked for
     bool hasSquare = false;
 };
 
@@ -66,6 +69,7 @@ FamilyRequest FamilyOf(const Json& request, TestFamily family) {
         ++asked.testCount;
         const auto comparison = entry.find(SettingKey::kTypeOfMultipleComparison);
         if (comparison != entry.end() && *comparison == MultipleComparisonType::kPairWise) ++asked.comparedTests;
+        if (comparison != entry.end() && *comparison == MultipleComparisonType::kStepWise) ++asked.steppedTests;
         asked.hasSquare = asked.hasSquare || key == Tests::kMarginalHomogeneity.requestName;
     }
     // The engine chooses one test for each field, and compares several samples by pairs.
@@ -86,6 +90,14 @@ void RunSize::AddPairs(std::size_t samples, std::size_t times) {
     pairs_ += static_cast<double>(times) * count * (count - 1) / 2;
 }
 
+void RunSize::AddSteps(std::size_t samples, std::size_t times) {
+    if (times == 0) return;
+    const auto count = static_cast<double>(samples);
+    // One test after the other: what one takes is free again for the next.
+    ranges_ = std::max(ranges_, count * (count - 1) / 2);
+    steppedSamples_ = std::max(steppedSamples_, samples);
+}
+
 void RunSize::AddSquare(std::size_t categories) {
     const auto count = static_cast<double>(categories);
     square_ += count * count;
@@ -97,7 +109,13 @@ std::size_t RunSize::CategoriesOf(const std::string& field) const {
 }
 
 void RunSize::Check(const std::string& source, std::size_t limit) const {
-    const double bytes = bytesOfTable_ + tests_ * bytesOfTest_ + pairs_ * kBytesOfPair + square_ * kBytesOfSquare;
+    if (steppedSamples_ > kMostSteppedSamples) {
+        throw InputError(source + ": compares " + std::to_string(steppedSamples_) +
+                         " samples step by step, which takes time with the cube of their number; expected at most " +
+                         std::to_string(kMostSteppedSamples) + " samples, or all pairs of them");
+    }
+    const double bytes = bytesOfTable_ + tests_ * bytesOfTest_ + pairs_ * kBytesOfPair + ranges_ * kBytesOfRange +
+                         square_ * kBytesOfSquare;
     if (limit == 0 || bytes <= static_cast<double>(limit)) return;
     std::string needs;
     const auto add = [&needs](double count, const char* what) {
@@ -105,6 +123,7 @@ void RunSize::Check(const std::string& source, std::size_t limit) const {
     };
     add(tests_, "results of tests");
     add(pairs_, "pairs of samples");
+    add(ranges_, "ranges of samples");
     add(square_, "cells of square tables");
     throw InputError(source + ": may take " + ShownBytes(bytes) + " of memory (" + needs + "); expected at most " +
                      ShownBytes(static_cast<double>(limit)) + ", or more told by --memory");
@@ -120,6 +139,7 @@ void CheckSizeOfRequest(const Json& request, const std::string& source, const Ta
         const FamilyRequest asked = FamilyOf(request, TestFamily::kRelated);
         size.AddTests(asked.testCount);
         size.AddPairs(related.size(), asked.comparedTests);
+        size.AddSteps(related.size(), asked.steppedTests);
         if (asked.hasSquare) size.AddSquare(size.CategoriesOf(related.front()));
     }
 
@@ -129,6 +149,7 @@ void CheckSizeOfRequest(const Json& request, const std::string& source, const Ta
         const FamilyRequest asked = FamilyOf(request, TestFamily::kIndependent);
         size.AddTests(independent * asked.testCount);
         size.AddPairs(size.CategoriesOf(groups.front()), independent * asked.comparedTests);
+        size.AddSteps(size.CategoriesOf(groups.front()), independent * asked.steppedTests);
     }
     size.Check(source, limit);
 }

@@ -11,8 +11,6 @@ namespace tarn {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 bool IsInt(const Json& value) {
     if (value.is_number_unsigned()) return value.get<std::uint64_t>() <= std::numeric_limits<std::int32_t>::max();
     if (!value.is_number_integer()) return false;

@@ -1,7 +1,8 @@
 #pragma once
 
-#include <nlohmann/json.hpp>
 #include <string>
+
+#include "host/Json.h"
 
 namespace tarn {
 
@@ -21,10 +22,10 @@ enum class SettingShape {
 
 /// Returns the shape, the same on the way to the engine's factory and to its component. Throws an `InputError` that
 /// names `source` and `path`, the key from the top of the document, for an array that has none.
-SettingShape ShapeOf(const nlohmann::ordered_json& value, const std::string& source, const std::string& path);
+SettingShape ShapeOf(const Json& value, const std::string& source, const std::string& path);
 
 /// An element of a vector of texts: a text as it is, a number by "%.15g".
-std::string ElementText(const nlohmann::ordered_json& element);
+std::string ElementText(const Json& element);
 
 /// Throws the `InputError` for a key that holds something else than expected.
 [[noreturn]] void FailAtKey(const std::string& source, const std::string& path, const std::string& expected);

@@ -11,8 +11,6 @@ namespace tarn {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 class Writer {
  public:
     explicit Writer(const std::string& source) : source_(source) {}
@@ -90,8 +88,8 @@ std::string MakeSettingsDocument(const Json& request, const std::string& source)
     return XmlNodes::TextOf(document);
 }
 
-void PutInFront(nlohmann::ordered_json& request, const char* key, const nlohmann::ordered_json& value) {
-    nlohmann::ordered_json whole = nlohmann::ordered_json::object();
+void PutInFront(Json& request, const char* key, const Json& value) {
+    Json whole = Json::object();
     whole[key] = value;
     for (auto& [other, held] : request.items()) {
         if (other != key) whole[other] = std::move(held);

@@ -1,16 +1,17 @@
 #pragma once
 
-#include <nlohmann/json.hpp>
 #include <string>
+
+#include "host/Json.h"
 
 namespace tarn {
 
 /// A request as the settings document that crosses the component boundary: the keys of a JSON object become settings
 /// in the order written. Throws an `InputError` that names `source`, the key and what it should hold.
-std::string MakeSettingsDocument(const nlohmann::ordered_json& request, const std::string& source);
+std::string MakeSettingsDocument(const Json& request, const std::string& source);
 
 /// Puts a key of the run in front of a request: the tests of a family end with the request, or with a key that is none
 /// of theirs.
-void PutInFront(nlohmann::ordered_json& request, const char* key, const nlohmann::ordered_json& value);
+void PutInFront(Json& request, const char* key, const Json& value);
 
 }  // namespace tarn

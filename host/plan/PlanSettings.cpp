@@ -15,8 +15,6 @@ namespace tarn {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 /// Turns JSON values into settings and knows where it stands, for its messages.
 class Converter {
  public:
@@ -122,7 +120,7 @@ bool IsTrue(const QKSettings& settings, const char* key) {
     return isTrue;
 }
 
-bool IsTrue(const nlohmann::ordered_json& request, const char* key) {
+bool IsTrue(const Json& request, const char* key) {
     const auto value = request.find(key);
     if (value == request.end()) return false;
     QKSettings settings;

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
 #include "host/ByteSource.h"
+#include "host/Json.h"
 #include "host/engine/NamedFields.h"
 #include "platform/common/QKSettings.h"
 
@@ -26,6 +26,6 @@ PlanSettings ReadPlan(ByteSource& source);
 /// Whether the engine takes a key of a plan, or of a request, for true; "true" and 1 say so, too. Throws an
 /// `InputError` for a value of a shape that no setting has.
 bool IsTrue(const QKSettings& settings, const char* key);
-bool IsTrue(const nlohmann::ordered_json& request, const char* key);
+bool IsTrue(const Json& request, const char* key);
 
 }  // namespace tarn

@@ -19,10 +19,11 @@ void AddPlannedTest(const std::string& name, const QKSettings& entry, RunSize& s
     if (name == Tests::kMarginalHomogeneity.Setting() && !fields.empty()) size.AddSquare(size.CategoriesOf(fields[0]));
     std::string comparison;
     if (!entry.GetSettingValByName(SettingKey::kTypeOfMultipleComparison, comparison)) return;
-    if (comparison != MultipleComparisonType::kPairWise) return;
     std::string group;
     const bool hasGroups = entry.GetSettingValByName(SettingKey::kGroupVariableName, group);
-    size.AddPairs(hasGroups ? size.CategoriesOf(group) : fields.size(), 1);
+    const std::size_t samples = hasGroups ? size.CategoriesOf(group) : fields.size();
+    if (comparison == MultipleComparisonType::kPairWise) size.AddPairs(samples, 1);
+    if (comparison == MultipleComparisonType::kStepWise) size.AddSteps(samples, 1);
 }
 
 }  // namespace

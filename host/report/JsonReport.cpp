@@ -1,16 +1,14 @@
 #include "host/report/JsonReport.h"
 
-#include <nlohmann/json.hpp>
 #include <optional>
 
+#include "host/Json.h"
 #include "host/report/JsonValues.h"
 #include "host/report/SupplementJson.h"
 
 namespace tarn {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 Json FieldJson(const ResultField& field) {
     Json json{{"name", field.name},
@@ -179,12 +177,11 @@ std::string JsonReport(const ResultReading& result, const MessageCatalogue& text
     return Written(JsonOf(result, texts, notes));
 }
 
-std::string Written(const nlohmann::ordered_json& json) {
-    return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+std::string Written(const Json& json) {
+    return json.dump(2) + "\n";
 }
 
-nlohmann::ordered_json JsonOf(const ResultReading& result, const MessageCatalogue& texts,
-                              const std::vector<std::string>& notes) {
+Json JsonOf(const ResultReading& result, const MessageCatalogue& texts, const std::vector<std::string>& notes) {
     const ResultDocument& document = result.document;
     Json json{{"format", "tarn-result-2"},
               {"application", {{"name", document.application}, {"version", TextOrNull(document.applicationVersion)}}},

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <vector>
 
+#include "host/Json.h"
 #include "host/report/MessageCatalogue.h"
 #include "host/report/ResultReading.h"
 
@@ -15,10 +15,9 @@ std::string JsonReport(const ResultReading& result, const MessageCatalogue& text
                        const std::vector<std::string>& notes = {});
 
 /// The same before it is written, for what holds several of them.
-nlohmann::ordered_json JsonOf(const ResultReading& result, const MessageCatalogue& texts,
-                              const std::vector<std::string>& notes = {});
+Json JsonOf(const ResultReading& result, const MessageCatalogue& texts, const std::vector<std::string>& notes = {});
 
 /// JSON as it is written: indented, with what is no UTF-8 replaced.
-std::string Written(const nlohmann::ordered_json& json);
+std::string Written(const Json& json);
 
 }  // namespace tarn

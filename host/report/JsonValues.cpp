@@ -8,7 +8,7 @@
 
 namespace tarn {
 
-nlohmann::ordered_json NumberJson(const std::string& text) {
+Json NumberJson(const std::string& text) {
     if (text.empty()) return nullptr;
     std::int64_t whole = 0;
     const char* const end = text.data() + text.size();
@@ -20,8 +20,8 @@ nlohmann::ordered_json NumberJson(const std::string& text) {
     return text;
 }
 
-nlohmann::ordered_json TextOrNull(const std::string& text) {
-    return text.empty() ? nlohmann::ordered_json(nullptr) : nlohmann::ordered_json(text);
+Json TextOrNull(const std::string& text) {
+    return text.empty() ? Json(nullptr) : Json(text);
 }
 
 }  // namespace tarn

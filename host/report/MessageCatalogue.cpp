@@ -3,19 +3,17 @@
 #include <algorithm>
 #include <charconv>
 #include <filesystem>
-#include <nlohmann/json.hpp>
 #include <optional>
 
 #include "host/ByteSource.h"
 #include "host/InputError.h"
+#include "host/JsonDocument.h"
 #include "host/TestNames.h"
 #include "host/report/EnglishMessages.h"
 
 namespace tarn {
 
 namespace {
-
-using nlohmann::json;
 
 constexpr std::string_view kUnknownField = "a field that is not known";
 
@@ -140,7 +138,7 @@ class TextFiller {
     const Placeholders& placeholders_;
 };
 
-void ReadTexts(const json& catalogue, const char* key, std::map<std::string, std::string, std::less<>>& texts) {
+void ReadTexts(const Json& catalogue, const char* key, std::map<std::string, std::string, std::less<>>& texts) {
     const auto section = catalogue.find(key);
     if (section == catalogue.end()) return;
     for (const auto& [name, text] : section->items()) texts[name] = text.get<std::string>();
@@ -176,7 +174,7 @@ MessageCatalogue MessageCatalogue::OfLanguage(const std::string& language, const
 
 void MessageCatalogue::Add(const std::string& text, const std::string& name) {
     try {
-        const json catalogue = json::parse(text);
+        const Json catalogue = ParseJson(text, name);
         ReadTexts(catalogue, "status", status_);
         ReadTexts(catalogue, "condition", conditions_);
         ReadTexts(catalogue, "limits", limits_);
@@ -188,7 +186,6 @@ void MessageCatalogue::Add(const std::string& text, const std::string& name) {
         if (tests == catalogue.end()) return;
         for (const auto& [test, texts] : tests->items()) {
             TestTexts& known = tests_[test];
-            const auto& described = texts.get_ref<const json::object_t&>();
             const std::pair<const char*, std::string TestTexts::*> members[] = {
                 {"title", &TestTexts::title},       {"name", &TestTexts::name},       {"family", &TestTexts::family},
                 {"question", &TestTexts::question}, {"assumes", &TestTexts::assumes}, {"chosen", &TestTexts::chosen},
@@ -197,11 +194,11 @@ void MessageCatalogue::Add(const std::string& text, const std::string& name) {
                 {"notFound", &TestTexts::notFound},
             };
             for (const auto& [key, member] : members) {
-                const auto found = described.find(key);
-                if (found != described.end()) known.*member = found->second.get<std::string>();
+                const auto found = std::ranges::find(texts.items(), key, &Json::Member::name);
+                if (found != texts.items().end()) known.*member = found->value.Text();
             }
         }
-    } catch (const json::exception& error) {
+    } catch (const JsonError& error) {
         throw InputError(name + ": " + error.what() + "; expected a catalogue of messages as docs/messages.md tells");
     }
 }

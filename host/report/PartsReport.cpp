@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <nlohmann/json.hpp>
 
+#include "host/Json.h"
 #include "host/NumberText.h"
 #include "host/TextTable.h"
 #include "host/report/CsvReport.h"
@@ -13,8 +13,6 @@
 namespace tarn {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 /// The significances on which the conclusions rest, of all parts one after the other, and the same adjusted for their
 /// number; NaN for a test that has none.

@@ -6,8 +6,6 @@ namespace tarn {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 Json SampleJson(const SampleSummary& sample) {
     return {{"name", sample.name},
             {"n", NumberJson(sample.n)},

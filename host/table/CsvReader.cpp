@@ -5,8 +5,8 @@
 #include <cstring>
 
 #include "host/InputError.h"
+#include "host/Utf8.h"
 #include "host/table/TableShape.h"
-#include "host/table/Utf8.h"
 
 namespace tarn {
 

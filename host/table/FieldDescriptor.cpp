@@ -2,13 +2,13 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <nlohmann/json.hpp>
 #include <span>
 #include <string_view>
 #include <unordered_set>
 #include <utility>
 
 #include "host/InputError.h"
+#include "host/Json.h"
 #include "host/JsonDocument.h"
 #include "host/table/CellValue.h"
 
@@ -16,7 +16,6 @@ namespace tarn {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
 using Keys = std::span<const std::string_view>;
 
 template <typename Value>
@@ -56,7 +55,7 @@ constexpr std::string_view kIgnoredFieldKeys[] = {
     "groupChar",   "bareNumber", "trueValues",  "falseValues", "itemType", "delimiter"};
 
 std::string Shown(const Json& value) {
-    if (value.is_string()) return Quoted(value.get_ref<const std::string&>());
+    if (value.is_string()) return Quoted(value.Text());
     return value.is_structured() ? std::string("an ") + value.type_name() : value.dump();
 }
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <bit>
 
-#include "host/table/Utf8.h"
+#include "host/Utf8.h"
 #include "runtime/common/PlainDecimal.h"
 
 #if defined(__SSE2__)

@@ -21,7 +21,6 @@ namespace tarn {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
 using QKMath::QKDistFun;
 
 constexpr double kNone = std::numeric_limits<double>::quiet_NaN();

@@ -9,14 +9,14 @@
 
 namespace tarn {
 
-JsonKeys::JsonKeys(const nlohmann::ordered_json& json, std::string place, std::initializer_list<std::string_view> known)
+JsonKeys::JsonKeys(const Json& json, std::string place, std::initializer_list<std::string_view> known)
     : json_(json), place_(std::move(place)) {
     if (!json.is_object()) throw InputError(place_ + ": expected an object");
-    for (const auto& item : json.items()) {
-        if (std::ranges::find(known, item.key()) != known.end()) continue;
+    for (const Json::Member& member : json.items()) {
+        if (std::ranges::find(known, member.name) != known.end()) continue;
         const std::vector<std::string_view> names(known);
-        const std::vector<std::string_view> nearest = NearestNames(item.key(), names);
-        throw InputError(PlaceOf(item.key()) + ": unknown key" +
+        const std::vector<std::string_view> nearest = NearestNames(member.name, names);
+        throw InputError(PlaceOf(member.name) + ": unknown key" +
                          (nearest.empty() ? "; expected " + Alternatives(names) : DidYouMean(nearest)));
     }
 }
@@ -26,11 +26,11 @@ std::string JsonKeys::Text(const char* key, bool isRequired) const {
     return Required(key, Has(key) && json_[key].is_string(), "a text").get<std::string>();
 }
 
-const nlohmann::ordered_json& JsonKeys::List(const char* key) const {
+const Json& JsonKeys::List(const char* key) const {
     return Required(key, Has(key) && json_[key].is_array(), "a list");
 }
 
-const nlohmann::ordered_json& JsonKeys::Object(const char* key) const {
+const Json& JsonKeys::Object(const char* key) const {
     return Required(key, Has(key) && json_[key].is_object(), "an object");
 }
 
@@ -39,7 +39,7 @@ std::string JsonKeys::PlaceOf(const std::string& key) const {
     return place_ + (isWholeFile ? ": " : ".") + key;
 }
 
-const nlohmann::ordered_json& JsonKeys::Required(const char* key, bool isRight, const char* expected) const {
+const Json& JsonKeys::Required(const char* key, bool isRight, const char* expected) const {
     if (!isRight) {
         throw InputError(PlaceOf(key) + (Has(key) ? ": expected " : ": missing; expected ") + std::string(expected));
     }

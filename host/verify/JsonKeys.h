@@ -1,9 +1,10 @@
 #pragma once
 
 #include <initializer_list>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
+
+#include "host/Json.h"
 
 namespace tarn {
 
@@ -11,22 +12,22 @@ namespace tarn {
 class JsonKeys {
  public:
     /// Throws if `json` is no object, or has a key that isn't among `known`. Both are borrowed.
-    JsonKeys(const nlohmann::ordered_json& json, std::string place, std::initializer_list<std::string_view> known);
+    JsonKeys(const Json& json, std::string place, std::initializer_list<std::string_view> known);
 
     bool Has(const char* key) const { return json_.contains(key); }
     /// "" where it may be left out and is.
     std::string Text(const char* key, bool isRequired = true) const;
     /// The list of that key.
-    const nlohmann::ordered_json& List(const char* key) const;
+    const Json& List(const char* key) const;
     /// The object of that key.
-    const nlohmann::ordered_json& Object(const char* key) const;
+    const Json& Object(const char* key) const;
     /// "file.json: cases[2].source"
     std::string PlaceOf(const std::string& key) const;
 
  private:
-    const nlohmann::ordered_json& Required(const char* key, bool isRight, const char* expected) const;
+    const Json& Required(const char* key, bool isRight, const char* expected) const;
 
-    const nlohmann::ordered_json& json_;
+    const Json& json_;
     std::string place_;
 };
 

@@ -1,6 +1,7 @@
 #include "host/verify/ReferencePack.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <set>
 #include <string_view>
@@ -19,8 +20,6 @@ namespace tarn {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 std::string CellText(const Json& cell, const std::string& place) {
     if (cell.is_null()) return "";
     if (cell.is_string()) return cell.get<std::string>();
@@ -30,12 +29,12 @@ std::string CellText(const Json& cell, const std::string& place) {
 
 std::vector<ReferenceColumn> ColumnsOf(const Json& data, const std::string& place) {
     std::vector<ReferenceColumn> columns;
-    for (const auto& item : data.items()) {
-        const std::string here = place + "." + item.key();
-        if (!item.value().is_array()) throw InputError(here + ": expected a list of cells");
+    for (const Json::Member& member : data.items()) {
+        const std::string here = place + "." + member.name;
+        if (!member.value.is_array()) throw InputError(here + ": expected a list of cells");
         ReferenceColumn& column = columns.emplace_back();
-        column.name = item.key();
-        for (const Json& cell : item.value()) column.cells.push_back(CellText(cell, here));
+        column.name = member.name;
+        for (const Json& cell : member.value) column.cells.push_back(CellText(cell, here));
         if (column.cells.size() != columns.front().cells.size()) {
             throw InputError(here + ": " + std::to_string(column.cells.size()) + " cells; expected " +
                              std::to_string(columns.front().cells.size()) + ", as many as in the first column");
@@ -47,7 +46,8 @@ std::vector<ReferenceColumn> ColumnsOf(const Json& data, const std::string& plac
 
 /// Of a number that its source vouches for to fewer digits than it prints, those alone count.
 void KeepDigits(PrintedNumber& printed, const Json& digits, const std::string& place) {
-    if (!digits.is_number_unsigned() || digits == 0 || digits >= printed.digits) {
+    if (!digits.is_number_unsigned() || digits == 0 ||
+        digits.get<std::uint64_t>() >= static_cast<std::uint64_t>(printed.digits)) {
         throw InputError(place + ": " + digits.dump() + "; expected a whole number from 1 to below the " +
                          std::to_string(printed.digits) + " that are printed");
     }

@@ -1,11 +1,11 @@
 #pragma once
 
 #include <array>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "host/Json.h"
 #include "host/report/ResultDocument.h"
 #include "host/verify/PrintedNumber.h"
 

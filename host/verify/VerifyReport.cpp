@@ -12,8 +12,6 @@ namespace tarn {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 constexpr const char* kFormat = "tarn-verify-1";
 constexpr const char* kNoNumber = "none";
 

@@ -4,10 +4,8 @@
 #include <nanobind/nanobind.h>
 #include <nanobind/stl/optional.h>
 #include <nanobind/stl/pair.h>
-#include <nanobind/stl/string.h>
 #include <nanobind/stl/string_view.h>
 #include <nanobind/stl/tuple.h>
-#include <nanobind/stl/vector.h>
 
 #include <optional>
 #include <string>
@@ -20,6 +18,7 @@
 #include "host/WholeFile.h"
 #include "host/report/Explanation.h"
 #include "host/report/HtmlReport.h"
+#include "python/src/ArgumentCasters.h"
 #include "python/src/CallData.h"
 #include "python/src/Calls.h"
 #include "python/src/Report.h"
@@ -106,6 +105,14 @@ void AddResults(nb::module_& m) {
         .def_ro("others", &DataLook::others);
 }
 
+/// All objects of the package stand in one table of nanobind's, which grows where nothing can be thrown: no memory for
+/// that ends the process. It never shrinks, so that what is live at once up to this number needs none later.
+void MakeRoomForObjects(nb::module_& m) {
+    constexpr std::size_t kLiveObjects = 1024;
+    std::vector<nb::object> objects;
+    for (std::size_t i = 0; i < kLiveObjects; ++i) objects.push_back(m.attr("Data")());
+}
+
 }  // namespace
 
 NB_MODULE(_binding, m) {
@@ -113,6 +120,7 @@ NB_MODULE(_binding, m) {
     m.attr("version") = TARN_VERSION;
     nb::exception<tarn::InputError>(m, "InputMistake", PyExc_ValueError);
     AddData(m);
+    MakeRoomForObjects(m);
     AddResults(m);
     m.def(
         "analyze",

@@ -181,7 +181,7 @@ AnalysisOutcome RunPlanText(const std::string& name, const std::string& json, co
 AnalysisOutcome RunRequestText(const std::string& name, const std::string& json, const RunWishes& wishes,
                                const Table& table, const AnalysisEnvironment& environment) {
     ByteSource source = ByteSource::FromMemory(name, json);
-    nlohmann::ordered_json request = ReadJson(source);
+    Json request = ReadJson(source);
     if (!request.is_object()) throw InputError(name + ": expected a JSON object with the keys of a request");
     const std::vector<std::string> passedOver = CheckPassedOver(PassedOverInRequest(request, name), wishes.isStrict);
     for (const auto& [key, isWanted] : FlagsOf(wishes)) {

@@ -1,15 +1,14 @@
 #include "python/src/Request.h"
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <utility>
+
+#include "host/JsonDocument.h"
 
 namespace tarn {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 /// The arguments of a call by their names.
 class Arguments {
@@ -150,7 +149,7 @@ WantedColumns ColumnsOf(const Json& json, const WordedAnalysis& words, const Loa
 }  // namespace
 
 Request::Request(const std::string& json) : words_({}, {}) {
-    const Json arguments = Json::parse(json);
+    const Json arguments = ParseJson(json, "request");
     supplement_ = ReadSupplementOptions(arguments);
     words_ = WordedAnalysis(ReadWords(arguments), ReadAnalysisOptions(arguments));
     load_ = ReadLoadOptions(arguments, words_);

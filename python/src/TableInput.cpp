@@ -7,11 +7,11 @@
 #include <utility>
 
 #include "host/InputError.h"
+#include "host/Utf8.h"
 #include "host/table/ColumnPlan.h"
 #include "host/table/ColumnReader.h"
 #include "host/table/MissingTexts.h"
 #include "host/table/TableShape.h"
-#include "host/table/Utf8.h"
 #include "machine/WorkShare.h"
 #include "python/src/ArrowValues.h"
 

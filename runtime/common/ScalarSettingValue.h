@@ -3,6 +3,7 @@
 #include <string>
 #include <variant>
 
+#include "machine/CopiedVariant.h"
 #include "platform/common/IQKSettingValue.h"
 
 /// A single value of a setting: text, number, whole number or truth value.
@@ -14,7 +15,7 @@ class ScalarSettingValue : public IQKSettingValue {
 
     const Scalar& GetScalar() const { return scalar_; }
 
-    ScalarSettingValue* Clone() const override { return new ScalarSettingValue(scalar_); }
+    ScalarSettingValue* Clone() const override { return new ScalarSettingValue(CopiedVariant(scalar_)); }
     bool operator==(const IQKSettingValue& other) const override;
     /// Values of different types are ordered by their type.
     bool operator<(const IQKSettingValue& other) const override;

@@ -1,5 +1,6 @@
 #include "independent/JonckheereWalk.h"
 
+#include <cmath>
 #include <numeric>
 
 namespace {
@@ -106,10 +107,57 @@ JonckheereCounts JonckheereWalk::OfPair(std::size_t first, std::size_t second) {
     return counts;
 }
 
+JonckheereCounts JonckheereWalk::RanksOfRange(std::size_t first, std::size_t last) {
+    if (!rangesAreAddedUp_) AddUpRanges();
+    if (countsOfRanges_.empty()) {
+        std::vector<std::size_t> groups(last - first + 1);
+        std::iota(groups.begin(), groups.end(), first);
+        return RanksOf(groups);
+    }
+    JonckheereCounts counts;
+    const std::size_t place = first * ranks_.GroupCount() + last;
+    counts.j = countsOfRanges_[place];
+    counts.twiceJ = twiceCountsOfRanges_[place];
+    if (last > first) counts.tieCorrectionSum = ranks_.TieCorrectionSum(first, first + 1);
+    return counts;
+}
+
+/// Whether any sum of counts, and any difference of two, is the same in whatever order it is made.
+bool JonckheereWalk::CountsAddUpExactly() const {
+    constexpr double kMostExact = 0x1p50;
+    double sum = 0;
+    for (std::size_t second = 1; second < ranks_.GroupCount(); ++second) {
+        for (std::size_t first = 0; first < second; ++first) {
+            const double twice = 2 * CountOf(first, second);
+            if (twice != std::floor(twice)) return false;  // no number, either
+            sum += std::abs(twice);
+        }
+    }
+    return sum <= kMostExact;
+}
+
+/// The J of a range is that of the same one without its first group, with the counts of that group and those behind it.
+void JonckheereWalk::AddUpRanges() {
+    rangesAreAddedUp_ = true;
+    const std::size_t groups = ranks_.GroupCount();
+    if (!CountsAddUpExactly()) return;
+    countsOfRanges_.assign(groups * groups, 0.0);
+    twiceCountsOfRanges_.assign(groups * groups, 0);
+    for (std::size_t first = groups; first-- > 0;) {
+        double ofFirst = 0;
+        WideNumber twiceOfFirst = 0;
+        for (std::size_t last = first + 1; last < groups; ++last) {
+            ofFirst += CountOf(first, last);
+            twiceOfFirst += TwiceCountOf(first, last);
+            const std::size_t place = first * groups + last;
+            countsOfRanges_[place] = countsOfRanges_[place + groups] + ofFirst;
+            twiceCountsOfRanges_[place] = twiceCountsOfRanges_[place + groups] + twiceOfFirst;
+        }
+    }
+}
+
 JonckheereCounts JonckheereWalk::OfRange(std::size_t first, std::size_t last) {
-    std::vector<std::size_t> groups(last - first + 1);
-    std::iota(groups.begin(), groups.end(), first);
-    JonckheereCounts counts = RanksOf(groups);
+    JonckheereCounts counts = RanksOfRange(first, last);
     counts.pairsTied = pairsTiedOfRanges_.Of(ties_, PairsTerm, tieSumsAreExact_, first, last);
     counts.triplesTied = triplesTiedOfRanges_.Of(ties_, TriplesTerm, tieSumsAreExact_, first, last);
     return counts;

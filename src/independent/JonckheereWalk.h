@@ -33,13 +33,17 @@ class JonckheereWalk {
     /// Of some groups, in ascending order.
     JonckheereCounts Of(const std::vector<std::size_t>& groups) const;
     JonckheereCounts OfPair(std::size_t first, std::size_t second);
-    /// Quick for one `last` after the other.
+    /// Quick where the counts of all pairs add up without rounding; else for one `last` after the other, with the
+    /// square of the number of groups for each range.
     JonckheereCounts OfRange(std::size_t first, std::size_t last);
 
  private:
     double CountOf(std::size_t first, std::size_t second) const;
     WideNumber TwiceCountOf(std::size_t first, std::size_t second) const;
     JonckheereCounts RanksOf(const std::vector<std::size_t>& groups) const;
+    JonckheereCounts RanksOfRange(std::size_t first, std::size_t last);
+    bool CountsAddUpExactly() const;
+    void AddUpRanges();
 
     PairRankSums ranks_;
     TieRuns ties_;
@@ -49,6 +53,10 @@ class JonckheereWalk {
     // Of pairs, made when they are asked for first, and of ranges.
     std::vector<long double> pairsTiedOfPairs_;
     std::vector<long double> triplesTiedOfPairs_;
+    // Of ranges, at `first` * groups + `last`: made when one is asked for first, empty where sums are rounded.
+    bool rangesAreAddedUp_ = false;
+    std::vector<double> countsOfRanges_;
+    std::vector<WideNumber> twiceCountsOfRanges_;
     RangeTieSums<long double> pairsTiedOfRanges_;
     RangeTieSums<long double> triplesTiedOfRanges_;
 };

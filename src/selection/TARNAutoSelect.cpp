@@ -119,7 +119,8 @@ CategoryValue CategoryValueAt(const IQKVariable& field, int category) {
 /// The values of the first two categories. The first is taken even of a field that has none, where it is what an
 /// unknown category has: the empty text, or the missing value.
 std::vector<CategoryValue> FirstTwoCategories(const IQKVariable& field) {
-    std::vector<CategoryValue> values{CategoryValueAt(field, 0)};
+    std::vector<CategoryValue> values;
+    values.push_back(CategoryValueAt(field, 0));
     if (field.GetCategoryCount() > 1) values.push_back(CategoryValueAt(field, 1));
     return values;
 }

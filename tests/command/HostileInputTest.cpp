@@ -152,6 +152,48 @@ TEST(HostileInput, PairsThatMayTakeTooMuchAreRefusedBeforeTheyAreMade) {
     EXPECT_EQ(RunTarn(taken).exitStatus, 0);
 }
 
+// ---- Time with the cube of the number of samples ----
+
+/// One case in each of so many groups.
+std::string Groups(int groups) {
+    std::string rows = "x,g\n";
+    for (int i = 0; i < groups; ++i) rows += std::to_string((7 * i) % groups) + "," + std::to_string(i) + "\n";
+    return rows;
+}
+
+TEST(HostileInput, MoreSamplesStepByStepThanEndInTimeAreRefusedBeforeTheRun) {
+    const ScratchFolder folder;
+    const std::string table = folder.Write("groups.csv", Groups(1001));
+    const std::string reason =
+        ": compares 1001 samples step by step, which takes time with the cube of their number; expected at most 1000 "
+        "samples, or all pairs of them";
+    ExpectOneLine(RunTarn({"analyze", table, "--independent", "x", "--group", "g", "--ordinal", "g", "--tests",
+                           "jonckheere", "--compare", "stepwise"}),
+                  "request" + reason);
+    const std::string plan = folder.Write("plan.json", R"({"tests": [{"IKruskalWallis": {"variableName": "x",
+        "groupVariableName": "g", "typeOfMultipleComparison": "stepWise"}}]})");
+    ExpectOneLine(RunTarn({"run", "--data", table, "--plan", plan, "--nominal", "g"}), "the plan" + reason);
+    std::string fields = "v0";
+    std::string numbers = "0";
+    for (int i = 1; i <= 1000; ++i) {
+        fields += ",v" + std::to_string(i);
+        numbers += "," + std::to_string(i);
+    }
+    const std::string wide = folder.Write("wide.csv", fields + "\n" + numbers + "\n" + numbers + "\n");
+    ExpectOneLine(RunTarn({"analyze", wide, "--related", "v*", "--tests", "friedman", "--compare", "stepwise"}),
+                  "request" + reason);
+}
+
+TEST(HostileInput, AThousandSamplesAreComparedStepByStep) {
+    const ScratchFolder folder;
+    const std::string table = folder.Write("groups.csv", Groups(1000));
+    for (const char* test : {"jonckheere", "kruskal-wallis"}) {
+        const CommandResult result = RunTarn({"analyze", table, "--independent", "x", "--group", "g", "--ordinal", "g",
+                                              "--tests", test, "--compare", "stepwise"});
+        EXPECT_EQ(result.exitStatus, 0) << result.err;
+    }
+}
+
 TEST(HostileInput, ASizeOfMemoryHasAUnit) {
     for (const char* size : {"8", "G", "0G", "-1G", "8GB", "1e9G", ""}) {
         const CommandResult result = RunTarn({"look", kSleep, "--memory", size});

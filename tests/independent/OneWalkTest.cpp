@@ -336,7 +336,11 @@ void ExpectPlainCounts(const GroupedColumns& records, PairRankSums::Ties ties) {
         for (std::size_t first = last; first-- > 0;) {
             range.insert(range.begin(), first);
             ExpectSame(walk.OfPair(first, last), PlainCounts(records, {first, last}));
-            ExpectSame(walk.OfRange(first, last), PlainCounts(records, range));
+            const JonckheereCounts ofRange = walk.OfRange(first, last);
+            ExpectSame(ofRange, PlainCounts(records, range));
+            const JonckheereCounts ofGroups = walk.Of(range);
+            ASSERT_TRUE(ofRange.twiceJ == ofGroups.twiceJ);
+            ASSERT_EQ(ofRange.tieCorrectionSum, ofGroups.tieCorrectionSum);
         }
     }
 }

@@ -44,6 +44,7 @@ share/tarn/reference/make/functions.py
 share/doc/tarn/copyright
 share/doc/tarn/README.md
 share/doc/tarn/CHANGELOG.md
+share/doc/tarn/tarn.cdx.json
 share/doc/tarn/docs/host-interface.md
 share/doc/tarn/examples/sleep_clinic.csv
 """

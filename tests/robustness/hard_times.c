@@ -89,6 +89,21 @@ void* mmap(void* address, size_t size, int protection, int flags, int file, off_
     return next_mmap(address, size, protection, flags, file, offset);
 }
 
+/* For a host that goes on: calls `callable` without arguments, and while it runs allocation `at` of the process fails
+ * (0 for none), or that one and all after it. Returns what the callable did; `taken` is how many allocations it tried.
+ * It is called from Python, whose own function makes the call. */
+void* TarnCallInHardTimes(void* callable, long at, int for_good, long* taken) {
+    void* (*call)(void*);
+    *(void**)&call = dlsym(RTLD_DEFAULT, "PyObject_CallNoArgs");
+    all_fail = for_good;
+    atomic_store(&allocations, 0);
+    failing_allocation = at > 0 ? at : -1;
+    void* const result = call(callable);
+    failing_allocation = -1;
+    *taken = atomic_load(&allocations);
+    return result;
+}
+
 /* With TARN_NAMED_FILES set, the file system seems to be one that has no files without a name. */
 int open(const char* path, int flags, ...) {
     static int (*next_open)(const char*, int, ...);

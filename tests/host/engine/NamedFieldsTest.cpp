@@ -2,14 +2,17 @@
 
 #include <gtest/gtest.h>
 
+#include "host/JsonDocument.h"
+
 namespace tarn {
 namespace {
 
 constexpr std::size_t kThird = 2;  // behind those that are read for their place
 
 TEST(NamedFields, AreTheTextsOfADocumentWhereverTheyStand) {
-    const NamedFields fields(nlohmann::ordered_json::parse(
-        R"({"caseIDVariableName": "id", "tests": [{"RSign": {"variableName": ["x", "y"], "deeper": [[{"k": "z"}]]}}]})"));
+    const NamedFields fields(ParseJson(
+        R"({"caseIDVariableName": "id", "tests": [{"RSign": {"variableName": ["x", "y"], "deeper": [[{"k": "z"}]]}}]})",
+        "plan"));
     for (const char* field : {"id", "x", "y", "z"}) EXPECT_TRUE(fields.MayMean(field, kThird)) << field;
     for (const char* field : {"RSign", "X", "x ", "w", ""}) EXPECT_FALSE(fields.MayMean(field, kThird)) << field;
 }

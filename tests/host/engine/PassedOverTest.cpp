@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "host/JsonDocument.h"
 #include "host/TestNames.h"
 #include "host/engine/AnalysisRequest.h"
 #include "host/engine/PlanTestNames.h"
@@ -13,14 +14,13 @@
 
 namespace {
 
-using Json = nlohmann::ordered_json;
 using Lines = std::vector<std::string>;
 
 Lines InPlan(const char* plan) {
-    return tarn::PassedOverInPlan(Json::parse(plan), "p");
+    return tarn::PassedOverInPlan(tarn::ParseJson(plan, "p"), "p");
 }
 Lines InRequest(const char* request) {
-    return tarn::PassedOverInRequest(Json::parse(request), "r");
+    return tarn::PassedOverInRequest(tarn::ParseJson(request, "r"), "r");
 }
 Lines InTest(const std::string& name, const std::string& keys) {
     return InPlan((R"({"tests": [{")" + name + R"(": {)" + keys + "}}]}").c_str());
@@ -238,7 +238,7 @@ TEST(PassedOver, NamesLevelsOutOfTheirRange) {
 // ---- Names of tests in a plan ----
 
 std::string Named(const std::string& name, const char* keys) {
-    return tarn::PlanTestName(name, Json::parse(keys), "p", "tests[0]." + name);
+    return tarn::PlanTestName(name, tarn::ParseJson(keys, "p"), "p", "tests[0]." + name);
 }
 
 TEST(PlanTestName, IsTheEnginesForTheOneOfTheList) {

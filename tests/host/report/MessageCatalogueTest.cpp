@@ -76,9 +76,18 @@ TEST(MessageCatalogue, AnotherLanguageIsAFileOverTheEnglishTexts) {
     EXPECT_EQ(english.Sentence(220003, {}), MessageCatalogue::English().Sentence(220003, {}));
 }
 
+TEST(MessageCatalogue, TellsWhereAFileIsNoJson) {
+    MessageCatalogue texts;
+    for (const char* text : {"{", "[]x"}) {
+        const std::string error = InputErrorOf([&] { texts.Add(text, "de.json"); });
+        EXPECT_TRUE(error.starts_with("de.json:1:")) << error;
+        EXPECT_NE(error.find("; expected "), std::string::npos) << error;
+    }
+}
+
 TEST(MessageCatalogue, TellsAFileThatIsNone) {
     MessageCatalogue texts;
-    for (const char* text : {"{", "[]x", R"({"status": {"1": 5}})", R"({"tests": {"RSign": 1}})"}) {
+    for (const char* text : {R"({"status": {"1": 5}})", R"({"tests": {"RSign": 1}})"}) {
         const std::string error = InputErrorOf([&] { texts.Add(text, "de.json"); });
         EXPECT_TRUE(error.starts_with("de.json: ")) << error;
         EXPECT_TRUE(error.ends_with("; expected a catalogue of messages as docs/messages.md tells")) << error;

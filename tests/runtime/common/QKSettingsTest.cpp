@@ -4,12 +4,14 @@
 
 #include <limits>
 #include <memory>
+#include <new>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "platform/common/QKMV.h"
 #include "support/QKVecValue.h"
+#include "tests/harness/AllocationFailure.h"
 
 namespace {
 
@@ -63,6 +65,25 @@ const double kInfinity = std::numeric_limits<double>::infinity();
 }  // namespace
 
 // ---- Reading a scalar ----
+
+TEST(QKSettingsTest, ACopyForWhichThereIsNoMemoryThrows) {
+    QKSettings settings;
+    settings.AddSetting("name", std::string(100, 'x'));
+    int failures = 0;
+    for (int successes = 0;; ++successes) {
+        const component_test::AllocationFailure failure(successes);
+        try {
+            const QKSettings copy = settings;
+            break;
+        } catch (const std::bad_alloc&) {
+            ++failures;
+        }
+    }
+    EXPECT_GT(failures, 2);  // the list, the value and its text at least
+    std::string kept;
+    EXPECT_TRUE(settings.GetSettingValByName("name", kept));
+    EXPECT_EQ(kept, std::string(100, 'x'));
+}
 
 TEST(QKSettingsTest, ANumberConvertsToEveryType) {
     struct Row {

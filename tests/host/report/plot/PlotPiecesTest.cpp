@@ -9,11 +9,11 @@
 #include <string>
 #include <vector>
 
+#include "host/Utf8.h"
 #include "host/report/plot/Picture.h"
 #include "host/report/plot/Swarm.h"
 #include "host/report/plot/TextWidth.h"
 #include "host/report/plot/ValueAxis.h"
-#include "host/table/Utf8.h"
 
 namespace {
 

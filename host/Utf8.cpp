@@ -1,4 +1,4 @@
-#include "host/table/Utf8.h"
+#include "host/Utf8.h"
 
 #include <cstddef>
 #include <cstdint>
