@@ -25,6 +25,7 @@
 #include "host/TextTable.h"
 #include "host/WholeFile.h"
 #include "host/analysis/Analysis.h"
+#include "host/analysis/Record.h"
 #include "host/words/AnalysisWords.h"
 
 namespace tarn {
@@ -53,6 +54,18 @@ void AddNotes(std::vector<std::string>& notes, const std::vector<std::string>& m
     }
 }
 
+/// Adds how a part was made to its result.
+void AddRecordOf(ResultReading& result, const AnalysisPart& part, const AnalyzeOptions& options,
+                 const AnalysisEnvironment& environment) {
+    if (!ShowsRecord(options.output, options.output.format.value_or(ReportFormat::kText))) return;
+    const CaseRule rule = CaseRuleOf(part.table, part.options);
+    const nlohmann::ordered_json request = RequestOf(options.study);
+    AddRecord(result,
+              {part.table, rule, WeightRule::kRounded, part.selection, request, WordsOf(options.study),
+               options.table.dataPath},
+              WorkShare(environment.threads, environment.isCancelled));
+}
+
 /// All records in one analysis.
 ExitStatus AnalyzeWhole(AnalysisPart part, const std::vector<std::string>& notes, const AnalyzeOptions& options,
                         Interrupt& interrupt) {
@@ -76,6 +89,7 @@ ExitStatus AnalyzeWhole(AnalysisPart part, const std::vector<std::string>& notes
     const bool isShown = format != ReportFormat::kText || !output.quiet;
     if ((isShown && !isDocumentShown) || WantsReport(output))
         SupplyFigures(result, part.table, part.options, options.supplement, environment);
+    AddRecordOf(result, part, options, environment);
     if (interrupt.IsAsked()) return TellMistake(kCancelledRun, ExitStatus::kRunFailed);
     const ReportSource source{result, &part.table, part.options, environment};
     const ReportFacts facts = WantsReport(output) ? FactsOf(options, allNotes) : ReportFacts();
@@ -156,6 +170,7 @@ ResultPart ResultOf(AnalysisPart& part, const AnalyzeOptions& options, const Ana
         if (!options.output.outPath.empty()) document = outcome.document;
         result.result = ReadAnalysis(std::move(outcome.document), part.options, environment);
         SupplyFigures(*result.result, part.table, part.options, options.supplement, environment);
+        AddRecordOf(*result.result, part, options, environment);
     } catch (const InputError& mistake) {
         result.mistake = mistake.what();
     }

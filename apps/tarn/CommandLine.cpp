@@ -608,7 +608,7 @@ class CommandLine {
 
         DescribeAnalyze(Add("analyze", "Test fields of a table and show the results", [this] { return RunAnalyze(); }),
                         analyze_);
-        DescribeRun(Add("run", "Run tests on a table and write the result document", [this] { return Run(run_); }),
+        DescribeRun(Add("run", "Run tests on a table and write the result document", [this] { return RunRun(); }),
                     run_);
         DescribeLook(Add("look", "Show what a table holds and what can be asked of it; so does tarn DATA",
                          [this] { return RunLook(); }),
@@ -733,6 +733,15 @@ class CommandLine {
         const CLI::App& command = *app_.get_subcommand("analyze");
         analyze_.study = StudyOf(command, analyze_.table.dataPath, analyze_.words.formula);
         return Analyze(analyze_);
+    }
+
+    ExitStatus RunRun() {
+        run_.study = StudyOf(*app_.get_subcommand("run"), "", "");
+        run_.study.command = "run";
+        for (const auto& [name, path] : {std::pair("plan", &run_.planPath), {"settings", &run_.settingsPath}}) {
+            if (!path->empty()) run_.study.options.push_back({name, *path});
+        }
+        return Run(run_);
     }
 
     ExitStatus RunLook() {

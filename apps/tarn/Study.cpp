@@ -9,6 +9,7 @@
 #include "host/JsonDocument.h"
 #include "host/NumberText.h"
 #include "host/TextList.h"
+#include "host/analysis/TableLook.h"
 #include "host/table/FieldDescriptor.h"
 
 namespace tarn {
@@ -65,13 +66,47 @@ std::string Shown(const Json& value) {
     return JoinList(texts);
 }
 
+/// The words of a study's option as they are typed.
+std::string WordsOf(const StudyOption& option) {
+    const std::string name = "--" + option.name;
+    const nlohmann::ordered_json& value = option.value;
+    if (value.is_boolean()) return value.get<bool>() ? name : "";
+    if (value.is_string()) return name + " " + ShellWord(value.get<std::string>());
+    if (!value.is_array()) return name + " " + ShellWord(value.dump());
+    std::vector<std::string> parts;
+    for (const auto& part : value) parts.push_back(part.is_string() ? part.get<std::string>() : part.dump());
+    return name + " " + ShellWord(JoinList(parts, ","));
+}
+
+Json OptionsJson(const Study& study) {
+    Json options = Json::object();
+    for (const StudyOption& option : study.options) options[option.name] = option.value;
+    return options;
+}
+
 }  // namespace
+
+std::string WordsOf(const Study& study) {
+    std::string request = "tarn " + study.command;
+    if (!study.dataPath.empty()) request += " " + ShellWord(study.dataPath);
+    if (!study.formula.empty()) request += " " + ShellWord(study.formula);
+    for (const StudyOption& option : study.options) {
+        if (const std::string words = WordsOf(option); !words.empty()) request += " " + words;
+    }
+    return request;
+}
+
+Json RequestOf(const Study& study) {
+    return {{"command", study.command},
+            {"words", WordsOf(study)},
+            {"formula", study.formula.empty() ? Json(nullptr) : Json(study.formula)},
+            {"options", OptionsJson(study)}};
+}
 
 std::string StudyText(const Study& study, const Table& table) {
     Json json{{"format", kStudyFormat}, {"tarn", TARN_VERSION}, {"data", DataOf(table, study.dataPath)}};
     if (!study.formula.empty()) json["formula"] = study.formula;
-    json["options"] = Json::object();
-    for (const StudyOption& option : study.options) json["options"][option.name] = option.value;
+    json["options"] = OptionsJson(study);
     return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 

@@ -24,10 +24,17 @@ struct Study {
     std::string formula;               ///< "" for none
     std::vector<StudyOption> options;  ///< in the order in which they were typed
     nlohmann::ordered_json data;       ///< what the table was; null before it is known
+    std::string command = "analyze";   ///< behind which it was typed
 };
 
 /// The text of a study with the table that it was made on.
 std::string StudyText(const Study& study, const Table& table);
+
+/// The same in a line that can be typed: "tarn analyze DATA.csv 'score ~ arm' --exact".
+std::string WordsOf(const Study& study);
+
+/// The same as the request of a record: what was typed behind the table.
+nlohmann::ordered_json RequestOf(const Study& study);
 
 /// Reads one. Throws an `InputError` for a file that is none.
 Study ReadStudy(const std::string& path);

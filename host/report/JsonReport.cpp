@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "host/report/JsonValues.h"
+#include "host/report/RunRecord.h"
 #include "host/report/SupplementJson.h"
 
 namespace tarn {
@@ -208,6 +209,8 @@ nlohmann::ordered_json JsonOf(const ResultReading& result, const MessageCatalogu
         entry.update(TableJson(table));
         json["descriptives"].push_back(std::move(entry));
     }
+    const std::string arithmetic(NameOf(document.arithmetic));
+    json["record"] = result.record ? RecordJson(*result.record, arithmetic) : Json(nullptr);
     return json;
 }
 
