@@ -18,6 +18,10 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
+// The formats of results, which have a study in their record.
+constexpr const char* kResultFormat = "tarn-result-2";
+constexpr const char* kPartsFormat = "tarn-parts-1";
+
 /// Of more categories a study keeps the number alone.
 constexpr std::size_t kMostCategories = 100;
 
@@ -49,6 +53,13 @@ const Json* Find(const Json& json, const char* key, Json::value_t type, const st
     if (found == json.end()) return nullptr;
     if (found->type() != type) Fail(path, std::string(key) + ": expected " + expected);
     return &*found;
+}
+
+/// The same where null, too, says that it isn't there.
+const Json* FindIfAny(const Json& json, const char* key, Json::value_t type, const std::string& path,
+                      const char* expected) {
+    const auto found = json.find(key);
+    return found == json.end() || found->is_null() ? nullptr : Find(json, key, type, path, expected);
 }
 
 bool IsOfOption(const Json& value) {
@@ -84,6 +95,71 @@ Json OptionsJson(const Study& study) {
     return options;
 }
 
+void ReadOptions(const Json& json, const std::string& path, Study& study) {
+    const Json* options = Find(json, "options", Json::value_t::object, path, "an object");
+    if (options == nullptr) return;
+    for (const auto& item : options->items()) {
+        if (!IsOfOption(item.value())) {
+            Fail(path, "options." + item.key() + ": expected a text, a number, true or a list of texts");
+        }
+        study.options.push_back({item.key(), item.value()});
+    }
+}
+
+Study StudyOfFile(const Json& json, const std::string& path) {
+    for (const auto& item : json.items()) {
+        static constexpr std::array<std::string_view, 5> kKeys{"format", "tarn", "data", "formula", "options"};
+        if (std::ranges::find(kKeys, item.key()) == kKeys.end()) {
+            Fail(path, Quoted(item.key()) + " is no key of a study; expected one of " + JoinList(kKeys));
+        }
+    }
+    Study study;
+    if (const Json* data = Find(json, "data", Json::value_t::object, path, "an object")) {
+        study.data = *data;
+        const Json* file = Find(*data, "file", Json::value_t::string, path, "the name of a table");
+        if (file != nullptr) study.dataPath = file->get<std::string>();
+    }
+    if (const Json* formula = Find(json, "formula", Json::value_t::string, path, "a text")) {
+        study.formula = formula->get<std::string>();
+    }
+    ReadOptions(json, path, study);
+    return study;
+}
+
+/// The name of the table that a result, or the first part that was tested, was made from; "" where it has none.
+std::string TableOfResult(const Json& result) {
+    static const Json::json_pointer kFile("/record/data/file");
+    static const Json::json_pointer kFileOfPart("/result/record/data/file");
+    if (result.contains(kFile) && result[kFile].is_string()) return result[kFile].get<std::string>();
+    const auto parts = result.find("parts");
+    if (parts == result.end() || !parts->is_array()) return "";
+    for (const Json& part : *parts) {
+        if (part.contains(kFileOfPart) && part[kFileOfPart].is_string()) return part[kFileOfPart].get<std::string>();
+    }
+    return "";
+}
+
+Study StudyOfResult(Json result, const std::string& path) {
+    const Json* const record = FindIfAny(result, "record", Json::value_t::object, path, "an object");
+    if (record == nullptr) {
+        Fail(path, "has no record of how it was made; expected a result that tarn analyze --format json wrote");
+    }
+    const Json* const request = FindIfAny(*record, "request", Json::value_t::object, path, "an object");
+    const auto command = request == nullptr ? Json() : request->value("command", Json());
+    if (command != "analyze") {
+        Fail(path, "record.request.command: " + (command.is_string() ? Quoted(command.get<std::string>()) : "none") +
+                       "; expected \"analyze\", a result that tarn analyze made");
+    }
+    Study study;
+    if (const Json* formula = FindIfAny(*request, "formula", Json::value_t::string, path, "a text")) {
+        study.formula = formula->get<std::string>();
+    }
+    ReadOptions(*request, path, study);
+    study.dataPath = TableOfResult(result);
+    study.result = std::move(result);
+    return study;
+}
+
 }  // namespace
 
 std::string WordsOf(const Study& study) {
@@ -112,35 +188,13 @@ std::string StudyText(const Study& study, const Table& table) {
 
 Study ReadStudy(const std::string& path) {
     ByteSource source(path);
-    const Json json = ReadJson(source);
+    Json json = ReadJson(source);
     const auto format = json.is_object() ? json.find("format") : json.end();
-    if (!json.is_object() || format == json.end() || *format != kStudyFormat) {
-        Fail(path, "is no study; expected a file that tarn analyze --save wrote");
+    if (json.is_object() && format != json.end()) {
+        if (*format == kResultFormat || *format == kPartsFormat) return StudyOfResult(std::move(json), path);
+        if (*format == kStudyFormat) return StudyOfFile(json, path);
     }
-    for (const auto& item : json.items()) {
-        static constexpr std::array<std::string_view, 5> kKeys{"format", "tarn", "data", "formula", "options"};
-        if (std::ranges::find(kKeys, item.key()) == kKeys.end()) {
-            Fail(path, Quoted(item.key()) + " is no key of a study; expected one of " + JoinList(kKeys));
-        }
-    }
-    Study study;
-    if (const Json* data = Find(json, "data", Json::value_t::object, path, "an object")) {
-        study.data = *data;
-        const Json* file = Find(*data, "file", Json::value_t::string, path, "the name of a table");
-        if (file != nullptr) study.dataPath = file->get<std::string>();
-    }
-    if (const Json* formula = Find(json, "formula", Json::value_t::string, path, "a text")) {
-        study.formula = formula->get<std::string>();
-    }
-    const Json* options = Find(json, "options", Json::value_t::object, path, "an object");
-    if (options == nullptr) return study;
-    for (const auto& item : options->items()) {
-        if (!IsOfOption(item.value())) {
-            Fail(path, "options." + item.key() + ": expected a text, a number, true or a list of texts");
-        }
-        study.options.push_back({item.key(), item.value()});
-    }
-    return study;
+    Fail(path, "is no study; expected a file that tarn analyze --save or --format json wrote");
 }
 
 std::vector<std::string> DifferencesFrom(const Json& data, const Table& table) {

@@ -93,9 +93,9 @@ TEST(RecordOfTheCommand, HashesTheDataAsUsedWhateverTheFile) {
         << "semicolons, decimal commas, another field";
     EXPECT_EQ(hash(folder.Write("c.csv", "g\ty\r\na\t1.50\r\nb\t2\r\na\tNULL\r\nb\t4e0\r\na\t3\r\n")), plain)
         << "tabs, other line ends, another text for what is missing";
-    EXPECT_EQ(hash(folder.Write("d.csv", "y,g,keep\n9,c,0\n1.5,a,1\n2,b,1\nNA,a,1\n4,b,1\n3,a,1\n"),
-                   {"--where", "keep = 1"}),
-              plain)
+    EXPECT_EQ(
+        hash(folder.Write("d.csv", "y,g,keep\n9,c,0\n1.5,a,1\n2,b,1\nNA,a,1\n4,b,1\n3,a,1\n"), {"--where", "keep = 1"}),
+        plain)
         << "a condition leaves the same records";
     EXPECT_NE(hash(folder.Write("e.csv", "y,g\n1.5,a\n2,b\nNA,a\n4,b\n3.5,a\n")), plain);
 }
@@ -142,6 +142,127 @@ TEST(RecordOfTheCommand, StandsWhereAReaderLooksForIt) {
     for (const char* const format : {"text", "csv", "xml", "md", "latex", "typst", "apa"}) {
         EXPECT_FALSE(shows({"--format", format})) << format;
     }
+}
+
+// ---- Once more ----
+
+/// A result in a file, to be run again.
+class RerunOfAResult : public testing::Test {
+ protected:
+    void Keep(Words words, const std::string& table = kSleep) {
+        words.insert(words.begin(), {"analyze", table});
+        words.insert(words.end(), {"--format", "json"});
+        const CommandResult result = RunTarn(words);
+        ASSERT_EQ(result.exitStatus, 0) << result.err;
+        folder.Write("result.json", result.out);
+    }
+    CommandResult Rerun(Words more = {}) {
+        more.insert(more.begin(), {"rerun", folder.Path("result.json")});
+        return RunTarn(more);
+    }
+    json Kept() const { return json::parse(harness::ReadFile(folder.Path("result.json"))); }
+
+    ScratchFolder folder;
+};
+
+TEST_F(RerunOfAResult, SaysThatItIsTheSame) {
+    for (const Words& words : {Words{"hours_after ~ arm", "--exact", "--where", "age > 40"},
+                               Words{"hours_after ~ arm", "--split", "sex", "--monte-carlo", "500", "--seed", "3"},
+                               Words{"--related", "hours_before,hours_after", "--weight", "visits", "--as-defined"},
+                               Words{"--one-sample", "all", "--brief"}}) {
+        Keep(words);
+        const CommandResult again = Rerun();
+        EXPECT_EQ(again.exitStatus, 0) << again.err;
+        EXPECT_TRUE(again.out.starts_with("same to the last digit: ")) << again.out;
+        EXPECT_EQ(again.out.find("another program"), std::string::npos) << again.out;
+        EXPECT_EQ(again.err, "");
+    }
+}
+
+TEST_F(RerunOfAResult, SaysWhichNumberWasAnother) {
+    Keep({"hours_after ~ sex", "--tests", "mann-whitney"});
+    json changed = Kept();
+    const double u = changed["tests"][0]["statistics"][0]["statistic"];
+    changed["tests"][0]["statistics"][0]["statistic"] = u + 0.5;
+    changed["record"]["version"] = "0.1.0";
+    folder.Write("result.json", changed.dump());
+    const CommandResult again = Rerun({"--format", "json"});
+    EXPECT_EQ(again.exitStatus, 3);
+    const json found = json::parse(again.out);
+    EXPECT_EQ(found.at("format"), "tarn-comparison-1");
+    EXPECT_EQ(found.at("same"), false);
+    EXPECT_EQ(found.at("changed"), (json::array({{{"of", "mann-whitney of hours_after by sex"},
+                                                  {"place", "statistics[0].statistic"},
+                                                  {"before", u + 0.5},
+                                                  {"after", u}}})));
+    EXPECT_EQ(found.at("program").at(0).at("what"), "version");
+    const CommandResult quiet = Rerun({"--quiet"});
+    EXPECT_EQ(quiet.exitStatus, 3);
+    EXPECT_EQ(quiet.out + quiet.err, "");
+}
+
+TEST_F(RerunOfAResult, SaysWhichFieldsOfAnotherTableAreOthers) {
+    const std::string first = folder.Write("first.csv", "y,g,z\n1,a,1\n2,b,2\n4,a,3\n3,b,4\n");
+    Keep({"y ~ g", "--tests", "mann-whitney"}, first);
+    // The same values of y and g, and another z.
+    EXPECT_EQ(Rerun({"--data", folder.Write("same.csv", "g;z;y\na;9;1,0\nb;9;2\na;9;4\nb;9;3\n")}).exitStatus, 0);
+    // The ranks are the same, so that the statistic is.
+    const CommandResult other = Rerun({"--data", folder.Write("other.csv", "y,g,z\n1,a,1\n2,b,2\n5,a,3\n3,b,4\n")});
+    EXPECT_EQ(other.exitStatus, 3);
+    EXPECT_NE(other.out.find("other data\n   SHA-256: "), std::string::npos) << other.out;
+    EXPECT_NE(other.out.find("\n   y, values: "), std::string::npos) << other.out;
+    EXPECT_EQ(other.out.find("\n   g, values: "), std::string::npos) << other.out;
+    EXPECT_EQ(other.out.find("statistics[0].statistic "), std::string::npos) << other.out;
+}
+
+TEST_F(RerunOfAResult, TakesMemoryAndWritesItsDocument) {
+    Keep({"age ~ sex", "--tests", "mann-whitney"});
+    const CommandResult again = Rerun({"--memory", "1G", "--out", folder.Path("again.xml")});
+    EXPECT_EQ(again.exitStatus, 0) << again.err;
+    EXPECT_NE(harness::ReadFile(folder.Path("again.xml")).find("IMannWhitneyU"), std::string::npos);
+    const CommandResult little = Rerun({"--memory", "1K"});
+    EXPECT_EQ(little.exitStatus, 2) << "as with analyze";
+    EXPECT_EQ(little.err, RunTarn({"analyze", kSleep, "age ~ sex", "--tests", "mann-whitney", "--memory", "1K"}).err);
+    EXPECT_EQ(Rerun({"--memory", "lots"}).err, "tarn: --memory: \"lots\"; expected a size like 8G or 512M\n");
+}
+
+TEST_F(RerunOfAResult, RefusesWhatItCannotRunAgain) {
+    const std::string path = folder.Path("result.json");
+    const auto refusal = [&](const json& result) {
+        folder.Write("result.json", result.dump());
+        const CommandResult refused = Rerun();
+        EXPECT_EQ(refused.exitStatus, 2);
+        return refused.err;
+    };
+    Keep({"age ~ sex", "--tests", "mann-whitney"});
+    const json kept = Kept();
+    json result = kept;
+    result["record"] = nullptr;
+    EXPECT_EQ(refusal(result), "tarn: " + path +
+                                   ": has no record of how it was made; expected a result that tarn analyze --format "
+                                   "json wrote\n");
+    result = kept;
+    result["record"]["request"]["command"] = "run";
+    EXPECT_EQ(refusal(result), "tarn: " + path +
+                                   ": record.request.command: \"run\"; expected \"analyze\", a result that tarn "
+                                   "analyze made\n");
+    result["record"]["request"] = nullptr;
+    EXPECT_EQ(
+        refusal(result),
+        "tarn: " + path + ": record.request.command: none; expected \"analyze\", a result that tarn analyze made\n");
+    result = kept;
+    result["record"]["request"]["options"]["tets"] = "sign";
+    EXPECT_EQ(refusal(result),
+              "tarn: " + path + ": options.tets: no option of tarn analyze that a study has; did you mean tests?\n");
+    result = kept;
+    result["record"]["data"]["file"] = nullptr;
+    EXPECT_EQ(refusal(result), "tarn: " + path + ": data.file: no table; expected it, or --data\n");
+    folder.Write("result.json", kept.dump());
+    EXPECT_EQ(Rerun({"--format", "csv"}).err, "tarn: --format: " + path +
+                                                  " is a result, which is compared; expected text or json, or a "
+                                                  "study\n");
+    EXPECT_EQ(Rerun({"--brief"}).exitStatus, 2);
+    EXPECT_EQ(Rerun({"--details"}).exitStatus, 2);
 }
 
 }  // namespace
