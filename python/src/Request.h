@@ -1,5 +1,6 @@
 #pragma once
 
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -26,6 +27,8 @@ class Request {
     /// The fields whose levels are given.
     std::vector<std::string> Levels() const;
     bool IsSplit() const { return isSplit_; }
+    /// What was asked for, as a record has it: without what no result depends on.
+    const nlohmann::ordered_json& Recorded() const { return recorded_; }
 
  private:
     SupplementOptions supplement_;
@@ -33,6 +36,7 @@ class Request {
     LoadOptions load_;
     WantedColumns columns_;
     bool isSplit_ = false;
+    nlohmann::ordered_json recorded_;
 };
 
 }  // namespace tarn
