@@ -20,11 +20,15 @@
 #include "apps/tarn/ProgressBar.h"
 #include "apps/tarn/ReportFiles.h"
 #include "host/InputError.h"
+#include "host/JsonDocument.h"
 #include "host/TestNames.h"
 #include "host/TextList.h"
 #include "host/TextTable.h"
 #include "host/WholeFile.h"
 #include "host/analysis/Analysis.h"
+#include "host/analysis/Record.h"
+#include "host/report/JsonReport.h"
+#include "host/report/ResultComparison.h"
 #include "host/words/AnalysisWords.h"
 
 namespace tarn {
@@ -53,6 +57,33 @@ void AddNotes(std::vector<std::string>& notes, const std::vector<std::string>& m
     }
 }
 
+bool IsCompared(const AnalyzeOptions& options) {
+    return !options.compared.is_null();
+}
+
+/// Says in what a result in JSON differs from the one that was given.
+ExitStatus ShowComparison(const std::string& json, const AnalyzeOptions& options) {
+    const ResultComparison comparison = CompareResults(options.compared, ParseJson(json, "result"));
+    const bool asJson = options.output.format == ReportFormat::kJson;
+    if (asJson || !options.output.quiet) {
+        PrintResult(asJson ? Written(ComparisonJson(comparison)) : ComparisonText(comparison));
+    }
+    return comparison.IsSame() ? ExitStatus::kDone : ExitStatus::kIsAnother;
+}
+
+/// Adds how a part was made to its result.
+void AddRecordOf(ResultReading& result, const AnalysisPart& part, const AnalyzeOptions& options,
+                 const AnalysisEnvironment& environment) {
+    if (!IsCompared(options) && !ShowsRecord(options.output, options.output.format.value_or(ReportFormat::kText)))
+        return;
+    const CaseRule rule = CaseRuleOf(part.table, part.options);
+    const Json request = RequestOf(options.study);
+    AddRecord(result,
+              {part.table, rule, WeightRule::kRounded, part.selection, request, WordsOf(options.study),
+               options.table.dataPath},
+              WorkShare(environment.threads, environment.isCancelled));
+}
+
 /// All records in one analysis.
 ExitStatus AnalyzeWhole(AnalysisPart part, const std::vector<std::string>& notes, const AnalyzeOptions& options,
                         Interrupt& interrupt) {
@@ -74,13 +105,16 @@ ExitStatus AnalyzeWhole(AnalysisPart part, const std::vector<std::string>& notes
     const std::string document = isKept ? outcome.document : std::string();
     ResultReading result = ReadAnalysis(std::move(outcome.document), part.options, environment);
     const bool isShown = format != ReportFormat::kText || !output.quiet;
-    if ((isShown && !isDocumentShown) || WantsReport(output))
+    if ((isShown && !isDocumentShown) || WantsReport(output) || IsCompared(options))
         SupplyFigures(result, part.table, part.options, options.supplement, environment);
+    AddRecordOf(result, part, options, environment);
     if (interrupt.IsAsked()) return TellMistake(kCancelledRun, ExitStatus::kRunFailed);
     const ReportSource source{result, &part.table, part.options, environment};
     const ReportFacts facts = WantsReport(output) ? FactsOf(options, allNotes) : ReportFacts();
     std::string report;
-    if (isShown && format == ReportFormat::kHtml) {
+    if (IsCompared(options)) {
+        report = Present(result, {ReportFormat::kJson, false}, allNotes);
+    } else if (isShown && format == ReportFormat::kHtml) {
         report = HtmlOfResult(source, facts);
     } else if (isShown && !isDocumentShown) {
         report = Present(result, {format, output.details}, allNotes);
@@ -88,6 +122,7 @@ ExitStatus AnalyzeWhole(AnalysisPart part, const std::vector<std::string>& notes
     WriteReports(output, source, facts);
     // Whatever else can fail has been done by now, but for the printing.
     if (!output.outPath.empty()) WriteWholeFile(output.outPath, document);
+    if (IsCompared(options)) return ShowComparison(report, options);
     // Text and JSON have a place for notes.
     if (!isShown || format == ReportFormat::kCsv || format == ReportFormat::kXml) TellNotes(allNotes);
     if (isShown) PrintResult(isDocumentShown ? document : report);
@@ -156,6 +191,7 @@ ResultPart ResultOf(AnalysisPart& part, const AnalyzeOptions& options, const Ana
         if (!options.output.outPath.empty()) document = outcome.document;
         result.result = ReadAnalysis(std::move(outcome.document), part.options, environment);
         SupplyFigures(*result.result, part.table, part.options, options.supplement, environment);
+        AddRecordOf(*result.result, part, options, environment);
     } catch (const InputError& mistake) {
         result.mistake = mistake.what();
     }
@@ -203,6 +239,7 @@ ExitStatus AnalyzeParts(std::vector<AnalysisPart> parts, std::vector<std::string
     const std::string page = PageOfParts(results, parts, notes, options);
     if (!options.output.outPath.empty()) WriteDocuments(results, documents, options.output.outPath);
     if (!options.output.reportPath.empty()) WriteWholeFile(options.output.reportPath, page);
+    if (IsCompared(options)) return ShowComparison(PresentParts(results, {ReportFormat::kJson, false}, notes), options);
     const ReportFormat format = options.output.format.value_or(ReportFormat::kText);
     if (format == ReportFormat::kCsv || (format == ReportFormat::kText && options.output.quiet)) {
         for (const ResultPart& part : results) {

@@ -22,14 +22,16 @@ struct AnalyzeOptions {
     std::string savePath;  ///< for the study; empty: none
     Study study;           ///< what was typed
     Json studiedData;      ///< what a study says of its table; null for none
+    Json compared;         ///< a result that this one is compared with instead of being shown; or null
 };
 
 /// The fields whose levels were typed.
 std::vector<std::string> LevelsOf(const AnalyzeOptions& options);
 
 /// `tarn analyze`: builds the request for the user, hands it to the engine as a host does, and shows the result as a
-/// table. Fails, with the results shown, where no test could be done. Throws an `InputError` for an input that can't be
-/// read or a wish that can't be met.
+/// table, or in what it differs from another one, and ends with `kIsAnother` where it does. Fails, with the results
+/// shown, where no test could be done. Throws an `InputError` for an input that can't be read or a wish that can't be
+/// met.
 ExitStatus Analyze(const AnalyzeOptions& options);
 
 /// `tarn tests`: the names of the tests, a line each.

@@ -10,7 +10,7 @@
 namespace tarn {
 
 /// How the command ends.
-enum class ExitStatus { kDone = 0, kRunFailed = 1, kWrongUsage = 2 };
+enum class ExitStatus { kDone = 0, kRunFailed = 1, kWrongUsage = 2, kIsAnother = 3 };
 
 /// What is said of a run that was cancelled, as of any that failed.
 inline constexpr const char* kCancelledRun = "the run failed with code 1: the run was cancelled";

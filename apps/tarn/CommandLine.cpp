@@ -300,8 +300,10 @@ std::size_t BytesTypedAs(const std::string& typed) {
     return static_cast<std::size_t>(*number * static_cast<double>(std::size_t{1} << (kBitsOfUnit * (place + 1))));
 }
 
+constexpr const char* kMemoryHelp = "What a table and a run may take, like 8G; half of the machine if not given";
+
 void AddMemory(Options& options, TableOptions& table) {
-    options.Text("--memory", "SIZE", "What a table and a run may take, like 8G; half of the machine if not given",
+    options.Text("--memory", "SIZE", kMemoryHelp,
                  [&](const std::string& typed) { table.memory = BytesTypedAs(typed); });
 }
 
@@ -509,7 +511,9 @@ Json StudyValueOf(const CLI::Option& option, const std::vector<std::string>& typ
 
 /// What was typed behind a command, in that order; behind it what holds where nothing was typed.
 Study StudyOf(const CLI::App& command, const std::string& dataPath, const std::string& formula) {
-    Study study{dataPath, formula, {}, {}};
+    Study study;
+    study.dataPath = dataPath;
+    study.formula = formula;
     std::vector<const CLI::Option*> options;
     for (const CLI::Option* const option : command.parse_order()) {
         if (std::ranges::find(options, option) == options.end()) options.push_back(option);
@@ -545,13 +549,20 @@ void AddArguments(const CLI::Option& option, const Json& value, std::vector<std:
 struct RerunOptions {
     std::string studyPath;
     std::string dataPath;
+    std::string memory;  ///< as it was typed
     OutputOptions output;
     bool brief = false;
 };
 
 void DescribeRerun(CLI::App& app, RerunOptions& rerun) {
-    AddArgument(app, "STUDY", rerun.studyPath, "A study that tarn analyze --save wrote");
-    Options(app, kTable).One("--data", rerun.dataPath, "FILE", "Another table than that of the study");
+    AddArgument(app, "STUDY", rerun.studyPath,
+                "A study that tarn analyze --save wrote, or a result of --format json, which is then compared");
+    Options table(app, kTable);
+    table.One("--data", rerun.dataPath, "FILE", "Another table than that of the study");
+    table.Text("--memory", "SIZE", kMemoryHelp, [&](const std::string& typed) {
+        static_cast<void>(BytesTypedAs(typed));  // a slip is told before anything is read
+        rerun.memory = typed;
+    });
     DescribeOutput(app, rerun.output, rerun.brief, "Write the result document there as well");
     DescribeReport(app, rerun.output);
 }
@@ -609,12 +620,14 @@ class CommandLine {
 
         DescribeAnalyze(Add("analyze", "Test fields of a table and show the results", [this] { return RunAnalyze(); }),
                         analyze_);
-        DescribeRun(Add("run", "Run tests on a table and write the result document", [this] { return Run(run_); }),
+        DescribeRun(Add("run", "Run tests on a table and write the result document", [this] { return RunRun(); }),
                     run_);
         DescribeLook(Add("look", "Show what a table holds and what can be asked of it; so does tarn DATA",
                          [this] { return RunLook(); }),
                      look_);
-        DescribeRerun(Add("rerun", "Analyze once more what --save kept", [this] { return Rerun(); }), rerun_);
+        DescribeRerun(Add("rerun", "Analyze once more what --save kept, or what made a result in JSON",
+                          [this] { return Rerun(); }),
+                      rerun_);
         Add("tests", "List the names of the tests", ListTests);
 
         DescribeVerify(Add("verify", "Check the numbers of this engine against published ones",
@@ -736,6 +749,15 @@ class CommandLine {
         return Analyze(analyze_);
     }
 
+    ExitStatus RunRun() {
+        run_.study = StudyOf(*app_.get_subcommand("run"), "", "");
+        run_.study.command = "run";
+        for (const auto& [name, path] : {std::pair("plan", &run_.planPath), {"settings", &run_.settingsPath}}) {
+            if (!path->empty()) run_.study.options.push_back({name, *path});
+        }
+        return Run(run_);
+    }
+
     ExitStatus RunLook() {
         const CLI::App& command = *app_.get_subcommand("look");
         for (const CLI::Option* const option : command.parse_order()) {
@@ -757,6 +779,8 @@ class CommandLine {
         for (const StudyOption& option : study.options)
             AddArguments(OptionOfStudy(option.name), option.value, arguments);
         const OutputOptions& output = rerun_.output;
+        if (!study.result.is_null()) CheckComparison(output);
+        if (!rerun_.memory.empty()) arguments.push_back("--memory=" + rerun_.memory);
         if (!output.outPath.empty()) arguments.push_back("--out=" + output.outPath);
         if (!output.reportPath.empty()) arguments.push_back("--report=" + output.reportPath);
         if (!output.plotPath.empty()) arguments.push_back("--plot=" + output.plotPath);
@@ -770,9 +794,20 @@ class CommandLine {
         if (!study.formula.empty()) arguments.push_back(study.formula);
         CommandLine line;
         line.analyze_.studiedData = study.data;
+        line.analyze_.compared = study.result;
         std::vector<const char*> words;
         for (const std::string& argument : arguments) words.push_back(argument.c_str());
         return line.Execute(static_cast<int>(words.size()), words.data());
+    }
+
+    /// A result is compared as a whole, and the comparison takes the place of what is shown otherwise.
+    void CheckComparison(const OutputOptions& output) const {
+        const std::string what = rerun_.studyPath + " is a result, which is compared; expected ";
+        if (output.format && *output.format != ReportFormat::kText && *output.format != ReportFormat::kJson) {
+            throw InputError("--format: " + what + "text or json, or a study");
+        }
+        if (output.details) throw InputError("--details: " + what + "no details, or a study");
+        if (rerun_.brief) throw InputError("--brief: " + what + "all of its figures, or a study");
     }
 
     const CLI::Option& OptionOfStudy(const std::string& name) const {

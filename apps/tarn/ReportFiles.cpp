@@ -13,7 +13,6 @@
 #include "host/InputError.h"
 #include "host/TextList.h"
 #include "host/WholeFile.h"
-#include "host/analysis/TableLook.h"
 #include "vocabulary/TestFacts.h"
 
 namespace tarn {
@@ -21,27 +20,6 @@ namespace tarn {
 namespace {
 
 constexpr const char* kStandardInput = "-";
-
-/// The words of a study's option as they are typed.
-std::string WordsOf(const StudyOption& option) {
-    const std::string name = "--" + option.name;
-    const Json& value = option.value;
-    if (value.is_boolean()) return value.get<bool>() ? name : "";
-    if (value.is_string()) return name + " " + ShellWord(value.get<std::string>());
-    if (!value.is_array()) return name + " " + ShellWord(value.dump());
-    std::vector<std::string> parts;
-    for (const auto& part : value) parts.push_back(part.is_string() ? part.get<std::string>() : part.dump());
-    return name + " " + ShellWord(JoinList(parts, ","));
-}
-
-std::string RequestOf(const Study& study) {
-    std::string request = "tarn analyze " + ShellWord(study.dataPath);
-    if (!study.formula.empty()) request += " " + ShellWord(study.formula);
-    for (const StudyOption& option : study.options) {
-        if (const std::string words = WordsOf(option); !words.empty()) request += " " + words;
-    }
-    return request;
-}
 
 /// Now, or the moment that a build that can be repeated gives in SOURCE_DATE_EPOCH, in seconds since 1970.
 std::string TimeText() {
@@ -105,12 +83,17 @@ bool WantsReport(const OutputOptions& output) {
            !output.plotFolder.empty();
 }
 
+bool ShowsRecord(const OutputOptions& output, ReportFormat format) {
+    return WantsReport(output) || format == ReportFormat::kJson || format == ReportFormat::kWorkbook ||
+           (format == ReportFormat::kText && output.details && !output.quiet);
+}
+
 ReportFacts FactsOf(const AnalyzeOptions& options, std::vector<std::string> notes) {
     ReportFacts facts;
     const bool isFile = options.table.dataPath != kStandardInput;
     facts.data = isFile ? options.table.dataPath : "standard input";
     if (isFile) facts.dataHash = "SHA-256 " + HashOfFile(options.table.dataPath);
-    facts.request = RequestOf(options.study);
+    facts.request = WordsOf(options.study);
     facts.time = TimeText();
     facts.program = "tarn " TARN_VERSION;
     facts.notes = std::move(notes);

@@ -11,6 +11,9 @@ namespace tarn {
 /// Whether the page of an analysis or a plot of it is asked for, in a file or on standard output.
 bool WantsReport(const OutputOptions& output);
 
+/// Whether what is shown, in that format, has a place for how it was made. What goes into a paper has none.
+bool ShowsRecord(const OutputOptions& output, ReportFormat format);
+
 /// What the page of an analysis says of it besides its results. Reads the file of the table for its hash.
 ReportFacts FactsOf(const AnalyzeOptions& options, std::vector<std::string> notes);
 

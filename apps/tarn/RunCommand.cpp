@@ -10,12 +10,14 @@
 #include "apps/tarn/Interrupt.h"
 #include "apps/tarn/OutputPaths.h"
 #include "apps/tarn/ProgressBar.h"
+#include "apps/tarn/ReportFiles.h"
 #include "host/ByteSource.h"
 #include "host/InputError.h"
 #include "host/Json.h"
 #include "host/JsonDocument.h"
 #include "host/WholeFile.h"
 #include "host/analysis/Analysis.h"
+#include "host/analysis/Record.h"
 #include "host/engine/KnownKeys.h"
 #include "host/engine/PassedOver.h"
 #include "host/engine/SettingsDocument.h"
@@ -34,9 +36,24 @@ bool TellPassedOver(const std::vector<std::string>& lines, bool strict) {
     return !strict || lines.empty();
 }
 
+/// A run with what it takes to say how it was made.
+struct FinishedRun {
+    AnalysisOutcome outcome;
+    Table table;
+    WeightRule weights;  ///< rounded on the way of a request, cut on that of a plan
+    Json request;
+};
+
+/// The request of a record: what was typed, and what the file holds.
+Json RecordedRequest(const RunOptions& options, const char* key, const Json& file) {
+    Json request = RequestOf(options.study);
+    request[key] = file;
+    return request;
+}
+
 // Each gives nothing if nothing was run.
 
-std::optional<AnalysisOutcome> RunPlanFile(const RunOptions& options, Interrupt& interrupt) {
+std::optional<FinishedRun> RunPlanFile(const RunOptions& options, Interrupt& interrupt) {
     ByteSource source(options.planPath);
     PlanSettings plan = ReadPlan(source);
     if (!TellPassedOver(plan.passedOver, options.strict)) return std::nullopt;
@@ -50,12 +67,14 @@ std::optional<AnalysisOutcome> RunPlanFile(const RunOptions& options, Interrupt&
         plan.settings.RemoveSetting(key, true);
         plan.settings.AddSetting(key, true);
     }
-    const Table table = LoadTableOf(options.table, plan.fields, true, interrupt);
+    FinishedRun run{{}, LoadTableOf(options.table, plan.fields, true, interrupt), WeightRule::kCut, {}};
     ProgressBar progress(!options.output.quiet);
-    return RunPlan(plan, table, EnvironmentOf(interrupt, progress, options.table));
+    run.outcome = RunPlan(plan, run.table, EnvironmentOf(interrupt, progress, options.table));
+    run.request = RecordedRequest(options, "plan", plan.document);
+    return run;
 }
 
-std::optional<AnalysisOutcome> RunSettingsFile(const RunOptions& options, Interrupt& interrupt) {
+std::optional<FinishedRun> RunSettingsFile(const RunOptions& options, Interrupt& interrupt) {
     ByteSource source(options.settingsPath);
     Json request = ReadJson(source);
     if (!request.is_object()) throw InputError(source.Name() + ": expected a JSON object with the keys of a request");
@@ -68,9 +87,22 @@ std::optional<AnalysisOutcome> RunSettingsFile(const RunOptions& options, Interr
     if (!TellPassedOver(passedOver, options.strict)) return std::nullopt;
     const auto userMissing = request.find(kUserMissing);
     const bool excludeUserMissing = userMissing != request.end() && *userMissing == kExclude;
-    const Table table = LoadTableOf(options.table, NamedFields(request), excludeUserMissing, interrupt);
+    FinishedRun run{{},
+                    LoadTableOf(options.table, NamedFields(request), excludeUserMissing, interrupt),
+                    WeightRule::kRounded,
+                    RecordedRequest(options, "settings", request)};
     ProgressBar progress(!options.output.quiet);
-    return RunRequest(request, source.Name(), table, EnvironmentOf(interrupt, progress, options.table));
+    run.outcome = RunRequest(request, source.Name(), run.table, EnvironmentOf(interrupt, progress, options.table));
+    return run;
+}
+
+/// Adds how it was made to the result of a run.
+void AddRecordOf(ResultReading& result, const FinishedRun& run, const RunOptions& options) {
+    const CaseRule rule = ListwiseRuleOf(result, run.table, run.weights);
+    const RecordSelection selection{run.table.RowCount(), {}, {}, {}};
+    AddRecord(result,
+              {run.table, rule, run.weights, selection, run.request, WordsOf(options.study), options.table.dataPath},
+              WorkShare(options.table.threads));
 }
 
 }  // namespace
@@ -84,10 +116,10 @@ ExitStatus Run(const RunOptions& options) {
                                             {"the plan", options.planPath},
                                             {"the request", options.settingsPath}});
     Interrupt interrupt;  // from the start, so that one that comes while the table is read counts as well
-    std::optional<AnalysisOutcome> ran =
+    std::optional<FinishedRun> ran =
         options.planPath.empty() ? RunSettingsFile(options, interrupt) : RunPlanFile(options, interrupt);
     if (!ran) return ExitStatus::kWrongUsage;
-    AnalysisOutcome& outcome = *ran;
+    AnalysisOutcome& outcome = ran->outcome;
     TellNotes(outcome.notes);
     const OutputOptions& output = options.output;
     const bool isStored = !output.outPath.empty();
@@ -99,7 +131,8 @@ ExitStatus Run(const RunOptions& options) {
     std::string report;
     std::string table;
     if ((isShown && !isDocumentShown) || isTableShown) {
-        const ResultReading result = ReadDocument(outcome.document, outcome.arithmetic);
+        ResultReading result = ReadDocument(outcome.document, outcome.arithmetic);
+        if (isShown && ShowsRecord(output, format)) AddRecordOf(result, *ran, options);
         if (isShown && !isDocumentShown) report = Present(result, {format, output.details}, {});
         if (isTableShown) table = PresentShortly(result);
     }

@@ -9,11 +9,16 @@
 #include "host/JsonDocument.h"
 #include "host/NumberText.h"
 #include "host/TextList.h"
+#include "host/analysis/TableLook.h"
 #include "host/table/FieldDescriptor.h"
 
 namespace tarn {
 
 namespace {
+
+// The formats of results, which have a study in their record.
+constexpr const char* kResultFormat = "tarn-result-2";
+constexpr const char* kPartsFormat = "tarn-parts-1";
 
 /// Of more categories a study keeps the number alone.
 constexpr std::size_t kMostCategories = 100;
@@ -48,6 +53,13 @@ const Json* Find(const Json& json, const char* key, Json::value_t type, const st
     return &*found;
 }
 
+/// The same where null, too, says that it isn't there.
+const Json* FindIfAny(const Json& json, const char* key, Json::value_t type, const std::string& path,
+                      const char* expected) {
+    const auto found = json.find(key);
+    return found == json.end() || found->is_null() ? nullptr : Find(json, key, type, path, expected);
+}
+
 bool IsOfOption(const Json& value) {
     const auto isText = [](const Json& each) { return each.is_string(); };
     return value.is_string() || value.is_number() || value.is_boolean() ||
@@ -63,23 +75,36 @@ std::string Shown(const Json& value) {
     return JoinList(texts);
 }
 
-}  // namespace
-
-std::string StudyText(const Study& study, const Table& table) {
-    Json json{{"format", kStudyFormat}, {"tarn", TARN_VERSION}, {"data", DataOf(table, study.dataPath)}};
-    if (!study.formula.empty()) json["formula"] = study.formula;
-    json["options"] = Json::object();
-    for (const StudyOption& option : study.options) json["options"][option.name] = option.value;
-    return json.dump(2) + "\n";
+/// The words of a study's option as they are typed.
+std::string WordsOf(const StudyOption& option) {
+    const std::string name = "--" + option.name;
+    const Json& value = option.value;
+    if (value.is_boolean()) return value.get<bool>() ? name : "";
+    if (value.is_string()) return name + " " + ShellWord(value.get<std::string>());
+    if (!value.is_array()) return name + " " + ShellWord(value.dump());
+    std::vector<std::string> parts;
+    for (const auto& part : value) parts.push_back(part.is_string() ? part.get<std::string>() : part.dump());
+    return name + " " + ShellWord(JoinList(parts, ","));
 }
 
-Study ReadStudy(const std::string& path) {
-    ByteSource source(path);
-    const Json json = ReadJson(source);
-    const auto format = json.is_object() ? json.find("format") : json.end();
-    if (!json.is_object() || format == json.end() || *format != kStudyFormat) {
-        Fail(path, "is no study; expected a file that tarn analyze --save wrote");
+Json OptionsJson(const Study& study) {
+    Json options = Json::object();
+    for (const StudyOption& option : study.options) options[option.name] = option.value;
+    return options;
+}
+
+void ReadOptions(const Json& json, const std::string& path, Study& study) {
+    const Json* options = Find(json, "options", Json::value_t::object, path, "an object");
+    if (options == nullptr) return;
+    for (const Json::Member& member : options->items()) {
+        if (!IsOfOption(member.value)) {
+            Fail(path, "options." + member.name + ": expected a text, a number, true or a list of texts");
+        }
+        study.options.push_back({member.name, member.value});
     }
+}
+
+Study StudyOfFile(const Json& json, const std::string& path) {
     for (const Json::Member& member : json.items()) {
         static constexpr std::array<std::string_view, 5> kKeys{"format", "tarn", "data", "formula", "options"};
         if (std::ranges::find(kKeys, member.name) == kKeys.end()) {
@@ -95,15 +120,91 @@ Study ReadStudy(const std::string& path) {
     if (const Json* formula = Find(json, "formula", Json::value_t::string, path, "a text")) {
         study.formula = formula->get<std::string>();
     }
-    const Json* options = Find(json, "options", Json::value_t::object, path, "an object");
-    if (options == nullptr) return study;
-    for (const Json::Member& member : options->items()) {
-        if (!IsOfOption(member.value)) {
-            Fail(path, "options." + member.name + ": expected a text, a number, true or a list of texts");
-        }
-        study.options.push_back({member.name, member.value});
-    }
+    ReadOptions(json, path, study);
     return study;
+}
+
+/// The table that a result was made from, as it was named; "" where it doesn't say.
+std::string FileOfRecord(const Json& result) {
+    const Json* place = &result;
+    for (const char* const key : {"record", "data", "file"}) {
+        const auto found = place->find(key);
+        if (found == place->end()) return "";
+        place = &*found;
+    }
+    return place->is_string() ? place->get<std::string>() : "";
+}
+
+/// That of the result, or of the first part that was tested.
+std::string TableOfResult(const Json& result) {
+    if (const std::string file = FileOfRecord(result); !file.empty()) return file;
+    const auto parts = result.find("parts");
+    if (parts == result.end() || !parts->is_array()) return "";
+    for (const Json& part : *parts) {
+        const auto ofPart = part.find("result");
+        const std::string file = ofPart == part.end() ? "" : FileOfRecord(*ofPart);
+        if (!file.empty()) return file;
+    }
+    return "";
+}
+
+Study StudyOfResult(Json result, const std::string& path) {
+    const Json* const record = FindIfAny(result, "record", Json::value_t::object, path, "an object");
+    if (record == nullptr) {
+        Fail(path, "has no record of how it was made; expected a result that tarn analyze --format json wrote");
+    }
+    const Json* const request = FindIfAny(*record, "request", Json::value_t::object, path, "an object");
+    const bool hasCommand = request != nullptr && request->contains("command");
+    const Json command = hasCommand ? (*request)["command"] : Json();
+    if (command != "analyze") {
+        Fail(path, "record.request.command: " + (command.is_string() ? Quoted(command.get<std::string>()) : "none") +
+                       "; expected \"analyze\", a result that tarn analyze made");
+    }
+    Study study;
+    if (const Json* formula = FindIfAny(*request, "formula", Json::value_t::string, path, "a text")) {
+        study.formula = formula->get<std::string>();
+    }
+    ReadOptions(*request, path, study);
+    study.dataPath = TableOfResult(result);
+    study.result = std::move(result);
+    return study;
+}
+
+}  // namespace
+
+std::string WordsOf(const Study& study) {
+    std::string request = "tarn " + study.command;
+    if (!study.dataPath.empty()) request += " " + ShellWord(study.dataPath);
+    if (!study.formula.empty()) request += " " + ShellWord(study.formula);
+    for (const StudyOption& option : study.options) {
+        if (const std::string words = WordsOf(option); !words.empty()) request += " " + words;
+    }
+    return request;
+}
+
+Json RequestOf(const Study& study) {
+    return {{"command", study.command},
+            {"words", WordsOf(study)},
+            {"formula", study.formula.empty() ? Json(nullptr) : Json(study.formula)},
+            {"options", OptionsJson(study)}};
+}
+
+std::string StudyText(const Study& study, const Table& table) {
+    Json json{{"format", kStudyFormat}, {"tarn", TARN_VERSION}, {"data", DataOf(table, study.dataPath)}};
+    if (!study.formula.empty()) json["formula"] = study.formula;
+    json["options"] = OptionsJson(study);
+    return json.dump(2) + "\n";
+}
+
+Study ReadStudy(const std::string& path) {
+    ByteSource source(path);
+    Json json = ReadJson(source);
+    const auto format = json.is_object() ? json.find("format") : json.end();
+    if (json.is_object() && format != json.end()) {
+        if (*format == kResultFormat || *format == kPartsFormat) return StudyOfResult(std::move(json), path);
+        if (*format == kStudyFormat) return StudyOfFile(json, path);
+    }
+    Fail(path, "is no study; expected a file that tarn analyze --save or --format json wrote");
 }
 
 std::vector<std::string> DifferencesFrom(const Json& data, const Table& table) {

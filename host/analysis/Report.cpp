@@ -14,6 +14,7 @@
 #include "host/report/HtmlReport.h"
 #include "host/report/JsonReport.h"
 #include "host/report/PageNumbers.h"
+#include "host/report/RecordFacts.h"
 #include "host/report/ResultPage.h"
 
 namespace tarn {
@@ -147,7 +148,8 @@ void AddMethods(const ReportSource& source, HtmlSource& html) {
 
 // ---- Record ----
 
-void AddFacts(const ReportFacts& facts, HtmlSource& html) {
+/// `program`: by what the result was made, some of which the page says elsewhere.
+void AddFacts(const ReportFacts& facts, const std::vector<PageFact>& program, HtmlSource& html) {
     const auto add = [&](const char* title, const std::string& text) {
         if (!text.empty()) html.record.push_back({title, text});
     };
@@ -155,7 +157,10 @@ void AddFacts(const ReportFacts& facts, HtmlSource& html) {
     add("Table", facts.data);
     add("Hash of the table", facts.dataHash);
     add("Made", facts.time);
-    add("Program", facts.program);
+    add(kProgramFact, facts.program);
+    for (const PageFact& fact : program) {
+        if (fact.title != kProgramFact && fact.title != kRequestFact) html.record.push_back(fact);
+    }
     std::vector<std::string> parts;
     for (const std::string* part : {&facts.data, &facts.time, &facts.program}) AddOnce(parts, *part);
     html.subtitle = JoinList(parts, " · ");
@@ -203,7 +208,7 @@ std::string HtmlOfResult(const ReportSource& source, const ReportFacts& facts) {
     html.runs.push_back(RunOf(source, page, "", page.tests.size()));
     html.plotsRemark = PlotsRemark(source.table != nullptr, page.tests.size());
     AddMethods(source, html);
-    AddFacts(facts, html);
+    AddFacts(facts, page.program, html);
     html.json = JsonOf(source.result, texts, facts.notes).dump();
     return HtmlReport(html);
 }
@@ -236,7 +241,7 @@ std::string HtmlOfParts(const std::vector<ReportPart>& parts, const AnalysisOpti
         html.runs.push_back(std::move(run));
     }
     html.plotsRemark = PlotsRemark(hasTable, tests);
-    AddFacts(facts, html);
+    AddFacts(facts, page.program, html);
     html.json = PartsJson(results, *environment.texts, facts.notes);
     return HtmlReport(html);
 }

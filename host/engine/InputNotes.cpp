@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string_view>
 #include <unordered_map>
 
@@ -18,9 +19,6 @@
 namespace tarn {
 
 namespace {
-
-/// A run is refused for a larger one.
-constexpr double kLargestWeight = 2147483647;
 
 /// As many digits as a sum of decimal weights has without its rounding errors.
 std::string Number(double number) {
@@ -36,35 +34,16 @@ std::string Records(std::size_t count) {
 }  // namespace
 
 std::string WeightNote(const Table& table, WeightRule rule) {
-    if (table.WeightIndex() == Table::kNoColumn) return "";
-    std::size_t changed = 0;
-    std::size_t missing = 0;
-    std::size_t negative = 0;
-    std::size_t vanished = 0;
-    std::size_t zero = 0;
-    double before = 0;
-    double after = 0;
-    for (const double weight : table.Cells(static_cast<std::size_t>(table.WeightIndex()))) {
-        if (weight == kMissingNumber) {
-            ++missing;
-            continue;
-        }
-        before += weight;
-        if (weight < 0) ++negative;
-        if (weight < 0 && rule == WeightRule::kRounded) continue;
-        const double used = rule == WeightRule::kRounded ? std::round(weight) : std::trunc(weight);
-        after += used <= kLargestWeight ? used : 0;
-        if (weight == 0) ++zero;
-        if (used == weight) continue;
-        ++(used == 0 ? vanished : changed);
-    }
+    const std::optional<WeightCounts> counts = CountWeights(table, rule);
+    if (!counts) return "";
+    const auto& [field, used, changed, vanished, zero, negative, missing, before, after] = *counts;
     if (changed + missing + negative + vanished + zero == 0) return "";
-    const std::string verb = rule == WeightRule::kRounded ? " rounded" : " cut";
+    const bool areDropped = used == WeightRule::kRounded;
+    const std::string verb = areDropped ? " rounded" : " cut";
     std::vector<std::string> parts;
     if (changed > 0) parts.push_back(Records(changed) + verb + " to whole numbers");
     if (vanished > 0) parts.push_back(Records(vanished) + verb + " to 0");
     if (zero > 0) parts.push_back(Records(zero) + " of weight 0");
-    const bool areDropped = rule == WeightRule::kRounded;
     if (negative > 0) {
         parts.push_back(Records(negative) + " with a negative weight" +
                         (areDropped ? " left out" : ", which is subtracted"));
@@ -74,7 +53,6 @@ std::string WeightNote(const Table& table, WeightRule rule) {
             Records(missing) + " without a weight" +
             (areDropped ? " left out" : ", which the engine takes for -2147483648, so that no count with it is right"));
     }
-    const std::string& field = table.Columns()[static_cast<std::size_t>(table.WeightIndex())].name;
     return "weights of " + field + ": " + JoinList(parts, ", ") + ", of " +
            Number(static_cast<double>(table.RowCount())) + " in all; the weights add up to " + Number(before) +
            " and count as " + Number(after);

@@ -5,12 +5,9 @@
 
 #include "host/table/Table.h"
 #include "host/table/TableLoader.h"
+#include "host/table/WeightCounts.h"
 
 namespace tarn {
-
-/// What becomes of frequency weights: rounded to the nearest whole number on the way of a request, cut towards zero by
-/// the engine itself on that of a plan.
-enum class WeightRule { kRounded, kCut };
 
 /// How many records have weights that were changed or don't count, and what the weights add up to before and after; ""
 /// where every weight counts as it stands, or where there are none.

@@ -98,7 +98,7 @@ void AddTests(PlanSettings& plan, const Json& tests, const Converter& convert) {
 }  // namespace
 
 PlanSettings ReadPlan(ByteSource& source) {
-    const Json document = ReadJson(source);
+    Json document = ReadJson(source);
     if (!document.is_object()) throw InputError(source.Name() + ": expected a JSON object with the key \"tests\"");
     const Converter convert(source.Name());
     PlanSettings plan;
@@ -111,6 +111,7 @@ PlanSettings ReadPlan(ByteSource& source) {
         }
     }
     plan.passedOver = PassedOverInPlan(document, source.Name());
+    plan.document = std::move(document);
     return plan;
 }
 

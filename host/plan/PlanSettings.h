@@ -16,6 +16,7 @@ struct PlanSettings {
     NamedFields fields;
     /// What the document says and the engine passes over, a line each.
     std::vector<std::string> passedOver;
+    Json document;  ///< the plan as it was read
 };
 
 /// Reads a plan: a JSON object whose keys become settings in the order written. Its key "tests" holds an array of

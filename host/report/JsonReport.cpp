@@ -4,6 +4,7 @@
 
 #include "host/Json.h"
 #include "host/report/JsonValues.h"
+#include "host/report/RunRecord.h"
 #include "host/report/SupplementJson.h"
 
 namespace tarn {
@@ -205,6 +206,8 @@ Json JsonOf(const ResultReading& result, const MessageCatalogue& texts, const st
         entry.update(TableJson(table));
         json["descriptives"].push_back(std::move(entry));
     }
+    const std::string arithmetic(NameOf(document.arithmetic));
+    json["record"] = result.record ? RecordJson(*result.record, arithmetic) : Json(nullptr);
     return json;
 }
 

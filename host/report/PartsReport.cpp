@@ -9,6 +9,7 @@
 #include "host/report/CsvReport.h"
 #include "host/report/JsonReport.h"
 #include "host/report/JsonValues.h"
+#include "host/report/RecordFacts.h"
 
 namespace tarn {
 
@@ -75,15 +76,27 @@ std::string TakeRow(const std::string& csv, std::size_t& place) {
 
 }  // namespace
 
+const RunRecord* RecordOfAny(const std::vector<ResultPart>& parts) {
+    const auto recorded =
+        std::ranges::find_if(parts, [](const ResultPart& part) { return part.result && part.result->record; });
+    return recorded == parts.end() ? nullptr : recorded->result->record.get();
+}
+
 std::string PartsText(const std::vector<ResultPart>& parts, const MessageCatalogue& texts, const TextStyle& style,
                       const std::vector<std::string>& notes) {
     std::string text = SummaryTable(parts);
     for (const ResultPart& part : parts) {
         text += "\n" + (style.hasColour ? "\033[1m" + part.Name() + "\033[0m" : "== " + part.Name()) + "\n\n";
-        text += part.result ? TextReport(*part.result, texts, style, part.notes) : "not done: " + part.mistake + "\n";
+        if (!part.result) {
+            text += "not done: " + part.mistake + "\n";
+            continue;
+        }
+        text += TextOfTests(*part.result, texts, style, part.notes);
+        if (part.result->record) text += RecordText(DataFacts(*part.result->record));
     }
     for (const std::string& note : notes) text += (&note == &notes.front() ? "\nNote: " : "Note: ") + note + "\n";
-    return text;
+    const RunRecord* const record = RecordOfAny(parts);
+    return record == nullptr ? text : text + RecordText(ProgramFacts(*record));
 }
 
 std::string PartsJson(const std::vector<ResultPart>& parts, const MessageCatalogue& texts,
@@ -93,6 +106,8 @@ std::string PartsJson(const std::vector<ResultPart>& parts, const MessageCatalog
               {"notes", notes},
               {"summary", Json::array()},
               {"parts", Json::array()}};
+    const RunRecord* const record = RecordOfAny(parts);
+    json["record"] = record == nullptr ? Json(nullptr) : ProgramJson(*record);
     const PartsPValues pValues(parts);
     std::size_t place = 0;
     for (const ResultPart& part : parts) {

@@ -21,6 +21,9 @@ struct ResultPart {
     std::string Name() const { return field + " = " + category; }
 };
 
+/// The record of the first part that was tested, which says of the program what those of the others do; null for none.
+const RunRecord* RecordOfAny(const std::vector<ResultPart>& parts);
+
 /// A table of all tests of all parts, with their significances adjusted for their number by Holm's method; then the
 /// blocks of each part under its name. `notes` are sentences on all parts.
 std::string PartsText(const std::vector<ResultPart>& parts, const MessageCatalogue& texts, const TextStyle& style,

@@ -11,6 +11,7 @@
 #include "host/report/PageNumbers.h"
 #include "host/report/PageTables.h"
 #include "host/report/PageText.h"
+#include "host/report/RecordFacts.h"
 
 namespace tarn {
 
@@ -251,8 +252,17 @@ std::vector<PageFact> RecordOf(const ResultReading& result) {
     if (document.arithmetic != ArithmeticMode::kUnknown) {
         record.push_back({"Arithmetic", document.arithmetic == ArithmeticMode::kExtended ? "extended" : "as defined"});
     }
+    if (result.record) {
+        for (PageFact& fact : DataFacts(*result.record)) record.push_back(std::move(fact));
+    }
     std::erase_if(record, [](const PageFact& fact) { return fact.text.empty(); });
     return record;
+}
+
+std::vector<PageFact> ProgramOf(const RunRecord& record) {
+    std::vector<PageFact> facts = ProgramFacts(record);
+    MakeOneLine(facts);
+    return facts;
 }
 
 void MakeAllOneLine(std::vector<std::string>& texts) {
@@ -268,6 +278,7 @@ ResultPage PageOf(const ResultReading& result, const MessageCatalogue& texts, co
     page.notes = notes;
     MakeAllOneLine(page.notes);
     page.record = RecordOf(result);
+    if (result.record) page.program = ProgramOf(*result.record);
     page.hasManyTests = page.tests.size() >= kFewestForSummary;
     if (page.tests.empty()) return page;
     std::vector<SummaryRow> rows;
@@ -304,6 +315,7 @@ PartsPage PageOf(const std::vector<ResultPart>& parts, const MessageCatalogue& t
         }
     }
     if (rows.empty()) return page;
+    if (const RunRecord* const record = RecordOfAny(parts)) page.program = ProgramOf(*record);
     const Summary summary(rows);
     const auto done = std::ranges::count_if(pValues, [](double p) { return !std::isnan(p); });
     std::vector<AdjustedColumn> adjusted;

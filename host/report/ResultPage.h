@@ -26,6 +26,7 @@ struct ResultPage {
     std::vector<std::string> notes;  ///< on the whole run, as sentences
     /// What a reader needs to know to make the run again: cases, levels, missing values, arithmetic, engine.
     std::vector<PageFact> record;
+    std::vector<PageFact> program;  ///< by what it was made; empty for a stored document
 };
 
 /// `notes` are sentences on the whole run.
@@ -45,6 +46,7 @@ struct PartsPage {
     PageTable summary;  ///< a row for each test of each part, adjusted for the number of all by Holm's method
     std::vector<PartPage> parts;
     std::vector<std::string> notes;  ///< on all parts
+    std::vector<PageFact> program;   ///< by what all parts were made
 };
 
 PartsPage PageOf(const std::vector<ResultPart>& parts, const MessageCatalogue& texts,

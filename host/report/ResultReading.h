@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -9,6 +10,8 @@
 #include "host/report/TestReading.h"
 
 namespace tarn {
+
+struct RunRecord;
 
 /// What a document says of one of its fields: statistics by their names, and how often its values occur.
 struct FieldReading {
@@ -26,6 +29,7 @@ struct ResultReading {
     TestFamilyPValues family;  ///< the tests' significances, adjusted for their number
     Number sigLevel;
     Number confidenceLevel;
+    std::shared_ptr<const RunRecord> record;  ///< how it was made; null for a stored document
 };
 
 /// Reads a document in the language of `texts`.

@@ -5,10 +5,13 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 #include "host/NumberText.h"
 #include "host/TextTable.h"
 #include "host/report/AdjustedPValues.h"
+#include "host/report/PageText.h"
+#include "host/report/RecordFacts.h"
 #include "host/report/ResultPage.h"
 #include "host/report/Scales.h"
 #include "host/report/SupplementText.h"
@@ -406,8 +409,8 @@ std::string PText(const std::string& value, bool isBound) {
     return isBound ? "> " + text : text;
 }
 
-std::string TextReport(const ResultReading& result, const MessageCatalogue& texts, const TextStyle& style,
-                       const std::vector<std::string>& notes) {
+std::string TextOfTests(const ResultReading& result, const MessageCatalogue& texts, const TextStyle& style,
+                        const std::vector<std::string>& notes) {
     const std::vector<TestReading>& readings = result.tests;
     if (readings.empty()) return kNoTest;
     std::string text;
@@ -421,6 +424,25 @@ std::string TextReport(const ResultReading& result, const MessageCatalogue& text
     text += ArithmeticLine(result.document.arithmetic);
     for (const std::string& note : notes) text += (&note == &notes.front() ? "\nNote: " : "Note: ") + note + "\n";
     return text;
+}
+
+std::string RecordText(const std::vector<PageFact>& facts) {
+    std::string text;
+    for (const PageFact& fact : facts) {
+        std::string line = fact.title + ": " + fact.text;
+        MakeOneLine(line);
+        text += kIndent + line + "\n";
+    }
+    return text.empty() ? "" : "\nRecord\n" + text;
+}
+
+std::string TextReport(const ResultReading& result, const MessageCatalogue& texts, const TextStyle& style,
+                       const std::vector<std::string>& notes) {
+    std::string text = TextOfTests(result, texts, style, notes);
+    if (!result.record) return text;
+    std::vector<PageFact> facts = DataFacts(*result.record);
+    for (PageFact& fact : ProgramFacts(*result.record)) facts.push_back(std::move(fact));
+    return text + RecordText(facts);
 }
 
 std::string ShortReport(const ResultReading& result, const MessageCatalogue& texts) {

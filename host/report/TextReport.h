@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "host/report/ResultReading.h"
+#include "host/report/TestPage.h"
 
 namespace tarn {
 
@@ -17,9 +18,16 @@ struct TextStyle {
 
 /// A block for each test as an analyst would paste it into a report: its question, what it found, how sure that is,
 /// and what it remarks. From five tests on a table of all of them stands in front, with significances adjusted for
-/// their number. `notes` are sentences on the whole run, which stand last.
+/// their number. `notes` are sentences on the whole run. How it was made stands last.
 std::string TextReport(const ResultReading& result, const MessageCatalogue& texts, const TextStyle& style,
                        const std::vector<std::string>& notes = {});
+
+/// The same without the record.
+std::string TextOfTests(const ResultReading& result, const MessageCatalogue& texts, const TextStyle& style,
+                        const std::vector<std::string>& notes = {});
+
+/// The lines of a record under its heading; "" for none.
+std::string RecordText(const std::vector<PageFact>& facts);
 
 /// One line for each test in one table, adjusted significances from five tests on, then what the tests remark.
 std::string ShortReport(const ResultReading& result, const MessageCatalogue& texts);

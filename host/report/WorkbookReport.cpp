@@ -121,7 +121,7 @@ class Sheets {
     void Add(const ResultPage& page, const std::string& part) {
         for (const TestPage& test : page.tests) AddTest(test, part);
         if (!page.familyLine.empty()) AddNote(nullptr, part, "Family", page.title + ": " + page.familyLine);
-        for (const PageFact& fact : page.record) AddNote(nullptr, part, fact.title, fact.text);
+        AddRecord(page.record, part);
         for (const std::string& note : page.notes) AddNote(nullptr, part, "Note", note);
     }
 
@@ -131,11 +131,20 @@ class Sheets {
         notes_.Put("text", text);
     }
 
+    void AddRecord(const std::vector<PageFact>& facts, const std::string& part) {
+        for (const PageFact& fact : facts) {
+            Begin(record_, nullptr, part);
+            record_.Put("what", fact.title);
+            record_.Put("text", fact.text);
+        }
+    }
+
     void WriteTo(lxw_workbook* workbook) const {
         lxw_format* const bold = workbook_add_format(workbook);
         if (bold == nullptr) throw InputError(std::string(kCannot) + "not enough memory");
         format_set_bold(bold);
-        for (const Sheet* sheet : {&summary_, &groups_, &counts_, &statistics_, &effects_, &comparisons_, &notes_}) {
+        for (const Sheet* sheet :
+             {&summary_, &groups_, &counts_, &statistics_, &effects_, &comparisons_, &notes_, &record_}) {
             if (!sheet->IsEmpty() || sheet == &summary_) sheet->WriteTo(workbook, bold);
         }
     }
@@ -248,6 +257,7 @@ class Sheets {
     Sheet effects_{"Effects"};
     Sheet comparisons_{"Comparisons"};
     Sheet notes_{"Notes"};
+    Sheet record_{"Record"};
 };
 
 /// A file that is there for as long as this; the library can write to files alone.
@@ -289,6 +299,7 @@ std::string WorkbookReport(const ResultPage& page) {
     Sheets sheets;
     sheets.AddSummary(page.summary);
     sheets.Add(page, "");
+    sheets.AddRecord(page.program, "");
     return Written(sheets);
 }
 
@@ -303,6 +314,7 @@ std::string WorkbookReport(const PartsPage& page) {
         }
     }
     for (const std::string& note : page.notes) sheets.AddNote(nullptr, "", "Note", note);
+    sheets.AddRecord(page.program, "");
     return Written(sheets);
 }
 

@@ -132,6 +132,7 @@ class WordedAnalysis::Resolution {
         // Where other tables are made of it, what there is to know of the one that was read is said for all of them.
         const bool isRemade = asked_.where_ || !words_.split.empty() || !words_.within.empty();
         if (isRemade) notes.insert(notes.end(), table_.Notes().begin(), table_.Notes().end());
+        selection_.ofTable = table_.RowCount();
         ResolveNames();
         CheckGroups();
         Arrange();
@@ -148,6 +149,7 @@ class WordedAnalysis::Resolution {
                 part.options.against = field;
             part.options.caseId.clear();
             part.notes.insert(part.notes.end(), wide.notes.begin(), wide.notes.end());
+            part.selection.placeless = wide.placeless;
         }
         notes.insert(notes.end(), names_.Notes().begin(), names_.Notes().end());
         notes.insert(notes.end(), notes_.begin(), notes_.end());
@@ -292,6 +294,7 @@ class WordedAnalysis::Resolution {
         if (records.empty()) {
             throw InputError(what + ": is true of none of " + std::to_string(table_.RowCount()) + " records");
         }
+        selection_.byCondition = table_.RowCount() - records.size();
         notes_.push_back(what + " keeps " + Share(records.size(), table_.RowCount()));
         table_ = RecordsOf(table_, records);
     }
@@ -299,7 +302,7 @@ class WordedAnalysis::Resolution {
     std::vector<AnalysisPart> Split() {
         std::vector<AnalysisPart> parts;
         if (words_.split.empty()) {
-            parts.push_back({{}, {}, std::move(table_), options_, {}});
+            parts.push_back({{}, {}, std::move(table_), options_, {}, selection_});
             return parts;
         }
         CheckSplit();
@@ -323,7 +326,8 @@ class WordedAnalysis::Resolution {
         for (std::size_t i = 0; i < records.size(); ++i) {
             if (records[i].empty()) continue;
             const std::string category = ShownCategory(column, column.categories[i]);
-            parts.push_back({words_.split, category, RecordsOf(table_, records[i]), options_, {}});
+            parts.push_back({words_.split, category, RecordsOf(table_, records[i]), options_, {}, selection_});
+            parts.back().selection.bySplit = table_.RowCount() - records[i].size();
             parts.back().notes.push_back(Share(records[i].size(), table_.RowCount()));
         }
         if (parts.empty()) throw InputError("--split: " + words_.split + " has no value");
@@ -354,6 +358,7 @@ class WordedAnalysis::Resolution {
     Table table_;
     FieldNames names_;
     std::vector<std::string> notes_;
+    RecordSelection selection_;
 };
 
 std::vector<AnalysisPart> WordedAnalysis::PartsOf(Table table, const std::vector<std::string>& levels,

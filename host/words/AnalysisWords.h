@@ -6,6 +6,7 @@
 
 #include "host/engine/AnalysisRequest.h"
 #include "host/engine/NamedFields.h"
+#include "host/table/RecordSelection.h"
 #include "host/table/Table.h"
 #include "host/words/Condition.h"
 #include "host/words/Formula.h"
@@ -36,6 +37,7 @@ struct AnalysisPart {
     Table table;
     AnalysisOptions options;
     std::vector<std::string> notes;  ///< of this part, as sentences
+    RecordSelection selection = {};  ///< of the table's records to those of the part
 };
 
 /// An analysis with its words. Mistakes in the words themselves are found before the table is read.

@@ -41,6 +41,7 @@ class Widening {
         wide.table = Table(Columns(wide.fields));
         Fill(wide.table);
         wide.notes = Notes(wide.table);
+        wide.placeless = placeless_;
         CheckPairs();
         return wide;
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,7 @@ struct WideTable {
     Table table;
     std::vector<std::string> fields;
     std::vector<std::string> notes;  ///< how many subjects are complete, and which ones are not, as sentences
+    std::size_t placeless = 0;       ///< records without a subject or a condition, which are left out
 };
 
 /// Subjects stand in the order of their first records. A field of weights comes along and has to be the same in all

@@ -10,6 +10,7 @@
 #include "host/JsonDocument.h"
 #include "host/TextList.h"
 #include "host/analysis/Analysis.h"
+#include "host/analysis/Record.h"
 #include "host/engine/KnownKeys.h"
 #include "host/engine/PassedOver.h"
 #include "host/engine/SettingsDocument.h"
@@ -81,6 +82,7 @@ Report::Supply LaterSupply(std::shared_ptr<const KeptTable> kept, const Suppleme
 
 /// How the parts of a request are analysed.
 struct Manner {
+    const Json& request;
     const SupplementOptions& supplement;
     const AnalysisEnvironment& environment;
     bool isLater = false;
@@ -100,8 +102,10 @@ Report AnalyzeWhole(AnalysisPart part, std::vector<std::string> notes, const Man
         SupplyFigures(reading, kept->Part().table, kept->Part().options, manner.supplement, manner.environment);
         supply = nullptr;
     }
-    return {std::move(reading),         std::move(outcome.document), std::move(notes),
-            std::move(outcome.remarks), std::move(supply),           {kept}};
+    return {std::move(reading), std::move(outcome.document),
+            std::move(notes),   std::move(outcome.remarks),
+            std::move(supply),  {kept},
+            manner.request};
 }
 
 /// Analyses one part and returns its document. What can't be done with it is told at its place.
@@ -129,8 +133,8 @@ std::string AnalyzePart(AnalysisPart& part, ResultPart& result, const Supplement
     return "";
 }
 
-Report AnalyzeParts(std::vector<AnalysisPart> parts, std::vector<std::string> notes,
-                    const SupplementOptions& supplement, const AnalysisEnvironment& environment) {
+Report AnalyzeParts(std::vector<AnalysisPart> parts, std::vector<std::string> notes, const Manner& manner) {
+    const AnalysisEnvironment& environment = manner.environment;
     std::vector<ResultPart> results;
     std::vector<std::string> documents;
     Report::Tables tables;
@@ -139,7 +143,7 @@ Report AnalyzeParts(std::vector<AnalysisPart> parts, std::vector<std::string> no
         ofPart.onProgress = [&environment, done = results.size(), all = parts.size()](double percent) {
             environment.onProgress((100.0 * static_cast<double>(done) + percent) / static_cast<double>(all));
         };
-        documents.push_back(AnalyzePart(part, results.emplace_back(), supplement, ofPart));
+        documents.push_back(AnalyzePart(part, results.emplace_back(), manner.supplement, ofPart));
         tables.push_back(std::make_shared<const KeptTable>(std::move(part), environment.threads));
         if (environment.isCancelled && environment.isCancelled())
             return {std::vector<std::string>(), 0};  // which nobody will see
@@ -148,7 +152,7 @@ Report AnalyzeParts(std::vector<AnalysisPart> parts, std::vector<std::string> no
     if (std::ranges::none_of(results, [](const ResultPart& part) { return part.result.has_value(); })) {
         throw InputError(results.front().Name() + ": " + results.front().mistake);
     }
-    return {std::move(results), std::move(documents), std::move(notes), std::move(tables)};
+    return {std::move(results), std::move(documents), std::move(notes), std::move(tables), manner.request};
 }
 
 // ---- Plans and requests ----
@@ -192,6 +196,17 @@ AnalysisOutcome RunRequestText(const std::string& name, const std::string& json,
     return outcome;
 }
 
+/// The table of a run isn't kept, so that its record is made at once.
+void AddRecordOfRun(ResultReading& reading, const Table& table, bool isPlan, const std::string& json,
+                    const RunWishes& wishes) {
+    const WeightRule weights = isPlan ? WeightRule::kCut : WeightRule::kRounded;
+    const CaseRule rule = ListwiseRuleOf(reading, table, weights);
+    const RecordSelection selection{table.RowCount(), {}, {}, {}};
+    ByteSource source = ByteSource::FromMemory("", json);
+    const Json request{{"command", "tarn.run"}, {isPlan ? "plan" : "settings", ReadJson(source)}};
+    AddRecord(reading, {table, rule, weights, selection, request}, WorkShare(wishes.threads));
+}
+
 }  // namespace
 
 Report AnalyzeData(CallData& data, Request& request, const CallEnvironment& environment, bool isLater) {
@@ -204,9 +219,9 @@ Report AnalyzeData(CallData& data, Request& request, const CallEnvironment& envi
     const auto analyze = [&] {
         std::vector<std::string> notes;
         std::vector<AnalysisPart> parts = request.Words().PartsOf(std::move(table), request.Levels(), notes);
-        report = request.IsSplit() ? AnalyzeParts(std::move(parts), std::move(notes), request.Supplement(), ofRun)
-                                   : AnalyzeWhole(std::move(parts.front()), std::move(notes),
-                                                  {request.Supplement(), ofRun, isLater, isQuick});
+        const Manner manner{request.Recorded(), request.Supplement(), ofRun, isLater, isQuick};
+        report = request.IsSplit() ? AnalyzeParts(std::move(parts), std::move(notes), manner)
+                                   : AnalyzeWhole(std::move(parts.front()), std::move(notes), manner);
     };
     if (isQuick) {
         ofRun.threads = 1;
@@ -237,7 +252,9 @@ Report RunOnData(CallData& data, bool isPlan, const std::string& name, const std
         }
         ResultDocument document = ReadResult(outcome.document);
         document.arithmetic = outcome.arithmetic;
-        report = Report(ReadAll(std::move(document), Texts()), std::move(outcome.document), std::move(outcome.notes),
+        ResultReading reading = ReadAll(std::move(document), Texts());
+        AddRecordOfRun(reading, table, isPlan, json, wishes);
+        report = Report(std::move(reading), std::move(outcome.document), std::move(outcome.notes),
                         std::move(outcome.remarks), nullptr, {});
     });
     return report;

@@ -5,6 +5,8 @@
 #include <utility>
 
 #include "host/InputError.h"
+#include "host/analysis/Analysis.h"
+#include "host/analysis/Record.h"
 #include "host/analysis/Report.h"
 #include "host/report/ApaReport.h"
 #include "host/report/CsvReport.h"
@@ -65,27 +67,40 @@ Report::Report(std::vector<std::string> remarks, long failureCode)
     : remarks_(std::move(remarks)), isDone_(false), failureCode_(failureCode) {}
 
 Report::Report(ResultReading reading, std::string document, std::vector<std::string> notes,
-               std::vector<std::string> remarks, Supply supply, Tables tables)
+               std::vector<std::string> remarks, Supply supply, Tables tables, Json request)
     : notes_(std::move(notes)), remarks_(std::move(remarks)) {
     std::vector<ResultPart> parts(1);
     parts.front().result = std::move(reading);
-    shared_ = Share(std::move(parts), {std::move(document)}, std::move(supply), std::move(tables));
+    shared_ = Share(std::move(parts), {std::move(document)}, std::move(supply), std::move(tables), std::move(request));
 }
 
 Report::Report(std::vector<ResultPart> parts, std::vector<std::string> documents, std::vector<std::string> notes,
-               Tables tables)
-    : shared_(Share(std::move(parts), std::move(documents), nullptr, std::move(tables))),
+               Tables tables, Json request)
+    : shared_(Share(std::move(parts), std::move(documents), nullptr, std::move(tables), std::move(request))),
       notes_(std::move(notes)),
       isSplit_(true) {}
 
 std::shared_ptr<Report::Shared> Report::Share(std::vector<ResultPart> parts, std::vector<std::string> documents,
-                                              Supply supply, Tables tables) {
+                                              Supply supply, Tables tables, Json request) {
     auto shared = std::make_shared<Shared>();
     shared->parts = std::move(parts);
     shared->documents = std::move(documents);
     shared->supply = std::move(supply);
     shared->tables = std::move(tables);
+    shared->request = std::move(request);
     return shared;
+}
+
+void Report::Shared::AddRecords() {
+    if (std::exchange(isRecorded, true)) return;
+    for (std::size_t i = 0; i < std::min(parts.size(), tables.size()); ++i) {
+        if (!parts[i].result || tables[i] == nullptr) continue;
+        const AnalysisPart& part = tables[i]->Part();
+        const CaseRule rule = CaseRuleOf(part.table, part.options);
+        RecordSource source{part.table, rule, WeightRule::kRounded, part.selection, request};
+        source.isUntouched = tables[i]->IsUntouched();
+        AddRecord(*parts[i].result, source, WorkShare(tables[i]->Threads()));
+    }
 }
 
 const std::vector<ResultPart>& Report::Supplied() const {
@@ -97,6 +112,7 @@ const std::vector<ResultPart>& Report::Supplied() const {
         shared_->parts.front().result = std::move(reading);
         shared_->supply = nullptr;
     }
+    shared_->AddRecords();
     return shared_->parts;
 }
 

@@ -8,6 +8,7 @@
 #include <string>
 #include <utility>
 #include <vector>
+#include "host/Json.h"
 
 #include "host/analysis/Report.h"
 #include "host/report/PartsReport.h"
@@ -34,11 +35,12 @@ class Report {
     Report(std::vector<std::string> remarks, long failureCode);
     /// A whole analysis. `notes` are on its data, `remarks` what the engine says of the run. `supply` is called before
     /// the first text is made; empty where nothing is to be added. `tables`: none, or one.
+    /// `request`: what was asked for, which the record of the result has; without tables the reading has it already.
     Report(ResultReading reading, std::string document, std::vector<std::string> notes,
-           std::vector<std::string> remarks, Supply supply, Tables tables);
+           std::vector<std::string> remarks, Supply supply, Tables tables, Json request = {});
     /// One in parts, at least one, each with its table. `notes` are on all of them.
     Report(std::vector<ResultPart> parts, std::vector<std::string> documents, std::vector<std::string> notes,
-           Tables tables);
+           Tables tables, Json request);
 
     bool IsDone() const { return isDone_; }
     long FailureCode() const { return failureCode_; }
@@ -83,10 +85,15 @@ class Report {
         Tables tables;
         std::mutex mutex;
         Supply supply;  // until it was called
+        Json request;
+        bool isRecorded = false;
+
+        /// Says with each part how it was made.
+        void AddRecords();
     };
 
     static std::shared_ptr<Shared> Share(std::vector<ResultPart> parts, std::vector<std::string> documents,
-                                         Supply supply, Tables tables);
+                                         Supply supply, Tables tables, Json request);
     const std::vector<ResultPart>& Supplied() const;
     /// What it was made of, or null.
     const KeptTable* TableOf(std::size_t part) const;

@@ -149,12 +149,15 @@ WantedColumns ColumnsOf(const Json& json, const WordedAnalysis& words, const Loa
 }  // namespace
 
 Request::Request(const std::string& json) : words_({}, {}) {
-    const Json arguments = ParseJson(json, "request");
+    Json arguments = ParseJson(json, "request");
     supplement_ = ReadSupplementOptions(arguments);
     words_ = WordedAnalysis(ReadWords(arguments), ReadAnalysisOptions(arguments));
     load_ = ReadLoadOptions(arguments, words_);
     columns_ = ColumnsOf(arguments, words_, load_);
     isSplit_ = arguments.contains("split");
+    arguments.erase("threads");
+    arguments.erase("memory");
+    recorded_ = {{"command", "tarn.analyze"}, {"arguments", std::move(arguments)}};
 }
 
 std::vector<std::string> Request::Levels() const {

@@ -2,6 +2,7 @@
 
 #include <string>
 #include <vector>
+#include "host/Json.h"
 
 #include "host/beyond/SupplementOptions.h"
 #include "host/engine/AnalysisRequest.h"
@@ -26,6 +27,8 @@ class Request {
     /// The fields whose levels are given.
     std::vector<std::string> Levels() const;
     bool IsSplit() const { return isSplit_; }
+    /// What was asked for, as a record has it: without what no result depends on.
+    const Json& Recorded() const { return recorded_; }
 
  private:
     SupplementOptions supplement_;
@@ -33,6 +36,7 @@ class Request {
     LoadOptions load_;
     WantedColumns columns_;
     bool isSplit_ = false;
+    Json recorded_;
 };
 
 }  // namespace tarn

@@ -372,6 +372,25 @@ class Result:
         return asked
 
     @property
+    def record(self) -> dict[str, Any] | None:
+        """How the result was made; None for one of `tarn.load`.
+
+        It has the "version" and the "commit" of the program, the "libraries" that numbers go through, the "request", the
+        "arithmetic", the "data" as the tests saw it, with its "sha256" and that of each of its "fields", and who was
+        "left_out" and why. The hash is the same for the same values in any kind of data frame, and in a file that
+        the command reads. It is None once somebody has written to the data. A result in parts has what all of them have in
+        common; each of `parts` has its own.
+
+        Examples
+        --------
+        >>> result = tarn.analyze({"x": [3, 5, None, 6], "g": ["a", "a", "b", "b"]}, "x ~ g", tests="mann-whitney")
+        >>> result.record["left_out"]["tests"][0]["missing"]
+        1
+        """
+        record: dict[str, Any] | None = self._json["record"]
+        return record
+
+    @property
     def _call(self) -> str:
         """The call that makes it again, "" for what came in other ways."""
         if self._asked is None:

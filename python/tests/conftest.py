@@ -96,8 +96,13 @@ class Command:
 
     def tests(self, columns: Columns, *arguments: str) -> Any:
         """The tests of its JSON; what it says where it refuses the request."""
+        result = self.result(columns, *arguments)
+        return result if isinstance(result, str) else result["tests"]
+
+    def result(self, columns: Columns, *arguments: str) -> Any:
+        """All of its JSON; what it says where it refuses the request."""
         done = self.run(columns, *arguments, "--format", "json")
-        return json.loads(done.stdout)["tests"] if done.stdout else done.stderr
+        return json.loads(done.stdout) if done.stdout else done.stderr
 
 
 @pytest.fixture(scope="session")

@@ -75,12 +75,19 @@ class PlannedTest : private TARNPlan {
 
     /// In batches of random sizes, down to one record.
     std::string ByBatches(std::mt19937& random) {
+        return ByBatchesOf([&] {
+            const std::size_t most = random() % 3 == 0 ? 3 : random() % 2 == 0 ? 100 : ColumnBatch::kMostRecords;
+            return 1 + random() % most;
+        });
+    }
+
+    /// In batches of as many records as `nextSize` says, the last of them of what is left.
+    std::string ByBatchesOf(const std::function<std::size_t()>& nextSize) {
         auto& test = dynamic_cast<ColumnTest&>(*test_);
         return Drive([&](const std::vector<int>& used) {
             std::vector<Record> records = Visible(used);
             for (std::size_t begin = 0; begin < records.size();) {
-                const std::size_t most = random() % 3 == 0 ? 3 : random() % 2 == 0 ? 100 : ColumnBatch::kMostRecords;
-                const std::size_t end = std::min(records.size(), begin + 1 + random() % most);
+                const std::size_t end = std::min(records.size(), begin + nextSize());
                 GivenBatch batch(records, begin, end);
                 if (test.ProcessColumns(batch).IsError()) return false;
                 begin = end;
@@ -233,6 +240,11 @@ TEST_P(BothWays, GiveTheSameElement) {
     for (int round = 0; round < (scene.records > 1000 ? 1 : 5); ++round) {
         ASSERT_EQ(PlannedTest(entry, data.fields, data.rows, scene, isExtended).ByBatches(data.random), byRecords);
     }
+    if (scene.records > 1000) return;  // of which a batch of few records each would take minutes
+    for (const std::size_t size : {std::size_t{1}, std::size_t{2}, std::size_t{3}, scene.records}) {
+        PlannedTest planned(entry, data.fields, data.rows, scene, isExtended);
+        ASSERT_EQ(planned.ByBatchesOf([&] { return size; }), byRecords) << "batches of " << size;
+    }
 }
 
 TEST(BothWaysTest, EveryTestOfTheCatalogueIsHereAndTakesColumns) {
@@ -260,28 +272,39 @@ class Steps : public ProgressListener {
 
 }  // namespace
 
+namespace {
+
+void ExpectTheSameOfAnyThreads(const Scene& scene, bool isExtended) {
+    Data data(scene, 7);
+    std::string document;
+    std::vector<int> percents;
+    for (const int threads : {1, 2, 4, 5}) {
+        QKSettings settings;
+        settings.AddSetting("threads", threads);
+        settings.AddSetting("sigLevel", 0.9);
+        settings.AddSetting("missingTreatment", scene.analysisMissing ? "analysis" : "listwise");
+        if (isExtended) settings.AddSetting("extendedArithmetic", true);
+        for (const Entry& entry : AllEntries()) settings.AddSetting(entry.setting, entry.settings);
+        Steps steps;
+        const harness::Outcome outcome = harness::Run(settings, data.fields, data.rows, &steps);
+        ASSERT_TRUE(outcome.status.IsOK());
+        ASSERT_EQ(outcome.document.TestCount(), static_cast<int>(AllEntries().size()));
+        if (threads == 1) {
+            document = outcome.text;
+            percents = steps.percents;
+        }
+        EXPECT_TRUE(outcome.text == document) << threads << " threads";
+        EXPECT_EQ(steps.percents, percents) << threads << " threads";
+    }
+}
+
+}  // namespace
+
 TEST(BothWaysTest, AnyNumberOfThreadsGivesTheSameDocumentAndProgress) {
     for (const Scene& scene : kScenes) {
-        SCOPED_TRACE(scene.name);
-        Data data(scene, 7);
-        std::string document;
-        std::vector<int> percents;
-        for (const int threads : {1, 2, 5}) {
-            QKSettings settings;
-            settings.AddSetting("threads", threads);
-            settings.AddSetting("sigLevel", 0.9);
-            settings.AddSetting("missingTreatment", scene.analysisMissing ? "analysis" : "listwise");
-            for (const Entry& entry : AllEntries()) settings.AddSetting(entry.setting, entry.settings);
-            Steps steps;
-            const harness::Outcome outcome = harness::Run(settings, data.fields, data.rows, &steps);
-            ASSERT_TRUE(outcome.status.IsOK());
-            ASSERT_EQ(outcome.document.TestCount(), static_cast<int>(AllEntries().size()));
-            if (threads == 1) {
-                document = outcome.text;
-                percents = steps.percents;
-            }
-            EXPECT_TRUE(outcome.text == document) << threads << " threads";
-            EXPECT_EQ(steps.percents, percents) << threads << " threads";
+        for (const bool isExtended : {false, true}) {
+            SCOPED_TRACE(scene.name + (isExtended ? " extended" : ""));
+            ExpectTheSameOfAnyThreads(scene, isExtended);
         }
     }
 }

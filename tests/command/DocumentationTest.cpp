@@ -6,6 +6,7 @@
 
 #include <cctype>
 #include <filesystem>
+#include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -75,6 +76,14 @@ std::vector<Example> ExamplesOf(const std::string& page) {
     return examples;
 }
 
+/// Takes `> FILE` away from the end of a command, as a shell does; "" where it isn't there.
+std::string FileOfOutput(std::vector<std::string>& arguments) {
+    if (arguments.size() < 2 || arguments[arguments.size() - 2] != ">") return "";
+    std::string file = arguments.back();
+    arguments.resize(arguments.size() - 2);
+    return file;
+}
+
 class Documentation : public testing::TestWithParam<std::string> {};
 
 TEST_P(Documentation, ShowsWhatTheCommandSays) {
@@ -84,17 +93,19 @@ TEST_P(Documentation, ShowsWhatTheCommandSays) {
     const harness::ScratchFolder scratch;
     for (Example example : examples) {
         for (std::string& argument : example.arguments) {
-            if (argument == "result.xml") argument = scratch.Path("result.xml");
+            if (argument == "result.xml" || argument == "result.json") argument = scratch.Path(argument);
         }
+        const std::string kept = FileOfOutput(example.arguments);
         const harness::CommandResult result = harness::RunTarn(example.arguments);
-        EXPECT_EQ(result.out + result.err, example.output);
+        if (!kept.empty()) std::ofstream(kept) << result.out;
+        EXPECT_EQ((kept.empty() ? result.out : "") + result.err, example.output);
     }
 }
 
 INSTANTIATE_TEST_SUITE_P(Pages, Documentation,
                          testing::Values("README.md", "docs/one-sample.md", "docs/related.md", "docs/independent.md",
                                          "docs/published.md", "docs/reading.md", "docs/choosing.md", "docs/missing.md",
-                                         "docs/coming-from.md", "docs/report.md", "docs/verify.md",
+                                         "docs/coming-from.md", "docs/report.md", "docs/verify.md", "docs/record.md",
                                          "tests/command/readable/one-sample.md", "tests/command/readable/related.md",
                                          "tests/command/readable/independent.md", "tests/command/readable/layouts.md",
                                          "tests/command/readable/formats.md"),

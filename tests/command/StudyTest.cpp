@@ -95,7 +95,7 @@ TEST_F(Study, IsNotKeptOfARequestThatCannotBeMet) {
 TEST_F(Study, RefusesWhatIsNone) {
     const std::string other = folder.Write("other.json", "{\"tests\": []}");
     EXPECT_EQ(RunTarn({"rerun", other}).err,
-              "tarn: " + other + ": is no study; expected a file that tarn analyze --save wrote\n");
+              "tarn: " + other + ": is no study; expected a file that tarn analyze --save or --format json wrote\n");
     const std::string slip = folder.Write(
         "slip.json", R"({"format": "tarn-study-1", "data": {"file": "d.csv"}, "options": {"tets": ["sign"]}})");
     EXPECT_EQ(RunTarn({"rerun", slip}).err,

@@ -58,8 +58,9 @@ def sheets_of(workbook):
 def check_numbers():
     request = ["analyze", "tests/cases/kgroups-plants-pairwise/data.csv", "--independent", "weight", "--by", "group"]
     sheets = sheets_of(run(*request, "--format", "xlsx"))
-    test = json.loads(run(*request, "--format", "json"))["tests"][0]
-    assert list(sheets) == ["Summary", "Groups", "Statistics", "Effects", "Comparisons", "Notes"], list(sheets)
+    result = json.loads(run(*request, "--format", "json"))
+    test = result["tests"][0]
+    assert list(sheets) == ["Summary", "Groups", "Statistics", "Effects", "Comparisons", "Notes", "Record"], list(sheets)
     assert len(sheets["Summary"]) == 1
     statistics = {row["symbol"]: row for row in sheets["Statistics"]}
     expected = test["statistics"][0]
@@ -75,7 +76,10 @@ def check_numbers():
     for pair, told in zip(pairs, test["comparisons"]["pairs"]):
         assert abs(pair[2] / told["adjusted_p"] - 1) < 1e-15
     kinds = {row["what"] for row in sheets["Notes"]}
-    assert {"Method", "Conclusion", "Note", "Significance level"} <= kinds, kinds
+    assert {"Method", "Conclusion", "Note"} <= kinds, kinds
+    record = {row["what"]: row["text"] for row in sheets["Record"]}
+    assert {"Significance level", "Hash of the data as used", "Request", "Program", "Libraries"} <= set(record), record
+    assert record["Hash of the data as used"] == "SHA-256 " + result["record"]["data"]["sha256"], record
 
 
 def check_names():

@@ -5,10 +5,6 @@
 #include <cmath>
 #include <nlohmann/json.hpp>
 #include <string>
-#include <valijson/adapters/nlohmann_json_adapter.hpp>
-#include <valijson/schema.hpp>
-#include <valijson/schema_parser.hpp>
-#include <valijson/validator.hpp>
 
 #include "host/report/CsvReport.h"
 #include "host/report/JsonReport.h"
@@ -16,6 +12,7 @@
 #include "host/report/TextReport.h"
 #include "tests/harness/Command.h"
 #include "tests/host/report/ResultTexts.h"
+#include "tests/host/report/SchemaCheck.h"
 
 namespace tarn {
 namespace {
@@ -172,35 +169,6 @@ TEST(JsonReport, HoldsNamesAndNumbers) {
     EXPECT_EQ(test.at("comparisons").at("pairs").at(0).at("adjusted_p"), 0.0303);
     EXPECT_TRUE(test.at("comparisons").at("subsets").at(1).at("statistic").is_null());
     EXPECT_EQ(test.at("messages").at(0).at("text"), "subset 0, 0 is single");
-}
-
-json SchemaOf(const std::string& name) {
-    return json::parse(harness::ReadFile(harness::SourcePath("docs/" + name)));
-}
-
-/// Whether `document` is as that schema, which ships with the program, says.
-testing::AssertionResult FitsTheSchema(const json& document, const std::string& name = "result.schema.json") {
-    const json text = SchemaOf(name);
-    // One schema may refer to another beside it.
-    const auto fetch = [](const std::string& uri) -> const json* {
-        return new json(SchemaOf(uri.substr(uri.rfind('/') + 1)));
-    };
-    const auto release = [](const json* fetched) { delete fetched; };
-    valijson::Schema schema;
-    valijson::SchemaParser().populateSchema<valijson::adapters::NlohmannJsonAdapter>(
-        valijson::adapters::NlohmannJsonAdapter(text), schema, fetch, release);
-    valijson::ValidationResults results;
-    valijson::Validator validator;
-    if (validator.validate(schema, valijson::adapters::NlohmannJsonAdapter(document), &results)) {
-        return testing::AssertionSuccess();
-    }
-    testing::AssertionResult failure = testing::AssertionFailure();
-    valijson::ValidationResults::Error error;
-    while (results.popError(error)) {
-        for (const std::string& place : error.context) failure << place;
-        failure << ": " << error.description << "\n";
-    }
-    return failure;
 }
 
 TEST(JsonReport, FitsItsSchema) {

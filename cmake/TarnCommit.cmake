@@ -1,0 +1,40 @@
+# The commit of the sources, which results record. It is looked up when the build is configured, and again whenever the
+# repository's HEAD has moved. TARN_COMMIT names it where git can't tell, as in an archive of the sources.
+
+set(TARN_COMMIT "" CACHE STRING "The commit of the sources; asked of git if empty")
+
+# Sets TARN_BUILT_FROM: the commit, "+changes" behind it where tracked files differed from it; "" where nobody knows.
+function(tarn_find_commit)
+  set(TARN_BUILT_FROM "${TARN_COMMIT}" PARENT_SCOPE)
+  if(TARN_COMMIT AND NOT TARN_COMMIT MATCHES "^[0-9a-f]+$")
+    message(FATAL_ERROR "TARN_COMMIT: ${TARN_COMMIT} is no commit; expected its hexadecimal digits")
+  endif()
+  find_package(Git QUIET)
+  if(TARN_COMMIT OR NOT Git_FOUND)
+    return()
+  endif()
+  macro(tarn_ask_git answer)
+    execute_process(COMMAND ${GIT_EXECUTABLE} -C ${CMAKE_SOURCE_DIR} ${ARGN}
+      OUTPUT_VARIABLE ${answer} OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET RESULT_VARIABLE failed)
+  endmacro()
+  # Unpacked sources may lie within the repository of somebody else.
+  tarn_ask_git(top rev-parse --show-toplevel)
+  file(REAL_PATH "${CMAKE_SOURCE_DIR}" source)
+  if(failed OR NOT top STREQUAL source)
+    return()
+  endif()
+  tarn_ask_git(commit rev-parse HEAD)
+  if(failed)
+    return()
+  endif()
+  tarn_ask_git(changes status --porcelain --untracked-files=no)
+  if(changes)
+    string(APPEND commit "+changes")
+  endif()
+  tarn_ask_git(log rev-parse --path-format=absolute --git-path logs/HEAD)
+  if(EXISTS "${log}")
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${log}")
+  endif()
+  set(TARN_BUILT_FROM "${commit}" PARENT_SCOPE)
+endfunction()
+tarn_find_commit()
