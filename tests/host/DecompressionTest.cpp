@@ -17,7 +17,8 @@ std::string Gzip(const std::string& text) {
     constexpr int kGzipAlone = 16 + MAX_WBITS;
     constexpr int kDefaultMemory = 8;
     z_stream stream = {};
-    EXPECT_EQ(deflateInit2(&stream, Z_BEST_COMPRESSION, Z_DEFLATED, kGzipAlone, kDefaultMemory, Z_DEFAULT_STRATEGY), Z_OK);
+    EXPECT_EQ(deflateInit2(&stream, Z_BEST_COMPRESSION, Z_DEFLATED, kGzipAlone, kDefaultMemory, Z_DEFAULT_STRATEGY),
+              Z_OK);
     std::string packed(deflateBound(&stream, text.size()), '\0');
     stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(text.data()));
     stream.avail_in = static_cast<uInt>(text.size());
@@ -37,7 +38,8 @@ std::string Repeated(const std::string& text, std::size_t times) {
 
 /// How many bytes come out.
 std::size_t Unpacked(const std::string& packed) {
-    ByteSource source = ByteSource::Through(ByteSource::FromMemory("t.csv.gz", packed), DecompressionOf(packed.substr(0, 4)));
+    ByteSource source =
+        ByteSource::Through(ByteSource::FromMemory("t.csv.gz", packed), DecompressionOf(packed.substr(0, 4)));
     std::vector<char> buffer(std::size_t{1} << 20);
     std::size_t all = 0;
     for (std::size_t read = 0; (read = source.Read(buffer.data(), buffer.size())) > 0;) all += read;
