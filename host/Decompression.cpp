@@ -49,6 +49,24 @@ class Block {
     std::size_t size_ = 0;
 };
 
+/// What comes of compressed bytes. A small file can stand for any number of rows; no table of measurements does.
+class Expansion {
+ public:
+    void Add(const ByteSource& from, std::size_t taken, std::size_t made) {
+        constexpr std::size_t kSmallText = std::size_t{256} << 20;
+        constexpr std::size_t kMostTimes = 200;
+        taken_ += taken;
+        made_ += made;
+        if (made_ <= kSmallText || made_ / kMostTimes <= taken_) return;
+        throw InputError(from.Name() + ": unpacks to more than " + std::to_string(kMostTimes) +
+                         " times its size; expected less, or the unpacked file");
+    }
+
+ private:
+    std::size_t taken_ = 0;
+    std::size_t made_ = 0;
+};
+
 class GzipFilter : public ByteFilter {
  public:
     GzipFilter() {
@@ -61,6 +79,7 @@ class GzipFilter : public ByteFilter {
 
     std::size_t Read(ByteSource& from, char* buffer, std::size_t capacity) override {
         capacity = std::min<std::size_t>(capacity, std::numeric_limits<uInt>::max());
+        std::size_t taken = 0;
         stream_.next_out = reinterpret_cast<Bytef*>(buffer);
         stream_.avail_out = static_cast<uInt>(capacity);
         while (stream_.avail_out == capacity) {
@@ -72,11 +91,13 @@ class GzipFilter : public ByteFilter {
             stream_.next_in = reinterpret_cast<Bytef*>(block_.Next());
             stream_.avail_in = static_cast<uInt>(block_.Left());
             const int outcome = inflate(&stream_, Z_NO_FLUSH);
+            taken += block_.Left() - stream_.avail_in;
             block_.Take(block_.Left() - stream_.avail_in);
             if (outcome == Z_MEM_ERROR) throw std::bad_alloc();
             if (outcome != Z_OK && outcome != Z_STREAM_END && outcome != Z_BUF_ERROR) FailBroken(from, kName);
             isInPart_ = outcome != Z_STREAM_END;
         }
+        expansion_.Add(from, taken, capacity - stream_.avail_out);
         return capacity - stream_.avail_out;
     }
 
@@ -85,6 +106,7 @@ class GzipFilter : public ByteFilter {
         block_.Clear();
         isInPart_ = false;
         isFirst_ = true;
+        expansion_ = {};
     }
 
  private:
@@ -101,6 +123,7 @@ class GzipFilter : public ByteFilter {
 
     z_stream stream_ = {};
     Block block_;
+    Expansion expansion_;
     bool isInPart_ = false;
     bool isFirst_ = true;
 };
@@ -120,6 +143,7 @@ class ZstandardFilter : public ByteFilter {
             ZSTD_inBuffer in = {block_.Next(), block_.Left(), 0};
             const std::size_t outcome = ZSTD_decompressStream(stream_.get(), &out, &in);
             block_.Take(in.pos);
+            expansion_.Add(from, in.pos, out.pos);
             if (ZSTD_isError(outcome) != 0) FailBroken(from, kName);
             if (!hasMore && out.pos == 0) FailCut(from, kName);
             isInPart_ = outcome != 0;
@@ -131,6 +155,7 @@ class ZstandardFilter : public ByteFilter {
         ZSTD_DCtx_reset(stream_.get(), ZSTD_reset_session_only);
         block_.Clear();
         isInPart_ = false;
+        expansion_ = {};
     }
 
  private:
@@ -142,6 +167,7 @@ class ZstandardFilter : public ByteFilter {
 
     std::unique_ptr<ZSTD_DStream, Free> stream_;
     Block block_;
+    Expansion expansion_;
     bool isInPart_ = false;
 };
 

@@ -7,6 +7,7 @@ namespace tarn {
 namespace {
 
 constexpr std::size_t kMaxAlternatives = 12;
+constexpr std::size_t kLongestLine = 8000;
 
 bool IsControl(char c) {
     return static_cast<unsigned char>(c) < 0x20 || c == 0x7f;
@@ -16,21 +17,26 @@ bool IsContinuationByte(char c) {
     return (static_cast<unsigned char>(c) & 0xc0) == 0x80;
 }
 
-std::string WithoutControls(std::string line) {
-    std::replace_if(line.begin(), line.end(), IsControl, '?');
-    return line;
+/// The longest part that ends with a character and has at most so many bytes.
+std::string_view Cut(std::string_view text, std::size_t most) {
+    if (text.size() <= most) return text;
+    while (most > 0 && IsContinuationByte(text[most])) --most;
+    return text.substr(0, most);
+}
+
+std::string Shown(const std::string& line) {
+    std::string shown(Cut(line, kLongestLine));
+    std::replace_if(shown.begin(), shown.end(), IsControl, '?');
+    if (shown.size() < line.size()) shown += "...";
+    return shown;
 }
 
 }  // namespace
 
-InputError::InputError(const std::string& line) : std::runtime_error(WithoutControls(line)) {}
+InputError::InputError(const std::string& line) : std::runtime_error(Shown(line)) {}
 
 std::string Quoted(std::string_view text, std::size_t maxLength) {
-    std::size_t length = text.size();
-    if (length > maxLength) {
-        length = maxLength;
-        while (length > 0 && IsContinuationByte(text[length])) --length;
-    }
+    const std::size_t length = Cut(text, maxLength).size();
     std::string quoted = "\"";
     for (const char c : text.substr(0, length)) {
         switch (c) {

@@ -12,7 +12,8 @@ namespace tarn {
 /// key in it, what stands there and what was expected.
 class InputError : public std::runtime_error {
  public:
-    /// Control characters in `line`, which may stem from a file name or a key, are shown as "?".
+    /// Control characters in `line`, which may stem from a file name or a key, are shown as "?". A line of more than
+    /// 8,000 bytes, of names as long as a file, is cut at the border of a character and ends in "...".
     explicit InputError(const std::string& line);
 };
 

@@ -24,7 +24,7 @@ std::atomic<bool> isAsked = false;
 sem_t wake;
 
 /// How long a run may take to end by itself. Most do within a few milliseconds.
-constexpr std::chrono::milliseconds kGrace(20);
+constexpr std::chrono::milliseconds kGrace(10);
 
 }  // namespace
 

@@ -1,6 +1,9 @@
 #include "python/src/AttendedWork.h"
 
 #include <chrono>
+#include <cstdlib>
+#include <exception>
+#include <new>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -8,6 +11,16 @@
 namespace tarn {
 
 namespace nb = nanobind;
+
+bool PreparesForExceptions() noexcept {
+    constexpr std::size_t kMoreThanItTakes = 4096;
+    void* const probe = std::malloc(kMoreThanItTakes);
+    if (probe == nullptr) return false;
+    std::free(probe);
+    const volatile int asked = std::uncaught_exceptions();  // or the compiler would leave the question out
+    static_cast<void>(asked);
+    return true;
+}
 
 void AttendedWork::HearSignals() {
     const nb::gil_scoped_acquire locked;
@@ -45,11 +58,16 @@ void AttendedWork::Attend() {
 void AttendedWork::Run(const std::function<void()>& work) {
     constexpr std::chrono::milliseconds kPause(10);
     std::exception_ptr failure;
+    const std::exception_ptr lackOfMemory = std::make_exception_ptr(std::bad_alloc());
     const auto doIt = [&] {
-        try {
-            work();
-        } catch (...) {
-            failure = std::current_exception();
+        if (PreparesForExceptions()) {
+            try {
+                work();
+            } catch (...) {
+                failure = std::current_exception();
+            }
+        } else {
+            failure = lackOfMemory;
         }
         const std::lock_guard lock(mutex_);
         isDone_ = true;

@@ -7,6 +7,7 @@
 #include <nanobind/stl/string_view.h>
 #include <nanobind/stl/tuple.h>
 
+#include <new>
 #include <optional>
 #include <string>
 #include <tuple>
@@ -19,6 +20,7 @@
 #include "host/report/Explanation.h"
 #include "host/report/HtmlReport.h"
 #include "python/src/ArgumentCasters.h"
+#include "python/src/AttendedWork.h"
 #include "python/src/CallData.h"
 #include "python/src/Calls.h"
 #include "python/src/Report.h"
@@ -119,6 +121,7 @@ NB_MODULE(_binding, m) {
     m.doc() = "The engine of tarn, for the package alone.";
     m.attr("version") = TARN_VERSION;
     nb::exception<tarn::InputError>(m, "InputMistake", PyExc_ValueError);
+    if (!tarn::PreparesForExceptions()) throw std::bad_alloc();
     AddData(m);
     MakeRoomForObjects(m);
     AddResults(m);
