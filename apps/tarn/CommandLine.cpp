@@ -331,6 +331,11 @@ void AddDetails(Options& options, bool& details) {
     options.Flag("--details", details, "As text, all that there is of each test, in the words of the result document");
 }
 
+void AddExplain(Options& options, bool& explain) {
+    options.Flag("--explain", explain,
+                 "Show below each test how its numbers came about: ranks, sums, formulas with the numbers put in");
+}
+
 void DescribeOutput(CLI::App& app, OutputOptions& output, bool& brief, const char* outHelp) {
     Options options(app, kOutput);
     AddFormat(options, "What to write to standard output", [&](ReportFormat format) { output.format = format; });
@@ -341,7 +346,7 @@ void DescribeOutput(CLI::App& app, OutputOptions& output, bool& brief, const cha
     AddDetails(options, output.details);
 }
 
-/// Pages and pictures, which are made of the table.
+/// Pages, pictures and explanations, which are made of the table.
 void DescribeReport(CLI::App& app, OutputOptions& output) {
     Options options(app, kOutput);
     options.One("--report", output.reportPath, "FILE",
@@ -349,6 +354,7 @@ void DescribeReport(CLI::App& app, OutputOptions& output) {
     options.One("--plot", output.plotPath, "FILE",
                 "Write the plot of the test there, as SVG; for an analysis of one test");
     options.One("--plot-dir", output.plotFolder, "FOLDER", "Write the plots of all tests into that folder, as SVG");
+    AddExplain(options, output.explain);
 }
 
 void DescribeRun(CLI::App& app, RunOptions& run) {
