@@ -126,16 +126,21 @@ Json ExplanationStepJson(const ExplanationStep& step) {
             {"in_result", NumberJson(step.document)}};
 }
 
+Json ExplanationTableJson(const ExplanationTable& table) {
+    Json columns = Json::array();
+    for (const ExplanationTable::Column& column : table.columns) columns.push_back(column.title);
+    return {{"title", table.title}, {"columns", columns}, {"rows", table.rows}};
+}
+
 /// The steps, what they begin with, and what there is to say of them.
 void AddExplanation(const TestExplanation& explanation, Json& json) {
     json["explanation"] = Json::array();
     json["explanation_tables"] = Json::array();
     for (const ExplanationStep& step : explanation.steps) json["explanation"].push_back(ExplanationStepJson(step));
     for (const ExplanationTable& table : explanation.tables) {
-        Json columns = Json::array();
-        for (const ExplanationTable::Column& column : table.columns) columns.push_back(column.title);
-        json["explanation_tables"].push_back({{"title", table.title}, {"columns", columns}, {"rows", table.rows}});
+        json["explanation_tables"].push_back(ExplanationTableJson(table));
     }
+    if (!explanation.pairs.rows.empty()) json["explanation_tables"].push_back(ExplanationTableJson(explanation.pairs));
     json["explanation_notes"] = explanation.notes;
     json["explanation_agrees"] = explanation.agrees;
 }

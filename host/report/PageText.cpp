@@ -14,14 +14,17 @@ void MakeLineOneLine(PageLine& line) {
     }
 }
 
-void MakeExplanationOneLine(TestExplanation& explanation) {
-    for (ExplanationTable& table : explanation.tables) {
-        MakeOneLine(table.title);
-        for (ExplanationTable::Column& column : table.columns) MakeOneLine(column.title);
-        for (std::vector<std::string>& row : table.rows) {
-            for (std::string& cell : row) MakeOneLine(cell);
-        }
+void MakeTableOneLine(ExplanationTable& table) {
+    MakeOneLine(table.title);
+    for (ExplanationTable::Column& column : table.columns) MakeOneLine(column.title);
+    for (std::vector<std::string>& row : table.rows) {
+        for (std::string& cell : row) MakeOneLine(cell);
     }
+}
+
+void MakeExplanationOneLine(TestExplanation& explanation) {
+    for (ExplanationTable& table : explanation.tables) MakeTableOneLine(table);
+    MakeTableOneLine(explanation.pairs);
     for (ExplanationStep& step : explanation.steps) {
         for (std::string* const text : {&step.name, &step.formula, &step.numbers}) MakeOneLine(*text);
     }

@@ -94,10 +94,10 @@ TEST_P(Documentation, ShowsWhatTheCommandSays) {
 INSTANTIATE_TEST_SUITE_P(Pages, Documentation,
                          testing::Values("README.md", "docs/one-sample.md", "docs/related.md", "docs/independent.md",
                                          "docs/published.md", "docs/reading.md", "docs/choosing.md", "docs/missing.md",
-                                         "docs/coming-from.md", "docs/report.md", "docs/verify.md",
-                                         "tests/command/readable/one-sample.md", "tests/command/readable/related.md",
-                                         "tests/command/readable/independent.md", "tests/command/readable/layouts.md",
-                                         "tests/command/readable/formats.md"),
+                                         "docs/coming-from.md", "docs/report.md", "docs/verify.md", "docs/explain.md",
+                                         "tests/command/readable/explained.md", "tests/command/readable/one-sample.md",
+                                         "tests/command/readable/related.md", "tests/command/readable/independent.md",
+                                         "tests/command/readable/layouts.md", "tests/command/readable/formats.md"),
                          [](const auto& test) {
                              std::string name = test.param;
                              for (char& c : name) {

@@ -59,10 +59,14 @@ RankedFields RankFields(const CompleteCases& cases) {
 void AddRowRanks(const ExplainedTest& test, const RankedFields& ranked) {
     const std::vector<std::string>& fields = test.Reading().fields;
     if (fields.size() > kMostFieldColumns) return;
-    std::vector<ExplanationTable::Column> columns{{"case"}, {"weight"}};
+    const CompleteCases& cases = test.view.cases;
+    const bool isWeighted = !cases.weights.empty();
+    std::vector<ExplanationTable::Column> columns{{"case"}};
+    if (isWeighted) columns.push_back({"weight"});
     for (const std::string& field : fields) columns.push_back({field});
     AddRows(test.steps.Table("Ranks within each case", columns), ranked.ranks.size(), [&](std::size_t row) {
-        std::vector<std::string> cells{std::to_string(row + 1), CalculatorText(test.view.cases.WeightAt(row))};
+        std::vector<std::string> cells{std::to_string(row + 1)};
+        if (isWeighted) cells.push_back(CalculatorText(cases.WeightAt(row)));
         for (const double rank : ranked.ranks[row]) cells.push_back(CalculatorText(rank));
         return cells;
     });

@@ -134,18 +134,18 @@ void AddBetaLimits(const ExplainedTest& test, const Proportion& of, const char* 
     const double upperB = isExact ? of.y : b;
     StepWriter& steps = test.steps;
     if (of.x == 0) {
-        steps.Told(name + ", lower", "0, since x = 0", "", 0, LimitOf(*limits, "Lower"));
+        steps.Told(name + " lower", "0, since x = 0", "", 0, LimitOf(*limits, "Lower"));
     } else {
-        steps.Told(name + ", lower",
+        steps.Told(name + " lower",
                    isExact ? "quantile tail of Beta(x, n - x + 1)" : "quantile tail of Beta(x + 0.5, n - x + 0.5)",
                    With("quantile # of Beta(#, #)", {of.tail, a, b}), BetaQuantile(of.tail, a, b),
                    LimitOf(*limits, "Lower"));
     }
     if (of.y == 0) {
-        steps.Told(name + ", upper", "1, since x = n", "", 1, LimitOf(*limits, "Upper"));
+        steps.Told(name + " upper", "1, since x = n", "", 1, LimitOf(*limits, "Upper"));
         return;
     }
-    steps.Told(name + ", upper",
+    steps.Told(name + " upper",
                isExact ? "quantile 1 - tail of Beta(x + 1, n - x)" : "quantile 1 - tail of Beta(x + 0.5, n - x + 0.5)",
                With("quantile # of Beta(#, #)", {1 - of.tail, upperA, upperB}),
                BetaQuantile(1 - of.tail, upperA, upperB), LimitOf(*limits, "Upper"));
@@ -162,16 +162,19 @@ void AddProfileLimits(const ExplainedTest& test, const Proportion& of) {
     steps.Step("c", "quantile of chi2 with 1 df at the level", With("quantile # of chi2", {1 - 2 * of.tail}), shown);
     const std::string equation = "t with 2 x log(share / t) + 2 (n - x) log((1 - share) / (1 - t)) = c";
     const double n = of.x + of.y;
+    // As defined the search ends within 1e-7 (docs/numerics.md).
+    constexpr double kLengthOfSearch = 1000;
+    const double size = steps.IsAsDefined() ? kLengthOfSearch : 0;
     if (of.x > 0 && of.y > 0) {
-        steps.Told(name + ", lower", "the smaller " + equation, "", ProfileLimit(of, quantile / 2, 0),
-                   LimitOf(*limits, "Lower"));
-        steps.Told(name + ", upper", "the larger " + equation, "", ProfileLimit(of, quantile / 2, 1),
-                   LimitOf(*limits, "Upper"));
+        steps.Told(name + " lower", "the smaller " + equation, "", ProfileLimit(of, quantile / 2, 0),
+                   LimitOf(*limits, "Lower"), size);
+        steps.Told(name + " upper", "the larger " + equation, "", ProfileLimit(of, quantile / 2, 1),
+                   LimitOf(*limits, "Upper"), size);
     } else if (of.x == 0) {
-        steps.Told(name + ", upper", "1 - exp(-c / (2n))", With("1 - exp(-# / #)", {shown, 2 * n}),
+        steps.Told(name + " upper", "1 - exp(-c / (2n))", With("1 - exp(-# / #)", {shown, 2 * n}),
                    static_cast<double>(-std::expm1(-quantile / (2 * n))), LimitOf(*limits, "Upper"));
     } else {
-        steps.Told(name + ", lower", "exp(-c / (2n))", With("exp(-# / #)", {shown, 2 * n}),
+        steps.Told(name + " lower", "exp(-c / (2n))", With("exp(-# / #)", {shown, 2 * n}),
                    static_cast<double>(std::exp(-quantile / (2 * n))), LimitOf(*limits, "Lower"));
     }
 }

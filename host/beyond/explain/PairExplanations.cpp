@@ -108,7 +108,7 @@ void ExplainMcNemar(const ExplainedTest& test) {
         b == c ? steps.Told("chi2", "0, since b = c", "", 0, set.statistic)
                : steps.Told("chi2", "(|b - c| - 1)^2 / n", With("(|# - #| - 1) ^ 2 / #", {b, c, changes}),
                             excess * excess / changes, set.statistic);
-    steps.Told("df", "1", "", 1, set.df);
+    steps.Told("df", "that of one difference", "", 1, set.df);
     ChiSquareStep(steps, "chi2", chiSquare, 1, PValueOf(set, PValueKind::kAsymptotic));
     AddFairTail(steps, std::min(b, c), changes, PValueOf(set, PValueKind::kExact));
     steps.Note("The asymptotic p decides; for n < 26 the exact one stands beside it.");

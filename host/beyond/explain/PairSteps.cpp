@@ -1,7 +1,9 @@
 #include "host/beyond/explain/PairSteps.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstdio>
 
 #include "host/beyond/NamePlaces.h"
 #include "host/beyond/NormalTail.h"
@@ -10,6 +12,13 @@
 namespace tarn {
 
 namespace {
+
+/// Six numbers are to fit a line.
+std::string ShortText(double number) {
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "%.5g", number);
+    return text.data();
+}
 
 /// A pair worked out from the cases.
 struct ComparedPair {
@@ -53,13 +62,16 @@ void AddPairTable(const ExplainedTest& test, const PairValues& values) {
         ours.p = NormalTail(ours.Z(), Alternative::kTwoSided);
         ours.adjusted = std::min(1.0, ours.p * count);
         Compare(test.steps, pair, ours);
-        rows.push_back({pair.first + " - " + pair.second, With("# - #", {ours.first, ours.second}),
-                        CalculatorText(ours.standardError), CalculatorText(ours.Z()), CalculatorText(ours.p),
-                        CalculatorText(ours.adjusted)});
+        std::vector<std::string>& row = rows.emplace_back();
+        row.push_back(pair.first + " - " + pair.second);
+        for (const double number : {ours.Difference(), ours.standardError, ours.Z(), ours.p, ours.adjusted}) {
+            row.push_back(ShortText(number));
+        }
     }
     ExplanationTable& table =
-        test.steps.Table("Pairs: z = difference of the " + values.name +
-                             "s / SE, p = 2 * P(N >= |z|), adjusted: p times " + CalculatorText(count) + ", at most 1",
+        test.steps.Pairs("Pairs: the " + values.name +
+                             " of the first less that of the second, z = difference / SE, p = 2 * P(N >= |z|), " +
+                             "adjusted: p times the number of pairs, " + CalculatorText(count) + ", at most 1",
                          {{"pair", true}, {"difference"}, {"SE"}, {"z"}, {"p"}, {"p adjusted"}});
     AddRows(table, rows.size(), [&](std::size_t row) { return rows[row]; });
 }

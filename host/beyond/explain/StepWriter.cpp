@@ -33,6 +33,15 @@ std::string SumText(const std::vector<std::string>& terms) {
     return JoinList(first, " + ") + " + ... + " + terms.back();
 }
 
+namespace {
+
+/// What is no number has no sign.
+Number NumberOf(double value) {
+    return std::isnan(value) ? Number("nan") : Number(ExactText(value));
+}
+
+}  // namespace
+
 double StepWriter::Count(std::string name, std::string words, double value) {
     return Step(std::move(name), std::move(words), "", value);
 }
@@ -40,8 +49,7 @@ double StepWriter::Count(std::string name, std::string words, double value) {
 double StepWriter::Step(std::string name, std::string formula, std::string numbers, double value) {
     // A sum of one term is that term.
     if (numbers == CalculatorText(value)) numbers.clear();
-    explanation_.steps.push_back(
-        {std::move(name), std::move(formula), std::move(numbers), Number(ExactText(value)), {}, true});
+    explanation_.steps.push_back({std::move(name), std::move(formula), std::move(numbers), NumberOf(value), {}, true});
     return value;
 }
 
@@ -57,6 +65,11 @@ double StepWriter::Told(std::string name, std::string formula, std::string numbe
 
 ExplanationTable& StepWriter::Table(std::string title, std::vector<ExplanationTable::Column> columns) {
     return explanation_.tables.emplace_back(ExplanationTable{std::move(title), std::move(columns), {}});
+}
+
+ExplanationTable& StepWriter::Pairs(std::string title, std::vector<ExplanationTable::Column> columns) {
+    explanation_.pairs = {std::move(title), std::move(columns), {}};
+    return explanation_.pairs;
 }
 
 bool StepWriter::Agree(double ours, double theirs, double size) const {

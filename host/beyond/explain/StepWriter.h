@@ -24,6 +24,9 @@ class StepWriter {
     /// `mode`: how the run computed, by which the digits differ that a document has right.
     explicit StepWriter(ArithmeticMode mode) : mode_(mode) {}
 
+    /// Whether the run computed in the engine's fixed widths, with its short series.
+    bool IsAsDefined() const { return mode_ == ArithmeticMode::kAsDefined; }
+
     /// What the cases show; `words` say what was counted.
     double Count(std::string name, std::string words, double value);
     double Step(std::string name, std::string formula, std::string numbers, double value);
@@ -34,6 +37,9 @@ class StepWriter {
     void Note(std::string sentence) { explanation_.notes.push_back(std::move(sentence)); }
     /// A table to be filled before the next one is added.
     ExplanationTable& Table(std::string title, std::vector<ExplanationTable::Column> columns);
+
+    /// The table behind the steps.
+    ExplanationTable& Pairs(std::string title, std::vector<ExplanationTable::Column> columns);
 
     /// Whether a number of the cases and one of the document are the same but for rounding.
     bool Agree(double ours, double theirs, double size = 0) const;

@@ -11,6 +11,12 @@
 
 namespace tarn {
 
+namespace {
+
+constexpr double kHalf = 0.5;
+
+}  // namespace
+
 // ---- Kolmogorov-Smirnov test ----
 
 void ExplainKolmogorovSmirnovTwoSample(const ExplainedTest& test) {
@@ -132,7 +138,6 @@ struct RunsMoments {
 double AddRunsZ(StepWriter& steps, const RunsMoments& of, double runs, const StatisticSet& set,
                 const std::string& which) {
     constexpr double kUncorrectedFrom = 50;
-    constexpr double kHalf = 0.5;
     const std::string name = "z " + which;
     const long double product = 2 * static_cast<long double>(of.n1) * of.n2;
     const auto deviation = static_cast<double>(((runs - 1) * static_cast<long double>(of.N()) - product) / of.N());
@@ -236,7 +241,7 @@ void AddSpan(StepWriter& steps, const std::vector<RankBlock>& blocks, const Trim
     const double high = steps.Step("highest " + which, "highest rank of the control group", "",
                                    RankBehind(blocks, of.group, of.h, false));
     const double span = steps.Told("span " + which, "highest - lowest + 1, to the nearest whole number",
-                                   With("# - # + 1", {high, low}), std::floor(high - low + 1 + 0.5), set.statistic);
+                                   With("# - # + 1", {high, low}), std::trunc(high - low + 1 + kHalf), set.statistic);
     const Number p = PValueOf(set, PValueKind::kExact);
     if (of.Left() < 2) {
         steps.Told("p " + which, "certain, since fewer than two control cases are left", "", 1, p);
