@@ -264,7 +264,7 @@ TEST(Explanation, OfWilcoxonPairsIsWorkedByHand) {
     EXPECT_DOUBLE_EQ(ValueOf(explanation, "mean"), 22.5);       // 9 * 10 / 4
     EXPECT_DOUBLE_EQ(ValueOf(explanation, "variance"), 71.25);  // 9 * 10 * 19 / 24
     EXPECT_DOUBLE_EQ(ValueOf(explanation, "SE"), std::sqrt(71.25));
-    EXPECT_NEAR(ValueOf(explanation, "z"), -17.5 / std::sqrt(71.25), 1e-15);  // 5 - 22.5
+    EXPECT_NEAR(ValueOf(explanation, "z"), -17.5 / std::sqrt(71.25), 1e-15);    // 5 - 22.5
     EXPECT_NEAR(ValueOf(explanation, "p asymptotic"), 0.0381517101734, 1e-12);  // Python: math.erfc(17.5 / sqrt(142.5))
     const auto step = std::ranges::find(explanation.steps, "T", &ExplanationStep::name);
     EXPECT_EQ(step->numbers, "2 + 3");
