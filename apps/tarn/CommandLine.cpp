@@ -768,6 +768,7 @@ class CommandLine {
         if (!output.plotFolder.empty()) arguments.push_back("--plot-dir=" + output.plotFolder);
         if (output.quiet) arguments.emplace_back("--quiet");
         if (output.details) arguments.emplace_back("--details");
+        if (output.explain) arguments.emplace_back("--explain");
         if (rerun_.brief) arguments.emplace_back("--brief");
         if (output.format) arguments.push_back("--format=" + FormatNames()[static_cast<std::size_t>(*output.format)]);
         arguments.emplace_back("--");

@@ -624,7 +624,7 @@ class Result:
         Examples
         --------
         >>> result = tarn.analyze({"x": [3, 5, 4, 6], "g": ["a", "a", "b", "b"]}, "x ~ g", tests="mann-whitney")
-        >>> print(result.explain().splitlines()[11])
+        >>> print(result.explain().splitlines()[12])
               U             R1 - n1 (n1 + 1) / 2 = 4 - 2 * 3 / 2 = 1
         """
         if key is not None:
