@@ -1,6 +1,7 @@
 #include "apps/tarn/AnalyzeCommand.h"
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <cstddef>
 #include <iostream>
@@ -48,6 +49,21 @@ AnalysisOptions Briefly(AnalysisOptions analysis, const AnalyzeOptions& options)
 
 ExitStatus NoneDone() {
     return TellMistake("no test could be done; each says why", ExitStatus::kRunFailed);
+}
+
+/// Explanations stand below the tests of a text.
+void CheckExplanations(const OutputOptions& output) {
+    if (!output.explain) return;
+    const ReportFormat format = output.format.value_or(ReportFormat::kText);
+    constexpr std::array kFormats{ReportFormat::kText, ReportFormat::kJson, ReportFormat::kMarkdown,
+                                  ReportFormat::kLatex, ReportFormat::kTypst};
+    if (std::ranges::find(kFormats, format) == kFormats.end()) {
+        throw InputError("--explain: " + FormatNames()[static_cast<std::size_t>(format)] +
+                         " has no place for it; expected --format text, json, md, latex or typst");
+    }
+    if (format != ReportFormat::kText) return;
+    if (output.details) throw InputError("--explain: stands below the short text; expected it without --details");
+    if (output.quiet) throw InputError("--explain: --quiet shows no text; expected one of the two");
 }
 
 /// A name may have been looked up by the reader of the table and for the request.
@@ -108,6 +124,7 @@ ExitStatus AnalyzeWhole(AnalysisPart part, const std::vector<std::string>& notes
     if ((isShown && !isDocumentShown) || WantsReport(output) || IsCompared(options))
         SupplyFigures(result, part.table, part.options, options.supplement, environment);
     AddRecordOf(result, part, options, environment);
+    if (output.explain) ExplainTests(result, part.table, part.options, environment);
     if (interrupt.IsAsked()) return TellMistake(kCancelledRun, ExitStatus::kRunFailed);
     const ReportSource source{result, &part.table, part.options, environment};
     const ReportFacts facts = WantsReport(output) ? FactsOf(options, allNotes) : ReportFacts();
@@ -192,6 +209,7 @@ ResultPart ResultOf(AnalysisPart& part, const AnalyzeOptions& options, const Ana
         result.result = ReadAnalysis(std::move(outcome.document), part.options, environment);
         SupplyFigures(*result.result, part.table, part.options, options.supplement, environment);
         AddRecordOf(*result.result, part, options, environment);
+        if (options.output.explain) ExplainTests(*result.result, part.table, part.options, environment);
     } catch (const InputError& mistake) {
         result.mistake = mistake.what();
     }
@@ -269,6 +287,7 @@ std::vector<std::string> LevelsOf(const AnalyzeOptions& options) {
 
 ExitStatus Analyze(const AnalyzeOptions& options) {
     CheckOutput(options.output);
+    CheckExplanations(options.output);
     CheckOutputPaths(
         std::vector<NamedPath>{{"--out", options.output.outPath},
                                {"--save", options.savePath},

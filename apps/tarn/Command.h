@@ -22,6 +22,7 @@ struct OutputOptions {
     std::string plotPath;                ///< for the plot of its one test; empty: no file
     std::string plotFolder;              ///< for the plots of all tests; empty: none
     bool quiet = false;                  ///< neither a progress bar nor a table
+    bool explain = false;                ///< whether each test says how its numbers came about
     bool details = false;                ///< whether a text has all that there is of each test
     std::optional<ReportFormat> format;  ///< of what goes to standard output; each command has its own otherwise
 };

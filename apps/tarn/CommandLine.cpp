@@ -334,6 +334,11 @@ void AddDetails(Options& options, bool& details) {
     options.Flag("--details", details, "As text, all that there is of each test, in the words of the result document");
 }
 
+void AddExplain(Options& options, bool& explain) {
+    options.Flag("--explain", explain,
+                 "Show below each test how its numbers came about: ranks, sums, formulas with the numbers put in");
+}
+
 void DescribeOutput(CLI::App& app, OutputOptions& output, bool& brief, const char* outHelp) {
     Options options(app, kOutput);
     AddFormat(options, "What to write to standard output", [&](ReportFormat format) { output.format = format; });
@@ -344,7 +349,7 @@ void DescribeOutput(CLI::App& app, OutputOptions& output, bool& brief, const cha
     AddDetails(options, output.details);
 }
 
-/// Pages and pictures, which are made of the table.
+/// Pages, pictures and explanations, which are made of the table.
 void DescribeReport(CLI::App& app, OutputOptions& output) {
     Options options(app, kOutput);
     options.One("--report", output.reportPath, "FILE",
@@ -352,6 +357,7 @@ void DescribeReport(CLI::App& app, OutputOptions& output) {
     options.One("--plot", output.plotPath, "FILE",
                 "Write the plot of the test there, as SVG; for an analysis of one test");
     options.One("--plot-dir", output.plotFolder, "FOLDER", "Write the plots of all tests into that folder, as SVG");
+    AddExplain(options, output.explain);
 }
 
 void DescribeRun(CLI::App& app, RunOptions& run) {
@@ -787,6 +793,7 @@ class CommandLine {
         if (!output.plotFolder.empty()) arguments.push_back("--plot-dir=" + output.plotFolder);
         if (output.quiet) arguments.emplace_back("--quiet");
         if (output.details) arguments.emplace_back("--details");
+        if (output.explain) arguments.emplace_back("--explain");
         if (rerun_.brief) arguments.emplace_back("--brief");
         if (output.format) arguments.push_back("--format=" + FormatNames()[static_cast<std::size_t>(*output.format)]);
         arguments.emplace_back("--");

@@ -5,6 +5,7 @@
 
 #include "host/analysis/AnalysisNotes.h"
 #include "host/beyond/Supplements.h"
+#include "host/beyond/explain/Explanations.h"
 #include "host/engine/EmbeddedHost.h"
 #include "host/engine/EngineLibrary.h"
 #include "host/engine/InputNotes.h"
@@ -91,6 +92,26 @@ void SupplyFigures(ResultReading& result, const Table& table, const AnalysisOpti
     source.probability = options.probability.value_or(source.probability);
     source.success = options.success;
     AddSupplements(result, source);
+}
+
+std::optional<TestExplanation> ExplanationOfTest(const ResultReading& result, std::size_t place, const Table& table,
+                                                 const AnalysisOptions& options,
+                                                 const AnalysisEnvironment& environment) {
+    const CaseRule rule = CaseRuleOf(table, options);
+    ExplanationSource source{table, rule, WorkShare(environment.threads, environment.isCancelled)};
+    source.success = options.success;
+    for (const ExpectedCategory& expected : options.expected) {
+        source.expected.emplace_back(expected.category, expected.share);
+    }
+    return ExplanationOf(result.tests[place], result, source);
+}
+
+void ExplainTests(ResultReading& result, const Table& table, const AnalysisOptions& options,
+                  const AnalysisEnvironment& environment) {
+    const auto isCancelled = [&] { return environment.isCancelled && environment.isCancelled(); };
+    for (std::size_t i = 0; i < result.tests.size() && !isCancelled(); ++i) {
+        result.tests[i].explanation = ExplanationOfTest(result, i, table, options, environment);
+    }
 }
 
 CaseRule CaseRuleOf(const Table& table, const AnalysisOptions& options) {

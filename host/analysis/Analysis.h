@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -51,6 +53,16 @@ ResultReading ReadAnalysis(std::string document, const AnalysisOptions& options,
 /// adjusted families. `table` is that of the analysis. Cut short where the analysis is cancelled.
 void SupplyFigures(ResultReading& result, const Table& table, const AnalysisOptions& options,
                    const SupplementOptions& wanted, const AnalysisEnvironment& environment);
+
+/// Adds to such a reading how the numbers of each test came about. `table` is that of the analysis. Tests that it has
+/// not come to when the analysis is cancelled stay without.
+void ExplainTests(ResultReading& result, const Table& table, const AnalysisOptions& options,
+                  const AnalysisEnvironment& environment);
+
+/// The same of one test by its place; none for a test that ended in an error, or whose values aren't all finite.
+std::optional<TestExplanation> ExplanationOfTest(const ResultReading& result, std::size_t place, const Table& table,
+                                                 const AnalysisOptions& options,
+                                                 const AnalysisEnvironment& environment);
 
 /// Which records the tests of such an analysis saw, besides those that their own fields left them.
 CaseRule CaseRuleOf(const Table& table, const AnalysisOptions& options);

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <numbers>
 #include <vector>
 
 #include "host/beyond/KolmogorovDistribution.h"
+#include "host/beyond/NormalTail.h"
 
 namespace tarn {
 
@@ -35,12 +35,6 @@ long double TowardsZero(long double deviation, long double step) {
 long double AgainstAlternative(long double deviation, Alternative alternative) {
     if (alternative == Alternative::kTwoSided) return TowardsZero(deviation, kHalf);
     return alternative == Alternative::kGreater ? deviation - kHalf : deviation + kHalf;
-}
-
-double NormalTail(long double z, Alternative alternative) {
-    const long double scaled = z / std::numbers::sqrt2_v<long double>;
-    if (alternative == Alternative::kTwoSided) return static_cast<double>(std::erfc(std::abs(scaled)));
-    return static_cast<double>(kHalf * std::erfc(alternative == Alternative::kGreater ? scaled : -scaled));
 }
 
 /// `corrected`: the deviation after a correction for continuity.

@@ -117,6 +117,33 @@ Json ScalesJson(const TestReading& reading) {
     return json;
 }
 
+Json ExplanationStepJson(const ExplanationStep& step) {
+    return {{"name", step.name},
+            {"formula", step.formula},
+            {"numbers", TextOrNull(step.numbers)},
+            {"value", NumberJson(step.value)},
+            {"in_result", NumberJson(step.document)}};
+}
+
+Json ExplanationTableJson(const ExplanationTable& table) {
+    Json columns = Json::array();
+    for (const ExplanationTable::Column& column : table.columns) columns.push_back(column.title);
+    return {{"title", table.title}, {"columns", columns}, {"rows", table.rows}};
+}
+
+/// The steps, what they begin with, and what there is to say of them.
+void AddExplanation(const TestExplanation& explanation, Json& json) {
+    json["explanation"] = Json::array();
+    json["explanation_tables"] = Json::array();
+    for (const ExplanationStep& step : explanation.steps) json["explanation"].push_back(ExplanationStepJson(step));
+    for (const ExplanationTable& table : explanation.tables) {
+        json["explanation_tables"].push_back(ExplanationTableJson(table));
+    }
+    if (!explanation.pairs.rows.empty()) json["explanation_tables"].push_back(ExplanationTableJson(explanation.pairs));
+    json["explanation_notes"] = explanation.notes;
+    json["explanation_agrees"] = explanation.agrees;
+}
+
 Json AdjustedJson(const std::optional<TestFamilyPValues::Adjusted>& adjusted) {
     if (!adjusted) return nullptr;
     return {{"holm", adjusted->holm}, {"benjamini_hochberg", adjusted->benjaminiHochberg}};
@@ -168,6 +195,7 @@ Json TestJson(const TestResult& test, const TestReading& reading,
         for (const auto& [name, value] : message.named) json["messages"].back()["named"][name] = value;
     }
     for (const ResultTable& table : test.content.tables) json["tables"].push_back(TableJson(table));
+    if (reading.explanation) AddExplanation(*reading.explanation, json);
     return json;
 }
 

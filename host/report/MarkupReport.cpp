@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <vector>
 
+#include "host/report/ExplanationText.h"
+
 namespace tarn {
 
 namespace {
@@ -21,6 +23,14 @@ std::string LineOf(const PageLine& line, const Markup& markup) {
         text += markup.Figure(figure);
         if (!figure.remark.empty()) text += " " + markup.Escaped(figure.remark);
     }
+    return text;
+}
+
+std::string ExplanationMarkup(const TestExplanation& explanation, const Markup& markup) {
+    std::string text = markup.Heading(kTest + 1, kExplanationTitle);
+    for (const ExplanationTable& table : explanation.tables) text += TableOf(PageTableOf(table), markup);
+    text += TableOf(StepTable(explanation), markup) + TableOf(PageTableOf(explanation.pairs), markup);
+    for (const std::string& note : explanation.notes) text += markup.Paragraph(note);
     return text;
 }
 
@@ -45,6 +55,7 @@ std::string TestText(const TestPage& page, const Markup& markup) {
     for (const PageNote& note : page.notes) {
         text += markup.Paragraph(std::string(TitleOf(note.kind)) + ": " + note.text);
     }
+    if (page.explanation) text += ExplanationMarkup(*page.explanation, markup);
     return text;
 }
 

@@ -14,6 +14,23 @@ void MakeLineOneLine(PageLine& line) {
     }
 }
 
+void MakeTableOneLine(ExplanationTable& table) {
+    MakeOneLine(table.title);
+    for (ExplanationTable::Column& column : table.columns) MakeOneLine(column.title);
+    for (std::vector<std::string>& row : table.rows) {
+        for (std::string& cell : row) MakeOneLine(cell);
+    }
+}
+
+void MakeExplanationOneLine(TestExplanation& explanation) {
+    for (ExplanationTable& table : explanation.tables) MakeTableOneLine(table);
+    MakeTableOneLine(explanation.pairs);
+    for (ExplanationStep& step : explanation.steps) {
+        for (std::string* const text : {&step.name, &step.formula, &step.numbers}) MakeOneLine(*text);
+    }
+    for (std::string& note : explanation.notes) MakeOneLine(note);
+}
+
 }  // namespace
 
 std::string FigureText(const PageFigure& figure) {
@@ -66,6 +83,7 @@ void MakeOneLine(TestPage& page) {
     MakeOneLine(page.orders);
     MakeOneLine(page.methods);
     for (PageNote& note : page.notes) MakeOneLine(note.text);
+    if (page.explanation) MakeExplanationOneLine(*page.explanation);
 }
 
 }  // namespace tarn

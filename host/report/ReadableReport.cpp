@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "host/TextList.h"
+#include "host/report/ExplanationText.h"
 #include "host/report/PageText.h"
 #include "host/report/TextLayout.h"
 #include "vocabulary/TestFacts.h"
@@ -43,6 +44,7 @@ class Block {
         for (const PageNote& note : page_.notes) {
             text += Wrapped(std::string(TitleOf(note.kind)) + ": " + note.text, style_.width, kIndent);
         }
+        if (page_.explanation) text += ExplanationText(*page_.explanation, style_.width, kIndent);
         return text;
     }
 
@@ -163,7 +165,10 @@ std::string ReadableReport(const PartsPage& page, const TextStyle& style) {
     if (!page.summary.IsEmpty()) {
         text = Wrapped(page.title, style.width, 0) + TableText(page.summary, style.width, kIndent);
     }
-    const bool hasMany = page.summary.rows.size() >= kFewestForSummary;
+    const auto isExplained = [](const PartPage& part) {
+        return std::ranges::any_of(part.page.tests, [](const TestPage& test) { return test.explanation.has_value(); });
+    };
+    const bool hasMany = page.summary.rows.size() >= kFewestForSummary && std::ranges::none_of(page.parts, isExplained);
     std::string notes;
     for (const PartPage& part : page.parts) {
         if (!part.mistake.empty()) {

@@ -279,7 +279,9 @@ ResultPage PageOf(const ResultReading& result, const MessageCatalogue& texts, co
     MakeAllOneLine(page.notes);
     page.record = RecordOf(result);
     if (result.record) page.program = ProgramOf(*result.record);
-    page.hasManyTests = page.tests.size() >= kFewestForSummary;
+    // Whoever asks how the numbers came about wants to see each test.
+    const auto isExplained = [](const TestPage& test) { return test.explanation.has_value(); };
+    page.hasManyTests = page.tests.size() >= kFewestForSummary && std::ranges::none_of(page.tests, isExplained);
     if (page.tests.empty()) return page;
     std::vector<SummaryRow> rows;
     for (std::size_t i = 0; i < page.tests.size(); ++i) rows.push_back({&result.tests[i], &page.tests[i], ""});

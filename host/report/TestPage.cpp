@@ -231,6 +231,7 @@ TestPage PageOf(const ResultReading& result, std::size_t place, const MessageCat
     page.notes = NotesOf(reading, result.document.tests[place], texts);
     page.hasFailed = reading.HasError();
     page.isRejected = IsRejected(reading, result);
+    page.explanation = reading.explanation;
     MakeOneLine(page);
     return page;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -117,8 +118,9 @@ struct TestPage {
     std::vector<PageFact> methods;
     std::string conclusion;  ///< a sentence that claims no more than the test does, and one on its pairs
     std::vector<PageNote> notes;
-    bool hasFailed = false;   ///< it was not done; a note says why
-    bool isRejected = false;  ///< whether its first significance is below the level of the run
+    std::optional<TestExplanation> explanation;  ///< how the numbers came about, where that was asked for
+    bool hasFailed = false;                      ///< it was not done; a note says why
+    bool isRejected = false;                     ///< whether its first significance is below the level of the run
 
     /// "Mann-Whitney U test: len by supp"
     std::string Heading() const { return subject.empty() ? title : title + ": " + subject; }

@@ -11,6 +11,7 @@
 #include "host/report/Number.h"
 #include "host/report/ResultDocument.h"
 #include "host/report/Supplement.h"
+#include "host/report/TestExplanation.h"
 
 namespace tarn {
 
@@ -180,9 +181,10 @@ struct TestReading {
         std::string text;
     };
     std::vector<Note> notes;
-    std::vector<std::string> remarks;        ///< what the host has to say about the numbers, as sentences
-    Supplement supplement;                   ///< what was made from the columns; empty for a stored document
-    std::vector<const EngineLimit*> limits;  ///< that the test passes; they stay with the program
+    std::vector<std::string> remarks;            ///< what the host has to say about the numbers, as sentences
+    Supplement supplement;                       ///< what was made from the columns; empty for a stored document
+    std::optional<TestExplanation> explanation;  ///< how the numbers came about, where that was asked for
+    std::vector<const EngineLimit*> limits;      ///< that the test passes; they stay with the program
 
     /// The set whose significance decides, or the first one; null for none.
     const StatisticSet* Leading() const;

@@ -93,6 +93,7 @@ void AddResults(nb::module_& m) {
         .def("html", &Report::Html, "request"_a, "notes"_a, "with_plots"_a, Unlocked())
         .def("html_of", &Report::HtmlOf, "test"_a, "id"_a, Unlocked())
         .def("svg", &Report::Svg, "test"_a, Unlocked())
+        .def("explanation", &Report::Explanation, "test"_a, Unlocked())
         .def("part_count", &Report::PartCount)
         .def("part", &Report::PartAt, "place"_a);
     nb::class_<tarn::FieldLook>(m, "FieldLook")

@@ -10,9 +10,11 @@
 #include "host/analysis/Report.h"
 #include "host/report/ApaReport.h"
 #include "host/report/CsvReport.h"
+#include "host/report/ExplanationText.h"
 #include "host/report/JsonReport.h"
 #include "host/report/MarkupReport.h"
 #include "host/report/ReadableReport.h"
+#include "host/report/TextLayout.h"
 #include "host/report/TextReport.h"
 
 namespace tarn {
@@ -32,6 +34,8 @@ std::optional<Report::Figures> DecidingOf(const TestReading& test) {
     return std::nullopt;
 }
 
+constexpr std::size_t kIndentOfExplanation = 3;
+constexpr const char* kNothingToExplain = "It has no numbers that could be explained.";
 constexpr const char* kTouched =
     "the data was written to since it was analysed; expected it as it was, or a rerun with what it is now";
 constexpr const char* kNoPlotsOfTouched = "The data was written to since it was analysed, so that it can't be drawn.";
@@ -148,6 +152,18 @@ const KeptTable* Report::TableOf(std::size_t part) const {
     return part < shared_->tables.size() ? shared_->tables[part].get() : nullptr;
 }
 
+const KeptTable& Report::CasesOf(std::size_t part) const {
+    const KeptTable* const kept = TableOf(part);
+    if (kept == nullptr) {
+        throw InputError(
+            "the result has no cases that could be drawn or explained; expected one of tarn.analyze, or of a test's "
+            "own function, "
+            "in the process that made it");
+    }
+    if (!kept->IsUntouched()) throw InputError(kTouched);
+    return *kept;
+}
+
 std::pair<std::size_t, std::size_t> Report::PlaceOf(std::size_t test) const {
     const std::vector<ResultPart>& parts = Supplied();
     for (std::size_t i = isSplit_ ? 0 : first_; i < (isSplit_ ? parts.size() : first_ + 1); ++i) {
@@ -234,17 +250,25 @@ std::string Report::HtmlOf(std::size_t test, const std::string& id) const {
 std::string Report::Svg(std::size_t test) const {
     const auto [part, place] = PlaceOf(test);
     const ResultReading& result = *Supplied()[part].result;
-    const KeptTable* const kept = TableOf(part);
-    if (kept == nullptr) {
-        throw InputError(
-            "the result has no cases that could be drawn; expected one of tarn.analyze, or of a test's own function, "
-            "in the process that made it");
-    }
-    if (!kept->IsUntouched()) throw InputError(kTouched);
-    const Drawing drawing(result, kept);
+    const Drawing drawing(result, &CasesOf(part));
     std::optional<std::string> svg = SvgOfTest(drawing.Source(), place);
     if (!svg) throw InputError(result.tests[place].title + " has nothing that could be drawn");
     return std::move(*svg);
+}
+
+std::string Report::Explanation(std::size_t test) const {
+    const auto [part, place] = PlaceOf(test);
+    ResultReading result = *Supplied()[part].result;
+    const KeptTable& kept = CasesOf(part);
+    const Drawing from(result, &kept);
+    const ReportSource& source = from.Source();
+    result.tests[place].explanation =
+        ExplanationOfTest(result, place, kept.Part().table, source.options, source.environment);
+    const TestPage page = tarn::PageOf(result, place, Texts());
+    const TextStyle style;
+    return page.Heading() + "\n" +
+           (page.explanation ? ExplanationText(*page.explanation, style.width, kIndentOfExplanation)
+                             : Wrapped(kNothingToExplain, style.width, kIndentOfExplanation));
 }
 
 Report Report::PartAt(std::size_t place) const {

@@ -72,6 +72,9 @@ class Report {
     /// Its plot. Throws an `InputError` where there is none.
     std::string Svg(std::size_t test) const;
 
+    /// How its numbers came about, as text. Throws an `InputError` where that can't be shown.
+    std::string Explanation(std::size_t test) const;
+
     /// How many parts there are; 0 of a whole analysis.
     std::size_t PartCount() const { return isSplit_ ? shared_->parts.size() : 0; }
     /// A part by itself, which shares what it is made of. One that couldn't be tested is not done, and says why.
@@ -97,6 +100,8 @@ class Report {
     const std::vector<ResultPart>& Supplied() const;
     /// What it was made of, or null.
     const KeptTable* TableOf(std::size_t part) const;
+    /// The same; throws an `InputError` where the cases aren't there as they were analysed.
+    const KeptTable& CasesOf(std::size_t part) const;
     /// The part of a test, and its place there.
     std::pair<std::size_t, std::size_t> PlaceOf(std::size_t test) const;
     /// The pages of a report, of one result or of parts, made into something else.

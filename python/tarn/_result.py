@@ -195,6 +195,10 @@ class TestResult:
         """The plot of the test, drawn from the cases that were analysed; it raises as `Result.plot` does."""
         return self.result._plot(self._place)
 
+    def explain(self) -> str:
+        """How the numbers of the test came about, as text; it raises as `Result.explain` does."""
+        return self.result._explanation(self._place)
+
     @property
     def effect(self) -> Effect | None:
         """The first one of the effects."""
@@ -237,6 +241,7 @@ class ReportTexts(Protocol):
     def html(self, request: str, notes: Sequence[str], with_plots: bool, /) -> str: ...
     def html_of(self, test: int, id: str, /) -> str: ...
     def svg(self, test: int, /) -> str: ...
+    def explanation(self, test: int, /) -> str: ...
     def deciding(self) -> Sequence[_Figures | None]: ...
     def part_count(self) -> int: ...
     def part(self, place: int, /) -> ReportTexts: ...
@@ -275,6 +280,9 @@ class _StoredTexts:
 
     def svg(self, test: int, /) -> str:
         raise InputError("the result comes from another process, without its cases; expected plot() where they are")
+
+    def explanation(self, test: int, /) -> str:
+        raise InputError("the result comes from another process, without its cases; expected explain() where they are")
 
     def deciding(self) -> Sequence[_Figures | None]:
         return ()  # they stand in the texts, too
@@ -611,6 +619,40 @@ class Result:
     def _plot(self, place: int) -> Plot:
         with errors_of_the_package():
             return Plot(self._texts.svg(place))
+
+    def explain(self, key: int | str | tuple[str, str] | None = None) -> str:
+        """How the numbers of the tests came about: ranks, sums, and each formula with its numbers put in.
+
+        Parameters
+        ----------
+        key : int, str or tuple of str
+            A test as in ``result[key]``; all of them if not given.
+
+        Returns
+        -------
+        str
+            The steps of each test, which a pocket calculator can follow, and whether they give the numbers of the
+            result.
+
+        Raises
+        ------
+        InputError
+            Of results of `tarn.load`, of `tarn.run` and of another process, which have no cases; where the data was
+            written to since.
+
+        Examples
+        --------
+        >>> result = tarn.analyze({"x": [3, 5, 4, 6], "g": ["a", "a", "b", "b"]}, "x ~ g", tests="mann-whitney")
+        >>> print(result.explain().splitlines()[12])
+              U             R1 - n1 (n1 + 1) / 2 = 4 - 2 * 3 / 2 = 1
+        """
+        if key is not None:
+            return self[key].explain()
+        return "\n".join(self._explanation(place) for place in range(len(self)))
+
+    def _explanation(self, place: int) -> str:
+        with errors_of_the_package():
+            return self._texts.explanation(place)
 
     def to_html(self, plots: bool = True) -> str:
         """A page for a browser, which stands by itself: it needs no script and fetches nothing.

@@ -202,6 +202,25 @@ def test_a_test_has_a_plot(result: tarn.Result, tmp_path: Path) -> None:
     assert (tmp_path / "one.svg").read_text() == one.plot().svg
 
 
+def test_a_test_says_how_its_numbers_came_about(tmp_path: Path) -> None:
+    columns = {"x": [1, 2, 2, 3, 4], "g": ["a", "a", "b", "b", "b"]}
+    result = tarn.analyze(columns, "x ~ g", tests=["mann-whitney", "median"])
+    text = result.explain()
+    # By hand: a has the ranks 1 and 2.5, and 2 * 3 / 2 of its U is its own.
+    assert "U             R1 - n1 (n1 + 1) / 2 = 3.5 - 2 * 3 / 2 = 0.5\n" in text
+    assert text == "\n".join(test.explain() for test in result)
+    assert result.explain("median") == result["median"].explain() == result.explain(1)
+    assert text.startswith("Mann-Whitney U test: x by g\n   How the numbers came about\n")
+    split = tarn.analyze({**columns, "s": ["m"] * 5}, "x ~ g", tests=["mann-whitney", "median"], split="s")
+    assert split.explain() == split.parts["m"].explain() == text
+    failed = tarn.analyze(COLUMNS, related=["x", "y"], nominal=["x", "y"], tests="mcnemar")  # of more than two values
+    assert "has no numbers that could be explained" in failed.explain()
+    result.save(tmp_path / "result.xml")
+    for caseless in (tarn.load(tmp_path / "result.xml"), pickle.loads(pickle.dumps(result))):
+        with pytest.raises(tarn.InputError, match="cases"):
+            caseless.explain()
+
+
 def test_plots_of_parts_are_those_of_their_records() -> None:
     columns = {**COLUMNS, "s": ["m", "f", "m", "f", "m", "f", "m", "f", "f"]}
     split = tarn.analyze(columns, independent="x", group="g", tests="kruskal-wallis", split="s")

@@ -5,33 +5,23 @@
 #include "onesample/LillieforsSignificance.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 
 #include "platform/common/QKMV.h"
+#include "vocabulary/LillieforsTable.h"
 
 namespace {
 
 constexpr std::int64_t kSmallestN = 5;
 constexpr double kTolerance = 1e-14;
 
-struct CriticalValues {
-    std::int64_t n;
-    double at20;  ///< of the significance 0.2
-    double at15;  ///< of the significance 0.15
-};
-
-constexpr std::array<CriticalValues, 22> kTable{
-    {{5, 0.289, 0.303},   {6, 0.269, 0.281},  {7, 0.252, 0.264},  {8, 0.239, 0.25},   {9, 0.227, 0.238},
-     {10, 0.217, 0.228},  {11, 0.208, 0.218}, {12, 0.2, 0.21},    {13, 0.193, 0.202}, {14, 0.187, 0.196},
-     {15, 0.181, 0.19},   {16, 0.176, 0.184}, {17, 0.171, 0.179}, {18, 0.167, 0.175}, {19, 0.163, 0.17},
-     {20, 0.159, 0.166},  {25, 0.143, 0.15},  {30, 0.131, 0.138}, {40, 0.115, 0.12},  {100, 0.074, 0.077},
-     {400, 0.037, 0.039}, {900, 0.025, 0.026}}};
+using Lilliefors::CriticalValues;
+using Lilliefors::kTable;
 
 /// Of n past the last row. As defined the divisor is n and not its square root. The table of critical values ends that
 /// way, and documents depend on it: nearly every D of a large sample lies above both.
 CriticalValues PastTheTable(std::int64_t n, double divisor) {
-    return {n, 0.736 / divisor, 0.768 / divisor};
+    return {n, Lilliefors::kPastTableAt20 / divisor, Lilliefors::kPastTableAt15 / divisor};
 }
 
 /// Of n from the first row's to the last one's.
@@ -51,21 +41,22 @@ struct Exponent {
     double c;
 
     explicit Exponent(double n) {
-        if (n > 100) {
-            a = -7.90289126054 * std::pow(n, 0.98);
-            b = 3.180370175721 * std::pow(n, 0.49);
-            c = 2.2947256;
+        using namespace Lilliefors::UpperTail;
+        if (n > kMostOfFirst) {
+            a = kLargeSquare * std::pow(n, kLargeSquarePower);
+            b = kLargeLinear * std::pow(n, kLargeLinearPower);
+            c = kLargeConstant;
         } else {
-            const double shifted = n + 2.78019;
-            a = -7.01256 * shifted;
-            b = 2.99587 * std::sqrt(shifted);
-            c = 2.1804661 + 0.974598 / std::sqrt(n) + 1.67997 / n;
+            const double shifted = n + kShift;
+            a = kSquare * shifted;
+            b = kLinear * std::sqrt(shifted);
+            c = kConstant + kOverRoot / std::sqrt(n) + kOverSize / n;
         }
     }
     /// The D of the significance 0.1, where the exponent is that of 0.1.
     double CriticalValueAt10() const { return (-b - std::sqrt(b * b - 4 * a * c)) / (2 * a); }
     double Significance(double difference) const {
-        return std::exp(a * difference * difference + b * difference + c - 2.3025851);
+        return std::exp(a * difference * difference + b * difference + c - Lilliefors::UpperTail::kLogOfTen);
     }
 };
 

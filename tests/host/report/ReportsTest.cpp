@@ -186,6 +186,20 @@ TEST(JsonReport, FitsItsSchema) {
     EXPECT_FALSE(FitsTheSchema(worse));
 }
 
+TEST(JsonReport, FitsItsSchemaWithAnExplanation) {
+    ResultReading reading = ReadAll(ReadResult(DocumentOf(SignTest())), Sentences());
+    TestExplanation& explanation = reading.tests[0].explanation.emplace();
+    explanation.tables = {{"Signs", {{"sign", true}, {"cases"}}, {{"above", "3"}}}};
+    explanation.steps = {{"S", "cases above", "", "3", "3"}, {"z", "0 / 0", "0 / 0", "nan", ""}};
+    explanation.notes = {"a note"};
+    const json result = json::parse(JsonReport(reading, Sentences()));
+    EXPECT_TRUE(FitsTheSchema(result));
+    EXPECT_EQ(result["tests"][0]["explanation"][1]["in_result"], nullptr);
+    json worse = result;
+    worse["tests"][0]["explanation"][0].erase("formula");
+    EXPECT_FALSE(FitsTheSchema(worse));
+}
+
 TEST(PartsJson, FitsItsSchema) {
     std::vector<ResultPart> parts(2);
     parts[0] = {"arm", "low", {"3 of 12 records"}, ReadAll(ReadResult(DocumentOf(SignTest())), Sentences()), ""};

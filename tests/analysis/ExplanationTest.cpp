@@ -1,0 +1,396 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <random>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "host/report/ExplanationText.h"
+#include "tests/analysis/AnalysisRun.h"
+#include "vocabulary/TestFacts.h"
+
+namespace tarn {
+namespace {
+
+using namespace analysis_test;
+
+/// A table with its analysis, every test explained.
+struct Explained {
+    Table table;
+    AnalysisOptions options;
+    ResultReading result;
+};
+
+AnalysisEnvironment EnglishEnvironment() {
+    AnalysisEnvironment environment = Environment();
+    environment.threads = 1;
+    return environment;
+}
+
+/// How the fields of a table are read: by their names, of those that it has.
+LoadOptions LoadingOf(const std::string& csv) {
+    const std::string header = "," + csv.substr(0, csv.find('\n')) + ",";
+    const auto those = [&](const std::vector<std::string>& names) {
+        std::vector<std::string> found;
+        for (const std::string& name : names) {
+            if (header.find("," + name + ",") != std::string::npos) found.push_back(name);
+        }
+        return found;
+    };
+    LoadOptions load;
+    load.nominal = those({"g", "h", "a", "b", "c"});
+    load.ordinal = those({"s", "t"});
+    return load;
+}
+
+enum class Weights { kNone, kByW };
+
+Explained Explain(const std::string& csv, AnalysisOptions options, Weights weights = Weights::kNone) {
+    LoadOptions load = LoadingOf(csv);
+    if (weights == Weights::kByW) load.weightField = "w";
+    Explained explained{TableOf(csv, load), std::move(options), {}};
+    PrepareTable(explained.table, explained.options);
+    const AnalysisEnvironment environment = EnglishEnvironment();
+    AnalysisOutcome outcome = Analyze(explained.table, explained.options, environment);
+    EXPECT_TRUE(outcome.succeeded);
+    explained.result = ReadAnalysis(std::move(outcome.document), explained.options, environment);
+    ExplainTests(explained.result, explained.table, explained.options, environment);
+    return explained;
+}
+
+// ---- All tests on random data ----
+
+/// What a table may have.
+struct Shape {
+    int records;
+    int values;  ///< so many different ones, so that there are ties
+    bool isWeighted;
+    bool hasMissing;
+    bool hasWeightless = false;
+};
+
+/// Where a record of weight 0 has a part in what the engine shows, which the cases alone don't tell: its value may be
+/// the one in front of the middle, so that it becomes the median; and behind all others a largest count is a step of
+/// its own.
+bool CountsWeightless(const TestReading& test) {
+    return test.name == Tests::kMedian.resultName ||
+           (test.name == Tests::kKolmogorovSmirnov.resultName && test.fields.front() == "p");
+}
+
+/// Fields of every kind: x, y, z of numbers; p of counts; a, b, c of two categories; s, t of ordered ones; g of two
+/// groups and h of four; w of weights, of which some are 0 and some have fractions.
+std::string RandomCsv(const Shape& shape, std::mt19937& random) {
+    const auto below = [&](int most) { return static_cast<int>(random() % static_cast<unsigned>(most)); };
+    const auto cell = [&](const std::string& text) {
+        return shape.hasMissing && below(12) == 0 ? std::string() : text;
+    };
+    const auto number = [&] { return std::to_string(below(shape.values)) + "." + std::to_string(below(2) * 5); };
+    std::string csv = "x,y,z,p,a,b,c,s,t,g,h,w\n";
+    for (int i = 0; i < shape.records; ++i) {
+        const int weight = below(4) + (shape.hasWeightless ? 0 : 1);
+        for (int field = 0; field < 3; ++field) csv += cell(number()) + ",";
+        csv += cell(std::to_string(below(6))) + ",";
+        for (int field = 0; field < 3; ++field) csv += cell(below(2 + field) == 0 ? "yes" : "no") + ",";
+        for (int field = 0; field < 2; ++field) csv += cell(std::to_string(1 + below(4))) + ",";
+        // Each group has a record.
+        const bool isOfFirst = i < 4;
+        csv += isOfFirst ? (i % 2 == 0 ? "f," : "m,") + std::to_string(i) + ","
+                         : cell(below(2) == 0 ? "f" : "m") + "," + cell(std::to_string(below(4))) + ",";
+        csv += std::to_string(weight) + (below(4) == 0 ? ".3" : "") + "\n";
+    }
+    return csv;
+}
+
+AnalysisOptions TestsOf(const std::vector<std::string>& tests) {
+    AnalysisOptions options;
+    options.tests = tests;
+    return options;
+}
+
+/// Requests that have all tests together.
+std::vector<AnalysisOptions> Requests() {
+    AnalysisOptions numbers = TestsOf({"runs", "wilcoxon", "binomial", "kolmogorov-smirnov"});
+    numbers.oneSample = {"x"};
+    numbers.testValue = 3;
+    numbers.distributions = {"normal", "uniform", "exponential"};
+    AnalysisOptions given = TestsOf({"kolmogorov-smirnov", "binomial", "runs"});
+    given.oneSample = {"y"};
+    given.distributions = {"normal"};
+    given.mean = 4.25;
+    given.standardDeviation = 2.5;
+    given.cutPoint = 3.5;
+    given.probability = 0.3;
+    AnalysisOptions counts = TestsOf({"kolmogorov-smirnov"});
+    counts.oneSample = {"p"};
+    counts.distributions = {"poisson"};
+    AnalysisOptions classes = TestsOf({"binomial", "chi-square", "runs"});
+    classes.oneSample = {"a", "b"};
+    AnalysisOptions expected = TestsOf({"chi-square"});
+    expected.oneSample = {"h"};
+    expected.expected = {{"0", 1}, {"1", 2}, {"2", 3}, {"3", 0.7}};
+    AnalysisOptions pair = TestsOf({"sign", "wilcoxon", "hodges-lehmann"});
+    pair.related = {"x", "y"};
+    AnalysisOptions fields = TestsOf({"friedman", "kendall"});
+    fields.related = {"x", "y", "z"};
+    fields.compare = "pairwise";
+    fields.alpha = 0.49;  // so that pairs are compared
+    AnalysisOptions answers = TestsOf({"mcnemar", "cochran"});
+    answers.related = {"a", "b"};
+    answers.alpha = 0.49;
+    AnalysisOptions successes = TestsOf({"cochran"});
+    successes.related = {"a", "b", "c"};
+    successes.success = {"no"};
+    successes.compare = "pairwise";
+    successes.alpha = 0.49;
+    AnalysisOptions margins = TestsOf({"marginal-homogeneity"});
+    margins.related = {"s", "t"};
+    AnalysisOptions two = TestsOf({"mann-whitney", "kolmogorov-smirnov", "wald-wolfowitz", "moses", "hodges-lehmann",
+                                   "kruskal-wallis", "median"});
+    two.independent = {"x"};
+    two.group = "g";
+    AnalysisOptions several = TestsOf({"kruskal-wallis", "jonckheere", "median"});
+    several.independent = {"x", "y"};
+    several.group = "h";
+    several.compare = "pairwise";
+    several.alpha = 0.49;
+    return {numbers, given, counts, classes, expected, pair, fields, answers, successes, margins, two, several};
+}
+
+std::vector<Number> NumbersOf(const TestReading& test) {
+    std::vector<Number> numbers;
+    for (const StatisticSet& set : test.statistics) {
+        numbers.insert(numbers.end(), {set.statistic, set.standardError, set.standardized, set.df});
+        for (const PValue& p : set.pValues) numbers.push_back(p.value);
+    }
+    for (const Interval& interval : test.intervals) {
+        numbers.insert(numbers.end(), {interval.estimate, interval.lower, interval.upper});
+    }
+    std::erase_if(numbers, [](const Number& number) { return number.empty(); });
+    return numbers;
+}
+
+/// Whether a step has that number, as it was worked out from the cases. An estimate is a difference of values up to 10.
+bool HasStep(const TestExplanation& explanation, const Number& number, bool isEstimate) {
+    const double scale = isEstimate ? 10 : std::fabs(number.value);
+    return std::ranges::any_of(explanation.steps, [&](const ExplanationStep& step) {
+        if (std::isnan(number.value)) return std::isnan(step.value.value);
+        return !step.document.empty() && std::fabs(step.value.value - number.value) <= 1e-12 * scale;
+    });
+}
+
+TEST(Explanation, GivesTheNumbersOfAllTestsOnRandomData) {
+    const Shape shapes[] = {{9, 5, false, false},     {14, 12, true, false},  {24, 8, false, true},
+                            {60, 6, true, true},      {130, 90, false, true}, {70, 40, true, true},
+                            {50, 9, true, true, true}};
+    std::mt19937 random(20);
+    std::set<std::string> seen;
+    for (int round = 0; round < 70; ++round) {
+        const Shape& shape = shapes[static_cast<std::size_t>(round) % std::size(shapes)];
+        const std::string csv = RandomCsv(shape, random);
+        for (const AnalysisOptions& options : Requests()) {
+            AnalysisOptions asked = options;
+            asked.listwise = round % 5 == 4;
+            const Explained explained = Explain(csv, asked, shape.isWeighted ? Weights::kByW : Weights::kNone);
+            for (const TestReading& test : explained.result.tests) {
+                if (test.HasError() || (shape.hasWeightless && CountsWeightless(test))) continue;
+                SCOPED_TRACE(test.name + " of " + test.fields.front() + "\n" + csv);
+                ASSERT_TRUE(test.explanation.has_value());
+                EXPECT_TRUE(test.explanation->agrees) << test.explanation->notes.back();
+                for (const Number& number : NumbersOf(test)) {
+                    EXPECT_TRUE(HasStep(*test.explanation, number, test.isEstimate)) << number.text;
+                }
+                seen.insert(test.name);
+                if (testing::Test::HasFailure()) return;
+            }
+        }
+    }
+    EXPECT_EQ(seen.size(), std::size(Tests::kAll));
+}
+
+// ---- Examples of textbooks, worked by hand ----
+
+const TestExplanation& OnlyExplanation(const Explained& explained) {
+    return *explained.result.tests.front().explanation;
+}
+
+/// The value of a step; NaN for a step that isn't there.
+double ValueOf(const TestExplanation& explanation, const std::string& name) {
+    const auto found = std::ranges::find(explanation.steps, name, &ExplanationStep::name);
+    return found == explanation.steps.end() ? std::nan("") : found->value.value;
+}
+
+/// Hollander and Wolfe (1973), Nonparametric Statistical Methods, page 116: half-times of mucociliary clearance of dust
+/// in normal subjects and those with obstructive airway disease or asbestosis. In order, with their groups:
+/// 2.0c 2.2c 2.4b 2.5a 2.6a 2.7b 2.8c 2.9a 3.0a 3.2a 3.4c 3.7c 3.8b 4.0b.
+TEST(Explanation, OfKruskalWallisIsWorkedByHand) {
+    const Explained explained = Explain(
+        "x,h\n2.9,a\n3.0,a\n2.5,a\n2.6,a\n3.2,a\n3.8,b\n2.7,b\n4.0,b\n2.4,b\n2.8,c\n3.4,c\n3.7,c\n2.2,c\n2.0,c\n", [] {
+            AnalysisOptions options = TestsOf({"kruskal-wallis"});
+            options.independent = {"x"};
+            options.group = "h";
+            return options;
+        }());
+    const TestExplanation& explanation = OnlyExplanation(explained);
+    ASSERT_EQ(explanation.tables.size(), 2U);
+    EXPECT_EQ(explanation.tables[0].rows.size(), 14U);
+    EXPECT_EQ(explanation.tables[0].rows[3], (std::vector<std::string>{"2.5", "1", "0", "0", "4"}));
+    // a: 4 + 5 + 8 + 9 + 10; b: 3 + 6 + 13 + 14; c: 1 + 2 + 7 + 11 + 12.
+    EXPECT_EQ(explanation.tables[1].rows[0], (std::vector<std::string>{"a", "5", "36", "7.2"}));
+    EXPECT_EQ(explanation.tables[1].rows[1], (std::vector<std::string>{"b", "4", "36", "9"}));
+    EXPECT_EQ(explanation.tables[1].rows[2], (std::vector<std::string>{"c", "5", "33", "6.6"}));
+    EXPECT_DOUBLE_EQ(ValueOf(explanation, "middle"), 7.5);     // 15 / 2
+    EXPECT_DOUBLE_EQ(ValueOf(explanation, "Q"), 13.5);         // 5 * .3^2 + 4 * 1.5^2 + 5 * .9^2
+    EXPECT_DOUBLE_EQ(ValueOf(explanation, "C"), 1);            // no ties
+    EXPECT_DOUBLE_EQ(ValueOf(explanation, "H"), 162.0 / 210);  // 12 * 13.5 / (14 * 15); the book has 0.771
+    EXPECT_DOUBLE_EQ(ValueOf(explanation, "df"), 2);
+    EXPECT_NEAR(ValueOf(explanation, "p asymptotic"), std::exp(-81.0 / 210), 1e-15);  // with 2 df: exp(-H / 2)
+}
+
+/// Hollander and Wolfe (1973), page 29: the Hamilton depression scale of nine patients before and after a
+/// tranquilizer. The differences have the magnitudes .010 .080 .147 .430 .490 .590 .620 .952 1.022 in their order, of
+/// which .080 and .147 alone are rises.
+TEST(Explanation, OfWilcoxonPairsIsWorkedByHand) {
+    AnalysisOptions options = TestsOf({"wilcoxon"});
+    options.related = {"x", "y"};
+    const Explained explained = Explain(
+        "x,y\n1.83,0.878\n0.50,0.647\n1.62,0.598\n2.48,2.05\n1.68,1.06\n1.88,1.29\n1.55,1.06\n3.06,3.14\n1.30,1.29\n",
+        options);
+    const TestExplanation& explanation = OnlyExplanation(explained);
+    EXPECT_DOUBLE_EQ(ValueOf(explanation, "n"), 9);
+    EXPECT_DOUBLE_EQ(ValueOf(explanation, "T"), 5);             // ranks 2 and 3
+    EXPECT_DOUBLE_EQ(ValueOf(explanation, "mean"), 22.5);       // 9 * 10 / 4
+    EXPECT_DOUBLE_EQ(ValueOf(explanation, "variance"), 71.25);  // 9 * 10 * 19 / 24
+    EXPECT_DOUBLE_EQ(ValueOf(explanation, "SE"), std::sqrt(71.25));
+    EXPECT_NEAR(ValueOf(explanation, "z"), -17.5 / std::sqrt(71.25), 1e-15);    // 5 - 22.5
+    EXPECT_NEAR(ValueOf(explanation, "p asymptotic"), 0.0381517101734, 1e-12);  // Python: math.erfc(17.5 / sqrt(142.5))
+    const auto step = std::ranges::find(explanation.steps, "T", &ExplanationStep::name);
+    EXPECT_EQ(step->numbers, "2 + 3");
+    EXPECT_TRUE(explanation.agrees);
+}
+
+/// Siegel and Castellan (1988), Nonparametric Statistics for the Behavioral Sciences, page 43: of 18 students under
+/// stress 16 took the way of tying a knot that they had learned first. Here as two records with weights.
+TEST(Explanation, OfBinomialIsWorkedByHand) {
+    AnalysisOptions options = TestsOf({"binomial"});
+    options.oneSample = {"a"};
+    const Explained explained = Explain("a,w\nfirst,16\nsecond,2\n", options, Weights::kByW);
+    const TestExplanation& explanation = OnlyExplanation(explained);
+    EXPECT_DOUBLE_EQ(ValueOf(explanation, "n"), 18);
+    EXPECT_DOUBLE_EQ(ValueOf(explanation, "X"), 16);
+    EXPECT_DOUBLE_EQ(ValueOf(explanation, "mean"), 9);
+    EXPECT_DOUBLE_EQ(ValueOf(explanation, "SE"), std::sqrt(4.5));       // 18 * .5 * .5
+    EXPECT_DOUBLE_EQ(ValueOf(explanation, "z"), 6.5 / std::sqrt(4.5));  // 16 - 9 - .5
+    // 1 + 18 + 153 of 2^18 outcomes have 16 or more; the book has .0007 to one side.
+    EXPECT_DOUBLE_EQ(ValueOf(explanation, "tail"), 172.0 / 262144);
+    EXPECT_DOUBLE_EQ(ValueOf(explanation, "p exact"), 344.0 / 262144);
+}
+
+/// Agresti (1990), Categorical Data Analysis, page 350: approval of a prime minister in two surveys, as four records
+/// with weights.
+TEST(Explanation, OfMcNemarIsWorkedByHand) {
+    AnalysisOptions options = TestsOf({"mcnemar"});
+    options.related = {"a", "b"};
+    const Explained explained =
+        Explain("a,b,w\nyes,yes,794\nyes,no,150\nno,yes,86\nno,no,570\n", options, Weights::kByW);
+    const TestExplanation& explanation = OnlyExplanation(explained);
+    EXPECT_EQ(explanation.tables[0].title, "Success is yes");
+    EXPECT_EQ(explanation.tables[0].rows[0], (std::vector<std::string>{"success", "794", "150"}));
+    EXPECT_DOUBLE_EQ(ValueOf(explanation, "n"), 236);
+    EXPECT_DOUBLE_EQ(ValueOf(explanation, "chi2"), 3969.0 / 236);  // (64 - 1)^2 / 236
+    EXPECT_TRUE(explanation.agrees);
+}
+
+/// Five cases in order: 1a, 2a and 2b tied, 3b, 4b. Ranks: a has 1 and 2.5, b has 2.5, 4 and 5.
+TEST(Explanation, OfMannWhitneyIsWorkedByHand) {
+    AnalysisOptions options = TestsOf({"mann-whitney"});
+    options.independent = {"x"};
+    options.group = "g";
+    const Explained explained = Explain("x,g\n1,a\n2,a\n2,b\n3,b\n4,b\n,b\n", options);
+    const TestExplanation& explanation = OnlyExplanation(explained);
+    EXPECT_DOUBLE_EQ(ValueOf(explanation, "R1"), 3.5);
+    EXPECT_DOUBLE_EQ(ValueOf(explanation, "U"), 0.5);          // 3.5 - 2 * 3 / 2
+    EXPECT_DOUBLE_EQ(ValueOf(explanation, "U of b"), 5.5);     // 2 * 3 - .5
+    EXPECT_DOUBLE_EQ(ValueOf(explanation, "tie sum"), 6);      // 2^3 - 2
+    EXPECT_DOUBLE_EQ(ValueOf(explanation, "variance"), 2.85);  // 6 / 20 * (125 - 5 - 6) / 12
+    EXPECT_DOUBLE_EQ(ValueOf(explanation, "z"), -2.5 / std::sqrt(2.85));
+    EXPECT_DOUBLE_EQ(ValueOf(explanation, "extreme"), 1);  // U = 0: both of a in front
+    EXPECT_DOUBLE_EQ(ValueOf(explanation, "all"), 10);     // 5! / (2! 3!)
+    EXPECT_DOUBLE_EQ(ValueOf(explanation, "p exact"), 0.2);
+}
+
+// ---- What is told ----
+
+TEST(Explanation, SaysWhereTheResultHasAnotherNumber) {
+    AnalysisOptions options = TestsOf({"mann-whitney"});
+    options.independent = {"x"};
+    options.group = "g";
+    Explained explained = Explain("x,g\n1,a\n2,a\n2,b\n3,b\n4,b\n", options);
+    explained.result.tests.front().statistics.front().standardError = "1.7";
+    ExplainTests(explained.result, explained.table, explained.options, EnglishEnvironment());
+    const TestExplanation& explanation = OnlyExplanation(explained);
+    EXPECT_FALSE(explanation.agrees);
+    EXPECT_EQ(
+        explanation.notes.back(),
+        "Warning: these steps don't give the numbers of the result: SE is 1.6881943016134133 here and 1.7 there.");
+    const std::string text = ExplanationText(explanation, 80, 3);
+    EXPECT_NE(text.find("Warning: these steps"), std::string::npos) << text;
+}
+
+TEST(Explanation, AgreesWhereNothingVaries) {
+    const std::string csv =
+        "x,y,a,b,s,t,g,h\n2,2,yes,yes,1,1,f,0\n2,2,yes,yes,1,1,f,1\n2,2,no,no,1,1,m,0\n2,2,no,no,2,2,m,1\n";
+    AnalysisOptions pair = TestsOf({"sign", "wilcoxon", "hodges-lehmann", "friedman", "kendall"});
+    pair.related = {"x", "y"};
+    AnalysisOptions answers = TestsOf({"mcnemar", "cochran"});
+    answers.related = {"a", "b"};
+    AnalysisOptions margins = TestsOf({"marginal-homogeneity"});
+    margins.related = {"s", "t"};
+    AnalysisOptions groups =
+        TestsOf({"mann-whitney", "kolmogorov-smirnov", "wald-wolfowitz", "moses", "hodges-lehmann", "kruskal-wallis"});
+    groups.independent = {"x"};
+    groups.group = "g";
+    AnalysisOptions ordered = TestsOf({"jonckheere"});
+    ordered.independent = {"x"};
+    ordered.group = "h";
+    for (const AnalysisOptions& options : {pair, answers, margins, groups, ordered}) {
+        const Explained explained = Explain(csv, options);
+        for (const TestReading& test : explained.result.tests) {
+            if (test.HasError()) continue;
+            ASSERT_TRUE(test.explanation.has_value()) << test.name;
+            EXPECT_TRUE(test.explanation->agrees) << test.name << ": " << test.explanation->notes.back();
+        }
+    }
+}
+
+TEST(Explanation, FollowsTheDefinedArithmeticToo) {
+    std::mt19937 random(3);
+    const std::string csv = RandomCsv({60, 6, true, true}, random);
+    for (AnalysisOptions options : Requests()) {
+        options.asDefined = true;
+        for (const TestReading& test : Explain(csv, options, Weights::kByW).result.tests) {
+            if (test.HasError()) continue;
+            EXPECT_TRUE(test.explanation->agrees) << test.name << ": " << test.explanation->notes.back();
+        }
+    }
+}
+
+TEST(Explanation, ShowsTheEndsOfLongTables) {
+    std::string csv = "x,g\n";
+    for (int i = 0; i < 500; ++i) csv += std::to_string(i) + (i % 2 == 0 ? ",a\n" : ",b\n");
+    AnalysisOptions options = TestsOf({"mann-whitney"});
+    options.independent = {"x"};
+    options.group = "g";
+    const TestExplanation explanation = OnlyExplanation(Explain(csv, options));
+    const std::vector<std::vector<std::string>>& rows = explanation.tables.front().rows;
+    ASSERT_EQ(rows.size(), 21U);
+    EXPECT_EQ(rows[9][0], "9");
+    EXPECT_EQ(rows[10], std::vector<std::string>(4, "..."));
+    EXPECT_EQ(rows[11][0], "490");
+    EXPECT_DOUBLE_EQ(ValueOf(explanation, "R1"), 62500);  // 1 + 3 + ... + 499
+}
+
+}  // namespace
+}  // namespace tarn
