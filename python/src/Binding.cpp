@@ -18,6 +18,7 @@
 #include "host/InputError.h"
 #include "host/TestNames.h"
 #include "host/WholeFile.h"
+#include "host/report/AdjustedPValues.h"
 #include "host/report/Explanation.h"
 #include "host/report/HtmlReport.h"
 #include "python/src/CallData.h"
@@ -51,6 +52,16 @@ Report Run(CallData& data, bool isPlan, const std::string& name, const std::stri
            const std::string& libraryFolder, nb::object onProgress) {
     return RunOnData(data, isPlan, name, json, {weights, threads, memory, isStrict, isExtended, isBrief},
                      {libraryFolder, std::move(onProgress)});
+}
+
+/// `adjust`: the name of a method, "" for none.
+Report Join(const std::vector<Report>& reports, const std::string& adjust) {
+    return Report::Joined(reports, tarn::AdjustmentOf(adjust));
+}
+
+/// The significances of one family adjusted by the method of that name. NaN stays, and doesn't count.
+std::vector<double> AdjustedBy(const std::vector<double>& pValues, const std::string& adjust) {
+    return tarn::Adjusted(pValues, tarn::AdjustmentOf(adjust).value());
 }
 
 void AddData(nb::module_& m) {
@@ -93,7 +104,8 @@ void AddResults(nb::module_& m) {
         .def("html_of", &Report::HtmlOf, "test"_a, "id"_a, Unlocked())
         .def("svg", &Report::Svg, "test"_a, Unlocked())
         .def("part_count", &Report::PartCount)
-        .def("part", &Report::PartAt, "place"_a);
+        .def("part", &Report::PartAt, "place"_a)
+        .def("add_note", &Report::AddNote, "note"_a);
     nb::class_<tarn::FieldLook>(m, "FieldLook")
         .def_ro("name", &tarn::FieldLook::name)
         .def_ro("kind", &tarn::FieldLook::kind)
@@ -127,6 +139,8 @@ NB_MODULE(_binding, m) {
     m.def(
         "explain", [](const std::string& topic) { return tarn::Explanation(topic, tarn::MessageCatalogue::English()); },
         "topic"_a);
+    m.def("join", &Join, "reports"_a, "adjust"_a, Unlocked());
+    m.def("adjusted", &AdjustedBy, "pvalues"_a, "adjust"_a, Unlocked());
     m.def("tests", &ListOfTests);
     m.def("style_sheet", &tarn::HtmlStyleSheet);
     m.def("write", &tarn::WriteWholeFile, "path"_a, "content"_a, Unlocked());

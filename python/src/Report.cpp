@@ -6,6 +6,7 @@
 
 #include "host/InputError.h"
 #include "host/analysis/Report.h"
+#include "host/beyond/Supplements.h"
 #include "host/report/ApaReport.h"
 #include "host/report/CsvReport.h"
 #include "host/report/JsonReport.h"
@@ -77,6 +78,42 @@ Report::Report(std::vector<ResultPart> parts, std::vector<std::string> documents
     : shared_(Share(std::move(parts), std::move(documents), nullptr, std::move(tables))),
       notes_(std::move(notes)),
       isSplit_(true) {}
+
+namespace {
+
+/// A field that misses every value in one analysis has its categories in another.
+void TakeCategories(std::vector<ResultField>& fields, const std::vector<ResultField>& others) {
+    if (fields.size() != others.size()) throw std::invalid_argument("analyses of other fields can't be joined");
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        if (others[i].categories.size() > fields[i].categories.size()) fields[i] = others[i];
+    }
+}
+
+}  // namespace
+
+Report Report::Joined(const std::vector<Report>& reports, std::optional<Adjustment> adjustment) {
+    ResultReading joined;
+    std::vector<std::string> notes;
+    std::vector<std::string> remarks;
+    const auto append = [](auto& all, const auto& more) { all.insert(all.end(), more.begin(), more.end()); };
+    for (const Report& report : reports) {
+        const ResultReading& reading = *report.Supplied()[report.first_].result;
+        if (&report == &reports.front()) {
+            joined = reading;
+        } else {
+            TakeCategories(joined.document.fields, reading.document.fields);
+            append(joined.document.tests, reading.document.tests);
+            append(joined.document.descriptives, reading.document.descriptives);
+            append(joined.tests, reading.tests);
+            append(joined.fields, reading.fields);
+        }
+        append(notes, report.notes_);
+        append(remarks, report.remarks_);
+    }
+    joined.family = AdjustTogether(joined.tests);
+    if (adjustment) AdjustTests(joined, *adjustment);
+    return {std::move(joined), "", std::move(notes), std::move(remarks), nullptr, {}};
+}
 
 std::shared_ptr<Report::Shared> Report::Share(std::vector<ResultPart> parts, std::vector<std::string> documents,
                                               Supply supply, Tables tables) {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "host/analysis/Report.h"
+#include "host/report/AdjustedPValues.h"
 #include "host/report/PartsReport.h"
 #include "python/src/KeptTable.h"
 
@@ -39,6 +40,14 @@ class Report {
     /// One in parts, at least one, each with its table. `notes` are on all of them.
     Report(std::vector<ResultPart> parts, std::vector<std::string> documents, std::vector<std::string> notes,
            Tables tables);
+
+    /// The tests of several whole analyses as those of one. Their significances are one family, adjusted by
+    /// `adjustment`, too, where one is named. They have no document in common and no cases. At least one, all of them
+    /// done, and their tables have the same columns, since a document names fields by their places.
+    static Report Joined(const std::vector<Report>& reports, std::optional<Adjustment> adjustment);
+
+    /// Adds a note on the data in front of the others.
+    void AddNote(std::string note) { notes_.insert(notes_.begin(), std::move(note)); }
 
     bool IsDone() const { return isDone_; }
     long FailureCode() const { return failureCode_; }

@@ -9,7 +9,7 @@ from types import FunctionType, ModuleType
 import pytest
 import tarn
 from conftest import ROOT
-from tarn import _analyze, _functions, _result
+from tarn import _analyze, _functions, _result, _screen
 
 FLAGS = doctest.NORMALIZE_WHITESPACE | doctest.ELLIPSIS
 
@@ -21,7 +21,7 @@ def test_readme(page: str, least: int, monkeypatch: pytest.MonkeyPatch) -> None:
     assert attempted >= least and failed == 0
 
 
-@pytest.mark.parametrize("module", [_analyze, _functions, _result])
+@pytest.mark.parametrize("module", [_analyze, _functions, _result, _screen])
 def test_docstrings(module: ModuleType) -> None:
     failed, _ = doctest.testmod(module, extraglobs={"tarn": tarn}, optionflags=FLAGS)
     assert failed == 0
