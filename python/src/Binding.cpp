@@ -54,8 +54,13 @@ Report Run(CallData& data, bool isPlan, const std::string& name, const std::stri
                      {libraryFolder, std::move(onProgress)});
 }
 
+/// Throws an `InputError` for a name of the request that none of these columns has.
+void CheckColumns(const Request& request, const std::vector<std::string>& columns) {
+    request.Columns().Check({columns.begin(), columns.end()});
+}
+
 /// `adjust`: the name of a method, "" for none.
-Report Join(const std::vector<Report>& reports, const std::string& adjust) {
+Report Join(const std::vector<std::pair<std::string, Report>>& reports, const std::string& adjust) {
     return Report::Joined(reports, tarn::AdjustmentOf(adjust));
 }
 
@@ -79,7 +84,8 @@ void AddData(nb::module_& m) {
         .def(nb::init<const std::string&>(), "json"_a)
         .def(
             "wants", [](const Request& request, const std::string& column) { return request.Columns().Wants(column); },
-            "column"_a);
+            "column"_a)
+        .def("check", &CheckColumns, "columns"_a);
 }
 
 void AddResults(nb::module_& m) {

@@ -83,36 +83,48 @@ namespace {
 
 /// A field that misses every value in one analysis has its categories in another.
 void TakeCategories(std::vector<ResultField>& fields, const std::vector<ResultField>& others) {
-    if (fields.size() != others.size()) throw std::invalid_argument("analyses of other fields can't be joined");
     for (std::size_t i = 0; i < fields.size(); ++i) {
+        if (i >= others.size() || others[i].name != fields[i].name) {
+            throw std::invalid_argument("analyses of other fields can't be joined");
+        }
         if (others[i].categories.size() > fields[i].categories.size()) fields[i] = others[i];
+    }
+}
+
+/// Takes over the tests of a field, and what is said of it beside them.
+void TakeField(ResultReading& joined, const ResultReading& reading, const std::string& field) {
+    TakeCategories(joined.document.fields, reading.document.fields);
+    for (std::size_t i = 0; i < reading.tests.size(); ++i) {
+        if (reading.tests[i].fields.front() != field) continue;
+        joined.tests.push_back(reading.tests[i]);
+        joined.document.tests.push_back(reading.document.tests[i]);
+    }
+    for (std::size_t i = 0; i < reading.fields.size(); ++i) {
+        if (reading.fields[i].field != field) continue;
+        joined.fields.push_back(reading.fields[i]);
+        joined.document.descriptives.push_back(reading.document.descriptives[i]);
     }
 }
 
 }  // namespace
 
-Report Report::Joined(const std::vector<Report>& reports, std::optional<Adjustment> adjustment) {
-    ResultReading joined;
+Report Report::Joined(const std::vector<std::pair<std::string, Report>>& reports,
+                      std::optional<Adjustment> adjustment) {
+    ResultReading joined = *reports.front().second.Supplied()[reports.front().second.first_].result;
+    joined.tests.clear();
+    joined.fields.clear();
+    joined.document.tests.clear();
+    joined.document.descriptives.clear();
     std::vector<std::string> notes;
-    std::vector<std::string> remarks;
-    const auto append = [](auto& all, const auto& more) { all.insert(all.end(), more.begin(), more.end()); };
-    for (const Report& report : reports) {
-        const ResultReading& reading = *report.Supplied()[report.first_].result;
-        if (&report == &reports.front()) {
-            joined = reading;
-        } else {
-            TakeCategories(joined.document.fields, reading.document.fields);
-            append(joined.document.tests, reading.document.tests);
-            append(joined.document.descriptives, reading.document.descriptives);
-            append(joined.tests, reading.tests);
-            append(joined.fields, reading.fields);
+    for (const auto& [field, report] : reports) {
+        TakeField(joined, *report.Supplied()[report.first_].result, field);
+        for (const std::string& note : report.notes_) {
+            if (std::ranges::find(notes, note) == notes.end()) notes.push_back(note);
         }
-        append(notes, report.notes_);
-        append(remarks, report.remarks_);
     }
     joined.family = AdjustTogether(joined.tests);
     if (adjustment) AdjustTests(joined, *adjustment);
-    return {std::move(joined), "", std::move(notes), std::move(remarks), nullptr, {}};
+    return {std::move(joined), "", std::move(notes), {}, nullptr, {}};
 }
 
 std::shared_ptr<Report::Shared> Report::Share(std::vector<ResultPart> parts, std::vector<std::string> documents,

@@ -41,10 +41,12 @@ class Report {
     Report(std::vector<ResultPart> parts, std::vector<std::string> documents, std::vector<std::string> notes,
            Tables tables);
 
-    /// The tests of several whole analyses as those of one. Their significances are one family, adjusted by
-    /// `adjustment`, too, where one is named. They have no document in common and no cases. At least one, all of them
-    /// done, and their tables have the same columns, since a document names fields by their places.
-    static Report Joined(const std::vector<Report>& reports, std::optional<Adjustment> adjustment);
+    /// The tests of several whole analyses as those of one: of each those of the field that stands with it, from data
+    /// in which the others miss every value. All were asked for the same, since a document names fields by their
+    /// places. Significances are one family, adjusted by `adjustment`, too, where one is named. There is no document of
+    /// it, and there are no cases. At least one, all of them done.
+    static Report Joined(const std::vector<std::pair<std::string, Report>>& reports,
+                         std::optional<Adjustment> adjustment);
 
     /// Adds a note on the data in front of the others.
     void AddNote(std::string note) { notes_.insert(notes_.begin(), std::move(note)); }

@@ -617,10 +617,12 @@ class Result:
         Raises
         ------
         InputError
-            For a result in parts, which have a document each.
+            For a result in parts, which have a document each, and for several columns of a frame of Dask.
         """
         if "parts" in self._json:
             raise InputError("a result in parts is no one document; expected to_xml() of one of its parts")
+        if not self._texts.document:
+            raise InputError("the result rests on several counts and is no one document; expected that of a single column")
         return self._texts.document
 
     def to_text(self, details: bool = False) -> str:

@@ -13,9 +13,10 @@ from ._blocks import Block, Inquiry, Work
 from ._crew import Cluster, Cores, Crew, blocks_of
 from ._errors import EngineError, InputError, errors_of_the_package
 from ._frames import arrow_of_columns, frame_of_arrow, frame_of_columns
+from ._names import columns_in_common, columns_meant, unknown_column
 from ._parts import PartFolder, digest_of
 from ._progress import Progress, shown_progress
-from ._request import Adjust, Alternative, Fields, Like, Zeros, as_json, make_request, near_name
+from ._request import Adjust, Alternative, Fields, Like, Zeros, make_request, near_name
 from ._result import SCREENED
 from ._sources import Source, imported, source_of
 
@@ -27,7 +28,7 @@ _ADJUSTED: tuple[tuple[str, str, Adjust | None], ...] = (
     ("p_holm", "pvalue", "holm"), ("p_bh", "pvalue", "bh"), ("p_adjusted", "p_asked", None),
 )  # fmt: skip
 # Arguments that name columns; a block has some of them alone, so that they are looked up before.
-_NAMING_FIELDS = ("group", "weights", "nominal", "ordinal", "continuous", "order", "reference", "label")
+_NAMING_FIELDS = ("nominal", "ordinal", "continuous", "order", "reference", "label")
 # Of so many tests the summary shows a line each.
 _SHOWN = 10
 
@@ -89,7 +90,7 @@ class Screening:
         self.request = dict(request)
         self.out = None if folder is None else folder.path
         self.notes = list(notes)
-        self._library, self._alpha = library, alpha
+        self._library, self._alpha = library, alpha if alpha <= 1 else alpha / _ALL
         self._columns, self._folder, self._blocks = columns, folder, blocks
 
     @functools.cached_property
@@ -129,7 +130,7 @@ class Screening:
         rows = [dict(zip(columns, values, strict=True)) for values in zip(*columns.values(), strict=True)]
         family = sorted((row for row in rows if row["in_family"]), key=lambda row: row["pvalue"])
         rejected = {
-            name: sum(row[column] <= self._alpha for row in family)
+            name: sum(row[column] < self._alpha for row in family)
             for name, column in (("alone", "pvalue"), ("Holm", "p_holm"), ("Benjamini-Hochberg", "p_bh"))
         }
         lines = [
@@ -254,18 +255,17 @@ def _inquiry_of(
 ) -> tuple[Inquiry, list[tuple[str, ...]]]:
     """What is asked of each field, and the fields of each test."""
     rest = {name: value for name, value in asked.items() if name != "adjust"}
-    request = _binding.Request(as_json({**rest, "one_sample": []}))
-    common = tuple(name for name in source.names if request.wants(name))
+    common = columns_in_common(rest, source.names)
     lowered = {name.lower() for name in source.names}
     for argument in _NAMING_FIELDS:
         named = rest.get(argument, [])
         for name in [named] if isinstance(named, str) else named:
             if name.lower() not in lowered:
-                raise InputError(f"{argument}: {_unknown(name, source.names)}")
+                raise InputError(f"{argument}: {unknown_column(name, source.names)}")
     if pairs is None:
         found = [name for name in source.names if name not in common] if fields is None else []
         if fields is not None:
-            meant = _meant(make_request({"one_sample": fields})["one_sample"], source.names)
+            meant = columns_meant(make_request({"one_sample": fields})["one_sample"], source.names)
             found = [name for name in meant if name not in common]
         tested: list[tuple[str, ...]] = [(name,) for name in found]
         family = "independent" if "group" in rest else "one_sample"
@@ -287,26 +287,9 @@ def _checked_pairs(pairs: Sequence[Sequence[str]], names: Sequence[str]) -> list
             raise InputError(f"pairs= has {pair!r}; expected two columns or more that differ")
         for name in columns:
             if name not in known:
-                raise InputError(_unknown(name, names))
+                raise InputError(unknown_column(name, names))
         checked.append(columns)
     return checked
-
-
-def _unknown(name: str, names: Sequence[str]) -> str:
-    return f'the data has no column "{name}"{near_name(name, names)}'
-
-
-def _meant(words: Sequence[str], names: Sequence[str]) -> list[str]:
-    """The columns that names and patterns mean, in the order of the words, as a call of the engine takes them."""
-    known = set(names)
-    meant: dict[str, None] = {}
-    for word in words:
-        wants = _binding.Request(as_json({"one_sample": [word]})).wants
-        found = [word] if word in known else [name for name in names if wants(name)]
-        if not found:
-            raise InputError(_unknown(word, names))
-        meant.update(dict.fromkeys(found))
-    return list(meant)
 
 
 class _Run:

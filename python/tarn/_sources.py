@@ -13,6 +13,7 @@ from types import ModuleType
 from typing import Any, Protocol
 
 from . import _tables
+from ._analyze import is_counted
 from ._errors import InputError
 from ._request import is_unicode
 
@@ -87,12 +88,11 @@ def imported(library: str, wanted_for: str) -> ModuleType:
 
 def source_of(data: Any) -> Source:
     """What a table of any kind is for a screening."""
-    library = _tables.library_of(data)
     if isinstance(data, (str, os.PathLike)):
         return _source_of_paths([os.fspath(data)])
     if isinstance(data, (list, tuple)) and data and all(isinstance(each, (str, os.PathLike)) for each in data):
         return _source_of_paths([os.fspath(each) for each in data])
-    if library == "dask" and hasattr(data, "to_delayed") and hasattr(data, "columns"):
+    if is_counted(data):
         return _DaskFrame(data)
     return Frame(data)
 
