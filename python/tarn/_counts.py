@@ -76,8 +76,26 @@ class _Counting:
     most: int
     all_partitions: int
 
-    def of_partition(self, frame: Any) -> _Counts:
+    # A refusal is handed on as what comes of a task: one that is raised would be logged by each worker as a failure.
+
+    def of_partition(self, frame: Any) -> _Counts | InputError:
         """Counts one partition, a frame of pandas."""
+        try:
+            return self._of_partition(frame)
+        except InputError as refusal:
+            return refusal
+
+    def together(self, counts: Sequence[_Counts | InputError]) -> _Counts | InputError:
+        """Puts counts together."""
+        for each in counts:
+            if isinstance(each, InputError):
+                return each
+        try:
+            return self._together([each for each in counts if isinstance(each, _Counts)])
+        except InputError as refusal:
+            return refusal
+
+    def _of_partition(self, frame: Any) -> _Counts:
         frame = frame.rename(columns=str)
         for name, step in self.steps.items():
             frame = frame.assign(**{name: (frame[name] / step).round() * step})
@@ -87,23 +105,21 @@ class _Counting:
             counted = frame.assign(**{_COUNT: 1})
         return self._checked(_Counts([_summed(counted, columns) for columns in self.sets], len(frame), 1))
 
-    def together(self, counts: Sequence[_Counts]) -> _Counts:
-        """Puts counts together."""
+    def _together(self, counts: Sequence[_Counts]) -> _Counts:
         concat = imported("dask.dataframe.dispatch", "a frame of Dask").concat
         tables = [
             _summed(concat([each.tables[place] for each in counts]), columns) for place, columns in enumerate(self.sets)
         ]
-        return self._checked(
-            _Counts(tables, sum(each.records for each in counts), sum(each.partitions for each in counts))
-        )
+        return self._checked(_Counts(tables, sum(each.records for each in counts), sum(each.partitions for each in counts)))
 
     def _checked(self, counts: _Counts) -> _Counts:
         for columns, table in zip(self.sets, counts.tables, strict=True):
             if len(table) > self.most:
                 raise InputError(
                     f"{_listed(columns)}: {len(table):,} distinct combinations in {counts.records:,} records, "
-                    f"{counts.partitions:,} of {self.all_partitions:,} partitions; expected {self.most:,} at most: fewer by "
-                    f"resolution=, which rounds numbers, more by combinations=, or a sample, like data.sample(frac=0.01)"
+                    f"{counts.partitions:,} of {self.all_partitions:,} partitions; expected {self.most:,} at most: "
+                    "fewer by resolution=, which rounds numbers, more by combinations=, or a sample, like "
+                    "data.sample(frac=0.01)"
                 )
         return counts
 
@@ -159,14 +175,18 @@ def _steps_of(resolution: Any, asked: Mapping[str, Any], frame: Any, units: Sequ
     if resolution is None:
         return {}
     if "formula" in asked and not isinstance(resolution, Mapping):
-        raise InputError(f'resolution={resolution!r} beside a formula; expected a dict of its columns, like {{"score": 0.1}}')
+        raise InputError(
+            f'resolution={resolution!r} beside a formula; expected a dict of its columns, like {{"score": 0.1}}'
+        )
     common = () if "formula" in asked else columns_in_common(asked, list(frame.columns))
     counted = dict.fromkeys(name for unit in units for name in unit.columns if name not in common)
     are_numbers = [name for name in counted if getattr(frame[name].dtype, "kind", "O") in "iuf"]
     steps = resolution if isinstance(resolution, Mapping) else dict.fromkeys(are_numbers, resolution)
     for name, step in steps.items():
         if name not in are_numbers:
-            raise InputError(f'resolution= has "{name}", which is no tested column of numbers{near_name(name, are_numbers)}')
+            raise InputError(
+                f'resolution= has "{name}", which is no tested column of numbers{near_name(name, are_numbers)}'
+            )
         if isinstance(step, bool) or not isinstance(step, numbers.Real) or not 0 < float(step) < math.inf:
             raise InputError(f"resolution={step!r}; expected a step above 0, in the unit of the column, or a dict of them")
     return {name: float(step) for name, step in steps.items()}
@@ -208,7 +228,9 @@ def _count(data: Any, counting: _Counting, columns: Sequence[str]) -> _Counts:
             dask.delayed(_Counting.together, pure=False)(counting, counts[start : start + _PARTS_TOGETHER])
             for start in range(0, len(counts), _PARTS_TOGETHER)
         ]
-    counted: _Counts = dask.compute(counts[0])[0]
+    counted: _Counts | InputError = dask.compute(counts[0])[0]
+    if isinstance(counted, InputError):
+        raise counted
     return counted
 
 
@@ -276,7 +298,8 @@ def _part_of(on_progress: Progress | None, place: int, count: int) -> Progress |
 
 def _note_of(counting: _Counting, counts: _Counts) -> str:
     """What the numbers of the result rest on."""
-    of_sets = [f"{len(table):,} of {_listed(columns)}" for columns, table in zip(counting.sets, counts.tables, strict=True)]
+    sets = zip(counting.sets, counts.tables, strict=True)
+    of_sets = [f"{len(table):,} of {_listed(columns)}" for columns, table in sets]
     if len(of_sets) > _NAMED:
         of_sets = [*of_sets[:_NAMED], f"those of {len(of_sets) - _NAMED} others"]
     rounded = "".join(f"; {name} was rounded to multiples of {step:g} before" for name, step in counting.steps.items())

@@ -142,8 +142,8 @@ class Cluster:
             worker = failure.last_worker
             raise EngineError(
                 f"the worker {worker.address} on {worker.host} died at {told_fields(work.fields)}, the last one of "
-                f"{failure.allowed_failures + 1}, mostly for want of memory; expected workers with more of it, or fewer fields "
-                "at a time by block="
+                f"{failure.allowed_failures + 1}, mostly for want of memory; expected workers with more of it, or fewer "
+                "fields at a time by block="
             ) from None
         return block
 

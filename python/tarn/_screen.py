@@ -11,7 +11,7 @@ from typing import Any, TypedDict, Unpack
 from . import _binding
 from ._blocks import Block, Inquiry, Work
 from ._crew import Cluster, Cores, Crew, blocks_of
-from ._errors import EngineError, InputError, errors_of_the_package
+from ._errors import InputError, errors_of_the_package
 from ._frames import arrow_of_columns, frame_of_arrow, frame_of_columns
 from ._names import columns_in_common, columns_meant, unknown_column
 from ._parts import PartFolder, digest_of
@@ -138,7 +138,8 @@ class Screening:
             f"   rejected at {self._alpha:g}: " + ", ".join(f"{name} {count:,}" for name, count in rejected.items()),
         ]
         lines += [
-            f"   {row['fields']}  {row['name']}  {_shown(row['statistic'])}  p = {row['pvalue']:.3g}, Holm {row['p_holm']:.3g}"
+            f"   {row['fields']}  {row['name']}  {_shown(row['statistic'])}  "
+            f"p = {row['pvalue']:.3g}, Holm {row['p_holm']:.3g}"
             for row in family[:_SHOWN]
         ]
         return "\n".join([*lines, *(f"Note: {note}" for note in self.notes)])

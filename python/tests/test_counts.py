@@ -5,8 +5,11 @@ from __future__ import annotations
 import json
 import math
 import os
+import pickle
 import signal
-from collections.abc import Iterator, Mapping
+import threading
+import time
+from collections.abc import Mapping
 from typing import Any
 
 import dask.dataframe
@@ -17,8 +20,6 @@ import tarn
 from hypothesis import Phase, given, settings
 from hypothesis import strategies as st
 from test_same_as_command import tables
-
-distributed = pytest.importorskip("distributed")
 
 # All tests but that of runs. Fitted distributions rest on a mean and a deviation, whose last digits depend on the order
 # of the records: they are compared by themselves.
@@ -67,10 +68,18 @@ def differences(found: Any, expected: Any, place: str = "") -> list[tuple[str, A
     if isinstance(found, dict) and isinstance(expected, dict) and found.keys() == expected.keys():
         return [each for name in found for each in differences(found[name], expected[name], f"{place}.{name}")]
     if isinstance(found, list) and isinstance(expected, list) and len(found) == len(expected):
-        return [each for number in range(len(found)) for each in differences(found[number], expected[number], f"{place}[{number}]")]
+        return [
+            each
+            for number in range(len(found))
+            for each in differences(found[number], expected[number], f"{place}[{number}]")
+        ]
     is_sum = ".effects[" in place and place.endswith((".lower", ".upper")) or ".lines[1][" in place
     are_numbers = isinstance(found, float) and isinstance(expected, float)
-    is_same = math.isclose(found, expected, rel_tol=1e-13, abs_tol=1e-9 if ".lines" in place else 0) if is_sum and are_numbers else found == expected
+    is_same = (
+        math.isclose(found, expected, rel_tol=1e-13, abs_tol=1e-9 if ".lines" in place else 0)
+        if is_sum and are_numbers
+        else found == expected
+    )
     return [] if is_same else [(place, found, expected)]
 
 
@@ -130,23 +139,32 @@ def test_categories_that_no_partition_knows_all_of() -> None:
         pandas.DataFrame({"x": [1.0, 2, 2], "g": pandas.Categorical(["a", "b", "a"])}),
         pandas.DataFrame({"x": [3.0, 2, 1], "g": pandas.Categorical(["c", "c", "b"])}),
     ]
-    data = dask.dataframe.concat([dask.dataframe.from_pandas(part, npartitions=1) for part in parts], interleave_partitions=True)
+    data = dask.dataframe.concat(
+        [dask.dataframe.from_pandas(part, npartitions=1) for part in parts], interleave_partitions=True
+    )
     plain = pandas.DataFrame({"x": [1.0, 2, 2, 3, 2, 1], "g": list("abaccb")})
     asked: dict[str, Any] = {"independent": "x", "group": "g", "tests": "kruskal-wallis"}
     assert tuple(tarn.analyze(data, **asked)[0]) == tuple(tarn.analyze(plain, **asked)[0])
 
 
 def test_fitted_distributions_agree_but_for_the_order_of_a_sum(frame: pandas.DataFrame, data: Any) -> None:
-    asked: dict[str, Any] = {"one_sample": "y", "tests": "kolmogorov-smirnov", "distribution": ["normal", "poisson", "uniform"]}
+    asked: dict[str, Any] = {
+        "one_sample": "y",
+        "tests": "kolmogorov-smirnov",
+        "distribution": ["normal", "poisson", "uniform"],
+    }
     for found, plain in zip(tarn.analyze(data, **asked), tarn.analyze(frame, **asked), strict=True):
         assert found.statistic == pytest.approx(plain.statistic, rel=1e-12)
         assert found.pvalue == pytest.approx(plain.pvalue, rel=1e-9, abs=1e-300)
 
 
 def test_a_result_says_what_it_rests_on(frame: pandas.DataFrame, data: Any) -> None:
-    result = tarn.analyze(data, ["x", "y"][0] + " ~ b", tests="mann-whitney")
+    result = tarn.analyze(data, "x ~ b", tests="mann-whitney")
     pairs = frame[["x", "b"]].drop_duplicates().shape[0]
-    note = f"4,000 records were counted by their distinct values ({pairs} of x and b), and each test takes a combination as often as it occurs"
+    note = (
+        f"4,000 records were counted by their distinct values ({pairs} of x and b), and each test takes a combination as "
+        "often as it occurs"
+    )
     assert result.notes == [note]
     text = " ".join(result.to_text().split())
     assert f"Note: {note}" in text and "4000 of 4000 cases" in text
@@ -157,7 +175,12 @@ def test_a_result_says_what_it_rests_on(frame: pandas.DataFrame, data: Any) -> N
 
 
 def test_tests_of_several_columns_are_one_result(frame: pandas.DataFrame, data: Any) -> None:
-    asked: dict[str, Any] = {"independent": ["x", "y"], "group": "b", "tests": ["mann-whitney", "kolmogorov-smirnov"], "adjust": "by"}
+    asked: dict[str, Any] = {
+        "independent": ["x", "y"],
+        "group": "b",
+        "tests": ["mann-whitney", "kolmogorov-smirnov"],
+        "adjust": "by",
+    }
     result, plain = tarn.analyze(data, **asked), tarn.analyze(frame, **asked)
     assert "of x and b, " in result.notes[0] and "of y and b)" in result.notes[0]
     assert result.to_csv() == plain.to_csv()
@@ -209,7 +232,9 @@ def test_too_many_combinations_are_refused_with_their_number(frame: pandas.DataF
         tarn.analyze(data, related=["x", "y"], combinations=100)
     first = frame.iloc[: len(data.partitions[0])]
     assert len(first[["x", "y"]].drop_duplicates()) > 100  # so that one partition is too much
-    assert "x and y: " in str(refusal.value) and "of 21 partitions; expected 100 at most: fewer by resolution=" in str(refusal.value)
+    assert "x and y: " in str(refusal.value) and "of 21 partitions; expected 100 at most: fewer by resolution=" in str(
+        refusal.value
+    )
     assert "a sample, like data.sample(frac=" in str(refusal.value) and "\n" not in str(refusal.value)
     # All of them together are too many for one more, and enough for what there are.
     there = len(frame[["x", "y"]].drop_duplicates())
@@ -221,7 +246,10 @@ def test_too_many_combinations_are_refused_with_their_number(frame: pandas.DataF
 
 MISTAKES: list[tuple[dict[str, Any], str]] = [
     ({"one_sample": "x", "tests": "runs"}, "runs depends on the order of the records"),
-    ({"one_sample": "x", "where": "y > 3"}, "where= names records, of which the counts are made; expected the frame without"),
+    (
+        {"one_sample": "x", "where": "y > 3"},
+        "where= names records, of which the counts are made; expected the frame without",
+    ),
     ({"related": "x", "within": "g", "id": "y"}, "within= pairs records by their subject"),
     ({"formula": "x ~ g | y"}, "the formula pairs records by their subject"),
     ({"one_sample": "x", "like": "scipy"}, "like= makes the choices of calls that take no counts"),
@@ -262,26 +290,13 @@ def test_progress_is_told_of_all_columns(data: Any) -> None:
     assert told == sorted(told) and told[-1] <= 100 and any(percent > 50 for percent in told)
 
 
-@pytest.fixture(scope="module")
-def client() -> Iterator[Any]:
-    with (
-        distributed.LocalCluster(n_workers=2, threads_per_worker=1, processes=True, dashboard_address=":0") as cluster,
-        distributed.Client(cluster) as client,
-    ):
-        yield client
-
-
 def slow(frame: pandas.DataFrame) -> pandas.DataFrame:
     """A partition that takes its time, so that somebody can be killed meanwhile."""
-    import time
-
     time.sleep(0.2)
     return frame
 
 
 def test_a_worker_that_dies_changes_no_count(frame: pandas.DataFrame, data: Any, client: Any) -> None:
-    import threading
-
     processes = list(client.run(os.getpid).values())
     killer = threading.Timer(1, lambda: os.kill(processes[0], signal.SIGKILL))
     killer.start()
@@ -298,8 +313,6 @@ def test_a_refusal_comes_from_a_worker_as_it_is(data: Any, client: Any) -> None:
 
 
 def test_an_error_goes_from_one_process_to_another() -> None:
-    import pickle
-
     for error in (tarn.InputError("what"), tarn.EngineError("why", 3)):
         made = pickle.loads(pickle.dumps(error))
         assert type(made) is type(error) and str(made) == str(error) and vars(made) == vars(error)

@@ -14,7 +14,7 @@ from tarn import _analyze, _functions, _result, _screen
 FLAGS = doctest.NORMALIZE_WHITESPACE | doctest.ELLIPSIS
 
 
-@pytest.mark.parametrize(("page", "least"), [("README.md", 3), ("python/README.md", 20)])
+@pytest.mark.parametrize(("page", "least"), [("README.md", 3), ("python/README.md", 20), ("docs/many-machines.md", 25)])
 def test_readme(page: str, least: int, monkeypatch: pytest.MonkeyPatch) -> None:
     monkeypatch.chdir(ROOT)
     failed, attempted = doctest.testfile(str(ROOT / page), module_relative=False, optionflags=FLAGS)

@@ -11,12 +11,13 @@ import subprocess
 import sys
 import threading
 import time
-from collections.abc import Callable, Iterator, Mapping
+from collections.abc import Callable, Mapping
 from pathlib import Path
 from typing import Any
 
 import dask
 import dask.dataframe
+import distributed
 import numpy
 import pandas
 import polars
@@ -27,8 +28,6 @@ import tarn
 from hypothesis import HealthCheck, given, settings
 from hypothesis import strategies as st
 from test_same_as_command import tables
-
-distributed = pytest.importorskip("distributed")
 
 # Where a request asks for a family of its own: the arguments of the analysis that says the same.
 OPTIONS: list[dict[str, Any]] = [
@@ -43,14 +42,27 @@ OPTIONS: list[dict[str, Any]] = [
 def rows_of(frame: Any) -> list[dict[str, Any]]:
     """The rows of a frame of pandas, with None for what there is none of."""
     return [
-        {name: None if isinstance(value, float) and math.isnan(value) or value is None else value for name, value in row.items()}
+        {
+            name: None if isinstance(value, float) and math.isnan(value) or value is None else value
+            for name, value in row.items()
+        }
         for row in frame.astype(object).to_dict("records")
     ]
 
 
 def rows_tested(screening: tarn.Screening) -> list[dict[str, Any]]:
     """Its rows without those of fields that couldn't be tested, by the columns that an analysis has, too."""
-    own = ("p_asked", "in_family", "effect", "effect_label", "effect_value", "effect_lower", "effect_upper", "message", "number")
+    own = (
+        "p_asked",
+        "in_family",
+        "effect",
+        "effect_label",
+        "effect_value",
+        "effect_lower",
+        "effect_upper",
+        "message",
+        "number",
+    )
     rows = [row for row in rows_of(screening.tests) if row["name"] is not None]
     return [{name: value for name, value in row.items() if name not in own} for row in rows]
 
@@ -60,12 +72,16 @@ def expected(result: tarn.Result) -> list[dict[str, Any]]:
 
 
 @settings(max_examples=120, deadline=None, suppress_health_check=[HealthCheck.function_scoped_fixture])
-@given(columns=tables(), options=st.sampled_from(OPTIONS), block=st.integers(1, 4), is_grouped=st.booleans(), data=st.data())
+@given(
+    columns=tables(), options=st.sampled_from(OPTIONS), block=st.integers(1, 4), is_grouped=st.booleans(), data=st.data()
+)
 def test_a_screening_says_what_an_analysis_says(
     columns: Mapping[str, Any], options: dict[str, Any], block: int, is_grouped: bool, data: st.DataObject
 ) -> None:
     frame = pandas.DataFrame(dict(columns))
-    fields = data.draw(st.permutations(["x", "y", "count"] if "weights" not in options and "where" not in options else ["x", "y"]))
+    fields = data.draw(
+        st.permutations(["x", "y", "count"] if "weights" not in options and "where" not in options else ["x", "y"])
+    )
     asked = dict(options)
     if not is_grouped:
         asked.pop("tests", None)
@@ -100,7 +116,12 @@ def test_pairs_are_those_of_an_analysis_each(columns: Mapping[str, Any], block: 
 def test_adjusted_significances_are_those_of_r() -> None:
     # By hand: U of the first group is 0, 1, 4 of 16 pairs, and the exact significances of 4 and 4 values 2/70, 4/70, 24/70
     # (table of the counts 1, 1, 2, 3, 5 for U = 0 to 4); R: p.adjust(c(2, 4, 24) / 70, "holm"), "BY", "hommel".
-    data = {"a": [1, 2, 3, 4, 5, 6, 7, 8], "b": [1, 2, 3, 5, 4, 6, 7, 8], "c": [1, 2, 5, 6, 3, 4, 7, 8], "g": list("ppppqqqq")}
+    data = {
+        "a": [1, 2, 3, 4, 5, 6, 7, 8],
+        "b": [1, 2, 3, 5, 4, 6, 7, 8],
+        "c": [1, 2, 5, 6, 3, 4, 7, 8],
+        "g": list("ppppqqqq"),
+    }
     by_method = {
         "holm": [6 / 70, 8 / 70, 24 / 70],
         "by": [6 / 70 * 11 / 6, 6 / 70 * 11 / 6, 24 / 70 * 11 / 6],
@@ -205,7 +226,9 @@ def test_words_on_columns_reach_their_block() -> None:
 
 
 def test_a_field_that_cannot_be_tested_says_why() -> None:
-    frame = pandas.DataFrame({"x": [1.0, 2, 3, 4], "y": [1.0, math.inf, 3, 4], "t": list("uvuv"), "g": list("ppqq"), "z": [2.0, 1, 5, 3]})
+    frame = pandas.DataFrame(
+        {"x": [1.0, 2, 3, 4], "y": [1.0, math.inf, 3, 4], "t": list("uvuv"), "g": list("ppqq"), "z": [2.0, 1, 5, 3]}
+    )
     rows = {row["fields"]: row for row in rows_of(tarn.screen(frame, group="g").tests)}
     assert list(rows) == ["x", "y", "t", "z"]
     assert "infinite" in rows["y"]["message"] and rows["y"]["pvalue"] is None and not rows["y"]["in_family"]
@@ -278,7 +301,9 @@ def test_a_library_that_is_missing_is_told_with_the_way_to_have_it(monkeypatch: 
     for call in (lambda: tarn.screen(data, out=tmp_path / "out"), lambda: tarn.screen(tmp_path / "a.parquet")):
         with pytest.raises(tarn.InputError, match="needs pyarrow, which is not installed; expected: pip install pyarrow"):
             call()
-    assert tarn.screen(data, "x", tests="runs").tests["statistic"] == [2.0]  # by hand: 1 below the median of 2, then 2 and 3
+    assert tarn.screen(data, "x", tests="runs").tests["statistic"] == [
+        2.0
+    ]  # by hand: 1 below the median of 2, then 2 and 3
 
 
 # ---- Output, and going on with it ----
@@ -302,9 +327,10 @@ def test_a_run_that_was_cut_off_goes_on(frame: pandas.DataFrame, known: list[dic
         "import os, signal, sys, tarn\n"
         "def stop(percent):\n"
         "    if percent > 40: os.kill(os.getpid(), signal.SIGKILL)\n"
-        f"tarn.screen('{tmp_path}/data.parquet', group='arm', adjust='bh', block=5, out='{out}', threads=1, progress=stop)\n"
+        "data, out = sys.argv[1:]\n"
+        "tarn.screen(data, group='arm', adjust='bh', block=5, out=out, threads=1, progress=stop)\n"
     )
-    done = subprocess.run([sys.executable, "-c", program], check=False)
+    done = subprocess.run([sys.executable, "-c", program, tmp_path / "data.parquet", out], check=False)
     assert done.returncode == -signal.SIGKILL
     there = sorted(path.name for path in out.glob("part-*"))
     assert 0 < len(there) < 12
@@ -357,7 +383,11 @@ def test_a_folder_of_something_else_is_left_alone(frame: pandas.DataFrame, tmp_p
     (tmp_path / "file").write_text("")
     (tmp_path / "broken").mkdir()
     (tmp_path / "broken/_screening.json").write_text('{"request": ')
-    for out, message in (("", "holds other files and no screening"), ("file", "is a file"), ("broken", "is none that a screening wrote")):
+    for out, message in (
+        ("", "holds other files and no screening"),
+        ("file", "is a file"),
+        ("broken", "is none that a screening wrote"),
+    ):
         with pytest.raises(tarn.InputError, match=message):
             tarn.screen(frame, group="arm", out=tmp_path / out)
     out = tmp_path / "out"
@@ -369,15 +399,6 @@ def test_a_folder_of_something_else_is_left_alone(frame: pandas.DataFrame, tmp_p
 
 
 # ---- A cluster ----
-
-
-@pytest.fixture(scope="module")
-def client() -> Iterator[Any]:
-    with (
-        distributed.LocalCluster(n_workers=2, threads_per_worker=1, processes=True, dashboard_address=":0") as cluster,
-        distributed.Client(cluster) as client,
-    ):
-        yield client
 
 
 @pytest.mark.parametrize("kind", ["pandas", "polars", "dict", "folder of Parquet", "folder of CSV", "dask"])
@@ -395,7 +416,9 @@ def test_a_mistake_is_told_by_a_cluster_as_well(frame: pandas.DataFrame, client:
         tarn.screen(frame, group="arm", tests="manwhitney", client=client)
 
 
-def test_a_worker_that_dies_changes_nothing(known: list[dict[str, Any]], frame: pandas.DataFrame, client: Any, tmp_path: Path) -> None:
+def test_a_worker_that_dies_changes_nothing(
+    known: list[dict[str, Any]], frame: pandas.DataFrame, client: Any, tmp_path: Path
+) -> None:
     processes = dict(client.run(os.getpid))
     killed: list[int] = []
 
@@ -444,7 +467,9 @@ def test_a_worker_without_memory_is_named(client: Any, tmp_path: Path) -> None:
     addresses = "|".join(client.scheduler_info(n_workers=-1)["workers"])
     client.run(limit_memory, 30 * 2**20)
     try:
-        with pytest.raises(tarn.EngineError, match=f"the worker ({addresses}) on .* ran out of memory at 2 fields from x to y") as failure:
+        with pytest.raises(
+            tarn.EngineError, match=f"the worker ({addresses}) on .* ran out of memory at 2 fields from x to y"
+        ) as failure:
             tarn.screen(tmp_path / "data.parquet", tests="wilcoxon", client=client)
         assert "by block=" in str(failure.value)
     finally:
