@@ -346,23 +346,30 @@ class _Run:
         tested = len(self._tested) - sum(len(self._fields_of(place)) for place in left)
         waiting: dict[int, Block] = {}
         is_sure = left[0] != 0
+        if is_sure:
+            self._begin()
         with self._crew:
             for place, block in blocks_of(self._crew, self._works(left)):
                 waiting[place] = block
-                if place == 0 and block.refusal is not None:
-                    raise block.refusal
-                is_sure = is_sure or place == 0
+                if place == 0:
+                    if block.refusal is not None:
+                        raise block.refusal
+                    is_sure = True
+                    self._begin()
                 if is_sure:
                     self._keep(waiting)
                 tested += len(self._fields_of(place))
                 if on_progress is not None:
                     on_progress(_ALL * tested / len(self._tested))
 
+    def _begin(self) -> None:
+        if self._folder is not None:
+            self._folder.begin()
+
     def _keep(self, waiting: dict[int, Block]) -> None:
         if self._folder is None:
             self._blocks.update(waiting)
         else:
-            self._folder.begin()
             for place, block in waiting.items():
                 self._folder.write(place, block)
         waiting.clear()
