@@ -475,7 +475,8 @@ def test_a_worker_without_memory_is_named(tmp_path: Path) -> None:
         client.run(limit_memory, enough)
         with pytest.raises(tarn.EngineError, match="ran out of memory at [xy];") as failure:
             tarn.screen(tmp_path / "data.parquet", tests="wilcoxon", test_value=1, client=client)
-        assert f"the worker {address} on {socket.gethostname()} " in str(failure.value) and "by block=" in str(failure.value)
+        assert f"the worker {address} on {socket.gethostname()} " in str(failure.value)
+        assert "by block=" in str(failure.value)
 
 
 def test_a_cluster_needs_no_shared_memory_of_results(client: Any, tmp_path: Path) -> None:
