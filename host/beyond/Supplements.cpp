@@ -362,8 +362,8 @@ Supplement SupplementOf(const TestReading& reading, const ResultReading& result,
     return supplement;
 }
 
-/// Significances of all tests together, by the method that the user names: of each the one on which its conclusion
-/// rests.
+}  // namespace
+
 void AdjustTests(ResultReading& result, Adjustment adjustment) {
     const std::vector<double> adjusted = Adjusted(ConclusivePValues(result), adjustment);
     for (std::size_t i = 0; i < adjusted.size(); ++i) {
@@ -371,8 +371,6 @@ void AdjustTests(ResultReading& result, Adjustment adjustment) {
         result.tests[i].supplement.adjustment = TitleOf(adjustment);
     }
 }
-
-}  // namespace
 
 void AddSupplements(ResultReading& result, const SupplementSource& source) {
     std::vector<Supplement> supplements(result.tests.size());

@@ -26,4 +26,8 @@ struct SupplementSource {
 /// none depends on the number of threads. Where the work is stopped, the tests that had not begun stay without.
 void AddSupplements(ResultReading& result, const SupplementSource& source);
 
+/// Adjusts the significances of all tests together, by the method that the user names: of each the one on which its
+/// conclusion rests.
+void AdjustTests(ResultReading& result, Adjustment adjustment);
+
 }  // namespace tarn

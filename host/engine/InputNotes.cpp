@@ -193,14 +193,20 @@ std::string TiesNote(const Table& table, const std::string& field, const std::st
     const int index = table.FindColumn(field);
     if (index == Table::kNoColumn) return "";
     const bool isCategorical = table.Columns()[static_cast<std::size_t>(index)].IsCategorical();
-    std::unordered_map<double, std::size_t> recordsOf;
-    for (const double value : table.Cells(static_cast<std::size_t>(index))) {
-        if (value != (isCategorical ? kMissingCategory : kMissingNumber)) ++recordsOf[value];
+    const bool isWeighted = table.WeightIndex() != Table::kNoColumn;
+    const auto values = table.Cells(static_cast<std::size_t>(index));
+    const auto weights = table.Cells(static_cast<std::size_t>(isWeighted ? table.WeightIndex() : index));
+    std::unordered_map<double, double> casesOf;
+    for (std::size_t row = 0; row < values.size(); ++row) {
+        if (values[row] == (isCategorical ? kMissingCategory : kMissingNumber)) continue;
+        // A record of weight 2 is two cases with one value. One that is dropped for its weight is none.
+        casesOf[values[row]] += isWeighted ? std::max(0.0, std::round(weights[row])) : 1;
     }
-    std::size_t tied = 0;
-    for (const auto& [value, count] : recordsOf) tied += count > 1 ? count : 0;
+    double tied = 0;
+    for (const auto& [value, count] : casesOf) tied += count > 1 ? count : 0;
     if (tied == 0) return "";
-    return Records(tied) + " of " + field + " share their value with another one, while the significance of " + test +
+    return Number(tied) + (isWeighted ? " cases" : " records") + " of " + field +
+           " share their value with another one, while the significance of " + test +
            " holds for different values only; equal values can make it far too small";
 }
 

@@ -17,6 +17,7 @@
 #include "host/InputError.h"
 #include "host/TestNames.h"
 #include "host/WholeFile.h"
+#include "host/report/AdjustedPValues.h"
 #include "host/report/Explanation.h"
 #include "host/report/HtmlReport.h"
 #include "python/src/ArgumentCasters.h"
@@ -54,6 +55,21 @@ Report Run(CallData& data, bool isPlan, const std::string& name, const std::stri
                      {libraryFolder, std::move(onProgress)});
 }
 
+/// Throws an `InputError` for a name of the request that none of these columns has.
+void CheckColumns(const Request& request, const std::vector<std::string>& columns) {
+    request.Columns().Check({columns.begin(), columns.end()});
+}
+
+/// `adjust`: the name of a method, "" for none.
+Report Join(const std::vector<std::pair<std::string, Report>>& reports, const std::string& adjust) {
+    return Report::Joined(reports, tarn::AdjustmentOf(adjust));
+}
+
+/// The significances of one family adjusted by the method of that name. NaN stays, and doesn't count.
+std::vector<double> AdjustedBy(const std::vector<double>& pValues, const std::string& adjust) {
+    return tarn::Adjusted(pValues, tarn::AdjustmentOf(adjust).value());
+}
+
 void AddData(nb::module_& m) {
     nb::class_<CallData>(m, "Data")
         .def(nb::init<>())
@@ -69,7 +85,8 @@ void AddData(nb::module_& m) {
         .def(nb::init<const std::string&>(), "json"_a)
         .def(
             "wants", [](const Request& request, const std::string& column) { return request.Columns().Wants(column); },
-            "column"_a);
+            "column"_a)
+        .def("check", &CheckColumns, "columns"_a);
 }
 
 void AddResults(nb::module_& m) {
@@ -95,7 +112,8 @@ void AddResults(nb::module_& m) {
         .def("svg", &Report::Svg, "test"_a, Unlocked())
         .def("explanation", &Report::Explanation, "test"_a, Unlocked())
         .def("part_count", &Report::PartCount)
-        .def("part", &Report::PartAt, "place"_a);
+        .def("part", &Report::PartAt, "place"_a)
+        .def("add_note", &Report::AddNote, "note"_a);
     nb::class_<tarn::FieldLook>(m, "FieldLook")
         .def_ro("name", &tarn::FieldLook::name)
         .def_ro("kind", &tarn::FieldLook::kind)
@@ -139,6 +157,8 @@ NB_MODULE(_binding, m) {
     m.def(
         "explain", [](const std::string& topic) { return tarn::Explanation(topic, tarn::MessageCatalogue::English()); },
         "topic"_a);
+    m.def("join", &Join, "reports"_a, "adjust"_a, Unlocked());
+    m.def("adjusted", &AdjustedBy, "pvalues"_a, "adjust"_a, Unlocked());
     m.def("tests", &ListOfTests);
     m.def("style_sheet", &tarn::HtmlStyleSheet);
     m.def("write", &tarn::WriteWholeFile, "path"_a, "content"_a, Unlocked());

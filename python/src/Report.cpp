@@ -8,6 +8,7 @@
 #include "host/analysis/Analysis.h"
 #include "host/analysis/Record.h"
 #include "host/analysis/Report.h"
+#include "host/beyond/Supplements.h"
 #include "host/report/ApaReport.h"
 #include "host/report/CsvReport.h"
 #include "host/report/ExplanationText.h"
@@ -83,6 +84,54 @@ Report::Report(std::vector<ResultPart> parts, std::vector<std::string> documents
     : shared_(Share(std::move(parts), std::move(documents), nullptr, std::move(tables), std::move(request))),
       notes_(std::move(notes)),
       isSplit_(true) {}
+
+namespace {
+
+/// A field that misses every value in one analysis has its categories in another.
+void TakeCategories(std::vector<ResultField>& fields, const std::vector<ResultField>& others) {
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        if (i >= others.size() || others[i].name != fields[i].name) {
+            throw std::invalid_argument("analyses of other fields can't be joined");
+        }
+        if (others[i].categories.size() > fields[i].categories.size()) fields[i] = others[i];
+    }
+}
+
+/// Takes over the tests of a field, and what is said of it beside them.
+void TakeField(ResultReading& joined, const ResultReading& reading, const std::string& field) {
+    TakeCategories(joined.document.fields, reading.document.fields);
+    for (std::size_t i = 0; i < reading.tests.size(); ++i) {
+        if (reading.tests[i].fields.front() != field) continue;
+        joined.tests.push_back(reading.tests[i]);
+        joined.document.tests.push_back(reading.document.tests[i]);
+    }
+    for (std::size_t i = 0; i < reading.fields.size(); ++i) {
+        if (reading.fields[i].field != field) continue;
+        joined.fields.push_back(reading.fields[i]);
+        joined.document.descriptives.push_back(reading.document.descriptives[i]);
+    }
+}
+
+}  // namespace
+
+Report Report::Joined(const std::vector<std::pair<std::string, Report>>& reports,
+                      std::optional<Adjustment> adjustment) {
+    ResultReading joined = *reports.front().second.Supplied()[reports.front().second.first_].result;
+    joined.tests.clear();
+    joined.fields.clear();
+    joined.document.tests.clear();
+    joined.document.descriptives.clear();
+    std::vector<std::string> notes;
+    for (const auto& [field, report] : reports) {
+        TakeField(joined, *report.Supplied()[report.first_].result, field);
+        for (const std::string& note : report.notes_) {
+            if (std::ranges::find(notes, note) == notes.end()) notes.push_back(note);
+        }
+    }
+    joined.family = AdjustTogether(joined.tests);
+    if (adjustment) AdjustTests(joined, *adjustment);
+    return {std::move(joined), "", std::move(notes), {}, nullptr, {}};
+}
 
 std::shared_ptr<Report::Shared> Report::Share(std::vector<ResultPart> parts, std::vector<std::string> documents,
                                               Supply supply, Tables tables, Json request) {

@@ -11,6 +11,7 @@
 #include "host/Json.h"
 
 #include "host/analysis/Report.h"
+#include "host/report/AdjustedPValues.h"
 #include "host/report/PartsReport.h"
 #include "python/src/KeptTable.h"
 
@@ -41,6 +42,16 @@ class Report {
     /// One in parts, at least one, each with its table. `notes` are on all of them.
     Report(std::vector<ResultPart> parts, std::vector<std::string> documents, std::vector<std::string> notes,
            Tables tables, Json request);
+
+    /// The tests of several whole analyses as those of one: of each those of the field that stands with it, from data
+    /// in which the others miss every value. All were asked for the same, since a document names fields by their
+    /// places. Significances are one family, adjusted by `adjustment`, too, where one is named. There is no document of
+    /// it, and there are no cases. At least one, all of them done.
+    static Report Joined(const std::vector<std::pair<std::string, Report>>& reports,
+                         std::optional<Adjustment> adjustment);
+
+    /// Adds a note on the data in front of the others.
+    void AddNote(std::string note) { notes_.insert(notes_.begin(), std::move(note)); }
 
     bool IsDone() const { return isDone_; }
     long FailureCode() const { return failureCode_; }

@@ -32,6 +32,7 @@ from ._functions import (
 from ._look import Look
 from ._plot import Plot
 from ._result import Effect, Interval, Message, Result, Significance, TestResult
+from ._screen import Screening, screen
 
 __all__ = [
     "Effect",
@@ -42,6 +43,7 @@ __all__ = [
     "Message",
     "Plot",
     "Result",
+    "Screening",
     "Significance",
     "TestInfo",
     "TestResult",
@@ -68,6 +70,7 @@ __all__ = [
     "moses",
     "run",
     "runs",
+    "screen",
     "sign",
     "tests",
     "wald_wolfowitz",

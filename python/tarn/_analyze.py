@@ -79,6 +79,8 @@ def analyze(
     as_defined: bool = False,
     threads: int | None = None,
     memory: int | str | None = None,
+    resolution: float | Mapping[str, float] | None = None,
+    combinations: int | None = None,
     progress: Progress | bool | None = None,
 ) -> Result:
     """Tests columns of a table.
@@ -88,7 +90,9 @@ def analyze(
     data : data frame, dict of columns or NumPy array
         Anything that offers the Arrow C stream (polars, pyarrow, DuckDB), a data frame of pandas, a dict of arrays or
         lists, a structured array, or one of two dimensions whose columns are called "0", "1", ... Nulls and NaN are
-        missing. Categoricals bring their categories and order. Columns that no argument names are passed over.
+        missing. Categoricals bring their categories and order. Columns that no argument names are passed over. A frame
+        of Dask is counted where it is: how often each combination of the values of a test occurs, which gives what the
+        records give.
     formula : str
         In place of columns: ``"score ~ arm"`` compares groups, ``"a + b ~ arm"`` several columns,
         ``"score ~ cond | subject"`` repeated measures in long form, ``"score ~ 1"`` tests one sample.
@@ -168,6 +172,12 @@ def analyze(
     memory : str or int
         What the run may take besides the table, like ``"8G"``, or in bytes; one that may take more is refused. As much as
         it takes, if not given.
+    resolution : float or dict of floats
+        Of a frame of Dask: the step to whose multiples numbers are rounded before they are counted, in their own units,
+        of all that are tested or of each column. The notes of the result say so.
+    combinations : int
+        Of a frame of Dask: how many distinct combinations of values a test may have, since its counts go to this process;
+        10 million if not given. A request that has more is refused.
     progress : callable or True
         Called with the percent that is done, on the calling thread; what it raises ends the analysis. True shows a bar
         of tqdm, where that is installed.
@@ -202,13 +212,26 @@ def analyze(
     (5.0, 0.21875)
     """
     asked = locals()
-    del asked["data"], asked["progress"], asked["weights"], asked["by"]
+    for name in ("data", "progress", "weights", "by", "resolution", "combinations"):
+        del asked[name]
     if by is not None:
         if group is not None:
             raise InputError("by= and group= are two names of one argument; expected one of them")
         asked["group"] = by
     asked = {name: value for name, value in asked.items() if name not in _BY_THEMSELVES or value != _BY_THEMSELVES[name]}
+    if is_counted(data):
+        from ._counts import analyze_counts  # which few need
+
+        return analyze_counts(data, asked, weights, resolution, combinations, progress)
+    if resolution is not None or combinations is not None:
+        name = "resolution" if resolution is not None else "combinations"
+        raise InputError(f"{name}= is for a frame of Dask, whose values are counted; expected one, or a call without it")
     return run_on(data, asked, weights, progress)
+
+
+def is_counted(data: object) -> bool:
+    """Whether a table is a frame of Dask, whose values are counted where they are."""
+    return _tables.library_of(data) == "dask" and hasattr(data, "to_delayed") and hasattr(data, "columns")
 
 
 # What an argument is that says nothing.

@@ -24,7 +24,16 @@ def make_frame(library: str, schema: Schema, rows: Sequence[Mapping[str, Any]]) 
 
     pandas, polars and pyarrow make their own. For any other library narwhals is asked, where it is installed.
     """
-    columns = {name: [_as(kind, row.get(name)) for row in rows] for name, kind in schema.items()}
+    return frame_of_columns(library, schema, columns_of(schema, rows))
+
+
+def columns_of(schema: Schema, rows: Sequence[Mapping[str, Any]]) -> dict[str, list[Any]]:
+    """Rows as columns, with what each holds made what the schema says."""
+    return {name: [_as(kind, row.get(name)) for row in rows] for name, kind in schema.items()}
+
+
+def frame_of_columns(library: str, schema: Schema, columns: dict[str, list[Any]]) -> Any:
+    """The same of columns that are made."""
     if library in ("pandas", "polars"):
         return importlib.import_module(library).DataFrame(columns)
     if library not in _WITHOUT_FRAMES and importlib.util.find_spec("narwhals") is not None:
@@ -33,9 +42,21 @@ def make_frame(library: str, schema: Schema, rows: Sequence[Mapping[str, Any]]) 
             return made
     if importlib.util.find_spec("pyarrow") is None:
         return columns
+    return arrow_of_columns(schema, columns)
+
+
+def arrow_of_columns(schema: Schema, columns: Mapping[str, Sequence[Any]]) -> Any:
+    """A table of pyarrow, which has to be there."""
     pyarrow = importlib.import_module("pyarrow")
-    kinds = {int: pyarrow.int64(), float: pyarrow.float64(), str: pyarrow.string()}
-    return pyarrow.table(columns, schema=pyarrow.schema([(name, kinds[kind]) for name, kind in schema.items()]))
+    kinds = {int: pyarrow.int64(), float: pyarrow.float64(), str: pyarrow.string(), bool: pyarrow.bool_()}
+    return pyarrow.table(dict(columns), schema=pyarrow.schema([(name, kinds[kind]) for name, kind in schema.items()]))
+
+
+def frame_of_arrow(library: str, table: Any) -> Any:
+    """A table of pyarrow as a frame of that library; as it is for libraries that make none of it."""
+    if library == "pandas":
+        return table.to_pandas()
+    return importlib.import_module("polars").from_arrow(table) if library == "polars" else table
 
 
 def _by_narwhals(library: str, columns: dict[str, list[Any]]) -> Any:

@@ -123,20 +123,27 @@ def _checked(name: str, value: Any) -> Any:
         return _expected(value)
     if name in _WORDS_OF_FIELDS:
         return _words_of_fields(name, value)
-    raise InputError(f"{name}= is no argument{_near(name, Options.__annotations__)}")
+    raise InputError(f"{name}= is no argument{near_name(name, Options.__annotations__)}")
 
 
-def _near(word: str, known: Sequence[str] | Mapping[str, Any]) -> str:
+# Of more names a message tells their number.
+_MOST_NAMED = 40
+
+
+def near_name(word: str, known: Sequence[str] | Mapping[str, Any]) -> str:
+    """The end of a message on a word that is none of the known ones: the one that was meant, or all of them."""
     import difflib  # a mistake alone needs it
 
     near = difflib.get_close_matches(word, list(known), 1)
-    return f"; did you mean {near[0]}?" if near else "; expected one of " + ", ".join(known)
+    if near:
+        return f"; did you mean {near[0]}?"
+    return "; expected one of " + (", ".join(known) if len(known) <= _MOST_NAMED else f"{len(known):,} others")
 
 
 def _word(name: str, value: Any) -> str:
     if isinstance(value, str) and value in _WORDS[name]:
         return value
-    raise InputError(f"{name}={value!r}{_near(str(value), _WORDS[name])}")
+    raise InputError(f"{name}={value!r}{near_name(str(value), _WORDS[name])}")
 
 
 def _field(name: str, value: Any) -> str:

@@ -678,10 +678,12 @@ class Result:
         Raises
         ------
         InputError
-            For a result in parts, which have a document each.
+            For a result in parts, which have a document each, and for several columns of a frame of Dask.
         """
         if "parts" in self._json:
             raise InputError("a result in parts is no one document; expected to_xml() of one of its parts")
+        if not self._texts.document:
+            raise InputError("the result rests on several counts and is no one document; expected that of a single column")
         return self._texts.document
 
     def to_text(self, details: bool = False) -> str:
@@ -768,6 +770,30 @@ def _test_row(test: Mapping[str, Any]) -> dict[str, Any]:
         "p_adjusted": _supplement(test).get("adjusted_p"),
         "conclusion": _supplement(test).get("conclusion"),
     }
+
+
+# What a screening says of each test: its row among the tests, the significance that was asked for, its first effect, and
+# what else it has to say.
+SCREENED: Schema = {
+    **_SCHEMAS["tests"], "p_asked": float, "in_family": bool, "effect": str, "effect_label": str, "effect_value": float,
+    "effect_lower": float, "effect_upper": float, "message": str,
+}  # fmt: skip
+
+
+def screened_rows(result: Result) -> list[dict[str, Any]]:
+    """The tests of a result as rows of a screening, whose significances are not adjusted yet."""
+    rows = []
+    for place, test in enumerate(result._tests_in_json):
+        effect = (_supplement(test).get("effects") or [{}])[0]
+        told = [message.text for message in _messages(test) if message.kind in ("error", "warning")]
+        row = {
+            **_test_row(test), "fields": tuple(test["fields"]), "p_asked": result._read_test(place)["pvalue"],
+            "in_family": test["adjusted_p"] is not None, "effect": effect.get("key"), "effect_label": effect.get("label"),
+            "effect_value": effect.get("value"), "effect_lower": effect.get("lower"), "effect_upper": effect.get("upper"),
+            "message": "; ".join(told) or None, "p_holm": None, "p_bh": None, "p_adjusted": None,
+        }  # fmt: skip
+        rows.append(row)
+    return rows
 
 
 def _pair_rows(test: Mapping[str, Any]) -> list[dict[str, Any]]:

@@ -53,6 +53,8 @@ def read(data: object, wants: Callable[[str], bool]) -> _binding.Data:
         raise InputError(f'the data is the path "{path}"; expected a data frame, like pandas.read_csv("{path}")')
     elif hasattr(data, "collect"):
         raise InputError(f"the data is a {type(data).__name__}, which is not computed yet; expected what collect() gives")
+    elif hasattr(data, "compute"):
+        raise InputError(f"the data is a {type(data).__name__}, which is not computed yet; expected what compute() gives")
     else:
         raise InputError(f"the data is of type {type(data).__name__}; {_EXPECTED}")
     return read_data

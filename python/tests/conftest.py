@@ -6,10 +6,11 @@ import csv
 import json
 import os
 import subprocess
-from collections.abc import Callable, Mapping, Sequence
+from collections.abc import Callable, Iterator, Mapping, Sequence
 from pathlib import Path
 from typing import Any
 
+import distributed
 import duckdb
 import numpy
 import pandas
@@ -110,3 +111,13 @@ def command(tmp_path_factory: pytest.TempPathFactory) -> Command:
     if not COMMAND.exists():
         pytest.fail(f"{COMMAND} is not built")
     return Command(tmp_path_factory.mktemp("command"))
+
+
+@pytest.fixture(scope="module")
+def client() -> Iterator[Any]:
+    """A cluster of two processes."""
+    with (
+        distributed.LocalCluster(n_workers=2, threads_per_worker=1, processes=True, dashboard_address=":0") as cluster,
+        distributed.Client(cluster) as client,
+    ):
+        yield client

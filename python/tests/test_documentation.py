@@ -9,19 +9,19 @@ from types import FunctionType, ModuleType
 import pytest
 import tarn
 from conftest import ROOT
-from tarn import _analyze, _functions, _result
+from tarn import _analyze, _functions, _result, _screen
 
 FLAGS = doctest.NORMALIZE_WHITESPACE | doctest.ELLIPSIS
 
 
-@pytest.mark.parametrize(("page", "least"), [("README.md", 3), ("python/README.md", 20)])
+@pytest.mark.parametrize(("page", "least"), [("README.md", 3), ("python/README.md", 20), ("docs/many-machines.md", 25)])
 def test_readme(page: str, least: int, monkeypatch: pytest.MonkeyPatch) -> None:
     monkeypatch.chdir(ROOT)
     failed, attempted = doctest.testfile(str(ROOT / page), module_relative=False, optionflags=FLAGS)
     assert attempted >= least and failed == 0
 
 
-@pytest.mark.parametrize("module", [_analyze, _functions, _result])
+@pytest.mark.parametrize("module", [_analyze, _functions, _result, _screen])
 def test_docstrings(module: ModuleType) -> None:
     failed, _ = doctest.testmod(module, extraglobs={"tarn": tarn}, optionflags=FLAGS)
     assert failed == 0

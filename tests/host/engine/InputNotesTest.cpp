@@ -62,5 +62,19 @@ TEST(UnusedCategoryNotes, NameCategoriesThatNoRecordHas) {
               std::vector<std::string>{"no record has h in x, which the order of its categories names"});
 }
 
+// By hand: of 5 cases 1, 1, 2, 4, 4 four share their value; a record of weight 2 has company in itself. Weight 0.4 is
+// rounded to no case, and a negative one drops its record.
+TEST(TiesNote, CountsCasesWhereRecordsAreWeighted) {
+    constexpr const char* kRest =
+        " of x share their value with another one, while the significance of moses holds for different values only; "
+        "equal values can make it far too small";
+    EXPECT_EQ(TiesNote(Load("x\n1\n1\n2\n", {}), "x", "moses"), std::string("2 records") + kRest);
+    LoadOptions options;
+    options.weightField = "w";
+    const Table weighted = Load("x,w\n1,1\n1,1\n2,1\n4,2\n2,0.4\n2,-1\nNA,9\n", options);
+    EXPECT_EQ(TiesNote(weighted, "x", "moses"), std::string("4 cases") + kRest);
+    EXPECT_EQ(TiesNote(Load("x,w\n1,1\n2,1\n", options), "x", "moses"), "");
+}
+
 }  // namespace
 }  // namespace tarn
