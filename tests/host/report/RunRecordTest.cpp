@@ -37,7 +37,7 @@ RunRecord WholeRecord() {
     record.version = "1.2.3";
     record.commit = "0123456789abcdef0123456789abcdef01234567+changes";
     record.libraries = {{"zlib", "1.2"}};
-    record.request = {{"command", "analyze"}, {"words", "tarn analyze d.csv"}, {"options", json::object()}};
+    record.request = {{"command", "analyze"}, {"words", "tarn analyze d.csv"}, {"options", Json::object()}};
     record.file = "d.csv";
     record.selection = {20, 3, 4, 1};
     record.records = 12;
