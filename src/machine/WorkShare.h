@@ -5,7 +5,6 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
-#include <cstdlib>
 #include <exception>
 #include <functional>
 #include <mutex>
@@ -13,19 +12,6 @@
 #include <thread>
 #include <utility>
 #include <vector>
-
-/// The C++ runtime takes memory for what it notes of the exceptions of a thread at the first one, and the process ends
-/// where there is none. Asks for that memory now, unless there is so little left that it would fail; false then. To be
-/// called before a thread does what may throw, in a process that may have to go on without memory.
-inline bool PreparesForExceptions() noexcept {
-    constexpr std::size_t kMoreThanItTakes = 4096;
-    void* const probe = std::malloc(kMoreThanItTakes);
-    if (probe == nullptr) return false;
-    std::free(probe);
-    const volatile int asked = std::uncaught_exceptions();  // or the compiler would leave the question out
-    static_cast<void>(asked);
-    return true;
-}
 
 /// The one loop that shares work among threads: numbered jobs, each done once, within a thread budget and with a
 /// question whether to stop. What comes out must not depend on the number of threads: a job writes to a place of its
@@ -122,9 +108,8 @@ class WorkShare {
             }
         }
 
-        /// On a thread without memory for exceptions there is nothing to be done; others do its share.
         void Help() {
-            if (PreparesForExceptions()) Work();
+            Work();
             const std::lock_guard lock(mutex);
             ++helpersDone;
             helperIsDone.notify_one();
