@@ -2,8 +2,8 @@
 
 #include <string>
 #include <vector>
-#include "host/Json.h"
 
+#include "host/Json.h"
 #include "host/beyond/TestCases.h"
 #include "host/report/ResultReading.h"
 #include "host/table/RecordSelection.h"

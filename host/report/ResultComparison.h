@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <string>
 #include <vector>
+
 #include "host/Json.h"
 
 namespace tarn {

@@ -5,8 +5,8 @@
 #include <string>
 #include <utility>
 #include <vector>
-#include "host/Json.h"
 
+#include "host/Json.h"
 #include "host/table/DataHash.h"
 #include "host/table/RecordSelection.h"
 #include "host/table/WeightCounts.h"

@@ -72,7 +72,7 @@ Report::Report(std::vector<std::string> remarks, long failureCode)
     : remarks_(std::move(remarks)), isDone_(false), failureCode_(failureCode) {}
 
 Report::Report(ResultReading reading, std::string document, std::vector<std::string> notes,
-               std::vector<std::string> remarks, Supply supply, Tables tables, Json request)
+               std::vector<std::string> remarks, Supply supply, Tables tables, tarn::Json request)
     : notes_(std::move(notes)), remarks_(std::move(remarks)) {
     std::vector<ResultPart> parts(1);
     parts.front().result = std::move(reading);
@@ -80,7 +80,7 @@ Report::Report(ResultReading reading, std::string document, std::vector<std::str
 }
 
 Report::Report(std::vector<ResultPart> parts, std::vector<std::string> documents, std::vector<std::string> notes,
-               Tables tables, Json request)
+               Tables tables, tarn::Json request)
     : shared_(Share(std::move(parts), std::move(documents), nullptr, std::move(tables), std::move(request))),
       notes_(std::move(notes)),
       isSplit_(true) {}
@@ -134,7 +134,7 @@ Report Report::Joined(const std::vector<std::pair<std::string, Report>>& reports
 }
 
 std::shared_ptr<Report::Shared> Report::Share(std::vector<ResultPart> parts, std::vector<std::string> documents,
-                                              Supply supply, Tables tables, Json request) {
+                                              Supply supply, Tables tables, tarn::Json request) {
     auto shared = std::make_shared<Shared>();
     shared->parts = std::move(parts);
     shared->documents = std::move(documents);

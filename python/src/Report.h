@@ -8,8 +8,8 @@
 #include <string>
 #include <utility>
 #include <vector>
-#include "host/Json.h"
 
+#include "host/Json.h"
 #include "host/analysis/Report.h"
 #include "host/report/AdjustedPValues.h"
 #include "host/report/PartsReport.h"
@@ -38,10 +38,10 @@ class Report {
     /// the first text is made; empty where nothing is to be added. `tables`: none, or one.
     /// `request`: what was asked for, which the record of the result has; without tables the reading has it already.
     Report(ResultReading reading, std::string document, std::vector<std::string> notes,
-           std::vector<std::string> remarks, Supply supply, Tables tables, Json request = {});
+           std::vector<std::string> remarks, Supply supply, Tables tables, tarn::Json request = {});
     /// One in parts, at least one, each with its table. `notes` are on all of them.
     Report(std::vector<ResultPart> parts, std::vector<std::string> documents, std::vector<std::string> notes,
-           Tables tables, Json request);
+           Tables tables, tarn::Json request);
 
     /// The tests of several whole analyses as those of one: of each those of the field that stands with it, from data
     /// in which the others miss every value. All were asked for the same, since a document names fields by their
@@ -99,7 +99,7 @@ class Report {
         Tables tables;
         std::mutex mutex;
         Supply supply;  // until it was called
-        Json request;
+        tarn::Json request;
         bool isRecorded = false;
 
         /// Says with each part how it was made.
@@ -107,7 +107,7 @@ class Report {
     };
 
     static std::shared_ptr<Shared> Share(std::vector<ResultPart> parts, std::vector<std::string> documents,
-                                         Supply supply, Tables tables, Json request);
+                                         Supply supply, Tables tables, tarn::Json request);
     const std::vector<ResultPart>& Supplied() const;
     /// What it was made of, or null.
     const KeptTable* TableOf(std::size_t part) const;

@@ -149,15 +149,18 @@ WantedColumns ColumnsOf(const Json& json, const WordedAnalysis& words, const Loa
 }  // namespace
 
 Request::Request(const std::string& json) : words_({}, {}) {
-    Json arguments = ParseJson(json, "request");
+    const Json arguments = ParseJson(json, "request");
     supplement_ = ReadSupplementOptions(arguments);
     words_ = WordedAnalysis(ReadWords(arguments), ReadAnalysisOptions(arguments));
     load_ = ReadLoadOptions(arguments, words_);
     columns_ = ColumnsOf(arguments, words_, load_);
     isSplit_ = arguments.contains("split");
-    arguments.erase("threads");
-    arguments.erase("memory");
-    recorded_ = {{"command", "tarn.analyze"}, {"arguments", std::move(arguments)}};
+    // Neither changes what comes out.
+    Json recorded = Json::object();
+    for (const Json::Member& argument : arguments.items()) {
+        if (argument.name != "threads" && argument.name != "memory") recorded[argument.name] = argument.value;
+    }
+    recorded_ = {{"command", "tarn.analyze"}, {"arguments", std::move(recorded)}};
 }
 
 std::vector<std::string> Request::Levels() const {

@@ -2,8 +2,8 @@
 
 #include <string>
 #include <vector>
-#include "host/Json.h"
 
+#include "host/Json.h"
 #include "host/beyond/SupplementOptions.h"
 #include "host/engine/AnalysisRequest.h"
 #include "host/table/TableLoader.h"
