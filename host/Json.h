@@ -77,25 +77,25 @@ class Json {
     using iterator = Iterator<Json>;
     using const_iterator = Iterator<const Json>;
 
-    Json() = default;
-    Json(const Json& other) : value_(CopiedVariant(other.value_)) {}
-    Json(Json&&) noexcept = default;
-    Json& operator=(const Json& other) { return *this = Json(other); }
-    Json& operator=(Json&&) noexcept = default;
-    ~Json() = default;
-    Json(std::nullptr_t) {}
-    Json(const char* text) : value_(std::string(text)) {}
-    Json(std::string text) : value_(std::move(text)) {}
-    Json(std::string_view text) : value_(std::string(text)) {}
+    // What makes, copies or destroys a value stands below the class, where its members are known.
+    Json();
+    Json(const Json& other);
+    Json(Json&&) noexcept;
+    Json& operator=(const Json& other);
+    Json& operator=(Json&&) noexcept;
+    ~Json();
+    Json(std::nullptr_t);
+    Json(const char* text);
+    Json(std::string text);
+    Json(std::string_view text);
     template <typename Number>
-    requires std::is_arithmetic_v<Number> Json(Number number) : value_(Widened(number)) {}
+    requires std::is_arithmetic_v<Number> Json(Number number);
     template <typename Element>
-    requires std::is_constructible_v<Json, const Element&> Json(const std::vector<Element>& elements)
-        : value_(Array(elements.begin(), elements.end())) {}
+    requires std::is_constructible_v<Json, const Element&> Json(const std::vector<Element>& elements);
     /// An object, if each part is a pair of a text and a value; otherwise an array.
     Json(Parts parts);
 
-    static Json array() { return Json(Array()); }
+    static Json array();
     /// An array of these parts, also where they look like the members of an object.
     static Json array(Parts parts);
     static Json object();
@@ -184,7 +184,7 @@ class Json {
  private:
     using Value = std::variant<std::monostate, bool, std::int64_t, std::uint64_t, double, std::string, Array, Object>;
 
-    explicit Json(Array elements) : value_(std::move(elements)) {}
+    explicit Json(Array elements);
 
     template <typename Number>
     static auto Widened(Number number) {
@@ -238,6 +238,31 @@ struct Json::Member {
 
     bool operator==(const Member&) const = default;
 };
+
+inline Json::Json() = default;
+inline Json::Json(const Json& other) : value_(CopiedVariant(other.value_)) {}
+inline Json::Json(Json&&) noexcept = default;
+inline Json& Json::operator=(const Json& other) {
+    return *this = Json(other);
+}
+inline Json& Json::operator=(Json&&) noexcept = default;
+inline Json::~Json() = default;
+inline Json::Json(std::nullptr_t) {}
+inline Json::Json(const char* text) : value_(std::string(text)) {}
+inline Json::Json(std::string text) : value_(std::move(text)) {}
+inline Json::Json(std::string_view text) : value_(std::string(text)) {}
+inline Json::Json(Array elements) : value_(std::move(elements)) {}
+
+template <typename Number>
+requires std::is_arithmetic_v<Number> Json::Json(Number number) : value_(Widened(number)) {}
+
+template <typename Element>
+requires std::is_constructible_v<Json, const Element&> Json::Json(const std::vector<Element>& elements)
+    : value_(Array(elements.begin(), elements.end())) {}
+
+inline Json Json::array() {
+    return Json(Array());
+}
 
 class Json::Part {
  public:
