@@ -60,14 +60,14 @@ REQUEST = {"relatedVariables": ["hours_before", "hours_after"], "RSign": {"isSel
 def calls(document: pathlib.Path) -> dict[str, Callable[[], str]]:
     """Each returns a text that shows all of what the call found."""
     return {
-        "groups": lambda: tarn.analyze(DATA, "hours_before ~ arm", compare="pairwise").to_json(),
-        "pair": lambda: tarn.analyze(DATA, related=["hours_before", "hours_after"]).to_json(),
+        "groups": lambda: tarn.analyze(DATA, "hours_before ~ arm", compare="pairwise", threads=1).to_json(),
+        "pair": lambda: tarn.analyze(DATA, related=["hours_before", "hours_after"], threads=1).to_json(),
         "threads": lambda: tarn.analyze(LARGE, related=["a", "b"], threads=2).to_json(),
-        "exact": lambda: tarn.analyze(DATA, "hours_before ~ sex", exact=True, like="r").to_json(),
-        "parts": lambda: tarn.analyze(DATA, "hours_before ~ sex", split="arm").to_json(),
-        "plan": lambda: tarn.run(DATA, PLAN).to_json(),
-        "request": lambda: tarn.run(DATA, REQUEST).to_json(),
-        "page": lambda: tarn.analyze(DATA, "hours_before ~ arm").to_html(),
+        "exact": lambda: tarn.analyze(DATA, "hours_before ~ sex", exact=True, like="r", threads=1).to_json(),
+        "parts": lambda: tarn.analyze(DATA, "hours_before ~ sex", split="arm", threads=1).to_json(),
+        "plan": lambda: tarn.run(DATA, PLAN, threads=1).to_json(),
+        "request": lambda: tarn.run(DATA, REQUEST, threads=1).to_json(),
+        "page": lambda: tarn.analyze(DATA, "hours_before ~ arm", threads=1).to_html(),
         "look": lambda: str(tarn.look(DATA)),
         "load": lambda: tarn.load(document).to_json(),
         "mistake": lambda: mistake_of(lambda: tarn.analyze(DATA, "hours_bofore ~ arm")),
