@@ -20,7 +20,7 @@ import subprocess
 import sys
 import urllib.parse
 
-FORMAT, SPECIFICATION = "CycloneDX", "1.5"
+FORMAT, FORMAT_VERSION = "CycloneDX", "1.5"
 # The compiler's own, which are no library that somebody chose.
 OF_THE_LANGUAGE = re.compile(r"^(libc6-dev|linux-libc-dev|libstdc\+\+-\d+-dev|libgcc-\d+-dev|libclang.*|libcrypt-dev)$")
 LOADER = "ld-linux"
@@ -96,7 +96,7 @@ def make(files, headers, version):
     own = sorted({asked for file in files for asked in asked_for_by(file) if asked in libraries})
     root = {"ref": "tarn", "dependsOn": [libraries[name]["bom-ref"] for name in own] +
                                         [one["bom-ref"] for one in compiled.values()]}
-    return {"bomFormat": FORMAT, "specVersion": SPECIFICATION, "version": 1,
+    return {"bomFormat": FORMAT, "specVersion": FORMAT_VERSION, "version": 1,
             "metadata": {"component": {"type": "application", "bom-ref": "tarn", "name": "tarn", "version": version,
                                        "licenses": [{"license": {"id": "MIT"}}]}},
             "components": [*libraries.values(), *compiled.values()],
