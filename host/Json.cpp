@@ -157,7 +157,7 @@ class JsonText {
     void BreakLine(int depth) {
         if (indent_ < 0) return;
         text_ += '\n';
-        text_.append(static_cast<std::size_t>(indent_ * depth), ' ');
+        text_.append(static_cast<std::size_t>(indent_) * static_cast<std::size_t>(depth), ' ');
     }
 
     int indent_;  // below 0 for one line

@@ -268,7 +268,7 @@ class Json::Part {
  public:
     template <typename Value>
     requires(std::is_constructible_v<Json, Value> && !std::is_same_v<std::remove_cvref_t<Value>, Part>)
-        Part(Value&& value)
+        Part(Value&& value)  // NOLINT(bugprone-forwarding-reference-overload): another part is none of these
         : value_(std::forward<Value>(value)) {}
     Part(Parts parts) : value_(parts) {}
 

@@ -137,12 +137,12 @@ std::string FileOfRecord(const Json& result) {
 
 /// That of the result, or of the first part that was tested.
 std::string TableOfResult(const Json& result) {
-    if (const std::string file = FileOfRecord(result); !file.empty()) return file;
+    if (std::string file = FileOfRecord(result); !file.empty()) return file;
     const auto parts = result.find("parts");
     if (parts == result.end() || !parts->is_array()) return "";
     for (const Json& part : *parts) {
         const auto ofPart = part.find("result");
-        const std::string file = ofPart == part.end() ? "" : FileOfRecord(*ofPart);
+        std::string file = ofPart == part.end() ? "" : FileOfRecord(*ofPart);
         if (!file.empty()) return file;
     }
     return "";
