@@ -45,7 +45,7 @@ text-wrap:balance}
 .tarn pre{background:var(--shade);padding:.75rem;overflow-x:auto;max-width:100%;font:.875rem/1.45 ui-monospace,
 SFMono-Regular,Menlo,Consolas,monospace;white-space:pre-wrap;overflow-wrap:anywhere}
 .tarn nav ul{list-style:none;padding:0;display:flex;flex-wrap:wrap;gap:.25rem 1.25rem}
-@media (min-width:62rem){.tarn .sides{grid-template-columns:minmax(0,1fr) 26.25rem}.tarn .sides>.text{min-width:0}}
+@media (min-width:66rem){.tarn .sides{grid-template-columns:minmax(0,1fr) 26.25rem}.tarn .sides>.text{min-width:0}}
 @media (max-width:30rem){.tarn dl{grid-template-columns:minmax(0,1fr)}.tarn dd{margin-bottom:.4rem}
 .tarn td,.tarn th{padding-right:.6rem}.tarn #summary .d{display:none}}
 @media print{.tarn{padding:0;max-width:none;font-size:10pt;color-scheme:light}
