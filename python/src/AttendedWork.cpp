@@ -1,26 +1,17 @@
 #include "python/src/AttendedWork.h"
 
 #include <chrono>
-#include <cstdlib>
 #include <exception>
 #include <new>
 #include <system_error>
 #include <thread>
 #include <utility>
 
+#include "machine/ExceptionStorage.h"
+
 namespace tarn {
 
 namespace nb = nanobind;
-
-bool PreparesForExceptions() noexcept {
-    constexpr std::size_t kMoreThanItTakes = 4096;
-    void* const probe = std::malloc(kMoreThanItTakes);
-    if (probe == nullptr) return false;
-    std::free(probe);
-    const volatile int asked = std::uncaught_exceptions();  // or the compiler would leave the question out
-    static_cast<void>(asked);
-    return true;
-}
 
 void AttendedWork::HearSignals() {
     const nb::gil_scoped_acquire locked;

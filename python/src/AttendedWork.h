@@ -10,10 +10,6 @@
 
 namespace tarn {
 
-/// The C++ runtime takes memory at the first exception of a thread, and the process ends where there is none. Asks for
-/// it now, unless there is so little memory that it would fail; false then.
-bool PreparesForExceptions() noexcept;
-
 /// Work on a thread of its own while the one that Python called on stays open to Ctrl-C and calls what wants to see the
 /// progress. Python hears signals, and programs expect their functions to be called, on that thread alone.
 class AttendedWork {

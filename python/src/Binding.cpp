@@ -20,6 +20,7 @@
 #include "host/report/AdjustedPValues.h"
 #include "host/report/Explanation.h"
 #include "host/report/HtmlReport.h"
+#include "machine/ExceptionStorage.h"
 #include "python/src/ArgumentCasters.h"
 #include "python/src/AttendedWork.h"
 #include "python/src/CallData.h"
@@ -140,7 +141,7 @@ NB_MODULE(_binding, m) {
     m.doc() = "The engine of tarn, for the package alone.";
     m.attr("version") = TARN_VERSION;
     nb::exception<tarn::InputError>(m, "InputMistake", PyExc_ValueError);
-    if (!tarn::PreparesForExceptions()) throw std::bad_alloc();
+    if (!PreparesForExceptions()) throw std::bad_alloc();
     AddData(m);
     MakeRoomForObjects(m);
     AddResults(m);

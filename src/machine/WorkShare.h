@@ -13,11 +13,13 @@
 #include <utility>
 #include <vector>
 
+#include "machine/ExceptionStorage.h"
+
 /// The one loop that shares work among threads: numbered jobs, each done once, within a thread budget and with a
 /// question whether to stop. What comes out must not depend on the number of threads: a job writes to a place of its
 /// own, and whoever puts the results together does so in the order of the jobs.
 ///
-/// This header includes nothing of the project and is open to all floors.
+/// This header includes nothing of the project beside its neighbours and is open to all floors.
 class WorkShare {
  public:
     /// `budget`: how many threads may work at a time, the calling one among them; 0: as many as the machine has.
@@ -109,7 +111,7 @@ class WorkShare {
         }
 
         void Help() {
-            Work();
+            if (PreparesForExceptions()) Work();  // else others do it
             const std::lock_guard lock(mutex);
             ++helpersDone;
             helperIsDone.notify_one();
