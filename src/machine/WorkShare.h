@@ -19,7 +19,7 @@
 /// question whether to stop. What comes out must not depend on the number of threads: a job writes to a place of its
 /// own, and whoever puts the results together does so in the order of the jobs.
 ///
-/// This header includes nothing of the project beside its neighbours and is open to all floors.
+/// This header includes nothing of the project beside its neighbour and is open to all floors.
 class WorkShare {
  public:
     /// `budget`: how many threads may work at a time, the calling one among them; 0: as many as the machine has.
