@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "machine/KeptForGood.h"
 #include "platform/hx/HXDocuments.h"
 #include "platform/peer/HostCall.h"
 #include "runtime/hx/FetchText.h"
@@ -142,6 +143,7 @@ unsigned QKPeer::ScanParameters(int* errorCode) {
 }
 
 unsigned QKPeer::ParseDataModel(int* errorCode, bool forExecution, int) {
+    const KeptForGood kept;
     *errorCode = 0;
     const int stage = forExecution ? HX_MODEL_OF_EXECUTION : HX_MODEL_OF_SOURCE;
     const auto ask = [&](char* buffer, std::size_t size, std::size_t* needed) {
@@ -165,7 +167,10 @@ unsigned QKPeer::CollectMsgs(int type, long code, int* errorCode) {
 }
 
 unsigned QKPeer::CollectMsgs(int type, long code, const std::vector<std::string>& parameters, int* errorCode) {
-    messages_.push_back({type, code, parameters});
+    {
+        const KeptForGood kept;
+        messages_.push_back({type, code, parameters});
+    }
     if (context_ == nullptr || context_->TakeMessage == nullptr) return HX_OK;
     std::vector<const char*> texts;
     texts.reserve(parameters.size());

@@ -12,6 +12,7 @@
 #include "component/ModuleInformation.h"
 #include "component/TARNComponentBuilder.h"
 #include "component/TARNComponentFactory.h"
+#include "machine/KeptForGood.h"
 #include "platform/hx/hx.h"
 #include "platform/peer/HostCall.h"
 #include "platform/peer/HxCppHelper.h"
@@ -93,6 +94,7 @@ unsigned hx_getModuleInformation(char* buffer, size_t bufferSize, size_t* needed
 // ---- A component's life ----
 
 unsigned hx_create_component(HXContext* context, void*, void** component, int* errorCode) {
+    const KeptForGood kept;
     TARNComponentBuilder* const builder = component == nullptr ? nullptr : MakeKnownComponent(context);
     if (builder == nullptr) {
         if (errorCode != nullptr) *errorCode = HX_ERROR_NO_COMPONENT;
@@ -114,6 +116,7 @@ unsigned hx_destroy_component(void* component) try {
 
 unsigned hx_component_configure(void* component, int* errorCode) {
     return OnComponent(component, errorCode, [](TARNComponentBuilder& builder, int* error) {
+        const KeptForGood kept;
         const unsigned result = builder.Configure(error);
         if (result != HX_OK) return result;
         return CallHost(builder.GetHXContextHandle(), &HXContext::DeclareOutputs, +kOutputs, kOutputCount, error);
