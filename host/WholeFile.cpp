@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
@@ -21,6 +22,7 @@ namespace {
 
 constexpr mode_t kAllRights = 0666;  // of which the user's own mask decides who may read a result
 constexpr int kMostNames = 100;
+constexpr std::size_t kPiece = std::size_t{1} << 20;  // bytes; some milliseconds of a disk
 
 /// Held while the path of a temporary file comes or goes, and for good once such files are abandoned.
 std::mutex& Gate() {
@@ -97,11 +99,14 @@ class Descriptor {
     int Number() const { return number_; }
     /// Writes the file down to the disk; `target` is what messages call it.
     void Write(std::string_view content, const std::string& target) const {
+        off_t place = 0;
         while (!content.empty()) {
-            const ssize_t written = write(number_, content.data(), content.size());
+            const ssize_t written = write(number_, content.data(), std::min(content.size(), kPiece));
             if (written < 0 && errno == EINTR) continue;
             if (written < 0) Fail(target, errno);
             content.remove_prefix(static_cast<std::size_t>(written));
+            SendToDisk(place, written);
+            place += written;
         }
         if (fsync(number_) != 0) Fail(target, errno);
     }
@@ -110,6 +115,18 @@ class Descriptor {
     }
 
  private:
+    /// The disk gets on with the piece at `place` and is done with those before it. Nothing ends a process that waits
+    /// for a disk, so that each wait is short: that of `fsync` for all of a large file is not. A system that can't do
+    /// that leaves it to `fsync`, which also says what went wrong.
+    void SendToDisk(off_t place, off_t size) const {
+#if defined(SYNC_FILE_RANGE_WRITE)
+        constexpr unsigned kAwaited = SYNC_FILE_RANGE_WAIT_BEFORE | SYNC_FILE_RANGE_WRITE | SYNC_FILE_RANGE_WAIT_AFTER;
+        sync_file_range(number_, place, size, SYNC_FILE_RANGE_WRITE);
+        const off_t before = std::min<off_t>(place, kPiece);
+        if (before > 0) sync_file_range(number_, place - before, before, kAwaited);
+#endif
+    }
+
     int number_;
 };
 

@@ -12,8 +12,12 @@
 class KeptForGood {
  public:
 #ifdef __SANITIZE_ADDRESS__
-    KeptForGood() { __lsan_disable(); }
-    ~KeptForGood() { __lsan_enable(); }
+    KeptForGood() {
+        __lsan_disable();
+    }
+    ~KeptForGood() {
+        __lsan_enable();
+    }
 #else
     KeptForGood() {}
     ~KeptForGood() {}
