@@ -32,10 +32,11 @@ std::vector<Row> ReadRows(const std::string& text, std::size_t blockSize) {
     return rows;
 }
 
-void LoadTable(const std::string& text, std::size_t blockSize) {
+void LoadTable(const std::string& text, std::size_t blockSize, unsigned threads) {
     tarn::ByteSource source = tarn::ByteSource::FromMemory("data.csv", text);
     tarn::LoadOptions options;
     options.blockSize = blockSize;
+    options.threads = threads;
     options.nominalByDefault = "x";
     try {
         const tarn::Table table = tarn::LoadTable(source, {}, options);
@@ -59,6 +60,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::size_t blockSize = 1 + data[0] % 64;
     const std::string text(reinterpret_cast<const char*>(data) + 1, size - 1);
     if (ReadRows(text, blockSize) != ReadRows(text, tarn::CsvReader::kDefaultBlockSize / 64)) abort();
-    if (data[0] >= 128) LoadTable(text, blockSize);
+    if (data[0] >= 128) LoadTable(text, blockSize, data[0] >= 192 ? 2 : 1);
     return 0;
 }

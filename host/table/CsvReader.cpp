@@ -62,7 +62,9 @@ bool CsvReader::Next() {
 void CsvReader::Fill() {
     const std::size_t used = static_cast<std::size_t>(end_ - begin_);
     const bool isLong = 2 * used > buffer_.size() - CsvScanner::kPadding;
-    if (isLong) CheckLongRow();
+    // Fewer bytes may be all that is there of the first row while a byte order mark is looked for; rows that stand
+    // before what is no text are delivered, also where a block holds a byte.
+    if (isLong && used >= kByteOrderMark.size()) CheckLongRow();
     std::memmove(buffer_.data(), begin_, used);
     // Doubling keeps the work on a row that fills many blocks linear.
     if (isLong) buffer_.resize(2 * buffer_.size() - CsvScanner::kPadding);

@@ -2,12 +2,16 @@
 
 from __future__ import annotations
 
+import hashlib
+import importlib.metadata
+import json
 import os
 import re
 import subprocess
 import sys
 import zipfile
 from pathlib import Path
+from typing import Any
 
 import pytest
 import tarn
@@ -68,6 +72,67 @@ def test_the_wheel_is_small_and_holds_what_it_has_to(wheel: Path) -> None:
     assert not [name for name in names if name.endswith((".cpp", ".h", ".a"))]
     if sys.version_info >= (3, 12):
         assert "abi3" in wheel.name
+
+
+@pytest.fixture(scope="session")
+def libraries(wheel: Path, tmp_path_factory: pytest.TempPathFactory) -> dict[str, Path]:
+    """The shared libraries of the wheel, by their names."""
+    folder = tmp_path_factory.mktemp("wheel")
+    with zipfile.ZipFile(wheel) as archive:
+        shared = [name for name in archive.namelist() if ".so" in Path(name).suffixes]
+        return {Path(name).name: Path(archive.extract(name, folder)) for name in shared}
+
+
+@pytest.fixture(scope="session")
+def materials(wheel: Path) -> dict[str, Any]:
+    """The list of what the wheel is made of."""
+    with zipfile.ZipFile(wheel) as archive:
+        places = [name for name in archive.namelist() if ".dist-info/sboms/" in name]  # as PEP 770 says
+        assert [Path(place).name for place in places] == ["tarn.cdx.json"]
+        loaded: dict[str, Any] = json.loads(archive.read(places[0]))
+        return loaded
+
+
+def used_as(materials: dict[str, Any], use: str) -> dict[str, dict[str, Any]]:
+    return {one["name"]: one for one in materials["components"] if one["properties"] == [{"name": "tarn:use", "value": use}]}
+
+
+def test_the_list_of_materials_has_the_files_of_the_wheel(materials: dict[str, Any], libraries: dict[str, Path]) -> None:
+    assert materials["bomFormat"] == "CycloneDX"
+    assert materials["metadata"]["component"]["version"] == tarn.__version__
+    carried = used_as(materials, "carried")
+    assert carried.keys() == libraries.keys()
+    for name, file in libraries.items():
+        hashed = {"alg": "SHA-256", "content": hashlib.sha256(file.read_bytes()).hexdigest()}
+        assert carried[name]["hashes"] == [hashed], name
+
+
+def test_the_list_of_materials_has_what_each_library_loads(materials: dict[str, Any], libraries: dict[str, Path]) -> None:
+    name_of = {one["bom-ref"]: one["name"] for one in materials["components"]}
+    listed = {
+        name_of[edge["ref"]]: {name_of[reference] for reference in edge["dependsOn"]}
+        for edge in materials["dependencies"]
+        if edge["ref"] != "tarn"
+    }
+    for name, file in libraries.items():
+        told = subprocess.run(["readelf", "-dW", file], capture_output=True, text=True, check=True).stdout
+        needed = re.findall(r"\(NEEDED\).*\[(.+)\]", told)
+        assert needed, name
+        assert {one for one in needed if not one.startswith((*OF_ANY_LINUX, "ld-linux"))} == listed.pop(name), name
+    assert not listed
+
+
+def test_the_list_of_materials_has_versions_and_licences(materials: dict[str, Any]) -> None:
+    components = materials["components"]
+    for one in components:
+        assert re.match(r"(\d+:)?\d+\.\d+", one["version"]), one["name"]
+        assert one["licenses"], one["name"]
+    compiled = used_as(materials, "compiled in")
+    assert compiled.keys() >= {"boost-math", "nlohmann-json", "nanobind", "robin-map"}
+    assert compiled["nanobind"]["version"] == importlib.metadata.version("nanobind")
+    assert len(components) == len(compiled) + len(used_as(materials, "carried"))
+    [root] = [edge for edge in materials["dependencies"] if edge["ref"] == "tarn"]
+    assert {one["bom-ref"] for one in compiled.values()} < set(root["dependsOn"])
 
 
 def test_stubs_say_what_the_module_offers(tmp_path: Path) -> None:

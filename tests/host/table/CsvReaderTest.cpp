@@ -132,6 +132,22 @@ TEST(CsvReader, DeliversTheRowsBeforeAnError) {
     EXPECT_THROW(reader.Next(), InputError);
 }
 
+TEST(CsvReader, DeliversTheRowsBeforeANulWhateverTheBlockSize) {
+    const std::string text(
+        "\n\0\0\0\0"
+        "1",
+        6);
+    for (std::size_t blockSize = 1; blockSize < kSmallBlocks; ++blockSize) {
+        ByteSource source = ByteSource::FromMemory("data.csv", text);
+        CsvReader reader(source, blockSize);
+        ASSERT_TRUE(reader.Next()) << blockSize;
+        EXPECT_TRUE(reader.IsEmptyLine()) << blockSize;
+        EXPECT_EQ(InputErrorOf([&] { reader.Next(); }),
+                  "data.csv:2: byte 0x00; expected text in UTF-8, or its encoding told: --encoding utf-16le")
+            << blockSize;
+    }
+}
+
 TEST(CsvReader, CountsTheLineBreaksInQuotes) {
     ByteSource source = ByteSource::FromMemory("data.csv", "a\n\"b\n\nc\",d\r\n\"e\"\n\nf");
     CsvReader reader(source, 3);
