@@ -11,8 +11,10 @@ find_package(PkgConfig REQUIRED)
 pkg_check_modules(zstd REQUIRED IMPORTED_TARGET libzstd)   # tables compressed by Zstandard
 pkg_check_modules(nettle REQUIRED IMPORTED_TARGET nettle)  # the hash of a table in a report
 pkg_check_modules(xlsxwriter REQUIRED IMPORTED_TARGET xlsxwriter)   # results as a workbook
-if(TARN_TESTS)
+if(TARN_TESTS OR TARN_FUZZ)
   find_package(GTest REQUIRED)
+endif()
+if(TARN_TESTS)
   find_package(rapidcheck REQUIRED)    # properties over random input
 endif()
 if(TARN_BENCH)

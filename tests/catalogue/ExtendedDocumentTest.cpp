@@ -11,17 +11,17 @@
 #include <string_view>
 #include <vector>
 
-#include "tests/catalogue/AllTests.h"
+#include "tests/harness/AllTests.h"
 #include "tests/harness/ArithmeticComparison.h"
 #include "vocabulary/TestFacts.h"
 
 namespace {
 
-using catalogue::AllEntries;
-using catalogue::Data;
-using catalogue::Entry;
-using catalogue::kScenes;
-using catalogue::Scene;
+using harness::AllEntries;
+using harness::Data;
+using harness::Entry;
+using harness::kScenes;
+using harness::Scene;
 
 harness::Outcome RunAll(Data& data, const Scene& scene, bool isBrief, bool isExtended) {
     QKSettings settings;

@@ -14,7 +14,7 @@
 #include "vocabulary/TestFacts.h"
 
 /// Requests for every test of the catalogue, and random tables that they go with.
-namespace catalogue {
+namespace harness {
 
 using Rows = std::vector<std::vector<double>>;
 using Names = std::vector<std::string>;
@@ -191,4 +191,4 @@ struct Data {
     Rows rows;
 };
 
-}  // namespace catalogue
+}  // namespace harness
