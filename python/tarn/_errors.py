@@ -68,6 +68,10 @@ def in_words_of_python(text: str) -> str:
     return text.replace("tarn tests lists", "tarn.tests() lists").replace("tarn explain NAME", "tarn.explain(name)")
 
 
+# How the interpreter says that there was no memory for a lock, which an import takes, and each file that it reads.
+_NO_LOCK = "can't allocate "
+
+
 @contextlib.contextmanager
 def errors_of_the_package() -> Iterator[None]:
     """Turns what the binding raises into the errors of the package."""
@@ -78,4 +82,6 @@ def errors_of_the_package() -> Iterator[None]:
     except RuntimeError as failure:
         if isinstance(failure, EngineError):
             raise
+        if str(failure).startswith(_NO_LOCK):
+            raise MemoryError(str(failure)) from None
         raise EngineError(str(failure)) from None
