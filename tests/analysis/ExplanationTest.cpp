@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <iterator>
 #include <random>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "host/TextList.h"
 #include "host/report/ExplanationText.h"
 #include "tests/analysis/AnalysisRun.h"
 #include "vocabulary/TestFacts.h"
@@ -156,7 +158,24 @@ std::vector<AnalysisOptions> Requests() {
     several.group = "h";
     several.compare = "pairwise";
     several.alpha = 0.49;
-    return {numbers, given, counts, classes, expected, pair, fields, answers, successes, margins, two, several};
+    AnalysisOptions falling = TestsOf({"jonckheere"});
+    falling.independent = {"x", "y"};
+    falling.group = "h";
+    falling.compare = "pairwise";
+    falling.descending = true;
+    falling.alpha = 0.49;
+    std::vector<AnalysisOptions> requests{numbers, given,     counts,  classes, expected, pair,   fields,
+                                          answers, successes, margins, two,     several,  falling};
+    AnalysisOptions aroundGiven = several;
+    aroundGiven.tests = {"median"};
+    aroundGiven.testValue = 3;
+    requests.push_back(aroundGiven);
+    fields.related = {"x", "y", "z", "p"};  // of three there would be one step alone
+    for (AnalysisOptions stepwise : {fields, successes, several, falling, aroundGiven}) {
+        stepwise.compare = "stepwise";
+        requests.push_back(stepwise);
+    }
+    return requests;
 }
 
 std::vector<Number> NumbersOf(const TestReading& test) {
@@ -181,6 +200,50 @@ bool HasStep(const TestExplanation& explanation, const Number& number, bool isEs
     });
 }
 
+/// Whether a table behind the steps has a row of those samples with each of the numbers, in their five digits.
+bool HasRow(const TestExplanation& explanation, const std::string& samples, std::vector<Number> numbers) {
+    constexpr double kFiveDigits = 5.1e-5;
+    std::erase_if(numbers, [](const Number& number) { return number.empty(); });
+    const auto has = [&](const std::vector<std::string>& row) {
+        return std::ranges::all_of(numbers, [&](const Number& number) {
+            return std::ranges::any_of(row, [&](const std::string& cell) {
+                char* end = nullptr;
+                const double value = std::strtod(cell.c_str(), &end);
+                const bool isNumber = !cell.empty() && *end == 0;
+                return isNumber && std::fabs(value - number.value) <= kFiveDigits * std::fabs(number.value) + 1e-12;
+            });
+        });
+    };
+    for (const ExplanationTable& table : explanation.comparisons) {
+        for (const std::vector<std::string>& row : table.rows) {
+            if (std::ranges::find(row, samples) != row.end() && has(row)) return true;
+        }
+    }
+    return false;
+}
+
+/// Holds the rows of pairs and of subsets to the document. Says which of them the test has.
+std::set<std::string> CheckComparisons(const TestReading& test) {
+    std::set<std::string> seen;
+    for (const PairComparison& pair : test.pairs) {
+        EXPECT_TRUE(HasRow(*test.explanation, pair.first + " - " + pair.second,
+                           {pair.statistic, pair.standardError, pair.standardized, pair.p, pair.adjustedP}))
+            << pair.first << " - " << pair.second << "\n"
+            << ExplanationText(*test.explanation, 120, 0);
+        seen.insert("pairs of " + test.name);
+    }
+    for (const HomogeneousSubset& subset : test.subsets) {
+        if (subset.members.size() < 2) continue;
+        EXPECT_TRUE(
+            HasRow(*test.explanation, JoinList(subset.members, ", "), {subset.statistic, subset.p, subset.adjustedP}))
+            << subset.members.front() << "\n"
+            << ExplanationText(*test.explanation, 120, 0);
+        seen.insert("subsets of " + test.name);
+        if (subset.members.size() + 2 <= test.orderedSamples.size()) seen.insert("later subsets of " + test.name);
+    }
+    return seen;
+}
+
 TEST(Explanation, GivesTheNumbersOfAllTestsOnRandomData) {
     const Shape shapes[] = {{9, 5, false, false},     {14, 12, true, false},  {24, 8, false, true},
                             {60, 6, true, true},      {130, 90, false, true}, {70, 40, true, true},
@@ -203,11 +266,19 @@ TEST(Explanation, GivesTheNumbersOfAllTestsOnRandomData) {
                     EXPECT_TRUE(HasStep(*test.explanation, number, test.isEstimate)) << number.text;
                 }
                 seen.insert(test.name);
+                seen.merge(CheckComparisons(test));
                 if (testing::Test::HasFailure()) return;
             }
         }
     }
-    EXPECT_EQ(seen.size(), std::size(Tests::kAll));
+    for (const TestFacts* const test : Tests::kAll) {
+        const std::string name(test->resultName);
+        std::vector<std::string> expected{name};
+        if (test->comparesSamples) expected.insert(expected.end(), {"pairs of " + name, "subsets of " + name});
+        // Of the three fields of Cochran's test runs of two are tested alone.
+        if (test->comparesSamples && test != &Tests::kCochran) expected.push_back("later subsets of " + name);
+        for (const std::string& each : expected) EXPECT_TRUE(seen.contains(each)) << each;
+    }
 }
 
 // ---- Examples of textbooks, worked by hand ----
