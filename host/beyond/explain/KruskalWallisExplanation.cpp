@@ -112,8 +112,7 @@ void AddSubsetsByH(const ExplainedTest& test, const GroupRanks& all) {
         WorkedSubset subset;
         subset.statistic = ranks.H();
         subset.p = ChiSquareTail(subset.statistic, static_cast<double>(groups.size()) - 1);
-        subset.cells = {FewText(sums), CalculatorText(static_cast<double>(ranks.tieSum)),
-                        ShortText(subset.statistic)};
+        subset.cells = {FewText(sums), CalculatorText(static_cast<double>(ranks.tieSum)), ShortText(subset.statistic)};
         return subset;
     };
     SubsetRule rule{"H as above, of the values of its m groups ranked among themselves, df = m - 1",

@@ -109,8 +109,7 @@ WorkedSubset CompareAroundMedian(const ExplainedTest& test, const std::vector<st
         worked.statistic = ChiSquareOf(cells);
         worked.p = ChiSquareTail(worked.statistic, static_cast<double>(groups.size()) - 1);
     }
-    worked.cells = {CalculatorText(median), FewText(counts),
-                    worked.isTestable ? ShortText(worked.statistic) : ""};
+    worked.cells = {CalculatorText(median), FewText(counts), worked.isTestable ? ShortText(worked.statistic) : ""};
     return worked;
 }
 

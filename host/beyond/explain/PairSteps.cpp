@@ -11,7 +11,7 @@ namespace tarn {
 
 namespace {
 
-void Compare(StepWriter& steps, const PairComparison& document, const WorkedPair& ours, double adjusted) {
+void Compare(StepWriter& steps, const PairComparison& document, const WorkedPair& ours, double adjusted, double pairs) {
     const std::string name = document.first + " - " + document.second;
     if (ours.isTestable == document.p.empty()) {
         return steps.TellOther(
@@ -29,7 +29,9 @@ void Compare(StepWriter& steps, const PairComparison& document, const WorkedPair
         compare("z", ours.z, document.standardized, ours.size / *ours.standardError);
     }
     compare("p", ours.p, document.p, 0);
-    compare("p adjusted", adjusted, document.adjustedP, 0);
+    if (!document.adjustedP.empty() && !steps.AgreeAdjusted(adjusted, document.adjustedP.value, pairs)) {
+        steps.TellOther(name + ", p adjusted", adjusted, document.adjustedP.value);
+    }
 }
 
 }  // namespace
@@ -46,7 +48,7 @@ void AddPairs(const ExplainedTest& test, const PairRule& rule) {
         if (std::max(first, second) >= test.view.names.size()) continue;
         const WorkedPair ours = rule.of(first, second);
         const double adjusted = std::min(1.0, ours.p * count);
-        Compare(test.steps, pair, ours, adjusted);
+        Compare(test.steps, pair, ours, adjusted, count);
         std::vector<std::string>& row = rows.emplace_back(ours.cells);
         row.insert(row.begin(), pair.first + " - " + pair.second);
         row.push_back(ours.isTestable ? ShortText(ours.p) : "");

@@ -46,6 +46,10 @@ class StepWriter {
 
     /// Whether a number of the cases and one of the document are the same but for rounding.
     bool Agree(double ours, double theirs, double size = 0) const;
+    /// The same of two significances that were made `factor` times as large, and their rounding with them.
+    bool AgreeAdjusted(double ours, double theirs, double factor) const {
+        return Agree(ours / factor, theirs / factor);
+    }
     /// Says that a number beside the steps is another one in the document.
     void TellOther(const std::string& name, double ours, double theirs);
     /// The same in other words, part of a sentence: "a - b has no number here".

@@ -87,8 +87,7 @@ void SubsetSearch::Run() {
     std::vector<Range> candidates;
     // All samples together are none: that they differ is why subsets are searched for.
     const std::size_t count = order_.size();
-    for (std::size_t first = 0; first + 1 < count; ++first)
-        candidates.push_back({first, count - (first == 0 ? 2 : 1)});
+    for (std::size_t first = 0; first + 1 < count; ++first) candidates.push_back({first, count - (first == 0 ? 2 : 1)});
     for (std::size_t step = 1; !candidates.empty(); ++step) Step(candidates, step);
 }
 
@@ -143,10 +142,14 @@ std::string MembersText(const std::vector<std::string>& names) {
 
 std::string TextOf(Decision decision) {
     switch (decision) {
-        case Decision::kHomogeneous: return "homogeneous";
-        case Decision::kInside: return "inside another one";
-        case Decision::kUntestable: return "can't be tested";
-        case Decision::kDiffer: break;
+        case Decision::kHomogeneous:
+            return "homogeneous";
+        case Decision::kInside:
+            return "inside another one";
+        case Decision::kUntestable:
+            return "can't be tested";
+        case Decision::kDiffer:
+            break;
     }
     return "differ";
 }
@@ -162,7 +165,7 @@ std::string TitleOf(const SubsetRule& rule, std::size_t count, const Number& lev
     const std::string decisive = rule.isByPlainP ? "p" : "p adjusted";
     return "Homogeneous subsets: " + rule.words + "; " + AdjustmentText(count) + ". Where " + decisive +
            " >= " + level.text + " samples are homogeneous, else the last one leaves and the rest is tested in the " +
-           "next step";
+           "next step.";
 }
 
 std::vector<std::string> NamesOf(const std::vector<std::string>& ordered, const Range& range) {
@@ -191,8 +194,8 @@ void AddSearchTable(const ExplainedTest& test, const SubsetRule& rule, const Sub
 /// The samples with what they are ordered by; whether the result has them in that order.
 void AddOrder(const ExplainedTest& test, const SubsetRule& rule, const std::vector<std::size_t>& order) {
     if (rule.orderedBy.empty()) return;
-    ExplanationTable& table = test.steps.Comparison("Samples in the order of the search",
-                                                    {{"sample", true}, {rule.orderedBy}});
+    ExplanationTable& table =
+        test.steps.Comparison("Samples in the order of the search", {{"sample", true}, {rule.orderedBy}});
     AddRows(table, order.size(), [&](std::size_t position) {
         const std::size_t place = order[position];
         return std::vector<std::string>{test.view.names[place], CalculatorText(rule.orderValues[place])};
@@ -218,7 +221,7 @@ void NoteLoners(const ExplainedTest& test) {
 // ---- Against the document ----
 
 void CompareNumbers(StepWriter& steps, const std::string& name, const TestedRange& ours,
-                    const HomogeneousSubset& document) {
+                    const HomogeneousSubset& document, std::size_t sampleCount) {
     if (ours.subset.isTestable == document.p.empty()) {
         return steps.TellOther(name + (document.p.empty() ? " has numbers here alone" : " has no numbers here"));
     }
@@ -230,7 +233,10 @@ void CompareNumbers(StepWriter& steps, const std::string& name, const TestedRang
     };
     compare("statistic", ours.subset.statistic, document.statistic);
     compare("p", ours.subset.p, document.p);
-    compare("p adjusted", ours.adjusted, document.adjustedP);
+    const double exponent = static_cast<double>(sampleCount) / static_cast<double>(ours.range.Size());
+    if (!document.adjustedP.empty() && !steps.AgreeAdjusted(ours.adjusted, document.adjustedP.value, exponent)) {
+        steps.TellOther(name + ", p adjusted", ours.adjusted, document.adjustedP.value);
+    }
 }
 
 Range RangeOf(const HomogeneousSubset& subset, const NamePlaces& positions) {
@@ -249,7 +255,7 @@ void CompareSubsets(const ExplainedTest& test, const SubsetSearch& search, const
         if (found == search.Tested().end()) {
             test.steps.TellOther("the subset " + name + " is there and not here");
         } else {
-            CompareNumbers(test.steps, name, *found, subset);
+            CompareNumbers(test.steps, name, *found, subset, search.SampleCount());
         }
     }
 }
@@ -308,7 +314,8 @@ void AddSubsets(const ExplainedTest& test, const SubsetRule& rule) {
         for (const HomogeneousSubset& subset : reading.subsets) {
             if (subset.members.size() > 1) search.Take(RangeOf(subset, positions));
         }
-        test.steps.Note("Of the search the subsets that it found are shown alone, since there are many samples or cases.");
+        test.steps.Note(
+            "Of the search the subsets that it found are shown alone, since there are many samples or cases.");
     }
     AddSearchTable(test, rule, search);
     NoteLoners(test);

@@ -21,8 +21,8 @@ struct WorkedSubset {
 struct SubsetRule {
     std::string words;                              ///< how a subset is tested: "H of the ranks among its groups"
     std::vector<ExplanationTable::Column> columns;  ///< of the cells of a subset
-    std::string orderedBy;                          ///< "mean rank"; "" where the samples stand in an order of their own
-    std::vector<double> orderValues;                ///< of the view's samples; empty then
+    std::string orderedBy;            ///< "mean rank"; "" where the samples stand in an order of their own
+    std::vector<double> orderValues;  ///< of the view's samples; empty then
     /// Of places among the view's samples, in the order of the search.
     std::function<WorkedSubset(const std::vector<std::size_t>&)> of;
     bool isByPlainP = false;       ///< whether p decides and not p adjusted
@@ -38,8 +38,8 @@ void AddSubsets(const ExplainedTest& test, const SubsetRule& rule);
 /// "1; 2; 3"; of many texts the first ones and the last one.
 std::string FewText(const std::vector<std::string>& texts);
 
-/// p of one of m out of k samples, adjusted by Ryan (1960), Einot and Gabriel (1975) and Welsch (1977): 1 - (1 - p)^(k /
-/// m), and p itself for m of k - 1 and more.
+/// p of one of m out of k samples, adjusted by Ryan (1960), Einot and Gabriel (1975) and Welsch (1977): 1 - (1 - p)^(k
+/// / m), and p itself for m of k - 1 and more.
 double AdjustedForSubset(double p, std::size_t size, std::size_t sampleCount);
 
 }  // namespace tarn
