@@ -151,7 +151,7 @@ def requests(folder):
         "explained-subsets": example("sleep_clinic", "--related", "hours_before,hours_after,hours_followup", "--tests",
                                      "friedman,kendall", "--compare", "stepwise", "--explain"),
         "explained-hostile": [hostile, "--independent", "value", "--group", "group name", "--compare", "pairwise",
-                              "--explain"],
+                              "--alpha", "0.99", "--explain"],
     }
 
 

@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <cmath>
 
 #include "host/NumberText.h"
@@ -111,6 +110,11 @@ SizeSums TiesOf(const std::vector<AscendingSample>& samples) {
     return ties;
 }
 
+/// The count of a pair among those of all pairs, which stand by their later group.
+double CountOf(const std::vector<PairCount>& counts, std::size_t earlier, std::size_t later) {
+    return counts[later * (later - 1) / 2 + earlier].u;
+}
+
 /// J of some of the groups in their order, with its normal approximation.
 struct SomeGroups {
     double j = 0;
@@ -127,16 +131,14 @@ SomeGroups CompareSome(const ExplainedTest& test, const std::vector<std::size_t>
     SizeSums groups;
     double n = 0;
     double pairsOfCases = 0;
-    for (const std::size_t group : members) {
+    for (std::size_t place = 0; place < members.size(); ++place) {
+        const std::size_t group = members[place];
         const double size = equalOnly[group].size;
+        for (std::size_t before = 0; before < place; ++before) some.j += CountOf(counts, members[before], group);
         samples.push_back(equalOnly[group]);
         groups.Add(size);
         pairsOfCases += n * size;
         n += size;
-    }
-    const auto isMember = [&](std::size_t group) { return std::ranges::find(members, group) != members.end(); };
-    for (const PairCount& pair : counts) {
-        if (isMember(pair.earlier) && isMember(pair.later)) some.j += pair.u;
     }
     SizeSums all;
     all.Add(n);

@@ -276,6 +276,16 @@ void CompareFound(const ExplainedTest& test, const SubsetSearch& search, const N
     }
 }
 
+/// Beyond that a search of all runs takes longer than a reader waits, and has more steps than anybody reads.
+bool CanBeSearched(const TestView& view) {
+    constexpr std::size_t kMostSamples = 50;
+    constexpr double kMostValuesOfAllRuns = 2e7;
+    double values = 0;
+    for (const AscendingSample& sample : view.samples) values += static_cast<double>(sample.values.size());
+    const auto count = static_cast<double>(view.samples.size());
+    return view.samples.size() <= kMostSamples && values * count * (count - 1) / 2 <= kMostValuesOfAllRuns;
+}
+
 }  // namespace
 
 std::string FewText(const std::vector<std::string>& texts) {
@@ -292,19 +302,13 @@ double AdjustedForSubset(double p, std::size_t size, std::size_t sampleCount) {
 }
 
 void AddSubsets(const ExplainedTest& test, const SubsetRule& rule) {
-    // Beyond that a search of all runs takes longer than a reader waits; the subsets that it found are shown alone.
-    constexpr double kMostValuesOfAllRuns = 5e7;
     const TestReading& reading = test.Reading();
     if (reading.subsets.empty()) return;
     const NamePlaces places(test.view.names);
     std::vector<std::size_t> order;
     for (const std::string& name : reading.orderedSamples) order.push_back(places.Of(name));
     if (order.size() < 2 || std::ranges::max(order) >= test.view.names.size()) return;
-    double values = 0;
-    for (const AscendingSample& sample : test.view.samples) values += static_cast<double>(sample.values.size());
-    const auto count = static_cast<double>(order.size());
-    const bool isSearched = values * count * (count - 1) / 2 <= kMostValuesOfAllRuns;
-
+    const bool isSearched = CanBeSearched(test.view);
     AddOrder(test, rule, order);
     const NamePlaces positions(reading.orderedSamples);
     SubsetSearch search(rule, std::move(order), Number(test.view.document->sigLevel).value);
