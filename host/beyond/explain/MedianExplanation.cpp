@@ -101,7 +101,7 @@ WorkedSubset CompareAroundMedian(const ExplainedTest& test, const std::vector<st
     for (const AscendingSample& sample : samples) {
         const MedianCell& cell = cells.emplace_back(CellOf(sample, median));
         notAbove += cell.notAbove;
-        counts.push_back(CalculatorText(cell.above) + " of " + CalculatorText(cell.Size()));
+        counts.push_back(CalculatorText(cell.above));
     }
     WorkedSubset worked;
     worked.isTestable = notAbove > 0 && AboveIn(cells) > 0;
@@ -125,14 +125,14 @@ void AddMedianPairs(const ExplainedTest& test, double overall) {
         pair.isTestable = worked.isTestable;
         return pair;
     };
-    AddPairs(test, {"Pairs: " + MedianWords(test) + "df = 1", {{"median"}, {"above a of n"}, {"chi2"}}, compare});
+    AddPairs(test, {"Pairs: " + MedianWords(test) + "df = 1", {{"median"}, {"above a"}, {"chi2"}}, compare});
 }
 
 void AddMedianSubsets(const ExplainedTest& test, double overall) {
     const auto compare = [&](const std::vector<std::size_t>& groups) {
         return CompareAroundMedian(test, groups, overall);
     };
-    SubsetRule rule{MedianWords(test) + "df = m - 1", {{"median"}, {"above a of n"}, {"chi2"}}, "median", {}, compare};
+    SubsetRule rule{MedianWords(test) + "df = m - 1", {{"median"}, {"above a"}, {"chi2"}}, "median", {}, compare};
     for (const AscendingSample& sample : test.view.samples) rule.orderValues.push_back(Quantile(sample, 0.5));
     AddSubsets(test, rule);
 }
