@@ -460,9 +460,9 @@ TEST(Explanation, OfSubsetsOfKruskalWallisIsWorkedByHand) {
     EXPECT_EQ(explanation.comparisons[0].rows, (Rows{{"1", "1.5"}, {"2", "3.5"}, {"3", "5.5"}, {"4", "7.5"}}));
     const Rows rows{{"1", "1, 2, 3", "3; 7; 11", "0", "4.5714", "0.1017", "0.1017", "differ"},
                     {"1", "2, 3, 4", "3; 7; 11", "0", "4.5714", "0.1017", "0.1017", "differ"},
-                    {"1", "3, 4", "3; 7", "0", "2.4", "0.12134", "0.22795", "homogeneous"},
-                    {"2", "1, 2", "3; 7", "0", "2.4", "0.12134", "0.22795", "homogeneous"},
-                    {"2", "2, 3", "3; 7", "0", "2.4", "0.12134", "0.22795", "homogeneous"}};
+                    {"1", "3, 4", "3; 7", "0", "2.4", "0.12134", "0.22795", "subset"},
+                    {"2", "1, 2", "3; 7", "0", "2.4", "0.12134", "0.22795", "subset"},
+                    {"2", "2, 3", "3; 7", "0", "2.4", "0.12134", "0.22795", "subset"}};
     EXPECT_EQ(explanation.comparisons[1].rows, rows);
     EXPECT_NE(explanation.comparisons[1].title.find("Where p >= 0.102"), std::string::npos);
     EXPECT_TRUE(explanation.agrees);
@@ -479,9 +479,9 @@ TEST(Explanation, OfSubsetsOfJonckheereIsWorkedByHand) {
     const std::string shown = ShortText(adjusted);
     const Rows rows{{"1", "1, 2, 3", "12", "6", "2.5166", "2.3842", "0.0085591", "0.0085591", "differ"},
                     {"1", "2, 3, 4", "12", "6", "2.5166", "2.3842", "0.0085591", "0.0085591", "differ"},
-                    {"1", "3, 4", "4", "2", "1.291", "1.5492", "0.060668", shown, "homogeneous"},
-                    {"2", "1, 2", "4", "2", "1.291", "1.5492", "0.060668", shown, "homogeneous"},
-                    {"2", "2, 3", "4", "2", "1.291", "1.5492", "0.060668", shown, "homogeneous"}};
+                    {"1", "3, 4", "4", "2", "1.291", "1.5492", "0.060668", shown, "subset"},
+                    {"2", "1, 2", "4", "2", "1.291", "1.5492", "0.060668", shown, "subset"},
+                    {"2", "2, 3", "4", "2", "1.291", "1.5492", "0.060668", shown, "subset"}};
     EXPECT_EQ(explanation.comparisons[0].rows, rows);
     EXPECT_TRUE(explanation.agrees);
 }
@@ -492,7 +492,7 @@ TEST(Explanation, ShowsTheSubsetsAloneThatManySamplesHave) {
     ASSERT_EQ(explanation.comparisons.size(), 2U);
     const Rows& rows = explanation.comparisons[1].rows;
     ASSERT_FALSE(rows.empty());
-    for (const std::vector<std::string>& row : rows) EXPECT_EQ(row.front() + row.back(), "homogeneous");
+    for (const std::vector<std::string>& row : rows) EXPECT_EQ(row.front() + row.back(), "subset");
     EXPECT_TRUE(explanation.agrees) << explanation.notes.back();
     EXPECT_EQ(explanation.notes.front(),
               "Of the search the subsets that it found are shown alone, since there are many samples or cases.");

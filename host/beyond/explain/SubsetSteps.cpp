@@ -143,7 +143,7 @@ std::string MembersText(const std::vector<std::string>& names) {
 std::string TextOf(Decision decision) {
     switch (decision) {
         case Decision::kHomogeneous:
-            return "homogeneous";
+            return "subset";
         case Decision::kInside:
             return "inside another one";
         case Decision::kUntestable:
@@ -164,7 +164,7 @@ std::string AdjustmentText(std::size_t count) {
 std::string TitleOf(const SubsetRule& rule, std::size_t count, const Number& level) {
     const std::string decisive = rule.isByPlainP ? "p" : "p adjusted";
     return "Homogeneous subsets: " + rule.words + "; " + AdjustmentText(count) + ". Where " + decisive +
-           " >= " + level.text + " samples are homogeneous, else the last one leaves and the rest is tested in the " +
+           " >= " + level.text + " samples are a subset, else the last one leaves and the rest is tested in the " +
            "next step.";
 }
 
