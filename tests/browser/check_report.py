@@ -112,10 +112,11 @@ def hostile_table(path):
     numbers = random.Random(3)
     with open(path, "w", newline="", encoding="utf-8") as file:
         table = csv.writer(file)
-        table.writerow(["value", "<img src=x onerror=alert(1)>", "group name", "many", "count"])
+        table.writerow(["value", "<img src=x onerror=alert(1)>", "group name", "many", "count", "rising"])
         for i in range(400):
-            table.writerow([round(numbers.gauss(50, 10), 1), round(numbers.expovariate(0.1), 2), numbers.choice(HOSTILE),
-                            "Department of long names number %d of the hospital" % (i % 30), numbers.randint(1, 9)])
+            value, other, group = round(numbers.gauss(50, 10), 1), round(numbers.expovariate(0.1), 2), numbers.choice(HOSTILE)
+            table.writerow([value, other, group, "Department of long names number %d of the hospital" % (i % 30),
+                            numbers.randint(1, 9), 5 * HOSTILE.index(group) + i % 7])
 
 
 def requests(folder):
@@ -150,8 +151,9 @@ def requests(folder):
                              "kruskal-wallis,jonckheere,median", "--compare", "pairwise", "--explain"),
         "explained-subsets": example("sleep_clinic", "--related", "hours_before,hours_after,hours_followup", "--tests",
                                      "friedman,kendall", "--compare", "stepwise", "--explain"),
-        "explained-hostile": [hostile, "--independent", "value", "--group", "group name", "--compare", "pairwise",
-                              "--alpha", "0.99", "--explain"],
+        # So far apart that their pairs are compared.
+        "explained-hostile": [hostile, "--independent", "rising", "--group", "group name", "--compare", "pairwise",
+                              "--explain"],
     }
 
 
