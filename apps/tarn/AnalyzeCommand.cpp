@@ -51,19 +51,21 @@ ExitStatus NoneDone() {
     return TellMistake("no test could be done; each says why", ExitStatus::kRunFailed);
 }
 
-/// Explanations stand below the tests of a text.
+/// Explanations stand below the tests of a text, of a document or of a page.
 void CheckExplanations(const OutputOptions& output) {
-    if (!output.explain) return;
+    // The page has them, whatever else is shown.
+    if (!output.explain || !output.reportPath.empty()) return;
     const ReportFormat format = output.format.value_or(ReportFormat::kText);
-    constexpr std::array kFormats{ReportFormat::kText, ReportFormat::kJson, ReportFormat::kMarkdown,
-                                  ReportFormat::kLatex, ReportFormat::kTypst};
+    constexpr std::array kFormats{ReportFormat::kText,  ReportFormat::kJson,  ReportFormat::kMarkdown,
+                                  ReportFormat::kLatex, ReportFormat::kTypst, ReportFormat::kHtml};
     if (std::ranges::find(kFormats, format) == kFormats.end()) {
         throw InputError("--explain: " + FormatNames()[static_cast<std::size_t>(format)] +
-                         " has no place for it; expected --format text, json, md, latex or typst");
+                         " has no place for it; expected --format text, json, md, latex, typst or html, or --report");
     }
     if (format != ReportFormat::kText) return;
-    if (output.details) throw InputError("--explain: stands below the short text; expected it without --details");
-    if (output.quiet) throw InputError("--explain: --quiet shows no text; expected one of the two");
+    if (output.details)
+        throw InputError("--explain: stands below the short text; expected it without --details, or --report");
+    if (output.quiet) throw InputError("--explain: --quiet shows no text; expected one of the two, or --report");
 }
 
 /// A name may have been looked up by the reader of the table and for the request.

@@ -336,7 +336,8 @@ void AddDetails(Options& options, bool& details) {
 
 void AddExplain(Options& options, bool& explain) {
     options.Flag("--explain", explain,
-                 "Show below each test how its numbers came about: ranks, sums, formulas with the numbers put in");
+                 "Show below each test, in a page too, how its numbers came about: ranks, sums, formulas with the "
+                 "numbers put in");
 }
 
 void DescribeOutput(CLI::App& app, OutputOptions& output, bool& brief, const char* outHelp) {

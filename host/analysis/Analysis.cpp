@@ -100,6 +100,7 @@ std::optional<TestExplanation> ExplanationOfTest(const ResultReading& result, st
     const CaseRule rule = CaseRuleOf(table, options);
     ExplanationSource source{table, rule, WorkShare(environment.threads, environment.isCancelled)};
     source.success = options.success;
+    source.expectsFall = options.descending;
     for (const ExpectedCategory& expected : options.expected) {
         source.expected.emplace_back(expected.category, expected.share);
     }

@@ -45,7 +45,7 @@ std::string ExplanationText(const TestExplanation& explanation, std::size_t widt
         if (length <= kLongestName) nameWidth = std::max(nameWidth, length);
     }
     for (const ExplanationStep& step : explanation.steps) text += StepLines(step, nameWidth, width, within);
-    text += TableText(PageTableOf(explanation.pairs), width, within);
+    for (const ExplanationTable& table : explanation.comparisons) text += TableText(PageTableOf(table), width, within);
     for (const std::string& note : explanation.notes) text += Wrapped(note, width, within);
     return text;
 }

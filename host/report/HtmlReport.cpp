@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/report/HtmlExplanation.h"
 #include "host/report/HtmlText.h"
 
 namespace tarn {
@@ -112,6 +113,7 @@ std::string DetailsOf(const TestPage& test) {
     AddTable(html, test.pairs, test, "Pairs");
     AddTable(html, test.subsets, test, "Homogeneous subsets");
     html += FactsHtml(test.orders) + FactsHtml(test.methods) + NotesHtml(test.notes);
+    if (test.explanation) html += HtmlExplanation(*test.explanation, test.Heading());
     return html;
 }
 
@@ -153,6 +155,12 @@ std::string ListOf(const std::vector<std::string>& items) {
 std::string Section(const std::string& id, const std::string& title, const std::string& content) {
     return "<section id=\"" + id + "\" aria-labelledby=\"" + id + "-h\"><h2 id=\"" + id + "-h\">" + HtmlEscaped(title) +
            "</h2>\n" + content + "</section>\n";
+}
+
+bool IsExplained(const HtmlSource& source) {
+    const auto isTestExplained = [](const TestPage* test) { return test->explanation.has_value(); };
+    return std::ranges::any_of(source.runs,
+                               [&](const HtmlRun& run) { return std::ranges::any_of(run.tests, isTestExplained); });
 }
 
 bool HasFields(const HtmlSource& source) {
@@ -277,6 +285,7 @@ std::string HtmlReport(const HtmlSource& source) {
         "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
         "<meta name=\"color-scheme\" content=\"light dark\">\n<title>" +
         HtmlEscaped(source.title) + "</title>\n<style>" + HtmlStyleSheet() +
+        (IsExplained(source) ? HtmlExplanationStyle() : "") +
         "html{background:#fff}@media screen and (prefers-color-scheme:dark){html{background:#16181c}}body{margin:0}"
         "</style></head>\n<body>\n<div class=\"tarn\"><header>" +
         "<h1 id=\"" + kTitleId + "\">" + HtmlIsolated(source.title) + "</h1>\n<p class=\"quiet\">" +

@@ -47,8 +47,9 @@ struct HtmlSource {
 
 std::string HtmlReport(const HtmlSource& source);
 
-/// A test as an `article` of its own, within an element of the class `tarn` on a page with `HtmlStyleSheet()`. `id`
-/// begins all identifiers in it. `level` is that of its heading, 2 to 5.
+/// A test as an `article` of its own, within an element of the class `tarn` on a page with `HtmlStyleSheet()`, and with
+/// `HtmlExplanationStyle()` (host/report/HtmlExplanation.h) where it has an explanation. `id` begins all identifiers in
+/// it. `level` is that of its heading, 2 to 5.
 std::string HtmlArticle(const TestPage& test, const std::optional<HtmlPlot>& plot, const std::string& id,
                         int level = 2);
 

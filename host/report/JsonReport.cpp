@@ -136,10 +136,9 @@ void AddExplanation(const TestExplanation& explanation, Json& json) {
     json["explanation"] = Json::array();
     json["explanation_tables"] = Json::array();
     for (const ExplanationStep& step : explanation.steps) json["explanation"].push_back(ExplanationStepJson(step));
-    for (const ExplanationTable& table : explanation.tables) {
-        json["explanation_tables"].push_back(ExplanationTableJson(table));
+    for (const auto* tables : {&explanation.tables, &explanation.comparisons}) {
+        for (const ExplanationTable& table : *tables) json["explanation_tables"].push_back(ExplanationTableJson(table));
     }
-    if (!explanation.pairs.rows.empty()) json["explanation_tables"].push_back(ExplanationTableJson(explanation.pairs));
     json["explanation_notes"] = explanation.notes;
     json["explanation_agrees"] = explanation.agrees;
 }

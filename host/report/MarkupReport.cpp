@@ -29,7 +29,8 @@ std::string LineOf(const PageLine& line, const Markup& markup) {
 std::string ExplanationMarkup(const TestExplanation& explanation, const Markup& markup) {
     std::string text = markup.Heading(kTest + 1, kExplanationTitle);
     for (const ExplanationTable& table : explanation.tables) text += TableOf(PageTableOf(table), markup);
-    text += TableOf(StepTable(explanation), markup) + TableOf(PageTableOf(explanation.pairs), markup);
+    text += TableOf(StepTable(explanation), markup);
+    for (const ExplanationTable& table : explanation.comparisons) text += TableOf(PageTableOf(table), markup);
     for (const std::string& note : explanation.notes) text += markup.Paragraph(note);
     return text;
 }

@@ -23,8 +23,9 @@ void MakeTableOneLine(ExplanationTable& table) {
 }
 
 void MakeExplanationOneLine(TestExplanation& explanation) {
-    for (ExplanationTable& table : explanation.tables) MakeTableOneLine(table);
-    MakeTableOneLine(explanation.pairs);
+    for (auto* const tables : {&explanation.tables, &explanation.comparisons}) {
+        for (ExplanationTable& table : *tables) MakeTableOneLine(table);
+    }
     for (ExplanationStep& step : explanation.steps) {
         for (std::string* const text : {&step.name, &step.formula, &step.numbers}) MakeOneLine(*text);
     }

@@ -34,7 +34,8 @@ struct ExplanationTable {
 struct TestExplanation {
     std::vector<ExplanationTable> tables;
     std::vector<ExplanationStep> steps;
-    ExplanationTable pairs;          ///< of samples that were compared, behind the steps; without rows where none were
+    std::vector<ExplanationTable>
+        comparisons;                 ///< of the samples that were compared, pairs or subsets; behind the steps
     std::vector<std::string> notes;  ///< which significance decides, and what is not explained, as sentences
     bool agrees = true;              ///< whether all steps agree with the document
 };

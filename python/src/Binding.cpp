@@ -108,7 +108,13 @@ void AddResults(nb::module_& m) {
         .def("csv", &Report::Csv, Unlocked())
         .def("in_format", &Report::InFormat, "format"_a, Unlocked())
         .def("has_cases", &Report::HasCases, Unlocked())
-        .def("html", &Report::Html, "request"_a, "notes"_a, "with_plots"_a, Unlocked())
+        .def(
+            "html",
+            [](const Report& report, const std::string& request, std::vector<std::string> notes, bool withPlots,
+               bool withSteps) {
+                return report.Html(request, std::move(notes), {withPlots, withSteps});
+            },
+            "request"_a, "notes"_a, "with_plots"_a, "with_steps"_a, Unlocked())
         .def("html_of", &Report::HtmlOf, "test"_a, "id"_a, Unlocked())
         .def("svg", &Report::Svg, "test"_a, Unlocked())
         .def("explanation", &Report::Explanation, "test"_a, Unlocked())

@@ -267,19 +267,31 @@ bool Report::HasCases() const {
     return true;
 }
 
-std::string Report::Html(const std::string& request, std::vector<std::string> notes, bool withPlots) const {
+std::vector<ResultPart> Report::Explained() const {
+    std::vector<ResultPart> parts = Supplied();
+    for (std::size_t i = isSplit_ ? 0 : first_; i < (isSplit_ ? parts.size() : first_ + 1); ++i) {
+        if (!parts[i].result) continue;
+        const KeptTable& kept = CasesOf(i);
+        const Drawing from(*parts[i].result, &kept);
+        ExplainTests(*parts[i].result, kept.Part().table, kept.Part().options, from.Source().environment);
+    }
+    return parts;
+}
+
+std::string Report::Html(const std::string& request, std::vector<std::string> notes, PageParts wanted) const {
     if (!isDone_) return "";
     ReportFacts facts;
     facts.request = request;
     facts.program = "tarn " TARN_VERSION;
     facts.notes = std::move(notes);
-    const std::vector<ResultPart>& parts = Supplied();
+    const std::vector<ResultPart> explained = wanted.explanations ? Explained() : std::vector<ResultPart>();
+    const std::vector<ResultPart>& parts = wanted.explanations ? explained : Supplied();
     std::vector<ReportPart> shown;
     const KeptTable* drawn = nullptr;
     bool isTouched = false;
     for (std::size_t i = isSplit_ ? 0 : first_; i < (isSplit_ ? parts.size() : first_ + 1); ++i) {
-        const KeptTable* const kept = withPlots ? Untouched(TableOf(i)) : nullptr;
-        isTouched |= withPlots && kept != TableOf(i);
+        const KeptTable* const kept = wanted.plots ? Untouched(TableOf(i)) : nullptr;
+        isTouched |= wanted.plots && kept != TableOf(i);
         if (kept != nullptr) drawn = kept;
         shown.push_back({parts[i], kept == nullptr ? nullptr : &kept->Part().table});
     }

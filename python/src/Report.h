@@ -75,9 +75,14 @@ class Report {
 
     /// Whether the cases are there as they were analysed, of all parts. Without them nothing is drawn.
     bool HasCases() const;
-    /// A page that stands by itself, with plots where they are wanted and the cases are there as they were analysed.
-    /// `request` is the call that made the result, "" where nobody knows; `notes` are those on all of it, as sentences.
-    std::string Html(const std::string& request, std::vector<std::string> notes, bool withPlots) const;
+    /// What a page has besides.
+    struct PageParts {
+        bool plots = true;          ///< where the cases are there as they were analysed
+        bool explanations = false;  ///< how the numbers of each test came about
+    };
+    /// A page that stands by itself. `request` is the call that made the result, "" where nobody knows; `notes` are
+    /// those on all of it, as sentences. Throws an `InputError` where explanations are wanted and can't be made.
+    std::string Html(const std::string& request, std::vector<std::string> notes, PageParts wanted) const;
     /// A test as a block of such a page, for an element of the class "tarn". `id` begins all identifiers in it.
     std::string HtmlOf(std::size_t test, const std::string& id) const;
     /// Its plot. Throws an `InputError` where there is none.
@@ -109,6 +114,8 @@ class Report {
     static std::shared_ptr<Shared> Share(std::vector<ResultPart> parts, std::vector<std::string> documents,
                                          Supply supply, Tables tables, tarn::Json request);
     const std::vector<ResultPart>& Supplied() const;
+    /// A copy of them in which each test of this report says how its numbers came about. Throws as `CasesOf`.
+    std::vector<ResultPart> Explained() const;
     /// What it was made of, or null.
     const KeptTable* TableOf(std::size_t part) const;
     /// The same; throws an `InputError` where the cases aren't there as they were analysed.

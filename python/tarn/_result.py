@@ -238,7 +238,7 @@ class ReportTexts(Protocol):
     def csv(self) -> str: ...
     def in_format(self, format: str, /) -> str: ...
     def has_cases(self) -> bool: ...
-    def html(self, request: str, notes: Sequence[str], with_plots: bool, /) -> str: ...
+    def html(self, request: str, notes: Sequence[str], with_plots: bool, with_steps: bool, /) -> str: ...
     def html_of(self, test: int, id: str, /) -> str: ...
     def svg(self, test: int, /) -> str: ...
     def explanation(self, test: int, /) -> str: ...
@@ -272,7 +272,11 @@ class _StoredTexts:
     def has_cases(self) -> bool:
         return False
 
-    def html(self, request: str, notes: Sequence[str], with_plots: bool, /) -> str:
+    def html(self, request: str, notes: Sequence[str], with_plots: bool, with_steps: bool, /) -> str:
+        if with_steps:
+            raise InputError(
+                "the result comes from another process, without its cases; expected to_html(explain=True) where they are"
+            )
         return self.stored["html"]
 
     def html_of(self, test: int, id: str, /) -> str:
@@ -301,7 +305,7 @@ def _notes_of(texts: ReportTexts) -> list[str]:
 def _stored(texts: ReportTexts, request: str) -> _StoredTexts:
     stored = {
         "text": texts.text(False), "details": texts.text(True), "json": texts.json(), "csv": texts.csv(),
-        "html": texts.html(request, _notes_of(texts), False), **{name: texts.in_format(name) for name in ("md", "latex", "typst", "apa")},
+        "html": texts.html(request, _notes_of(texts), False, False), **{name: texts.in_format(name) for name in ("md", "latex", "typst", "apa")},
     }  # fmt: skip
     parts = tuple(_stored(texts.part(place), request) for place in range(texts.part_count()))
     return _StoredTexts(texts.document, texts.notes, texts.remarks, stored, parts)
@@ -654,15 +658,30 @@ class Result:
         with errors_of_the_package():
             return self._texts.explanation(place)
 
-    def to_html(self, plots: bool = True) -> str:
+    def to_html(self, plots: bool = True, explain: bool = False) -> str:
         """A page for a browser, which stands by itself: it needs no script and fetches nothing.
 
         Parameters
         ----------
         plots : bool
             Whether each test has its plot, where its cases are there as they were analysed.
+        explain : bool
+            Whether each test says how its numbers came about, as `explain` does; the page has it folded until a reader
+            opens it, and shows it on paper.
+
+        Raises
+        ------
+        InputError
+            With `explain`, where `explain` raises it.
+
+        Examples
+        --------
+        >>> result = tarn.analyze({"x": [3, 5, 4, 6], "g": ["a", "a", "b", "b"]}, "x ~ g", tests="mann-whitney")
+        >>> "How the numbers came about" in result.to_html(explain=True)
+        True
         """
-        return self._texts.html(self._call, self.notes, plots)
+        with errors_of_the_package():
+            return self._texts.html(self._call, self.notes, plots, explain)
 
     def to_json(self) -> str:
         """The whole result as JSON, in the format that the command writes."""

@@ -219,6 +219,21 @@ def test_a_test_says_how_its_numbers_came_about(tmp_path: Path) -> None:
     for caseless in (tarn.load(tmp_path / "result.xml"), pickle.loads(pickle.dumps(result))):
         with pytest.raises(tarn.InputError, match="cases"):
             caseless.explain()
+        with pytest.raises(tarn.InputError, match="cases"):
+            caseless.to_html(explain=True)
+
+
+def test_a_page_says_how_the_numbers_came_about_where_it_is_asked_to() -> None:
+    columns = {"x": [1, 2, 2, 3, 4], "g": ["a", "a", "b", "b", "b"], "s": ["m"] * 5}
+    result = tarn.analyze(columns, "x ~ g", tests=["mann-whitney", "median"])
+    before, block = result.to_html(), result._repr_html_()
+    page = result.to_html(explain=True)
+    assert page.count("<details") == 2 and "<details" not in before + block
+    assert "<code>= 3.5 - 2 * 3 / 2</code>" in page  # U by hand, as in the test before
+    assert result.to_html() == before and result._repr_html_() == block  # nothing of it stays
+    assert len(pictures_in(page)) == 2 and pictures_in(result.to_html(plots=False, explain=True)) == []
+    split = tarn.analyze(columns, "x ~ g", tests=["mann-whitney", "median"], split="s")
+    assert split.to_html(explain=True).count("<details") == split.parts["m"].to_html(explain=True).count("<details") == 2
 
 
 def test_plots_of_parts_are_those_of_their_records() -> None:

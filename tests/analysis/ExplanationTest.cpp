@@ -2,12 +2,16 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <iterator>
 #include <random>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "host/TextList.h"
+#include "host/beyond/explain/StepWriter.h"
 #include "host/report/ExplanationText.h"
 #include "tests/analysis/AnalysisRun.h"
 #include "vocabulary/TestFacts.h"
@@ -156,7 +160,24 @@ std::vector<AnalysisOptions> Requests() {
     several.group = "h";
     several.compare = "pairwise";
     several.alpha = 0.49;
-    return {numbers, given, counts, classes, expected, pair, fields, answers, successes, margins, two, several};
+    AnalysisOptions falling = TestsOf({"jonckheere"});
+    falling.independent = {"x", "y"};
+    falling.group = "h";
+    falling.compare = "pairwise";
+    falling.descending = true;
+    falling.alpha = 0.49;
+    std::vector<AnalysisOptions> requests{numbers, given,     counts,  classes, expected, pair,   fields,
+                                          answers, successes, margins, two,     several,  falling};
+    AnalysisOptions aroundGiven = several;
+    aroundGiven.tests = {"median"};
+    aroundGiven.testValue = 3;
+    requests.push_back(aroundGiven);
+    fields.related = {"x", "y", "z", "p"};  // of three there would be one step alone
+    for (AnalysisOptions stepwise : {fields, successes, several, falling, aroundGiven}) {
+        stepwise.compare = "stepwise";
+        requests.push_back(stepwise);
+    }
+    return requests;
 }
 
 std::vector<Number> NumbersOf(const TestReading& test) {
@@ -181,6 +202,50 @@ bool HasStep(const TestExplanation& explanation, const Number& number, bool isEs
     });
 }
 
+/// Whether a table behind the steps has a row of those samples with each of the numbers, in their five digits.
+bool HasRow(const TestExplanation& explanation, const std::string& samples, std::vector<Number> numbers) {
+    constexpr double kFiveDigits = 5.1e-5;
+    std::erase_if(numbers, [](const Number& number) { return number.empty(); });
+    const auto has = [&](const std::vector<std::string>& row) {
+        return std::ranges::all_of(numbers, [&](const Number& number) {
+            return std::ranges::any_of(row, [&](const std::string& cell) {
+                char* end = nullptr;
+                const double value = std::strtod(cell.c_str(), &end);
+                const bool isNumber = !cell.empty() && *end == 0;
+                return isNumber && std::fabs(value - number.value) <= kFiveDigits * std::fabs(number.value) + 1e-12;
+            });
+        });
+    };
+    for (const ExplanationTable& table : explanation.comparisons) {
+        for (const std::vector<std::string>& row : table.rows) {
+            if (std::ranges::find(row, samples) != row.end() && has(row)) return true;
+        }
+    }
+    return false;
+}
+
+/// Holds the rows of pairs and of subsets to the document. Says which of them the test has.
+std::set<std::string> CheckComparisons(const TestReading& test) {
+    std::set<std::string> seen;
+    for (const PairComparison& pair : test.pairs) {
+        EXPECT_TRUE(HasRow(*test.explanation, pair.first + " - " + pair.second,
+                           {pair.statistic, pair.standardError, pair.standardized, pair.p, pair.adjustedP}))
+            << pair.first << " - " << pair.second << "\n"
+            << ExplanationText(*test.explanation, 120, 0);
+        seen.insert("pairs of " + test.name);
+    }
+    for (const HomogeneousSubset& subset : test.subsets) {
+        if (subset.members.size() < 2) continue;
+        EXPECT_TRUE(
+            HasRow(*test.explanation, JoinList(subset.members, ", "), {subset.statistic, subset.p, subset.adjustedP}))
+            << subset.members.front() << "\n"
+            << ExplanationText(*test.explanation, 120, 0);
+        seen.insert("subsets of " + test.name);
+        if (subset.members.size() + 2 <= test.orderedSamples.size()) seen.insert("later subsets of " + test.name);
+    }
+    return seen;
+}
+
 TEST(Explanation, GivesTheNumbersOfAllTestsOnRandomData) {
     const Shape shapes[] = {{9, 5, false, false},     {14, 12, true, false},  {24, 8, false, true},
                             {60, 6, true, true},      {130, 90, false, true}, {70, 40, true, true},
@@ -203,11 +268,19 @@ TEST(Explanation, GivesTheNumbersOfAllTestsOnRandomData) {
                     EXPECT_TRUE(HasStep(*test.explanation, number, test.isEstimate)) << number.text;
                 }
                 seen.insert(test.name);
+                seen.merge(CheckComparisons(test));
                 if (testing::Test::HasFailure()) return;
             }
         }
     }
-    EXPECT_EQ(seen.size(), std::size(Tests::kAll));
+    for (const TestFacts* const test : Tests::kAll) {
+        const std::string name(test->resultName);
+        std::vector<std::string> expected{name};
+        if (test->comparesSamples) expected.insert(expected.end(), {"pairs of " + name, "subsets of " + name});
+        // Of the three fields of Cochran's test runs of two are tested alone.
+        if (test->comparesSamples && test != &Tests::kCochran) expected.push_back("later subsets of " + name);
+        for (const std::string& each : expected) EXPECT_TRUE(seen.contains(each)) << each;
+    }
 }
 
 // ---- Examples of textbooks, worked by hand ----
@@ -321,7 +394,134 @@ TEST(Explanation, OfMannWhitneyIsWorkedByHand) {
     EXPECT_DOUBLE_EQ(ValueOf(explanation, "p exact"), 0.2);
 }
 
+// ---- Comparisons, worked by hand ----
+
+/// Groups of two cases each, which follow one another: a has 1 and 2, b has 3 and 4, and so on.
+std::string GroupsInARow(int groups) {
+    std::string csv = "x,h\n";
+    for (int i = 0; i < 2 * groups; ++i) csv += std::to_string(i + 1) + "," + std::to_string(i / 2 + 1) + "\n";
+    return csv;
+}
+
+AnalysisOptions Comparing(const std::string& test, const std::string& compare, double alpha) {
+    AnalysisOptions options = TestsOf({test});
+    options.independent = {"x"};
+    options.group = "h";
+    options.compare = compare;
+    options.alpha = alpha;
+    return options;
+}
+
+using Rows = std::vector<std::vector<std::string>>;
+
+/// All 4 pairs of cases of two groups rise: J = 4, its mean 2 and its variance 4 (4^3 - 4) / (12 * 4 * 3) = 5 / 3, so
+/// that z = 2 / 1.29099 = 1.54919. Half of erfc(z / sqrt(2)) is 0.0606676, three times that 0.182003 (Python's math).
+TEST(Explanation, OfPairsOfJonckheereIsWorkedByHand) {
+    const TestExplanation explanation =
+        OnlyExplanation(Explain(GroupsInARow(3), Comparing("jonckheere", "pairwise", 0.05)));
+    ASSERT_EQ(explanation.comparisons.size(), 1U);
+    const std::vector<std::string> numbers{"2", "2", "0", "4", "1.291", "1.5492", "0.060668", "0.182"};
+    Rows rows;
+    for (const char* const pair : {"1 - 2", "1 - 3", "2 - 3"}) {
+        rows.push_back(numbers);
+        rows.back().insert(rows.back().begin(), pair);
+    }
+    EXPECT_EQ(explanation.comparisons[0].rows, rows);
+    EXPECT_TRUE(explanation.agrees);
+    AnalysisOptions falling = Comparing("jonckheere", "pairwise", 0.05);
+    falling.descending = true;
+    const TestExplanation other = OnlyExplanation(Explain(GroupsInARow(3), falling));
+    EXPECT_EQ(other.comparisons[0].rows[0][7], "0.93933");  // 1 - 0.0606676
+    EXPECT_NE(other.comparisons[0].title.find("P(N <= |z|)"), std::string::npos);
+}
+
+/// Around the median 3.5 of 1, 2, 3 and 4, 5, 6 none of the first and all of the second are above: chi2 is the number
+/// of cases, 6. Its p of 1 df is erfc(sqrt(3)) = 0.0143059, three times that 0.0429177 (Python's math).
+TEST(Explanation, OfPairsOfTheMedianTestIsWorkedByHand) {
+    const std::string csv = "x,h\n1,1\n2,1\n3,1\n4,2\n5,2\n6,2\n7,3\n8,3\n9,3\n";
+    const TestExplanation explanation = OnlyExplanation(Explain(csv, Comparing("median", "pairwise", 0.05)));
+    // Of all: the median is 5, above it are 0, 1 and 3 of 3. (16 + 1 + 25) / 9 * (3 / 4 + 3 / 5)
+    EXPECT_NEAR(ValueOf(explanation, "chi2"), 6.3, 1e-14);
+    ASSERT_EQ(explanation.comparisons.size(), 1U);
+    const Rows rows{{"1 - 2", "3.5", "0; 3", "6", "0.014306", "0.042918"},
+                    {"1 - 3", "5", "0; 3", "6", "0.014306", "0.042918"},
+                    {"2 - 3", "6.5", "0; 3", "6", "0.014306", "0.042918"}};
+    EXPECT_EQ(explanation.comparisons[0].rows, rows);
+    EXPECT_TRUE(explanation.agrees);
+}
+
+/// Of three groups in a row H = 12 / 42 (9 + 49 + 121) / 2 - 21 = 32 / 7 and p = exp(-16 / 7) = 0.101701 with 2 df; of
+/// two H = 12 / 20 (9 + 49) / 2 - 15 = 2.4 and p = erfc(sqrt(1.2)) = 0.121335 with 1 df, adjusted 1 - (1 - p)^(4 / 2) =
+/// 0.227948. All four have p = 0.0833 (H = 20 / 3 with 3 df). At 0.102 three differ and two don't.
+TEST(Explanation, OfSubsetsOfKruskalWallisIsWorkedByHand) {
+    const TestExplanation explanation =
+        OnlyExplanation(Explain(GroupsInARow(4), Comparing("kruskal-wallis", "stepwise", 0.102)));
+    ASSERT_EQ(explanation.comparisons.size(), 2U);
+    EXPECT_EQ(explanation.comparisons[0].rows, (Rows{{"1", "1.5"}, {"2", "3.5"}, {"3", "5.5"}, {"4", "7.5"}}));
+    const Rows rows{{"1", "1, 2, 3", "3; 7; 11", "0", "4.5714", "0.1017", "0.1017", "differ"},
+                    {"1", "2, 3, 4", "3; 7; 11", "0", "4.5714", "0.1017", "0.1017", "differ"},
+                    {"1", "3, 4", "3; 7", "0", "2.4", "0.12134", "0.22795", "subset"},
+                    {"2", "1, 2", "3; 7", "0", "2.4", "0.12134", "0.22795", "subset"},
+                    {"2", "2, 3", "3; 7", "0", "2.4", "0.12134", "0.22795", "subset"}};
+    EXPECT_EQ(explanation.comparisons[1].rows, rows);
+    EXPECT_NE(explanation.comparisons[1].title.find("Where p >= 0.102"), std::string::npos);
+    EXPECT_TRUE(explanation.agrees);
+}
+
+/// The same by J: z of two groups as above. Of three J = 12, its mean 6, its variance (6 * 5 * 17 - 3 * 18) / 72 = 19 /
+/// 3 and z = 2.38416, of which the tail is 0.0085591 (Python's math). The last two of four don't differ, which ends the
+/// first step, as all that follows lies inside them.
+TEST(Explanation, OfSubsetsOfJonckheereIsWorkedByHand) {
+    const TestExplanation explanation =
+        OnlyExplanation(Explain(GroupsInARow(4), Comparing("jonckheere", "stepwise", 0.05)));
+    ASSERT_EQ(explanation.comparisons.size(), 1U);
+    const double adjusted = 1 - std::pow(1 - 0.0606676, 2);
+    const std::string shown = ShortText(adjusted);
+    const Rows rows{{"1", "1, 2, 3", "12", "6", "2.5166", "2.3842", "0.0085591", "0.0085591", "differ"},
+                    {"1", "2, 3, 4", "12", "6", "2.5166", "2.3842", "0.0085591", "0.0085591", "differ"},
+                    {"1", "3, 4", "4", "2", "1.291", "1.5492", "0.060668", shown, "subset"},
+                    {"2", "1, 2", "4", "2", "1.291", "1.5492", "0.060668", shown, "subset"},
+                    {"2", "2, 3", "4", "2", "1.291", "1.5492", "0.060668", shown, "subset"}};
+    EXPECT_EQ(explanation.comparisons[0].rows, rows);
+    EXPECT_TRUE(explanation.agrees);
+}
+
+TEST(Explanation, ShowsTheSubsetsAloneThatManySamplesHave) {
+    const TestExplanation explanation =
+        OnlyExplanation(Explain(GroupsInARow(60), Comparing("kruskal-wallis", "stepwise", 0.05)));
+    ASSERT_EQ(explanation.comparisons.size(), 2U);
+    const Rows& rows = explanation.comparisons[1].rows;
+    ASSERT_FALSE(rows.empty());
+    for (const std::vector<std::string>& row : rows) EXPECT_EQ(row.front() + row.back(), "subset");
+    EXPECT_TRUE(explanation.agrees) << explanation.notes.back();
+    EXPECT_EQ(explanation.notes.front(),
+              "Of the search the subsets that it found are shown alone, since there are many samples or cases.");
+}
+
 // ---- What is told ----
+
+TEST(Explanation, SaysWhereTheResultHasOtherComparisons) {
+    const auto lastNote = [](Explained& explained) {
+        ExplainTests(explained.result, explained.table, explained.options, EnglishEnvironment());
+        return OnlyExplanation(explained).notes.back();
+    };
+    const std::string begin = "Warning: these steps don't give the numbers of the result: ";
+    Explained pairs = Explain(GroupsInARow(3), Comparing("jonckheere", "pairwise", 0.05));
+    pairs.result.tests.front().pairs[1].standardError = "2";
+    EXPECT_EQ(lastNote(pairs), begin + "1 - 3, SE is 1.2909944487358056 here and 2 there.");
+    pairs.result.tests.front().pairs[1].p = "";
+    EXPECT_EQ(lastNote(pairs), begin + "1 - 3 has numbers here and none there.");
+    Explained subsets = Explain(GroupsInARow(4), Comparing("kruskal-wallis", "stepwise", 0.102));
+    HomogeneousSubset& one = subsets.result.tests.front().subsets.front();
+    const Number p = std::exchange(one.p, "0.5");
+    EXPECT_EQ(lastNote(subsets).substr(0, begin.size() + 14), begin + "3, 4, p is 0.1");
+    one.p = p;
+    EXPECT_TRUE(lastNote(subsets).starts_with("The result has the same numbers"));
+    one.members = {"1", "2", "3"};
+    EXPECT_EQ(lastNote(subsets), begin +
+                                     "the subset 1, 2, 3 is there and not here; the subset 1, 2, 3 is there and not "
+                                     "here; the subset 3, 4 is here and not there.");
+}
 
 TEST(Explanation, SaysWhereTheResultHasAnotherNumber) {
     AnalysisOptions options = TestsOf({"mann-whitney"});

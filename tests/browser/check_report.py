@@ -7,7 +7,7 @@ Makes reports with the command and opens each at three widths, on light and dark
   - nothing is fetched and nothing is said on the console, so that the page keeps to its own security policy,
   - axe-core finds nothing that keeps anybody from reading it (WCAG 2.1 A and AA, and its best practices),
   - no text leaves its box, covers another one, or widens the page,
-  - on paper of A4 no table is cut.
+  - on paper of A4 no table is cut, and explanations that are folded on the screen are open.
 Ends with a line of how many checks passed and failed, and with status 1 where any failed. --pictures keeps a picture of
 each page.
 """
@@ -47,7 +47,7 @@ LAYOUT = """() => {
     range.selectNodeContents(node);
     const svg = parent.closest('svg');
     const scroll = parent.closest('.wide');
-    const block = parent.closest('td, th, p, li, dd, dt, h1, h2, h3, h4, caption, figcaption, pre, svg');
+    const block = parent.closest('td, th, p, li, dd, dt, h1, h2, h3, h4, caption, figcaption, pre, summary, svg');
     const rects = svg ? [parent.getBoundingClientRect()] : range.getClientRects();
     for (const rect of rects) {
       if (rect.width < 0.5) continue;
@@ -78,6 +78,14 @@ LAYOUT = """() => {
   return found.slice(0, 20);
 }"""
 
+# Explanations that have no height: on paper nobody can open them.
+FOLDED = """() => [...document.querySelectorAll('details')]
+  .filter(element => element.getBoundingClientRect().height < 2 * element.firstElementChild.getBoundingClientRect().height)
+  .map(element => 'folded: ' + element.innerText.slice(0, 40))"""
+
+OPEN = "() => document.querySelectorAll('details').forEach(element => { element.open = true; })"
+FOLD = "() => document.querySelectorAll('details').forEach(element => { element.open = false; })"
+
 CUT_TABLES = """(width) => [...document.querySelectorAll('table, pre, figure')]
   .filter(element => element.getBoundingClientRect().right > width + 1)
   .map(element => 'wider than the paper: ' + (element.getAttribute('aria-label') || element.innerText.slice(0, 60)))"""
@@ -104,10 +112,11 @@ def hostile_table(path):
     numbers = random.Random(3)
     with open(path, "w", newline="", encoding="utf-8") as file:
         table = csv.writer(file)
-        table.writerow(["value", "<img src=x onerror=alert(1)>", "group name", "many", "count"])
+        table.writerow(["value", "<img src=x onerror=alert(1)>", "group name", "many", "count", "rising"])
         for i in range(400):
-            table.writerow([round(numbers.gauss(50, 10), 1), round(numbers.expovariate(0.1), 2), numbers.choice(HOSTILE),
-                            "Department of long names number %d of the hospital" % (i % 30), numbers.randint(1, 9)])
+            value, other, group = round(numbers.gauss(50, 10), 1), round(numbers.expovariate(0.1), 2), numbers.choice(HOSTILE)
+            table.writerow([value, other, group, "Department of long names number %d of the hospital" % (i % 30),
+                            numbers.randint(1, 9), 5 * HOSTILE.index(group) + i % 7])
 
 
 def requests(folder):
@@ -138,6 +147,13 @@ def requests(folder):
         "hostile": [hostile, "--independent", "value,<img src=x onerror=alert(1)>", "--group", "group name", "--compare",
                     "pairwise"],
         "many-groups": [hostile, "--independent", "value", "--group", "many", "--weight", "count"],
+        "explained": example("sleep_clinic", "--independent", "hours_after", "--group", "arm", "--tests",
+                             "kruskal-wallis,jonckheere,median", "--compare", "pairwise", "--explain"),
+        "explained-subsets": example("sleep_clinic", "--related", "hours_before,hours_after,hours_followup", "--tests",
+                                     "friedman,kendall", "--compare", "stepwise", "--explain"),
+        # So far apart that their pairs are compared.
+        "explained-hostile": [hostile, "--independent", "rising", "--group", "group name", "--compare", "pairwise",
+                              "--explain"],
     }
 
 
@@ -157,9 +173,11 @@ def check_reading(page, where, tally):
 
 
 def check_paper(page, name, folder, tally):
-    """The report as it is printed."""
+    """The report as it is printed, with nothing opened on the screen before."""
+    page.evaluate(FOLD)
     page.set_viewport_size({"width": PAPER_WIDTH, "height": 1000})
     page.emulate_media(media="print", color_scheme="light")
+    tally.check(name + ", paper, explanations", page.evaluate(FOLDED))
     tally.check(name + ", paper", page.evaluate(CUT_TABLES, PAPER_WIDTH))
     path = os.path.join(folder, name + ".pdf")
     page.pdf(path=path, prefer_css_page_size=True)
@@ -175,6 +193,10 @@ def check_report(browser, name, path, folder, pictures, tally):
     page.on("console", lambda message: said.append(message.text))
     page.on("pageerror", lambda mistake: said.append(str(mistake)))
     page.goto("file://" + path)
+    tally.check(name + ", explanations", [] if page.query_selector_all("details") or not name.startswith("explained")
+                else ["there are none"])
+    # What is folded has no layout that could be checked.
+    page.evaluate(OPEN)
     for scheme in SCHEMES:
         for width in WIDTHS:
             check_screen(page, name, width, scheme, tally)
@@ -189,6 +211,7 @@ def check_report(browser, name, path, folder, pictures, tally):
 
 # A page with one mistake of each kind, which the checks have to find.
 BROKEN = """<!DOCTYPE html><html><body><div class="tarn" style="position:relative">
+<details><summary>more</summary><p>a text that nobody sees</p></details>
 <p style="position:absolute;top:0;left:0">one text</p><p style="position:absolute;top:2px;left:5px">another text</p>
 <table style="margin-top:60px;width:2000px"><tr><td style="max-width:20px;overflow:visible;white-space:nowrap;display:block">
 a text that leaves its cell by far</td></tr></table><img src="http://127.0.0.1:9/none.png"></div></body></html>"""
@@ -203,6 +226,7 @@ def check_the_checks(browser, tally):
     found = page.evaluate(LAYOUT)
     for kind in ("cover one another: one text | another text", "leaves its box: a text that leaves", "the page is wider"):
         tally.check("the checks", [] if any(kind in each for each in found) else ["don't find: " + kind])
+    tally.check("the checks", [] if page.evaluate(FOLDED) else ["don't find what is folded"])
     tally.check("the checks", [] if page.evaluate(CUT_TABLES, PAPER_WIDTH) else ["don't find a table that is cut"])
     rules = [each["id"] for each in Axe().run(page).response["violations"]]
     tally.check("the checks", [] if "image-alt" in rules else ["axe-core doesn't find a picture without a text"])

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
@@ -38,13 +39,15 @@ TEST(ExplainOption, IsRefusedWhereItHasNoPlace) {
         EXPECT_EQ(result.out, "");
         return result.err;
     };
-    for (const std::string format : {"csv", "xml", "apa", "html"}) {
+    for (const std::string format : {"csv", "xml", "apa", "xlsx"}) {
         EXPECT_EQ(refusal({"--format", format}), "tarn: --explain: " + format +
-                                                     " has no place for it; expected --format text, json, md, latex "
-                                                     "or typst\n");
+                                                     " has no place for it; expected --format text, json, md, latex, "
+                                                     "typst or html, or --report\n");
     }
-    EXPECT_EQ(refusal({"--details"}), "tarn: --explain: stands below the short text; expected it without --details\n");
-    EXPECT_EQ(refusal({"--quiet"}), "tarn: --explain: --quiet shows no text; expected one of the two\n");
+    EXPECT_EQ(refusal({"--details"}),
+              "tarn: --explain: stands below the short text; expected it without --details, or --report\n");
+    EXPECT_EQ(refusal({"--quiet"}), "tarn: --explain: --quiet shows no text; expected one of the two, or --report\n");
+    EXPECT_EQ(refusal({"--quiet", "--plot", folder.Path("x.svg")}).substr(0, 15), "tarn: --explain");
     EXPECT_EQ(refusal({"--format", "csv", "--out", folder.Path("result.xml")}).substr(0, 15), "tarn: --explain");
     EXPECT_EQ(folder.Files(), Words{"data.csv"});  // nothing was begun
 }
@@ -93,6 +96,74 @@ TEST(ExplainOption, GivesStepsInJsonAndInDocuments) {
     EXPECT_NE(inFormat("md").find("| U | R1 - n1 (n1 + 1) / 2 | 3.5 - 2 \\* 3 / 2 | 0.5 |"), std::string::npos);
     EXPECT_NE(inFormat("latex").find(kTitle), std::string::npos);
     EXPECT_NE(inFormat("typst").find(kTitle), std::string::npos);
+}
+
+// ---- Pages ----
+
+/// A page without what --explain adds to it: the elements, their style, and what stands in the JSON for programs.
+std::string WithoutExplanations(std::string page) {
+    const auto cut = [&page](const std::string& begin, const std::string& end) {
+        for (std::size_t from = page.find(begin); from != std::string::npos; from = page.find(begin, from)) {
+            page.erase(from, page.find(end, from) + end.size() - from);
+        }
+    };
+    cut("<details", "</details>\n");
+    cut("\n.tarn .why{", "font-size:8.5pt}}\n");
+    cut("<script type=\"application/json\"", "</script>\n");
+    return page;
+}
+
+TEST(ExplainOption, FoldsTheStepsBelowEachTestOfAPage) {
+    const harness::ScratchFolder folder;
+    const Words request{"x + y ~ g", "--tests", "mann-whitney,median", "--format", "html"};
+    Words explained = request;
+    explained.push_back("--explain");
+    setenv("SOURCE_DATE_EPOCH", "86400", 1);
+    const std::string without = Analyze(folder, request).out;
+    const std::string page = Analyze(folder, explained).out;
+    unsetenv("SOURCE_DATE_EPOCH");
+    EXPECT_EQ(CountOf(page, "<details class=\"why\"><summary>" + kTitle + "</summary>"), 4U);
+    EXPECT_EQ(CountOf(without, kTitle), 0U);
+    EXPECT_EQ(CountOf(without, ".why"), 0U);
+    EXPECT_EQ(WithoutExplanations(page), WithoutExplanations(without));
+    // By hand, as in the test of the formats.
+    EXPECT_NE(page.find("<dt>U</dt><dd><code>R1 - n1 (n1 + 1) / 2</code> <code>= 3.5 - 2 * 3 / 2</code> <code "
+                        "class=\"result\">= <data value=\"0.5\">0.5</data></code></dd>"),
+              std::string::npos)
+        << page;
+    EXPECT_EQ(CountOf(page, "<script src"), 0U);
+    EXPECT_EQ(CountOf(page, "<details open"), 0U);
+}
+
+TEST(ExplainOption, WritesAReportWhateverElseIsShown) {
+    const harness::ScratchFolder folder;
+    const std::string path = folder.Path("page.html");
+    const auto pageOf = [&](const Words& more) {
+        Words words{"y ~ g", "--tests", "mann-whitney", "--explain", "--report", path};
+        words.insert(words.end(), more.begin(), more.end());
+        const harness::CommandResult result = Analyze(folder, words);
+        EXPECT_EQ(result.exitStatus, 0) << result.err;
+        return harness::ReadFile(path);
+    };
+    EXPECT_EQ(CountOf(pageOf({"--quiet"}), "<details"), 1U);
+    EXPECT_EQ(CountOf(pageOf({"--details"}), "<details"), 1U);
+    EXPECT_EQ(CountOf(pageOf({"--format", "csv"}), "<details"), 1U);
+    EXPECT_EQ(CountOf(pageOf({"--quiet", "--split", "s"}), "<details"), 2U);
+}
+
+TEST(ExplainOption, TakesNamesInAPageAsText) {
+    const harness::ScratchFolder folder;
+    const std::string data =
+        folder.Write("names.csv", "<b>,g\n1,<i>x</i>\n2,<i>x</i>\n2,\"a & \"\"b\"\"\"\n3,\"a & \"\"b\"\"\"\n");
+    const std::string page = harness::RunTarn({"analyze", data, "--independent", "<b>", "--group", "g", "--tests",
+                                               "mann-whitney", "--explain", "--format", "html"})
+                                 .out;
+    const std::size_t from = page.find("<details");
+    const std::string steps = page.substr(from, page.find("</details>") - from);
+    EXPECT_NE(steps.find("&lt;b&gt;"), std::string::npos) << steps;
+    EXPECT_NE(steps.find("cases of &lt;i&gt;x&lt;/i&gt;"), std::string::npos) << steps;
+    EXPECT_EQ(CountOf(steps, "<i>"), 0U);
+    EXPECT_EQ(CountOf(steps, "<b>"), 1U);  // the title of the table of ranks
 }
 
 }  // namespace

@@ -20,6 +20,7 @@ struct ExplanationSource {
     WorkShare work;
     std::vector<std::string> success = {};  ///< categories that count as successes; empty for those of the data
     std::vector<std::pair<std::string, double>> expected = {};  ///< categories with their shares; none: all alike
+    bool expectsFall = false;  ///< whether values are to fall with the order of the groups, in a test that has one
 };
 
 /// How the numbers of a test of a document came about that was made from the table: its steps, worked out from the

@@ -8,6 +8,7 @@
 #include "host/beyond/explain/PairSteps.h"
 #include "host/beyond/explain/RankBlocks.h"
 #include "host/beyond/explain/RelatedExplanations.h"
+#include "host/beyond/explain/SubsetSteps.h"
 #include "host/beyond/explain/SuccessesOfTest.h"
 #include "host/beyond/explain/Tails.h"
 
@@ -42,12 +43,13 @@ std::vector<double> RanksWithin(const std::vector<double>& values, long double& 
     return ranks;
 }
 
-RankedFields RankFields(const CompleteCases& cases) {
+/// Of some of the fields among themselves.
+RankedFields RankFields(const CompleteCases& cases, const std::vector<std::size_t>& fields) {
     RankedFields ranked;
-    ranked.sums.assign(cases.columns.size(), 0);
-    std::vector<double> values(cases.columns.size());
+    ranked.sums.assign(fields.size(), 0);
+    std::vector<double> values(fields.size());
     for (std::size_t row = 0; row < cases.columns.front().size(); ++row) {
-        for (std::size_t i = 0; i < values.size(); ++i) values[i] = cases.columns[i][row];
+        for (std::size_t i = 0; i < values.size(); ++i) values[i] = cases.columns[fields[i]][row];
         long double ties = 0;
         ranked.ranks.push_back(RanksWithin(values, ties));
         ranked.tieSum += ties * cases.WeightAt(row);
@@ -117,10 +119,43 @@ void AddRankPairs(const ExplainedTest& test, const RankedFields& ranked, double 
     AddPairTable(test, values);
 }
 
+/// Friedman's statistic of the fields of a subset; W is computed for none.
+void AddRankSubsets(const ExplainedTest& test, const RankedFields& all, double n) {
+    const auto compare = [&](const std::vector<std::size_t>& fields) {
+        const RankedFields ranked = RankFields(test.view.cases, fields);
+        const auto m = static_cast<double>(fields.size());
+        long double squares = 0;
+        std::vector<std::string> sums;
+        for (const double sum : ranked.sums) {
+            const long double distance = sum - static_cast<long double>(n) * (m + 1) / 2;
+            squares += distance * distance;
+            sums.push_back(CalculatorText(sum));
+        }
+        // As defined no correction for ties reaches a subset.
+        const long double ties = test.steps.IsAsDefined() ? 0 : ranked.tieSum;
+        const long double spread = static_cast<long double>(m - 1) * m * (m + 1) * n - ties;
+        WorkedSubset subset;
+        subset.statistic = spread == 0 ? 0 : static_cast<double>(12 * squares * (m - 1) / spread);
+        subset.p = ChiSquareTail(subset.statistic, m - 1);
+        subset.cells = {FewText(sums), CalculatorText(static_cast<double>(ties)), ShortText(subset.statistic)};
+        return subset;
+    };
+    SubsetRule rule{"chi2 as above, of its m fields ranked among themselves, df = m - 1",
+                    {{"rank sums R"}, {"tie sum"}, {"chi2"}},
+                    "mean rank",
+                    {},
+                    compare};
+    for (const double sum : all.sums) rule.orderValues.push_back(sum / n);
+    rule.keepsLastSample = true;
+    AddSubsets(test, rule);
+}
+
 double ExplainRankedFields(const ExplainedTest& test) {
     StepWriter& steps = test.steps;
     const StatisticSet& set = test.Set();
-    const RankedFields ranked = RankFields(test.view.cases);
+    std::vector<std::size_t> all(test.view.cases.columns.size());
+    std::iota(all.begin(), all.end(), std::size_t{0});
+    const RankedFields ranked = RankFields(test.view.cases, all);
     AddRowRanks(test, ranked);
     AddFieldSums(test, ranked, test.view.cases.size);
     const double n = steps.Count("n", "cases", test.view.cases.size);
@@ -129,6 +164,7 @@ double ExplainRankedFields(const ExplainedTest& test) {
     const double degrees = steps.Told("df", "k - 1", With("# - 1", {k}), k - 1, set.df);
     ChiSquareStep(steps, "chi2", chiSquare, degrees, PValueOf(set, PValueKind::kAsymptotic));
     AddRankPairs(test, ranked, n, k);
+    AddRankSubsets(test, ranked, n);
     return chiSquare;
 }
 
@@ -136,7 +172,6 @@ double ExplainRankedFields(const ExplainedTest& test) {
 
 void ExplainFriedman(const ExplainedTest& test) {
     ExplainRankedFields(test);
-    NoteSubsets(test);
 }
 
 void ExplainKendall(const ExplainedTest& test) {
@@ -145,7 +180,6 @@ void ExplainKendall(const ExplainedTest& test) {
     const auto k = static_cast<double>(test.view.cases.columns.size());
     test.steps.Told("W", "chi2 / (n (k - 1))", With("# / (# * #)", {chiSquare, n, k - 1}), chiSquare / (n * (k - 1)),
                     test.FigureOf("KendallsW"));
-    NoteSubsets(test);
 }
 
 // ---- Cochran's Q ----
@@ -158,6 +192,17 @@ struct SuccessSums {
     std::map<double, double> cases;  ///< by their number of successes
     long double sum = 0;
     long double squares = 0;
+
+    long double SquaresOfFields() const {
+        long double ofFields = 0;
+        for (const double count : ofField) ofFields += static_cast<long double>(count) * count;
+        return ofFields;
+    }
+    double Q() const {
+        const auto k = static_cast<long double>(ofField.size());
+        const long double spread = k * sum - squares;
+        return spread == 0 ? 0 : static_cast<double>((k - 1) * (k * SquaresOfFields() - sum * sum) / spread);
+    }
 };
 
 SuccessSums SumSuccesses(const std::vector<std::vector<double>>& columns, const CompleteCases& cases) {
@@ -201,6 +246,31 @@ void AddSharePairs(const ExplainedTest& test, const SuccessSums& sums, double n,
     AddPairTable(test, values);
 }
 
+/// Q of the fields of a subset.
+void AddShareSubsets(const ExplainedTest& test, const std::vector<std::vector<double>>& columns, const SuccessSums& all,
+                     double n) {
+    const auto compare = [&](const std::vector<std::size_t>& fields) {
+        std::vector<std::vector<double>> some;
+        for (const std::size_t field : fields) some.push_back(columns[field]);
+        const SuccessSums sums = SumSuccesses(some, test.view.cases);
+        std::vector<std::string> successes;
+        for (const double count : sums.ofField) successes.push_back(CalculatorText(count));
+        WorkedSubset subset;
+        subset.statistic = sums.Q();
+        subset.p = ChiSquareTail(subset.statistic, static_cast<double>(fields.size()) - 1);
+        subset.cells = {FewText(successes), CalculatorText(static_cast<double>(sums.squares)),
+                        ShortText(subset.statistic)};
+        return subset;
+    };
+    SubsetRule rule{"Q as above, of its m fields alone, df = m - 1",
+                    {{"successes T"}, {"D"}, {"Q"}},
+                    "share of successes",
+                    {},
+                    compare};
+    for (const double count : all.ofField) rule.orderValues.push_back(count / n);
+    AddSubsets(test, rule);
+}
+
 }  // namespace
 
 void ExplainCochran(const ExplainedTest& test) {
@@ -211,29 +281,24 @@ void ExplainCochran(const ExplainedTest& test) {
     AddSuccessTables(test, sums, successes.Name());
     const double n = steps.Count("n", "cases", test.view.cases.size);
     const double k = steps.Count("k", "fields", static_cast<double>(sums.ofField.size()));
-    long double squares = 0;
     std::vector<std::string> terms;
-    for (const double count : sums.ofField) {
-        squares += static_cast<long double>(count) * count;
-        terms.push_back(CalculatorText(count) + "^2");
-    }
-    const auto ofFields = static_cast<double>(squares);
+    for (const double count : sums.ofField) terms.push_back(CalculatorText(count) + "^2");
+    const auto ofFields = static_cast<double>(sums.SquaresOfFields());
     const auto all = static_cast<double>(sums.sum);
     const auto ofRows = static_cast<double>(sums.squares);
     steps.Step("A", "sum of T^2", SumText(terms), ofFields);
     steps.Step("B", "sum of T, which is the sum of L, too", "", all);
     steps.Step("D", "sum of L^2", "", ofRows);
-    const long double spread = k * sums.sum - sums.squares;
-    const long double distance = k * squares - sums.sum * sums.sum;
     const double q =
-        spread == 0 ? steps.Told("Q", "0, since the fields of each case are alike", "", 0, set.statistic)
-                    : steps.Told("Q", "(k - 1) (k A - B^2) / (k B - D)",
-                                 With("# * (# * # - # ^ 2) / (# * # - #)", {k - 1, k, ofFields, all, k, all, ofRows}),
-                                 static_cast<double>((k - 1) * distance / spread), set.statistic);
+        k * sums.sum == sums.squares
+            ? steps.Told("Q", "0, since the fields of each case are alike", "", 0, set.statistic)
+            : steps.Told("Q", "(k - 1) (k A - B^2) / (k B - D)",
+                         With("# * (# * # - # ^ 2) / (# * # - #)", {k - 1, k, ofFields, all, k, all, ofRows}), sums.Q(),
+                         set.statistic);
     const double degrees = steps.Told("df", "k - 1", With("# - 1", {k}), k - 1, set.df);
     ChiSquareStep(steps, "Q", q, degrees, PValueOf(set, PValueKind::kAsymptotic));
     AddSharePairs(test, sums, n, k);
-    NoteSubsets(test);
+    AddShareSubsets(test, successes.Columns(), sums, n);
 }
 
 }  // namespace tarn

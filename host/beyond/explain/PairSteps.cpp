@@ -1,9 +1,7 @@
 #include "host/beyond/explain/PairSteps.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <cstdio>
 
 #include "host/beyond/NamePlaces.h"
 #include "host/beyond/NormalTail.h"
@@ -13,75 +11,73 @@ namespace tarn {
 
 namespace {
 
-/// Six numbers are to fit a line.
-std::string ShortText(double number) {
-    std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), "%.5g", number);
-    return text.data();
-}
-
-/// A pair worked out from the cases.
-struct ComparedPair {
-    double first = 0;
-    double second = 0;
-    double standardError = 0;
-    double p = 0;
-    double adjusted = 0;
-
-    double Difference() const { return first - second; }
-    double Z() const { return Difference() / standardError; }
-};
-
-void Compare(StepWriter& steps, const PairComparison& document, const ComparedPair& ours) {
+void Compare(StepWriter& steps, const PairComparison& document, const WorkedPair& ours, double adjusted, double pairs) {
     const std::string name = document.first + " - " + document.second;
-    const double size = std::max(std::fabs(ours.first), std::fabs(ours.second));
+    if (ours.isTestable == document.p.empty()) {
+        return steps.TellOther(
+            name + (ours.isTestable ? " has numbers here and none" : " has no numbers here and some") + " there");
+    }
     const auto compare = [&](const char* what, double value, const Number& theirs, double of) {
         if (!theirs.empty() && !steps.Agree(value, theirs.value, of)) {
             steps.TellOther(name + ", " + what, value, theirs.value);
         }
     };
-    compare("difference", ours.Difference(), document.statistic, size);
-    compare("SE", ours.standardError, document.standardError, 0);
-    compare("z", ours.Z(), document.standardized, size / ours.standardError);
+    if (!ours.isTestable) return;
+    compare("statistic", ours.statistic, document.statistic, ours.size);
+    if (ours.standardError) {
+        compare("SE", *ours.standardError, document.standardError, 0);
+        compare("z", ours.z, document.standardized, ours.size / *ours.standardError);
+    }
     compare("p", ours.p, document.p, 0);
-    compare("p adjusted", ours.adjusted, document.adjustedP, 0);
+    if (!document.adjustedP.empty() && !steps.AgreeAdjusted(adjusted, document.adjustedP.value, pairs)) {
+        steps.TellOther(name + ", p adjusted", adjusted, document.adjustedP.value);
+    }
 }
 
 }  // namespace
 
-void AddPairTable(const ExplainedTest& test, const PairValues& values) {
+void AddPairs(const ExplainedTest& test, const PairRule& rule) {
     const std::vector<PairComparison>& pairs = test.Reading().pairs;
+    if (pairs.empty()) return;
     const NamePlaces places(test.view.names);
     const auto count = static_cast<double>(pairs.size());
     std::vector<std::vector<std::string>> rows;
     for (const PairComparison& pair : pairs) {
         const std::size_t first = places.Of(pair.first);
         const std::size_t second = places.Of(pair.second);
-        if (std::max(first, second) >= values.ofSample.size()) continue;
-        ComparedPair ours{values.ofSample[first], values.ofSample[second], values.standardError(first, second)};
-        ours.p = NormalTail(ours.Z(), Alternative::kTwoSided);
-        ours.adjusted = std::min(1.0, ours.p * count);
-        Compare(test.steps, pair, ours);
-        std::vector<std::string>& row = rows.emplace_back();
-        row.push_back(pair.first + " - " + pair.second);
-        for (const double number : {ours.Difference(), ours.standardError, ours.Z(), ours.p, ours.adjusted}) {
-            row.push_back(ShortText(number));
-        }
+        if (std::max(first, second) >= test.view.names.size()) continue;
+        const WorkedPair ours = rule.of(first, second);
+        const double adjusted = std::min(1.0, ours.p * count);
+        Compare(test.steps, pair, ours, adjusted, count);
+        std::vector<std::string>& row = rows.emplace_back(ours.cells);
+        row.insert(row.begin(), pair.first + " - " + pair.second);
+        row.push_back(ours.isTestable ? ShortText(ours.p) : "");
+        row.push_back(ours.isTestable ? ShortText(adjusted) : "");
     }
-    ExplanationTable& table =
-        test.steps.Pairs("Pairs: the " + values.name +
-                             " of the first less that of the second, z = difference / SE, p = 2 * P(N >= |z|), " +
-                             "adjusted: p times the number of pairs, " + CalculatorText(count) + ", at most 1",
-                         {{"pair", true}, {"difference"}, {"SE"}, {"z"}, {"p"}, {"p adjusted"}});
+    std::vector<ExplanationTable::Column> columns = rule.columns;
+    columns.insert(columns.begin(), {"pair", true});
+    columns.insert(columns.end(), {{"p"}, {"p adjusted"}});
+    ExplanationTable& table = test.steps.Comparison(
+        rule.words + ", adjusted: p times the number of pairs, " + CalculatorText(count) + ", at most 1", columns);
     AddRows(table, rows.size(), [&](std::size_t row) { return rows[row]; });
+    test.steps.TellCompared("all those of the pairs");
 }
 
-void NoteSubsets(const ExplainedTest& test) {
-    if (!test.Reading().subsets.empty()) test.steps.Note("The homogeneous subsets are not explained.");
-}
-
-void NotePairs(const ExplainedTest& test) {
-    if (!test.Reading().pairs.empty()) test.steps.Note("The pairs are not explained.");
+void AddPairTable(const ExplainedTest& test, const PairValues& values) {
+    const auto compare = [&](std::size_t first, std::size_t second) {
+        WorkedPair pair;
+        pair.statistic = values.ofSample[first] - values.ofSample[second];
+        pair.size = std::max(std::fabs(values.ofSample[first]), std::fabs(values.ofSample[second]));
+        pair.standardError = values.standardError(first, second);
+        pair.z = pair.statistic / *pair.standardError;
+        pair.p = NormalTail(pair.z, Alternative::kTwoSided);
+        pair.cells = {ShortText(pair.statistic), ShortText(*pair.standardError), ShortText(pair.z)};
+        return pair;
+    };
+    AddPairs(test, {"Pairs: the " + values.name +
+                        " of the first less that of the second, z = difference / SE, p = 2 * P(N >= |z|)",
+                    {{"difference"}, {"SE"}, {"z"}},
+                    compare});
 }
 
 }  // namespace tarn

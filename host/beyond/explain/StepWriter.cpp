@@ -1,7 +1,9 @@
 #include "host/beyond/explain/StepWriter.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstdio>
 #include <limits>
 
 #include "host/NumberText.h"
@@ -23,6 +25,13 @@ std::string With(std::string_view formula, std::initializer_list<double> numbers
         }
     }
     return text;
+}
+
+std::string ShortText(double number) {
+    if (std::isnan(number)) return CalculatorText(number);
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "%.5g", number + 0.0);  // no -0
+    return text.data();
 }
 
 std::string SumText(const std::vector<std::string>& terms) {
@@ -67,9 +76,8 @@ ExplanationTable& StepWriter::Table(std::string title, std::vector<ExplanationTa
     return explanation_.tables.emplace_back(ExplanationTable{std::move(title), std::move(columns), {}});
 }
 
-ExplanationTable& StepWriter::Pairs(std::string title, std::vector<ExplanationTable::Column> columns) {
-    explanation_.pairs = {std::move(title), std::move(columns), {}};
-    return explanation_.pairs;
+ExplanationTable& StepWriter::Comparison(std::string title, std::vector<ExplanationTable::Column> columns) {
+    return explanation_.comparisons.emplace_back(ExplanationTable{std::move(title), std::move(columns), {}});
 }
 
 bool StepWriter::Agree(double ours, double theirs, double size) const {
@@ -88,8 +96,12 @@ bool StepWriter::Agree(double ours, double theirs, double size) const {
 }
 
 void StepWriter::TellOther(const std::string& name, double ours, double theirs) {
+    TellOther(name + " is " + ExactText(ours) + " here and " + ExactText(theirs) + " there");
+}
+
+void StepWriter::TellOther(std::string words) {
     explanation_.agrees = false;
-    others_.push_back(name + " is " + ExactText(ours) + " here and " + ExactText(theirs) + " there");
+    others_.push_back(std::move(words));
 }
 
 TestExplanation StepWriter::Finish() {
@@ -97,6 +109,7 @@ TestExplanation StepWriter::Finish() {
     for (const ExplanationStep& step : explanation_.steps) {
         if (!step.document.empty()) names.push_back(step.name);
     }
+    names.insert(names.end(), compared_.begin(), compared_.end());
     if (!explanation_.agrees) {
         std::string sentence = "Warning: these steps don't give the numbers of the result: " + JoinList(others_, "; ");
         if (mode_ != ArithmeticMode::kExtended) {

@@ -15,6 +15,9 @@ namespace tarn {
 /// A formula with numbers in the places of its "#": With("# - # / 2", {8, 3}) is "8 - 3 / 2".
 std::string With(std::string_view formula, std::initializer_list<double> numbers);
 
+/// A number of five digits, of which six fit a line.
+std::string ShortText(double number);
+
 /// "1 + 2 + 3"; of many terms the first ones and the last one.
 std::string SumText(const std::vector<std::string>& terms);
 
@@ -38,13 +41,21 @@ class StepWriter {
     /// A table to be filled before the next one is added.
     ExplanationTable& Table(std::string title, std::vector<ExplanationTable::Column> columns);
 
-    /// The table behind the steps.
-    ExplanationTable& Pairs(std::string title, std::vector<ExplanationTable::Column> columns);
+    /// A table behind the steps, of samples that were compared.
+    ExplanationTable& Comparison(std::string title, std::vector<ExplanationTable::Column> columns);
 
     /// Whether a number of the cases and one of the document are the same but for rounding.
     bool Agree(double ours, double theirs, double size = 0) const;
+    /// The same of two significances that were made `factor` times as large, and their rounding with them.
+    bool AgreeAdjusted(double ours, double theirs, double factor) const {
+        return Agree(ours / factor, theirs / factor);
+    }
     /// Says that a number beside the steps is another one in the document.
     void TellOther(const std::string& name, double ours, double theirs);
+    /// The same in other words, part of a sentence: "a - b has no number here".
+    void TellOther(std::string words);
+    /// Says that numbers beside the steps were compared, too: "all those of the pairs".
+    void TellCompared(std::string words) { compared_.push_back(std::move(words)); }
 
     /// What was written, with a last note on whether the document agrees.
     TestExplanation Finish();
@@ -53,6 +64,7 @@ class StepWriter {
     ArithmeticMode mode_;
     TestExplanation explanation_;
     std::vector<std::string> others_;
+    std::vector<std::string> compared_;
 };
 
 }  // namespace tarn
