@@ -62,7 +62,7 @@ class Choices {
         while (left_ > 0 && line.size() < kLongest) {
             const char c = static_cast<char>(Byte());
             if (c == '\n') break;
-            line += c;
+            if (c != '\0') line += c;  // where a text would end for whoever reads it
         }
         return line;
     }

@@ -46,15 +46,10 @@ ColumnFormat FormatOf(const ArrowSchema& schema, const std::string& where) {
 void ReadDictionary(const ArrowSchema& schema, const std::string& where, InputColumn& column) {
     const std::string categories = where + ", its categories";
     CheckSchema(*schema.dictionary, categories);
-    if (schema.dictionary->dictionary != nullptr) {
-        throw InputError(categories + ": they have categories of their own; expected texts or numbers");
-    }
-    if (!column.format.IsWholeNumber()) {
-        throw InputError(where + ": codes in the format " + Quoted(schema.format) +
-                         "; expected whole numbers, which stand for its categories");
-    }
     column.codes = column.format;
     column.format = FormatOf(*schema.dictionary, categories);
+    if (!column.codes->IsWholeNumber()) column.format.refused = "categories whose codes are no whole numbers";
+    if (schema.dictionary->dictionary != nullptr) column.format.refused = "categories with categories of their own";
     // The categoricals of polars share their categories, in the order in which the process met them.
     column.isListed = !HasKey(schema.metadata, "_PL_CATEGORICAL", where);
     column.isOrdered = (schema.flags & kArrowDictionaryOrdered) != 0;
