@@ -212,10 +212,13 @@ void FillAny(Buffer& buffer, Choices& choices) {
 
 /// Small numbers, as codes are, and any here and there.
 void FillNumbers(Buffer& buffer, std::size_t width, Choices& choices) {
+    constexpr std::uint8_t kSmall = 8;
     for (std::size_t at = 0; at + width <= buffer.size(); at += width) {
         const std::uint8_t first = choices.Byte();
-        buffer[at] = first;
-        if (first < kRare) continue;
+        if (first < kRare) {
+            buffer[at] = first % kSmall;
+            continue;
+        }
         for (std::size_t i = 0; i < width; ++i) buffer[at + i] = choices.Byte();
     }
 }
