@@ -65,4 +65,9 @@ const char* FindInvalidUtf8(const char* first, const char* last) {
     return last;
 }
 
+bool IsUtf8(std::string_view text) {
+    const char* const last = text.data() + text.size();
+    return FindInvalidUtf8(text.data(), last) == last;
+}
+
 }  // namespace tarn

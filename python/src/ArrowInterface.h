@@ -67,6 +67,8 @@ class ArrowOwner {
         Release();
         return &held_;
     }
+    /// Gives up what a producer left that failed: it is not ours to release.
+    void Forget() { held_ = Structure{}; }
 
  private:
     void Release() {

@@ -54,8 +54,7 @@ double HalfNumbers::operator()(std::int64_t at) const {
     constexpr int kExponentMask = 0x1f;
     constexpr int kFractionMask = 0x3ff;
     constexpr int kLowestExponent = -24;  // of the last bit of the smallest numbers
-    std::uint16_t bits = 0;
-    std::memcpy(&bits, values_ + at, sizeof bits);
+    const auto bits = ValueAt<std::uint16_t>(values_, at);
     const int exponent = bits >> kFractionBits & kExponentMask;
     const int fraction = bits & kFractionMask;
     const double sign = (bits >> 15) != 0 ? -1 : 1;
@@ -83,15 +82,12 @@ double DecimalNumbers::operator()(std::int64_t at) const {
 }
 
 std::string_view ViewTexts::operator()(std::int64_t at) const {
-    constexpr std::int64_t kViewSize = 16;
-    constexpr std::int32_t kLongestWithin = 12;
-    const char* const view = views_ + at * kViewSize;
-    std::int32_t size = 0;
-    std::memcpy(&size, view, sizeof size);
-    if (size <= kLongestWithin) return {view + sizeof size, static_cast<std::size_t>(size)};
-    std::int32_t place[2];  // the buffer, and where in it the text begins
-    std::memcpy(place, view + 8, sizeof place);
-    return {static_cast<const char*>(buffers_[place[0]]) + place[1], static_cast<std::size_t>(size)};
+    const auto view = ValueAt<TextView>(views_, at);
+    const auto size = static_cast<std::size_t>(view.size);
+    if (view.size > TextView::kLongestWithin)
+        return {static_cast<const char*>(buffers_[view.buffer]) + view.begin, size};
+    constexpr auto kViewSize = static_cast<std::int64_t>(sizeof(TextView));
+    return {views_ + at * kViewSize + sizeof view.size, size};
 }
 
 const double* FiniteDoubles(const ArrowArray& array, std::int64_t first, std::int64_t count) {

@@ -9,7 +9,17 @@
 
 namespace tarn {
 
-// The values of an array, by their place in its buffers. All borrow the array.
+// The values of an array, by their place in its buffers. All borrow the array, and believe what it says: whether that
+// may be believed was checked before (ArrowCheck.h).
+
+/// The value at a place of a buffer, which may stand anywhere in memory.
+template <typename Value>
+Value ValueAt(const void* buffer, std::int64_t at) {
+    constexpr auto kSize = static_cast<std::int64_t>(sizeof(Value));
+    Value value;
+    std::memcpy(&value, static_cast<const char*>(buffer) + at * kSize, sizeof value);
+    return value;
+}
 
 /// Tells which values are there.
 class Presence {
@@ -30,15 +40,11 @@ const double* FiniteDoubles(const ArrowArray& array, std::int64_t first, std::in
 template <typename Number>
 class PlainNumbers {
  public:
-    explicit PlainNumbers(const ArrowArray& array) : values_(static_cast<const Number*>(array.buffers[1])) {}
-    double operator()(std::int64_t at) const {
-        Number value;
-        std::memcpy(&value, values_ + at, sizeof value);  // the buffers of others may stand anywhere
-        return static_cast<double>(value);
-    }
+    explicit PlainNumbers(const ArrowArray& array) : values_(array.buffers[1]) {}
+    double operator()(std::int64_t at) const { return static_cast<double>(ValueAt<Number>(values_, at)); }
 
  private:
-    const Number* values_;
+    const void* values_;
 };
 
 class BitNumbers {
@@ -53,11 +59,11 @@ class BitNumbers {
 /// Numbers of 16 bits (IEEE 754 binary16).
 class HalfNumbers {
  public:
-    explicit HalfNumbers(const ArrowArray& array) : values_(static_cast<const std::uint16_t*>(array.buffers[1])) {}
+    explicit HalfNumbers(const ArrowArray& array) : values_(array.buffers[1]) {}
     double operator()(std::int64_t at) const;
 
  private:
-    const std::uint16_t* values_;
+    const void* values_;
 };
 
 /// Whole numbers with a point at a fixed place, rounded once, to the nearest number.
@@ -79,22 +85,35 @@ template <typename Offset>
 class OffsetTexts {
  public:
     explicit OffsetTexts(const ArrowArray& array)
-        : offsets_(static_cast<const Offset*>(array.buffers[1])), bytes_(static_cast<const char*>(array.buffers[2])) {}
+        : offsets_(array.buffers[1]), bytes_(static_cast<const char*>(array.buffers[2])) {}
     std::string_view operator()(std::int64_t at) const {
-        const auto size = static_cast<std::size_t>(offsets_[at + 1] - offsets_[at]);
-        return size == 0 ? std::string_view() : std::string_view(bytes_ + offsets_[at], size);
+        const auto begin = ValueAt<Offset>(offsets_, at);
+        const auto size = static_cast<std::size_t>(ValueAt<Offset>(offsets_, at + 1) - begin);
+        return size == 0 ? std::string_view() : std::string_view(bytes_ + begin, size);
     }
 
  private:
-    const Offset* offsets_;
+    const void* offsets_;
     const char* bytes_;
+};
+
+/// How the interface says where a text is that is too long to stand in the view itself.
+struct TextView {
+    static constexpr std::int32_t kLongestWithin = 12;
+
+    std::int32_t size;
+    std::int32_t beginning;  ///< its first bytes
+    std::int32_t buffer;     ///< in which it is, of those with texts
+    std::int32_t begin;      ///< its place in it
 };
 
 /// Texts of which the short ones stand in the views themselves.
 class ViewTexts {
  public:
+    static constexpr int kFirstBuffer = 2;  ///< of those with texts
+
     explicit ViewTexts(const ArrowArray& array)
-        : views_(static_cast<const char*>(array.buffers[1])), buffers_(array.buffers + 2) {}
+        : views_(static_cast<const char*>(array.buffers[1])), buffers_(array.buffers + kFirstBuffer) {}
     std::string_view operator()(std::int64_t at) const;
 
  private:

@@ -51,6 +51,7 @@ InputColumn CodedColumn(const std::string& name, const std::string& format, cons
     column.codes = ReadColumnFormat(format);
     column.isListed = areListed;
     column.isOrdered = areOrdered;
+    column.hasMissingCodes = true;
     return column;
 }
 

@@ -4,6 +4,8 @@
 #include <charconv>
 #include <utility>
 
+#include "host/InputError.h"
+
 namespace tarn {
 
 namespace {
@@ -30,7 +32,7 @@ constexpr std::array<std::pair<std::string_view, ValueLayout>, 16> kLayouts{{
 }};
 
 // By how a format begins; of two that fit the one that stands first is meant.
-constexpr std::array<std::pair<std::string_view, std::string_view>, 15> kRefused{{
+constexpr std::array<std::pair<std::string_view, std::string_view>, 14> kRefused{{
     {"td", "dates"},
     {"tt", "times of day"},
     {"ts", "dates with times"},
@@ -45,27 +47,43 @@ constexpr std::array<std::pair<std::string_view, std::string_view>, 15> kRefused
     {"Z", "bytes"},
     {"vz", "bytes"},
     {"w:", "bytes"},
-    {"", "values of an unknown kind"},
 }};
+
+struct DecimalKind {
+    int bits;
+    int mostDigits;
+};
+constexpr std::array<DecimalKind, 4> kDecimals{{{32, 9}, {64, 18}, {128, 38}, {256, 76}}};
+
+/// Two or three whole numbers with commas between them. The third is left as it is where there are two.
+bool ReadDecimalNumbers(std::string_view text, std::array<int, 3>& numbers) {
+    const char* at = text.data();
+    const char* const end = text.data() + text.size();
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        const auto [rest, error] = std::from_chars(at, end, numbers[i]);
+        if (error != std::errc{}) return false;
+        if (rest == end) return i > 0;
+        if (*rest != ',') return false;
+        at = rest + 1;
+    }
+    return false;
+}
 
 /// "10,2" or "10,2,256": digits, those behind the point, and the width in bits, 128 if it isn't told.
 bool ReadDecimalFormat(std::string_view text, ColumnFormat& format) {
     constexpr int kBitsOfByte = 8;
-    int numbers[] = {0, 0, 128};
-    const char* at = text.data();
-    const char* const end = text.data() + text.size();
-    for (int& number : numbers) {
-        const auto [rest, error] = std::from_chars(at, end, number);
-        if (error != std::errc{}) return false;
-        at = rest;
-        if (at == end) break;
-        if (*at++ != ',') return false;
+    constexpr int kMostScale = 1000;  // with so many, up or down, any number of 76 digits is 0 or infinite as a double
+    std::array<int, 3> numbers{0, 0, 128};
+    if (!ReadDecimalNumbers(text, numbers)) return false;
+    const auto [digits, scale, bits] = numbers;
+    for (const DecimalKind& kind : kDecimals) {
+        if (kind.bits != bits) continue;
+        format.layout = kDecimal;
+        format.scale = scale;
+        format.decimalWidth = bits / kBitsOfByte;
+        return digits >= 1 && digits <= kind.mostDigits && scale >= -kMostScale && scale <= kMostScale;
     }
-    format.layout = kDecimal;
-    format.scale = numbers[1];
-    format.decimalWidth = numbers[2] / kBitsOfByte;
-    return format.decimalWidth == 4 || format.decimalWidth == 8 || format.decimalWidth == 16 ||
-           format.decimalWidth == 32;
+    return false;
 }
 
 }  // namespace
@@ -83,6 +101,10 @@ FieldType ColumnFormat::Type() const {
     }
 }
 
+bool ColumnFormat::IsWholeNumber() const {
+    return layout >= kInt8 && layout <= kUInt64;
+}
+
 ColumnFormat ReadColumnFormat(std::string_view format) {
     ColumnFormat read;
     for (const auto& [text, layout] : kLayouts) {
@@ -94,8 +116,9 @@ ColumnFormat ReadColumnFormat(std::string_view format) {
     for (const auto& [text, what] : kRefused) {
         if (!format.starts_with(text)) continue;
         read.refused = what;
-        break;
+        return read;
     }
+    read.refused = "values in the unknown format " + Quoted(format);
     return read;
 }
 

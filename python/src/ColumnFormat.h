@@ -37,6 +37,8 @@ struct ColumnFormat {
     std::string refused;
 
     FieldType Type() const;
+    /// Whether its values can be codes of a dictionary.
+    bool IsWholeNumber() const;
 };
 
 /// Reads a format as the interface writes it: "g", "d:10,2", "tdD".

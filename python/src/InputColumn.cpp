@@ -16,6 +16,12 @@ namespace {
     throw InputError("column " + Quoted(column.name) + ": " + what);
 }
 
+[[noreturn]] void FailAtRow(const InputColumn& column, const ColumnPiece& piece, std::size_t index,
+                            const std::string& what) {
+    throw InputError("column " + Quoted(column.name) + ", row " +
+                     std::to_string(piece.before + static_cast<std::int64_t>(index)) + " counted from 0: " + what);
+}
+
 void ReadNumber(const InputColumn& column, double number, const ColumnReader& reader, CellCodes& codes, double& cell) {
     if (std::isinf(number)) Fail(column, "an infinite number; expected finite ones, or a null for a missing value");
     if (std::isnan(number)) {
@@ -42,19 +48,20 @@ void ReadCodes(const InputColumn& column, const ColumnPiece& piece, const Column
     WithNumbers(*column.codes, *piece.array, [&](const auto& codeAt) {
         for (std::size_t i = 0; i < cells.size(); ++i) {
             const std::int64_t at = piece.first + static_cast<std::int64_t>(i);
-            const double code = isPresent(at) ? codeAt(at) : -1;
-            if (code < 0) {
+            const double code = isPresent(at) ? codeAt(at) : kMissingNumber;
+            if (!isPresent(at) || (code < 0 && column.hasMissingCodes)) {
                 cells[i] = kMissingNumber;
                 continue;
             }
-            if (code >= static_cast<double>(dictionary.length)) {
-                Fail(column, "the code " + ExactText(code) + ", and " + std::to_string(dictionary.length) +
-                                 " categories; expected a code for each of them, from 0");
+            if (code < 0 || code >= static_cast<double>(dictionary.length)) {
+                FailAtRow(column, piece, i,
+                          "the code " + ExactText(code) + ", and " + std::to_string(dictionary.length) +
+                              " categories; expected a code for each of them, from 0");
             }
             double& cell = cellOf[static_cast<std::size_t>(code)];
             if (cell == kUnread) {
                 const std::int64_t entry = dictionary.offset + static_cast<std::int64_t>(code);
-                ReadPiece(entries, {&dictionary, entry, 1}, reader, codes, {&cell, 1});
+                ReadPiece(entries, {&dictionary, entry, 1, 0}, reader, codes, {&cell, 1});
             }
             cells[i] = cell;
         }

@@ -22,6 +22,8 @@ struct InputColumn {
     FieldType type = FieldType::kNumber;
     bool isListed = false;   ///< whether the entries are its categories, in their order
     bool isOrdered = false;  ///< whether that order means something
+    /// Whether codes below 0 stand for missing values, as in libraries that have no bits for them.
+    bool hasMissingCodes = false;
 };
 
 /// Some rows of a column in the layout of the Arrow C interface.
@@ -29,10 +31,12 @@ struct ColumnPiece {
     const ArrowArray* array = nullptr;
     std::int64_t first = 0;  ///< of them, counted from where the buffers begin
     std::int64_t count = 0;
+    std::int64_t before = 0;  ///< rows of the table before them, for messages
 };
 
 /// Turns the rows of a piece into the cells of a table, with codes of the piece where the reader's column is
-/// categorical. Nulls and NaN are missing; a code below 0 is, too. Throws an `InputError` for what no table can hold.
+/// categorical. Nulls and NaN are missing. Throws an `InputError` for what no table can hold, and for a code
+/// without an entry.
 void ReadPiece(const InputColumn& column, const ColumnPiece& piece, const ColumnReader& reader, CellCodes& codes,
                std::span<double> cells);
 

@@ -24,7 +24,7 @@ class InputSource {
     virtual bool Next() = 0;
     /// The rows of the piece.
     virtual std::int64_t RowCount() const = 0;
-    /// Those of a column, valid until the next piece.
+    /// Those of a column, valid until the next piece. Throws an `InputError` where they can't be read.
     virtual ColumnPiece PieceOf(std::size_t column) const = 0;
     /// What keeps the memory of the piece beyond the next one; null where nothing can.
     virtual MemoryHold Hold() const { return nullptr; }
@@ -33,10 +33,12 @@ class InputSource {
     std::vector<InputColumn> columns_;
 };
 
-/// A stream of the Arrow C interface: of structs, whose members are the columns, or of the values of one column.
+/// A stream of the Arrow C interface: of structs, whose members are the columns, or of the values of one column. What
+/// it says of itself is checked, of columns that nobody reads as little as can be.
 class StreamSource : public InputSource {
  public:
     /// Takes the stream over. `name`: of the column, where the stream has the values of one; of structs it is "".
+    /// Throws an `InputError` for a schema that can't be.
     StreamSource(ArrowArrayStream& stream, const std::string& name);
 
     bool Next() override;
@@ -45,11 +47,15 @@ class StreamSource : public InputSource {
     MemoryHold Hold() const override { return array_; }
 
  private:
+    void ReadSchema(const std::string& name);
     void Check(int error);
+    /// Fills the place for the next array.
+    void Take();
 
     ArrowOwner<ArrowArrayStream> stream_;
     std::shared_ptr<ArrowOwner<ArrowArray>> array_;
     bool isStruct_ = false;
+    std::int64_t rowsBefore_ = 0;  // those of the arrays before this one
 };
 
 /// What keeps memory of somebody else's where it is.
@@ -83,7 +89,7 @@ class MemorySource : public InputSource {
 
     bool Next() override { return !std::exchange(isDone_, true); }
     std::int64_t RowCount() const override { return array_.length; }
-    ColumnPiece PieceOf(std::size_t) const override { return {&array_, 0, array_.length}; }
+    ColumnPiece PieceOf(std::size_t) const override { return {&array_, 0, array_.length, 0}; }
     MemoryHold Hold() const override { return hold_; }
 
  private:
@@ -110,7 +116,7 @@ class SampleSource : public InputSource {
     bool Next() override;
     std::int64_t RowCount() const override { return values_.length; }
     ColumnPiece PieceOf(std::size_t column) const override {
-        return {column == 0 ? &values_ : &codes_, 0, values_.length};
+        return {column == 0 ? &values_ : &codes_, 0, values_.length, 0};
     }
 
  private:

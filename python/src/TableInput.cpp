@@ -180,8 +180,7 @@ class TableReader {
             if (column.IsCategorical()) MapCodes(table_.Cells(i), categoryByCode, kMissingCategory);
             column.isInferred = !column.IsText() && column.listedCount == 0;  // numbers don't say what they are
             for (const Category& category : column.categories) {
-                const char* const end = category.text.data() + category.text.size();
-                if (FindInvalidUtf8(category.text.data(), end) == end) continue;
+                if (IsUtf8(category.text)) continue;
                 throw InputError("column " + Quoted(column.name) + ": a text that is not UTF-8 or has a NUL; " +
                                  "expected UTF-8 without it");
             }
