@@ -44,8 +44,10 @@ FirstClass FirstClassOf(const TestView& view) {
 }
 
 std::optional<PairedAnswers> AnswersOf(const CountTable& counts) {
-    if (counts.rows.size() != 2 || counts.rows[0].size() != 2 || counts.rows[1].size() != 2) return std::nullopt;
-    const auto count = [&](std::size_t row, std::size_t column) { return Number(counts.rows[row][column]).value; };
+    if (counts.RowCount() != 2) return std::nullopt;
+    const std::vector<std::string> rows[] = {counts.CellsOf(0), counts.CellsOf(1)};
+    if (rows[0].size() != 2 || rows[1].size() != 2) return std::nullopt;
+    const auto count = [&](std::size_t row, std::size_t column) { return Number(rows[row][column]).value; };
     return PairedAnswers{count(0, 0), count(0, 1), count(1, 0), count(1, 1)};
 }
 

@@ -25,8 +25,10 @@ void PlotProportion(PlotView& plot) {
     const CountTable& counts = plot.reading.counts;
     const auto expectedOf = [&](std::size_t place) -> std::optional<double> {
         constexpr double kPercent = 100;
-        if (counts.rows.size() < 2 || counts.rows[1].size() <= place) return std::nullopt;
-        return Number(counts.rows[1][place]).value / kPercent;
+        if (counts.RowCount() < 2) return std::nullopt;
+        const std::vector<std::string> expected = counts.CellsOf(1);
+        if (expected.size() <= place) return std::nullopt;
+        return Number(expected[place]).value / kPercent;
     };
     const auto caption = [&](double part) {
         return plot.Text("plotOf", {plot.Digits(std::round(part * n)), plot.Digits(n)});
@@ -56,12 +58,13 @@ void PlotFrequencies(PlotView& plot) {
     BarsPanel panel;
     panel.valueTitle = plot.Text("plotCases");
     panel.expectedLabel = plot.Text("plotExpected");
-    panel.colourCount = counts.rows.size();
-    for (std::size_t i = 0; i < counts.rows.size() && i < counts.rowTitles.size(); ++i) {
+    panel.colourCount = counts.RowCount();
+    for (std::size_t i = 0; i < counts.RowCount() && i < counts.rowTitles.size(); ++i) {
         constexpr std::size_t kObservedAndExpected = 2;
-        if (counts.rows[i].size() < kObservedAndExpected) return;
-        const double observed = Number(counts.rows[i][0]).value;
-        const double expected = Number(counts.rows[i][1]).value;
+        const std::vector<std::string> cells = counts.CellsOf(i);
+        if (cells.size() < kObservedAndExpected) return;
+        const double observed = Number(cells[0]).value;
+        const double expected = Number(cells[1]).value;
         if (!std::isfinite(observed) || !std::isfinite(expected)) return;
         panel.bars.push_back({counts.rowTitles[i], plot.Digits(observed), i, observed, std::nullopt, expected});
     }
@@ -98,14 +101,15 @@ void PlotSuccesses(PlotView& plot) {
 
 void PlotAnswers(PlotView& plot) {
     const CountTable& counts = plot.reading.counts;
+    if (counts.IsWide()) return;  // its bands would be thinner than a line
     FlowPanel panel;
     panel.fromTitle = plot.reading.fields.front();
     panel.toTitle = plot.reading.fields.back();
     panel.from = counts.rowTitles;
     panel.to = counts.columnTitles;
-    for (const std::vector<std::string>& row : counts.rows) {
+    for (std::size_t row = 0; row < counts.RowCount(); ++row) {
         std::vector<double>& cells = panel.counts.emplace_back();
-        for (const std::string& cell : row) {
+        for (const std::string& cell : counts.CellsOf(row)) {
             const double count = Number(cell).value;
             cells.push_back(std::isfinite(count) ? count : 0);
         }

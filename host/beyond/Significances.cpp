@@ -442,13 +442,16 @@ struct ScoreDifferences {
 ScoreDifferences DifferencesOfScores(const CountTable& counts, const std::vector<double>& scores) {
     ScoreDifferences differences;
     for (std::size_t row = 0; row < scores.size(); ++row) {
-        for (std::size_t column = 0; column < std::min(scores.size(), counts.rows[row].size()); ++column) {
+        std::size_t next = 0;
+        ForEachInList(counts.lines[row], [&](std::string_view cell) {
+            const std::size_t column = next++;
+            if (cell == "0" || column >= scores.size()) return;  // nearly all cells, where there are many
             const double difference = scores[row] - scores[column];
-            const double count = Number(counts.rows[row][column]).value;
-            if (difference == 0 || !(count > 0)) continue;
+            const double count = Number(std::string(cell)).value;
+            if (difference == 0 || !(count > 0)) return;
             differences.counted.push_back({std::fabs(difference), static_cast<std::int64_t>(count)});
             differences.sum += difference * count;
-        }
+        });
     }
     return differences;
 }
@@ -468,8 +471,9 @@ SignificanceWays OfDichotomies(const TestView& view, const Choices& choices) {
 SignificanceWays OfScores(const TestView& view, const Choices&) {
     const CountTable& counts = view.reading->counts;
     const std::vector<double> scores = ScoresOf(*view.reading);
-    if (scores.empty() || counts.rows.size() != scores.size()) return {};
-    const Lazy<ScoreDifferences> differences([=] { return DifferencesOfScores(counts, scores); });
+    if (scores.empty() || counts.RowCount() != scores.size()) return {};
+    // Made at once: what is kept until then would be the whole table.
+    const Lazy<ScoreDifferences> differences([made = DifferencesOfScores(counts, scores)] { return made; });
     SignificanceWays ways;
     ways.exactBy = "bySigns";
     ways.cost = [=] {

@@ -1,6 +1,7 @@
 #include "host/engine/RequestCheck.h"
 
 #include <algorithm>
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
@@ -66,9 +67,10 @@ class Check {
              {std::pair<const char*, const std::vector<std::string>&>{"--one-sample", options_.oneSample},
               {"--related", options_.related},
               {"--independent", options_.independent}}) {
-            for (auto field = list.begin(); field != list.end(); ++field) {
-                if (std::find(list.begin(), field, *field) == field) continue;
-                throw InputError(std::string(option) + ": " + Quoted(*field) +
+            std::set<std::string_view> seen;  // there may be hundreds of thousands
+            for (const std::string& field : list) {
+                if (seen.insert(field).second) continue;
+                throw InputError(std::string(option) + ": " + Quoted(field) +
                                  " stands twice; expected every field once");
             }
         }

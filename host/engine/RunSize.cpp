@@ -18,7 +18,7 @@ namespace {
 // Measured as the growth of a process over that of a smaller run: docs/robustness.md has the runs.
 constexpr double kBytesOfPair = 750;     // of samples, in the tables and in the text of the document
 constexpr double kBytesOfRange = 200;    // of samples, two of which bound it
-constexpr double kBytesOfSquare = 40;    // a cell of the square table of a pair of ordered fields
+constexpr double kBytesOfSquare = 80;    // a cell of the square table of a pair of ordered fields, as JSON
 constexpr double kBytesOfTest = 24'000;  // with histogram and descriptives
 constexpr double kBytesOfBriefTest = 8'000;
 

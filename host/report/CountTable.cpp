@@ -1,20 +1,28 @@
 #include "host/report/CountTable.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <string_view>
+
 #include "vocabulary/TestFacts.h"
 
 namespace tarn {
 
 namespace {
 
-std::vector<std::vector<std::string>> RowsOf(const ResultTable& table) {
-    std::vector<std::vector<std::string>> rows;
-    for (const std::string& line : table.lines) rows.push_back(SplitList(line));
-    return rows;
+constexpr std::size_t kMostColumns = 200;
+
+/// Between what the rows and what the columns are, and between the names of a row and of a column.
+constexpr const char* kBySide = " \\ ";
+
+std::string TitleAt(const std::vector<std::string>& titles, std::size_t place) {
+    return place < titles.size() ? titles[place] : std::string();
 }
 
 /// The table "TwoClassComparison": two classes observed and expected, categories, or fields.
 CountTable ReadClasses(const TestResult& test, const ResultTable& content, const ResultDocument& document) {
     CountTable counts;
-    counts.rows = RowsOf(content);
+    counts.lines = content.lines;
     counts.rowTitles = content.lineNames;
     if (test.name == Tests::kBinomial.resultName) {
         counts.rowTitles = {"observed %", "expected %"};
@@ -68,15 +76,42 @@ CountTable ReadCrossTable(const ResultTable& fields, const ResultTable& cells, c
         return ClassesOf(fieldOf(side), fields.Find(side + "SuccessList"), fields.Find(side + "FailList"));
     };
     if (fieldOf("Row") != nullptr && fieldOf("Column") != nullptr) {
-        counts.corner = fieldOf("Row")->name + " \\ " + fieldOf("Column")->name;
+        counts.corner = fieldOf("Row")->name + kBySide + fieldOf("Column")->name;
     }
-    counts.rows = RowsOf(cells);
+    counts.lines = cells.lines;
     counts.rowTitles = classes("Row");
     counts.columnTitles = classes("Column");
     return counts;
 }
 
 }  // namespace
+
+std::size_t CountTable::ColumnCount() const {
+    std::size_t most = 0;
+    for (const std::string& line : lines) {
+        const auto separators = static_cast<std::size_t>(std::ranges::count(line, ';'));
+        most = std::max(most, line.empty() ? 0 : separators + 1);
+    }
+    return most;
+}
+
+bool CountTable::IsWide() const {
+    return ColumnCount() > kMostColumns;
+}
+
+CountTable CountTable::Listed() const {
+    CountTable list{corner, {"cases"}, {}, {}};
+    for (std::size_t row = 0; row < lines.size(); ++row) {
+        std::size_t column = 0;
+        ForEachInList(lines[row], [&](std::string_view cell) {
+            const std::size_t place = column++;
+            if (cell == "0") return;
+            list.rowTitles.push_back(TitleAt(rowTitles, row) + kBySide + TitleAt(columnTitles, place));
+            list.lines.emplace_back(cell);
+        });
+    }
+    return list;
+}
 
 CountTable ReadCounts(const TestResult& test, const ResultDocument& document) {
     const ResultTable* const classes = test.content.Table("TwoClassComparison");

@@ -93,7 +93,8 @@ bool CochransQWraps(const TestReading& test, const ResultDocument&) {
     const double percent = Number(test.n) / 100;
     double successes = 0;
     double squares = 0;
-    const auto& rows = test.counts.rows;
+    std::vector<std::vector<std::string>> rows;
+    for (std::size_t i = 0; i < test.counts.RowCount(); ++i) rows.push_back(test.counts.CellsOf(i));
     for (std::size_t i = 0; i < rows.size(); ++i) {
         if (rows[i].empty()) continue;
         // Either column may be that of the successes.

@@ -33,8 +33,8 @@ Json TableJson(const ResultTable& table) {
         json["lines"] = Json::array();
         for (const auto& line : table.lines) {
             Json values = Json::array();
-            for (const std::string& value : SplitList(line)) values.push_back(NumberJson(value));
-            json["lines"].push_back(std::move(values));
+            ForEachInList(line, [&](std::string_view value) { values.push_back(NumberJson(std::string(value))); });
+            json["lines"].push_back(values);  // a copy, without the room to grow in: tables can be large
         }
         return json;
     }

@@ -1,6 +1,8 @@
 #include "host/report/Letters.h"
 
 #include <algorithm>
+#include <compare>
+#include <cstdint>
 #include <functional>
 #include <iterator>
 #include <string_view>
@@ -11,11 +13,43 @@ namespace {
 
 constexpr std::size_t kMostColumns = 512;
 
-/// Which samples have one letter, by their places in the order.
-using Column = std::vector<bool>;
+/// A set of samples by their places in the order, such as those that have one letter. Of two sets the one that has the
+/// first place in which they differ is the greater one. Sets are compared word by word: of a thousand samples there may
+/// be half a million pairs, and at each the columns are held against one another.
+class Column {
+ public:
+    explicit Column(std::size_t count) : words_((count + kBits - 1) / kBits, 0) {}
 
-/// For each pair of places whether it differs.
-using Differences = std::vector<std::vector<bool>>;
+    bool Has(std::size_t place) const { return (words_[place / kBits] & BitOf(place)) != 0; }
+    void Put(std::size_t place) { words_[place / kBits] |= BitOf(place); }
+    void Remove(std::size_t place) { words_[place / kBits] &= ~BitOf(place); }
+    void PutAll(const Column& other) {
+        for (std::size_t i = 0; i < words_.size(); ++i) words_[i] |= other.words_[i];
+    }
+    bool IsWithin(const Column& outer) const {
+        for (std::size_t i = 0; i < words_.size(); ++i) {
+            if ((words_[i] & ~outer.words_[i]) != 0) return false;
+        }
+        return true;
+    }
+    bool Meets(const Column& other) const {
+        for (std::size_t i = 0; i < words_.size(); ++i) {
+            if ((words_[i] & other.words_[i]) != 0) return true;
+        }
+        return false;
+    }
+    auto operator<=>(const Column&) const = default;
+
+ private:
+    static constexpr std::size_t kBits = 64;
+    /// The first place is the highest bit, so that words compare as the places do.
+    static constexpr std::uint64_t BitOf(std::size_t place) { return std::uint64_t{1} << (kBits - 1 - place % kBits); }
+
+    std::vector<std::uint64_t> words_;
+};
+
+/// For each place those that differ from it.
+using Differences = std::vector<Column>;
 
 /// The name of the n-th letter, from 0 on.
 std::string LetterAt(std::size_t n) {
@@ -30,20 +64,13 @@ std::vector<std::size_t> PlacesOf(const std::vector<std::size_t>& order) {
     return places;
 }
 
-bool IsWithin(const Column& inner, const Column& outer) {
-    for (std::size_t i = 0; i < inner.size(); ++i) {
-        if (inner[i] && !outer[i]) return false;
-    }
-    return true;
-}
-
 /// Takes away the columns that are within others, and all but one of equal ones.
 void Absorb(std::vector<Column>& columns) {
     std::vector<Column> kept;
     for (std::size_t i = 0; i < columns.size(); ++i) {
         bool isAbsorbed = false;
         for (std::size_t j = 0; j < columns.size() && !isAbsorbed; ++j) {
-            isAbsorbed = i != j && IsWithin(columns[i], columns[j]) && (j < i || columns[i] != columns[j]);
+            isAbsorbed = i != j && columns[i].IsWithin(columns[j]) && (j < i || columns[i] != columns[j]);
         }
         if (!isAbsorbed) kept.push_back(columns[i]);
     }
@@ -53,33 +80,31 @@ void Absorb(std::vector<Column>& columns) {
 /// Makes two columns of each that holds both samples of a pair, one without either. What is left whole is within none
 /// of the others before and after, so that only the new ones can be absorbed.
 void InsertAndAbsorb(std::size_t first, std::size_t second, std::vector<Column>& columns) {
-    std::vector<Column> whole;
+    const auto split = std::partition(columns.begin(), columns.end(),
+                                      [&](const Column& column) { return !column.Has(first) || !column.Has(second); });
     std::vector<Column> parts;
-    for (Column& column : columns) {
-        if (!column[first] || !column[second]) {
-            whole.push_back(std::move(column));
-            continue;
-        }
-        parts.push_back(column);
-        parts.back()[first] = false;
-        column[second] = false;
-        parts.push_back(std::move(column));
+    for (auto column = split; column != columns.end(); ++column) {
+        parts.push_back(*column);
+        parts.back().Remove(first);
+        column->Remove(second);
+        parts.push_back(std::move(*column));
     }
+    columns.erase(split, columns.end());
     Absorb(parts);
     std::erase_if(parts, [&](const Column& part) {
-        return std::ranges::any_of(whole, [&](const Column& column) { return IsWithin(part, column); });
+        return std::ranges::any_of(columns, [&](const Column& column) { return part.IsWithin(column); });
     });
-    std::ranges::move(parts, std::back_inserter(whole));
-    columns = std::move(whole);
+    std::ranges::move(parts, std::back_inserter(columns));
 }
 
 /// Columns by insert and absorb; none where they become too many.
 std::vector<Column> ColumnsByInsertion(const Differences& differs) {
     const std::size_t count = differs.size();
-    std::vector<Column> columns{Column(count, true)};
+    std::vector<Column> columns{Column(count)};
+    for (std::size_t i = 0; i < count; ++i) columns.front().Put(i);
     for (std::size_t i = 0; i < count; ++i) {
         for (std::size_t j = i + 1; j < count; ++j) {
-            if (!differs[i][j]) continue;
+            if (!differs[i].Has(j)) continue;
             InsertAndAbsorb(i, j, columns);
             if (columns.size() > kMostColumns) return {};
         }
@@ -88,29 +113,27 @@ std::vector<Column> ColumnsByInsertion(const Differences& differs) {
 }
 
 /// Adds all samples that differ from none in the column, and notes the pairs that have a letter now.
-void Complete(const Differences& differs, Column& column, Differences& isCovered) {
+void Complete(const Differences& differs, Column& column, std::vector<Column>& isCovered) {
     const std::size_t count = differs.size();
     for (std::size_t i = 0; i < count; ++i) {
-        bool goesWithAll = true;
-        for (std::size_t j = 0; j < count && goesWithAll; ++j) goesWithAll = !column[j] || !differs[i][j];
-        if (goesWithAll) column[i] = true;
+        if (!column.Meets(differs[i])) column.Put(i);
     }
     for (std::size_t i = 0; i < count; ++i) {
-        for (std::size_t j = 0; j < count; ++j) isCovered[i][j] = isCovered[i][j] || (column[i] && column[j]);
+        if (column.Has(i)) isCovered[i].PutAll(column);
     }
 }
 
 /// Columns one by one: at most as many as there are pairs. A sample is a pair with itself.
 std::vector<Column> ColumnsByCover(const Differences& differs) {
     const std::size_t count = differs.size();
-    Differences isCovered(count, std::vector<bool>(count, false));
+    std::vector<Column> isCovered(count, Column(count));
     std::vector<Column> columns;
     for (std::size_t i = 0; i < count; ++i) {
         for (std::size_t j = 0; j < count; ++j) {
-            if (differs[i][j] || isCovered[i][j]) continue;
-            Column column(count, false);
-            column[i] = true;
-            column[j] = true;
+            if (differs[i].Has(j) || isCovered[i].Has(j)) continue;
+            Column column(count);
+            column.Put(i);
+            column.Put(j);
             Complete(differs, column, isCovered);
             columns.push_back(std::move(column));
         }
@@ -124,7 +147,7 @@ std::vector<std::string> Lettered(std::vector<Column> columns, const std::vector
     std::vector<std::string> letters(order.size());
     for (std::size_t i = 0; i < columns.size(); ++i) {
         for (std::size_t place = 0; place < order.size(); ++place) {
-            if (columns[i][place]) letters[order[place]] += LetterAt(i);
+            if (columns[i].Has(place)) letters[order[place]] += LetterAt(i);
         }
     }
     return letters;
@@ -136,10 +159,10 @@ std::vector<std::string> LettersOfPairs(std::size_t sampleCount,
                                         const std::vector<std::pair<std::size_t, std::size_t>>& different,
                                         const std::vector<std::size_t>& order) {
     const std::vector<std::size_t> places = PlacesOf(order);
-    Differences differs(sampleCount, std::vector<bool>(sampleCount, false));
+    Differences differs(sampleCount, Column(sampleCount));
     for (const auto& [first, second] : different) {
-        differs[places[first]][places[second]] = true;
-        differs[places[second]][places[first]] = true;
+        differs[places[first]].Put(places[second]);
+        differs[places[second]].Put(places[first]);
     }
     std::vector<Column> columns = ColumnsByInsertion(differs);
     if (columns.empty()) columns = ColumnsByCover(differs);
@@ -151,12 +174,12 @@ std::vector<std::string> LettersOfSubsets(std::size_t sampleCount, const std::ve
     const std::vector<std::size_t> places = PlacesOf(order);
     std::vector<Column> columns;
     for (std::size_t place = 0; place < sampleCount; ++place) {
-        columns.emplace_back(sampleCount, false);
-        columns.back()[place] = true;
+        columns.emplace_back(sampleCount);
+        columns.back().Put(place);
     }
     for (const std::vector<std::size_t>& subset : subsets) {
-        columns.emplace_back(sampleCount, false);
-        for (const std::size_t position : subset) columns.back()[places[position]] = true;
+        columns.emplace_back(sampleCount);
+        for (const std::size_t position : subset) columns.back().Put(places[position]);
     }
     Absorb(columns);
     return Lettered(std::move(columns), order);

@@ -342,17 +342,17 @@ PageTable SampleTable(const TestReading& reading, const ResultReading& result) {
 }
 
 PageTable CountsTable(const TestReading& reading, const std::vector<std::string>& classes) {
-    const CountTable& counts = reading.counts;
+    const CountTable counts = reading.counts.IsWide() ? reading.counts.Listed() : reading.counts;
     PageTable table;
     table.columns.push_back({"class", counts.corner});
-    for (std::size_t i = 0; i < counts.rows.size(); ++i) {
+    std::vector<std::vector<std::string>> rows;
+    for (std::size_t i = 0; i < counts.RowCount(); ++i) {
         table.rows.push_back({TextCell(i < counts.rowTitles.size() ? counts.rowTitles[i] : "")});
+        rows.push_back(counts.CellsOf(i));
     }
-    std::size_t columns = 0;
-    for (const auto& row : counts.rows) columns = std::max(columns, row.size());
-    for (std::size_t column = 0; column < columns; ++column) {
+    for (std::size_t column = 0; column < counts.ColumnCount(); ++column) {
         std::vector<PageCell> cells;
-        for (const auto& row : counts.rows) {
+        for (const auto& row : rows) {
             const Number number(column < row.size() ? row[column] : "");
             cells.push_back(NumberCell(number.empty() ? "" : FewDigits(number), number));
         }

@@ -189,17 +189,16 @@ class Block {
     }
 
     TextTable Counts() const {
-        const CountTable& counts = reading_.counts;
+        const CountTable counts = reading_.counts.IsWide() ? reading_.counts.Listed() : reading_.counts;
         std::vector<TextTable::ColumnHead> heads{{counts.corner}};
-        std::size_t columns = 0;
-        for (const auto& row : counts.rows) columns = std::max(columns, row.size());
+        const std::size_t columns = counts.ColumnCount();
         for (std::size_t i = 0; i < columns; ++i) {
             heads.push_back({i < counts.columnTitles.size() ? counts.columnTitles[i] : "", Alignment::kRight});
         }
         TextTable table(heads);
-        for (std::size_t i = 0; i < counts.rows.size(); ++i) {
+        for (std::size_t i = 0; i < counts.RowCount(); ++i) {
             std::vector<std::string> cells{i < counts.rowTitles.size() ? counts.rowTitles[i] : ""};
-            for (const std::string& value : counts.rows[i]) cells.push_back(ShortNumber(value));
+            for (const std::string& value : counts.CellsOf(i)) cells.push_back(ShortNumber(value));
             cells.resize(columns + 1);
             table.AddRow(std::move(cells));
         }

@@ -1,6 +1,7 @@
 #include "host/words/FieldNames.h"
 
 #include <algorithm>
+#include <set>
 
 #include "host/InputError.h"
 #include "host/NearestNames.h"
@@ -65,17 +66,19 @@ std::string FieldNames::Mistake(const std::string& typed) const {
 std::vector<std::string> FieldNames::Expand(const std::vector<std::string>& typed, const std::string& what,
                                             const std::function<bool(const std::string&)>& isTaken) {
     std::vector<std::string> fields;
+    std::set<std::string> known;  // those in `fields`, of which there may be hundreds of thousands
     for (const std::string& name : typed) {
         const std::string found = Find(name);
         if (!found.empty() || !IsPattern(name)) {
             fields.push_back(found.empty() ? name : found);
+            known.insert(fields.back());
             continue;
         }
         std::size_t count = 0;
         for (const Column& column : table_.Columns()) {
             if ((name != kAll && !MatchesPattern(column.name, name)) || isTaken(column.name)) continue;
             ++count;
-            if (std::ranges::find(fields, column.name) == fields.end()) fields.push_back(column.name);
+            if (known.insert(column.name).second) fields.push_back(column.name);
         }
         if (count > 0) continue;
         std::vector<std::string_view> names;

@@ -61,6 +61,7 @@ QKStatus TARNPlanner::Run(RecordIterator& data) {
         ReadCommonSettings();
         const CancelState cancel(queryCancel, cancelled);
         const WorkShare work(ThreadBudget(*settings), [&] { return cancel.Poll(); });
+        LeaveOutWeightless(work);
         ReadRecords(work);
         MakeStores();
         PlanTests();
@@ -72,6 +73,7 @@ QKStatus TARNPlanner::Run(RecordIterator& data) {
     sourceView.reset();
     sortedData.reset();
     reader.reset();
+    weightyRecords.reset();
     return status;
 }
 
@@ -98,7 +100,17 @@ void TARNPlanner::ReadCommonSettings() {
     if (settings->GetSettingValByName(kCaseIdName, caseId)) caseIdIndex = varList->FindVariable(caseId);
 }
 
+/// Extended, a record of weight 0 isn't there for anything that follows.
+void TARNPlanner::LeaveOutWeightless(const WorkShare& work) {
+    const int weight = varList->GetFreqWeightIndex();
+    if (!isExtended || weight == QKVarList::kNoWeight || dataIterator == nullptr) return;
+    weightyRecords = std::make_unique<QKTarn::WeightyRecords>(*dataIterator, weight, work);
+    dataIterator = weightyRecords.get();
+    if (work.IsStopped()) status = QKStatus(StatusCode::kCancelled);
+}
+
 void TARNPlanner::ReadRecords(const WorkShare& work) {
+    if (status.IsError()) return;
     allFields.resize(static_cast<std::size_t>(varList->Size()));
     std::iota(allFields.begin(), allFields.end(), 0);
     reader = std::make_unique<QKTarn::InitialDataReader>(dataIterator, !analysisMissing, &allFields, varList);

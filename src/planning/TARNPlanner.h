@@ -20,6 +20,7 @@
 #include "records/ColumnView.h"
 #include "records/InitialDataReader.h"
 #include "records/TARNSortedDataSet.h"
+#include "records/WeightyRecords.h"
 #include "support/UnivariateCollector.h"
 #include "vocabulary/DefaultLevels.h"
 
@@ -62,6 +63,7 @@ class TARNPlanner : public IQKAlgorithm, private TARNPlan {
     // The run, step by step; each works only while the status is no error.
     void Release();
     void ReadCommonSettings();
+    void LeaveOutWeightless(const WorkShare& work);
     void ReadRecords(const WorkShare& work);
     void MakeStores();
     void PlanTests();
@@ -93,6 +95,7 @@ class TARNPlanner : public IQKAlgorithm, private TARNPlan {
     QKVarList* varList;
     std::unique_ptr<UnivariateCollector> univariates;
     MultiPassRecordIter* dataIterator = nullptr;
+    std::unique_ptr<QKTarn::WeightyRecords> weightyRecords;  // lives during `Run` only; null as defined
     QKTarn::TarnMemoIterator memoIterator;
     std::unique_ptr<TARNSortedDataSet> sortedData;  // lives during `Run` only
     bool complete = false;

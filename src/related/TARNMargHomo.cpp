@@ -152,7 +152,9 @@ QKStatus TARNMargHomo::BeginPass() {
         AddStatusMessage(QKStatus(kSettingMissing), MessageKind::kError);
         return status;
     }
-    cells.assign((scores.size() + 1) * (scores.size() + 1), 0);
+    // An empty cell adds nothing, unless its score is no number that 0 times it were 0.
+    const bool areFinite = std::all_of(scores.begin(), scores.end(), [](double score) { return std::isfinite(score); });
+    cells.Clear(scores.size() + 1, areFinite);
     PlaceColumns();
     passesRemaining = 1;
     return status;
@@ -193,35 +195,43 @@ QKStatus TARNMargHomo::ProcessColumns(ColumnBatch& batch) {
     const std::int32_t* const weights = batch.Weights(weightVariableIndex);
     const auto beside = static_cast<std::uint32_t>(scores.size());
     const auto lastCategory = static_cast<std::uint32_t>(columnOfCategory.size() - 1);
-    for (std::size_t i = 0; i < batch.Size(); ++i) {
-        const std::uint32_t row = std::min(static_cast<std::uint32_t>(first[i]), beside);
-        const std::uint32_t column = columnOfCategory[std::min(static_cast<std::uint32_t>(second[i]), lastCategory)];
-        cells[std::size_t{row} * (std::size_t{beside} + 1) + column] += weights[i];
+    const auto countAll = [&](const auto& cellAt) {
+        for (std::size_t i = 0; i < batch.Size(); ++i) {
+            const std::uint32_t row = std::min(static_cast<std::uint32_t>(first[i]), beside);
+            const std::uint32_t column =
+                columnOfCategory[std::min(static_cast<std::uint32_t>(second[i]), lastCategory)];
+            cellAt(row, column) += weights[i];
+        }
+    };
+    if (cells.IsSparse()) {
+        countAll([this](std::size_t row, std::size_t column) -> std::int64_t& { return cells.Sparse(row, column); });
+    } else {
+        countAll([this](std::size_t row, std::size_t column) -> std::int64_t& { return cells.Dense(row, column); });
     }
     return status;
 }
 
-std::int64_t TARNMargHomo::Cell(std::size_t row, std::size_t column) const {
-    return arithmetic.Count(cells[row * (scores.size() + 1) + column]);
+/// Calls `visit` with the row, the column and the count of each cell of the categories.
+template <typename Visit>
+void TARNMargHomo::ForEachCell(Visit visit) const {
+    const std::size_t beside = scores.size();
+    cells.ForEach([&](std::size_t row, std::size_t column, std::int64_t count) {
+        if (row < beside && column < beside) visit(row, column, arithmetic.Count(count));
+    });
 }
 
 /// The sum over the cells beside the diagonal, each with its count and its scores.
 template <typename Sum, typename Term>
 Sum TARNMargHomo::SumOverChanges(Term term) const {
     Sum sum = 0;
-    for (std::size_t i = 0; i < scores.size(); ++i) {
-        for (std::size_t j = 0; j < scores.size(); ++j) {
-            if (i != j)
-                sum += term(static_cast<Sum>(Cell(i, j)), static_cast<Sum>(scores[i]), static_cast<Sum>(scores[j]));
-        }
-    }
+    ForEachCell([&](std::size_t i, std::size_t j, std::int64_t count) {
+        if (i != j) sum += term(static_cast<Sum>(count), static_cast<Sum>(scores[i]), static_cast<Sum>(scores[j]));
+    });
     return sum;
 }
 
 QKStatus TARNMargHomo::EndPass() {
-    for (std::size_t i = 0; i < scores.size(); ++i) {
-        for (std::size_t j = 0; j < scores.size(); ++j) totalN = arithmetic.Count(totalN + Cell(i, j));
-    }
+    ForEachCell([&](std::size_t, std::size_t, std::int64_t count) { totalN = arithmetic.Count(totalN + count); });
     if (totalN < 1) {
         AddStatusMessage(QKStatus(StatusCode::kNoRecords), MessageKind::kError);
         return status;
@@ -277,9 +287,10 @@ QKXML::XMLElement* TARNMargHomo::MakeResultElement() {
     comparison.Row(RowName::kRowNames, firstVariableIndex);
     comparison.Row(RowName::kColumnNames, secondVariableIndex);
     auto content = MakeSimpleTable(TableName::kContent, "", "");
-    std::vector<std::int64_t> row(scores.size());
     for (std::size_t i = 0; i < scores.size(); ++i) {
-        for (std::size_t j = 0; j < scores.size(); ++j) row[j] = Cell(i, j);
+        std::vector<std::int64_t> row = cells.Row(i);
+        row.resize(scores.size());
+        for (std::int64_t& count : row) count = arithmetic.Count(count);
         content->AddChild(MakeRowElement(JoinValues(row)));
     }
     comparison.Add(std::move(content));

@@ -7,6 +7,7 @@
 #include "contract/ColumnPass.h"
 #include "contract/TARNPlan.h"
 #include "platform/common/QKVarList.h"
+#include "related/SquareTable.h"
 
 /// The categories of fields that mean the same: a row per category of the field that was added first, in its order.
 /// Later fields have the same categories, by text or by number, though not always in that order. Borrows the fields,
@@ -58,7 +59,8 @@ class TARNMargHomo : public ColumnTest {
  private:
     bool ReadScores();
     void PlaceColumns();
-    std::int64_t Cell(std::size_t row, std::size_t column) const;
+    template <typename Visit>
+    void ForEachCell(Visit visit) const;
     template <typename Sum, typename Term>
     Sum SumOverChanges(Term term) const;
     void ComputeStatistic();
@@ -70,7 +72,7 @@ class TARNMargHomo : public ColumnTest {
     std::vector<double> scores;
     /// Joint counts: a row per category of the first field, a column per the same category of the second, and one more
     /// of each for the records that have no cell.
-    std::vector<std::int64_t> cells;
+    SquareTable cells;
     /// Per category of the second field its column.
     std::vector<std::uint32_t> columnOfCategory;
     double sigLevel = kDefaultSigLevel;

@@ -1,7 +1,8 @@
 // Below the limits of the widths the extended arithmetic gives the document as defined, to the byte, but for two kinds
 // of numbers: digits, of tails that are worked out by themselves and of sums that cancel, and what is the textbook's,
 // whose element says so. Here the two documents of random runs of every test are held against each other, with plots
-// and without; and where an element says that it is another one, it has to be one.
+// and without; and where an element says that it is another one, it has to be one. Records of weight 0 are not there
+// with extended arithmetic, which WeightlessRecordsTest.cpp holds to the byte, so that these runs have none.
 
 #include <gtest/gtest.h>
 
@@ -48,6 +49,7 @@ TEST_P(ExtendedDocument, IsTheDefinedOneButForDigitsAndForWhatSaysSo) {
         Data data(scene, seed);
         // A missing weight is as far below 0 as 32 bits reach.
         for (std::vector<double>& row : data.rows) row.back() = row.back() == harness::kNone ? 2 : row.back();
+        data.rows = harness::WeightyRows(data.fields, data.rows);
         for (const bool isBrief : {false, true}) {
             const harness::Outcome defined = RunAll(data, scene, isBrief, false);
             const harness::Outcome extended = RunAll(data, scene, isBrief, true);

@@ -117,12 +117,12 @@ std::string Square(int categories) {
     return rows;
 }
 
-// 5,000 categories: 25,000,000 cells of 40 bytes are 953.7 MiB; 10,000 cells of the table and one test add 0.1 MiB.
+// 5,000 categories: 25,000,000 cells of 80 bytes are 1.86 GiB; 10,000 cells of the table and one test add 0.1 MiB.
 TEST(HostileInput, ASquareTableThatMayTakeTooMuchIsRefusedBeforeItIsMade) {
     const ScratchFolder folder;
     const std::string table = folder.Write("square.csv", Square(5000));
     const std::string needs =
-        ": may take 953.8 MiB of memory (1 results of tests, 25000000 cells of square tables); expected at most 512.0 "
+        ": may take 1.9 GiB of memory (1 results of tests, 25000000 cells of square tables); expected at most 512.0 "
         "MiB, or more told by --memory";
     ExpectOneLine(RunTarn({"analyze", table, "--related", "a,b", "--ordinal", "a,b", "--tests", "marginal-homogeneity",
                            "--memory", "512M"}),

@@ -39,6 +39,20 @@ class RowStream : public MultiPassRecordIter {
     int nextCount_ = 0;
 };
 
+/// Rows that are there as columns, too.
+class ColumnStream : public RowStream, public ColumnSource {
+ public:
+    explicit ColumnStream(const std::vector<std::vector<double>>& rows);
+
+    std::size_t RecordCount() const override { return recordCount_; }
+    std::size_t FieldCount() const override { return columns_.size(); }
+    const double* Column(std::size_t field) const override { return columns_[field].data(); }
+
+ private:
+    std::size_t recordCount_;
+    std::vector<std::vector<double>> columns_;
+};
+
 /// Fields of a table, added one by one.
 class Fields {
  public:
@@ -67,8 +81,16 @@ struct Outcome {
     Document document;  ///< the same, parsed
 };
 
+/// Runs the execution settings over the records of a stream and writes the document.
+Outcome RunStream(const QKSettings& settings, Fields& fields, MultiPassRecordIter& stream,
+                  ProgressListener* listener = nullptr, QKQueryCancel* cancel = nullptr);
+
+/// The rows that have a weight: where there is a field for it, those for which it isn't 0 once its fraction is cut.
+std::vector<std::vector<double>> WeightyRows(Fields& fields, const std::vector<std::vector<double>>& rows);
+
 /// Runs the execution settings over the rows and writes the document. Unless the settings say which arithmetic they
-/// want, or somebody watches the run, the extended one has to give the same document or to say that it doesn't.
+/// want, or somebody watches the run, the extended one has to give the document of the rows that have a weight, and
+/// that has to be the same as defined or to say that it isn't.
 Outcome Run(const QKSettings& settings, Fields& fields, const std::vector<std::vector<double>>& rows,
             ProgressListener* listener = nullptr, QKQueryCancel* cancel = nullptr);
 

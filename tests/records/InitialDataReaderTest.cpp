@@ -228,32 +228,10 @@ TEST(InitialDataReaderTest, AFailedAllocationYields220002) {
 
 // ---- A stream that has columns ----
 
-namespace {
-
-/// Rows that are there as columns, too.
-class ColumnStream : public harness::RowStream, public ColumnSource {
- public:
-    explicit ColumnStream(const Rows& rows) : RowStream(rows), recordCount_(rows.size()) {
-        for (std::size_t field = 0; field < rows.front().size(); ++field) {
-            columns_.emplace_back();
-            for (const auto& row : rows) columns_.back().push_back(row[field]);
-        }
-    }
-    std::size_t RecordCount() const override { return recordCount_; }
-    std::size_t FieldCount() const override { return columns_.size(); }
-    const double* Column(std::size_t field) const override { return columns_[field].data(); }
-
- private:
-    std::size_t recordCount_;
-    Rows columns_;
-};
-
-}  // namespace
-
 TEST(InitialDataReaderTest, BorrowsTheColumnsOfAStreamThatHasThem) {
     Fields fields;
     fields.Continuous("x").Numeric("n", {1, 2});
-    ColumnStream stream({{1, 0}, {kNone, 1}, {3, kNoCategory}});
+    harness::ColumnStream stream({{1, 0}, {kNone, 1}, {3, kNoCategory}});
     const std::vector<int> all{0, 1};
     InitialDataReader reader(&stream, false, &all, &fields.List());
     EXPECT_TRUE(reader.ReadAll().IsOK());
@@ -271,7 +249,7 @@ TEST(InitialDataReaderTest, CopiesTheColumnsWhereRecordsAreDropped) {
     // As above: the reader's filter and the passes differ about a field of kind 4.
     Fields fields;
     fields.Continuous("x").Other("o");
-    ColumnStream stream({{1, 9}, {1, -1}, {1, kNone}, {kNone, 9}, {2, 9}});
+    harness::ColumnStream stream({{1, 9}, {1, -1}, {1, kNone}, {kNone, 9}, {2, 9}});
     const std::vector<int> all{0, 1};
     InitialDataReader reader(&stream, true, &all, &fields.List());
     EXPECT_TRUE(reader.ReadAll().IsOK());
@@ -288,7 +266,7 @@ TEST(InitialDataReaderTest, CopiesTheColumnsWhereRecordsAreDropped) {
 TEST(InitialDataReaderTest, AWeightAbove2147483647InAColumnStopsTheReadWith220026) {
     Fields fields;
     fields.Continuous("x").Weight("w");
-    ColumnStream stream({{1, 1}, {1, 2147483648.0}});
+    harness::ColumnStream stream({{1, 1}, {1, 2147483648.0}});
     const std::vector<int> all{0, 1};
     InitialDataReader reader(&stream, false, &all, &fields.List());
     EXPECT_EQ(reader.ReadAll(), QKStatus(220026));
@@ -299,7 +277,7 @@ TEST(InitialDataReaderTest, AStopEndsTheReadWithCode1) {
     Fields fields;
     fields.Continuous("x");
     const std::vector<int> all{0};
-    ColumnStream columns({{1}, {2}});
+    harness::ColumnStream columns({{1}, {2}});
     EXPECT_EQ(InitialDataReader(&columns, false, &all, &fields.List()).ReadAll(stopped), QKStatus(1));
     harness::RowStream records(Rows(10'000, {1.0}));
     EXPECT_EQ(InitialDataReader(&records, false, &all, &fields.List()).ReadAll(stopped), QKStatus(1));
@@ -316,7 +294,7 @@ TEST(InitialDataReaderTest, KnowsOfEachColumnWhatItMissesAtAnyPlace) {
                 fields.Continuous("x").Continuous("y");
                 Rows rows(count, {1.0, 0.0});
                 rows[place][0] = odd;
-                ColumnStream stream(rows);
+                harness::ColumnStream stream(rows);
                 InitialDataReader reader(&stream, false, &all, &fields.List());
                 EXPECT_TRUE(reader.ReadAll().IsOK());
                 EXPECT_EQ(reader.Columns().HasMissing(0), odd == kNone) << place << " of " << count;

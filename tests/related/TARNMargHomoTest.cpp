@@ -374,4 +374,27 @@ TEST_F(MargHomoSettings, CategoryTableAnswersInTheFirstFieldsCategories) {
     EXPECT_EQ(table.ScoreOf(1), 1);
 }
 
+// By hand: 3 cases go from 100 to 1200, 1 case from 1500 to 1499, 2 stay at 7. S = 3 * 100 + 1500 = 1800, M = (3 * 1300
+// + 2999) / 2 = 3449.5, V = 3 * 550^2 + 0.5^2.
+TEST(MargHomo, OfThousandsOfCategoriesEmptyCellsAddNothing) {
+    constexpr int kCategories = 1501;
+    std::vector<double> categories(kCategories);
+    for (std::size_t i = 0; i < categories.size(); ++i) categories[i] = static_cast<double>(i);
+    Fields fields = Numeric(categories);
+    fields.Weight("w");
+    const Table test = Result(fields, {{100, 1200, 3}, {1500, 1499, 1}, {7, 7, 2}});
+    EXPECT_EQ(Statistics(test).Row("TotalN"), "6");
+    EXPECT_EQ(Statistics(test).Row("TestStatistic"), "1800");
+    EXPECT_NEAR(Number(Statistics(test), "StandardError"), std::sqrt(907500.25), kTolerance * 1000);
+    EXPECT_NEAR(Number(Statistics(test), "StandardTestStatistic"), -1649.5 / std::sqrt(907500.25), kTolerance);
+    const std::vector<std::string> cells = Cells(test);
+    ASSERT_EQ(cells.size(), categories.size());
+    std::string empty = "0";
+    for (int i = 1; i < kCategories; ++i) empty += ";0";
+    EXPECT_EQ(cells[0], empty);
+    std::string counted = empty;
+    counted[2 * 1200] = '3';  // each cell in front has a digit and a separator
+    EXPECT_EQ(cells[100], counted);
+}
+
 }  // namespace

@@ -89,6 +89,29 @@ TEST(Letters, StayFewWhereInsertAndAbsorbWouldTakeTooMany) {
     ExpectRight(40, different, LettersOfPairs(40, different, InOrder(40)));
 }
 
+// More than 64 samples, by insert and absorb and one by one: those differ that are more than 9 places apart, or whose
+// places are those of a random pair.
+TEST(Letters, OfManySamplesAreSharedExactlyByThoseThatDoNotDiffer) {
+    constexpr std::size_t kSamples = 90;
+    Pairs apart;
+    Pairs scattered;
+    std::uint32_t state = 11;
+    for (std::size_t i = 0; i < kSamples; ++i) {
+        for (std::size_t j = i + 1; j < kSamples; ++j) {
+            if (j - i > 9) apart.emplace_back(i, j);
+            state = state * 1664525 + 1013904223;
+            if (state >> 24 < 60) scattered.emplace_back(i, j);
+        }
+    }
+    const Texts letters = LettersOfPairs(kSamples, apart, InOrder(kSamples));
+    ExpectRight(kSamples, apart, letters);
+    // By hand: runs of 10 places, the first of which begins at each of the first 81.
+    EXPECT_EQ(letters[0], "a");
+    EXPECT_EQ(letters[1], "ab");
+    EXPECT_EQ(letters[89], "(81)");
+    ExpectRight(kSamples, scattered, LettersOfPairs(kSamples, scattered, InOrder(kSamples)));
+}
+
 TEST(Letters, GoOnWithCapitalsAndNumbers) {
     Pairs different;
     for (std::size_t i = 0; i < 54; ++i) {

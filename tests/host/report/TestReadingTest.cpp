@@ -140,7 +140,24 @@ TEST(TestReading, NamesTheClassesOfACrossTable) {
     EXPECT_EQ(reading.counts.corner, "arm \\ arm");
     EXPECT_EQ(reading.counts.rowTitles, (Strings{"old", "new", "3"}));
     EXPECT_EQ(reading.counts.columnTitles, reading.counts.rowTitles);
-    EXPECT_EQ(reading.counts.rows[1], (Strings{"4", "5", "6"}));
+    EXPECT_EQ(reading.counts.CellsOf(1), (Strings{"4", "5", "6"}));
+}
+
+TEST(TestReading, ListsTheCountedCellsOfAWideTable) {
+    CountTable counts{"a \\ b", {}, {"low", "high"}, {"0;4", "2;0"}};
+    for (int i = 0; i < 200; ++i) counts.columnTitles.push_back(std::to_string(i));
+    EXPECT_FALSE(counts.IsWide());
+    for (int i = 2; i < 200; ++i) counts.lines[0] += ";0";
+    EXPECT_EQ(counts.ColumnCount(), 200u);
+    EXPECT_FALSE(counts.IsWide()) << "200 columns are shown";
+    counts.lines[0] += ";7";
+    counts.columnTitles.emplace_back("top");
+    EXPECT_TRUE(counts.IsWide());
+    const CountTable list = counts.Listed();
+    EXPECT_EQ(list.corner, "a \\ b");
+    EXPECT_EQ(list.columnTitles, Strings{"cases"});
+    EXPECT_EQ(list.rowTitles, (Strings{"low \\ 1", "low \\ top", "high \\ 0"}));
+    EXPECT_EQ(list.lines, (Strings{"4", "7", "2"}));
 }
 
 TEST(TestReading, NamesTheSuccessesOfAFourfoldTableWhereTheyAreListed) {
