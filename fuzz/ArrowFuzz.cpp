@@ -256,7 +256,10 @@ void AddViews(ArrayParts& parts, std::size_t count, Choices& choices) {
 void AddBuffers(ArrayParts& parts, const ColumnFormat& format, std::size_t count, Choices& choices) {
     constexpr std::size_t kBitsOfByte = 8;
     const std::size_t bitBytes = (count + kBitsOfByte - 1) / kBitsOfByte;
-    if (format.layout == ValueLayout::kNull && format.refused.empty()) return;
+    if (format.layout == ValueLayout::kNull && format.refused.empty()) {
+        if (choices.IsRare()) AddBuffer(parts, 0);  // as some libraries do
+        return;
+    }
     FillAny(AddBuffer(parts, bitBytes), choices);
     switch (format.layout) {
         case ValueLayout::kText:

@@ -424,6 +424,28 @@ def test_codes_without_a_category(code: int) -> None:
     )
 
 
+@pytest.mark.parametrize("buffers", [0, 1])
+def test_columns_of_nulls_have_no_buffers_or_one(buffers: int) -> None:
+    """None by the interface; polars gives them one."""
+    data = Data(new_schema(b"n", b"n"), new_array(ROWS, [None] * buffers))
+    data.group.null_count = ROWS
+    assert tarn.analyze(data, one_sample="v", tests="runs", where="n is missing")[0].n == ROWS
+
+
+@pytest.mark.parametrize(
+    ("break_it", "what"),
+    [
+        (change("group", n_buffers=-1), "an array with -1 buffers; expected 0 or more for its format"),
+        (change("group", buffers=NO_BUFFERS), "an array without its list of buffers; expected one"),
+    ],
+)
+def test_broken_columns_of_nulls(break_it: Callable[[Data], None], what: str) -> None:
+    data = Data(new_schema(b"n", b"g"), new_array(ROWS, [None]))
+    data.group.null_count = ROWS
+    break_it(data)
+    assert refusal(data) == 'column "g": ' + what
+
+
 def test_codes_of_missing_values_are_not_looked_at() -> None:
     data = codes(0, 0, -1, 1)
     data.group.null_count = 1

@@ -146,6 +146,12 @@ def test_categoricals_of_polars_stand_in_ascending_order() -> None:
     assert compare(VALUES, polars.Series(GROUPS, dtype=polars.Categorical)).direction == "a minus b"
 
 
+@pytest.mark.parametrize("nulls", [pyarrow.nulls(6), polars.Series([None] * 6)])
+def test_columns_of_nulls_alone(nulls: Any) -> None:
+    table = {"v": VALUES, "n": nulls}
+    assert tarn.analyze(table, one_sample="v", tests="runs", where="n is missing")[0].n == 6
+
+
 def test_missing_categories() -> None:
     groups = ["a", None, "b", "b", "a", "b"]
     for column in (groups, pandas.Categorical(groups), pyarrow.array(groups).dictionary_encode(), polars.Series(groups)):
