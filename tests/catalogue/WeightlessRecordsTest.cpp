@@ -12,17 +12,17 @@
 #include <string>
 #include <vector>
 
-#include "tests/catalogue/AllTests.h"
+#include "tests/harness/AllTests.h"
 #include "tests/harness/ArithmeticComparison.h"
 #include "vocabulary/TestFacts.h"
 
 namespace {
 
-using catalogue::AllEntries;
-using catalogue::Data;
-using catalogue::Entry;
-using catalogue::Rows;
-using catalogue::Scene;
+using harness::AllEntries;
+using harness::Data;
+using harness::Entry;
+using harness::Rows;
+using harness::Scene;
 
 constexpr Scene kPlain{"plain", 14, 5, 0, true};
 constexpr Scene kSpread{"spread", 11, 0, 0, true};

@@ -63,9 +63,9 @@ std::string MarkOf(const BothArithmetics& both) {
     return harness::WayOf(both.Extended());
 }
 
-/// Weights of records: small ones, and some up to the largest.
+/// Weights of records: small ones, and some up to the largest. None is 0, since extended such a record isn't there.
 const std::vector<std::vector<double>> kWeights = {
-    {1, 2, 3, 0, 7}, {1000, 5000, 20000}, {46340, 46341, 1}, {65535, 65536}, {2147483647, 1000000, 12345678}};
+    {1, 2, 3, 7}, {1000, 5000, 20000}, {46340, 46341, 1}, {65535, 65536}, {2147483647, 1000000, 12345678}};
 
 struct Scene {
     const char* test;
