@@ -24,11 +24,11 @@ using harness::Entry;
 using harness::Rows;
 using harness::Scene;
 
-constexpr Scene kPlain{"plain", 14, 5, 0, true};
-constexpr Scene kSpread{"spread", 11, 0, 0, true};
-constexpr Scene kMissing{"missing", 40, 7, 0.1, true};
-constexpr Scene kListwise{"listwise", 40, 9, 0.02, true, false};
-constexpr Scene kGaps{"gaps", 25, 6, 0, true, true, true};
+const Scene kPlain{"plain", 14, 5, 0, true};
+const Scene kSpread{"spread", 11, 0, 0, true};
+const Scene kMissing{"missing", 40, 7, 0.1, true};
+const Scene kListwise{"listwise", 40, 9, 0.02, true, false};
+const Scene kGaps{"gaps", 25, 6, 0, true, true, true};
 
 constexpr std::size_t kContinuousFields = 10;
 
