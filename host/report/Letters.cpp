@@ -1,9 +1,7 @@
 #include "host/report/Letters.h"
 
 #include <algorithm>
-#include <compare>
 #include <cstdint>
-#include <functional>
 #include <iterator>
 #include <string_view>
 
@@ -13,9 +11,8 @@ namespace {
 
 constexpr std::size_t kMostColumns = 512;
 
-/// A set of samples by their places in the order, such as those that have one letter. Of two sets the one that has the
-/// first place in which they differ is the greater one. Sets are compared word by word: of a thousand samples there may
-/// be half a million pairs, and at each the columns are held against one another.
+/// A set of samples by their places in the order, such as those that have one letter. Sets are compared word by word:
+/// of a thousand samples there may be half a million pairs, and at each the columns are held against one another.
 class Column {
  public:
     explicit Column(std::size_t count) : words_((count + kBits - 1) / kBits, 0) {}
@@ -38,7 +35,9 @@ class Column {
         }
         return false;
     }
-    auto operator<=>(const Column&) const = default;
+    bool operator==(const Column&) const = default;
+    /// Of two sets the one that has the first place in which they differ comes before the other.
+    bool ComesBefore(const Column& other) const { return words_ > other.words_; }
 
  private:
     static constexpr std::size_t kBits = 64;
@@ -143,7 +142,7 @@ std::vector<Column> ColumnsByCover(const Differences& differs) {
 
 /// The letters of the samples by their positions. The column of the sample that stands first comes first.
 std::vector<std::string> Lettered(std::vector<Column> columns, const std::vector<std::size_t>& order) {
-    std::ranges::sort(columns, std::greater<>());
+    std::ranges::sort(columns, [](const Column& a, const Column& b) { return a.ComesBefore(b); });
     std::vector<std::string> letters(order.size());
     for (std::size_t i = 0; i < columns.size(); ++i) {
         for (std::size_t place = 0; place < order.size(); ++place) {
