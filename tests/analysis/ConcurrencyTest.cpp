@@ -33,9 +33,9 @@ namespace {
 using namespace analysis_test;
 
 /// Many small analyses, whose ends and beginnings meet in every way.
-TEST(Concurrency, TwoThreadsGiveTheDocumentsThatTheyGiveAlone) {
-    constexpr int kThreads = 2;
-    constexpr int kRuns = 500;  // each, so 1,000 in all
+TEST(Concurrency, FourThreadsGiveTheDocumentsThatTheyGiveAlone) {
+    constexpr int kThreads = 4;
+    constexpr int kRuns = 250;  // each, so 1,000 in all
     std::array<std::string, kThreads> alone;
     for (int i = 0; i < kThreads; ++i) {
         const tarn::Table table = TableOf(GroupsCsv(30 + i, i), NominalGroups());
