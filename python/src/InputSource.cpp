@@ -26,9 +26,10 @@ bool HasKey(const char* metadata, std::string_view beginning, const std::string&
         return number;
     };
     const auto takeText = [&] {
-        const std::string_view text(metadata, static_cast<std::size_t>(take()));
-        metadata += text.size();
-        return std::string_view(metadata - text.size(), text.size());
+        const auto size = static_cast<std::size_t>(take());  // which ends where the text begins
+        const std::string_view text(metadata, size);
+        metadata += size;
+        return text;
     };
     for (std::int32_t left = take(); left > 0; --left) {
         const bool isFound = takeText().starts_with(beginning);
