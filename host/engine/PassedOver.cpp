@@ -1,6 +1,7 @@
 #include "host/engine/PassedOver.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <optional>
 #include <set>
 #include <span>
@@ -23,6 +24,9 @@ using Names = std::vector<std::string_view>;
 
 constexpr const char* kUnknownKey = "unknown key";
 constexpr const char* kPassedOver = ", passed over";
+
+/// A list of what is passed over that is longer than this helps nobody: most of it is one mistake made many times.
+constexpr std::size_t kMostLines = 100;
 
 // ---- Values ----
 
@@ -99,11 +103,19 @@ class Remarks {
     explicit Remarks(const std::string& source) : source_(source) {}
 
     void Add(const std::string& path, const std::string& what) {
-        lines_.push_back(source_ + ": " + path + ": " + what);
+        if (lines_.size() < kMostLines) {
+            lines_.push_back(source_ + ": " + path + ": " + what);
+        } else {
+            ++leftOut_;
+        }
     }
 
     void AddUnknown(const std::string& path, const char* what, std::string_view name, const Names& near,
                     const Names& expected) {
+        if (lines_.size() >= kMostLines) {
+            ++leftOut_;
+            return;
+        }
         std::string hint = DidYouMean(NearestNames(name, near));
         if (hint.empty()) hint = "; expected " + Alternatives(expected);
         Add(path, what + std::string(kPassedOver) + hint);
@@ -139,7 +151,10 @@ class Remarks {
         CheckKeys(path, entry, names, form, [&](std::string_view name) { return test.Find(name, form); });
     }
 
-    std::vector<std::string> Take() { return std::move(lines_); }
+    std::vector<std::string> Take() {
+        if (leftOut_ > 0) lines_.push_back(source_ + ": " + std::to_string(leftOut_) + " more" + kPassedOver);
+        return std::move(lines_);
+    }
 
  private:
     template <typename Find>
@@ -156,6 +171,7 @@ class Remarks {
 
     const std::string& source_;
     std::vector<std::string> lines_;
+    std::size_t leftOut_ = 0;
 };
 
 Names TopNames(KeyForm form) {

@@ -64,6 +64,21 @@ TEST(PassedOverInPlan, AreUnknownKeysWithTheNearOneOrThoseThereAre) {
         Lines{"p: tests[0].OChiSquare.custom[0].expected: unknown key, passed over; did you mean expectedValue?"});
 }
 
+TEST(PassedOverInPlan, OfManyAreTheFirstHundredAndTheirNumber) {
+    std::string keys;
+    for (int i = 0; i < 101; ++i) keys += (i > 0 ? ", " : "") + ("\"zz" + std::to_string(i) + "\": [") + "]";
+    Lines lines = InPlan(("{" + keys + "}").c_str());
+    ASSERT_EQ(lines.size(), 101);
+    EXPECT_EQ(lines[99].substr(0, 28), "p: zz99: unknown key, passed");
+    EXPECT_EQ(lines.back(), "p: 1 more, passed over");
+    const std::string tests = R"({"tests": [{"sign": {"variableName": {}}})";
+    std::string many = tests;
+    for (int i = 0; i < 101; ++i) many += R"(, {"sign": {"variableName": {}}})";
+    lines = InPlan((many + "]}").c_str());
+    ASSERT_EQ(lines.size(), 101) << "values of another shape count, too";
+    EXPECT_EQ(lines.back(), "p: 2 more, passed over");
+}
+
 TEST(PassedOverInPlan, AreKeysOfAnotherTestAndOfARequest) {
     EXPECT_EQ(InTest("RSign", R"("variableName": ["a", "b"], "testValue": 0)").size(), 1u);
     EXPECT_EQ(InTest("OBinomial", R"("isSelected": true)").size(), 1u);
