@@ -879,9 +879,9 @@ class CommandLine {
         if (app_.get_subcommand_ptr("analyze")->parsed()) {
             const std::string& formula = analyze_.words.formula;
             if (typed == "--data") return what + "the table stands by itself: tarn analyze DATA.csv";
-            if (const auto& formats = FormatNames();
-                isOption && std::ranges::find(formats, typed.substr(typed.find_first_not_of('-'))) != formats.end()) {
-                return what + "did you mean --format " + typed.substr(typed.find_first_not_of('-')) + "?";
+            const std::string name = typed.substr(std::min(typed.find_first_not_of('-'), typed.size()));
+            if (isOption && std::ranges::find(FormatNames(), name) != FormatNames().end()) {
+                return what + "did you mean --format " + name + "?";
             }
             if (isOption || formula.empty()) return "";
             if (formula.find('~') != std::string::npos) return what + "what follows the formula are options";
@@ -907,8 +907,10 @@ class CommandLine {
             app_.exit(error);
             return ExitStatus::kDone;
         }
-        // An argument that nothing takes is the likelier mistake than the one that it leaves missing.
-        const std::vector<std::string> unknown = app_.remaining(true);
+        // An argument that nothing takes is the likelier mistake than the one that it leaves missing. The "--" in front of
+        // the table is left over, too, where the parser stopped before it.
+        std::vector<std::string> unknown = app_.remaining(true);
+        std::erase(unknown, "--");
         if (unknown.empty()) return Mistake(error.what());
         const std::string& typed = unknown.front();
         if (const std::string mistake = MistakeAtWord(typed); !mistake.empty()) {

@@ -106,4 +106,13 @@ TEST_F(Study, RefusesWhatIsNone) {
     EXPECT_EQ(result.err, "tarn: " + shape + ": options.tests: expected a text, a number, true or a list of texts\n");
 }
 
+TEST_F(Study, SaysOfAWrongValueWhatWasExpected) {
+    const std::string wrong =
+        folder.Write("wrong.json", R"({"format": "tarn-study-1", "data": {"file": ")" + harness::SourcePath("examples/headache.csv") +
+                                       R"("}, "options": {"one-sample": ["patient"], "confidence": "x"}})");
+    const CommandResult result = RunTarn({"rerun", wrong});
+    EXPECT_EQ(result.exitStatus, 2);
+    EXPECT_EQ(result.err, "tarn: --confidence: \"x\"; expected a number\n");
+}
+
 }  // namespace
