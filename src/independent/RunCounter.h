@@ -11,7 +11,7 @@
 /// Counts the runs of group membership in the ascending order of a field. Equal values of both groups leave their order
 /// open, so there are two counts: the smallest and the largest number that an order of them could give. Equal values
 /// are a block. As defined, counts and products are 32 bits wide, and a block without weight may be a run of its own;
-/// by the textbook it is none.
+/// by the textbook it is none. Extended there are no records of weight 0, but weights below 0 can cancel others.
 class RunCounter {
  public:
     using GroupCounts = std::array<std::int64_t, 2>;
@@ -72,7 +72,7 @@ class RunCounter {
         Number tieBlocks = 0;
         Number tieCases = 0;
         bool passesOverWeightless = false;
-        // What has been seen: the bits of the counts of blocks, and whether one had no weight.
+        // What has been seen: the bits of the counts of blocks, and whether one had no weight in sum.
         Number bitsOfBlocks = 0;
         bool hasWeightless = false;
 

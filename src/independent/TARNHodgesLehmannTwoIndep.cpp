@@ -13,7 +13,6 @@
 
 #include "independent/TARNHodgesLehmannTwoIndep.h"
 
-#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <new>
@@ -130,7 +129,8 @@ QKStatus TARNHodgesLehmannTwoIndep::EndPass() {
     const bool hasPairs = !lists[TwoGroups::kFirst].empty() && !lists[TwoGroups::kSecond].empty();
     if (hasPairs && groupCounts[TwoGroups::kFirst] + groupCounts[TwoGroups::kSecond] != 0) {
         try {
-            estimated = Estimate();
+            Estimate();
+            estimated = QKStatus();
         } catch (const std::bad_alloc&) {
             estimated = QKStatus(StatusCode::kOutOfMemory);
         }
@@ -142,15 +142,14 @@ QKStatus TARNHodgesLehmannTwoIndep::EndPass() {
 }
 
 /// Without a weight field each position is that of one difference, which is what the weighted position comes to when
-/// all weights are 1. Positions are as wide as the running weights.
-QKStatus TARNHodgesLehmannTwoIndep::Estimate() {
-    const bool mayDiffer = arithmetic.WantsTextbook();
-    Lists weighty = mayDiffer && HasWeightless() ? WeightyLists() : Lists();
+/// all weights are 1. Positions are as wide as the running weights. As defined a value without weight can be one of the
+/// two in the middle, or an end; documents depend on it.
+void TARNHodgesLehmannTwoIndep::Estimate() {
     PairwiseDifferences differences(std::move(lists[TwoGroups::kFirst]), std::move(lists[TwoGroups::kSecond]));
     differences.SetWork(work);
     const Positions asDefined = PositionsOf(ties, Arithmetic::AsDefined());
     found = {differences.Median(), differences.At(asDefined.lower), differences.At(asDefined.upper)};
-    if (!mayDiffer) return QKStatus();
+    if (!arithmetic.WantsTextbook()) return;
 
     // Positions that move a little may still be those of the same values.
     Arithmetic wide;
@@ -160,47 +159,19 @@ QKStatus TARNHodgesLehmannTwoIndep::Estimate() {
         found.lower = arithmetic.Either(found.lower, differences.At(whole.lower));
         found.upper = arithmetic.Either(found.upper, differences.At(whole.upper));
     }
-    return TakeTextbook(whole, differences, std::move(weighty));
+    TakeTextbook(whole, differences);
 }
 
-/// The last run is never closed, so a tie among the largest values takes nothing off the standard error, and a value
-/// without weight can be one of the two in the middle, or an end. That is intended: documents depend on it. By the
-/// textbook the last run counts like any other, and a value without weight does not.
-QKStatus TARNHodgesLehmannTwoIndep::TakeTextbook(const Positions& whole, const PairwiseDifferences& differences,
-                                                 Lists weighty) {
+/// The last run is never closed, so a tie among the largest values takes nothing off the standard error. That is
+/// intended: documents depend on it. By the textbook it counts like any other.
+void TARNHodgesLehmannTwoIndep::TakeTextbook(const Positions& whole, const PairwiseDifferences& differences) {
     Arithmetic wide;
     wide.Extend(true);
     wideTies.AddHigherRun(runWeight);
     const Positions positions = PositionsOf(wideTies, wide);
-    const bool isSameList = weighty[TwoGroups::kFirst].empty() && weighty[TwoGroups::kSecond].empty();
-    if (isSameList && positions == whole) return QKStatus();
-    Interval textbook = found;
-    if (isSameList) {
-        textbook.lower = differences.At(positions.lower);
-        textbook.upper = differences.At(positions.upper);
-    } else {
-        if (weighty[TwoGroups::kFirst].empty() || weighty[TwoGroups::kSecond].empty()) {
-            static_cast<void>(arithmetic.TakesTextbook());
-            return QKStatus(StatusCode::kNoRecords);
-        }
-        PairwiseDifferences those(std::move(weighty[TwoGroups::kFirst]), std::move(weighty[TwoGroups::kSecond]));
-        those.SetWork(work);
-        textbook = {those.Median(), those.At(positions.lower), those.At(positions.upper)};
-    }
+    if (positions == whole) return;
+    const Interval textbook{found.estimate, differences.At(positions.lower), differences.At(positions.upper)};
     if (arithmetic.TakesTextbook(textbook != found)) found = textbook;
-    return QKStatus();
-}
-
-bool TARNHodgesLehmannTwoIndep::HasWeightless() const {
-    return std::any_of(lists.begin(), lists.end(), [](const auto& list) {
-        return std::any_of(list.begin(), list.end(), [](const auto& entry) { return entry.weight == 0; });
-    });
-}
-
-TARNHodgesLehmannTwoIndep::Lists TARNHodgesLehmannTwoIndep::WeightyLists() const {
-    Lists weighty = lists;
-    for (auto& list : weighty) std::erase_if(list, [](const auto& entry) { return entry.weight == 0; });
-    return weighty;
 }
 
 /// Where the ends of the interval stand, by the sum over the ties and in the widths of some arithmetic.

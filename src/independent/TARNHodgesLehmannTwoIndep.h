@@ -42,13 +42,10 @@ class TARNHodgesLehmannTwoIndep : public ColumnTest {
         double upper = 0;
         bool operator==(const Interval&) const = default;
     };
-    using Lists = std::array<std::vector<WeightedDifference>, 2>;
 
     void ExtendTieRun(double value, std::int32_t weight);
-    QKStatus Estimate();
-    QKStatus TakeTextbook(const Positions& whole, const PairwiseDifferences& differences, Lists weighty);
-    bool HasWeightless() const;
-    Lists WeightyLists() const;
+    void Estimate();
+    void TakeTextbook(const Positions& whole, const PairwiseDifferences& differences);
     Positions PositionsOf(const TieCorrection& correction, const Arithmetic& by) const;
 
     UnivariateResults* univariateResults = nullptr;
@@ -64,7 +61,7 @@ class TARNHodgesLehmannTwoIndep : public ColumnTest {
     TieCorrection ties;
     TieCorrection wideTies;
     /// One entry per record, for each group.
-    Lists lists;
+    std::array<std::vector<WeightedDifference>, 2> lists;
     /// Weighted sizes of the groups; -1 until the first record.
     std::array<std::int64_t, 2> groupCounts{};
     Interval found;

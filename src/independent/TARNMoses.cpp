@@ -204,6 +204,7 @@ QKStatus TARNMoses::EndPass() {
     return status;
 }
 
+/// As defined a control case without weight has a rank, too, which can end a span; documents depend on it.
 void TARNMoses::EndRanking() {
     for (std::int64_t& count : groupCounts) count = arithmetic.Count(count);
     const auto [m, n] = groupCounts;
@@ -217,23 +218,13 @@ void TARNMoses::EndRanking() {
         return;
     }
     rank.CloseTieRun();
-    GroupRankStats& control = rank.GroupRanks(static_cast<std::int32_t>(TwoGroups::kFirst));
+    const GroupRankStats& control = rank.GroupRanks(static_cast<std::int32_t>(TwoGroups::kFirst));
     ChooseNumberOfOutliers();
     observedSpan = Span(control.minRank, control.maxRank, arithmetic);
     trimmedSpan = TrimmedSpan(control.ranks, numberOfOutliers, arithmetic);
-    if (arithmetic.WantsTextbook()) LeaveOutWeightless(control.ranks);
     observedSig = MosesSignificance(observedSpan, m, n, 0, arithmetic);
     trimmedSig = MosesSignificance(trimmedSpan, m, n, numberOfOutliers, arithmetic);
     rank.Reset();  // it holds every rank, and tests live as long as the document
-}
-
-/// A control case without weight has a rank as defined, which can end a span. By the textbook it has none.
-void TARNMoses::LeaveOutWeightless(RankList& ranks) {
-    if (std::erase_if(ranks, [](const auto& entry) { return entry.second == 0; }) == 0 || ranks.empty()) return;
-    const std::int64_t observed = Span(ranks.front().first, ranks.back().first, arithmetic);
-    const std::int64_t trimmed = TrimmedSpan(ranks, numberOfOutliers, arithmetic);
-    if (arithmetic.TakesTextbook(observed != observedSpan)) observedSpan = observed;
-    if (arithmetic.TakesTextbook(trimmed != trimmedSpan)) trimmedSpan = trimmed;
 }
 
 void TARNMoses::ChooseNumberOfOutliers() {

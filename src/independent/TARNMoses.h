@@ -3,7 +3,6 @@
 #include <array>
 #include <cstdint>
 #include <memory>
-#include <utility>
 #include <vector>
 
 #include "contract/ColumnPass.h"
@@ -35,10 +34,7 @@ class TARNMoses : public ColumnTest {
     void BeginRanking();
     void ReadSettings();
     void ValidateGroups();
-    using RankList = std::vector<std::pair<double, double>>;
-
     void EndRanking();
-    void LeaveOutWeightless(RankList& ranks);
     void ChooseNumberOfOutliers();
 
     int weightIndex = -1;

@@ -20,7 +20,6 @@
 #include "onesample/GivenCategories.h"
 #include "platform/common/QKDistFun.h"
 #include "platform/common/QKVarList.h"
-#include "support/CaseWeight.h"
 #include "support/QKUnivariateVariable.h"
 #include "support/QKVecValue.h"
 #include "support/Significance.h"
@@ -185,8 +184,8 @@ QKStatus TARNRuns::BeginPass() {
     settings->GetSettingValByName(kInvalidCategories, invalidCategories);
     if (status.IsError()) return status;
     settings->GetSettingValByName(SettingKey::kWeightVariableIndex, weightVariableIndex);
-    lastClass = lastWeightyClass = Class::kNone;
-    runs = weightyRuns = upperCount = lowerCount = 0;
+    lastClass = Class::kNone;
+    runs = upperCount = lowerCount = 0;
     passesRemaining = 1;
     return status;
 }
@@ -258,7 +257,8 @@ struct ClassWeights {
 
 }  // namespace
 
-/// Without a branch: at random, where a run ends can't be foreseen.
+/// Without a branch: at random, where a run ends can't be foreseen. As defined a record of weight 0 makes a run like
+/// any other; documents depend on it.
 void TARNRuns::AddClasses(const std::uint32_t* areLower, const std::int32_t* weights, std::size_t count) {
     const bool isWide = weightVariableIndex >= 0 && !arithmetic.StaysNarrow(std::numeric_limits<std::int64_t>::max());
     if (isWide) {
@@ -272,29 +272,8 @@ void TARNRuns::AddClasses(const std::uint32_t* areLower, const std::int32_t* wei
     }
     auto begun = static_cast<std::uint32_t>(static_cast<std::uint32_t>(lastClass) != areLower[0]);
     for (std::size_t i = 1; i < count; ++i) begun += areLower[i] ^ areLower[i - 1];
-    AddRuns(areLower, weights, count, begun);
-}
-
-/// A record that counts for nothing makes a run as defined, and none in the textbook's way. `begun`: the runs that
-/// begin among these records.
-void TARNRuns::AddRuns(const std::uint32_t* areLower, const std::int32_t* weights, std::size_t count,
-                       std::int64_t begun) {
     runs += begun;
-    const Class lastBefore = lastClass;
     lastClass = static_cast<Class>(areLower[count - 1]);
-    if (!arithmetic.WantsTextbook()) return;
-    const bool mayBeWeightless = weightVariableIndex >= 0 && HasWeightless(weights, count);
-    if (lastBefore == lastWeightyClass && !mayBeWeightless) {
-        weightyRuns += begun;
-        lastWeightyClass = lastClass;
-        return;
-    }
-    for (std::size_t i = 0; i < count; ++i) {
-        const auto own = static_cast<Class>(areLower[i]);
-        if (weights[i] == 0 || own == lastWeightyClass) continue;
-        ++weightyRuns;
-        lastWeightyClass = own;
-    }
 }
 
 /// Without a cut the first value makes the first class, unless there is a list, and the first other value the second
@@ -328,7 +307,7 @@ QKStatus TARNRuns::EndPass() {
         AddStatusMessage(QKStatus(kEmptyClass), MessageKind::kError);
         return status;
     }
-    observedRuns = arithmetic.Count(arithmetic.TakesTextbook(weightyRuns != runs) ? weightyRuns : runs);
+    observedRuns = arithmetic.Count(runs);
     const auto n0 = static_cast<double>(upperCount);
     const auto n1 = static_cast<double>(lowerCount);
     const double n = n0 + n1;

@@ -35,7 +35,6 @@ class TARNRuns : public ColumnTest {
     void PrepareContinuous();
     void LearnClasses(const double* values, std::size_t count);
     void AddClasses(const std::uint32_t* areLower, const std::int32_t* weights, std::size_t count);
-    void AddRuns(const std::uint32_t* areLower, const std::int32_t* weights, std::size_t count, std::int64_t begun);
     double RunsAboveMean() const;
     void AddCondition(ResultElement& element) const;
 
@@ -47,9 +46,7 @@ class TARNRuns : public ColumnTest {
     std::vector<std::string> invalidCategories;
     MeasureKind measureKind = MeasureKind::kCategorical;
     Class lastClass = Class::kNone;
-    Class lastWeightyClass = Class::kNone;
     std::int64_t runs = 0;
-    std::int64_t weightyRuns = 0;  // of the records that have a weight
     std::int64_t observedRuns = 0;
     double expectedStdDev = QKMV::Missing();
     double expectedRuns = QKMV::Missing();

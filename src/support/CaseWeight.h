@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -26,9 +25,4 @@ inline std::int64_t SumOfMagnitudes(const std::int32_t* weights, std::size_t cou
     std::int64_t sum = 0;
     for (std::size_t i = 0; i < count; ++i) sum += std::abs(std::int64_t{weights[i]});
     return sum;
-}
-
-/// Whether any of them is 0, so that its record counts for nothing.
-inline bool HasWeightless(const std::int32_t* weights, std::size_t count) {
-    return std::find(weights, weights + count, 0) != weights + count;
 }

@@ -27,7 +27,6 @@ void Histogram::SetUp(double lowest, double highest, std::size_t wishedBins) {
     binCount = wishedBins;
     zeroCount = 0;
     weightSeen = 0;
-    weightlessBins.clear();
     edges.clear();
 
     const double width = (highest - lowest) / static_cast<double>(wishedBins);
@@ -65,23 +64,14 @@ void Histogram::Add(double value, std::int32_t weight) {
     const std::size_t index = FindBin(value);
     if (index >= binCount) return;
     HistogramBin& bin = bins[index];
-    if (weight == 0 && arithmetic->WantsTextbook()) {
-        if (bin.count == 0) weightlessBins.push_back(index);
-        return;
-    }
     bin.count = arithmetic->Count(bin.count + weight);
     bin.mean += (value - bin.mean) * weight / static_cast<double>(bin.count);
-}
-
-/// Whether values are added one after another, for a weight of 0 that is to be passed over.
-bool Histogram::TakesOneByOne(const std::int32_t* weights, std::size_t count) const {
-    return weights != nullptr && arithmetic->WantsTextbook() && HasWeightless(weights, count);
 }
 
 /// A value depends on the interval's mean before it alone, so values of different intervals are worked on at once.
 /// Which interval each one falls into is found beforehand, and without a branch that can't be foretold.
 void Histogram::AddColumn(const double* values, const std::int32_t* weights, std::size_t count) {
-    if (!isGuessClose || TakesOneByOne(weights, count)) {
+    if (!isGuessClose) {
         for (std::size_t i = 0; i < count; ++i) Add(values[i], weights == nullptr ? 1 : weights[i]);
         return;
     }
@@ -242,10 +232,6 @@ void Histogram::AddAscending(const double* values, const std::int32_t* weights, 
     constexpr std::size_t kFewInAnInterval = 8;
     if (isGuessClose && count < kFewInAnInterval * binCount) return AddColumn(values, weights, count);
     const double* const end = values + count;
-    if (TakesOneByOne(weights, count)) {
-        for (std::size_t i = 0; i < count; ++i) Add(values[i], weights[i]);
-        return;
-    }
     weightSeen += SumOfMagnitudes(weights, count);
     const double* const zeros = std::partition_point(values, end, [](double value) { return value < 0; });
     const double* const positive = std::partition_point(zeros, end, [](double value) { return value <= 0; });
@@ -284,10 +270,6 @@ void Histogram::AddAscendingOfOneSign(const double* begin, const double* end, co
 }
 
 void Histogram::Close() {
-    const auto isShown = [this](std::size_t bin) { return bins[bin].count > 0; };
-    if (std::any_of(weightlessBins.begin(), weightlessBins.end(), isShown)) {
-        static_cast<void>(arithmetic->TakesTextbook());
-    }
     if (zeroCount > 0) bins.push_back({zeroCount, 0.0});
 }
 

@@ -29,7 +29,7 @@ class Histogram {
     void SetUp(double low, double high, std::size_t wishedBins);
 
     /// Takes a value with its weight; an exact zero goes to a counter of its own. A weight of 0 is not guarded: in
-    /// an interval that is still empty it makes the mean a NaN. The textbook's way passes over it.
+    /// an interval that is still empty it makes the mean a NaN. Documents depend on it.
     void Add(double value, std::int32_t weight);
     /// The same for many values in any order. `weights`: null: each is 1.
     void AddColumn(const double* values, const std::int32_t* weights, std::size_t count);
@@ -50,7 +50,6 @@ class Histogram {
  private:
     std::size_t SearchBin(double value) const;
     void FindSlots(const double* values, std::size_t count, std::int32_t* slots) const;
-    bool TakesOneByOne(const std::int32_t* weights, std::size_t count) const;
     template <typename Counter>
     void AddToBins(const double* values, const std::int32_t* weights, std::size_t count);
     void AddAscendingOfOneSign(const double* begin, const double* end, const std::int32_t* weights);
@@ -60,8 +59,7 @@ class Histogram {
     std::vector<double> edges;
     std::size_t binCount = 0;
     std::int64_t zeroCount = 0;
-    std::int64_t weightSeen = 0;              // whatever the signs
-    std::vector<std::size_t> weightlessBins;  // in which a weight of 0 came first, where that is passed over
+    std::int64_t weightSeen = 0;  // whatever the signs
 
     double low = 0;
     std::size_t zeroEdges = 0;  // that were added: 1 where zero became an edge of its own

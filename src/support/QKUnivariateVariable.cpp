@@ -103,7 +103,7 @@ void QKContUnivariateVariable::AddColumns(std::span<const Column> columns, const
                     present += QKMV::IsMissing(values[i]) ? 0 : 1;
                 }
                 variable->AddPresent(presentValues.data(), presentWeights.data(), present);
-            } else if (variable->WantsMoments() && !variable->PassesOverSome(blockWeights, size)) {
+            } else if (variable->WantsMoments()) {
                 together.push_back(&variable->moments);
                 valuesTogether.push_back(values);
                 variable->AddRangeAndCount(values, blockWeights, size);
@@ -122,38 +122,10 @@ void QKContUnivariateVariable::AddPresent(const double* values, const std::int32
         return;
     }
     if (WantsMoments()) {
-        if (PassesOverSome(weights, size)) {
-            AddWeighty(values, weights, size);
-        } else {
-            Moments* const own = &moments;
-            Moments::Add({&own, 1}, &values, weights, size);
-        }
+        Moments* const own = &moments;
+        Moments::Add({&own, 1}, &values, weights, size);
     }
     AddRangeAndCount(values, weights, size);
-}
-
-/// Whether the moments are to pass over any of these weights. As defined a weight of 0 isn't guarded: it divides by 0,
-/// so that the deviation is no number, nor is the mean where it comes first.
-bool QKContUnivariateVariable::PassesOverSome(const std::int32_t* weights, std::size_t size) const {
-    return weights != nullptr && arithmetic->WantsTextbook() && HasWeightless(weights, size);
-}
-
-/// Takes the values that have a weight into the moments.
-void QKContUnivariateVariable::AddWeighty(const double* values, const std::int32_t* weights, std::size_t size) {
-    std::vector<double> weightyValues;
-    std::vector<std::int32_t> weightyWeights;
-    for (std::size_t i = 0; i < size; ++i) {
-        if (weights[i] == 0) {
-            hasWeightless = true;
-            isWeightlessFirst = isWeightlessFirst || (moments.weight == 0 && weightyValues.empty());
-        } else {
-            weightyValues.push_back(values[i]);
-            weightyWeights.push_back(weights[i]);
-        }
-    }
-    Moments* const own = &moments;
-    const double* const taken = weightyValues.data();
-    Moments::Add({&own, 1}, &taken, weightyWeights.data(), weightyValues.size());
 }
 
 /// Most blocks have nothing outside the range that is known by then. A value that is no number is taken as the first
@@ -276,8 +248,6 @@ QKStatus QKContUnivariateVariable::EndPass() {
     if (Wants(Statistic::kMeanAndStdDev) && total > 1) {
         stdDev = std::sqrt(moments.m2 / static_cast<double>(total - 1));
     }
-    const bool showsWeightless = isWeightlessFirst || (hasWeightless && total > 1);
-    if (showsWeightless) static_cast<void>(arithmetic->TakesTextbook());
     QKStatus status;
     if (Wants(Statistic::kQuantiles) && sortedData != nullptr) status = ComputeQuantiles();
     if (Wants(Statistic::kHistogram)) {

@@ -110,7 +110,7 @@ class QKContUnivariateVariable : public QKUnivariateVariable {
     bool WantsQuantiles() const { return Wants(Statistic::kQuantiles) && sortedData != nullptr; }
     double GetMean() const { return moments.mean; }
     /// What came of the mean, and of the quantiles.
-    Departure MeanDeparture() const { return {IsWider(), isWeightlessFirst}; }
+    Departure MeanDeparture() const { return {IsWider(), false}; }
     Departure MedianDeparture() const { return {IsWider(), areQuantilesRefused && !QKMV::IsMissing(median.result)}; }
     double GetStdDev() const { return stdDev; }
     double GetMin() const { return min; }
@@ -143,7 +143,8 @@ class QKContUnivariateVariable : public QKUnivariateVariable {
  private:
     enum class Phase { kMoments, kHistogram };
 
-    /// The mean with the sum of the squares about it.
+    /// The mean with the sum of the squares about it. A weight of 0 isn't guarded: it divides by 0, so that the
+    /// deviation is no number, nor is the mean where it comes first. Documents depend on it.
     struct Moments {
         const Arithmetic* arithmetic;
         double mean = 0;
@@ -177,8 +178,6 @@ class QKContUnivariateVariable : public QKUnivariateVariable {
 
     bool IsWider() const { return GetCount() != Wrap32(count); }
     bool WantsMoments() const { return phase == Phase::kMoments && Wants(Statistic::kMeanAndStdDev); }
-    bool PassesOverSome(const std::int32_t* weights, std::size_t size) const;
-    void AddWeighty(const double* values, const std::int32_t* weights, std::size_t count);
     void AddPresent(const double* values, const std::int32_t* weights, std::size_t count);
     void AddRangeAndCount(const double* values, const std::int32_t* weights, std::size_t count);
     void ExtendRange(double value);
@@ -190,8 +189,6 @@ class QKContUnivariateVariable : public QKUnivariateVariable {
     Phase phase = Phase::kMoments;
 
     Moments moments;
-    bool hasWeightless = false;      // among the values, where they are passed over in the moments
-    bool isWeightlessFirst = false;  // of those with and without a weight
     bool areQuantilesDefined = false;
     bool areQuantilesRefused = false;
     double stdDev = 0;

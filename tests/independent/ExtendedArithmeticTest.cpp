@@ -333,6 +333,21 @@ TEST(ExtendedWaldWolfowitz, ValueWithoutWeightIsNoRun) {
     EXPECT_EQ(Statistics(ways.extended).Sub("MinimumPossible").Row("TestStatistic"), "2");
 }
 
+// The same with a value whose records cancel, which are there in both ways; beside others of its value it changes
+// nothing. By hand.
+TEST(ExtendedWaldWolfowitz, ValueWhoseWeightsCancelIsNoRun) {
+    const Ways ways = RunBoth("IWaldWolfowitzRuns", groups::Entry(), groups::WeightedFields(),
+                              {{1, 0, 1}, {2, 0, 2}, {2, 0, -2}, {3, 0, 1}, {4, 1, 1}});
+    EXPECT_EQ(ways.Said(), "textbook");
+    EXPECT_EQ(Statistics(ways.defined).Sub("MaximumPossible").Row("TestStatistic"), "4");
+    EXPECT_EQ(Statistics(ways.extended).Sub("MaximumPossible").Row("TestStatistic"), "2");
+    EXPECT_EQ(Statistics(ways.extended).Sub("MinimumPossible").Row("TestStatistic"), "2");
+    const Ways beside = RunBoth("IWaldWolfowitzRuns", groups::Entry(), groups::WeightedFields(),
+                                {{1, 0, 1}, {1, 0, 2}, {1, 0, -2}, {3, 0, 1}, {4, 1, 1}});
+    EXPECT_EQ(beside.Said(), "");
+    EXPECT_EQ(Statistics(beside.extended).Sub("MaximumPossible").Row("TestStatistic"), "2");
+}
+
 // ---- Hodges-Lehmann ----
 
 Rows Quadratic(double weight) {

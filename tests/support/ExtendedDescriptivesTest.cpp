@@ -137,23 +137,6 @@ TEST(ExtendedHistogram, ZerosBeyond32BitsAreWhole) {
     }
 }
 
-TEST(ExtendedHistogram, WeightOf0MakesNoMeanInTheTextbooksForm) {
-    for (const Order order : {Order::kAny, Order::kAscending}) {
-        const std::vector<double> values{0.5, 1.999, 2};
-        const Extended extended;
-        const HistogramBin last = Last(Filled(extended.arithmetic, order, values, {1, 0, 2}), 1);
-        EXPECT_EQ(last.count, 2);
-        EXPECT_EQ(last.mean, 2);
-        EXPECT_TRUE(extended.arithmetic.TookTextbook());
-        const Extended behind;
-        EXPECT_EQ(Last(Filled(behind.arithmetic, order, values, {1, 2, 0}), 1).mean, 1.999);
-        EXPECT_TRUE(behind.IsSilent()) << "behind another one it changes nothing";
-        const Extended empty;
-        static_cast<void>(Filled(empty.arithmetic, order, {0.5, 2}, {1, 0}));
-        EXPECT_TRUE(empty.IsSilent()) << "an empty interval isn't shown";
-    }
-}
-
 // ---- Moments ----
 
 QKContUnivariateVariable Described(const Arithmetic& arithmetic, const std::vector<double>& values,
@@ -213,21 +196,6 @@ TEST(ExtendedDescriptives, FieldsSideBySideCountForThemselves) {
     EXPECT_NEAR(few.GetMean(), 2.5, 1e-12);
     EXPECT_TRUE(extended.arithmetic.WasWider());
     EXPECT_TRUE(other.IsSilent());
-}
-
-// By hand: of 1, 3 and 3 the mean is 7 / 3 and the deviation sqrt(4 / 3).
-TEST(ExtendedDescriptives, WeightOf0LeavesTheMomentsInTheTextbooksForm) {
-    const Extended first;
-    const QKContUnivariateVariable before = Described(first.arithmetic, {50, 1, 3}, {0, 1, 2});
-    const Extended last;
-    const QKContUnivariateVariable behind = Described(last.arithmetic, {1, 3, 50}, {1, 2, 0});
-    for (const QKContUnivariateVariable* const variable : {&before, &behind}) {
-        EXPECT_NEAR(variable->GetMean(), 7.0 / 3, 1e-15);
-        EXPECT_NEAR(variable->GetStdDev(), std::sqrt(4.0 / 3), 1e-15);
-        EXPECT_TRUE(variable->GetDeparture().isTextbook);
-    }
-    EXPECT_TRUE(before.MeanDeparture().isTextbook);
-    EXPECT_FALSE(behind.MeanDeparture().isTextbook) << "as defined the mean is the same";
 }
 
 // ---- Frequencies, and what is read of a run ----
