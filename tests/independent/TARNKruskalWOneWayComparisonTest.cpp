@@ -146,6 +146,22 @@ TEST(KruskalWallis, SubsetsUnderTies) {
     EXPECT_EQ(MessagesIn(test), Texts({"222111 helpMessage", "220013 warning 3;3"}));
 }
 
+// A negative weight keeps the subsets from being ranked in one walk; each is ranked by itself then. The numbers are those
+// of the samples without what is counted too often and taken back.
+TEST(KruskalWallis, SubsetsOfWhatIsTakenBackAreThoseOfTheRest) {
+    Rows rows = RowsOf(kTied);
+    for (auto& row : rows) row.push_back(1);
+    rows.push_back({3.4, 0, 2});
+    rows.push_back({3.4, 0, -2});
+    harness::Fields fields = Categories(kTied.size());
+    fields.Weight("w");
+    const Table test = groups::ResultOf(kTest, Comparing("stepWise"), fields, rows);
+    ASSERT_EQ(Subsets(test).size(), 2U);
+    ExpectRow(Subsets(test)[0], "0", "2",
+              {4.5942539109506626, kEmpty, kEmpty, 0.10054730602891247, 0.10054730602891247});
+    EXPECT_EQ(Subsets(test)[1], "3;3;__MISSING__;;;__MISSING__;__MISSING__;");
+}
+
 // What is found is shown in the order in which it was found, and never cut short behind a subset.
 TEST(KruskalWallis, SubsetsStandInTheOrderInWhichTheyAreFound) {
     const Table test =
