@@ -125,8 +125,7 @@ void RunSize::Check(const std::string& source, std::size_t limit) const {
     add(pairs_, "pairs of samples");
     add(ranges_, "ranges of samples");
     add(square_, "cells of square tables");
-    throw InputError(source + ": may take " + ShownBytes(bytes) + " of memory (" + needs + "); expected at most " +
-                     ShownBytes(static_cast<double>(limit)) + ", or more told by --memory");
+    FailForMemory(source, bytes, needs, limit);
 }
 
 void CheckSizeOfRequest(const Json& request, const std::string& source, const Table& table, std::size_t limit) {
@@ -152,6 +151,11 @@ void CheckSizeOfRequest(const Json& request, const std::string& source, const Ta
         size.AddSteps(size.CategoriesOf(groups.front()), independent * asked.steppedTests);
     }
     size.Check(source, limit);
+}
+
+void FailForMemory(const std::string& source, double bytes, const std::string& needs, std::size_t limit) {
+    throw InputError(source + ": may take " + ShownBytes(bytes) + " of memory (" + needs + "); expected at most " +
+                     ShownBytes(static_cast<double>(limit)) + ", or more told by --memory");
 }
 
 std::string ShownBytes(double bytes) {

@@ -47,6 +47,10 @@ class RunSize {
 /// Checks what a request asks of a table. Throws as `RunSize::Check` does.
 void CheckSizeOfRequest(const Json& request, const std::string& source, const Table& table, std::size_t limit);
 
+/// Throws the `InputError` for something that may take more bytes than `limit`: how many, what for (`needs`), and how
+/// the limit is raised.
+[[noreturn]] void FailForMemory(const std::string& source, double bytes, const std::string& needs, std::size_t limit);
+
 /// Bytes as a message shows them: "1.5 GiB".
 std::string ShownBytes(double bytes);
 
