@@ -19,6 +19,8 @@ class RunSize {
     RunSize(const Table& table, bool isBrief);
 
     void AddTests(std::size_t count) { tests_ += static_cast<double>(count); }
+    /// Related fields of a test.
+    void AddFields(std::size_t count) { fields_ += static_cast<double>(count); }
     /// Each of `times` tests compares each of the samples with each other one.
     void AddPairs(std::size_t samples, std::size_t times);
     /// Each of `times` tests looks through the ranges of so many samples, step by step.
@@ -36,8 +38,10 @@ class RunSize {
  private:
     const Table& table_;
     double bytesOfTest_;
+    double bytesOfField_;
     double bytesOfTable_;
     double tests_ = 0;
+    double fields_ = 0;
     double pairs_ = 0;
     double ranges_ = 0;
     std::size_t steppedSamples_ = 0;
