@@ -19,8 +19,8 @@ void AppendDoubledRanks(const std::vector<double>& row, std::vector<std::int64_t
     const std::vector<double>& tied = cells[0].values;
     for (const double cell : row) {
         const auto place = std::ranges::lower_bound(ascending, cell) - ascending.begin();
-        const auto equal = std::ranges::equal_range(tied, tied[static_cast<std::size_t>(place)]);
-        scores.push_back(2 * (equal.begin() - tied.begin()) + std::ssize(equal) + 1);
+        const auto [begin, end] = std::equal_range(tied.begin(), tied.end(), tied[static_cast<std::size_t>(place)]);
+        scores.push_back((begin - tied.begin()) + (end - tied.begin()) + 1);
     }
 }
 
