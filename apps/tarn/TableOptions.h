@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "apps/tarn/Interrupt.h"
+#include "host/MachineMemory.h"
 #include "host/engine/NamedFields.h"
 #include "host/table/FieldDescriptor.h"
 #include "host/table/Table.h"
@@ -12,9 +13,6 @@
 #include "host/table/TableReading.h"
 
 namespace tarn {
-
-/// Half of the memory that the machine, or the group of processes, gives; 0 if the system doesn't say.
-std::size_t HalfOfMachine();
 
 /// What the user typed about the table, the same for every command that reads one.
 struct TableOptions {

@@ -1,6 +1,7 @@
 #include "host/analysis/Analysis.h"
 
 #include <algorithm>
+#include <span>
 #include <utility>
 
 #include "host/analysis/AnalysisNotes.h"
@@ -122,6 +123,13 @@ CaseRule CaseRuleOf(const Table& table, const AnalysisOptions& options) {
         for (const std::string& field : *fields) rule.listwise.push_back(table.FindColumn(field));
     }
     if (!options.group.empty()) rule.listwise.push_back(table.FindColumn(options.group));
+    rule.isLeftOut.assign(table.RowCount(), 0);
+    for (const int index : rule.listwise) {
+        const auto column = static_cast<std::size_t>(index);
+        const double missing = table.Columns()[column].IsCategorical() ? kMissingCategory : kMissingNumber;
+        const std::span<const double> cells = table.Cells(column);
+        for (std::size_t row = 0; row < cells.size(); ++row) rule.isLeftOut[row] |= cells[row] == missing ? 1 : 0;
+    }
     return rule;
 }
 

@@ -43,6 +43,13 @@ std::vector<HashedColumn> ColumnsUsed(const ResultReading& result, const RecordS
 class LeftOut {
  public:
     LeftOut(const RecordSource& source, const DataHash& data) : source_(source), data_(data) {
+        for (const int column : source.rule.listwise) {
+            if (!HasGaps(column)) continue;
+            missesListwise_.resize(source.table.RowCount());
+            for (std::size_t row = 0; row < missesListwise_.size(); ++row) {
+                if (IsMissing(column, row)) missesListwise_[row] = true;
+            }
+        }
         if (source.table.WeightIndex() == Table::kNoColumn) return;
         for (const double weight : source.table.Cells(static_cast<std::size_t>(source.table.WeightIndex()))) {
             hasWeight_.push_back(Counts(weight, source.weights));
@@ -52,13 +59,17 @@ class LeftOut {
     RecordedTest Of(const TestReading& test) const {
         RecordedTest recorded{test.name, test.fields, test.group};
         std::set<int> columns = ColumnsOf(test, source_.table);
-        columns.insert(source_.rule.listwise.begin(), source_.rule.listwise.end());
         std::erase_if(columns, [&](int column) { return !HasGaps(column); });
+        const auto misses = [&](std::size_t row) {
+            return (!missesListwise_.empty() && missesListwise_[row]) ||
+                   std::ranges::any_of(columns, [&](int column) { return IsMissing(column, row); });
+        };
         const std::size_t records = source_.table.RowCount();
-        for (std::size_t row = 0; row < records && !(columns.empty() && hasWeight_.empty()); ++row) {
+        const bool areAllThere = columns.empty() && missesListwise_.empty() && hasWeight_.empty();
+        for (std::size_t row = 0; row < records && !areAllThere; ++row) {
             if (!hasWeight_.empty() && !hasWeight_[row]) {
                 ++recorded.withoutWeight;
-            } else if (std::ranges::any_of(columns, [&](int column) { return IsMissing(column, row); })) {
+            } else if (misses(row)) {
                 ++recorded.missing;
             }
         }
@@ -71,8 +82,8 @@ class LeftOut {
     bool HasGaps(int column) const {
         if (column == Table::kNoColumn) return false;
         const std::string& name = source_.table.Columns()[static_cast<std::size_t>(column)].name;
-        const auto field = std::ranges::find(data_.fields, name, &HashedField::name);
-        return field == data_.fields.end() || field->missing > 0;
+        const auto field = std::ranges::lower_bound(data_.fields, name, {}, &HashedField::name);
+        return field == data_.fields.end() || field->name != name || field->missing > 0;
     }
     bool IsMissing(int index, std::size_t row) const {
         const auto column = static_cast<std::size_t>(index);
@@ -82,7 +93,8 @@ class LeftOut {
 
     const RecordSource& source_;
     const DataHash& data_;
-    std::vector<bool> hasWeight_;  // of each record; empty without a field of weights
+    std::vector<bool> hasWeight_;       // of each record; empty without a field of weights
+    std::vector<bool> missesListwise_;  // of each record, any field of a listwise analysis; empty where none is missed
 };
 
 }  // namespace

@@ -10,11 +10,14 @@
 #include <optional>
 #include <set>
 #include <string_view>
+#include <unordered_map>
+#include <unordered_set>
 #include <utility>
 
 #include "host/InputError.h"
 #include "host/NumberText.h"
 #include "host/TextList.h"
+#include "host/beyond/NamePlaces.h"
 #include "host/engine/InputNotes.h"
 #include "host/table/CellValue.h"
 #include "host/table/LocalNumber.h"
@@ -352,26 +355,34 @@ bool IsMeasure(const Seen& seen) {
     return seen.IsNumber() && !seen.isIdentifier && seen.different > 2 && !IsNamedLikeIdentifier(seen.column->name);
 }
 
-/// Whether both names are the same but for a pair of words: "hours_before", "hours_after".
-bool ArePair(const std::string& first, const std::string& second) {
-    const std::string a = Lowered(first);
-    const std::string b = Lowered(second);
+/// What the second field of a pair may be called, in small letters: the same but for one word, "hours_after" of
+/// "hours_before".
+std::vector<std::string> NamesOfSecond(const std::string& first) {
+    std::vector<std::string> names;
+    const std::string lowered = Lowered(first);
     for (const auto& [former, latter] : kPairs) {
-        const std::size_t place = a.rfind(former);
+        const std::size_t place = lowered.rfind(former);
         if (place == std::string::npos) continue;
-        std::string changed = a;
-        changed.replace(place, former.size(), latter);
-        if (changed == b) return true;
+        names.push_back(lowered);
+        names.back().replace(place, former.size(), latter);
     }
-    return false;
+    return names;
 }
 
+/// The first field that has a second one, with the first of these. Looked up by name, as there may be many fields.
 std::optional<std::pair<const Seen*, const Seen*>> FindPair(const std::vector<Seen>& fields) {
-    for (const Seen& first : fields) {
-        for (const Seen& second : fields) {
-            const bool areFit = &first != &second && IsMeasure(first) && IsMeasure(second);
-            if (areFit && ArePair(first.column->name, second.column->name)) return std::pair(&first, &second);
-        }
+    std::vector<const Seen*> measures;
+    std::vector<std::string> names;
+    for (const Seen& seen : fields) {
+        if (!IsMeasure(seen)) continue;
+        measures.push_back(&seen);
+        names.push_back(Lowered(seen.column->name));
+    }
+    const NamePlaces places(names);
+    for (const Seen* const first : measures) {
+        std::size_t second = measures.size();
+        for (const std::string& name : NamesOfSecond(first->column->name)) second = std::min(second, places.Of(name));
+        if (second < measures.size()) return std::pair(first, measures[second]);
     }
     return std::nullopt;
 }
@@ -438,27 +449,39 @@ constexpr std::pair<FieldType, const char*> kTypeNames[] = {
     {FieldType::kBoolean, "boolean"},  {FieldType::kDate, "date"},       {FieldType::kTime, "time"},
     {FieldType::kDateTime, "datetime"}};
 
-/// Whether a text stands for itself in a field of words.
-bool IsWordSomewhere(const Table& table, const std::string& text) {
-    return std::ranges::any_of(table.Columns(), [&](const Column& column) {
-        return column.IsText() && std::ranges::any_of(column.categories, [&](const Category& category) {
-                   return TrimBlanks(category.text) == text;
-               });
-    });
-}
-
 /// Whether the descriptor names a text as missing in that field alone.
 bool IsGiven(const FieldDescriptor* given, const std::string& text) {
     return given != nullptr &&
            std::ranges::find(given->missingValues, text, &DescribedValue::text) != given->missingValues.end();
 }
 
-const FieldDescriptor* GivenFor(const Column& column, const TableDescriptor& given) {
-    const auto found = std::ranges::find(given.fields, column.name, &FieldDescriptor::name);
-    return found == given.fields.end() ? nullptr : &*found;
-}
+/// What is asked for each field of a table, of which there may be many, and of each text that is missing in it. Borrows
+/// the table and what was given for it.
+class DescriptorFacts {
+ public:
+    DescriptorFacts(const Table& table, const TableDescriptor& given) {
+        for (const FieldDescriptor& field : given.fields) given_.emplace(field.name, &field);
+        for (const Column& column : table.Columns()) {
+            if (!column.IsText()) continue;
+            for (const Category& category : column.categories) words_.insert(TrimBlanks(category.text));
+        }
+    }
 
-Json FieldOf(const Table& table, const Column& column, const FieldDescriptor* given) {
+    /// What was given for a field; null for nothing.
+    const FieldDescriptor* GivenFor(const Column& column) const {
+        const auto found = given_.find(column.name);
+        return found == given_.end() ? nullptr : found->second;
+    }
+    /// Whether a text stands for itself in a field of words.
+    bool IsWord(std::string_view text) const { return words_.contains(text); }
+
+ private:
+    std::unordered_map<std::string_view, const FieldDescriptor*> given_;
+    std::unordered_set<std::string_view> words_;
+};
+
+Json FieldOf(const Column& column, const DescriptorFacts& facts) {
+    const FieldDescriptor* const given = facts.GivenFor(column);
     Json field;
     field["name"] = column.name;
     if (!column.title.empty()) field["title"] = column.title;
@@ -486,7 +509,7 @@ Json FieldOf(const Table& table, const Column& column, const FieldDescriptor* gi
         }
     }
     for (const MissingText& text : column.missingTexts) {
-        if (!IsGiven(given, text.text) && IsWordSomewhere(table, text.text)) missing.push_back(text.text);
+        if (!IsGiven(given, text.text) && facts.IsWord(text.text)) missing.push_back(text.text);
     }
     if (!missing.empty()) field["missingValues"] = missing;
     return field;
@@ -509,12 +532,12 @@ TableLook LookAt(const Table& table, const std::string& name) {
 }
 
 Json DescriptorOf(const Table& table, const TableDescriptor& given) {
+    const DescriptorFacts facts(table, given);
     std::vector<std::string> texts{"", "NA"};
     for (const Column& column : table.Columns()) {
         for (const MissingText& missing : column.missingTexts) {
             const bool isKnown = std::ranges::find(texts, missing.text) != texts.end();
-            const bool isOfField =
-                IsGiven(GivenFor(column, given), missing.text) || IsWordSomewhere(table, missing.text);
+            const bool isOfField = IsGiven(facts.GivenFor(column), missing.text) || facts.IsWord(missing.text);
             if (!isKnown && !isOfField) texts.push_back(missing.text);
         }
     }
@@ -524,7 +547,7 @@ Json DescriptorOf(const Table& table, const TableDescriptor& given) {
     if (given.weightField) descriptor["weightField"] = *given.weightField;
     descriptor["fields"] = Json::array();
     for (const Column& column : table.Columns()) {
-        descriptor["fields"].push_back(FieldOf(table, column, GivenFor(column, given)));
+        descriptor["fields"].push_back(FieldOf(column, facts));
     }
     return descriptor;
 }

@@ -1,5 +1,6 @@
 #include "host/beyond/BlockRows.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
@@ -9,16 +10,17 @@ namespace tarn {
 namespace {
 
 /// Twice the ranks of a row, tied as the tests tie them.
-void AppendDoubledRanks(std::vector<double> row, std::vector<std::int64_t>& scores) {
-    std::vector<AscendingSample> cells(row.size());
-    for (std::size_t i = 0; i < row.size(); ++i) cells[i].values = {row[i]};
+void AppendDoubledRanks(const std::vector<double>& row, std::vector<std::int64_t>& scores) {
+    std::vector<double> ascending = row;
+    std::ranges::sort(ascending);
+    std::vector<AscendingSample> cells(1);
+    cells[0].values = ascending;
     TieTogether(cells);
-    for (const AscendingSample& cell : cells) {
-        std::int64_t doubled = 1;
-        for (const AscendingSample& other : cells) {
-            doubled += other.values[0] < cell.values[0] ? 2 : other.values[0] == cell.values[0] ? 1 : 0;
-        }
-        scores.push_back(doubled);
+    const std::vector<double>& tied = cells[0].values;
+    for (const double cell : row) {
+        const auto place = std::ranges::lower_bound(ascending, cell) - ascending.begin();
+        const auto [begin, end] = std::equal_range(tied.begin(), tied.end(), tied[static_cast<std::size_t>(place)]);
+        scores.push_back((begin - tied.begin()) + (end - tied.begin()) + 1);
     }
 }
 

@@ -171,12 +171,13 @@ void PlotTwoDistributions(PlotView& plot) {
     panel.valueTitle = plot.ValueTitle();
     panel.shareTitle = plot.Text("plotUpToShare");
     panel.colourCount = plot.ColourCount();
+    const std::vector<std::size_t> colours = plot.Colours();
     std::vector<std::vector<PlotMark>> steps;
     for (std::size_t i = 0; i < view.samples.size(); ++i) {
         steps.push_back(StepsOf(view.samples[i]));
         PlotCurve curve;
         curve.name = plot.Text("plotNamed", {view.names[i], plot.CountText(view.samples[i].size)});
-        curve.colour = plot.ColourOf(view.names[i]);
+        curve.colour = colours[i];
         curve.points = Thinned(steps.back());
         panel.curves.push_back(std::move(curve));
     }

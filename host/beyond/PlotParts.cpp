@@ -70,7 +70,8 @@ void AddPairDifferences(const PlotView& plot, IntervalsPanel& panel) {
 std::vector<std::size_t> DrawnOrder(const PlotView& plot) {
     std::vector<std::size_t> order(plot.view.names.size());
     std::iota(order.begin(), order.end(), std::size_t{0});
-    std::ranges::stable_sort(order, {}, [&](std::size_t i) { return plot.ColourOf(plot.view.names[i]); });
+    const std::vector<std::size_t> colours = plot.Colours();
+    std::ranges::stable_sort(order, {}, [&](std::size_t i) { return colours[i]; });
     return order;
 }
 
@@ -82,11 +83,12 @@ SamplesPanel SamplesOf(const PlotView& plot) {
     panel.sampleTitle = plot.GroupTitle();
     panel.colourCount = plot.ColourCount();
     const std::vector<PlotSample> shapes = ShapesOf(view.samples);
+    const std::vector<std::size_t> colours = plot.Colours();
     for (const std::size_t i : DrawnOrder(plot)) {
         PlotSample sample = shapes[i];
         sample.name = view.names[i];
         sample.caption = plot.CountText(view.samples[i].size);
-        sample.colour = plot.ColourOf(view.names[i]);
+        sample.colour = colours[i];
         if (const std::string* const letters = LettersOf(plot.reading.supplement, sample.name))
             sample.letters = *letters;
         panel.samples.push_back(std::move(sample));

@@ -6,6 +6,7 @@
 #include "host/NumberText.h"
 #include "host/TextList.h"
 #include "host/beyond/Dichotomies.h"
+#include "host/beyond/NamePlaces.h"
 #include "host/report/SupplementText.h"
 
 namespace tarn {
@@ -87,13 +88,17 @@ std::string PlotView::ShownValue(std::size_t field, double value) const {
     return found == column.categories.end() ? Digits(value) : ShownCategory(column, *found);
 }
 
-std::size_t PlotView::ColourOf(const std::string& name) const {
-    if (view.groupColumn == nullptr) {
-        return static_cast<std::size_t>(std::ranges::find(view.names, name) - view.names.begin());
+std::vector<std::size_t> PlotView::Colours() const {
+    std::vector<std::string> shown;
+    if (view.groupColumn != nullptr) {
+        for (const Category& category : view.groupColumn->categories) {
+            shown.push_back(ShownCategory(*view.groupColumn, category));
+        }
     }
-    const std::vector<Category>& categories = view.groupColumn->categories;
-    const auto isThis = [&](const Category& category) { return ShownCategory(*view.groupColumn, category) == name; };
-    return static_cast<std::size_t>(std::ranges::find_if(categories, isThis) - categories.begin());
+    const NamePlaces places(view.groupColumn == nullptr ? view.names : shown);
+    std::vector<std::size_t> colours;
+    for (const std::string& name : view.names) colours.push_back(places.Of(name));
+    return colours;
 }
 
 std::size_t PlotView::ColourCount() const {

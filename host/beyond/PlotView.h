@@ -32,9 +32,9 @@ class PlotView {
     std::string SuccessName() const;  ///< the categories that count as a success
     /// What a reader is shown for a value of a field as the cases have it.
     std::string ShownValue(std::size_t field, double value) const;
-    /// The place of a group among all categories of its field, of a field among those of the test; and how many there
-    /// are.
-    std::size_t ColourOf(const std::string& name) const;
+    /// For each sample the place of a group among all categories of its field, of a field among those of the test; and
+    /// how many there are.
+    std::vector<std::size_t> Colours() const;
     std::size_t ColourCount() const;
 
     const TestView& view;

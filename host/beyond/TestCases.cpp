@@ -56,13 +56,16 @@ class Weights {
  public:
     Weights(const Table& table, const CaseRule& rule) : isWeighted_(table.WeightIndex() != Table::kNoColumn) {
         if (isWeighted_) weights_ = table.Cells(static_cast<std::size_t>(table.WeightIndex()));
+        isLeftOut_ = rule.isLeftOut;
+        if (!isLeftOut_.empty()) return;
         for (const int column : rule.listwise) listwise_.emplace_back(table, column);
     }
 
     bool AreOne() const { return !isWeighted_; }
     /// Whether every record is a case, of weight 1.
-    bool TakeAll() const { return !isWeighted_ && listwise_.empty(); }
+    bool TakeAll() const { return !isWeighted_ && listwise_.empty() && isLeftOut_.empty(); }
     double At(std::size_t row) const {
+        if (!isLeftOut_.empty() && isLeftOut_[row] != 0) return 0;
         for (const Cells& cells : listwise_) {
             if (cells.IsMissing(row)) return 0;
         }
@@ -74,6 +77,7 @@ class Weights {
  private:
     bool isWeighted_;
     std::span<const double> weights_;
+    std::span<const char> isLeftOut_;
     std::vector<Cells> listwise_;
 };
 

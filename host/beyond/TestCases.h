@@ -15,6 +15,8 @@ namespace tarn {
 struct CaseRule {
     std::vector<int> listwise =
         {};  ///< columns that a record has to have all of; empty where only the test's own count
+    /// Of each record whether it misses any of them, worked out once for all of many tests; empty: each test asks.
+    std::vector<char> isLeftOut = {};
 };
 
 /// The cases of a test by groups, in the order of the group's categories; groups without a case are left out. Values

@@ -19,8 +19,10 @@ namespace {
 constexpr double kBytesOfPair = 750;     // of samples, in the tables and in the text of the document
 constexpr double kBytesOfRange = 200;    // of samples, two of which bound it
 constexpr double kBytesOfSquare = 80;    // a cell of the square table of a pair of ordered fields, as JSON
-constexpr double kBytesOfTest = 24'000;  // with histogram and descriptives
-constexpr double kBytesOfBriefTest = 8'000;
+constexpr double kBytesOfTest = 52'000;  // with histogram and descriptives, as a page, which takes most
+constexpr double kBytesOfBriefTest = 38'000;
+constexpr double kBytesOfField = 36'000;  // among the related ones of a test, likewise
+constexpr double kBytesOfBriefField = 20'000;
 
 /// The steps of a stepwise comparison grow with the cube of the number of samples: here they take some seconds.
 constexpr std::size_t kMostSteppedSamples = 1000;
@@ -82,6 +84,7 @@ FamilyRequest FamilyOf(const Json& request, TestFamily family) {
 RunSize::RunSize(const Table& table, bool isBrief)
     : table_(table),
       bytesOfTest_(isBrief ? kBytesOfBriefTest : kBytesOfTest),
+      bytesOfField_(isBrief ? kBytesOfBriefField : kBytesOfField),
       bytesOfTable_(static_cast<double>(sizeof(double)) * static_cast<double>(table.RowCount()) *
                     static_cast<double>(table.ColumnCount())) {}
 
@@ -114,19 +117,21 @@ void RunSize::Check(const std::string& source, std::size_t limit) const {
                          " samples step by step, which takes time with the cube of their number; expected at most " +
                          std::to_string(kMostSteppedSamples) + " samples, or all pairs of them");
     }
-    const double bytes = bytesOfTable_ + tests_ * bytesOfTest_ + pairs_ * kBytesOfPair + ranges_ * kBytesOfRange +
-                         square_ * kBytesOfSquare;
+    // However many tests are about a field, it is described once.
+    const double fields = std::min(fields_, static_cast<double>(table_.ColumnCount()));
+    const double bytes = bytesOfTable_ + tests_ * bytesOfTest_ + fields * bytesOfField_ + pairs_ * kBytesOfPair +
+                         ranges_ * kBytesOfRange + square_ * kBytesOfSquare;
     if (limit == 0 || bytes <= static_cast<double>(limit)) return;
     std::string needs;
     const auto add = [&needs](double count, const char* what) {
         if (count >= 1) needs += (needs.empty() ? "" : ", ") + ShownCount(count) + " " + what;
     };
     add(tests_, "results of tests");
+    add(fields, "related fields");
     add(pairs_, "pairs of samples");
     add(ranges_, "ranges of samples");
     add(square_, "cells of square tables");
-    throw InputError(source + ": may take " + ShownBytes(bytes) + " of memory (" + needs + "); expected at most " +
-                     ShownBytes(static_cast<double>(limit)) + ", or more told by --memory");
+    FailForMemory(source, bytes, needs, limit);
 }
 
 void CheckSizeOfRequest(const Json& request, const std::string& source, const Table& table, std::size_t limit) {
@@ -138,6 +143,7 @@ void CheckSizeOfRequest(const Json& request, const std::string& source, const Ta
     if (!related.empty()) {
         const FamilyRequest asked = FamilyOf(request, TestFamily::kRelated);
         size.AddTests(asked.testCount);
+        size.AddFields(related.size());
         size.AddPairs(related.size(), asked.comparedTests);
         size.AddSteps(related.size(), asked.steppedTests);
         if (asked.hasSquare) size.AddSquare(size.CategoriesOf(related.front()));
@@ -152,6 +158,11 @@ void CheckSizeOfRequest(const Json& request, const std::string& source, const Ta
         size.AddSteps(size.CategoriesOf(groups.front()), independent * asked.steppedTests);
     }
     size.Check(source, limit);
+}
+
+void FailForMemory(const std::string& source, double bytes, const std::string& needs, std::size_t limit) {
+    throw InputError(source + ": may take " + ShownBytes(bytes) + " of memory (" + needs + "); expected at most " +
+                     ShownBytes(static_cast<double>(limit)) + ", or more told by --memory");
 }
 
 std::string ShownBytes(double bytes) {

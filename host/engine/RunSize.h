@@ -19,6 +19,8 @@ class RunSize {
     RunSize(const Table& table, bool isBrief);
 
     void AddTests(std::size_t count) { tests_ += static_cast<double>(count); }
+    /// Related fields of a test.
+    void AddFields(std::size_t count) { fields_ += static_cast<double>(count); }
     /// Each of `times` tests compares each of the samples with each other one.
     void AddPairs(std::size_t samples, std::size_t times);
     /// Each of `times` tests looks through the ranges of so many samples, step by step.
@@ -36,8 +38,10 @@ class RunSize {
  private:
     const Table& table_;
     double bytesOfTest_;
+    double bytesOfField_;
     double bytesOfTable_;
     double tests_ = 0;
+    double fields_ = 0;
     double pairs_ = 0;
     double ranges_ = 0;
     std::size_t steppedSamples_ = 0;
@@ -46,6 +50,10 @@ class RunSize {
 
 /// Checks what a request asks of a table. Throws as `RunSize::Check` does.
 void CheckSizeOfRequest(const Json& request, const std::string& source, const Table& table, std::size_t limit);
+
+/// Throws the `InputError` for something that may take more bytes than `limit`: how many, what for (`needs`), and how
+/// the limit is raised.
+[[noreturn]] void FailForMemory(const std::string& source, double bytes, const std::string& needs, std::size_t limit);
 
 /// Bytes as a message shows them: "1.5 GiB".
 std::string ShownBytes(double bytes);

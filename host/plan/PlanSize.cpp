@@ -16,6 +16,7 @@ void AddPlannedTest(const std::string& name, const QKSettings& entry, RunSize& s
     size.AddTests(1);
     std::vector<std::string> fields;
     entry.GetSettingValByName(SettingKey::kVariableName, fields);
+    if (fields.size() > 1) size.AddFields(fields.size());
     if (name == Tests::kMarginalHomogeneity.Setting() && !fields.empty()) size.AddSquare(size.CategoriesOf(fields[0]));
     std::string comparison;
     if (!entry.GetSettingValByName(SettingKey::kTypeOfMultipleComparison, comparison)) return;

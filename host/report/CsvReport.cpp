@@ -6,6 +6,7 @@
 #include <span>
 #include <string_view>
 
+#include "host/InputError.h"
 #include "host/NumberText.h"
 
 namespace tarn {
@@ -218,6 +219,23 @@ void AppendSupplement(std::string& text, const Row& common, const Supplement& su
     }
 }
 
+/// Each row names all fields of its test, so that the text grows with the square of their number. Throws an
+/// `InputError` for more than anybody would read.
+void CheckSize(const ResultReading& result) {
+    constexpr std::size_t kMebibyte = std::size_t{1} << 20;
+    constexpr std::size_t kMostBytesOfNames = 512 * kMebibyte;
+    std::size_t bytes = 0;
+    for (const TestReading& reading : result.tests) {
+        std::size_t ofRow = 0;
+        for (const std::string& field : reading.fields) ofRow += field.size() + 1;
+        bytes += ofRow * (reading.samples.size() + reading.pairs.size());
+        if (bytes <= kMostBytesOfNames) continue;
+        throw InputError("CSV: each row of " + reading.name + " names its " + std::to_string(reading.fields.size()) +
+                         " fields, more than " + std::to_string(kMostBytesOfNames / kMebibyte) +
+                         " MiB in all; expected fewer fields, or another format");
+    }
+}
+
 }  // namespace
 
 std::string CsvCell(const std::string& cell) {
@@ -228,6 +246,7 @@ std::string CsvCell(const std::string& cell) {
 }
 
 std::string CsvReport(const ResultReading& result, const MessageCatalogue& texts) {
+    CheckSize(result);
     std::string text;
     for (const std::string_view column : kColumns) text += (text.empty() ? "" : ",") + std::string(column);
     text += '\n';

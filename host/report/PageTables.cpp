@@ -5,6 +5,7 @@
 #include <cmath>
 #include <map>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 
 #include "host/NumberText.h"
@@ -74,12 +75,30 @@ std::vector<PageCell> RankCells(const std::vector<Number>& numbers) {
     return WrittenCells(numbers, [&](const Number& number) { return FixedText(number.value, areFew ? 2 : 1); });
 }
 
-const Figure* FindFigure(const TestReading& reading, const std::string& sample, std::string_view key) {
-    const auto found = std::ranges::find(reading.samples, sample, &Sample::name);
-    if (found == reading.samples.end()) return nullptr;
-    const auto figure = std::ranges::find(found->figures, key, &Figure::key);
-    return figure == found->figures.end() ? nullptr : &*figure;
+/// Null for what there is none of, a null sample among it.
+const Figure* FindFigure(const Sample* sample, std::string_view key) {
+    if (sample == nullptr) return nullptr;
+    const auto figure = std::ranges::find(sample->figures, key, &Figure::key);
+    return figure == sample->figures.end() ? nullptr : &*figure;
 }
+
+/// What has a name, of which there may be tens of thousands. Borrows the list.
+template <typename Named>
+class ByName {
+ public:
+    explicit ByName(const std::vector<Named>& list) {
+        for (const Named& each : list) places_.emplace(each.name, &each);
+    }
+
+    /// The first of that name; null for none.
+    const Named* Find(std::string_view name) const {
+        const auto found = places_.find(name);
+        return found == places_.end() ? nullptr : found->second;
+    }
+
+ private:
+    std::unordered_map<std::string_view, const Named*> places_;
+};
 
 /// What is known of each sample: from the columns of the table, or of a stored document what it says itself.
 std::vector<SampleSummary> SummariesOf(const TestReading& reading) {
@@ -89,7 +108,7 @@ std::vector<SampleSummary> SummariesOf(const TestReading& reading) {
         SampleSummary summary;
         summary.name = sample.name;
         const auto figureOf = [&](std::string_view key) {
-            const Figure* const figure = FindFigure(reading, sample.name, key);
+            const Figure* const figure = FindFigure(&sample, key);
             return figure == nullptr ? Number() : figure->value;
         };
         summary.n = figureOf("N");
@@ -111,13 +130,13 @@ std::vector<Number> NumbersOf(const std::vector<SampleSummary>& summaries, Numbe
 class SampleColumns {
  public:
     SampleColumns(const TestReading& reading, const ResultReading& result)
-        : reading_(reading), result_(result), summaries_(SummariesOf(reading)) {}
+        : reading_(reading), result_(result), samples_(reading.samples), summaries_(SummariesOf(reading)) {}
 
     PageTable Table() {
         table_.columns.push_back({"sample", reading_.group.empty() ? "field" : reading_.group});
         for (const SampleSummary& summary : summaries_) {
-            const auto sample = std::ranges::find(reading_.samples, summary.name, &Sample::name);
-            const bool hasRole = sample != reading_.samples.end() && !sample->role.empty();
+            const Sample* const sample = samples_.Find(summary.name);
+            const bool hasRole = sample != nullptr && !sample->role.empty();
             table_.rows.push_back({TextCell(summary.name + (hasRole ? " (" + sample->role + ")" : ""))});
         }
         AddNumbers("n", "n", NumbersOf(summaries_, &SampleSummary::n));
@@ -163,7 +182,7 @@ class SampleColumns {
         std::vector<Number> numbers;
         std::string title;
         for (const SampleSummary& summary : summaries_) {
-            const Figure* const figure = FindFigure(reading_, summary.name, key);
+            const Figure* const figure = FindFigure(samples_.Find(summary.name), key);
             numbers.push_back(figure == nullptr ? Number() : figure->value);
             if (figure != nullptr) title = figure->label;
         }
@@ -172,18 +191,19 @@ class SampleColumns {
     }
 
     void AddLetters() {
-        const std::vector<SampleLetters>& letters = reading_.supplement.letters;
-        if (letters.empty()) return;
+        if (reading_.supplement.letters.empty()) return;
+        const ByName<SampleLetters> letters(reading_.supplement.letters);
         std::vector<PageCell> cells;
         for (const SampleSummary& summary : summaries_) {
-            const auto found = std::ranges::find(letters, summary.name, &SampleLetters::name);
-            cells.push_back(TextCell(found == letters.end() ? "" : found->letters));
+            const SampleLetters* const found = letters.Find(summary.name);
+            cells.push_back(TextCell(found == nullptr ? "" : found->letters));
         }
         AddColumn(table_, {"letters", "letters", Alignment::kLeft}, cells);
     }
 
     const TestReading& reading_;
     const ResultReading& result_;
+    ByName<Sample> samples_;
     std::vector<SampleSummary> summaries_;
     PageTable table_;
 };

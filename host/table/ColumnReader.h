@@ -85,6 +85,8 @@ class ColumnReader {
     std::vector<double> Join(const CellCodes& codes);
     /// How many different values it has numbered so far.
     std::size_t DistinctCount() const { return numberCodes_.Values().size() + textCodes_.Values().size(); }
+    /// About what one of them takes, with its place in the table of codes.
+    static constexpr std::size_t kBytesOfDistinct = 2 * sizeof(std::string);
 
     /// Sets the type, the level and the categories of the column. Returns the index of the category for each code;
     /// nothing for a continuous column.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <utility>
 
 #include "host/Utf8.h"
 #include "runtime/common/PlainDecimal.h"
@@ -138,6 +139,7 @@ void PieceReader::Prepare(const CsvPiece& piece, const std::vector<ColumnReader>
     codes_.resize(width);
     for (CellCodes& codes : codes_) codes.Clear();
     textColumns_.clear();
+    hasText_.assign(width, 0);
     unescaped_.clear();
 }
 
@@ -229,7 +231,7 @@ template <char kDelimiter>
     if (!FindCell<kDelimiter>(text, cell)) return nullptr;
     if (reader.Read(cell.text, codes, value)) return cell.border;
     if (!reader.MayBecomeText()) return nullptr;
-    if (std::ranges::find(textColumns_, column) == textColumns_.end()) textColumns_.push_back(column);
+    if (!std::exchange(hasText_[column], char{1})) textColumns_.push_back(column);
     return cell.border;
 }
 

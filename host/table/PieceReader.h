@@ -99,6 +99,7 @@ class PieceReader {
     std::vector<char> hasMissing_;      // for each column of numbers that nobody reads whether it misses any
     std::vector<CellCodes> codes_;
     std::vector<std::size_t> textColumns_;
+    std::vector<char> hasText_;          // for each column whether it is among those
     std::deque<std::string> unescaped_;  // the texts of cells that hold ""
 };
 

@@ -159,10 +159,9 @@ class TableLoader {
     /// Throws where the table takes more than it may.
     void CheckMemory() const {
         if (memory_ == 0) return;
-        constexpr std::size_t kBytesOfText = 2 * sizeof(std::string);  // with its place in the table of codes
         std::size_t bytes = table_.RowCount() * readers_.size() * sizeof(double);
         if (!source_.Size()) bytes += bytesRead_;  // kept, since it can't be read again
-        for (const ColumnReader& reader : readers_) bytes += reader.DistinctCount() * kBytesOfText;
+        for (const ColumnReader& reader : readers_) bytes += reader.DistinctCount() * ColumnReader::kBytesOfDistinct;
         if (bytes <= memory_) return;
         constexpr std::size_t kMebibyte = std::size_t{1} << 20;
         throw InputError(source_.Name() + ": more than " + std::to_string(memory_ / kMebibyte) +

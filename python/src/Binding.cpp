@@ -159,7 +159,7 @@ NB_MODULE(_binding, m) {
         "data"_a, "request"_a, "library_folder"_a, "on_progress"_a.none(), "is_later"_a);
     m.def("run", &Run, "data"_a, "is_plan"_a, "name"_a, "json"_a, "weights"_a, "threads"_a, "memory"_a, "is_strict"_a,
           "is_extended"_a, "is_brief"_a, "library_folder"_a, "on_progress"_a.none());
-    m.def("look", &tarn::LookAtData, "data"_a, "name"_a);
+    m.def("look", &tarn::LookAtData, "data"_a, "name"_a, "memory"_a);
     m.def("load", &tarn::LoadDocument, "path"_a, Unlocked());
     m.def(
         "explain", [](const std::string& topic) { return tarn::Explanation(topic, tarn::MessageCatalogue::English()); },

@@ -8,6 +8,7 @@
 #include "host/ByteSource.h"
 #include "host/InputError.h"
 #include "host/JsonDocument.h"
+#include "host/MachineMemory.h"
 #include "host/TextList.h"
 #include "host/analysis/Analysis.h"
 #include "host/analysis/Record.h"
@@ -29,9 +30,10 @@ const MessageCatalogue& Texts() {
 }
 
 /// Libraries may want their data to be read on the thread that they lent it on. A table that outlives the call borrows
-/// nothing: whose the data is may write to it then.
-Table ReadAttended(CallData& data, const WantedColumns& wanted, const LoadOptions& load, bool outlivesCall) {
-    InputData sources = data.Take();
+/// nothing: whose the data is may write to it then. It takes half of the machine at most where nothing else is told.
+Table ReadAttended(InputData sources, const WantedColumns& wanted, LoadOptions load, bool outlivesCall) {
+    static const std::size_t kHalf = HalfOfMachine();
+    if (load.memory == 0) load.memory = kHalf;
     const nb::gil_scoped_release unlocked;
     Table table = ReadTable(sources, wanted, load, !outlivesCall, &AttendedWork::HearSignals);
     sources.clear();
@@ -211,7 +213,7 @@ void AddRecordOfRun(ResultReading& reading, const Table& table, bool isPlan, con
 
 Report AnalyzeData(CallData& data, Request& request, const CallEnvironment& environment, bool isLater) {
     AttendedWork attended(environment.onProgress);
-    Table table = ReadAttended(data, request.Columns(), request.Load(), isLater);
+    Table table = ReadAttended(data.Take(), request.Columns(), request.Load(), isLater);
     AnalysisEnvironment ofRun =
         EnvironmentOf(attended, environment.libraryFolder, request.Load().threads, request.Load().memory);
     const bool isQuick = IsQuick(table, request, environment);
@@ -239,8 +241,9 @@ Report RunOnData(CallData& data, bool isPlan, const std::string& name, const std
     AttendedWork attended(environment.onProgress);
     LoadOptions load;
     load.threads = wishes.threads;
+    load.memory = wishes.memory;
     if (!wishes.weights.empty()) load.weightField = wishes.weights;
-    const Table table = ReadAttended(data, WantedColumns(), load, false);
+    const Table table = ReadAttended(data.Take(), WantedColumns(), load, false);
     Report report({}, 0);
     attended.Run([&] {
         const AnalysisEnvironment ofRun =
@@ -260,7 +263,7 @@ Report RunOnData(CallData& data, bool isPlan, const std::string& name, const std
     return report;
 }
 
-DataLook LookAtData(CallData& data, const std::string& name) {
+DataLook LookAtData(CallData& data, const std::string& name, std::size_t memory) {
     InputData sources = data.Take();
     DataLook found;
     for (const auto& source : sources) {
@@ -268,9 +271,10 @@ DataLook LookAtData(CallData& data, const std::string& name) {
             if (!column.format.refused.empty()) found.others.emplace_back(column.name, column.format.refused);
         }
     }
+    LoadOptions load;
+    load.memory = memory;
+    Table table = ReadAttended(std::move(sources), WantedColumns(), load, false);
     const nb::gil_scoped_release unlocked;
-    Table table = ReadTable(sources, WantedColumns(), {}, true, &AttendedWork::HearSignals);
-    sources.clear();
     PrepareTable(table, {});
     found.look = LookAt(table, name);
     return found;

@@ -30,7 +30,7 @@ Report AnalyzeData(CallData& data, Request& request, const CallEnvironment& envi
 struct RunWishes {
     std::string weights;  ///< a column; "" for none
     unsigned threads = 0;
-    std::size_t memory = 0;   ///< bytes that the run may take, as in `AnalysisEnvironment`
+    std::size_t memory = 0;   ///< bytes that table and run may take; 0: half of the machine, and what it takes
     bool isStrict = false;    ///< whether what the engine would pass over is a mistake
     bool isExtended = false;  ///< whether it computes as wide as needed
     bool isBrief = false;
@@ -46,7 +46,8 @@ struct DataLook {
     TableLook look;
     std::vector<std::pair<std::string, std::string>> others;
 };
-DataLook LookAtData(CallData& data, const std::string& name);
+/// `memory`: bytes that the table may take; 0: half of the machine.
+DataLook LookAtData(CallData& data, const std::string& name, std::size_t memory);
 
 /// Reads a stored document. Throws an `InputError` for a file that is none.
 Report LoadDocument(const std::string& path);

@@ -44,7 +44,9 @@ void ReadCodes(const InputColumn& column, const ColumnPiece& piece, const Column
     const InputColumn entries = EntriesOf(column);
     const Presence isPresent(*piece.array);
     constexpr double kUnread = HUGE_VAL;
-    std::vector<double> cellOf(static_cast<std::size_t>(dictionary.length), kUnread);
+    // Entries that are nulls have nothing behind them, so that there may be any number, and all are alike.
+    const bool areNulls = column.format.layout == ValueLayout::kNull;
+    std::vector<double> cellOf(areNulls ? 1 : static_cast<std::size_t>(dictionary.length), kUnread);
     WithNumbers(*column.codes, *piece.array, [&](const auto& codeAt) {
         for (std::size_t i = 0; i < cells.size(); ++i) {
             const std::int64_t at = piece.first + static_cast<std::int64_t>(i);
@@ -58,7 +60,7 @@ void ReadCodes(const InputColumn& column, const ColumnPiece& piece, const Column
                           "the code " + ExactText(code) + ", and " + std::to_string(dictionary.length) +
                               " categories; expected a code for each of them, from 0");
             }
-            double& cell = cellOf[static_cast<std::size_t>(code)];
+            double& cell = cellOf[areNulls ? 0 : static_cast<std::size_t>(code)];
             if (cell == kUnread) {
                 const std::int64_t entry = dictionary.offset + static_cast<std::int64_t>(code);
                 ReadPiece(entries, {&dictionary, entry, 1, 0}, reader, codes, {&cell, 1});

@@ -8,6 +8,7 @@
 
 #include "host/InputError.h"
 #include "host/Utf8.h"
+#include "host/engine/RunSize.h"
 #include "host/table/ColumnPlan.h"
 #include "host/table/ColumnReader.h"
 #include "host/table/MissingTexts.h"
@@ -24,7 +25,7 @@ constexpr const char* kData = "the data";
 class TableReader {
  public:
     TableReader(InputData& data, const WantedColumns& wanted, const LoadOptions& options, bool mayBorrow)
-        : data_(data), share_(options.threads), missingTexts_({}), mayBorrow_(mayBorrow) {
+        : data_(data), memory_(options.memory), share_(options.threads), missingTexts_({}), mayBorrow_(mayBorrow) {
         ChooseColumns(wanted);
         plan_ = Plan(OfChosen(options));
         std::vector<Column> columns;
@@ -39,11 +40,17 @@ class TableReader {
             const std::vector<std::size_t> ofSource = ChosenOf(i);
             std::size_t rowCount = 0;
             while (!ofSource.empty() && data_[i]->Next()) {
+                CheckPiece(*data_[i], ofSource, rowCount);
                 TakePiece(*data_[i], ofSource, rowCount);
                 rowCount += static_cast<std::size_t>(data_[i]->RowCount());
                 betweenPieces();
             }
-            for (const std::size_t column : ofSource) chosen_[column].rowCount = rowCount;
+            for (const std::size_t column : ofSource) {
+                chosen_[column].rowCount = rowCount;
+                taken_.Add(!table_.AreLent(column), readers_[column]);
+            }
+            // With cells that could not stay where they are, as not all of them are finite.
+            CheckMemory(table_.RowCount(), taken_);
         }
         CheckLengths();
         table_.Trim();
@@ -60,6 +67,17 @@ class TableReader {
         bool hasToldOrder = false;
         std::size_t rowCount = 0;
         CellCodes codes;  // of the piece
+    };
+
+    /// What columns take that isn't lent to the table.
+    struct TakenMemory {
+        std::size_t columns = 0;   // whose cells are the table's own
+        std::size_t distinct = 0;  // values of categorical columns
+
+        void Add(bool isOwn, const ColumnReader& reader) {
+            columns += isOwn ? 1 : 0;
+            distinct += reader.DistinctCount();
+        }
     };
 
     void ChooseColumns(const WantedColumns& wanted) {
@@ -123,6 +141,25 @@ class TableReader {
         return columns;
     }
 
+    /// Throws where the table would take more with the next piece than it may. A column of nulls has as many rows as it
+    /// says, and nothing behind them.
+    void CheckPiece(const InputSource& source, const std::vector<std::size_t>& columns, std::size_t firstRow) const {
+        const std::size_t rows = firstRow + static_cast<std::size_t>(source.RowCount());
+        TakenMemory taken = taken_;
+        for (const std::size_t i : columns) taken.Add(firstRow > 0 || !MayBorrow(source, i), readers_[i]);
+        CheckMemory(std::max(rows, table_.RowCount()), taken);
+    }
+
+    void CheckMemory(std::size_t rows, const TakenMemory& taken) const {
+        const double bytes = static_cast<double>(rows) * static_cast<double>(taken.columns * sizeof(double)) +
+                             static_cast<double>(taken.distinct * ColumnReader::kBytesOfDistinct);
+        if (memory_ == 0 || bytes <= static_cast<double>(memory_)) return;
+        std::string needs = std::to_string(rows) + " rows of " + std::to_string(taken.columns) +
+                            (taken.columns == 1 ? " column" : " columns");
+        if (taken.distinct > 0) needs += ", " + std::to_string(taken.distinct) + " distinct values";
+        FailForMemory(kData, bytes, needs, memory_);
+    }
+
     void TakePiece(const InputSource& source, const std::vector<std::size_t>& columns, std::size_t firstRow) {
         const auto count = static_cast<std::size_t>(source.RowCount());
         if (firstRow + count > table_.RowCount()) table_.Resize(firstRow + count);
@@ -143,7 +180,8 @@ class TableReader {
         if (column.isListed && !chosen.hasToldOrder) {
             AddEntries(column, *piece.array->dictionary, plan_.columns[index].categories);
         }
-        if (firstRow == 0 && count == table_.RowCount() && Borrow(source, column, piece, index)) return;
+        if (firstRow == 0 && count == table_.RowCount() && MayBorrow(source, index) && Borrow(source, piece, index))
+            return;
         chosen.codes.Clear();
         const std::span<double> cells = table_.Cells(index).subspan(firstRow, count);
         ReadPiece(column, piece, readers_[index], chosen.codes, cells);
@@ -151,15 +189,18 @@ class TableReader {
         if (!codes.empty()) MapCodes(cells, codes, kMissingNumber);
     }
 
-    /// Leaves the cells where they are, if they lie as those of a table.
-    bool Borrow(const InputSource& source, const InputColumn& column, const ColumnPiece& piece, std::size_t index) {
+    /// Whether the cells of a piece can stay where they are, if all of them are there and finite.
+    bool MayBorrow(const InputSource& source, std::size_t index) const {
         constexpr std::int64_t kWorthBorrowing = std::int64_t{1} << 15;
-        const MemoryHold hold = mayBorrow_ && piece.count >= kWorthBorrowing ? source.Hold() : nullptr;
-        const bool isPlain =
-            column.format.layout == ValueLayout::kDouble && !column.codes && readers_[index].TakesPlainNumbers();
-        if (hold == nullptr || !isPlain) return false;
+        const InputColumn& column = *chosen_[index].column;
+        return mayBorrow_ && source.RowCount() >= kWorthBorrowing && column.format.layout == ValueLayout::kDouble &&
+               !column.codes && readers_[index].TakesPlainNumbers() && source.Hold() != nullptr;
+    }
+
+    /// Leaves the cells where they are, if they lie as those of a table.
+    bool Borrow(const InputSource& source, const ColumnPiece& piece, std::size_t index) {
         const double* const cells = FiniteDoubles(*piece.array, piece.first, piece.count);
-        if (cells != nullptr) table_.Lend(index, cells, hold);
+        if (cells != nullptr) table_.Lend(index, cells, source.Hold());
         return cells != nullptr;
     }
 
@@ -188,6 +229,7 @@ class TableReader {
     }
 
     InputData& data_;
+    std::size_t memory_;
     WorkShare share_;
     MissingTexts missingTexts_;  // none: what is missing has no text
     TableShape shape_;
@@ -196,6 +238,7 @@ class TableReader {
     std::vector<Chosen> chosen_;
     TablePlan plan_;
     std::vector<ColumnReader> readers_;  // borrow from the plan and the missing texts
+    TakenMemory taken_;                  // by the sources that were read
     Table table_;
 };
 

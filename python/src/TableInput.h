@@ -20,7 +20,8 @@ using InputData = std::vector<std::unique_ptr<InputSource>>;
 /// they are as long as there is the table, and nobody may write to them meanwhile.
 ///
 /// Reads the sources to their end. `betweenPieces` is called on this thread between two pieces, and may throw. Throws
-/// an `InputError` for a name that no column has, and for data that makes no table.
+/// an `InputError` for a name that no column has, for data that makes no table, and before a piece would make more of
+/// it than it may take; cells that stay where they are take nothing.
 Table ReadTable(InputData& data, const WantedColumns& wanted, const LoadOptions& options, bool mayBorrow,
                 const std::function<void()>& betweenPieces);
 

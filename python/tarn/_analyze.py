@@ -170,8 +170,8 @@ def analyze(
     threads : int
         How many threads may work at a time; no result depends on it.
     memory : str or int
-        What the run may take besides the table, like ``"8G"``, or in bytes; one that may take more is refused. As much as
-        it takes, if not given.
+        What table and run may take, like ``"8G"``, or in bytes; what may take more is refused. Columns that stay where they
+        are count for a run alone. If not given, a table may take half of the machine, and a run as much as it takes.
     resolution : float or dict of floats
         Of a frame of Dask: the step to whose multiples numbers are rounded before they are counted, in their own units,
         of all that are tested or of each column. The notes of the result say so.
@@ -370,13 +370,15 @@ def _json_of(argument: str, asked: Any) -> tuple[str, str]:
         raise InputError(f"{path}: can't be read: {reason}") from None
 
 
-def look(data: Any) -> Look:
+def look(data: Any, *, memory: int | str | None = None) -> Look:
     """A first look at a table: what its columns hold, what is odd in them, and what can be asked of it.
 
     Parameters
     ----------
     data : data frame, dict of columns or NumPy array
         As in `tarn.analyze`.
+    memory : str or int
+        What the table may take, as in `tarn.analyze`.
 
     Returns
     -------
@@ -398,8 +400,10 @@ def look(data: Any) -> Look:
        tarn.analyze(data, independent="score", group="arm")
        tarn.analyze(data, one_sample="score")
     """
+    limits = make_request({"memory": memory})
     with errors_of_the_package():
-        return Look(_binding.look(_tables.read(data, lambda column: True), "the data"), _tables.library_of(data))
+        found = _binding.look(_tables.read(data, lambda column: True), "the data", limits.get("memory", 0))
+        return Look(found, _tables.library_of(data))
 
 
 def load(path: str | os.PathLike[str]) -> Result:

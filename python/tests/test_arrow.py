@@ -446,6 +446,113 @@ def test_broken_columns_of_nulls(break_it: Callable[[Data], None], what: str) ->
     assert refusal(data) == 'column "g": ' + what
 
 
+MEBI = 2**20
+
+
+def nulls(*lengths: int, columns: int = 1) -> Data:
+    """Columns of nulls, with an array of each length."""
+    data = Data(new_schema(b"n", b"g"), new_array(0, []))
+    data.schema = new_schema(b"+s", children=[new_schema(b"n", f"n{i}".encode()) for i in range(columns)])
+    data.arrays = [new_array(n, [None], children=[new_array(n, []) for _ in range(columns)]) for n in lengths]
+    return data
+
+
+def too_large(data: Any, memory: int | None) -> str:
+    with pytest.raises(tarn.InputError) as mistake:
+        tarn.look(data, memory=memory)
+    return str(mistake.value)
+
+
+def test_a_column_of_nulls_says_alone_how_long_it_is() -> None:
+    """A cell of the table takes 8 bytes, of whose columns there are two."""
+    of_machine = too_large(nulls(2**40, columns=2), None)
+    assert of_machine.startswith("the data: may take 16.0 TiB of memory (1099511627776 rows of 2 columns); expected at most ")
+    assert of_machine.endswith(", or more told by memory=") and "\n" not in of_machine
+    assert too_large(nulls(2**40), MEBI) == (
+        "the data: may take 8.0 TiB of memory (1099511627776 rows of 1 column); expected at most 1.0 MiB, or more told by memory="
+    )
+    plan = {"tests": [{"runs": {"variableName": "n0"}}]}
+    with pytest.raises(tarn.InputError, match="^the data: may take 8.0 TiB of memory"):
+        tarn.run(nulls(2**40), plan)
+    with pytest.raises(tarn.InputError, match="^the data: may take 8.0 TiB of memory"):
+        tarn.analyze(nulls(2**40), one_sample="n0")
+
+
+def test_columns_of_nulls_as_long_as_they_may_be() -> None:
+    """2^16 rows of two columns take 1 MiB, and one row more, 16 bytes more."""
+    assert tarn.look(nulls(2**16, columns=2), memory=MEBI).title == "the data: 65536 rows, 2 fields"
+    assert too_large(nulls(2**16 + 1, columns=2), MEBI).startswith("the data: may take 1.0 MiB of memory (65537 rows of 2 ")
+
+
+def test_rows_add_up_over_arrays() -> None:
+    half = 2**16
+    assert tarn.look(nulls(half, half), memory=MEBI).title == "the data: 131072 rows, 1 field"
+    assert too_large(nulls(half, half, half), MEBI).startswith("the data: may take 1.5 MiB of memory (196608 rows of 1 column)")
+
+
+def test_rows_are_refused_before_those_behind_them_are_asked_for() -> None:
+    data = nulls(2**40, 1, 1)
+    too_large(data, None)
+    assert data.given == 1
+
+
+def test_columns_add_up_over_streams() -> None:
+    """Each column of such a table comes by itself."""
+    np = pytest.importorskip("numpy")
+    whole = {name: np.zeros(2**16, dtype=np.int64) for name in ("x", "y", "z")}
+    assert too_large(whole, MEBI).startswith("the data: may take 1.5 MiB of memory (65536 rows of 3 columns)")
+    assert len(tarn.look({name: whole[name] for name in ("x", "y")}, memory=MEBI).fields["name"]) == 2
+
+
+def test_columns_that_stay_where_they_are_take_nothing() -> None:
+    np = pytest.importorskip("numpy")
+    numbers = np.arange(2.0**18)
+    assert tarn.look({"x": numbers}, memory=MEBI).title == "the data: 262144 rows, 1 field"
+    numbers[7] = math.nan  # which a table has in another way, so that the column is copied
+    assert too_large({"x": numbers}, MEBI).startswith("the data: may take 2.0 MiB of memory (262144 rows of 1 column)")
+
+
+def test_distinct_words_take_memory() -> None:
+    """64 bytes each, beside the 8 of a row."""
+    words = [str(i) + "w" for i in range(2**14)]
+    assert too_large({"x": words}, MEBI).startswith(
+        "the data: may take 1.1 MiB of memory (16384 rows of 1 column, 16384 distinct values)"
+    )
+    assert tarn.look({"x": words}, memory=2 * MEBI).title == "the data: 16384 rows, 1 field"
+
+
+def test_of_a_long_column_of_nulls_the_rows_alone_are_read() -> None:
+    data = Data(new_schema(b"n", b"g"), new_array(2**40, []))
+    data.group.null_count = 2**40
+    data.array.offset = 1
+    data.array.length = ROWS - 1
+    assert tarn.analyze(data, one_sample="v", tests="runs", where="g is missing", memory="1M")[0].n == ROWS - 1
+
+
+def test_many_columns_without_rows_take_nothing() -> None:
+    assert tarn.look(nulls(0, columns=3000), memory=1).title == "the data: 0 rows, 3000 fields"
+
+
+def test_categories_that_are_nulls_take_nothing() -> None:
+    """They have no buffers, so that there may be any number of them; the codes are checked like others."""
+    def coded(*numbers: int) -> Data:
+        data = codes(*numbers)
+        data.group_schema.dictionary.contents.format = b"n"
+        data.group.dictionary = ctypes.pointer(new_array(2**40, []))
+        return data
+
+    assert tarn.analyze(coded(0, 1, 2, 3), one_sample="v", tests="runs", where="g is missing", memory="1M")[0].n == ROWS
+    with pytest.raises(tarn.InputError, match='^column "g", row 1 counted from 0: the code -1, and 1099511627776 categories; '):
+        tarn.look(coded(0, -1, 2, 3))
+
+
+def test_rows_without_bits_are_not_counted_one_by_one() -> None:
+    """Uncounted nulls and no bits: all rows are there, however many they are."""
+    data = nulls(2**40)
+    data.arrays[0].null_count = -1
+    assert too_large(data, MEBI).startswith("the data: may take 8.0 TiB of memory")
+
+
 def test_codes_of_missing_values_are_not_looked_at() -> None:
     data = codes(0, 0, -1, 1)
     data.group.null_count = 1

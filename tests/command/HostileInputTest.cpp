@@ -117,13 +117,15 @@ std::string Square(int categories) {
     return rows;
 }
 
-// 5,000 categories: 25,000,000 cells of 80 bytes are 1.86 GiB; 10,000 cells of the table and one test add 0.1 MiB.
+// 5,000 categories: 25,000,000 cells of 80 bytes are 1.86 GiB; 10,000 cells of the table, a test and its fields add 0.2
+// MiB.
 TEST(HostileInput, ASquareTableThatMayTakeTooMuchIsRefusedBeforeItIsMade) {
     const ScratchFolder folder;
     const std::string table = folder.Write("square.csv", Square(5000));
     const std::string needs =
-        ": may take 1.9 GiB of memory (1 results of tests, 25000000 cells of square tables); expected at most 512.0 "
-        "MiB, or more told by --memory";
+        ": may take 1.9 GiB of memory (1 results of tests, 2 related fields, 25000000 cells of square tables); "
+        "expected "
+        "at most 512.0 MiB, or more told by --memory";
     ExpectOneLine(RunTarn({"analyze", table, "--related", "a,b", "--ordinal", "a,b", "--tests", "marginal-homogeneity",
                            "--memory", "512M"}),
                   "request" + needs);
@@ -150,6 +152,40 @@ TEST(HostileInput, PairsThatMayTakeTooMuchAreRefusedBeforeTheyAreMade) {
     std::vector<std::string> taken = words;
     taken.emplace_back("0.03G");
     EXPECT_EQ(RunTarn(taken).exitStatus, 0);
+}
+
+// Described as a page, a field of many related ones takes up to 36,000 bytes: 1,000 of them 34.3 MiB; a brief one
+// 20,000, 19.1 MiB. The test adds 52,000 or 38,000, two rows 16 for each field.
+TEST(HostileInput, FieldsThatMayTakeTooMuchAreRefusedBeforeTheyAreDescribed) {
+    const ScratchFolder folder;
+    std::string names;
+    std::string cells;
+    for (int i = 0; i < 1000; ++i) {
+        names += (i == 0 ? "" : ",v") + std::to_string(i);
+        cells += (i == 0 ? "" : ",") + std::to_string((7 * i) % 10);
+    }
+    const std::string table = folder.Write("fields.csv", "v" + names + "\n" + cells + "\n" + cells + "\n");
+    std::vector<std::string> words = {"analyze", table, "--related", "v*", "--tests", "friedman", "--memory", "20M"};
+    ExpectOneLine(RunTarn(words),
+                  "request: may take 34.4 MiB of memory (1 results of tests, 1000 related fields); expected at most "
+                  "20.0 MiB, or more told by --memory");
+    words.emplace_back("--brief");
+    EXPECT_EQ(RunTarn(words).exitStatus, 0);
+}
+
+// Each row of CSV names all 12,000 fields, of 5 letters mostly, for each of which it has a row.
+TEST(HostileInput, RowsThatAllNameThousandsOfFieldsAreRefused) {
+    const ScratchFolder folder;
+    std::string names;
+    std::string cells;
+    for (int i = 0; i < 12'000; ++i) {
+        names += (i == 0 ? "v" : ",v") + std::to_string(i);
+        cells += (i == 0 ? "" : ",") + std::to_string((7 * i) % 10);
+    }
+    const std::string table = folder.Write("fields.csv", names + "\n" + cells + "\n" + cells + "\n");
+    ExpectOneLine(RunTarn({"analyze", table, "--related", "v*", "--tests", "friedman", "--brief", "--format", "csv"}),
+                  "CSV: each row of RFriedmansTwoWayByRanks names its 12000 fields, more than 512 MiB in all; expected "
+                  "fewer fields, or another format");
 }
 
 // ---- Time with the cube of the number of samples ----

@@ -95,6 +95,22 @@ TEST_F(Look, ShowsCommandsThatWork) {
     }
 }
 
+/// By the first field that has a second one; of several second ones it is the first, whatever its letters.
+TEST_F(Look, ShowsThePairThatStandsFirst) {
+    const auto pairOf = [&](const std::string& names) {
+        const std::string table = folder.Write("pairs.csv", names + "\n1,2,4,3,9\n2,7,5,1,3\n5,4,1,2,2\n8,1,7,9,4\n");
+        const std::string shown = RunTarn({"look", table}).out;
+        for (const std::vector<std::string>& command : CommandsOf(shown)) {
+            if (command[2] == "--related") return command[3];
+        }
+        return std::string();
+    };
+    EXPECT_EQ(pairOf("x,a_post,a_pre,b_before,b_after"), "a_pre,a_post");
+    EXPECT_EQ(pairOf("x,b_after,a_post,A_PRE,b_before"), "A_PRE,a_post");
+    EXPECT_EQ(pairOf("x,first_2,second_1,first_1,y"), "first_1,first_2");  // "second_1" stands behind it
+    EXPECT_EQ(pairOf("x,a_after,b_before,c_post,d_pre"), "");
+}
+
 TEST_F(Look, KeepsWhatWasTypedInItsCommands) {
     const std::string codes = folder.Write("codes.txt", "g|x\na|1,5\nb|-99\na|2,5\nb|3,5\na|4,0\nb|1,0\n");
     const CommandResult result = RunTarn({"look", codes, "--delimiter", "bar", "--decimal=,", "--na", "-99,?"});

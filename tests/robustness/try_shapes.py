@@ -87,6 +87,84 @@ def many_fields():
         yield f"{fields} fields of {rows} rows, a look", numbers_of(fields, rows), ["look", "{data}"]
 
 
+def many_fields_in_other_commands():
+    """What names fields of a wide table in all ways that a command has."""
+    def numbers_of(fields, rows, write_beside=None, missing=False):
+        def write(path):
+            numbers = random.Random(fields)
+            table(path, numbered(fields), (["NA" if missing and numbers.random() < 0.2 else numbers.randrange(9)
+                                            for _ in range(fields)] for _ in range(rows)))
+            if write_beside:
+                name, content = write_beside(fields)
+                pathlib.Path(path).with_name(name).write_text(json.dumps(content, separators=(",", ":")))
+        return write
+
+    def words_of(fields, rows):
+        return lambda path: table(path, numbered(fields), ([f"w{(i + row) % 5}" for i in range(fields)]
+                                                           for row in range(rows)))
+
+    def descriptor(fields):
+        return "fields.json", {"fields": [{"name": name} for name in numbered(fields)]}
+
+    def request(fields):
+        return "asked.json", {"oneSampleVariables": numbered(fields), "isAutomaticallyOneSample": True}
+
+    def plan_of_one(fields):
+        return "asked.json", {"tests": [{"sign": {"variableName": ["v7", f"v{fields - 1}"]}}]}
+
+    def plan_of_all(fields):
+        return "asked.json", {"tests": [{"friedman": {"variableName": numbered(fields)}}]}
+
+    run = ["run", "--data", "{data}", "--out", "{folder}/out.xml", *THREADS]
+    one = ["--one-sample", "v7", "--tests", "runs", *THREADS]
+    for fields, rows in ((30_000, 10), (100_000, 5), (300_000, 2)):
+        plain, gaps, words = numbers_of(fields, rows), numbers_of(fields, rows, missing=True), words_of(fields, rows)
+        last = f"v{fields - 1}"
+        for name, make, command in (
+                ("a look as JSON", gaps, ["look", "{data}", "--format", "json"]),
+                ("a look at words", words, ["look", "{data}"]),
+                ("a look at words as JSON", words, ["look", "{data}", "--format", "json"]),
+                ("a look by a descriptor", numbers_of(fields, rows, descriptor),
+                 ["look", "{data}", "--fields", "{folder}/fields.json", "--format", "json"]),
+                ("one field", plain, ["analyze", "{data}", *one]),
+                ("one field by a descriptor", numbers_of(fields, rows, descriptor),
+                 ["analyze", "{data}", "--fields", "{folder}/fields.json", *one]),
+                ("one field in capitals", plain,
+                 ["analyze", "{data}", "--one-sample", last.upper(), "--tests", "runs", *THREADS]),
+                ("a field that isn't there", plain, ["analyze", "{data}", "--one-sample", "x", *THREADS]),
+                ("a formula", plain, ["analyze", "{data}", f"{last} ~ v7", "--nominal", "v7", *THREADS]),
+                ("repeated measures", plain, ["analyze", "{data}", f"{last} ~ v7 | v8", *THREADS]),
+                ("a condition", plain, ["analyze", "{data}", "--where", f"{last} >= 0", *one]),
+                ("parts", plain, ["analyze", "{data}", "--split", last, "--nominal", last, *one]),
+                ("a page", plain, ["analyze", "{data}", "--report", "{folder}/page.html", *one]),
+                ("all by themselves, brief, as JSON", gaps,
+                 ["analyze", "{data}", "--one-sample", "*", "--brief", "--format", "json", *THREADS]),
+                ("all, listwise, brief, as JSON", plain,
+                 ["analyze", "{data}", "--one-sample", "*", "--missing", "listwise", "--brief", "--format", "json",
+                  *THREADS]),
+                ("all of words, brief", words,
+                 ["analyze", "{data}", "--one-sample", "*", "--tests", "wilcoxon,chi-square", "--brief", *THREADS]),
+                ("all in groups, brief", plain,
+                 ["analyze", "{data}", "--independent", "v*", "--group", "v0", "--nominal", "v0", "--brief", *THREADS]),
+                ("a tenth of them in groups, brief", numbers_of(fields, rows),
+                 ["analyze", "{data}", "--independent", "v?*1", "--group", "v0", "--nominal", "v0", "--brief", *THREADS]),
+                ("all related, two of them ordinal", plain,
+                 ["analyze", "{data}", "--related", "v*", "--ordinal", "v1,v2", "--tests", "friedman", *THREADS]),
+                ("all related as CSV, brief", plain,
+                 ["analyze", "{data}", "--related", "v*", "--tests", "friedman", "--brief", "--format", "csv", *THREADS]),
+                ("all related, a page", plain,
+                 ["analyze", "{data}", "--related", "v*", "--tests", "friedman", "--report", "{folder}/page.html",
+                  *THREADS]),
+                ("all related, two tests", plain,
+                 ["analyze", "{data}", "--related", "v*", "--tests", "friedman,kendall", *THREADS]),
+                ("a plan of two", numbers_of(fields, rows, plan_of_one), [*run, "--plan", "{folder}/asked.json"]),
+                ("a plan of all", numbers_of(fields, rows, plan_of_all), [*run, "--plan", "{folder}/asked.json"]),
+                ("a request of all", numbers_of(fields, rows, request), [*run, "--settings", "{folder}/asked.json"]),
+                ("a request of all, brief", numbers_of(fields, rows, request),
+                 [*run, "--brief", "--settings", "{folder}/asked.json"])):
+            yield f"{fields} fields of {rows} rows, {name}", make, command
+
+
 def many_rows():
     def pair(rows, kind):
         def write(path):
@@ -195,7 +273,8 @@ def long_requests():
                ["analyze", "{data}", "y ~ g", "--order", "g=" + ",".join(map(str, range(count)))])
 
 
-SHAPES = (odd_files, long_requests, long_texts, many_rows, many_categories, many_groups, many_fields)
+SHAPES = (odd_files, long_requests, long_texts, many_rows, many_categories, many_groups, many_fields,
+          many_fields_in_other_commands)
 
 
 # ---- Runs ----
