@@ -54,14 +54,15 @@ inline double PowerOfTwo(int exponent) {
 /// number / 10^power for a number above 0, correctly rounded; false where 64 bits don't decide the rounding.
 ///
 /// The product with the reciprocal, cut to 63 bits, is below the true quotient by less than 2. If both ends of that
-/// interval round to one double, it is the nearest to the quotient.
+/// interval round to one double, it is the nearest to the quotient. An upper end of 2^63 comes out negative and decides
+/// nothing.
 inline bool DivideByPowerOfTen(std::uint64_t number, std::size_t power, double& quotient) {
     const auto& [ofTen, reciprocal, scale] = kPowers[power];
     const int shift = std::countl_zero(number);
     const auto product = static_cast<std::int64_t>((Wide{number << shift} * reciprocal) >> 65);
     const auto lowest = static_cast<double>(product);
     quotient = lowest * PowerOfTwo(scale - shift - 62 - static_cast<int>(power));
-    return lowest == static_cast<double>(product + 2);
+    return lowest == static_cast<double>(static_cast<std::int64_t>(static_cast<std::uint64_t>(product) + 2));
 }
 
 /// The first byte is the lowest.

@@ -154,6 +154,17 @@ TEST(DecimalNumber, DecidesTheMiddleBetweenTwoDoubles) {
     }
 }
 
+// Shifted to the upper end of 64 bits their products come within 2 of 2^63, which a whole number with a sign can't hold.
+TEST(DecimalNumber, ReadsNumbersAtTheEndOfTheirBits) {
+    for (unsigned bits = 54; bits <= 64; ++bits) {
+        const std::uint64_t largest = ~std::uint64_t{0} >> (64 - bits);
+        for (std::uint64_t below = 0; below < 5; ++below) {
+            ExpectNearestDouble(std::to_string(largest - below));
+            ExpectNearestDouble("-" + std::to_string(largest - below) + ".0");
+        }
+    }
+}
+
 TEST(DecimalNumber, AcceptsEverySpellingOfADecimalNumber) {
     const std::pair<const char*, double> spellings[] = {
         {"0", 0},
