@@ -365,14 +365,12 @@ void DescribeRun(CLI::App& app, RunOptions& run) {
     Options(app, kTable)
         .One("--data", run.table.dataPath, "FILE", "The table: a CSV file with a header row, or - for standard input")
         ->required();
-    CLI::Option_group* const request = app.add_option_group("The tests", "Exactly one of them");
-    request
-        ->add_option("--plan", run.planPath, "A plan: the tests with their fields, as the engine's library takes them")
-        ->option_text("FILE");
-    request
-        ->add_option("--settings", run.settingsPath, "A request in the user's terms, as a host hands it to the engine")
-        ->option_text("FILE");
-    request->require_option(1);
+    // No group of options of its own, whose name is empty: an empty word would be taken for it.
+    Options request(app, kWhatToTest);
+    request.One("--plan", run.planPath, "FILE",
+                "A plan: the tests with their fields, as the engine's library takes them; this or --settings");
+    request.One("--settings", run.settingsPath, "FILE",
+                "A request in the user's terms, as a host hands it to the engine");
     Options how(app, kHowToTest);
     how.Flag("--strict", run.strict, "Run nothing if the engine would pass over anything in the plan or the request");
     how.Flag("--extended", run.extended,
@@ -696,9 +694,6 @@ class CommandLine {
             described.name = command->get_name();
             described.help = command->get_description();
             for (const CLI::Option* option : command->get_options()) described.options.push_back(Describe(*option));
-            for (const CLI::App* group : command->get_subcommands(nullptr)) {
-                for (const CLI::Option* option : group->get_options()) described.options.push_back(Describe(*option));
-            }
         }
         return commands;
     }
@@ -757,11 +752,13 @@ class CommandLine {
     }
 
     ExitStatus RunRun() {
-        run_.study = StudyOf(*app_.get_subcommand("run"), "", "");
-        run_.study.command = "run";
-        for (const auto& [name, path] : {std::pair("plan", &run_.planPath), {"settings", &run_.settingsPath}}) {
-            if (!path->empty()) run_.study.options.push_back({name, *path});
+        const CLI::App& command = *app_.get_subcommand("run");
+        const bool hasPlan = command.count("--plan") > 0;
+        if (hasPlan == (command.count("--settings") > 0)) {
+            return Mistake(hasPlan ? "--plan and --settings exclude one another" : "--plan or --settings is required");
         }
+        run_.study = StudyOf(command, "", "");
+        run_.study.command = "run";
         return Run(run_);
     }
 

@@ -64,6 +64,16 @@ TEST(HostileInput, ADeepDocumentIsRefused) {
                                                "; expected a result document");
 }
 
+// ---- Words ----
+
+TEST(HostileInput, AnEmptyWordIsRefusedByEachCommand) {
+    for (const char* const command : {"analyze", "look", "rerun", "show", "tests", "verify", "explain", "completion"}) {
+        EXPECT_EQ(RunTarn({command, "", "--memory", "1G"}).exitStatus, 2) << command;
+    }
+    ExpectOneLine(RunTarn({"run", "", "--memory", "1G"}),
+                  "unknown argument \"\"; tarn run --help shows what can be typed");
+}
+
 // ---- Without an end ----
 
 TEST(HostileInput, ADeviceOfZerosIsRefusedWhereverSomethingIsRead) {

@@ -282,11 +282,9 @@ SHAPES = (odd_files, long_requests, long_texts, many_rows, many_categories, many
 class Run:
     def __init__(self, options, command):
         begin = time.monotonic()
-        limit = options.seconds * (20 if options.cpu else 1)
-        self.hung = False
         process = subprocess.Popen([str(options.program), *command, *MEMORY], stdin=subprocess.DEVNULL,
                                    stdout=subprocess.DEVNULL, stderr=subprocess.PIPE,
-                                   preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_CPU, (int(3 * limit),) * 2))
+                                   preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_CPU, (int(3 * options.seconds),) * 2))
         try:
             told = process.stderr.read()
         finally:
