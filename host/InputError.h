@@ -12,9 +12,9 @@ namespace tarn {
 /// key in it, what stands there and what was expected.
 class InputError : public std::runtime_error {
  public:
-    /// Control characters in `line`, which may stem from a file name or a key, are shown as "?", bytes that are no UTF-8
-    /// as "\xFF". A word of more than 1,000 bytes and a line of more than 8,000 are cut at the border of a character and
-    /// end in "...".
+    /// Control characters in `line`, which may stem from a file name or a key, are shown as "?", bytes that are no
+    /// UTF-8 as "\xFF". A word of more than 1,000 bytes and a line of more than 8,000 are cut at the border of a
+    /// character and end in "...".
     explicit InputError(const std::string& line);
 };
 

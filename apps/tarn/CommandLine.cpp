@@ -904,8 +904,8 @@ class CommandLine {
             app_.exit(error);
             return ExitStatus::kDone;
         }
-        // An argument that nothing takes is the likelier mistake than the one that it leaves missing. The "--" in front of
-        // the table is left over, too, where the parser stopped before it.
+        // An argument that nothing takes is the likelier mistake than the one that it leaves missing. The "--" in front
+        // of the table is left over, too, where the parser stopped before it.
         std::vector<std::string> unknown = app_.remaining(true);
         std::erase(unknown, "--");
         if (unknown.empty()) return Mistake(error.what());

@@ -108,7 +108,8 @@ TEST_F(Study, RefusesWhatIsNone) {
 
 TEST_F(Study, SaysOfAWrongValueWhatWasExpected) {
     const std::string wrong =
-        folder.Write("wrong.json", R"({"format": "tarn-study-1", "data": {"file": ")" + harness::SourcePath("examples/headache.csv") +
+        folder.Write("wrong.json", R"({"format": "tarn-study-1", "data": {"file": ")" +
+                                       harness::SourcePath("examples/headache.csv") +
                                        R"("}, "options": {"one-sample": ["patient"], "confidence": "x"}})");
     const CommandResult result = RunTarn({"rerun", wrong});
     EXPECT_EQ(result.exitStatus, 2);

@@ -146,8 +146,8 @@ TEST(KruskalWallis, SubsetsUnderTies) {
     EXPECT_EQ(MessagesIn(test), Texts({"222111 helpMessage", "220013 warning 3;3"}));
 }
 
-// A negative weight keeps the subsets from being ranked in one walk; each is ranked by itself then. The numbers are those
-// of the samples without what is counted too often and taken back.
+// A negative weight keeps the subsets from being ranked in one walk; each is ranked by itself then. The numbers are
+// those of the samples without what is counted too often and taken back.
 TEST(KruskalWallis, SubsetsOfWhatIsTakenBackAreThoseOfTheRest) {
     Rows rows = RowsOf(kTied);
     for (auto& row : rows) row.push_back(1);

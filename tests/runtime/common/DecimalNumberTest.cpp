@@ -154,7 +154,8 @@ TEST(DecimalNumber, DecidesTheMiddleBetweenTwoDoubles) {
     }
 }
 
-// Shifted to the upper end of 64 bits their products come within 2 of 2^63, which a whole number with a sign can't hold.
+// Shifted to the upper end of 64 bits their products come within 2 of 2^63, which a whole number with a sign can't
+// hold.
 TEST(DecimalNumber, ReadsNumbersAtTheEndOfTheirBits) {
     for (unsigned bits = 54; bits <= 64; ++bits) {
         const std::uint64_t largest = ~std::uint64_t{0} >> (64 - bits);
