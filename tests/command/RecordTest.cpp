@@ -108,7 +108,7 @@ TEST(RecordOfTheCommand, OfARunHasItsPlan) {
         folder.Write("d.csv", "a,b,c,w\n1,2,1,1\n2,1,,1\n3,4,1,-1\n4,,1,2.5\n5,7,1,1\n6,8,1,0.5\n");
     const json record = ResultOf({"run", "--data", data, "--plan", plan, "--weight", "w", "--quiet"}).at("record");
     EXPECT_EQ(record.at("request").at("command"), "run");
-    EXPECT_EQ(record.at("request").at("words"), "tarn run --data " + data + " --weight w --plan " + plan);
+    EXPECT_EQ(record.at("request").at("words"), "tarn run --data " + data + " --plan " + plan + " --weight w");
     EXPECT_EQ(record.at("request").at("plan").at("missingTreatment"), "list");
     EXPECT_EQ(record.at("arithmetic"), "as-defined");
     // Cut towards zero: 2.5 becomes 2, 0.5 becomes 0; what is below 0 is subtracted and stays.
