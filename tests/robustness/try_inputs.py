@@ -45,7 +45,6 @@ VALUES = [None, True, [], {}, [[]], [None], {"": ""}, -1, 0, 0.5, 1e308, -0.0, 2
 def small_table(folder):
     path = pathlib.Path(folder, "table.csv")
     path.write_text("x,y,z,g,w\n" + "".join(f"{i},{i * 7 % 20},{i * 3 % 11},{'abc'[i % 3]},{i % 4}\n" for i in range(40)))
-    return str(path)
 
 
 class Input:
@@ -323,7 +322,7 @@ def inputs(program):
 
 
 def try_one(options, hostile, folder):
-    """What is wrong with how the command ended, or None."""
+    """How the command ended, and what is wrong with it, or None."""
     small_table(folder)
     for name, content in hostile.files.items():
         pathlib.Path(folder, name).write_bytes(content)
